@@ -1,0 +1,40 @@
+# What every target of this project is built with. No global flags: a project that adds this one
+# as a part keeps its own.
+
+function(zt_configure_target target)
+  target_compile_features(${target} PUBLIC cxx_std_20)
+  set_target_properties(
+    ${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  if(ZT_WARNINGS_AS_ERRORS)
+    target_compile_options(${target} PRIVATE -Werror)
+  endif()
+  if(ZT_SANITIZE)
+    target_compile_options(
+      ${target} PRIVATE -fsanitize=${ZT_SANITIZE} -fno-omit-frame-pointer
+                        -fno-sanitize-recover=all)
+    target_link_options(${target} PUBLIC -fsanitize=${ZT_SANITIZE})
+  endif()
+  if(ZT_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage)
+    target_link_options(${target} PUBLIC --coverage)
+  endif()
+endfunction()
+
+# zt_add_test(<name> SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...])
+#
+# One test program of a room. It is linked with the static library, whose inner parts are visible
+# to it; each GoogleTest test in it becomes a CTest test.
+function(zt_add_test name)
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS")
+  add_executable(${name} ${ARG_SOURCES})
+  zt_configure_target(${name})
+  target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)
+  if(ARG_DEPENDS)
+    add_dependencies(${name} ${ARG_DEPENDS})
+  endif()
+  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+endfunction()

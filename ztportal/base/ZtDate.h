@@ -1,0 +1,44 @@
+#pragma once
+
+#include <chrono>
+#include <compare>
+#include <cstdint>
+#include <limits>
+
+/// A moment that may be missing, in whole milliseconds since 1970-01-01T00:00:00Z, without leap
+/// seconds (POSIX time). A value: eight bytes, freely copied.
+///
+///     ZtDate now = ZtDate::now();
+///     ZtDate then(std::chrono::system_clock::now() - std::chrono::hours(1));
+///     ZtDate none;                             // missing
+class ZtDate {
+ public:
+  /// A missing date.
+  constexpr ZtDate() noexcept = default;
+  /// `moment` without what is finer than a millisecond, cut off towards the past:
+  /// half a millisecond before 1970 is 1969-12-31T23:59:59.999Z.
+  ZtDate(
+      std::chrono::system_clock::time_point moment) noexcept  // NOLINT(google-explicit-constructor)
+      : _milliseconds(
+            std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch()).count()) {}
+
+  static ZtDate now() noexcept { return {std::chrono::system_clock::now()}; }
+  /// For moments outside the range of `system_clock` (years 1677 to 2262 where it counts
+  /// nanoseconds).
+  static constexpr ZtDate fromMilliseconds(std::int64_t sinceEpoch) noexcept {
+    ZtDate date;
+    date._milliseconds = sinceEpoch;
+    return date;
+  }
+
+  constexpr bool isNull() const noexcept { return _milliseconds == kMissing; }
+  /// Milliseconds since 1970-01-01T00:00:00Z; without meaning for a missing date.
+  constexpr std::int64_t milliseconds() const noexcept { return _milliseconds; }
+
+  /// Missing dates are equal, and before every other.
+  friend constexpr auto operator<=>(ZtDate, ZtDate) noexcept = default;
+
+ private:
+  static constexpr std::int64_t kMissing = std::numeric_limits<std::int64_t>::min();
+  std::int64_t _milliseconds = kMissing;
+};

@@ -1,0 +1,11 @@
+#include "ztportal/base/ZtException.h"
+
+#include <string>
+#include <utility>
+
+ZtException::ZtException(ZtString name, ZtString reason)
+    : std::runtime_error(std::string(reason.printed())),
+      _name(std::move(name)),
+      _reason(std::move(reason)) {}
+
+ZtException::~ZtException() = default;

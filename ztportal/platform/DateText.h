@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+#include "ztportal/base/ZtDate.h"
+
+namespace zt {
+
+/// Appends `date` to `text` by the pattern "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35), in the
+/// process's time zone (`TZ`) and the user's locale (the first of `LC_ALL`, `LC_TIME` and `LANG`
+/// that is set and not empty), both as they are at the call:
+///
+///     2026-11-21T13:00:00.000GMT+1
+///
+/// A `TZ` that names no zone of the Unicode data, such as the POSIX form
+/// "CET-1CEST,M3.5.0,M10.5.0/3", gives the hour and the zone name of the C library.
+/// A missing date appends nothing.
+void appendTimestamp(std::string& text, ZtDate date);
+
+/// `date` in short date style and short time style of the user's locale and time zone, found as
+/// above; empty for a missing date.
+std::string shortDateAndTime(ZtDate date);
+
+}  // namespace zt

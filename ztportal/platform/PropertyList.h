@@ -1,0 +1,20 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ztportal/base/ZtString.h"
+
+namespace zt {
+
+/// Strings of a property list's top-level dictionary. A value of another kind is there, but
+/// missing.
+using PropertyListStrings = std::map<std::string, ZtString>;
+
+/// Reads a property list, XML or binary. Nothing when `data` is neither or its top level is not a
+/// dictionary.
+std::optional<PropertyListStrings> parsePropertyList(std::string_view data);
+
+}  // namespace zt
