@@ -1,0 +1,59 @@
+#include "ztportal/pools/ZtPortalDef.h"
+
+#include <array>
+
+#include "ztportal/base/TextAppend.h"
+#include "ztportal/platform/DateText.h"
+#include "ztportal/pools/FieldText.h"
+#include "ztportal/pools/Markup.h"
+
+namespace {
+
+constinit const ZtString kEmpty = ZtString::constant<"">();
+
+constinit const std::array<ZtString, 5> kStepTypes{
+    ZtString::constant<"ENTER">(), ZtString::constant<"LEAVE">(), ZtString::constant<"EXIT">(),
+    ZtString::constant<"INFO">(), ZtString::constant<"ERROR">()};
+
+}  // namespace
+
+ZtString ZtPortalDef::appendSOAPParams(bool soap, const ZtString& params) {
+  if (!soap) return kEmpty;
+  std::string attribute;
+  zt::appendText(attribute, " ", params.printed());
+  return attribute;
+}
+
+ZtString ZtPortalDef::stringFromDate(const ZtDate& date) {
+  if (date.isNull()) return nullptr;
+  std::string text;
+  zt::appendTimestamp(text, date);
+  return text;
+}
+
+void ZtPortalDef::addStringFieldToXml(const ZtString& prefix, std::string& xml,
+                                      const ZtString& name, const ZtString& value, bool soap) {
+  zt::appendField(xml, prefix.printed(), zt::kStringField, name.printed(), value.printed(), soap);
+}
+
+void ZtPortalDef::addIntegerFieldToXml(const ZtString& prefix, std::string& xml,
+                                       const ZtString& name, std::int32_t value, bool soap) {
+  zt::appendField(xml, prefix.printed(), zt::kIntegerField, name.printed(),
+                  zt::NumberText(value).view(), soap);
+}
+
+void ZtPortalDef::addFloatFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                     float value, bool soap) {
+  zt::appendField(xml, prefix.printed(), zt::kFloatField, name.printed(),
+                  zt::NumberText(value).view(), soap);
+}
+
+void ZtPortalDef::addBOOLFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                    ZtBOOL value, bool soap) {
+  zt::appendField(xml, prefix.printed(), zt::kBooleanField, name.printed(), zt::booleanText(value),
+                  soap);
+}
+
+ZtString ZtPortalDef::stepTypeToString(std::uint64_t stepType) {
+  return stepType < kStepTypes.size() ? kStepTypes[static_cast<std::size_t>(stepType)] : kEmpty;
+}

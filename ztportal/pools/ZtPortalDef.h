@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "ztportal/base/ZtBOOL.h"
+#include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtString.h"
+
+/// Kinds of a step of an execution. Numbers beyond these are kept, and written as an empty text.
+enum ZtPortalStepType : std::uint64_t {
+  ZtPortalStepEnter = 0,
+  ZtPortalStepLeave = 1,
+  ZtPortalStepExit = 2,
+  ZtPortalStepInfo = 3,
+  ZtPortalStepError = 4
+};
+
+/// The writers of single values, and the texts of dates and enumerations.
+///
+/// A writer appends one field to `xml`, four lines that end with CR LF and start with `prefix`
+/// (blanks, as a rule). With `soap` the start tags carry their SOAP 1.1 types. Names and values
+/// are written as they are, without any escaping; missing ones as "(null)".
+///
+///     std::string xml;
+///     ZtPortalDef::addStringFieldToXml("", xml, "Result", "OK", false);
+///     // <Field FieldType="string">
+///     //   <Name>Result</Name>
+///     //   <Value>OK</Value>
+///     // </Field>
+///
+/// Any thread may call any operation, with a text of its own.
+class ZT_EXPORT ZtPortalDef {
+ public:
+  ZtPortalDef() = delete;
+
+  /// An attribute for a start tag: a blank and `params` with `soap`, the empty text without.
+  static ZtString appendSOAPParams(bool soap, const ZtString& params);
+
+  /// `date` by the pattern "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35) in the process's time zone
+  /// and the user's locale, for example "2026-11-21T13:00:00.000GMT+1". Missing for a missing date.
+  static ZtString stringFromDate(const ZtDate& date);
+
+  static void addStringFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                  const ZtString& value, bool soap);
+  /// The value in decimal digits.
+  static void addIntegerFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                   std::int32_t value, bool soap);
+  /// The value with two digits after a point, whatever the locale.
+  static void addFloatFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                 float value, bool soap);
+  /// "TRUE" for a byte of exactly 1, "FALSE" for every other. Servers rely on the narrow test, so a
+  /// byte of 2 or 255 is deliberately false.
+  static void addBOOLFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
+                                ZtBOOL value, bool soap);
+
+  /// "ENTER", "LEAVE", "EXIT", "INFO" or "ERROR"; the empty text for any other number.
+  static ZtString stepTypeToString(std::uint64_t stepType);
+};

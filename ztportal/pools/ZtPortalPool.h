@@ -1,0 +1,70 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "ztportal/base/ZtAtomic.h"
+#include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtString.h"
+#include "ztportal/pools/ZtPortalPoolArray.h"
+
+/// One typed block of a report: a type, a time stamp and a tree of named fields. A generic pool
+/// carries what no typed pool has room for; the typed pools derive from it and write fields of
+/// their own ahead of the generic ones.
+///
+///     auto pool = document->addPool("CUSTOM", ZtDate::now());
+///     pool->addString("RESULT", "OK");
+///     pool->addArray("COUNTS")->addInteger("COPIED", 7);
+///
+/// Lifecycle: made by the report document, which owns it; filled at any time; written with the
+/// values of that moment, as often as the document is written; gone with the document.
+/// It is filled and written by one thread at a time; single reads and writes of `fields`,
+/// `poolType` and `timeStamp` are atomic.
+class ZT_EXPORT ZtPortalPool {
+ protected:
+  /// Lets only this family of classes construct; others call the creating functions.
+  struct Creation {
+    explicit Creation() = default;
+  };
+
+ public:
+  static std::shared_ptr<ZtPortalPool> initWithValues(const ZtString& poolType,
+                                                      const ZtDate& timeStamp);
+
+  ZtPortalPool(Creation creation, ZtString poolType, ZtDate timeStamp);
+  ZtPortalPool(const ZtPortalPool&) = delete;
+  ZtPortalPool& operator=(const ZtPortalPool&) = delete;
+  virtual ~ZtPortalPool();
+
+  /// Appends the whole pool to `xml`, each line starting with `prefix` and ending with CR LF;
+  /// with `soap` the start tags carry their SOAP types.
+  virtual void addToXml(const ZtString& prefix, std::string& xml, bool soap) const;
+  /// Appends the generic fields alone, each starting at `prefix`.
+  void addFieldsToXml(const ZtString& prefix, std::string& xml, bool soap) const;
+
+  /// The generic field at `index`; raises as `ZtPortalPoolArray::field`.
+  std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
+  /// Each adds a generic field at the end and returns it, null when it could not be added.
+  std::shared_ptr<ZtPortalPoolArray> addArray(const ZtString& name);
+  std::shared_ptr<ZtPortalPoolString> addString(const ZtString& name, ZtString value);
+  std::shared_ptr<ZtPortalPoolInteger> addInteger(const ZtString& name, std::int32_t value);
+  std::shared_ptr<ZtPortalPoolFloat> addFloat(const ZtString& name, float value);
+  std::shared_ptr<ZtPortalPoolBOOL> addBOOL(const ZtString& name, ZtBOOL value);
+
+  /// The root of the generic fields, an array named "Root"; its own name is never written. A pool
+  /// whose root was replaced by a null pointer has no generic fields and takes none.
+  std::shared_ptr<ZtPortalPoolArray> fields() const { return _fields.load(); }
+  void setFields(std::shared_ptr<ZtPortalPoolArray> value) { _fields.store(std::move(value)); }
+  ZtString poolType() const { return _poolType.load(); }
+  void setPoolType(ZtString value) { _poolType.store(std::move(value)); }
+  ZtDate timeStamp() const { return _timeStamp.load(); }
+  void setTimeStamp(const ZtDate& value) { _timeStamp.store(value); }
+
+ private:
+  ZtAtomic<std::shared_ptr<ZtPortalPoolArray>> _fields;
+  ZtAtomic<ZtString> _poolType;
+  ZtAtomic<ZtDate> _timeStamp;
+};

@@ -1,0 +1,93 @@
+#include "ztportal/pools/ZtPortalPoolArray.h"
+
+#include <string_view>
+
+#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/pools/ListAccess.h"
+#include "ztportal/pools/Markup.h"
+
+namespace {
+
+constexpr std::string_view kChildIndent = "    ";
+
+template <class Child>
+std::shared_ptr<Child> added(ZtPortalPoolArray::Fields* list, std::shared_ptr<Child> child) try {
+  if (list == nullptr) throw ZtException("NO_LIST", "The array has no list of fields");
+  list->push_back(child);
+  return child;
+} catch (const ZtException&) {
+  return nullptr;
+}
+
+}  // namespace
+
+std::shared_ptr<ZtPortalPoolArray> ZtPortalPoolArray::initWithName(const ZtString& name) {
+  return std::make_shared<ZtPortalPoolArray>(Creation{}, name);
+}
+
+ZtPortalPoolArray::ZtPortalPoolArray(Creation creation, ZtString name)
+    : ZtPortalPoolField(creation, std::move(name)), _mutableFields(std::make_shared<Fields>()) {}
+
+ZtPortalPoolArray::~ZtPortalPoolArray() = default;
+
+void ZtPortalPoolArray::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
+  const std::string_view lead = prefix.printed();
+  zt::appendText(xml, lead, zt::kArrayField.text(soap),  //
+                 lead, zt::kName.text(soap), fieldName().printed(), zt::kArrayNameEnd);
+  if (count() != 0) {
+    zt::appendText(xml, lead, zt::kFields.text(soap));
+    std::string childPrefix;
+    zt::appendText(childPrefix, lead, kChildIndent);
+    addChildrenToXml(childPrefix, xml, soap);
+    zt::appendText(xml, lead, zt::kFieldsEnd);
+  } else {
+    zt::appendText(xml, lead, zt::kNoFields.text(soap));
+  }
+  zt::appendText(xml, lead, zt::kArrayEnd);
+}
+
+void ZtPortalPoolArray::addChildrenToXml(const ZtString& prefix, std::string& xml,
+                                         bool soap) const {
+  if (_mutableFields == nullptr) return;
+  for (const auto& child : *_mutableFields) {
+    if (child != nullptr) child->addToXml(prefix, xml, soap);
+  }
+}
+
+ZtPortalPoolArray::Fields ZtPortalPoolArray::fields() const {
+  return _mutableFields != nullptr ? *_mutableFields : Fields();
+}
+
+std::shared_ptr<ZtPortalPoolField> ZtPortalPoolArray::field(std::int32_t index) const {
+  const std::size_t position = zt::checkedPosition(index, count());
+  return (*_mutableFields)[position];
+}
+
+void ZtPortalPoolArray::deleteField(std::int32_t index) {
+  const std::size_t position = zt::checkedPosition(index, count());
+  _mutableFields->erase(_mutableFields->begin() + static_cast<std::ptrdiff_t>(position));
+}
+
+std::shared_ptr<ZtPortalPoolArray> ZtPortalPoolArray::addArray(const ZtString& name) {
+  return added(_mutableFields.get(), ZtPortalPoolArray::initWithName(name));
+}
+
+std::shared_ptr<ZtPortalPoolString> ZtPortalPoolArray::addString(const ZtString& name,
+                                                                 ZtString value) {
+  return added(_mutableFields.get(),
+               ZtPortalPoolString::initWithNameAndValue(name, std::move(value)));
+}
+
+std::shared_ptr<ZtPortalPoolInteger> ZtPortalPoolArray::addInteger(const ZtString& name,
+                                                                   std::int32_t value) {
+  return added(_mutableFields.get(), ZtPortalPoolInteger::initWithNameAndValue(name, value));
+}
+
+std::shared_ptr<ZtPortalPoolFloat> ZtPortalPoolArray::addFloat(const ZtString& name, float value) {
+  return added(_mutableFields.get(), ZtPortalPoolFloat::initWithNameAndValue(name, value));
+}
+
+std::shared_ptr<ZtPortalPoolBOOL> ZtPortalPoolArray::addBOOL(const ZtString& name, ZtBOOL value) {
+  return added(_mutableFields.get(), ZtPortalPoolBOOL::initWithNameAndValue(name, value));
+}

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "ztportal/base/ZtBOOL.h"
+#include "ztportal/pools/ZtPortalPoolBOOL.h"
+#include "ztportal/pools/ZtPortalPoolField.h"
+#include "ztportal/pools/ZtPortalPoolFloat.h"
+#include "ztportal/pools/ZtPortalPoolInteger.h"
+#include "ztportal/pools/ZtPortalPoolString.h"
+
+/// A field that holds fields, arrays among them, to any depth.
+///
+///     auto disks = pool->addArray("DISKS");
+///     disks->addString("NAME", "sda");
+///     disks->addInteger("SIZE_GB", 512);
+///     disks->field(1)->fieldName();            // "SIZE_GB"
+///
+/// When it is written, its name is closed by `</Date>` and the array itself by `</Data>`. Neither
+/// matches its start tag; servers read these lines as they stand, so both are kept on purpose. A
+/// report with such an array is therefore no well-formed XML.
+class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
+ public:
+  using Fields = std::vector<std::shared_ptr<ZtPortalPoolField>>;
+
+  static std::shared_ptr<ZtPortalPoolArray> initWithName(const ZtString& name);
+
+  ZtPortalPoolArray(Creation creation, ZtString name);
+  ~ZtPortalPoolArray() override;
+
+  void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
+
+  /// The children now, in the order in which they were added; what is added later is not in it.
+  Fields fields() const;
+  /// The live list of children, shared: a change of it changes the array. An array whose list was
+  /// replaced by a null pointer has no children and takes none.
+  const std::shared_ptr<Fields>& mutableFields() const { return _mutableFields; }
+  void setMutableFields(std::shared_ptr<Fields> value) { _mutableFields = std::move(value); }
+
+  /// The child at `index`. Raises `ZtException` "OUT_OF_BOUNDS" for a negative index or one above
+  /// the last; in an array without children every other index raises the list's own range error,
+  /// which has another name. Callers tell the two apart.
+  std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
+  /// Removes the child at `index`; raises as `field`, and then changes nothing.
+  void deleteField(std::int32_t index);
+
+  /// Each adds a child at the end and returns it, null when it could not be added. Names need be
+  /// neither unique nor present.
+  std::shared_ptr<ZtPortalPoolArray> addArray(const ZtString& name);
+  std::shared_ptr<ZtPortalPoolString> addString(const ZtString& name, ZtString value);
+  std::shared_ptr<ZtPortalPoolInteger> addInteger(const ZtString& name, std::int32_t value);
+  std::shared_ptr<ZtPortalPoolFloat> addFloat(const ZtString& name, float value);
+  std::shared_ptr<ZtPortalPoolBOOL> addBOOL(const ZtString& name, ZtBOOL value);
+
+ private:
+  friend class ZtPortalPool;
+  void addChildrenToXml(const ZtString& prefix, std::string& xml, bool soap) const;
+  std::size_t count() const { return _mutableFields != nullptr ? _mutableFields->size() : 0; }
+
+  std::shared_ptr<Fields> _mutableFields;
+};

@@ -1,0 +1,6 @@
+#include "ztportal/portal/ZtPortalConstants.h"
+
+constinit const ZtString COMPANY_NAME = ZtString::constant<"Kelvane">();
+constinit const ZtString APP_SUBFOLDERNAME = ZtString::constant<"ztportal">();
+constinit const ZtString APP_CONFIGURATIONFILE = ZtString::constant<"configuration.xml">();
+constinit const ZtString GHOST_BUNDLE_IDENT = ZtString::constant<"com.kelvane.ZtPortalGhost">();

@@ -1,0 +1,164 @@
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/platform/Bundle.h"
+#include "ztportal/platform/DateText.h"
+#include "ztportal/platform/Platform.h"
+#include "ztportal/platform/PropertyList.h"
+#include "ztportal/platform/ZtXMLDocument.h"
+#include "ztportal/portal/ZtPortalConstants.h"
+#include "ztportal/portal/ZtPortalData.h"
+#include "ztportal/system/ZtHost.h"
+
+// Delivery and offline store.
+
+namespace {
+
+constexpr std::string_view kReportsFolder = "/reports";
+constexpr std::string_view kReportEnding = ".ztr";
+
+/// Whether `text` contains `word`, which is in lower case, in any letter case.
+bool containsAnyCase(std::string_view text, std::string_view word) {
+  const auto sameLetter = [](char letter, char lower) {
+    return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);
+  };
+  return std::search(text.begin(), text.end(), word.begin(), word.end(), sameLetter) != text.end();
+}
+
+/// The server confirms by the name of its response and the word true, wherever they stand: answers
+/// of servers that word the rest differently are accepted, too.
+bool isAccepted(const ZtString& answer) {
+  return containsAnyCase(answer.view(), "postpooldatasresponse") &&
+         containsAnyCase(answer.view(), "true");
+}
+
+/// What the companion's property list says of the test mode: nothing where there is no such list
+/// or no such entry; a missing text for an entry that is no string.
+std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
+  const std::optional<zt::Bundle> bundle = zt::Bundle::at(bundlePath);
+  if (!bundle) return std::nullopt;
+  const std::optional<std::string> path = bundle->resource("ghost", "plist");
+  if (!path) return std::nullopt;
+  const std::optional<std::string> content = zt::Platform::current().files().read(*path);
+  if (!content) return std::nullopt;
+  const auto entries = zt::parsePropertyList(*content);
+  if (!entries) return std::nullopt;
+  const auto entry = entries->find("ztTestMode");
+  if (entry == entries->end()) return std::nullopt;
+  return entry->second;
+}
+
+}  // namespace
+
+bool ZtPortalData::_mutexEnabled() const try {
+  for (const auto& application : zt::Platform::current().runningApplications().list()) {
+    if (application.bundleIdentifier != GHOST_BUNDLE_IDENT) continue;
+    const std::optional<ZtString> entry = testModeEntry(application.bundlePath);
+    if (!entry) continue;
+    if (entry->isNull()) return false;
+    if (*entry == "1") return true;
+  }
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+void ZtPortalData::_notifyGhost(const ZtString& request) {
+  zt::Platform::current().broadcast().post(
+      "ZtPortalGhostNotification", ZtHost::bundleInfo("CFBundleName"),
+      {{"version", ZtHost::bundleInfo("CFBundleShortVersionString")},
+       {"date", zt::shortDateAndTime(ZtDate::now())},
+       {"request", request}});
+}
+
+bool ZtPortalData::_deliver(const ZtString& request) {
+  return isAccepted(_httpRequest(_getReportUrl(), request));
+}
+
+bool ZtPortalData::reportToServer() try {
+  const ZtString request = getSoapString();
+  _notifyGhost(request);
+  // Only a document that once had a URL tries again to get online.
+  if (!_getReportUrl().empty() && !(_gotConfiguration && _online)) {
+    _initHttp(_configurationUrl, _cacheConfiguration);
+  }
+  if (_deliver(request)) return true;
+  saveReport();
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+bool ZtPortalData::_writeReport(const ZtString& path) try {
+  if (path.isNull()) return false;
+  return zt::Platform::current().files().write(std::string(path.view()), getSoapString());
+} catch (const ZtException&) {
+  return false;
+}
+
+bool ZtPortalData::reportToFile(const ZtString& path) {
+  _writeReport(path);
+  return false;
+}
+
+void ZtPortalData::saveReport() { _writeReport(_getReportFile()); }
+
+bool ZtPortalData::sendSavedReports() try {
+  zt::Files& files = zt::Platform::current().files();
+  const ZtString folder = _getReportFolder();
+  if (folder.isNull() || !files.isFolder(std::string(folder.view()))) return false;
+  const auto names = files.list(std::string(folder.view()));
+  if (!names) return false;
+  for (const std::string& name : *names) {
+    if (!name.ends_with(kReportEnding)) continue;
+    std::string path;
+    zt::appendText(path, folder.view(), "/", name);
+    if (!sendSavedReport(path)) return false;
+    files.remove(path);
+  }
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+bool ZtPortalData::sendSavedReport(const ZtString& path) try {
+  if (!(_gotConfiguration && _online)) _initHttp(_configurationUrl, _cacheConfiguration);
+  if (path.empty() || !_online) return false;
+
+  const auto content = zt::Platform::current().files().read(std::string(path.view()));
+  if (!content) return false;
+  // A text that only a repair would make well-formed is not sent either, so none is tried.
+  const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form);
+  if (document == nullptr) return false;
+
+  const ZtString request = document->xmlText();
+  _notifyGhost(request);
+  return _deliver(request);
+} catch (const ZtException&) {
+  return false;
+}
+
+ZtString ZtPortalData::reportFile() const { return _getReportFile(); }
+
+ZtString ZtPortalData::reportFolder() { return _getReportFolder(); }
+
+ZtString ZtPortalData::_getReportFile() const {
+  const ZtString folder = _getReportFolder();
+  if (folder.isNull()) return nullptr;
+  std::string path;
+  zt::appendText(path, folder.view(), "/", _reportId.view(), kReportEnding);
+  return path;
+}
+
+ZtString ZtPortalData::_getReportFolder() {
+  const ZtString support = _localSupportFolder();
+  if (support.isNull()) return nullptr;
+  std::string path;
+  zt::appendText(path, support.view(), kReportsFolder);
+  if (!zt::Platform::current().files().createFolders(path)) return nullptr;
+  return path;
+}

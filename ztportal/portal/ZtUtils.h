@@ -1,0 +1,35 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtString.h"
+#include "ztportal/platform/ZtXMLDocument.h"
+
+/// Look-ups among the direct children of an XML node; none looks any deeper.
+///
+///     auto document = ZtXMLDocument::parse(text);
+///     auto url = ZtUtils::childNamed(*document->rootElement(), "defSOAP");
+///     if (url) use(url->text());
+class ZT_EXPORT ZtUtils {
+ public:
+  ZtUtils() = delete;
+
+  /// The first child whose name, prefix included, is exactly `name`. Texts and comments have none.
+  static std::optional<ZtXMLNode> childNamed(const ZtXMLNode& node, const ZtString& name);
+
+  /// The first child whose name in lower case matches `pattern`: "*" stands for any run of
+  /// characters, "?" for one character, all else for itself. The pattern is not lowered, so one
+  /// with a capital letter matches nothing.
+  static std::optional<ZtXMLNode> childNamedLike(const ZtXMLNode& node, const ZtString& pattern);
+
+  /// The texts of all children, texts and comments included, in document order.
+  static std::vector<ZtString> childrenAsStrings(const ZtXMLNode& node);
+
+  /// The attributes of all children named `name`, by name; a later one replaces an earlier one.
+  static std::map<std::string, ZtString> nodesContentAsDictionary(const ZtXMLNode& element,
+                                                                  const ZtString& name);
+};

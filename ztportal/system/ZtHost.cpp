@@ -1,0 +1,46 @@
+#include "ztportal/system/ZtHost.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "ztportal/base/ZtAtomic.h"
+#include "ztportal/platform/Bundle.h"
+#include "ztportal/platform/Executable.h"
+
+namespace {
+
+using Info = std::map<std::string, ZtString>;
+
+/// What the host said of itself; null as long as it said nothing. Never destroyed, since hosts
+/// report from their own static destructors, too.
+ZtAtomic<std::shared_ptr<const Info>>& givenInfo() {
+  static auto* const info = new ZtAtomic<std::shared_ptr<const Info>>();
+  return *info;
+}
+
+const Info& mainBundleInfo() {
+  static const auto* const info = [] {
+    const std::optional<zt::Bundle> bundle = zt::Bundle::above(zt::executablePath());
+    return new Info(bundle ? bundle->info() : Info());
+  }();
+  return *info;
+}
+
+ZtString executableName() {
+  const std::string path = zt::executablePath();
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace
+
+void ZtHost::setBundleInfo(std::map<std::string, ZtString> info) {
+  givenInfo().store(std::make_shared<const Info>(std::move(info)));
+}
+
+ZtString ZtHost::bundleInfo(const std::string& key) {
+  const std::shared_ptr<const Info> given = givenInfo().load();
+  const Info& info = given != nullptr ? *given : mainBundleInfo();
+  if (const auto found = info.find(key); found != info.end()) return found->second;
+  return key == "CFBundleName" ? executableName() : ZtString();
+}

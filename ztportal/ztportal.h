@@ -1,0 +1,26 @@
+#pragma once
+
+/// All of the library's public interface.
+
+#include "ztportal/base/ZtAtomic.h"
+#include "ztportal/base/ZtBOOL.h"
+#include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtString.h"
+#include "ztportal/platform/ZtXMLDocument.h"
+#include "ztportal/pools/ZtPortalDef.h"
+#include "ztportal/pools/ZtPortalPool.h"
+#include "ztportal/pools/ZtPortalPoolArray.h"
+#include "ztportal/pools/ZtPortalPoolBOOL.h"
+#include "ztportal/pools/ZtPortalPoolExecution.h"
+#include "ztportal/pools/ZtPortalPoolExecutionStep.h"
+#include "ztportal/pools/ZtPortalPoolField.h"
+#include "ztportal/pools/ZtPortalPoolFloat.h"
+#include "ztportal/pools/ZtPortalPoolInteger.h"
+#include "ztportal/pools/ZtPortalPoolString.h"
+#include "ztportal/portal/ZtPortalConstants.h"
+#include "ztportal/portal/ZtPortalData.h"
+#include "ztportal/portal/ZtUtils.h"
+#include "ztportal/system/ZtHost.h"
+#include "ztportal/system/ZtSystemInfos.h"
