@@ -134,7 +134,7 @@ class ZT_EXPORT ZtPortalData {
   static ZtString _getReportFolder();
   bool _deliver(const ZtString& request);
   static void _notifyGhost(const ZtString& request);
-  bool _writeReport(const ZtString& path);
+  void _writeReport(const ZtString& path);
 
   std::vector<std::shared_ptr<ZtPortalPool>> _pools;
   std::map<std::string, ZtString> _systemInfos;

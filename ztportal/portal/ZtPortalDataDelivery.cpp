@@ -93,19 +93,21 @@ bool ZtPortalData::reportToServer() try {
   return false;
 }
 
-bool ZtPortalData::_writeReport(const ZtString& path) try {
-  if (path.isNull()) return false;
-  return zt::Platform::current().files().write(std::string(path.view()), getSoapString());
+void ZtPortalData::_writeReport(const ZtString& path) {
+  if (path.isNull()) return;
+  zt::Platform::current().files().write(std::string(path.view()), getSoapString());
+}
+
+bool ZtPortalData::reportToFile(const ZtString& path) try {
+  _writeReport(path);
+  return false;
 } catch (const ZtException&) {
   return false;
 }
 
-bool ZtPortalData::reportToFile(const ZtString& path) {
-  _writeReport(path);
-  return false;
+void ZtPortalData::saveReport() try { _writeReport(_getReportFile()); } catch (const ZtException&) {
+  // A store that cannot be written to is silent; the caller looks for the file if it must know.
 }
-
-void ZtPortalData::saveReport() { _writeReport(_getReportFile()); }
 
 bool ZtPortalData::sendSavedReports() try {
   zt::Files& files = zt::Platform::current().files();

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/platform/fakes/FakeFiles.h"
+#include "tests/platform/fakes/FakeHttpTransport.h"
+#include "ztportal/platform/Platform.h"
+
+namespace zt::test {
+
+/// The user domain's folder is `folder`; without one the platform reports an error.
+class FakeSupportFolder final : public SupportFolder {
+ public:
+  std::optional<std::string> path(std::int16_t domain) override {
+    askedDomains.push_back(domain);
+    return domain == kUserDomain ? folder : std::nullopt;
+  }
+
+  std::optional<std::string> folder = "/home/user/.local/share";
+  std::vector<std::int16_t> askedDomains;
+};
+
+class FakeRunningApplications final : public RunningApplications {
+ public:
+  std::vector<RunningApplication> list() override {
+    ++walks;
+    if (onList) onList();
+    return running;
+  }
+
+  std::vector<RunningApplication> running;
+  std::function<void()> onList;  // may raise
+  int walks = 0;
+};
+
+class FakeBroadcast final : public Broadcast {
+ public:
+  struct Message {
+    ZtString name;
+    ZtString object;
+    std::map<std::string, ZtString> userInfo;
+  };
+
+  void post(const ZtString& name, const ZtString& object,
+            const std::map<std::string, ZtString>& userInfo) override {
+    posted.push_back({name, object, userInfo});
+    if (onPost) onPost();
+  }
+
+  std::vector<Message> posted;
+  std::function<void()> onPost;  // may raise
+};
+
+/// Answers by a table; a selector that is not in it fails.
+class FakeGestalt final : public Gestalt {
+ public:
+  std::optional<std::int32_t> ask(std::uint32_t selector) override {
+    asked.push_back(selector);
+    const auto found = answers.find(selector);
+    return found != answers.end() ? std::optional(found->second) : std::nullopt;
+  }
+
+  std::map<std::uint32_t, std::int32_t> answers;
+  std::vector<std::uint32_t> asked;
+};
+
+class FakeMachineIdentity final : public MachineIdentity {
+ public:
+  ZtString platformUUID() override { return uuid; }
+
+  ZtString uuid = "564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5";
+};
+
+class FakeLocalizations final : public Localizations {
+ public:
+  std::vector<ZtString> preferredLocalizations() override { return preferred; }
+
+  std::vector<ZtString> preferred;
+};
+
+/// A German locale, unless a test says otherwise. Languages are canonical as they are.
+class FakeUserLocale final : public UserLocale {
+ public:
+  ZtString languageCode() override { return language; }
+  ZtString countryCode() override { return country; }
+  ZtString countryName(const ZtString& countryCode) override {
+    askedCountries.push_back(countryCode);
+    return countryCode == country ? name : ZtString();
+  }
+  ZtString canonicalLanguageIdentifier(const ZtString& localization) override {
+    const auto found = canonical.find(std::string(localization.view()));
+    return found != canonical.end() ? found->second : localization;
+  }
+  bool isIsoLanguageCode(const ZtString& identifier) override {
+    return std::find(isoCodes.begin(), isoCodes.end(), identifier) != isoCodes.end();
+  }
+
+  ZtString language = "de";
+  ZtString country = "DE";
+  ZtString name = "Deutschland";
+  std::map<std::string, ZtString> canonical;
+  std::vector<ZtString> isoCodes{"de", "en", "fr", "zh"};
+  std::vector<ZtString> askedCountries;
+};
+
+/// A machine that a test makes up. In force from its construction to its end.
+///
+///     FakePlatform platform;
+///     platform.http_.answer = [](const auto& asked) { return HttpAnswer{200, "<versioninfo/>"}; };
+class FakePlatform final : public Platform {
+ public:
+  HttpTransport& http() override { return http_; }
+  Files& files() override { return replacedFiles != nullptr ? *replacedFiles : files_; }
+  SupportFolder& supportFolder() override { return supportFolder_; }
+  RunningApplications& runningApplications() override { return runningApplications_; }
+  Broadcast& broadcast() override { return broadcast_; }
+  Gestalt& gestalt() override { return gestalt_; }
+  MachineIdentity& machineIdentity() override { return machineIdentity_; }
+  Localizations& localizations() override { return localizations_; }
+  UserLocale& userLocale() override { return userLocale_; }
+
+  FakeHttpTransport http_;
+  FakeFiles files_;
+  Files* replacedFiles = nullptr;  // in the place of files_, for faults and for real files
+  FakeSupportFolder supportFolder_;
+  FakeRunningApplications runningApplications_;
+  FakeBroadcast broadcast_;
+  FakeGestalt gestalt_;
+  FakeMachineIdentity machineIdentity_;
+  FakeLocalizations localizations_;
+  FakeUserLocale userLocale_;
+
+ private:
+  Substitute _inForce{*this};
+};
+
+}  // namespace zt::test
