@@ -1,7 +1,6 @@
 #include "ztportal/pools/PoolWriter.h"
 
 #include "ztportal/base/TextAppend.h"
-#include "ztportal/platform/DateText.h"
 #include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/Markup.h"
 
@@ -11,14 +10,6 @@ namespace {
 
 constexpr std::size_t kFieldDepth = 4;
 constexpr std::size_t kRecordFieldDepth = 8;
-
-void appendDate(std::string& xml, ZtDate date) {
-  if (date.isNull()) {
-    xml += kNull;
-    return;
-  }
-  appendTimestamp(xml, date);
-}
 
 std::string deepestLead(std::string_view prefix) {
   std::string lead;
@@ -40,10 +31,18 @@ std::string_view PoolWriter::lead(std::size_t depth) const {
   return std::string_view(_lead).substr(0, _prefixSize + depth);
 }
 
+void PoolWriter::appendDate(ZtDate date) {
+  if (date.isNull()) {
+    _xml += kNull;
+  } else {
+    _timestamps.append(_xml, date);
+  }
+}
+
 void PoolWriter::begin(const ZtString& poolType, ZtDate timeStamp) {
   appendText(_xml, lead(0), kPool.text(_soap), poolType.printed(), kPoolTypeEnd,  //
              lead(0), kDate.text(_soap));
-  appendDate(_xml, timeStamp);
+  appendDate(timeStamp);
   _xml += kDateEnd;
 }
 
@@ -65,7 +64,7 @@ void PoolWriter::string(std::string_view name, const ZtAtomic<ZtString>& value) 
 
 void PoolWriter::date(std::string_view name, const ZtAtomic<ZtDate>& value) {
   beginField(kStringField, name);
-  appendDate(_xml, value.load());
+  appendDate(value.load());
   endField();
 }
 

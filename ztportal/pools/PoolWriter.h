@@ -9,6 +9,7 @@
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/DateText.h"
 #include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/FieldText.h"
 
@@ -76,6 +77,8 @@ class PoolWriter {
   void endRecords();
   const std::string& nextColumn(const Tag& type, std::string_view name);
 
+  void appendDate(ZtDate date);
+
   /// The start of a line, `depth` blanks behind the pool's own.
   std::string_view lead(std::size_t depth) const;
 
@@ -83,6 +86,7 @@ class PoolWriter {
   bool _soap;
   std::size_t _prefixSize;
   std::string _lead;  // the prefix and the blanks of the deepest line
+  Timestamps _timestamps;
   bool _inRecords = false;
   // What stands before each value of a record, which is the same for all records of a list: put
   // together for the first one.
