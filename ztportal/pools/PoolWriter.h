@@ -56,7 +56,6 @@ class PoolWriter {
     if (list.empty()) return;
     beginRecords(name);
     eachEntry(list, _xml, [this](const auto& record) {
-      beginRecord();
       record.addFieldsTo(*this);
       endRecord();
     });
@@ -72,10 +71,9 @@ class PoolWriter {
   void endField();
 
   void beginRecords(std::string_view name);
-  void beginRecord();
   void endRecord();
   void endRecords();
-  const std::string& nextColumn(const Tag& type, std::string_view name);
+  void addColumn(const Tag& type, std::string_view name);
 
   void appendDate(ZtDate date);
 
@@ -92,6 +90,7 @@ class PoolWriter {
   // together for the first one.
   std::vector<std::string> _columns;
   std::size_t _column = 0;  // the next one of the record being written
+  std::string _recordEnd;
 };
 
 }  // namespace zt
