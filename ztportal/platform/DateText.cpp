@@ -110,7 +110,7 @@ std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
 
 /// Writes timestamps for one value of `TZ` and one locale.
 ///
-/// ICU takes about a microsecond for a text that is nearly always the same few digits and a zone
+/// ICU takes some microseconds for a text that is nearly always the same few digits and a zone
 /// name. So the time line is cut into windows: stretches of at most 32 days in which the zone's
 /// offset does not change. ICU is asked for the first and the last millisecond of a window. If both
 /// texts are what `appendCivilTime` writes for them, followed by one and the same zone name, then
