@@ -1,13 +1,23 @@
 #include "ztportal/platform/CivilTime.h"
 
+#include <cstddef>
+#include <cstring>
+
 namespace zt {
 namespace {
 
-char digit(unsigned value) { return static_cast<char>('0' + value); }
+/// "00" to "99", one behind the other.
+constexpr std::array<char, 200> kTwoDigits = [] {
+  std::array<char, 200> digits{};
+  for (std::size_t i = 0; i < 100; ++i) {
+    digits[i * 2] = static_cast<char>('0' + i / 10);
+    digits[i * 2 + 1] = static_cast<char>('0' + i % 10);
+  }
+  return digits;
+}();
 
 void writeTwoDigits(char* out, unsigned value) {
-  out[0] = digit(value / 10);
-  out[1] = digit(value % 10);
+  std::memcpy(out, kTwoDigits.data() + std::size_t{value} * 2, 2);
 }
 
 }  // namespace
@@ -30,7 +40,7 @@ void CivilTimeWriter::append(std::string& text, std::chrono::milliseconds sinceE
   writeTwoDigits(out + 11, seconds / 3600);
   writeTwoDigits(out + 14, seconds / 60 % 60);
   writeTwoDigits(out + 17, seconds % 60);
-  out[20] = digit(milliseconds / 100);
+  out[20] = static_cast<char>('0' + milliseconds / 100);
   writeTwoDigits(out + 21, milliseconds % 100);
   text.append(out, _text.size());
 }
