@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstring>
+#include <algorithm>
 #include <string>
 #include <string_view>
 
@@ -15,7 +15,7 @@ void appendText(std::string& text, const Pieces&... pieces) {
     const std::size_t before = text.size();
     text.resize(before + (views.size() + ...));
     char* end = text.data() + before;
-    ((std::memcpy(end, views.data(), views.size()), end += views.size()), ...);
+    ((end = std::copy(views.begin(), views.end(), end)), ...);
   };
   append(std::string_view(pieces)...);
 }
