@@ -5,7 +5,7 @@
 namespace zt {
 
 /// A fresh random UUID (RFC 4122, version 4) from the kernel's random source, in upper case:
-/// "0F1D6A52-93E5-4E0B-8D57-5A2C7D3B9E11".
+/// "0F1D6A52-93E5-4E0B-8D57-5A2C7D3B9E11". Missing when the kernel gives no random bytes.
 ZtString randomUuid();
 
 }  // namespace zt

@@ -1,0 +1,281 @@
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/linux/LinuxBroadcast.h"
+
+namespace {
+
+using zt::LinuxBroadcast;
+using zt::test::ChildProcess;
+using zt::test::ScopedEnvironment;
+using zt::test::TemporaryFolder;
+using UserInfo = std::map<std::string, ZtString>;
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds kPatience{60};
+constexpr const char* kName = "ZtPortalGhostNotification";
+constexpr const char* kListen = "ZT_TEST_LISTEN_FOR_BROADCASTS";
+
+/// A text with its length before it, so that no two lists of texts look the same.
+void tell(const char* text) { std::printf("%zu:%s,", std::string(text).size(), text); }
+
+int tellSignal(sd_bus_message* message, void*, sd_bus_error*) {
+  tell(sd_bus_message_get_path(message));
+  tell(sd_bus_message_get_interface(message));
+  tell(sd_bus_message_get_member(message));
+  tell(sd_bus_message_get_signature(message, 1));
+  const char* object = nullptr;
+  sd_bus_message_read(message, "s", &object);
+  tell(object);
+  sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{ss}");
+  const char* key = nullptr;
+  const char* value = nullptr;
+  while (sd_bus_message_read(message, "{ss}", &key, &value) > 0) {
+    tell(key);
+    tell(value);
+  }
+  std::printf("\n");
+  std::fflush(stdout);
+  return 0;
+}
+
+/// This program started with the variable set is a receiver of broadcasts and nothing else: it
+/// says "ready" and then each signal as one line, until it is killed.
+const bool kIsListening = [] {
+  if (std::getenv(kListen) == nullptr) return false;
+  sd_bus* bus = nullptr;
+  const bool isListening =
+      sd_bus_open_user(&bus) >= 0 &&
+      sd_bus_match_signal(bus, nullptr, nullptr, nullptr, "com.kelvane.ZtPortal", nullptr,
+                          tellSignal, nullptr) >= 0;
+  std::puts(isListening ? "ready" : "cannot listen");
+  std::fflush(stdout);
+  while (sd_bus_process(bus, nullptr) >= 0) sd_bus_wait(bus, UINT64_MAX);
+  ::_exit(1);
+}();
+
+std::string expectedLine(const std::string& object,
+                         const std::map<std::string, std::string>& userInfo) {
+  std::string line;
+  const auto add = [&line](const std::string& text) {
+    line += std::to_string(text.size()) + ":" + text + ",";
+  };
+  for (const char* text :
+       {"/com/kelvane/ZtPortal", "com.kelvane.ZtPortal", "ZtPortalGhostNotification", "sa{ss}"}) {
+    add(text);
+  }
+  add(object);
+  for (const auto& [key, value] : userInfo) {
+    add(key);
+    add(value);
+  }
+  return line;
+}
+
+/// A session bus of the test's own.
+class SessionBus {
+ public:
+  SessionBus() : _daemon({"dbus-daemon", "--session", "--nofork", "--print-address"}) {
+    const std::optional<std::string> address = _daemon.readLine(kPatience);
+    if (!address) throw std::runtime_error("the session bus does not start");
+    _address = *address;
+  }
+  const std::string& address() const { return _address; }
+  ChildProcess& process() { return _daemon; }
+
+ private:
+  ChildProcess _daemon;
+  std::string _address;
+};
+
+class Receiver {
+ public:
+  Receiver() {
+    const ScopedEnvironment listen(kListen, "1");
+    _process = std::make_unique<ChildProcess>(
+        std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe").string()});
+    if (_process->readLine(kPatience) != "ready") throw std::runtime_error("no receiver");
+  }
+  std::optional<std::string> next() { return _process->readLine(kPatience); }
+
+ private:
+  std::unique_ptr<ChildProcess> _process;
+};
+
+/// Whether two long texts are the same, without printing them.
+void expectSame(const std::optional<std::string>& told, const std::string& expected) {
+  ASSERT_TRUE(told.has_value());
+  EXPECT_EQ(told->size(), expected.size());
+  EXPECT_TRUE(*told == expected) << told->substr(0, 1000);
+}
+
+class LinuxBroadcastTest : public testing::Test {
+ protected:
+  void post(const ZtString& name, const ZtString& object, const UserInfo& userInfo) {
+    testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
+    _broadcast.post(name, object, userInfo);
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  }
+
+  LinuxBroadcast _broadcast;
+};
+
+class LinuxBroadcastOnABusTest : public LinuxBroadcastTest {
+ protected:
+  SessionBus _bus;
+  ScopedEnvironment _address{"DBUS_SESSION_BUS_ADDRESS", _bus.address().c_str()};
+  Receiver _receiver;
+};
+
+TEST_F(LinuxBroadcastOnABusTest, ReachesAnotherProcessWhole) {
+  std::string request = "<request>\xc3\xa4\xf0\x9f\x98\x80\t\"'&amp;";
+  while (request.size() < 1024 * 1024) request += "0123456789 abcdefghijklmnopqrstuvwxyz ";
+  post(kName, "com.kelvane.Host",
+       {{"url", "http://127.0.0.1/soap"}, {"request", request}, {"", ""}, {"z \xc3\xa4", "\x01"}});
+  expectSame(_receiver.next(), expectedLine("com.kelvane.Host", {{"url", "http://127.0.0.1/soap"},
+                                                                 {"request", request},
+                                                                 {"", ""},
+                                                                 {"z \xc3\xa4", "\x01"}}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, SendsAnEmptyUserInformation) {
+  post(kName, "", {});
+  expectSame(_receiver.next(), expectedLine("", {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, WritesMissingTextsAsNull) {
+  post(kName, nullptr, {{"here", "text"}, {"missing", nullptr}});
+  expectSame(_receiver.next(), expectedLine("(null)", {{"here", "text"}, {"missing", "(null)"}}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, SendsNothingThatCannotStandInAMessage) {
+  const std::string nul("a\0b", 3);
+  post(kName, nul, {});
+  post(kName, "object", {{nul, "value"}});
+  post(kName, "object", {{"key", nul}});
+  for (const char* bytes : {"\xff", "\xc3", "\xc0\x80", "\xed\xa0\x80", "\xf5\x80\x80\x80"}) {
+    post(kName, bytes, {});
+    post(kName, "object", {{bytes, "value"}});
+    post(kName, "object", {{"a", "fine"}, {"key", bytes}});
+  }
+  for (const char* name : {"", "1", "a.b", "a b", "a-b", "\xc3\xa4"}) post(name, "object", {});
+  post(nullptr, "object", {});
+  post(nul, "object", {});
+  post(std::string(256, 'a'), "object", {});
+  // Nothing of that came before this one.
+  post(kName, "the first", {});
+  expectSame(_receiver.next(), expectedLine("the first", {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, SendsNothingThatIsTooLargeForABus) {
+  post(kName, std::string(130 * 1024 * 1024, 'x'), {});
+  post(kName, "the first", {});
+  expectSame(_receiver.next(), expectedLine("the first", {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, SendsEveryMessageInItsOrder) {
+  for (int i = 0; i < 50; ++i) post(kName, std::to_string(i), {});
+  for (int i = 0; i < 50; ++i) expectSame(_receiver.next(), expectedLine(std::to_string(i), {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, ABusThatHangsDoesNotHoldTheCallerUp) {
+  _bus.process().kill(SIGSTOP);
+  const auto start = Clock::now();
+  post(kName, std::string(8 * 1024 * 1024, 'x'), {});
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(30));
+  _bus.process().kill(SIGCONT);
+}
+
+TEST_F(LinuxBroadcastOnABusTest, ABusThatEndedIsNone) {
+  _bus.process().kill(SIGKILL);
+  _bus.process().wait();
+  post(kName, "object", {{"key", "value"}});
+}
+
+TEST_F(LinuxBroadcastTest, FindsTheBusInTheUsersRuntimeFolder) {
+  const TemporaryFolder folder;
+  const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.path().c_str());
+  ChildProcess daemon({"dbus-daemon", "--session", "--nofork", "--print-address",
+                       "--address=unix:path=" + folder.path("bus")});
+  ASSERT_TRUE(daemon.readLine(kPatience).has_value());
+  const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", nullptr);
+  Receiver receiver;
+  post(kName, "object", {{"key", "value"}});
+  expectSame(receiver.next(), expectedLine("object", {{"key", "value"}}));
+}
+
+TEST_F(LinuxBroadcastTest, WithoutABusNothingHappens) {
+  const TemporaryFolder folder;
+  const std::pair<const char*, const char*> rows[] = {
+      {nullptr, nullptr},
+      {nullptr, ""},
+      {nullptr, "relative"},
+      {"", nullptr},
+      {"nonsense", nullptr},
+      {"unix:", nullptr},
+      {"unix:path=relative", nullptr},
+      {"unix:path=/nonexistent/bus", nullptr},
+      {"tcp:host=127.0.0.1,port=1", nullptr},
+  };
+  for (const auto& [busAddress, runtimeFolder] : rows) {
+    SCOPED_TRACE(busAddress != nullptr ? busAddress : "(unset)");
+    const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", busAddress);
+    const ScopedEnvironment runtime("XDG_RUNTIME_DIR", runtimeFolder);
+    post(kName, "object", {{"key", "value"}});
+  }
+}
+
+/// A socket that takes connections and says nothing.
+class SilentServer {
+ public:
+  explicit SilentServer(const std::string& path) : _socket(::socket(AF_UNIX, SOCK_STREAM, 0)) {
+    struct sockaddr_un address {};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path, sizeof(address.sun_path) - 1);
+    if (::bind(_socket, reinterpret_cast<struct sockaddr*>(&address), sizeof(address)) != 0 ||
+        ::listen(_socket, 8) != 0) {
+      throw std::runtime_error("cannot listen at " + path);
+    }
+  }
+  SilentServer(const SilentServer&) = delete;
+  SilentServer& operator=(const SilentServer&) = delete;
+  ~SilentServer() { ::close(_socket); }
+
+ private:
+  int _socket;
+};
+
+TEST_F(LinuxBroadcastTest, ABusThatNeverAnswersDoesNotHoldTheCallerUp) {
+  const TemporaryFolder folder;
+  const SilentServer server(folder.path("bus"));
+  const std::string path = "unix:path=" + folder.path("bus");
+  const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", path.c_str());
+  const auto start = Clock::now();
+  post(kName, "object", {{"key", "value"}});
+  EXPECT_LT(Clock::now() - start, std::chrono::seconds(10));
+}
+
+}  // namespace

@@ -1,0 +1,93 @@
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <string>
+
+#include "tools/ztreport/Commands.h"
+#include "ztportal/ztportal.h"
+
+namespace {
+
+using zt::tools::Exit;
+using zt::tools::Failure;
+
+int failed(const std::string& message, Exit exit) {
+  std::cerr << "ztreport: " << message << '\n';
+  return static_cast<int>(exit);
+}
+
+/// The name becomes a folder of the store, so it must be one plain name.
+void setHost(const std::string& name, const std::string& version) {
+  if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
+    throw Failure(Exit::WrongInput, "--app-name: \"" + name + "\" cannot name a folder");
+  }
+  ZtHost::setBundleInfo({{"CFBundleName", name},
+                         {"CFBundleShortVersionString", version},
+                         {"CFBundleVersion", version}});
+}
+
+int run(int argc, char** argv) {
+  CLI::App app("Reports the run of a program from the command line.", "ztreport");
+  app.set_version_flag("--version", std::string("ztreport " ZT_VERSION));
+  app.set_help_flag("--help", "Print this help and exit");
+  app.require_subcommand(1);
+  app.fallthrough();
+
+  std::string appName = "ztreport";
+  std::string appVersion = ZT_VERSION;
+  app.add_option("--app-name", appName, "Name of the program that is reported")
+      ->capture_default_str();
+  app.add_option("--app-version", appVersion, "Version of the program that is reported")
+      ->capture_default_str();
+
+  std::string file;
+  std::string configurationUrl;
+  bool plain = false;
+  std::function<Exit()> command;
+  const auto add = [&](const char* name, const char* help, std::function<Exit()> action) {
+    CLI::App* subcommand = app.add_subcommand(name, help);
+    subcommand->callback([&command, action = std::move(action)] { command = action; });
+    return subcommand;
+  };
+  const auto takeFile = [&](CLI::App* subcommand) {
+    subcommand->add_option("FILE", file, "Report description (JSON); - reads standard input")
+        ->required();
+  };
+
+  CLI::App* render = add("render", "Print the report's text; nothing is sent",
+                         [&] { return zt::tools::render(file, plain); });
+  takeFile(render);
+  render->add_flag("--plain", plain, "Plain XML instead of the SOAP request");
+
+  CLI::App* send = add("send", "Send the report; save it when it is not accepted",
+                       [&] { return zt::tools::send(file, configurationUrl); });
+  takeFile(send);
+  send->add_option("--config-url", configurationUrl,
+                   "URL of the configuration document, instead of the description's");
+
+  takeFile(add("save", "Save the report without sending it, and print the path of its file",
+               [&] { return zt::tools::save(file); }));
+
+  add("resend", "Send the saved reports", [&] { return zt::tools::resend(configurationUrl); })
+      ->add_option("--config-url", configurationUrl, "URL of the configuration document")
+      ->required();
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& success) {
+    return app.exit(success);
+  } catch (const CLI::ParseError& error) {
+    return failed(error.what(), Exit::WrongInput);
+  }
+  setHost(appName, appVersion);
+  return static_cast<int>(command());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try { return run(argc, argv); } catch (const Failure& failure) {
+  return failed(failure.what(), failure.exit());
+} catch (const std::exception& error) {
+  return failed(error.what(), Exit::MachineFailed);
+}

@@ -1,0 +1,48 @@
+#include "ztportal/platform/BundleLocalizations.h"
+#include "ztportal/platform/CurlHttpTransport.h"
+#include "ztportal/platform/IcuUserLocale.h"
+#include "ztportal/platform/Platform.h"
+#include "ztportal/platform/linux/LinuxBroadcast.h"
+#include "ztportal/platform/linux/LinuxFiles.h"
+#include "ztportal/platform/linux/LinuxGestalt.h"
+#include "ztportal/platform/linux/LinuxMachineIdentity.h"
+#include "ztportal/platform/linux/LinuxRunningApplications.h"
+#include "ztportal/platform/linux/LinuxSupportFolder.h"
+
+namespace zt {
+
+namespace {
+
+class LinuxPlatform final : public Platform {
+ public:
+  HttpTransport& http() override { return _http; }
+  Files& files() override { return _files; }
+  SupportFolder& supportFolder() override { return _supportFolder; }
+  RunningApplications& runningApplications() override { return _runningApplications; }
+  Broadcast& broadcast() override { return _broadcast; }
+  Gestalt& gestalt() override { return _gestalt; }
+  MachineIdentity& machineIdentity() override { return _machineIdentity; }
+  Localizations& localizations() override { return _localizations; }
+  UserLocale& userLocale() override { return _userLocale; }
+
+ private:
+  CurlHttpTransport _http;
+  LinuxFiles _files;
+  LinuxSupportFolder _supportFolder;
+  LinuxRunningApplications _runningApplications;
+  LinuxBroadcast _broadcast;
+  LinuxGestalt _gestalt;
+  LinuxMachineIdentity _machineIdentity;
+  BundleLocalizations _localizations;
+  IcuUserLocale _userLocale;
+};
+
+}  // namespace
+
+Platform& systemPlatform() {
+  // Never destroyed: a host's static destructors may still report.
+  static Platform& platform = *new LinuxPlatform;
+  return platform;
+}
+
+}  // namespace zt

@@ -1,0 +1,108 @@
+#include "ztportal/platform/linux/LinuxRunningApplications.h"
+
+#include <dirent.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <climits>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <unordered_map>
+#include <utility>
+
+#include "ztportal/platform/Bundle.h"
+
+namespace zt {
+
+namespace {
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
+};
+using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
+
+struct TextHash {
+  using is_transparent = void;
+  std::size_t operator()(std::string_view text) const noexcept {
+    return std::hash<std::string_view>{}(text);
+  }
+};
+template <class Value>
+using ByText = std::unordered_map<std::string, Value, TextHash, std::equal_to<>>;
+
+bool isProcessNumber(std::string_view name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(),
+                                      [](char digit) { return digit >= '0' && digit <= '9'; });
+}
+
+/// Text of the link `process`/exe, in `buffer`; empty when it cannot be read whole.
+std::string_view executableOf(int processTable, std::string_view process,
+                              std::array<char, PATH_MAX>& buffer) {
+  constexpr std::string_view kLink = "/exe";
+  std::array<char, 32> name;
+  if (process.size() + kLink.size() >= name.size()) return {};
+  char* end = std::copy(process.begin(), process.end(), name.begin());
+  *std::copy(kLink.begin(), kLink.end(), end) = '\0';
+  const ssize_t length = ::readlinkat(processTable, name.data(), buffer.data(), buffer.size());
+  if (length <= 0 || static_cast<std::size_t>(length) == buffer.size()) return {};
+  return {buffer.data(), static_cast<std::size_t>(length)};
+}
+
+/// The bundles met in one walk.
+class BundlesOfWalk {
+ public:
+  /// The application that `executable` belongs to; null for an executable outside any bundle.
+  /// Valid as long as this object.
+  const RunningApplication* applicationOf(std::string_view executable) {
+    const std::string_view folder = executable.substr(0, executable.rfind('/'));
+    const auto known = _ofFolder.find(folder);
+    if (known != _ofFolder.end()) return known->second;
+    const std::optional<std::string> path = Bundle::pathAbove(std::string(executable));
+    const RunningApplication* application = path ? applicationAt(*path) : nullptr;
+    _ofFolder.emplace(folder, application);
+    return application;
+  }
+
+ private:
+  const RunningApplication* applicationAt(const std::string& path) {
+    const auto [entry, isNew] = _ofBundle.try_emplace(path);
+    if (isNew) {
+      if (const auto bundle = Bundle::at(path)) {
+        entry->second = RunningApplication{bundle->info("CFBundleIdentifier"), path};
+      }
+    }
+    return entry->second ? &*entry->second : nullptr;
+  }
+
+  ByText<const RunningApplication*> _ofFolder;
+  ByText<std::optional<RunningApplication>> _ofBundle;
+};
+
+}  // namespace
+
+LinuxRunningApplications::LinuxRunningApplications(std::string processTable)
+    : _processTable(std::move(processTable)) {}
+
+std::vector<RunningApplication> LinuxRunningApplications::list() {
+  std::vector<RunningApplication> applications;
+  const OpenFolder processes(::opendir(_processTable.c_str()));
+  if (!processes) return applications;
+  const int descriptor = ::dirfd(processes.get());
+  std::array<char, PATH_MAX> buffer;
+  BundlesOfWalk bundles;
+  while (const dirent* entry = ::readdir(processes.get())) {
+    if (!isProcessNumber(entry->d_name)) continue;
+    const std::string_view executable = executableOf(descriptor, entry->d_name, buffer);
+    if (!executable.starts_with('/')) continue;
+    if (const RunningApplication* application = bundles.applicationOf(executable)) {
+      applications.push_back(*application);
+    }
+  }
+  return applications;
+}
+
+}  // namespace zt
