@@ -8,23 +8,26 @@
 
 namespace zt::test {
 
-/// An environment variable with another value, or none, for a scope.
+/// Sets a variable of the environment, or unsets it when `value` is null, and puts back at the end
+/// of the scope what was there before. No other thread may read the environment meanwhile.
+///
+///     ScopedEnvironment zone{"TZ", "Europe/Berlin"};
 class ScopedEnvironment {
  public:
   ScopedEnvironment(std::string name, const char* value) : _name(std::move(name)) {
-    if (const char* before = ::getenv(_name.c_str())) _before = before;
-    set(value);
+    if (const char* before = std::getenv(_name.c_str()); before != nullptr) _before = before;
+    put(value);
   }
   ScopedEnvironment(const ScopedEnvironment&) = delete;
   ScopedEnvironment& operator=(const ScopedEnvironment&) = delete;
-  ~ScopedEnvironment() { set(_before ? _before->c_str() : nullptr); }
+  ~ScopedEnvironment() { put(_before ? _before->c_str() : nullptr); }
 
  private:
-  void set(const char* value) const {
-    if (value != nullptr) {
-      ::setenv(_name.c_str(), value, 1);
+  void put(const char* value) const {
+    if (value == nullptr) {
+      unsetenv(_name.c_str());
     } else {
-      ::unsetenv(_name.c_str());
+      setenv(_name.c_str(), value, 1);
     }
   }
 

@@ -32,6 +32,13 @@ class ZtAtomic {
     const Guard guard(_busy);
     std::swap(_value, value);
   }
+  /// Calls `use` with the value itself, for a short look without a copy. Writers wait meanwhile,
+  /// so `use` must not touch this property.
+  template <class Use>
+  void read(Use use) const {
+    const Guard guard(_busy);
+    use(_value);
+  }
 
  private:
   class Guard {

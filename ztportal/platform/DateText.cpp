@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <ctime>
 #include <memory>
 #include <mutex>
@@ -18,6 +17,7 @@
 
 #include "ztportal/platform/CivilTime.h"
 #include "ztportal/platform/IcuLocale.h"
+#include "ztportal/platform/TimeEnvironment.h"
 
 namespace zt {
 namespace {
@@ -79,6 +79,33 @@ LocalMoment cLibraryMoment(milliseconds sinceEpoch) {
   return {std::chrono::seconds(local.tm_gmtoff), local.tm_zone};
 }
 
+/// The locales to try for the user's: ICU refuses some whose name is in order, such as one with
+/// digits ("@numbers=") that it does not know.
+std::array<icu::Locale, 2> localesToTry(std::string_view localeName) {
+  return {icu::Locale(icuLocaleName(localeName).c_str()), icu::Locale(icuLocaleName("C").c_str())};
+}
+
+/// Null when ICU lacks its data.
+std::unique_ptr<icu::SimpleDateFormat> timestampFormat(const char16_t* pattern,
+                                                       std::string_view localeName) {
+  for (const icu::Locale& locale : localesToTry(localeName)) {
+    UErrorCode status = U_ZERO_ERROR;
+    auto format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
+    if (U_SUCCESS(status) && format != nullptr) return format;
+  }
+  return nullptr;
+}
+
+/// Null when ICU lacks its data.
+std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
+  for (const icu::Locale& locale : localesToTry(localeName)) {
+    std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
+        icu::DateFormat::kShort, icu::DateFormat::kShort, locale));
+    if (format != nullptr) return format;
+  }
+  return nullptr;
+}
+
 /// Writes timestamps for one value of `TZ` and one locale.
 ///
 /// ICU takes about a microsecond for a text that is nearly always the same few digits and a zone
@@ -99,18 +126,18 @@ LocalMoment cLibraryMoment(milliseconds sinceEpoch) {
 /// after 9999, are left to ICU.
 class TimestampWriter {
  public:
-  TimestampWriter(const char* tz, std::string_view localeName)
-      : _isTzSet(tz != nullptr), _tz(_isTzSet ? tz : ""), _localeName(localeName) {
-    std::unique_ptr<icu::TimeZone> zone = unicodeZone(tz);
+  explicit TimestampWriter(const TimeEnvironment& environment)
+      : _isTzSet(environment.zone != nullptr),
+        _tz(_isTzSet ? environment.zone : ""),
+        _localeName(environment.localeName) {
+    std::unique_ptr<icu::TimeZone> zone = unicodeZone(environment.zone);
     _isCLibraryZone = zone == nullptr;
     _zone = dynamic_cast<const icu::BasicTimeZone*>(zone.get());
 
-    UErrorCode status = U_ZERO_ERROR;
-    _format = std::make_unique<icu::SimpleDateFormat>(
+    _format = timestampFormat(
         _isCLibraryZone ? u"yyyy-MM-dd'T'HH:mm:ss.SSS" : u"yyyy-MM-dd'T'HH:mm:ss.SSSz",
-        icu::Locale(icuLocaleName(localeName).c_str()), status);
-    if (U_FAILURE(status) || _format == nullptr) {
-      _format = nullptr;
+        _localeName);
+    if (_format == nullptr) {
       _zone = nullptr;
     } else if (_isCLibraryZone) {
       _format->setTimeZone(*icu::TimeZone::getGMT());
@@ -119,9 +146,9 @@ class TimestampWriter {
     }
   }
 
-  bool isFor(const char* tz, std::string_view localeName) const {
-    if (_isTzSet != (tz != nullptr)) return false;
-    return (!_isTzSet || _tz == tz) && _localeName == localeName;
+  bool isFor(const TimeEnvironment& environment) const {
+    if (_isTzSet != (environment.zone != nullptr)) return false;
+    return (!_isTzSet || _tz == environment.zone) && _localeName == environment.localeName;
   }
 
   void append(std::string& text, milliseconds sinceEpoch) {
@@ -260,10 +287,9 @@ thread_local WriterKeeper writerKeeper;
 void appendTimestamp(std::string& text, ZtDate date) {
   if (date.isNull()) return;
   const milliseconds sinceEpoch(date.milliseconds());
-  const char* const tz = std::getenv("TZ");
-  const std::string_view localeName = userLocaleName("LC_TIME");
-  if (keptWriter == nullptr || !keptWriter->isFor(tz, localeName)) {
-    auto writer = std::make_unique<TimestampWriter>(tz, localeName);
+  const TimeEnvironment environment = timeEnvironment();
+  if (keptWriter == nullptr || !keptWriter->isFor(environment)) {
+    auto writer = std::make_unique<TimestampWriter>(environment);
     if (isThreadEnding) {
       writer->append(text, sinceEpoch);
       return;
@@ -276,12 +302,11 @@ void appendTimestamp(std::string& text, ZtDate date) {
 std::string shortDateAndTime(ZtDate date) {
   if (date.isNull()) return {};
   const milliseconds sinceEpoch(date.milliseconds());
-  const icu::Locale locale(icuLocaleName(userLocaleName("LC_TIME")).c_str());
-  const std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
-      icu::DateFormat::kShort, icu::DateFormat::kShort, locale));
+  const TimeEnvironment environment = timeEnvironment();
+  const std::unique_ptr<icu::DateFormat> format = shortFormat(environment.localeName);
   if (format == nullptr) return {};
 
-  std::unique_ptr<icu::TimeZone> zone = unicodeZone(std::getenv("TZ"));
+  std::unique_ptr<icu::TimeZone> zone = unicodeZone(environment.zone);
   if (zone == nullptr) {
     const LocalMoment local = cLibraryMoment(sinceEpoch);
     zone = std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(local.offset.count()),

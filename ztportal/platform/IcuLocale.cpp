@@ -16,8 +16,8 @@ struct Modifier {
 };
 
 constexpr Modifier kModifiers[] = {
-    {"arabic", "Arab", ""},       {"cyrillic", "Cyrl", ""}, {"devanagari", "Deva", ""},
-    {"iqtelif", "Latn", ""},      {"latin", "Latn", ""},    {"nynorsk", "", "NY"},
+    {"arabic", "_Arab", ""},      {"cyrillic", "_Cyrl", ""}, {"devanagari", "_Deva", ""},
+    {"iqtelif", "_Latn", ""},     {"latin", "_Latn", ""},    {"nynorsk", "", "NY"},
     {"valencia", "", "VALENCIA"},
 };
 
@@ -26,6 +26,10 @@ bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
 /// What stands before the codeset and the modifier: "de_DE".
 std::string_view languageAndTerritory(std::string_view name) {
   return name.substr(0, name.find_first_of(".@"));
+}
+
+std::string_view languageOf(std::string_view languageAndTerritory) {
+  return languageAndTerritory.substr(0, languageAndTerritory.find_first_of("_-"));
 }
 
 std::string_view modifierOf(std::string_view name) {
@@ -44,8 +48,7 @@ std::string_view userLocaleName(const char* category) {
 }
 
 bool isPosixLocale(std::string_view name) {
-  const std::string_view body = languageAndTerritory(name);
-  const std::string_view language = body.substr(0, body.find_first_of("_-"));
+  const std::string_view language = languageOf(languageAndTerritory(name));
   const bool isLanguage = (language.size() == 2 || language.size() == 3) &&
                           std::all_of(language.begin(), language.end(), isLetter);
   return !isLanguage;
@@ -56,18 +59,19 @@ std::string icuLocaleName(std::string_view name) {
   if (isPosixLocale(name)) return kPosix;
 
   const std::string_view body = languageAndTerritory(name);
+  const std::string_view language = languageOf(body);
+  const std::string_view territory = body.substr(language.size());
   const std::string_view modifier = modifierOf(name);
-  const std::size_t languageEnd = std::min(body.find_first_of("_-"), body.size());
-  std::string identifier(body);
   const auto* const known =
       std::find_if(std::begin(kModifiers), std::end(kModifiers),
                    [&](const Modifier& entry) { return entry.name == modifier; });
-  if (known != std::end(kModifiers)) {
-    if (!known->variant.empty()) {
-      identifier.append(languageEnd == body.size() ? "__" : "_").append(known->variant);
-    }
-    if (!known->script.empty())
-      identifier.insert(languageEnd, "_").insert(languageEnd + 1, known->script);
+
+  std::string identifier(language);
+  if (known != std::end(kModifiers)) identifier.append(known->script);
+  identifier.append(territory);
+  if (known != std::end(kModifiers) && !known->variant.empty()) {
+    // The variant is the third or fourth part even where there is no territory.
+    identifier.append(territory.empty() ? "__" : "_").append(known->variant);
   }
   if (modifier.find('=') != std::string_view::npos) identifier.append("@").append(modifier);
 

@@ -23,15 +23,16 @@ class ZtXMLDocument;
 ///     child.attributes().front().second;       // "1"
 class ZT_EXPORT ZtXMLNode {
  public:
-  /// The name as written, prefix included; missing for what has none (texts, comments, the
-  /// document).
+  /// The name as written, prefix included; the target of a processing instruction; missing for
+  /// all else (texts, comments, entity references, the document and its type declaration).
   ZtString name() const;
-  /// The concatenated text of the node and all below it; for a comment its content.
+  /// The concatenated text of the node and all below it, what entity references stand for
+  /// included; for a comment or a processing instruction its content. Never missing.
   ZtString text() const;
   /// The direct children in document order. Of a document: its top-level nodes.
   std::vector<ZtXMLNode> children() const;
   /// Names, as written, and values of an element's attributes in document order, namespace
-  /// declarations not among them.
+  /// declarations and defaults of the document type declaration not among them.
   std::vector<std::pair<ZtString, ZtString>> attributes() const;
 
  private:
@@ -44,20 +45,27 @@ class ZT_EXPORT ZtXMLNode {
 
 /// What a parse keeps of the text.
 enum class ZtXMLKeep {
-  Content,  ///< the content: blank texts between elements are dropped, CDATA sections become text
-  Form      ///< all of it, so that the document can be written back as it was
+  /// The content: blank texts between elements are dropped, CDATA sections become text, and the
+  /// nodes that an entity stands for take the place of its references. Elements nested deeper than
+  /// 256 and single texts above 10 MB are refused.
+  Content,
+  /// All of it, so that the document can be written back as it was. Without a document type
+  /// declaration any depth and any length is taken; with one the limits of `Content` hold.
+  Form
 };
 
 /// A parsed XML 1.0 document, immutable. Nothing is fetched for it: no external entity, no DTD.
-/// A text whose entities would grow beyond measure is refused like a malformed one. Nothing is
-/// printed. Different documents may be used by different threads.
+/// A text whose entities would grow beyond measure is refused like a malformed one. A prefix that
+/// no namespace is declared for is no error. Nothing is printed. A document and its nodes may be
+/// used by any threads at once.
 class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocument> {
  public:
   /// Parses `text`, which is UTF-8 whatever its XML declaration says. Null when it is not
-  /// well-formed.
+  /// well-formed or longer than 2 GiB.
   static std::shared_ptr<ZtXMLDocument> parse(std::string_view text,
                                               ZtXMLKeep keep = ZtXMLKeep::Content);
-  /// Parses the content of a file, in the encoding that it declares (UTF-8 when it does not).
+  /// Parses the content of a file, in the encoding of its byte order mark or else the one that it
+  /// declares (UTF-8 when it does not). Null also for an unknown encoding.
   static std::shared_ptr<ZtXMLDocument> parseFileContent(std::string_view bytes,
                                                          ZtXMLKeep keep = ZtXMLKeep::Content);
 
@@ -69,14 +77,20 @@ class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocumen
   ZtXMLNode documentNode() const;
   std::optional<ZtXMLNode> rootElement() const;
 
-  /// The document as XML text in UTF-8. Parsed with `ZtXMLKeep::Form` it is the parsed text again,
-  /// but for what XML itself does not tell apart (line ends, the quotes of attributes, blanks
-  /// inside tags); a declaration stands in it only if there was one.
+  /// The document as XML text in UTF-8. An XML declaration stands in it only if there was one, and
+  /// the declaration names an encoding (then "UTF-8") only if it did.
+  ///
+  /// Parsed with `ZtXMLKeep::Form` it is the parsed text again, byte for byte but for the encoding,
+  /// a byte order mark, which is dropped, and the line ends, which are line feeds as for every XML
+  /// processor. With `ZtXMLKeep::Content` it is the content written anew: attributes
+  /// in double quotes, `<a/>` for an empty element, no white space outside the root element.
   std::string xmlText() const;
 
  private:
   friend class ZtXMLNode;
-  explicit ZtXMLDocument(void* document);
+  ZtXMLDocument(void* document, ZtXMLKeep keep, std::string source);
 
   void* _document;
+  ZtXMLKeep _keep;
+  std::string _source;  // the whole text for Form, its XML declaration for Content
 };

@@ -6,12 +6,22 @@
 
 namespace zt {
 
+void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
+                      std::string_view name, bool soap) {
+  appendText(xml, prefix, field.text(soap),             //
+             prefix, kName.text(soap), name, kNameEnd,  //
+             prefix, kValue.text(soap));
+}
+
+void appendFieldEnd(std::string& xml, std::string_view prefix) {
+  appendText(xml, kValueEnd, prefix, kFieldEnd);
+}
+
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
-  appendText(xml, prefix, field.text(soap),                //
-             prefix, kName.text(soap), name, kNameEnd,     //
-             prefix, kValue.text(soap), value, kValueEnd,  //
-             prefix, kFieldEnd);
+  appendFieldStart(xml, prefix, field, name, soap);
+  xml += value;
+  appendFieldEnd(xml, prefix);
 }
 
 NumberText::NumberText(std::int32_t number) {

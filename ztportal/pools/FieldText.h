@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -18,6 +19,11 @@ namespace zt {
 ///     </Field>
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap);
+
+/// The constant text of a field's lines up to its value, and behind it.
+void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
+                      std::string_view name, bool soap);
+void appendFieldEnd(std::string& xml, std::string_view prefix);
 
 /// A number as its field shows it, without the memory of a string.
 class NumberText {

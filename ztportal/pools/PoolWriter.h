@@ -3,10 +3,14 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/pools/EachEntry.h"
+#include "ztportal/pools/FieldText.h"
 
 namespace zt {
 
@@ -16,11 +20,9 @@ namespace zt {
 ///     PoolWriter pool(prefix, xml, soap);
 ///     pool.begin(poolType(), timeStamp());
 ///     pool.beginFields();
-///     pool.string("START_POINT", startPoint());
-///     pool.boolean("CANCELLED", cancelled());
-///     pool.records("INSTALLATIONSTEPS", steps, [&](const Step& step) {
-///       pool.string("STEP_NAME", step.stepName());
-///     });
+///     pool.string("START_POINT", _startPoint);
+///     pool.boolean("CANCELLED", _cancelled);
+///     pool.records("INSTALLATIONSTEPS", _steps);   // each step writes its own fields
 ///     addFieldsToXml(pool.fieldPrefix(), xml, soap);
 ///     pool.endFields();
 ///     pool.end();
@@ -39,25 +41,24 @@ class PoolWriter {
   /// The one line of a pool that has no field.
   void noFields();
 
-  void string(std::string_view name, const ZtString& value) { string(name, value.printed()); }
   void string(std::string_view name, std::string_view value);
+  void string(std::string_view name, const ZtAtomic<ZtString>& value);
   /// A string field with the text of a time stamp.
-  void date(std::string_view name, ZtDate value);
+  void date(std::string_view name, const ZtAtomic<ZtDate>& value);
   void integer(std::string_view name, std::int32_t value);
   void boolean(std::string_view name, ZtBOOL value);
 
-  /// An array of records, one group of fields each, which `writeRecord` writes. Nothing at all is
-  /// written for an empty list.
-  template <class List, class WriteRecord>
-  void records(std::string_view name, const List& list, WriteRecord writeRecord) {
+  /// An array of records, one group of fields each, which a record's `addFieldsTo` writes: the
+  /// same fields in the same order for every record. Nothing at all is written for an empty list.
+  template <class List>
+  void records(std::string_view name, const List& list) {
     if (list.empty()) return;
     beginRecords(name);
-    for (const auto& record : list) {
-      if (record == nullptr) continue;
+    eachEntry(list, _xml, [this](const auto& record) {
       beginRecord();
-      writeRecord(*record);
+      record.addFieldsTo(*this);
       endRecord();
-    }
+    });
     endRecords();
   }
 
@@ -65,10 +66,15 @@ class PoolWriter {
   ZtString fieldPrefix() const;
 
  private:
+  void field(const Tag& type, std::string_view name, std::string_view value);
+  void beginField(const Tag& type, std::string_view name);
+  void endField();
+
   void beginRecords(std::string_view name);
   void beginRecord();
   void endRecord();
   void endRecords();
+  const std::string& nextColumn(const Tag& type, std::string_view name);
 
   /// The start of a line, `depth` blanks behind the pool's own.
   std::string_view lead(std::size_t depth) const;
@@ -76,8 +82,12 @@ class PoolWriter {
   std::string& _xml;
   bool _soap;
   std::size_t _prefixSize;
-  std::string _lead;        // the prefix and the blanks of the deepest line
-  std::string_view _field;  // the start of the field lines being written
+  std::string _lead;  // the prefix and the blanks of the deepest line
+  bool _inRecords = false;
+  // What stands before each value of a record, which is the same for all records of a list: put
+  // together for the first one.
+  std::vector<std::string> _columns;
+  std::size_t _column = 0;  // the next one of the record being written
 };
 
 }  // namespace zt

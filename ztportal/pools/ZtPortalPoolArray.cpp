@@ -4,6 +4,7 @@
 
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/base/ZtException.h"
+#include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"
 
@@ -50,9 +51,8 @@ void ZtPortalPoolArray::addToXml(const ZtString& prefix, std::string& xml, bool 
 void ZtPortalPoolArray::addChildrenToXml(const ZtString& prefix, std::string& xml,
                                          bool soap) const {
   if (_mutableFields == nullptr) return;
-  for (const auto& child : *_mutableFields) {
-    if (child != nullptr) child->addToXml(prefix, xml, soap);
-  }
+  zt::eachEntry(*_mutableFields, xml,
+                [&](const ZtPortalPoolField& child) { child.addToXml(prefix, xml, soap); });
 }
 
 ZtPortalPoolArray::Fields ZtPortalPoolArray::fields() const {

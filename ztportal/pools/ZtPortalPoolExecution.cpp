@@ -3,7 +3,6 @@
 #include "ztportal/base/ZtException.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/PoolWriter.h"
-#include "ztportal/pools/ZtPortalDef.h"
 
 std::shared_ptr<ZtPortalPoolExecution> ZtPortalPoolExecution::initWithValues(
     const ZtDate& timeStamp) {
@@ -19,24 +18,18 @@ void ZtPortalPoolExecution::addToXml(const ZtString& prefix, std::string& xml, b
   zt::PoolWriter pool(prefix, xml, soap);
   pool.begin(poolType(), timeStamp());
   pool.beginFields();
-  pool.string("INSTALLATION_TYPE", executionType());
-  pool.string("START_POINT", startPoint());
-  pool.date("START_TIME", startTime());
-  pool.string("END_POINT", endPoint());
-  pool.date("END_TIME", endTime());
-  pool.string("END_RESULTSTRING", endResultString());
-  pool.string("END_RESULTCODE", endResultCode());
-  pool.string("END_ERRORMESSAGESTRING", endErrorMessageString());
-  pool.string("END_ERRORMESSAGECODE", endErrorMessageCode());
-  pool.boolean("CANCELLED", cancelled());
-  pool.boolean("SUCCESSFULL", successfull());
-  pool.records("INSTALLATIONSTEPS", _executionSteps, [&](const ZtPortalPoolExecutionStep& step) {
-    pool.string("STEP_NAME", step.stepName());
-    pool.string("STEP_TYPE", ZtPortalDef::stepTypeToString(step.stepType()));
-    pool.date("STEP_TIMESTAMP", step.timeStamp());
-    pool.string("STEP_MESSAGESTRING", step.stepMessageString());
-    pool.string("STEP_MESSAGECODE", step.stepMessageCode());
-  });
+  pool.string("INSTALLATION_TYPE", _executionType);
+  pool.string("START_POINT", _startPoint);
+  pool.date("START_TIME", _startTime);
+  pool.string("END_POINT", _endPoint);
+  pool.date("END_TIME", _endTime);
+  pool.string("END_RESULTSTRING", _endResultString);
+  pool.string("END_RESULTCODE", _endResultCode);
+  pool.string("END_ERRORMESSAGESTRING", _endErrorMessageString);
+  pool.string("END_ERRORMESSAGECODE", _endErrorMessageCode);
+  pool.boolean("CANCELLED", _cancelled);
+  pool.boolean("SUCCESSFULL", _successfull);
+  pool.records("INSTALLATIONSTEPS", _executionSteps);
   addFieldsToXml(pool.fieldPrefix(), xml, soap);
   pool.endFields();
   pool.end();

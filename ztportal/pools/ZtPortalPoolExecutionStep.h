@@ -9,6 +9,10 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
+namespace zt {
+class PoolWriter;
+}
+
 /// One step of an execution. Its message and code are empty at first; the code is text.
 ///
 ///     auto step = execution->addStep(ZtDate::now(), "Copy", ZtPortalStepError);
@@ -44,6 +48,9 @@ class ZT_EXPORT ZtPortalPoolExecutionStep {
   void setStepMessageCode(ZtString value) { _stepMessageCode.store(std::move(value)); }
 
  private:
+  friend class zt::PoolWriter;
+  void addFieldsTo(zt::PoolWriter& record) const;
+
   ZtAtomic<ZtString> _stepMessageCode{ZtString::constant<"">()};
   ZtAtomic<ZtString> _stepMessageString{ZtString::constant<"">()};
   ZtAtomic<ZtString> _stepName;

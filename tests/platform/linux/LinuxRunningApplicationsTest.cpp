@@ -1,11 +1,15 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
+#include <signal.h>
+#include <sys/wait.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
+#include <iterator>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/ChildProcess.h"
@@ -197,6 +201,24 @@ TEST_F(MadeUpProcessTableTest, KeepsSeveralBundlesApart) {
   EXPECT_EQ(std::count(texts.begin(), texts.end(), "com.example.first " + first), 100);
   EXPECT_EQ(std::count(texts.begin(), texts.end(), "com.example.second " + second), 1);
   EXPECT_EQ(texts.size(), 101U);
+}
+
+TEST_F(MadeUpProcessTableTest, FindsTheBundleFromEveryDepth) {
+  const std::string outer = makeBundle("Outer.app", identified("outer"));
+  const std::string inner = makeBundle("Outer.app/a/Inner.app", identified("inner"));
+  std::string deep = inner;
+  while (deep.size() < 3000) deep += "/d";
+  const std::pair<std::string, std::string> rows[] = {
+      {outer + "/program", "outer " + outer},     {inner + "/program", "inner " + inner},
+      {outer + "/a/program", "outer " + outer},   {deep + "/program", "inner " + inner},
+      {outer + "/a/b/program", "outer " + outer}, {inner + "/b/program", "inner " + inner},
+  };
+  for (std::size_t i = 0; i < std::size(rows); ++i) addProcess(std::to_string(i), rows[i].first);
+  std::vector<std::string> expected;
+  for (const auto& entry : std::filesystem::directory_iterator(_folder.path("proc"))) {
+    expected.push_back(rows[std::stoul(entry.path().filename().string())].second);
+  }
+  EXPECT_EQ(listed(), expected);
 }
 
 TEST_F(MadeUpProcessTableTest, IsInTheOrderOfTheTable) {

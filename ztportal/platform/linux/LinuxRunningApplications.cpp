@@ -52,27 +52,40 @@ std::string_view executableOf(int processTable, std::string_view process,
   return {buffer.data(), static_cast<std::size_t>(length)};
 }
 
+std::string_view folderOf(std::string_view path) { return path.substr(0, path.rfind('/')); }
+
 /// The bundles met in one walk.
 class BundlesOfWalk {
  public:
-  /// The application that `executable` belongs to; null for an executable outside any bundle.
-  /// Valid as long as this object.
-  const RunningApplication* applicationOf(std::string_view executable) {
-    const std::string_view folder = executable.substr(0, executable.rfind('/'));
+  /// The application whose bundle is the nearest at or above `folder`, an absolute path without
+  /// its last slash; null when there is none. Valid as long as this object.
+  const RunningApplication* applicationAround(std::string_view folder) {
     const auto known = _ofFolder.find(folder);
     if (known != _ofFolder.end()) return known->second;
-    const std::optional<std::string> path = Bundle::pathAbove(std::string(executable));
-    const RunningApplication* application = path ? applicationAt(*path) : nullptr;
+    const RunningApplication* application = nullptr;
+    if (mayBeBundle(folder)) {
+      application = applicationAbove(std::string(folder) + "/executable");
+    } else if (!folder.empty()) {
+      application = applicationAround(folderOf(folder));
+    }
     _ofFolder.emplace(folder, application);
     return application;
   }
 
  private:
-  const RunningApplication* applicationAt(const std::string& path) {
-    const auto [entry, isNew] = _ofBundle.try_emplace(path);
+  /// Most folders are not one, and this says so without a look at the folders above.
+  bool mayBeBundle(std::string_view folder) {
+    _infoPath.assign(folder).append("/Contents/Info.plist");
+    return ::access(_infoPath.c_str(), F_OK) == 0;
+  }
+
+  const RunningApplication* applicationAbove(const std::string& executable) {
+    const std::optional<std::string> path = Bundle::pathAbove(executable);
+    if (!path) return nullptr;
+    const auto [entry, isNew] = _ofBundle.try_emplace(*path);
     if (isNew) {
-      if (const auto bundle = Bundle::at(path)) {
-        entry->second = RunningApplication{bundle->info("CFBundleIdentifier"), path};
+      if (const auto bundle = Bundle::at(*path)) {
+        entry->second = RunningApplication{bundle->info("CFBundleIdentifier"), *path};
       }
     }
     return entry->second ? &*entry->second : nullptr;
@@ -80,6 +93,7 @@ class BundlesOfWalk {
 
   ByText<const RunningApplication*> _ofFolder;
   ByText<std::optional<RunningApplication>> _ofBundle;
+  std::string _infoPath;  // kept for its memory
 };
 
 }  // namespace
@@ -98,7 +112,7 @@ std::vector<RunningApplication> LinuxRunningApplications::list() {
     if (!isProcessNumber(entry->d_name)) continue;
     const std::string_view executable = executableOf(descriptor, entry->d_name, buffer);
     if (!executable.starts_with('/')) continue;
-    if (const RunningApplication* application = bundles.applicationOf(executable)) {
+    if (const RunningApplication* application = bundles.applicationAround(folderOf(executable))) {
       applications.push_back(*application);
     }
   }

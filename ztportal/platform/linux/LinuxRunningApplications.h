@@ -8,8 +8,8 @@ namespace zt {
 /// deleted or replaced since still counts for the bundle that it stood in; one whose bundle is
 /// gone, or has no readable `Info.plist`, does not.
 ///
-/// A call looks once at each folder that an executable stands in and reads each bundle's
-/// `Info.plist` once. Without state: one object serves all threads.
+/// A call looks once at each folder above an executable, however many stand below it, and reads
+/// each bundle's `Info.plist` once. Without state: one object serves all threads.
 class LinuxRunningApplications final : public RunningApplications {
  public:
   /// `processTable` is the folder that the process table is mounted at.

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+#include "tools/inbox/Api.h"
+#include "tools/inbox/Behaviour.h"
+#include "tools/inbox/HttpServer.h"
+#include "tools/inbox/Intake.h"
+#include "tools/inbox/ListeningSocket.h"
+#include "tools/inbox/OpenConnections.h"
+#include "tools/inbox/ReportStore.h"
+#include "tools/inbox/SoapService.h"
+
+namespace zt::inbox {
+
+struct InboxSettings {
+  ListenAddress listen{"127.0.0.1", 8025};
+  std::size_t mostReports = 1'000;
+  BehaviourSettings behaviour;
+};
+
+/// The whole inbox behind its socket.
+///
+///     InboxServer server(settings, [](std::string_view line) { … });
+///     server.run(stop);                        // until the descriptor `stop` is readable
+class InboxServer {
+ public:
+  /// Listens at once; clients that connect before run() wait. `lines` gets a line for each report,
+  /// from any thread, one at a time. Throws MachineFault when the address cannot be had.
+  InboxServer(const InboxSettings& settings, LineSink lines);
+
+  /// "http://127.0.0.1:8025"
+  std::string url() const { return "http://" + _socket.address().text(); }
+
+  /// Serves until `stopDescriptor` becomes readable, then ends every connection. Its threads are
+  /// gone when it returns.
+  void run(int stopDescriptor);
+
+ private:
+  void answer(Exchange& exchange);
+  void answerConfiguration(Exchange& exchange) const;
+  std::optional<Refusal> check(const RequestHead& head) const;
+  ListenAddress addressFor(const Connection& connection) const;
+
+  ListeningSocket _socket;
+  Behaviour _behaviour;
+  ReportStore _store;
+  Intake _intake;
+  SoapService _soap;
+  Api _api;
+  HttpServer _http;
+  OpenConnections _open;
+};
+
+}  // namespace zt::inbox

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace zt::inbox {
+
+/// Threads that are started as jobs need them, up to a limit; further jobs wait for a free one.
+class Workers {
+ public:
+  using Job = std::function<void()>;
+
+  explicit Workers(std::size_t most) : _most(most) {}
+  Workers(const Workers&) = delete;
+  Workers& operator=(const Workers&) = delete;
+  /// Waits until every job is done.
+  ~Workers();
+
+  void run(Job job);
+
+ private:
+  void work();
+
+  const std::size_t _most;
+  std::mutex _mutex;
+  std::condition_variable _changed;
+  std::deque<Job> _jobs;
+  std::vector<std::thread> _threads;
+  std::size_t _idle = 0;
+  bool _ending = false;
+};
+
+}  // namespace zt::inbox

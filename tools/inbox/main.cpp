@@ -1,0 +1,48 @@
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "tools/inbox/CommandLine.h"
+#include "tools/inbox/Fault.h"
+#include "tools/inbox/InboxServer.h"
+#include "tools/inbox/LineOutput.h"
+#include "tools/inbox/StopSignals.h"
+
+namespace {
+
+using namespace zt::inbox;
+
+constexpr int kWrongUsage = 2;
+constexpr int kMachineFailed = 3;
+
+void run(const CommandLine& commandLine) {
+  if (!commandLine.settings) {
+    std::fputs(commandLine.text.c_str(), stdout);
+    return;
+  }
+  const StopSignals stop;
+  LineOutput output(STDOUT_FILENO);
+  InboxServer server(*commandLine.settings, [&](std::string_view line) { output.write(line); });
+  output.write("ztinbox: listening on " + server.url());
+  server.run(stop.number());
+}
+
+int failed(int status, const std::exception& fault) {
+  std::fprintf(stderr, "ztinbox: %s\n", fault.what());
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    run(readCommandLine(argc, argv));
+    return 0;
+  } catch (const InputFault& fault) {
+    return failed(kWrongUsage, fault);
+  } catch (const std::exception& fault) {
+    return failed(kMachineFailed, fault);
+  }
+}
