@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "tests/support/Printing.h"
+#include "ztportal/base/ZtAtomic.h"
+#include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtString.h"
+
+namespace {
+
+constexpr int kRounds = 2000;
+
+TEST(ZtAtomicTest, BeginsWithTheDefaultValue) {
+  EXPECT_TRUE(ZtAtomic<ZtString>().load().isNull());
+  EXPECT_TRUE(ZtAtomic<ZtDate>().load().isNull());
+  EXPECT_EQ(ZtAtomic<std::shared_ptr<int>>().load(), nullptr);
+  EXPECT_EQ(ZtAtomic<int>().load(), 0);
+}
+
+TEST(ZtAtomicTest, BeginsWithTheGivenValue) {
+  EXPECT_EQ(ZtAtomic<ZtString>("given").load(), "given");
+  EXPECT_EQ(ZtAtomic<ZtDate>(ZtDate::fromMilliseconds(7)).load(), ZtDate::fromMilliseconds(7));
+  const auto pointer = std::make_shared<int>(3);
+  EXPECT_EQ(ZtAtomic<std::shared_ptr<int>>(pointer).load(), pointer);
+  EXPECT_EQ(ZtAtomic<int>(5).load(), 5);
+}
+
+TEST(ZtAtomicTest, HoldsWhatWasStoredLast) {
+  ZtAtomic<ZtString> text("first");
+  text.store("second");
+  EXPECT_EQ(text.load(), "second");
+  EXPECT_EQ(text.load(), "second");
+  text.store(nullptr);
+  EXPECT_TRUE(text.load().isNull());
+
+  ZtAtomic<ZtDate> date(ZtDate::fromMilliseconds(1));
+  date.store(ZtDate::fromMilliseconds(2));
+  EXPECT_EQ(date.load(), ZtDate::fromMilliseconds(2));
+  date.store(ZtDate());
+  EXPECT_TRUE(date.load().isNull());
+}
+
+TEST(ZtAtomicTest, SharesTextsInsteadOfCopyingThem) {
+  const ZtString text = "shared";
+  const ZtAtomic<ZtString> holder(text);
+  EXPECT_EQ(holder.load().view().data(), text.view().data());
+}
+
+TEST(ZtAtomicTest, ReleasesTheOldValueWhenANewOneIsStored) {
+  auto old = std::make_shared<int>(1);
+  const std::weak_ptr<int> watch = old;
+  ZtAtomic<std::shared_ptr<int>> holder(std::move(old));
+  EXPECT_FALSE(watch.expired());
+  holder.store(std::make_shared<int>(2));
+  EXPECT_TRUE(watch.expired());
+  EXPECT_EQ(*holder.load(), 2);
+}
+
+TEST(ZtAtomicTest, ReleasesItsValueAtItsEnd) {
+  std::weak_ptr<int> watch;
+  {
+    auto value = std::make_shared<int>(1);
+    watch = value;
+    const ZtAtomic<std::shared_ptr<int>> holder(std::move(value));
+    EXPECT_FALSE(watch.expired());
+  }
+  EXPECT_TRUE(watch.expired());
+}
+
+TEST(ZtAtomicTest, TheReleasedValueMayUseTheHolderAgain) {
+  ZtAtomic<std::shared_ptr<int>> holder;
+  int seen = 0;
+  holder.store(std::shared_ptr<int>(new int(1), [&](const int* number) {
+    delete number;
+    seen = *holder.load();
+  }));
+  holder.store(std::make_shared<int>(2));
+  EXPECT_EQ(seen, 2);
+}
+
+TEST(ZtAtomicTest, DatesAreSingleWords) {
+  static_assert(std::atomic<ZtDate>::is_always_lock_free);
+  static_assert(sizeof(ZtAtomic<ZtDate>) == sizeof(ZtDate));
+  static_assert(!std::is_copy_constructible_v<ZtAtomic<ZtString>>);
+  static_assert(!std::is_copy_assignable_v<ZtAtomic<ZtString>>);
+}
+
+TEST(ZtAtomicTest, ReadersOfATextSeeOneOfTheStoredOnes) {
+  const std::string first(40, 'a');
+  const std::string second(90, 'b');
+  ZtAtomic<ZtString> text{ZtString(first)};
+  std::thread writer([&] {
+    for (int round = 0; round < kRounds; ++round) {
+      text.store(round % 2 == 0 ? ZtString(second) : ZtString(first));
+    }
+  });
+  std::vector<ZtString> mixtures;
+  for (int round = 0; round < kRounds; ++round) {
+    const ZtString seen = text.load();
+    if (seen != first && seen != second) mixtures.push_back(seen);
+  }
+  writer.join();
+  EXPECT_EQ(mixtures, std::vector<ZtString>());
+  EXPECT_EQ(text.load(), first);
+}
+
+TEST(ZtAtomicTest, ReadersOfAPointerSeeAWholeObject) {
+  using Pair = std::pair<int, int>;
+  ZtAtomic<std::shared_ptr<Pair>> holder(std::make_shared<Pair>(0, 0));
+  std::thread writer([&] {
+    for (int round = 1; round <= kRounds; ++round) {
+      holder.store(std::make_shared<Pair>(round, -round));
+    }
+  });
+  int mixtures = 0;
+  int backwardSteps = 0;
+  int last = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    const std::shared_ptr<Pair> seen = holder.load();
+    if (seen->first != -seen->second) ++mixtures;
+    if (seen->first < last) ++backwardSteps;
+    last = seen->first;
+  }
+  writer.join();
+  EXPECT_EQ(mixtures, 0);
+  EXPECT_EQ(backwardSteps, 0);
+  EXPECT_EQ(holder.load()->first, kRounds);
+}
+
+TEST(ZtAtomicTest, ReadersOfADateSeeOneOfTheStoredOnes) {
+  const ZtDate first = ZtDate::fromMilliseconds(0x1111111111111111);
+  const ZtDate second = ZtDate::fromMilliseconds(0x2222222222222222);
+  ZtAtomic<ZtDate> date(first);
+  std::thread writer([&] {
+    for (int round = 0; round < kRounds; ++round) date.store(round % 2 == 0 ? second : first);
+  });
+  int mixtures = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    const ZtDate seen = date.load();
+    if (seen != first && seen != second) ++mixtures;
+  }
+  writer.join();
+  EXPECT_EQ(mixtures, 0);
+  EXPECT_EQ(date.load(), first);
+}
+
+TEST(ZtAtomicTest, ManyWritersLeaveExactlyOneValueAlive) {
+  const auto watched = std::make_shared<int>(1);
+  ZtAtomic<std::shared_ptr<int>> holder;
+  std::vector<std::thread> writers;
+  writers.reserve(4);
+  for (int i = 0; i < 4; ++i) {
+    writers.emplace_back([&holder, watched] {
+      for (int round = 0; round < kRounds; ++round) holder.store(watched);
+    });
+  }
+  for (std::thread& writer : writers) writer.join();
+  writers.clear();
+  EXPECT_EQ(watched.use_count(), 2);
+}
+
+}  // namespace

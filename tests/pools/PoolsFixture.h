@@ -1,0 +1,47 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+#include "tests/support/Printing.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "ztportal/base/ZtDate.h"
+
+namespace zt::test {
+
+/// Texts of dates are those of Greenwich, whatever the machine is set to.
+class PoolsFixture : public ::testing::Test {
+ private:
+  ScopedEnvironment _zone{"TZ", "UTC"};
+  ScopedEnvironment _locale{"LC_ALL", "C"};
+};
+
+/// Written "2026-11-21T12:00:00.123UTC".
+inline constexpr ZtDate kNoon = ZtDate::fromMilliseconds(1795262400123);
+/// Written "2026-11-21T12:00:01.250UTC".
+inline constexpr ZtDate kLater = ZtDate::fromMilliseconds(1795262401250);
+/// Written "1970-01-01T00:00:00.000UTC".
+inline constexpr ZtDate kEpoch = ZtDate::fromMilliseconds(0);
+
+/// A text of these lines, each of them ended by carriage return and line feed.
+inline std::string lines(std::initializer_list<std::string_view> all) {
+  std::string text;
+  for (const std::string_view line : all) {
+    text += line;
+    text += "\r\n";
+  }
+  return text;
+}
+
+/// What `writer` (a field, a pool) appends to an empty text.
+template <class Writer>
+std::string written(const Writer& writer, const ZtString& prefix, bool soap) {
+  std::string xml;
+  writer.addToXml(prefix, xml, soap);
+  return xml;
+}
+
+}  // namespace zt::test
