@@ -47,7 +47,7 @@ class ZT_EXPORT ZtXMLNode {
 enum class ZtXMLKeep {
   /// The content: blank texts between elements are dropped, CDATA sections become text, and the
   /// nodes that an entity stands for take the place of its references. Elements nested deeper than
-  /// 256 and single texts above 10 MB are refused.
+  /// 256 are refused; single texts above 10 MB may be.
   Content,
   /// All of it, so that the document can be written back as it was. Without a document type
   /// declaration any depth and any length is taken; with one the limits of `Content` hold.
