@@ -81,17 +81,6 @@ class ChildProcess {
     return line;
   }
 
-  /// All lines that are left, up to the end of the output; nothing when the time is over first.
-  std::optional<std::string> readAll(std::chrono::milliseconds patience) {
-    const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (readMore(deadline)) {
-    }
-    if (!_atEnd) return std::nullopt;
-    std::string all;
-    all.swap(_unread);
-    return all;
-  }
-
   /// No effect on a process that was waited for.
   void kill(int signal) const {
     if (!_status) ::kill(_process, signal);
@@ -129,7 +118,7 @@ class ChildProcess {
         _output, POLLIN, 0
       };
       if (::poll(&output, 1, static_cast<int>(left.count())) <= 0) continue;
-      std::array<char, 4096> bytes;
+      std::array<char, 64 * 1024> bytes;
       const ssize_t count = ::read(_output, bytes.data(), bytes.size());
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) {

@@ -33,11 +33,11 @@ struct BehaviourSettings {
 
 /// What is to change; the rest stays.
 struct BehaviourChange {
-  std::optional<Answer> answer;
-  std::optional<std::chrono::milliseconds> slow;
-  std::optional<double> failRate;
-  std::optional<std::uint64_t> seed;
-  std::optional<std::vector<ScenarioStep>> scenario;
+  std::optional<Answer> answer = std::nullopt;
+  std::optional<std::chrono::milliseconds> slow = std::nullopt;
+  std::optional<double> failRate = std::nullopt;
+  std::optional<std::uint64_t> seed = std::nullopt;
+  std::optional<std::vector<ScenarioStep>> scenario = std::nullopt;
 };
 
 /// What happens to one report.

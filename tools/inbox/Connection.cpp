@@ -16,7 +16,6 @@ namespace {
 using std::chrono::milliseconds;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kLargestHead = 256UL * 1024;
 constexpr milliseconds kReadTimeout{5'000};
 constexpr milliseconds kWriteTimeout{5'000};
 /// How long a client may go on sending what nobody reads, after its last answer.

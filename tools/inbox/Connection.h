@@ -11,8 +11,9 @@
 
 namespace zt::inbox {
 
-/// The largest request that is taken, its head not counted.
+/// The largest request that is taken, its head not counted, and the largest head.
 inline constexpr std::size_t kLargestRequest = 64UL * 1024 * 1024;
+inline constexpr std::size_t kLargestHead = 256UL * 1024;
 
 /// One connection of a client: what the HTTP library reads from and writes to, and the ways of
 /// ending it that a misbehaving server has. Used by one thread.
@@ -37,6 +38,7 @@ class Connection final : public httplib::Stream {
 
   /// Whether the client sent more than is taken.
   bool isOverLimit() const { return _overLimit; }
+  bool isInHead() const { return _inHead; }
   /// The answer is the last one, since the rest of the request will not be read.
   void endAfterAnswer() { _ending = true; }
   /// From now on nothing is sent, and the connection ends.

@@ -19,8 +19,10 @@ constexpr int kRequestsPerConnection = 1'000;
 constexpr int kBadRequest = 400;
 constexpr int kNotAllowed = 405;
 constexpr int kTooLarge = 413;
+constexpr int kHeadTooLarge = 431;
 constexpr int kServerError = 500;
 constexpr int kNotImplemented = 501;
+constexpr const char* kTooLargeReason = "request over 64 MiB";
 constexpr const char* kEveryPath = "/";
 
 /// The request that a thread is serving: the HTTP library's handlers get it this way.
@@ -63,7 +65,7 @@ std::optional<Refusal> checkFraming(const httplib::Request& request) {
   }
   const auto length = announcedLength(request);
   if (!length) return Refusal{kBadRequest, "bad Content-Length"};
-  if (*length > kLargestRequest) return Refusal{kTooLarge, "request over 64 MiB"};
+  if (*length > kLargestRequest) return Refusal{kTooLarge, kTooLargeReason};
   return std::nullopt;
 }
 
@@ -167,8 +169,11 @@ class HttpServer::Engine final : public httplib::Server {
   }
 
   static void explainError(httplib::Response& response) {
-    if (current->connection.isOverLimit()) {
-      refuse(response, current->path, {kTooLarge, "request over 64 MiB"});
+    const Connection& connection = current->connection;
+    if (connection.isOverLimit() && connection.isInHead()) {
+      refuse(response, current->path, {kHeadTooLarge, "request head over 256 KiB"});
+    } else if (connection.isOverLimit()) {
+      refuse(response, current->path, {kTooLarge, kTooLargeReason});
     } else {
       refuse(response, current->path, {response.status, "bad request"});
     }

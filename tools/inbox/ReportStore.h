@@ -21,7 +21,7 @@ namespace zt::inbox {
 struct ReportQuery {
   std::size_t limit = 100;
   std::uint64_t before = std::numeric_limits<std::uint64_t>::max();  ///< only smaller numbers
-  std::optional<std::string> customer;                               ///< only this customer ID
+  std::optional<std::string> customer = std::nullopt;                ///< only this customer ID
 };
 
 /// The reports, in memory: the newest `most` of them. Any thread may call it.

@@ -106,9 +106,11 @@ std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
   return nullptr;
 }
 
+}  // namespace
+
 /// Writes timestamps for one value of `TZ` and one locale.
 ///
-/// ICU takes about a microsecond for a text that is nearly always the same few digits and a zone
+/// ICU takes some microseconds for a text that is nearly always the same few digits and a zone
 /// name. So the time line is cut into windows: stretches of at most 32 days in which the zone's
 /// offset does not change. ICU is asked for the first and the last millisecond of a window. If both
 /// texts are what `appendCivilTime` writes for them, followed by one and the same zone name, then
@@ -161,7 +163,7 @@ class TimestampWriter {
       appendByIcu(text, sinceEpoch);
       return;
     }
-    appendCivilTime(text, sinceEpoch + window.offset);
+    _civilTime.append(text, sinceEpoch + window.offset);
     text.append(window.zoneName);
   }
 
@@ -254,49 +256,46 @@ class TimestampWriter {
   std::unique_ptr<icu::SimpleDateFormat> _format;
   const icu::BasicTimeZone* _zone = nullptr;  ///< the format's; null where nothing is arithmetic
   std::array<Window, kWindows> _windows;
+  CivilTimeWriter _civilTime;
 };
 
-/// The thread's writer. Null before the first timestamp and again when the thread ends, so that
-/// a destructor that runs still later can write one.
-thread_local TimestampWriter* keptWriter = nullptr;
-thread_local bool isThreadEnding = false;
+namespace {
 
+/// The thread's writer. When the thread ends it is given up, so that a destructor that runs still
+/// later can write a timestamp, with a writer of its own.
 class WriterKeeper {
  public:
   WriterKeeper() = default;
   WriterKeeper(const WriterKeeper&) = delete;
   WriterKeeper& operator=(const WriterKeeper&) = delete;
-  ~WriterKeeper() {
-    keptWriter = nullptr;
-    isThreadEnding = true;
-  }
+  ~WriterKeeper() { isThreadEnding = true; }
 
-  void keep(std::unique_ptr<TimestampWriter> writer) {
-    _writer = std::move(writer);
-    keptWriter = _writer.get();
-  }
-
- private:
-  std::unique_ptr<TimestampWriter> _writer;
+  std::shared_ptr<TimestampWriter> writer;
+  static thread_local bool isThreadEnding;
 };
 
-thread_local WriterKeeper writerKeeper;
+thread_local bool WriterKeeper::isThreadEnding = false;
+thread_local WriterKeeper keeper;
+
+std::shared_ptr<TimestampWriter> currentWriter() {
+  const TimeEnvironment environment = timeEnvironment();
+  if (WriterKeeper::isThreadEnding) return std::make_shared<TimestampWriter>(environment);
+  if (keeper.writer == nullptr || !keeper.writer->isFor(environment)) {
+    keeper.writer = std::make_shared<TimestampWriter>(environment);
+  }
+  return keeper.writer;
+}
 
 }  // namespace
 
+Timestamps::Timestamps() : _writer(currentWriter()) {}
+
+void Timestamps::append(std::string& text, ZtDate date) const {
+  if (!date.isNull()) _writer->append(text, milliseconds(date.milliseconds()));
+}
+
 void appendTimestamp(std::string& text, ZtDate date) {
-  if (date.isNull()) return;
-  const milliseconds sinceEpoch(date.milliseconds());
-  const TimeEnvironment environment = timeEnvironment();
-  if (keptWriter == nullptr || !keptWriter->isFor(environment)) {
-    auto writer = std::make_unique<TimestampWriter>(environment);
-    if (isThreadEnding) {
-      writer->append(text, sinceEpoch);
-      return;
-    }
-    writerKeeper.keep(std::move(writer));
-  }
-  keptWriter->append(text, sinceEpoch);
+  if (!date.isNull()) Timestamps().append(text, date);
 }
 
 std::string shortDateAndTime(ZtDate date) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "ztportal/base/ZtDate.h"
@@ -16,6 +17,19 @@ namespace zt {
 /// "CET-1CEST,M3.5.0,M10.5.0/3", gives the hour and the zone name of the C library.
 /// A missing date appends nothing.
 void appendTimestamp(std::string& text, ZtDate date);
+
+class TimestampWriter;
+
+/// Appends many time stamps of one text, as `appendTimestamp` does one, but looks at the
+/// environment only once. Used by one thread.
+class Timestamps {
+ public:
+  Timestamps();
+  void append(std::string& text, ZtDate date) const;
+
+ private:
+  std::shared_ptr<TimestampWriter> _writer;
+};
 
 /// `date` in short date style and short time style of the user's locale and time zone, found as
 /// above; empty for a missing date.

@@ -19,7 +19,10 @@ std::string languageOf(std::string_view localeName) {
   const std::string tag = canonicalLanguageTag(identifier);
   LanguageParts parts = languageParts(tag);
   if (parts.language.empty()) return {};
-  if (parts.language == "zh") return "zh-" + languageParts(withLikelySubtags(tag)).script;
+  if (parts.language == "zh") {
+    const std::string script = languageParts(withLikelySubtags(tag)).script;
+    return script.empty() ? parts.language : parts.language + "-" + script;
+  }
   if (parts.language == "no") parts.language = "nb";
   if (parts.region.empty()) return parts.language;
 

@@ -1,7 +1,6 @@
 #include "ztportal/pools/PoolWriter.h"
 
 #include "ztportal/base/TextAppend.h"
-#include "ztportal/platform/DateText.h"
 #include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/Markup.h"
 
@@ -11,14 +10,6 @@ namespace {
 
 constexpr std::size_t kFieldDepth = 4;
 constexpr std::size_t kRecordFieldDepth = 8;
-
-void appendDate(std::string& xml, ZtDate date) {
-  if (date.isNull()) {
-    xml += kNull;
-    return;
-  }
-  appendTimestamp(xml, date);
-}
 
 std::string deepestLead(std::string_view prefix) {
   std::string lead;
@@ -40,10 +31,18 @@ std::string_view PoolWriter::lead(std::size_t depth) const {
   return std::string_view(_lead).substr(0, _prefixSize + depth);
 }
 
+void PoolWriter::appendDate(ZtDate date) {
+  if (date.isNull()) {
+    _xml += kNull;
+  } else {
+    _timestamps.append(_xml, date);
+  }
+}
+
 void PoolWriter::begin(const ZtString& poolType, ZtDate timeStamp) {
   appendText(_xml, lead(0), kPool.text(_soap), poolType.printed(), kPoolTypeEnd,  //
              lead(0), kDate.text(_soap));
-  appendDate(_xml, timeStamp);
+  appendDate(timeStamp);
   _xml += kDateEnd;
 }
 
@@ -55,17 +54,39 @@ void PoolWriter::endFields() { appendText(_xml, lead(0), kFieldsEnd); }
 
 void PoolWriter::noFields() { appendText(_xml, lead(0), kNoFields.text(_soap)); }
 
+// What a field's lines have before its value is appended in one piece, and what they have behind it
+// with the next field's or the record's end: in a record both are the same for each of the list.
+
+inline void PoolWriter::beginField(const Tag& type, std::string_view name) {
+  if (_inRecords) {
+    if (_column == _columns.size()) addColumn(type, name);
+    _xml += _columns[_column++];
+  } else {
+    appendFieldStart(_xml, lead(kFieldDepth), type, name, _soap);
+  }
+}
+
+inline void PoolWriter::endField() {
+  if (!_inRecords) appendFieldEnd(_xml, lead(kFieldDepth));
+}
+
+inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view value) {
+  beginField(type, name);
+  _xml += value;
+  endField();
+}
+
 void PoolWriter::string(std::string_view name, std::string_view value) {
   field(kStringField, name, value);
 }
 
 void PoolWriter::string(std::string_view name, const ZtAtomic<ZtString>& value) {
-  value.read([&](const ZtString& text) { string(name, text.printed()); });
+  value.read([&](const ZtString& text) { field(kStringField, name, text.printed()); });
 }
 
 void PoolWriter::date(std::string_view name, const ZtAtomic<ZtDate>& value) {
   beginField(kStringField, name);
-  appendDate(_xml, value.load());
+  appendDate(value.load());
   endField();
 }
 
@@ -77,49 +98,31 @@ void PoolWriter::boolean(std::string_view name, ZtBOOL value) {
   field(kBooleanField, name, booleanText(value));
 }
 
-void PoolWriter::field(const Tag& type, std::string_view name, std::string_view value) {
-  beginField(type, name);
-  _xml += value;
-  endField();
-}
-
-void PoolWriter::beginField(const Tag& type, std::string_view name) {
-  if (_inRecords) {
-    _xml += nextColumn(type, name);
-  } else {
-    appendFieldStart(_xml, lead(kFieldDepth), type, name, _soap);
-  }
-}
-
-void PoolWriter::endField() {
-  // In a record the next column, or the record's end, begins with it.
-  if (!_inRecords) appendFieldEnd(_xml, lead(kFieldDepth));
-}
-
 void PoolWriter::beginRecords(std::string_view name) {
   appendText(_xml, lead(kFieldDepth), kArrayField.text(_soap),  //
              lead(kFieldDepth), kName.text(_soap), name, kNameEnd);
   _inRecords = true;
   _columns.clear();
-}
-
-void PoolWriter::beginRecord() {
-  appendText(_xml, lead(kFieldDepth), kFields.text(_soap));
   _column = 0;
 }
 
-const std::string& PoolWriter::nextColumn(const Tag& type, std::string_view name) {
-  if (_column == _columns.size()) {
-    std::string& column = _columns.emplace_back();
-    if (_column != 0) appendFieldEnd(column, lead(kRecordFieldDepth));
-    appendFieldStart(column, lead(kRecordFieldDepth), type, name, _soap);
+void PoolWriter::addColumn(const Tag& type, std::string_view name) {
+  std::string& column = _columns.emplace_back();
+  if (_columns.size() == 1) {
+    appendText(column, lead(kFieldDepth), kFields.text(_soap));
+  } else {
+    appendFieldEnd(column, lead(kRecordFieldDepth));
   }
-  return _columns[_column++];
+  appendFieldStart(column, lead(kRecordFieldDepth), type, name, _soap);
 }
 
 void PoolWriter::endRecord() {
-  if (_column != 0) appendFieldEnd(_xml, lead(kRecordFieldDepth));
-  appendText(_xml, lead(kFieldDepth), kFieldsEnd);
+  if (_recordEnd.empty()) {
+    appendFieldEnd(_recordEnd, lead(kRecordFieldDepth));
+    appendText(_recordEnd, lead(kFieldDepth), kFieldsEnd);
+  }
+  _xml += _recordEnd;
+  _column = 0;
 }
 
 void PoolWriter::endRecords() {

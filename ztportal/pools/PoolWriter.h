@@ -9,6 +9,7 @@
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/DateText.h"
 #include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/FieldText.h"
 
@@ -55,7 +56,6 @@ class PoolWriter {
     if (list.empty()) return;
     beginRecords(name);
     eachEntry(list, _xml, [this](const auto& record) {
-      beginRecord();
       record.addFieldsTo(*this);
       endRecord();
     });
@@ -71,10 +71,11 @@ class PoolWriter {
   void endField();
 
   void beginRecords(std::string_view name);
-  void beginRecord();
   void endRecord();
   void endRecords();
-  const std::string& nextColumn(const Tag& type, std::string_view name);
+  void addColumn(const Tag& type, std::string_view name);
+
+  void appendDate(ZtDate date);
 
   /// The start of a line, `depth` blanks behind the pool's own.
   std::string_view lead(std::size_t depth) const;
@@ -83,11 +84,13 @@ class PoolWriter {
   bool _soap;
   std::size_t _prefixSize;
   std::string _lead;  // the prefix and the blanks of the deepest line
+  Timestamps _timestamps;
   bool _inRecords = false;
   // What stands before each value of a record, which is the same for all records of a list: put
   // together for the first one.
   std::vector<std::string> _columns;
   std::size_t _column = 0;  // the next one of the record being written
+  std::string _recordEnd;
 };
 
 }  // namespace zt

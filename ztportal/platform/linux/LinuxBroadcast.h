@@ -4,8 +4,8 @@
 
 namespace zt {
 
-/// A signal on the user's D-Bus session bus (D-Bus Specification): member `name`, signature
-/// "sa{ss}", that is the object and the user information. To watch them:
+/// A signal on the user's D-Bus session bus: member `name`, signature "sa{ss}", that is the object
+/// and the user information. To watch them:
 ///
 ///     dbus-monitor "interface='com.kelvane.ZtPortal'"
 ///

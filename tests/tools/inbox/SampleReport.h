@@ -1,0 +1,69 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zt::test {
+
+/// Writes a report as the library does: unescaped, line by line.
+struct SampleReport {
+  std::string reportId = "{0F6B1C5E-0000-4000-8000-000000000001}";
+  std::string machineId = "{11111111-2222-3333-4444-555555555555}";
+  std::string customerId = "Kelvane";
+  std::string applicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
+  std::string applicationVersion = "2.1.77";
+  std::vector<std::string> pools{"EXECUTION"};
+  std::string value = "Home";
+
+  std::string text() const {
+    std::string report =
+        "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">\r\n"
+        "  <SOAP-ENV:Body>\r\n"
+        "    <postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\">\r\n"
+        "       <reportData xsi:type=\"com_Report\">\r\n";
+    report += header("ReportID", reportId) + header("MachineID", machineId) +
+              header("CustomerID", customerId) + header("ApplicationID", applicationId) +
+              header("ApplicationVersion", applicationVersion);
+    report += "         <Datas xsi:type=\"com_Pools\">\r\n";
+    for (const std::string& pool : pools) {
+      report += "           <Data xsi:type=\"com_Pool\" Pool=\"" + pool + "\">\r\n";
+      report += "               <Value xsi:type=\"xsd:string\">" + value + "</Value>\r\n";
+      report += "           </Data>\r\n";
+    }
+    report +=
+        "         </Datas>\r\n"
+        "       </reportData>\r\n"
+        "    </postPoolDatas>\r\n"
+        "  </SOAP-ENV:Body>\r\n"
+        "</SOAP-ENV:Envelope>\r\n";
+    return report;
+  }
+
+  static std::string header(const std::string& name, const std::string& value) {
+    return "         <" + name + " xsi:type=\"xsd:string\">" + value + "</" + name + ">\r\n";
+  }
+};
+
+inline SampleReport reportOf(std::string customerId) {
+  SampleReport report;
+  report.customerId = std::move(customerId);
+  return report;
+}
+
+inline SampleReport reportWithId(std::string reportId) {
+  SampleReport report;
+  report.reportId = std::move(reportId);
+  return report;
+}
+
+/// As the library asks for the service's version.
+inline constexpr std::string_view kVersionRequest =
+    "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
+    "  <SOAP-ENV:Body>"
+    "    <getVersionInfo xmlns:m=\"http://reporting.kelvane.example/portal\"/>"
+    "  </SOAP-ENV:Body>"
+    "</SOAP-ENV:Envelope>";
+
+}  // namespace zt::test
