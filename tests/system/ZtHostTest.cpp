@@ -69,13 +69,15 @@ void copyThisProgramTo(const std::string& path) {
   std::filesystem::copy_file("/proc/self/exe", path);
 }
 
-/// What the program at `path` answers as a host.
-std::optional<std::string> answersOf(const std::string& path, const std::string& keys,
-                                     const std::optional<std::string>& named = std::nullopt) {
+/// The lines that the program at `path` answers as a host.
+std::vector<std::string> answersOf(const std::string& path, const std::string& keys,
+                                   const std::optional<std::string>& named = std::nullopt) {
   std::vector<std::string> environment{std::string(kAsked) + "=" + keys};
   if (named) environment.push_back(std::string(kNamed) + "=" + *named);
   zt::test::ChildProcess host({path}, environment);
-  return host.readAll(std::chrono::seconds(60));
+  std::vector<std::string> lines;
+  while (const auto line = host.readLine(std::chrono::seconds(60))) lines.push_back(*line);
+  return lines;
 }
 
 TEST(ZtHostTest, AHostOutsideAnyBundleHasTheNameOfItsExecutableAndNothingElse) {
@@ -83,23 +85,19 @@ TEST(ZtHostTest, AHostOutsideAnyBundleHasTheNameOfItsExecutableAndNothingElse) {
   copyThisProgramTo(folder.path("bin/my setup"));
   EXPECT_EQ(answersOf(folder.path("bin/my setup"),
                       "CFBundleName CFBundleShortVersionString CFBundleVersion CFBundleNam"),
-            "CFBundleName=my setup\n"
-            "CFBundleShortVersionString=missing\n"
-            "CFBundleVersion=missing\n"
-            "CFBundleNam=missing\n");
+            (std::vector<std::string>{"CFBundleName=my setup", "CFBundleShortVersionString=missing",
+                                      "CFBundleVersion=missing", "CFBundleNam=missing"}));
 }
 
 TEST(ZtHostTest, AHostInABundleIsKnownByIt) {
   const zt::test::TemporaryFolder folder;
   folder.write("Setup.app/Contents/Info.plist", kInfoPlist);
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/bin/setup"));
-  EXPECT_EQ(answersOf(folder.path("Setup.app/Contents/Linux/bin/setup"),
-                      "CFBundleName CFBundleShortVersionString CFBundleVersion ANumber Other"),
-            "CFBundleName=Sch\xC3\xB6n & Gut\n"
-            "CFBundleShortVersionString=2.1\n"
-            "CFBundleVersion=77\n"
-            "ANumber=missing\n"
-            "Other=missing\n");
+  EXPECT_EQ(
+      answersOf(folder.path("Setup.app/Contents/Linux/bin/setup"),
+                "CFBundleName CFBundleShortVersionString CFBundleVersion ANumber Other"),
+      (std::vector<std::string>{"CFBundleName=Sch\xC3\xB6n & Gut", "CFBundleShortVersionString=2.1",
+                                "CFBundleVersion=77", "ANumber=missing", "Other=missing"}));
 }
 
 TEST(ZtHostTest, AHostInABundleWithoutANameHasThatOfItsExecutable) {
@@ -108,9 +106,8 @@ TEST(ZtHostTest, AHostInABundleWithoutANameHasThatOfItsExecutable) {
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/setup"));
   EXPECT_EQ(answersOf(folder.path("Setup.app/Contents/Linux/setup"),
                       "CFBundleName CFBundleShortVersionString CFBundleVersion"),
-            "CFBundleName=setup\n"
-            "CFBundleShortVersionString=missing\n"
-            "CFBundleVersion=78\n");
+            (std::vector<std::string>{"CFBundleName=setup", "CFBundleShortVersionString=missing",
+                                      "CFBundleVersion=78"}));
 }
 
 TEST(ZtHostTest, WhatTheHostSaysReplacesAllOfItsBundle) {
@@ -119,9 +116,8 @@ TEST(ZtHostTest, WhatTheHostSaysReplacesAllOfItsBundle) {
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/setup"));
   EXPECT_EQ(answersOf(folder.path("Setup.app/Contents/Linux/setup"),
                       "CFBundleName CFBundleShortVersionString CFBundleVersion", "Mine"),
-            "CFBundleName=Mine\n"
-            "CFBundleShortVersionString=missing\n"
-            "CFBundleVersion=missing\n");
+            (std::vector<std::string>{"CFBundleName=Mine", "CFBundleShortVersionString=missing",
+                                      "CFBundleVersion=missing"}));
 }
 
 // --- what a host says of itself, in this process ---------------------------------------------
