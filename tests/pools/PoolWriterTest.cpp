@@ -39,10 +39,6 @@ struct ShortRecord {
 };
 using ShortRecords = std::vector<std::shared_ptr<ShortRecord>>;
 
-struct EmptyRecord {
-  void addFieldsTo(PoolWriter& /*record*/) const {}
-};
-
 class PoolWriterTest : public zt::test::PoolsFixture {
  protected:
   std::string _xml = "old";
@@ -252,17 +248,6 @@ TEST_F(PoolWriterTest, NullRecordsAreLeftOut) {
             "          <Name>N</Name>\r\n"
             "          <Value>two</Value>\r\n"
             "        </Field>\r\n"
-            "      </Fields>\r\n"
-            "    </Field>\r\n");
-}
-
-TEST_F(PoolWriterTest, RecordsWithoutFieldsAreEmptyGroups) {
-  PoolWriter pool("", _xml, false);
-  pool.records("LIST", std::vector{std::make_shared<EmptyRecord>()});
-  EXPECT_EQ(_xml,
-            "old    <Field FieldType=\"array\">\r\n"
-            "      <Name>LIST</Name>\r\n"
-            "      <Fields>\r\n"
             "      </Fields>\r\n"
             "    </Field>\r\n");
 }
