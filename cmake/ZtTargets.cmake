@@ -24,17 +24,19 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
-# zt_add_test(<name> SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...])
+# zt_add_test(<name> SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...] [RUN_SERIAL])
 #
 # One test program of a room. It is linked with the static library, whose inner parts are visible
-# to it; each GoogleTest test in it becomes a CTest test.
+# to it; each GoogleTest test in it becomes a CTest test. With RUN_SERIAL none of them runs beside
+# another test.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
   target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(
+    ${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 RUN_SERIAL ${ARG_RUN_SERIAL})
 endfunction()
