@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -62,8 +63,9 @@ std::vector<std::string> exampleLines(const std::string& header) {
 
 std::vector<std::string> publicHeaders() {
   std::vector<std::string> headers;
-  std::istringstream list(ZT_PUBLIC_HEADERS);
-  for (std::string path; std::getline(list, path, ';');) headers.push_back(path);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(ZT_PUBLIC_HEADERS)) {
+    if (entry.is_regular_file()) headers.push_back(entry.path().string());
+  }
   return headers;
 }
 

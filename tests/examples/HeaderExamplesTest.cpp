@@ -153,7 +153,7 @@ TEST(HeaderExamplesTest, ZtSystemInfos) {
 }
 
 TEST(HeaderExamplesTest, ZtPortalData) {
-  const ScopedEnvironment noProxy("http_proxy", nullptr);
+  const ScopedEnvironment noProxy("no_proxy", "*");
   const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
   zt::test::Inbox inbox;
   const ZtString configurationUrl = inbox.configurationUrl();

@@ -28,16 +28,16 @@ class PortalBroadcastTest : public RealPortalTest {
 
 TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerHasAnswered) {
   std::optional<std::string> told;
-  ReportingServer server;
   // The post is answered only once the broadcast is there: one that was sent after the answer, or
   // after the client gave up, would leave the report unaccepted.
-  server.beforeAnswer = [this, &told](Asked asked) {
+  const ReportingServer server([this, &told](Asked asked) {
     if (asked == Asked::Report) told = _receiver.next();
-  };
+  });
   const auto document = makeReport(server.configurationUrl());
   const std::string before = shortDateAndTime(ZtDate::now());
   ASSERT_TRUE(document->reportToServer());
   const std::string after = shortDateAndTime(ZtDate::now());
+  EXPECT_EQ(server.requests().size(), 3U);
   const std::string request = document->getSoapString();
   EXPECT_THAT(told, AnyOf(lineOf(before, request), lineOf(after, request)));
 }

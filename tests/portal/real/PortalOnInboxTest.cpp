@@ -111,10 +111,7 @@ TEST_F(PortalOnInboxTest, AResentReportArrivesAsTheXmlOfTheFile) {
 
   std::string written = document->getSoapString();
   std::erase(written, '\r');  // XML 1.0 has one line end only
-  std::string sent = received(inbox).front();
-  ASSERT_TRUE(sent.starts_with("<?xml ")) << sent;
-  sent.erase(0, sent.find("?>\n") + 3);
-  EXPECT_EQ(sent, written);
+  EXPECT_EQ(received(inbox).front(), written);
 }
 
 TEST_F(PortalOnInboxTest, AMisbehavingServerLosesNoReport) {

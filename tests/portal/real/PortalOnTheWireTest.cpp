@@ -23,10 +23,15 @@ constexpr std::size_t kLargest = std::size_t{16} * 1024 * 1024;
 
 class PortalOnTheWireTest : public RealPortalTest {};
 
-/// `body` filled up with blanks.
-std::string padded(std::string body, std::size_t size) {
-  body.append(size - body.size(), ' ');
-  return body;
+/// `body` filled up to `size` within its root, in pieces: the parser takes neither 10 MB of text
+/// in one piece nor as much behind the root.
+std::string padded(const std::string& body, std::size_t size) {
+  const std::string piece = std::string(65536, ' ') + "<!---->";
+  const std::size_t end = body.rfind("</");
+  std::string whole = body.substr(0, end);
+  while (size - whole.size() > piece.size() + body.size()) whole += piece;
+  whole.append(size - whole.size() - (body.size() - end), ' ');
+  return whole + body.substr(end);
 }
 
 std::string headOf(const std::string& requestLine, const std::string& host) {
@@ -71,15 +76,26 @@ std::string half(const std::string& body) {
   return whole.substr(0, whole.size() - body.size() / 2);
 }
 
+/// All of `body`, of which one byte more was announced.
+std::string unfinished(const std::string& body) {
+  std::string whole = success(body + '\n').bytes;
+  whole.pop_back();
+  return whole;
+}
+
 const std::vector<Fault>& faults() {
   static const std::vector<Fault> all = {
       {"half a body",
        [](auto& body, auto&) {
          return RawAnswer{half(body), Then::Close};
        }},
-      {"half a body, then a reset",
+      {"a body without its last byte",
        [](auto& body, auto&) {
-         return RawAnswer{half(body), Then::Reset};
+         return RawAnswer{unfinished(body), Then::Close};
+       }},
+      {"a reset before the last byte",
+       [](auto& body, auto&) {
+         return RawAnswer{unfinished(body), Then::Reset};
        }},
       {"half a head",
        [](auto&, auto&) {
@@ -97,9 +113,9 @@ const std::vector<Fault>& faults() {
        [](auto&, auto&) {
          return RawAnswer{"", Then::Hang};
        }},
-      {"silence after half a body",
+      {"silence before the last byte",
        [](auto& body, auto&) {
-         return RawAnswer{half(body), Then::Hang};
+         return RawAnswer{unfinished(body), Then::Hang};
        }},
       {"no HTTP",
        [](auto& body, auto&) {

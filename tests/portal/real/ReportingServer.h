@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <map>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -45,7 +46,10 @@ inline constexpr std::string_view kAcceptance =
 /// A reporting server whose bytes are the test's own. It is healthy but for what `misanswer` says.
 class ReportingServer {
  public:
-  ReportingServer() : _server([this](const std::string& request) { return answer(request); }) {}
+  /// `beforeAnswer` is called when a request has arrived, on the server's thread.
+  explicit ReportingServer(std::function<void(Asked)> beforeAnswer = [](Asked) {})
+      : _beforeAnswer(std::move(beforeAnswer)),
+        _server([this](const std::string& request) { return answer(request); }) {}
 
   std::string configurationUrl() const { return _server.url("/reporting/kelvane.xml"); }
   std::string host() const { return _server.host(); }
@@ -59,19 +63,22 @@ class ReportingServer {
            _server.url("/soap-test") + "</defTestSOAP></configuration>";
   }
 
-  /// Before the first request.
-  void misanswer(Asked asked, RawAnswer answer) { _answers[asked] = std::move(answer); }
-  /// Called when a request has arrived, on the server's thread; set before the first one.
-  std::function<void(Asked)> beforeAnswer;
+  void misanswer(Asked asked, RawAnswer answer) {
+    const std::lock_guard lock(_mutex);
+    _answers[asked] = std::move(answer);
+  }
 
  private:
-  RawAnswer answer(const std::string& request) const {
+  RawAnswer answer(const std::string& request) {
     const Asked asked = whatIsAsked(request);
-    if (beforeAnswer) beforeAnswer(asked);
+    _beforeAnswer(asked);
+    const std::lock_guard lock(_mutex);
     const auto found = _answers.find(asked);
     return found != _answers.end() ? found->second : success(healthyBody(asked));
   }
 
+  const std::function<void(Asked)> _beforeAnswer;
+  std::mutex _mutex;
   std::map<Asked, RawAnswer> _answers;
   RawHttpServer _server;
 };
