@@ -79,10 +79,10 @@ TEST(HeaderExamplesTest, ZtXMLDocument) {
   ZtXMLNode child = root.children().front();
   child.name();
   child.text();
-  child.attributes().front().second;
+  const ZtString value = child.attributes().front().second;
   EXPECT_EQ(child.name(), "ns:b");
   EXPECT_EQ(child.text(), "two");
-  EXPECT_EQ(child.attributes().front().second, "1");
+  EXPECT_EQ(value, "1");
 }
 
 TEST(HeaderExamplesTest, ZtUtils) {
