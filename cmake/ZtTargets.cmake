@@ -24,15 +24,19 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
-# zt_add_test(<name> SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...])
+# zt_add_test(<name> [SHARED] SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...])
 #
 # One test program of a room. It is linked with the static library, whose inner parts are visible
-# to it; each GoogleTest test in it becomes a CTest test.
+# to it, or with SHARED as a host is, with the shared library and its public parts alone; each GoogleTest test in it becomes a CTest test.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED" "" "SOURCES;LIBRARIES;DEPENDS")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
-  target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)
+  set(support zt_test_support)
+  if(ARG_SHARED)
+    set(support zt_test_support_shared)
+  endif()
+  target_link_libraries(${name} PRIVATE ${support} ${ARG_LIBRARIES} GTest::gmock_main)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
