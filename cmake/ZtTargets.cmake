@@ -24,12 +24,14 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
-# zt_add_test(<name> [SHARED] SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...])
+# zt_add_test(<name> [SHARED] [RUN_SERIAL] SOURCES <files>... [LIBRARIES <targets>...]
+#             [DEPENDS <targets>...])
 #
-# One test program of a room. It is linked with the static library, whose inner parts are visible
-# to it, or with SHARED as a host is, with the shared library and its public parts alone; each GoogleTest test in it becomes a CTest test.
+# One test program of a room; each GoogleTest test in it becomes a CTest test. It is linked with the
+# static library, whose inner parts are visible to it, or with SHARED as a host is: with the shared
+# library, whose public parts alone are. With RUN_SERIAL none of its tests runs beside another test.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED" "" "SOURCES;LIBRARIES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED;RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
   set(support zt_test_support)
@@ -40,5 +42,6 @@ function(zt_add_test name)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
-  gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(
+    ${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 RUN_SERIAL ${ARG_RUN_SERIAL})
 endfunction()

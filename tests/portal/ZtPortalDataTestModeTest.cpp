@@ -3,6 +3,7 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/platform/fakes/FailingFiles.h"
 #include "tests/portal/PortalTest.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
@@ -130,6 +131,18 @@ TEST_F(ZtPortalDataTestModeTest, ASecondCompanionIsAskedWhenTheFirstDoesNotSwitc
   switchTestModeOff();
   platform.runningApplications_.running.push_back({kGhost, folder.path("Gone")});
   switchTestModeOn();
+  EXPECT_TRUE(testMode());
+}
+
+TEST_F(ZtPortalDataTestModeTest, ASecondCompanionIsAskedWhenTheListOfTheFirstCannotBeRead) {
+  switchTestModeOn();
+  LinuxFiles disk;
+  FailingFiles files(disk);
+  platform.replacedFiles = &files;
+  files.failOnce(FailingFiles::Operation::Read, 1);
+  EXPECT_FALSE(testMode());
+  switchTestModeOn();
+  files.failOnce(FailingFiles::Operation::Read, 1);
   EXPECT_TRUE(testMode());
 }
 

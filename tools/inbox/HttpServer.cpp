@@ -23,7 +23,7 @@ constexpr int kHeadTooLarge = 431;
 constexpr int kServerError = 500;
 constexpr int kNotImplemented = 501;
 constexpr const char* kTooLargeReason = "request over 64 MiB";
-constexpr const char* kEveryPath = "/";
+const std::string kEveryPath = "/";
 
 /// The request that a thread is serving: the HTTP library's handlers get it this way.
 struct Current {
@@ -76,6 +76,7 @@ void makePlain(httplib::Request& request) {
   for (const char* name : {"Content-Type", "Content-Encoding", "Accept-Encoding", "Range"}) {
     request.headers.erase(name);
   }
+  request.ranges.clear();
   if (isChunked(request)) request.headers.erase("Content-Length");
   if (!isChunked(request) && !request.has_header("Content-Length")) {
     request.headers.emplace("Content-Length", "0");

@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <string>
@@ -22,6 +23,8 @@ void run(const CommandLine& commandLine) {
     std::fputs(commandLine.text.c_str(), stdout);
     return;
   }
+  // Whoever reads the lines may go; the inbox stays.
+  std::signal(SIGPIPE, SIG_IGN);
   const StopSignals stop;
   LineOutput output(STDOUT_FILENO);
   InboxServer server(*commandLine.settings, [&](std::string_view line) { output.write(line); });

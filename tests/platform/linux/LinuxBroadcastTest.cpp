@@ -2,126 +2,40 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <systemd/sd-bus.h>
 #include <unistd.h>
 
-#include <array>
 #include <chrono>
-#include <cstdint>
-#include <cstdio>
-#include <cstdlib>
-#include <filesystem>
-#include <functional>
 #include <map>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "tests/support/BroadcastReceiver.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/linux/LinuxBroadcast.h"
 
 namespace {
 
 using zt::LinuxBroadcast;
+using zt::test::BroadcastReceiver;
 using zt::test::ChildProcess;
 using zt::test::ScopedEnvironment;
+using zt::test::SessionBus;
 using zt::test::TemporaryFolder;
 using UserInfo = std::map<std::string, ZtString>;
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience{60};
 constexpr const char* kName = "ZtPortalGhostNotification";
-constexpr const char* kListen = "ZT_TEST_LISTEN_FOR_BROADCASTS";
-
-/// A text with its length before it, so that no two lists of texts look the same.
-void tell(const char* text) { std::printf("%zu:%s,", std::string(text).size(), text); }
-
-int tellSignal(sd_bus_message* message, void*, sd_bus_error*) {
-  tell(sd_bus_message_get_path(message));
-  tell(sd_bus_message_get_interface(message));
-  tell(sd_bus_message_get_member(message));
-  tell(sd_bus_message_get_signature(message, 1));
-  const char* object = nullptr;
-  sd_bus_message_read(message, "s", &object);
-  tell(object);
-  sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{ss}");
-  const char* key = nullptr;
-  const char* value = nullptr;
-  while (sd_bus_message_read(message, "{ss}", &key, &value) > 0) {
-    tell(key);
-    tell(value);
-  }
-  std::printf("\n");
-  std::fflush(stdout);
-  return 0;
-}
-
-/// This program started with the variable set is a receiver of broadcasts and nothing else: it
-/// says "ready" and then each signal as one line, until it is killed.
-const bool kIsListening = [] {
-  if (std::getenv(kListen) == nullptr) return false;
-  sd_bus* bus = nullptr;
-  const bool isListening =
-      sd_bus_open_user(&bus) >= 0 &&
-      sd_bus_match_signal(bus, nullptr, nullptr, nullptr, "com.kelvane.ZtPortal", nullptr,
-                          tellSignal, nullptr) >= 0;
-  std::puts(isListening ? "ready" : "cannot listen");
-  std::fflush(stdout);
-  while (sd_bus_process(bus, nullptr) >= 0) sd_bus_wait(bus, UINT64_MAX);
-  ::_exit(1);
-}();
 
 std::string expectedLine(const std::string& object,
                          const std::map<std::string, std::string>& userInfo) {
-  std::string line;
-  const auto add = [&line](const std::string& text) {
-    line += std::to_string(text.size()) + ":" + text + ",";
-  };
-  for (const char* text :
-       {"/com/kelvane/ZtPortal", "com.kelvane.ZtPortal", "ZtPortalGhostNotification", "sa{ss}"}) {
-    add(text);
-  }
-  add(object);
-  for (const auto& [key, value] : userInfo) {
-    add(key);
-    add(value);
-  }
-  return line;
+  return zt::test::broadcastLine(kName, object, userInfo);
 }
-
-/// A session bus of the test's own.
-class SessionBus {
- public:
-  SessionBus() : _daemon({"dbus-daemon", "--session", "--nofork", "--print-address"}) {
-    const std::optional<std::string> address = _daemon.readLine(kPatience);
-    if (!address) throw std::runtime_error("the session bus does not start");
-    _address = *address;
-  }
-  const std::string& address() const { return _address; }
-  ChildProcess& process() { return _daemon; }
-
- private:
-  ChildProcess _daemon;
-  std::string _address;
-};
-
-class Receiver {
- public:
-  Receiver() {
-    const ScopedEnvironment listen(kListen, "1");
-    _process = std::make_unique<ChildProcess>(
-        std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe").string()});
-    if (_process->readLine(kPatience) != "ready") throw std::runtime_error("no receiver");
-  }
-  std::optional<std::string> next() { return _process->readLine(kPatience); }
-
- private:
-  std::unique_ptr<ChildProcess> _process;
-};
 
 /// Whether two long texts are the same, without printing them.
 void expectSame(const std::optional<std::string>& told, const std::string& expected) {
@@ -147,7 +61,7 @@ class LinuxBroadcastOnABusTest : public LinuxBroadcastTest {
  protected:
   SessionBus _bus;
   ScopedEnvironment _address{"DBUS_SESSION_BUS_ADDRESS", _bus.address().c_str()};
-  Receiver _receiver;
+  BroadcastReceiver _receiver;
 };
 
 TEST_F(LinuxBroadcastOnABusTest, ReachesAnotherProcessWhole) {
@@ -229,7 +143,7 @@ TEST_F(LinuxBroadcastTest, FindsTheBusInTheUsersRuntimeFolder) {
                        "--address=unix:path=" + folder.path("bus")});
   ASSERT_TRUE(daemon.readLine(kPatience).has_value());
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", nullptr);
-  Receiver receiver;
+  BroadcastReceiver receiver;
   post(kName, "object", {{"key", "value"}});
   expectSame(receiver.next(), expectedLine("object", {{"key", "value"}}));
 }

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "tests/support/Inbox.h"
@@ -74,6 +76,32 @@ TEST(ProgramTest, WritesALineForEachReport) {
                                    "  #4  error 503" + who + "  duplicate of #1\n" +      //
                                    "  #5  dropped" + who + "  test  duplicate of #2\n" +  //
                                    "  #6  truncated" + who + "  duplicate of #3\n");
+}
+
+TEST(ProgramTest, ReportsThatComeTogetherGetTheirLinesAndAnswersInOneOrder) {
+  constexpr int kClients = 8;
+  constexpr int kReports = 10;
+  Inbox inbox;
+  inbox.behave(R"({"scenario": [{"answer": "error:503", "times": 40}, {"answer": "refuse"}]})");
+  std::vector<std::thread> clients;
+  for (int i = 0; i < kClients; ++i) {
+    clients.emplace_back([&inbox] {
+      for (int report = 0; report < kReports; ++report) {
+        RawClient client(inbox.port());
+        EXPECT_TRUE(
+            client.send(postRequest("/soap", SampleReport().text(), "Connection: close\r\n")));
+        EXPECT_TRUE(client.receiveAll().starts_with("HTTP/1.1 "));
+      }
+    });
+  }
+  for (std::thread& client : clients) client.join();
+  std::istringstream lines(linesOf(inbox, kClients * kReports));
+  std::string line;
+  for (int number = 1; number <= kClients * kReports; ++number) {
+    ASSERT_TRUE(std::getline(lines, line));
+    const std::string answer = number <= 40 ? "error 503" : "refused";
+    EXPECT_TRUE(line.starts_with("  #" + std::to_string(number) + "  " + answer + "  ")) << line;
+  }
 }
 
 TEST(ProgramTest, WritesTheLineOfAHangingReportToo) {

@@ -1,0 +1,19 @@
+# cmake -DTEXT=<Markdown file> -DPROGRAM=<C++ file> -P CutExample.cmake
+#
+# Writes the first C++ block of a Markdown file to a file of its own, with the line numbers of the
+# text, so that a compiler's message points there.
+
+file(READ "${TEXT}" text)
+string(FIND "${text}" "\n```cpp\n" begin)
+if(begin EQUAL -1)
+  message(FATAL_ERROR "${TEXT} has no C++ block")
+endif()
+string(SUBSTRING "${text}" 0 ${begin} before)
+string(REGEX REPLACE "[^\n]" "" line_ends "${before}")
+string(LENGTH "${line_ends}" line)
+math(EXPR begin "${begin} + 8")
+math(EXPR line "${line} + 3")
+string(SUBSTRING "${text}" ${begin} -1 program)
+string(FIND "${program}" "\n```\n" end)
+string(SUBSTRING "${program}" 0 ${end} program)
+file(WRITE "${PROGRAM}" "#line ${line} \"${TEXT}\"\n${program}\n")

@@ -1,0 +1,12 @@
+#include "ztportal/ztportal.h"
+
+// A host as an application is one: it says nothing of itself, its bundle does. Sends one report to
+// the server of the configuration URL that is its argument.
+
+int main(int count, char** arguments) {
+  if (count != 2) return 2;
+  const auto report = ZtPortalData::initWithValues(
+      arguments[1], false, "Kelvane", "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}", "2.1.77");
+  report->addPoolExecution(ZtDate::now())->setStartPoint("setup");
+  return report->reportToServer() ? 0 : 1;
+}
