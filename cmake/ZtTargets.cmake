@@ -24,16 +24,21 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
-# zt_add_test(<name> SOURCES <files>... [LIBRARIES <targets>...] [DEPENDS <targets>...] [RUN_SERIAL])
+# zt_add_test(<name> [SHARED] [RUN_SERIAL] SOURCES <files>... [LIBRARIES <targets>...]
+#             [DEPENDS <targets>...])
 #
-# One test program of a room. It is linked with the static library, whose inner parts are visible
-# to it; each GoogleTest test in it becomes a CTest test. With RUN_SERIAL none of them runs beside
-# another test.
+# One test program of a room; each GoogleTest test in it becomes a CTest test. It is linked with the
+# static library, whose inner parts are visible to it, or with SHARED as a host is: with the shared
+# library, whose public parts alone are. With RUN_SERIAL none of its tests runs beside another test.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED;RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
-  target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)
+  set(support zt_test_support)
+  if(ARG_SHARED)
+    set(support zt_test_support_shared)
+  endif()
+  target_link_libraries(${name} PRIVATE ${support} ${ARG_LIBRARIES} GTest::gmock_main)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()

@@ -90,21 +90,33 @@ class PipeReader {
   std::thread _thread;
 };
 
+/// What a program has for its standard input, and for its standard output where that is not
+/// collected.
+struct ChildFiles {
+  std::string input = "/dev/null";
+  std::optional<std::string> output = std::nullopt;
+};
+
 /// A program that runs beside the test; its output is collected, and it is ended (SIGTERM) with
 /// its scope.
 class Child {
  public:
   /// `environment` replaces the test's own when it is given ("NAME=value").
   explicit Child(std::string program, std::vector<std::string> arguments,
-                 std::optional<std::vector<std::string>> environment = std::nullopt) {
+                 std::optional<std::vector<std::string>> environment = std::nullopt,
+                 const ChildFiles& files = {}) {
     arguments.insert(arguments.begin(), program);
     const auto argv = pointers(arguments);
     const auto envp = environment ? pointers(*environment) : std::vector<char*>{};
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
-    posix_spawn_file_actions_adddup2(&actions, _output.writeEnd(), STDOUT_FILENO);
+    posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, files.input.c_str(), O_RDONLY, 0);
+    if (files.output) {
+      posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, files.output->c_str(), O_WRONLY, 0);
+    } else {
+      posix_spawn_file_actions_adddup2(&actions, _output.writeEnd(), STDOUT_FILENO);
+    }
     posix_spawn_file_actions_adddup2(&actions, _errors.writeEnd(), STDERR_FILENO);
     const int failure = ::posix_spawn(&_process, program.c_str(), &actions, nullptr, argv.data(),
                                       environment ? envp.data() : environ);

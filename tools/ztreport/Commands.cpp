@@ -1,13 +1,14 @@
 #include "tools/ztreport/Commands.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <iterator>
+#include <memory>
 #include <optional>
 
 #include "tools/ztreport/Description.h"
@@ -19,26 +20,25 @@ namespace {
 
 std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
 
-std::optional<std::string> contentOf(std::istream& stream) {
-  std::string content{std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-  if (stream.bad()) return std::nullopt;
+using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+
+/// The content of a file, or of standard input for "-". Nothing, with errno set, on failure.
+std::optional<std::string> contentOf(const std::string& file) {
+  const OpenFile opened(file == "-" ? nullptr : std::fopen(file.c_str(), "rbe"), &std::fclose);
+  std::FILE* const stream = file == "-" ? stdin : opened.get();
+  if (stream == nullptr) return std::nullopt;
+  std::string content;
+  std::array<char, std::size_t{16} * 1024> part;
+  while (const std::size_t count = std::fread(part.data(), 1, part.size(), stream)) {
+    content.append(part.data(), count);
+  }
+  if (std::ferror(stream) != 0) return std::nullopt;
   return content;
 }
 
 std::string readAll(const std::string& file) {
-  if (file == "-") {
-    if (auto content = contentOf(std::cin)) return *content;
-    throw Failure(Exit::MachineFailed, nameOf(file) + ": cannot be read");
-  }
-  errno = 0;
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream) throw Failure(Exit::MachineFailed, file + ": " + std::strerror(errno));
-  std::error_code ignored;
-  if (std::filesystem::is_directory(file, ignored)) {
-    throw Failure(Exit::MachineFailed, file + ": " + std::strerror(EISDIR));
-  }
-  if (auto content = contentOf(stream)) return *content;
-  throw Failure(Exit::MachineFailed, file + ": cannot be read");
+  if (auto content = contentOf(file)) return *content;
+  throw Failure(Exit::MachineFailed, nameOf(file) + ": " + std::strerror(errno));
 }
 
 Description describe(const std::string& file) try {
@@ -61,16 +61,18 @@ void print(const std::string& text) {
 
 std::string path(const ZtString& text) { return std::string(text.view()); }
 
+const std::string kNoFolder = "the store's folder cannot be created";
+
 std::string storeFolder() {
   const ZtString folder = ZtPortalData::reportFolder();
-  if (folder.isNull()) throw Failure(Exit::MachineFailed, "the store's folder cannot be created");
+  if (folder.isNull()) throw Failure(Exit::MachineFailed, kNoFolder);
   return path(folder);
 }
 
 /// The library saves in silence, so the file itself has to show that all of it is there.
 bool isSaved(ZtPortalData& document) {
-  std::ifstream stream(path(document.reportFile()), std::ios::binary);
-  return stream && contentOf(stream) == document.getSoapString();
+  const ZtString file = document.reportFile();
+  return !file.isNull() && contentOf(path(file)) == document.getSoapString();
 }
 
 std::size_t savedReports(const std::string& folder) {
@@ -83,11 +85,12 @@ std::size_t savedReports(const std::string& folder) {
                                                 }));
 }
 
+/// An answer that says no, one that says nothing and none at all look the same from here.
 std::string whyNotAccepted(const ZtPortalData& document) {
   const std::string url(document.configurationUrl().view());
   if (!document.gotConfiguration()) return "no configuration at " + url;
   if (!document.online()) return "no answer from " + std::string(document.reportUrl().view());
-  return "refused by " + std::string(document.reportUrl().view());
+  return "no confirmation from " + std::string(document.reportUrl().view());
 }
 
 }  // namespace
@@ -115,8 +118,10 @@ Exit send(const std::string& file, const std::string& configurationUrl) {
   }
   const std::string reason = whyNotAccepted(*document);
   if (!isSaved(*document)) {
-    throw Failure(Exit::MachineFailed, "not accepted (" + reason + "), and cannot be saved: " +
-                                           path(document->reportFile()));
+    const ZtString saved = document->reportFile();
+    throw Failure(Exit::MachineFailed,
+                  "not accepted (" + reason + "), and not saved: " +
+                      (saved.isNull() ? kNoFolder : path(saved) + ": cannot be written"));
   }
   print("not accepted (" + reason + ")\nsaved: " + path(document->reportFile()) + "\n");
   return Exit::NotAccepted;
@@ -134,6 +139,7 @@ Exit save(const std::string& file) {
 }
 
 Exit resend(const std::string& configurationUrl) {
+  if (configurationUrl.empty()) throw Failure(Exit::WrongInput, "--config-url: empty");
   const std::string folder = storeFolder();
   const std::size_t before = savedReports(folder);
   if (before != 0) {

@@ -88,7 +88,7 @@ void readField(const JsonValue& object, const std::shared_ptr<Field>& field,
       field->setFieldName(value.string());
       return true;
     }
-    if (key != valueKey) return false;
+    if (valueKey.empty() || key != valueKey) return false;  // also a key without a letter
     setValue(*field, value);
     return true;
   });

@@ -58,7 +58,7 @@ class Checker final : public nlohmann::json_sax<nlohmann::json> {
                    const nlohmann::detail::exception& error) override {
     constexpr int kNumberOverflow = 406;
     if (error.id == kNumberOverflow) {
-      _error = pointer() + ": " + lastToken + " is out of range";
+      _error = placed(pointer(), lastToken + " is out of range");
       return false;
     }
     _error = positionIn(_text, position == 0 ? 0 : position - 1) + ": no JSON";
@@ -120,6 +120,10 @@ std::string childPointer(const std::string& pointer, std::string_view token) {
     }
   }
   return child;
+}
+
+std::string placed(const std::string& pointer, const std::string& reason) {
+  return pointer.empty() ? reason : pointer + ": " + reason;
 }
 
 nlohmann::json parseJson(const std::string& text) {

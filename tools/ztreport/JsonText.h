@@ -17,6 +17,9 @@ class JsonError : public std::runtime_error {
 /// `pointer` with `token` added, escaped as RFC 6901 wants it.
 std::string childPointer(const std::string& pointer, std::string_view token);
 
+/// `reason` behind its place. The whole document's pointer is empty and says nothing.
+std::string placed(const std::string& pointer, const std::string& reason);
+
 /// Parses `text` (RFC 8259, UTF-8). Raises `JsonError`, also for a name that stands twice in one
 /// object, for numbers beyond every range and for nesting deeper than 1,000 levels.
 nlohmann::json parseJson(const std::string& text);

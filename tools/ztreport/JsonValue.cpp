@@ -10,7 +10,7 @@ namespace zt::tools {
 
 using nlohmann::json;
 
-void JsonValue::fail(const std::string& reason) const { throw JsonError(_pointer + ": " + reason); }
+void JsonValue::fail(const std::string& reason) const { throw JsonError(placed(_pointer, reason)); }
 
 void JsonValue::expected(std::string_view what) const {
   constexpr std::size_t kShown = 60;

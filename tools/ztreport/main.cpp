@@ -3,6 +3,7 @@
 #include <functional>
 #include <iostream>
 #include <string>
+#include <vector>
 
 #include "tools/ztreport/Commands.h"
 #include "ztportal/ztportal.h"
@@ -76,8 +77,14 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::Success& success) {
-    return app.exit(success);
+    app.exit(success, std::cout);
+    if (std::cout.flush()) return static_cast<int>(Exit::Done);
+    return failed("standard output cannot be written", Exit::MachineFailed);
   } catch (const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+      return failed("no such command: " + unknown.front(), Exit::WrongInput);
+    }
     return failed(error.what(), Exit::WrongInput);
   }
   setHost(appName, appVersion);
