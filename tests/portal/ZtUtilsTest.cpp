@@ -156,6 +156,8 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
       {"\xE4\xBA\xBA", "??", false},
       {"\xE4\xBA\xBAz", "?z", true},
       {"\xF0\x90\x90\xA8z", "?z", true},
+      {"\xC3\xB5z", "?z", true},
+      {"\xE4\xBB\xBFz", "?z", true},
       {"\xC3\xA4\xC3\xB6", "??", true},
       {"\xC3\xA4\xC3\xB6", "?", false},
       {"\xC3\x84", "\xC3\xA4", true},
