@@ -113,7 +113,7 @@ int closeOnExecute(void* /*context*/, curl_socket_t socket, curlsocktype /*purpo
 
 /// `text` as a URL; null unless it is one of http or https.
 Url httpUrl(std::string_view text) {
-  if (text.find('\0') != text.npos) return nullptr;
+  if (text.find('\0') != std::string_view::npos) return nullptr;
   Url url(curl_url());
   if (!url) return nullptr;
   // Without flags libcurl does not guess a missing scheme.
@@ -128,7 +128,7 @@ Url httpUrl(std::string_view text) {
 }
 
 bool isOneLine(std::string_view text) {
-  return text.find_first_of(std::string_view("\r\n\0", 3)) == text.npos;
+  return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
 }
 
 bool isContentType(const HttpHeader& header) {

@@ -179,7 +179,7 @@ std::vector<std::pair<ZtString, ZtString>> ZtXMLNode::attributes() const {
 
 std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep) {
   // libxml2 takes a NUL after the root element for the end of the text.
-  if (text.find('\0') != text.npos || !zt::isUtf8(text)) return nullptr;
+  if (text.find('\0') != std::string_view::npos || !zt::isUtf8(text)) return nullptr;
   std::string source = zt::xmlTextInUtf8(text);
   Tree tree = parseTree(source, keep);
   if (!tree) return nullptr;
