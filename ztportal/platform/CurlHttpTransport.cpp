@@ -10,6 +10,8 @@
 #include <new>
 #include <utility>
 
+#include "ztportal/platform/Free.h"
+
 namespace zt {
 
 namespace {
@@ -18,13 +20,6 @@ constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
 constexpr long kRedirects = 10;
 
-template <auto kFree>
-struct Free {
-  template <class T>
-  void operator()(T* object) const {
-    kFree(object);
-  }
-};
 using Url = std::unique_ptr<CURLU, Free<curl_url_cleanup>>;
 using Text = std::unique_ptr<char, Free<curl_free>>;
 
