@@ -277,10 +277,32 @@ TEST_F(ZtPortalDataResendTest, AnEmptyStoreSendsNothing) {
   EXPECT_THAT(steps, IsEmpty());
 }
 
-TEST_F(ZtPortalDataResendTest, NoStoreSendsNothing) {
+TEST_F(ZtPortalDataResendTest, NoStoreIsNeitherListedNorSent) {
   platform.supportFolder_.folder = std::nullopt;
+  std::vector<std::string> operations;
+  ObservedFiles files(platform.files_,
+                      [&](const std::string& operation) { operations.push_back(operation); });
+  platform.replacedFiles = &files;
   EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(operations, IsEmpty());
   EXPECT_THAT(steps, IsEmpty());
+}
+
+TEST_F(ZtPortalDataResendTest, AStoreThatIsNoFolderIsNotListed) {
+  const std::string folder = kReports;
+  std::vector<std::string> lists;
+  ObservedFiles files(platform.files_, [&](const std::string& operation) {
+    // Between its creation and the question the folder is replaced by a file.
+    if (operation == "isFolder " + folder && platform.files_.remove(folder)) {
+      platform.files_.write(folder, "a file in its place");
+    }
+    if (operation.starts_with("list ")) lists.push_back(operation);
+  });
+  platform.replacedFiles = &files;
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_TRUE(platform.files_.exists(folder));
+  EXPECT_FALSE(platform.files_.isFolder(folder));
+  EXPECT_THAT(lists, IsEmpty());
 }
 
 TEST_F(ZtPortalDataResendTest, AStoreThatCannotBeListedSendsNothing) {
