@@ -37,7 +37,8 @@ constexpr std::size_t kDates = 1000;
 constexpr Spread kSameMoment{kNoon, 0};
 constexpr Spread kOneDay{kNoon - kDay / 2, kDay / kDates + 1};
 constexpr Spread kHundredDays{kNoon - 50 * kDay, 100 * kDay / kDates + 1};
-constexpr Spread kFiftyYears{kNoon - 25 * 365 * kDay, 50 * 365 * kDay / kDates + 1};
+constexpr Spread kFiftyYears{kNoon - std::int64_t{25} * 365 * kDay,
+                             std::int64_t{50} * 365 * kDay / kDates + 1};
 
 std::array<ZtDate, kDates> datesOf(const Spread& spread) {
   std::array<ZtDate, kDates> dates;

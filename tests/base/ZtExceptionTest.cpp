@@ -43,7 +43,7 @@ TEST(ZtExceptionTest, CopiesAndMovesKeepAll) {
   static_assert(std::is_nothrow_copy_constructible_v<ZtException>);
   static_assert(std::is_nothrow_copy_assignable_v<ZtException>);
   const ZtException original("NAME", "reason");
-  const ZtException copy(original);
+  const ZtException copy(original);  // NOLINT(performance-unnecessary-copy-initialization)
   EXPECT_EQ(copy.name(), "NAME");
   EXPECT_EQ(copy.reason(), "reason");
   EXPECT_STREQ(copy.what(), "reason");

@@ -15,15 +15,18 @@ thread_local long allocationsLeft = -1;
 
 }  // namespace
 
-// Of the whole test program, so that every allocation of the library may fail.
-void* operator new(std::size_t size) {
+// Of the whole test program, so that every allocation of the library may fail. Not inlined, or
+// the compiler takes the pairs apart and warns that they do not match.
+[[gnu::noinline]] void* operator new(std::size_t size) {
   if (allocationsLeft == 0) throw std::bad_alloc();
   if (allocationsLeft > 0) --allocationsLeft;
   if (void* const memory = std::malloc(size != 0 ? size : 1)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t /*size*/) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
+  std::free(memory);
+}
 
 namespace {
 

@@ -20,8 +20,6 @@
 #include <utility>
 #include <vector>
 
-extern char** environ;
-
 namespace zt::test {
 
 /// What a pipe brings, taken out by a thread so that the writer never has to wait.
@@ -102,7 +100,7 @@ struct ChildFiles {
 class Child {
  public:
   /// `environment` replaces the test's own when it is given ("NAME=value").
-  explicit Child(std::string program, std::vector<std::string> arguments,
+  explicit Child(const std::string& program, std::vector<std::string> arguments,
                  std::optional<std::vector<std::string>> environment = std::nullopt,
                  const ChildFiles& files = {}) {
     arguments.insert(arguments.begin(), program);
@@ -162,6 +160,7 @@ class Child {
  private:
   static std::vector<char*> pointers(std::vector<std::string>& texts) {
     std::vector<char*> all;
+    all.reserve(texts.size() + 1);
     for (std::string& text : texts) all.push_back(text.data());
     all.push_back(nullptr);
     return all;

@@ -104,6 +104,7 @@ class ChildProcess {
 
   static std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     std::vector<char*> pointers;
+    pointers.reserve(texts.size() + 1);
     for (std::string& text : texts) pointers.push_back(text.data());
     pointers.push_back(nullptr);
     return pointers;
@@ -118,7 +119,7 @@ class ChildProcess {
         _output, POLLIN, 0
       };
       if (::poll(&output, 1, static_cast<int>(left.count())) <= 0) continue;
-      std::array<char, 64 * 1024> bytes;
+      std::array<char, std::size_t{64} * 1024> bytes;
       const ssize_t count = ::read(_output, bytes.data(), bytes.size());
       if (count < 0 && errno == EINTR) continue;
       if (count <= 0) {

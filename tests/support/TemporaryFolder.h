@@ -29,7 +29,7 @@ class TemporaryFolder {
 
   /// Writes a file, with the folders above it, and returns its path.
   std::string write(std::string_view name, std::string_view content) const {
-    const std::string file = path(name);
+    std::string file = path(name);
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());
     std::ofstream stream(file, std::ios::binary);
     stream.write(content.data(), static_cast<std::streamsize>(content.size()));

@@ -26,7 +26,7 @@ class Api {
 
  private:
   void answerReports(Exchange& exchange);
-  void answerReport(Exchange& exchange, std::string_view number, bool raw);
+  void answerReport(Exchange& exchange, std::string_view text, bool raw);
   void answerWait(Exchange& exchange);
   void answerBehaviour(Exchange& exchange);
 

@@ -18,8 +18,10 @@ using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kReadTimeout{5'000};
 constexpr milliseconds kWriteTimeout{5'000};
-/// How long a client may go on sending what nobody reads, after its last answer.
-constexpr milliseconds kFarewell{2'000};
+/// After its last answer a client may go on sending what nobody reads, with pauses of this length
+/// and for this long.
+constexpr milliseconds kFarewellPause{2'000};
+constexpr milliseconds kFarewell{30'000};
 
 /// Waits for any of `events`, an error or an end of both directions; false at the time-out.
 bool waitFor(int socket, short events, milliseconds timeout) {
@@ -76,13 +78,9 @@ void Connection::finish() {
   // Closing a socket with unread input resets the connection, and the answer could be lost.
   ::shutdown(_socket.number(), SHUT_WR);
   const auto end = Clock::now() + kFarewell;
-  while (Clock::now() < end) {
-    if (!waitFor(_socket.number(), POLLIN, std::chrono::ceil<milliseconds>(end - Clock::now()))) {
-      return;
-    }
+  while (Clock::now() < end && waitFor(_socket.number(), POLLIN, kFarewellPause)) {
     const ssize_t count = ::recv(_socket.number(), _buffer.data(), _buffer.size(), 0);
-    if (count <= 0 && errno != EINTR && errno != EAGAIN) return;
-    if (count == 0) return;
+    if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) return;
   }
 }
 

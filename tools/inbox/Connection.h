@@ -68,7 +68,7 @@ class Connection final : public httplib::Stream {
   ssize_t takeBuffered(char* to, std::size_t size);
 
   Fd _socket;
-  std::array<char, 16 * 1024> _buffer{};
+  std::array<char, std::size_t{16} * 1024> _buffer{};
   std::size_t _bufferBegin = 0;
   std::size_t _bufferEnd = 0;
   std::size_t _mayRead = 0;

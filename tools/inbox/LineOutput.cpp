@@ -21,7 +21,9 @@ void LineOutput::write(std::string_view line) {
     return;
   }
   std::string bytes;
-  if (_leftOut > 0) bytes.append("(").append(std::to_string(_leftOut)).append(" lines left out)\n");
+  if (_leftOut > 0) {
+    bytes.append("(").append(std::to_string(_leftOut)).append(" lines left out)\n");
+  }
   _leftOut = 0;
   bytes.append(line).append("\n");
   writeAll(bytes);

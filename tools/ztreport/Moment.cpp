@@ -67,7 +67,12 @@ class Scanner {
 }  // namespace
 
 std::optional<ZtDate> parseMoment(std::string_view text) {
-  using namespace std::chrono;
+  using std::chrono::hours;
+  using std::chrono::milliseconds;
+  using std::chrono::minutes;
+  using std::chrono::seconds;
+  using std::chrono::sys_days;
+  using std::chrono::year_month_day;
   Scanner scanner(text);
   const int year = scanner.number(4, 9999);
   scanner.letter('-');
@@ -97,9 +102,9 @@ std::optional<ZtDate> parseMoment(std::string_view text) {
                             std::chrono::month(static_cast<unsigned>(month)),
                             std::chrono::day(static_cast<unsigned>(day))};
   if (!date.ok()) return std::nullopt;
-  const auto sinceEpoch = duration_cast<milliseconds>(sys_days(date).time_since_epoch()) +
-                          hours(hour) + minutes(minute) + seconds(second) + milliseconds(fraction) -
-                          offset;
+  const auto sinceEpoch =
+      std::chrono::duration_cast<milliseconds>(sys_days(date).time_since_epoch()) + hours(hour) +
+      minutes(minute) + seconds(second) + milliseconds(fraction) - offset;
   return ZtDate::fromMilliseconds(std::int64_t{sinceEpoch.count()});
 }
 

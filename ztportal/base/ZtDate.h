@@ -17,6 +17,7 @@ class ZtDate {
   constexpr ZtDate() noexcept = default;
   /// `moment` without what is finer than a millisecond, cut off towards the past:
   /// half a millisecond before 1970 is 1969-12-31T23:59:59.999Z.
+  // NOLINTNEXTLINE(google-explicit-constructor): a moment is a date.
   ZtDate(std::chrono::system_clock::time_point moment) noexcept
       : _milliseconds(
             std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch()).count()) {}

@@ -10,6 +10,8 @@
 #include <new>
 #include <utility>
 
+#include "ztportal/platform/Free.h"
+
 namespace zt {
 
 namespace {
@@ -18,13 +20,6 @@ constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
 constexpr long kRedirects = 10;
 
-template <auto kFree>
-struct Free {
-  template <class T>
-  void operator()(T* object) const {
-    kFree(object);
-  }
-};
 using Url = std::unique_ptr<CURLU, Free<curl_url_cleanup>>;
 using Text = std::unique_ptr<char, Free<curl_free>>;
 
@@ -113,7 +108,7 @@ int closeOnExecute(void* /*context*/, curl_socket_t socket, curlsocktype /*purpo
 
 /// `text` as a URL; null unless it is one of http or https.
 Url httpUrl(std::string_view text) {
-  if (text.find('\0') != text.npos) return nullptr;
+  if (text.find('\0') != std::string_view::npos) return nullptr;
   Url url(curl_url());
   if (!url) return nullptr;
   // Without flags libcurl does not guess a missing scheme.
@@ -128,7 +123,7 @@ Url httpUrl(std::string_view text) {
 }
 
 bool isOneLine(std::string_view text) {
-  return text.find_first_of(std::string_view("\r\n\0", 3)) == text.npos;
+  return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
 }
 
 bool isContentType(const HttpHeader& header) {

@@ -11,7 +11,7 @@
 namespace zt {
 namespace {
 
-icu::Locale userLocale() { return icu::Locale(icuLocaleName(userLocaleName("LC_TIME")).c_str()); }
+icu::Locale userLocale() { return {icuLocaleName(userLocaleName("LC_TIME")).c_str()}; }
 
 ZtString missingIfEmpty(std::string_view text) { return text.empty() ? ZtString() : text; }
 

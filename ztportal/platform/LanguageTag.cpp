@@ -26,7 +26,7 @@ constexpr EnglishName kEnglishNames[] = {
 };
 
 std::string tagOf(const icu::Locale& locale, UErrorCode status) {
-  std::string tag = locale.toLanguageTag<std::string>(status);
+  auto tag = locale.toLanguageTag<std::string>(status);
   return U_SUCCESS(status) ? tag : std::string();
 }
 

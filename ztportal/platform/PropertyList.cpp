@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "ztportal/platform/BinaryPropertyList.h"
+#include "ztportal/platform/Free.h"
 #include "ztportal/platform/Utf8.h"
 #include "ztportal/platform/ZtXMLDocument.h"
 
@@ -15,13 +16,6 @@ namespace zt {
 
 namespace {
 
-template <auto kFree>
-struct Free {
-  template <class T>
-  void operator()(T* object) const {
-    kFree(object);
-  }
-};
 // plist_t is a void*.
 using Node = std::unique_ptr<void, Free<plist_free>>;
 using Iterator = std::unique_ptr<void, Free<std::free>>;

@@ -8,6 +8,7 @@
 #include <limits>
 #include <new>
 
+#include "ztportal/platform/Free.h"
 #include "ztportal/platform/TextEncoding.h"
 #include "ztportal/platform/Utf8.h"
 #include "ztportal/platform/XmlEntities.h"
@@ -15,16 +16,9 @@
 
 namespace {
 
-template <auto kFree>
-struct Free {
-  template <class T>
-  void operator()(T* object) const {
-    kFree(object);
-  }
-};
-using Context = std::unique_ptr<xmlParserCtxt, Free<xmlFreeParserCtxt>>;
-using Tree = std::unique_ptr<xmlDoc, Free<xmlFreeDoc>>;
-using Buffer = std::unique_ptr<xmlBuffer, Free<xmlBufferFree>>;
+using Context = std::unique_ptr<xmlParserCtxt, zt::Free<xmlFreeParserCtxt>>;
+using Tree = std::unique_ptr<xmlDoc, zt::Free<xmlFreeDoc>>;
+using Buffer = std::unique_ptr<xmlBuffer, zt::Free<xmlBufferFree>>;
 
 constexpr int kQuietAndAlone =
     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
@@ -179,7 +173,7 @@ std::vector<std::pair<ZtString, ZtString>> ZtXMLNode::attributes() const {
 
 std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep) {
   // libxml2 takes a NUL after the root element for the end of the text.
-  if (text.find('\0') != text.npos || !zt::isUtf8(text)) return nullptr;
+  if (text.find('\0') != std::string_view::npos || !zt::isUtf8(text)) return nullptr;
   std::string source = zt::xmlTextInUtf8(text);
   Tree tree = parseTree(source, keep);
   if (!tree) return nullptr;

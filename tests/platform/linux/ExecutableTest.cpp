@@ -38,7 +38,7 @@ std::optional<std::string> toldBy(const std::string& path, const char* how) {
   std::filesystem::copy_file("/proc/self/exe", path);
   const ScopedEnvironment environment(kTellPath, how);
   ChildProcess copy({path});
-  const std::optional<std::string> told = copy.readLine(std::chrono::seconds(60));
+  std::optional<std::string> told = copy.readLine(std::chrono::seconds(60));
   EXPECT_EQ(copy.wait(), 0);
   return told;
 }

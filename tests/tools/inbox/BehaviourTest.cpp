@@ -143,6 +143,7 @@ TEST(BehaviourTest, ThreadsShareOneScenario) {
   settings.scenario = {{kDrop, 400, {}}, {kAccept, 1, {}}};
   Behaviour behaviour(settings);
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&behaviour] {
       for (int round = 0; round < 100; ++round) {

@@ -23,7 +23,7 @@ TEST(TerminalTextTest, ShowsTextAndEscapesTheRest) {
       {"\xc2\x9b"
        "31m",
        "\\u{9b}31m"},
-      {"\xe2\x80\xae"
+      {"\xe2\x80\xae"  // NOLINT(misc-misleading-bidirectional): shown by its escape
        "abc",
        "\\u{202e}abc"},
       {"\xe2\x80\xa8", "\\u{2028}"},

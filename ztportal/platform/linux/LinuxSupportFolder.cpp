@@ -19,7 +19,7 @@ std::optional<std::string> absolutePath(const char* text) {
 
 std::optional<std::string> homeOfUserDatabase() {
   constexpr std::size_t kFirstSize = 1024;
-  constexpr std::size_t kLargestSize = 1024 * 1024;
+  constexpr std::size_t kLargestSize = kFirstSize * 1024;
   for (std::size_t size = kFirstSize; size <= kLargestSize; size *= 2) {
     std::vector<char> texts(size);
     struct passwd entry {};
