@@ -432,6 +432,7 @@ TEST_F(CurlHttpTransport, ServesThreadsAtOnceWithAConnectionEach) {
   constexpr int kExchanges = 25;
   std::atomic<int> right{0};
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int thread = 0; thread < kThreads; ++thread) {
     threads.emplace_back([&, thread] {
       for (int i = 0; i < kExchanges; ++i) {

@@ -126,7 +126,7 @@ class RawHttpServer {
     constexpr std::string_view kName = "\r\nContent-Length: ";
     const std::size_t found = head.find(kName);
     std::size_t length = 0;
-    if (found != head.npos) {
+    if (found != std::string_view::npos) {
       std::from_chars(head.data() + found + kName.size(), head.data() + head.size(), length);
     }
     return length;
@@ -137,7 +137,7 @@ class RawHttpServer {
     request.clear();
     while (true) {
       const std::size_t end = request.find(kEnd);
-      if (end != request.npos &&
+      if (end != std::string::npos &&
           request.size() >=
               end + kEnd.size() + bodyLength(std::string_view(request).substr(0, end))) {
         return true;

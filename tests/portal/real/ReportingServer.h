@@ -28,7 +28,7 @@ inline const char* nameOf(Asked asked) {
 
 inline Asked whatIsAsked(std::string_view request) {
   if (request.starts_with("GET ")) return Asked::Configuration;
-  return request.find("<getVersionInfo") != request.npos ? Asked::Version : Asked::Report;
+  return request.find("<getVersionInfo") != std::string_view::npos ? Asked::Version : Asked::Report;
 }
 
 /// An answer of status 200, and what becomes of the connection.
