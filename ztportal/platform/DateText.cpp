@@ -36,11 +36,15 @@ std::unique_ptr<icu::TimeZone> namedZone(std::string_view name) {
   return std::unique_ptr<icu::TimeZone>(icu::TimeZone::createTimeZone(identifier));
 }
 
-/// The machine's zone; null when it is none of the Unicode data.
+/// Held while ICU or the C library finds out the time zone. ICU keeps what it finds in variables
+/// that it does not guard, and calls tzset() on the way.
+std::mutex& zoneLookUp() {
+  static std::mutex mutex;
+  return mutex;
+}
+
+/// The machine's zone; null when it is none of the Unicode data. `zoneLookUp` is held.
 std::unique_ptr<icu::TimeZone> hostZone() {
-  // ICU keeps what it finds in variables that it does not guard.
-  static std::mutex detecting;
-  const std::lock_guard<std::mutex> lock(detecting);
   std::unique_ptr<icu::TimeZone> zone(icu::TimeZone::detectHostTimeZone());
   if (zone == nullptr || *zone == icu::TimeZone::getUnknown()) return nullptr;
   return zone;
@@ -73,6 +77,7 @@ LocalMoment cLibraryMoment(milliseconds sinceEpoch) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
   const std::time_t time = seconds.count();
   std::tm local{};
+  const std::lock_guard<std::mutex> lock(zoneLookUp());
   // localtime_r() alone would go on with the TZ of the first call.
   tzset();
   if (localtime_r(&time, &local) == nullptr) return {milliseconds(0), "UTC"};
@@ -277,11 +282,16 @@ class WriterKeeper {
 thread_local bool WriterKeeper::isThreadEnding = false;
 thread_local WriterKeeper keeper;
 
+std::shared_ptr<TimestampWriter> newWriter(const TimeEnvironment& environment) {
+  const std::lock_guard<std::mutex> lock(zoneLookUp());
+  return std::make_shared<TimestampWriter>(environment);
+}
+
 std::shared_ptr<TimestampWriter> currentWriter() {
   const TimeEnvironment environment = timeEnvironment();
-  if (WriterKeeper::isThreadEnding) return std::make_shared<TimestampWriter>(environment);
+  if (WriterKeeper::isThreadEnding) return newWriter(environment);
   if (keeper.writer == nullptr || !keeper.writer->isFor(environment)) {
-    keeper.writer = std::make_shared<TimestampWriter>(environment);
+    keeper.writer = newWriter(environment);
   }
   return keeper.writer;
 }
@@ -302,10 +312,14 @@ std::string shortDateAndTime(ZtDate date) {
   if (date.isNull()) return {};
   const milliseconds sinceEpoch(date.milliseconds());
   const TimeEnvironment environment = timeEnvironment();
-  const std::unique_ptr<icu::DateFormat> format = shortFormat(environment.localeName);
+  std::unique_ptr<icu::DateFormat> format;
+  std::unique_ptr<icu::TimeZone> zone;
+  {
+    const std::lock_guard<std::mutex> lock(zoneLookUp());
+    format = shortFormat(environment.localeName);
+    zone = unicodeZone(environment.zone);
+  }
   if (format == nullptr) return {};
-
-  std::unique_ptr<icu::TimeZone> zone = unicodeZone(environment.zone);
   if (zone == nullptr) {
     const LocalMoment local = cLibraryMoment(sinceEpoch);
     zone = std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(local.offset.count()),

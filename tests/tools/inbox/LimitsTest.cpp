@@ -37,8 +37,9 @@ TEST(LimitsTest, TakesAReportOf64MiB) {
 
 TEST(LimitsTest, RefusesALargerOneWhileTheClientIsStillSending) {
   Inbox inbox;
+  const std::string request = postRequest("/soap", reportOfSize(kLargest + 1));
   RawClient client(inbox.port());
-  client.send(postRequest("/soap", reportOfSize(kLargest + 1)));
+  client.send(request);
   const std::string answer = client.receiveAll();
   EXPECT_TRUE(answer.starts_with(kTooLarge)) << answer;
   EXPECT_TRUE(answer.ends_with("request over 64 MiB\n")) << answer;
