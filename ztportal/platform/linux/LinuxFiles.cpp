@@ -15,7 +15,7 @@ namespace zt {
 
 namespace {
 
-constexpr std::size_t kReadBlock = 64 * 1024;
+constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
 
 /// The system ends a path at its first NUL byte and would find another file than the one named.
 bool canNameAFile(const std::string& path) {
