@@ -20,9 +20,9 @@ std::string behaviourJson(const BehaviourSettings& settings);
 /// else, its text beginning with the JSON pointer (RFC 6901) of the fault:
 ///
 ///     /scenario/0/times: must be a whole number from 1 to 1000000000
-BehaviourChange readBehaviourChange(std::string_view json);
+BehaviourChange readBehaviourChange(std::string_view text);
 
 /// Reads a scenario file: a JSON list of steps. Throws as readBehaviourChange() does.
-std::vector<ScenarioStep> readScenario(std::string_view json);
+std::vector<ScenarioStep> readScenario(std::string_view text);
 
 }  // namespace zt::inbox

@@ -8,7 +8,7 @@ namespace {
 
 constexpr auto kNowhere = std::string_view::npos;
 /// An envelope says within this many bytes what it holds.
-constexpr std::size_t kEnvelopeBytes = 64 * 1024;
+constexpr std::size_t kEnvelopeBytes = std::size_t{64} * 1024;
 
 SoapRequest requestNamed(std::string_view element) {
   if (element == "postPoolDatas") return SoapRequest::kReport;

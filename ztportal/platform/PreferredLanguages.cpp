@@ -26,7 +26,7 @@ std::string languageOf(std::string_view localeName) {
   if (parts.language == "no") parts.language = "nb";
   if (parts.region.empty()) return parts.language;
 
-  const std::string withRegion = parts.language + "-" + parts.region;
+  std::string withRegion = parts.language + "-" + parts.region;
   if (parts.language == "en" || parts.language == "pt") return withRegion;
   return withoutLikelySubtags(withRegion);
 }

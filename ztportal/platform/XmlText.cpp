@@ -10,6 +10,7 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n";
+constexpr std::size_t kNowhere = std::string_view::npos;
 
 /// What a file starts with, and what that tells. Longer beginnings stand before their prefixes.
 struct Beginning {
@@ -27,7 +28,7 @@ bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
 bool isEncodingName(std::string_view name) {
   if (name.empty() || !isLetter(name.front())) return false;
   for (const char c : name) {
-    if (!isLetter(c) && !(c >= '0' && c <= '9') && "._-"sv.find(c) == "._-"sv.npos) return false;
+    if (!isLetter(c) && !(c >= '0' && c <= '9') && "._-"sv.find(c) == kNowhere) return false;
   }
   return true;
 }
@@ -37,17 +38,17 @@ bool isEncodingName(std::string_view name) {
 std::string_view declaredEncoding(std::string_view declaration) {
   constexpr std::string_view kKey = "encoding";
   const std::size_t key = declaration.find(kKey);
-  if (key == declaration.npos) return {};
+  if (key == kNowhere) return {};
   const std::size_t open = declaration.find_first_of("'\"", key + kKey.size());
-  if (open == declaration.npos) return {};
+  if (open == kNowhere) return {};
   const std::size_t close = declaration.find(declaration[open], open + 1);
-  if (close == declaration.npos) return {};
+  if (close == kNowhere) return {};
   const std::string_view name = declaration.substr(open + 1, close - open - 1);
   return isEncodingName(name) ? name : std::string_view();
 }
 
 void appendWithLineFeeds(std::string& text, std::string_view lines) {
-  for (std::size_t end = lines.find('\r'); end != lines.npos; end = lines.find('\r')) {
+  for (std::size_t end = lines.find('\r'); end != kNowhere; end = lines.find('\r')) {
     text.append(lines, 0, end);
     text += '\n';
     lines.remove_prefix(end + (lines.substr(end + 1).starts_with('\n') ? 2 : 1));
@@ -61,9 +62,9 @@ std::string_view xmlDeclaration(std::string_view text) {
   constexpr std::string_view kOpen = "<?xml";
   constexpr std::string_view kClose = "?>";
   if (!text.starts_with(kOpen)) return {};
-  if (text.size() == kOpen.size() || kBlanks.find(text[kOpen.size()]) == kBlanks.npos) return {};
+  if (text.size() == kOpen.size() || kBlanks.find(text[kOpen.size()]) == kNowhere) return {};
   const std::size_t close = text.find(kClose);
-  return close == text.npos ? std::string_view() : text.substr(0, close + kClose.size());
+  return close == kNowhere ? std::string_view() : text.substr(0, close + kClose.size());
 }
 
 std::string xmlFileEncoding(std::string_view bytes) {
