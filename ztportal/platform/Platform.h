@@ -1,9 +1,11 @@
 #pragma once
 
 #include "ztportal/platform/Broadcast.h"
+#include "ztportal/platform/ChildProcess.h"
 #include "ztportal/platform/Files.h"
 #include "ztportal/platform/Gestalt.h"
 #include "ztportal/platform/HttpTransport.h"
+#include "ztportal/platform/InstalledApplications.h"
 #include "ztportal/platform/Localizations.h"
 #include "ztportal/platform/MachineIdentity.h"
 #include "ztportal/platform/RunningApplications.h"
@@ -29,6 +31,8 @@ class Platform {
   virtual MachineIdentity& machineIdentity() = 0;
   virtual Localizations& localizations() = 0;
   virtual UserLocale& userLocale() = 0;
+  virtual InstalledApplications& installedApplications() = 0;
+  virtual ChildProcess& childProcess() = 0;
 
   /// The platform in force: the machine's own, unless a test has put another one in its place.
   static Platform& current();

@@ -110,6 +110,61 @@ class FakeUserLocale final : public UserLocale {
   std::vector<ZtString> askedCountries;
 };
 
+/// Applications by their paths, in the order of `installed`.
+class FakeInstalledApplications final : public InstalledApplications {
+ public:
+  std::optional<std::string> withIdentifier(std::string_view bundleIdentifier) override {
+    asked.emplace_back(bundleIdentifier);
+    if (onAsk) onAsk(bundleIdentifier);
+    const auto found = paths.find(bundleIdentifier);
+    return found != paths.end() ? std::optional(found->second) : std::nullopt;
+  }
+  std::optional<std::string> defaultFor(std::string_view url) override {
+    asked.emplace_back(url);
+    if (onAsk) onAsk(url);
+    const auto found = defaults.find(url);
+    return found != defaults.end() ? std::optional(found->second) : std::nullopt;
+  }
+  std::optional<Info> info(const std::string& path) override {
+    const auto found = infos.find(path);
+    return found != infos.end() ? std::optional(found->second) : std::nullopt;
+  }
+
+  /// An application that is found by its own identifier.
+  void install(const std::string& identifier, const std::string& path, ZtString name,
+               ZtString version) {
+    paths[identifier] = path;
+    infos[path] = {{"CFBundleIdentifier", identifier},
+                   {"CFBundleName", std::move(name)},
+                   {"CFBundleShortVersionString", std::move(version)}};
+  }
+
+  std::map<std::string, std::string, std::less<>> paths;     // by bundle identifier
+  std::map<std::string, std::string, std::less<>> defaults;  // by URL
+  std::map<std::string, Info> infos;                         // by path
+  std::vector<std::string> asked;                            // identifiers and URLs
+  std::function<void(std::string_view)> onAsk;               // may raise
+};
+
+class FakeChildProcess final : public ChildProcess {
+ public:
+  struct Run {
+    std::string program;
+    std::vector<std::string> arguments;
+  };
+
+  std::string output(const std::string& program,
+                     const std::vector<std::string>& arguments) override {
+    runs.push_back({program, arguments});
+    if (onRun) onRun();
+    return answer;
+  }
+
+  std::string answer = "1000\n";
+  std::vector<Run> runs;
+  std::function<void()> onRun;  // may raise
+};
+
 /// A machine that a test makes up. In force from its construction to its end.
 ///
 ///     FakePlatform platform;
@@ -125,6 +180,8 @@ class FakePlatform final : public Platform {
   MachineIdentity& machineIdentity() override { return machineIdentity_; }
   Localizations& localizations() override { return localizations_; }
   UserLocale& userLocale() override { return userLocale_; }
+  InstalledApplications& installedApplications() override { return installedApplications_; }
+  ChildProcess& childProcess() override { return childProcess_; }
 
   FakeHttpTransport http_;
   FakeFiles files_;
@@ -136,6 +193,8 @@ class FakePlatform final : public Platform {
   FakeMachineIdentity machineIdentity_;
   FakeLocalizations localizations_;
   FakeUserLocale userLocale_;
+  FakeInstalledApplications installedApplications_;
+  FakeChildProcess childProcess_;
 
  private:
   Substitute _inForce{*this};

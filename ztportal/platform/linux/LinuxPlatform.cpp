@@ -3,8 +3,10 @@
 #include "ztportal/platform/IcuUserLocale.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/linux/LinuxBroadcast.h"
+#include "ztportal/platform/linux/LinuxChildProcess.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
 #include "ztportal/platform/linux/LinuxGestalt.h"
+#include "ztportal/platform/linux/LinuxInstalledApplications.h"
 #include "ztportal/platform/linux/LinuxMachineIdentity.h"
 #include "ztportal/platform/linux/LinuxRunningApplications.h"
 #include "ztportal/platform/linux/LinuxSupportFolder.h"
@@ -24,6 +26,8 @@ class LinuxPlatform final : public Platform {
   MachineIdentity& machineIdentity() override { return _machineIdentity; }
   Localizations& localizations() override { return _localizations; }
   UserLocale& userLocale() override { return _userLocale; }
+  InstalledApplications& installedApplications() override { return _installedApplications; }
+  ChildProcess& childProcess() override { return _childProcess; }
 
  private:
   CurlHttpTransport _http;
@@ -35,6 +39,8 @@ class LinuxPlatform final : public Platform {
   LinuxMachineIdentity _machineIdentity;
   BundleLocalizations _localizations;
   IcuUserLocale _userLocale;
+  LinuxInstalledApplications _installedApplications;
+  LinuxChildProcess _childProcess;
 };
 
 }  // namespace
