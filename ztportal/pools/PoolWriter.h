@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,6 +61,12 @@ class PoolWriter {
       endRecord();
     });
     endRecords();
+  }
+
+  /// The same for a list that may be missing, which is an empty one.
+  template <class List>
+  void records(std::string_view name, const std::shared_ptr<List>& list) {
+    if (list != nullptr) records(name, *list);
   }
 
   /// Where the pool's generic fields start.

@@ -5,6 +5,7 @@
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/platform/DateText.h"
 #include "ztportal/pools/FieldText.h"
+#include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/Markup.h"
 
 namespace {
@@ -14,6 +15,14 @@ constinit const ZtString kEmpty = ZtString::constant<"">();
 constinit const std::array<ZtString, 5> kStepTypes{
     ZtString::constant<"ENTER">(), ZtString::constant<"LEAVE">(), ZtString::constant<"EXIT">(),
     ZtString::constant<"INFO">(), ZtString::constant<"ERROR">()};
+
+constinit const std::array<ZtString, 3> kDiagnoseTypes{
+    ZtString::constant<"MANUAL">(), ZtString::constant<"AUTOMATIC">(), ZtString::constant<"RIS">()};
+
+template <std::size_t Count>
+const ZtString& nameIn(const std::array<ZtString, Count>& names, std::uint64_t value) {
+  return value < Count ? names[static_cast<std::size_t>(value)] : kEmpty;
+}
 
 }  // namespace
 
@@ -55,5 +64,13 @@ void ZtPortalDef::addBOOLFieldToXml(const ZtString& prefix, std::string& xml, co
 }
 
 ZtString ZtPortalDef::stepTypeToString(std::uint64_t stepType) {
-  return stepType < kStepTypes.size() ? kStepTypes[static_cast<std::size_t>(stepType)] : kEmpty;
+  return nameIn(kStepTypes, stepType);
+}
+
+ZtString ZtPortalDef::diagnoseTypeToString(std::uint64_t diagnoseType) {
+  return nameIn(kDiagnoseTypes, diagnoseType);
+}
+
+ZtString ZtPortalDef::languageToString(std::uint64_t language) {
+  return zt::languageName(language);
 }

@@ -7,6 +7,7 @@
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/pools/ZtLanguage.h"
 
 /// Kinds of a step of an execution. Numbers beyond these are kept, and written as an empty text.
 enum ZtPortalStepType : std::uint64_t {
@@ -15,6 +16,13 @@ enum ZtPortalStepType : std::uint64_t {
   ZtPortalStepExit = 2,
   ZtPortalStepInfo = 3,
   ZtPortalStepError = 4
+};
+
+/// Kinds of a step of a diagnose run. Numbers beyond these are kept, and written as an empty text.
+enum ZtPortalDiagnoseType : std::uint64_t {
+  ZtPortalDiagnoseManual = 0,
+  ZtPortalDiagnoseAutomatic = 1,
+  ZtPortalDiagnoseRIS = 2
 };
 
 /// The writers of single values, and the texts of dates and enumerations.
@@ -57,4 +65,9 @@ class ZT_EXPORT ZtPortalDef {
 
   /// "ENTER", "LEAVE", "EXIT", "INFO" or "ERROR"; the empty text for any other number.
   static ZtString stepTypeToString(std::uint64_t stepType);
+  /// "MANUAL", "AUTOMATIC" or "RIS"; the empty text for any other number.
+  static ZtString diagnoseTypeToString(std::uint64_t diagnoseType);
+  /// The name of a `ZtLanguage`, "GERMAN" for example; the empty text for any other number and,
+  /// deliberately, for Serbian: servers have never known a name for it.
+  static ZtString languageToString(std::uint64_t language);
 };

@@ -2,7 +2,7 @@
 
 #include "ztportal/base/ZtException.h"
 #include "ztportal/pools/ListAccess.h"
-#include "ztportal/pools/PoolWriter.h"
+#include "ztportal/pools/WritePool.h"
 
 std::shared_ptr<ZtPortalPoolExecution> ZtPortalPoolExecution::initWithValues(
     const ZtDate& timeStamp) {
@@ -10,29 +10,22 @@ std::shared_ptr<ZtPortalPoolExecution> ZtPortalPoolExecution::initWithValues(
 }
 
 ZtPortalPoolExecution::ZtPortalPoolExecution(Creation creation, const ZtDate& timeStamp)
-    : ZtPortalPool(creation, "EXECUTION", timeStamp), _startTime(timeStamp), _endTime(timeStamp) {}
+    : ZtPortalPool(creation, "EXECUTION", timeStamp), ZtPortalRunResult(timeStamp) {}
 
 ZtPortalPoolExecution::~ZtPortalPoolExecution() = default;
 
 void ZtPortalPoolExecution::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
-  zt::PoolWriter pool(prefix, xml, soap);
-  pool.begin(poolType(), timeStamp());
-  pool.beginFields();
-  pool.string("INSTALLATION_TYPE", _executionType);
-  pool.string("START_POINT", _startPoint);
-  pool.date("START_TIME", _startTime);
-  pool.string("END_POINT", _endPoint);
-  pool.date("END_TIME", _endTime);
-  pool.string("END_RESULTSTRING", _endResultString);
-  pool.string("END_RESULTCODE", _endResultCode);
-  pool.string("END_ERRORMESSAGESTRING", _endErrorMessageString);
-  pool.string("END_ERRORMESSAGECODE", _endErrorMessageCode);
-  pool.boolean("CANCELLED", _cancelled);
-  pool.boolean("SUCCESSFULL", _successfull);
-  pool.records("INSTALLATIONSTEPS", _executionSteps);
-  addFieldsToXml(pool.fieldPrefix(), xml, soap);
-  pool.endFields();
-  pool.end();
+  zt::writePool(*this, prefix, xml, soap, [this](zt::PoolWriter& pool) {
+    pool.string("INSTALLATION_TYPE", _executionType);
+    pool.string("START_POINT", _startPoint);
+    addStartTimeTo(pool);
+    pool.string("END_POINT", _endPoint);
+    addEndTimeTo(pool);
+    addResultTo(pool);
+    pool.boolean("CANCELLED", _cancelled);
+    addSuccessTo(pool);
+    pool.records("INSTALLATIONSTEPS", _executionSteps);
+  });
 }
 
 std::shared_ptr<ZtPortalPoolExecutionStep> ZtPortalPoolExecution::addStep(const ZtDate& timeStamp,

@@ -8,6 +8,7 @@
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/pools/ZtPortalPool.h"
 #include "ztportal/pools/ZtPortalPoolExecutionStep.h"
+#include "ztportal/pools/ZtPortalRunResult.h"
 
 /// One run of a host application: where and when it began and ended, with what result, and the
 /// steps that it went through. Pool type "EXECUTION".
@@ -18,8 +19,8 @@
 ///     execution->setEndResultCode("0");
 ///
 /// A new pool starts and ends at its own time stamp, is successful, not cancelled, of the type
-/// "Standard", and has empty texts. Result and error codes are text.
-class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool {
+/// "Standard", and has empty texts.
+class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool, public ZtPortalRunResult {
  public:
   static std::shared_ptr<ZtPortalPoolExecution> initWithValues(const ZtDate& timeStamp);
 
@@ -41,20 +42,6 @@ class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool {
   void setStartPoint(ZtString value) { _startPoint.store(std::move(value)); }
   ZtString endPoint() const { return _endPoint.load(); }
   void setEndPoint(ZtString value) { _endPoint.store(std::move(value)); }
-  ZtDate startTime() const { return _startTime.load(); }
-  void setStartTime(const ZtDate& value) { _startTime.store(value); }
-  ZtDate endTime() const { return _endTime.load(); }
-  void setEndTime(const ZtDate& value) { _endTime.store(value); }
-  ZtString endResultString() const { return _endResultString.load(); }
-  void setEndResultString(ZtString value) { _endResultString.store(std::move(value)); }
-  ZtString endResultCode() const { return _endResultCode.load(); }
-  void setEndResultCode(ZtString value) { _endResultCode.store(std::move(value)); }
-  ZtString endErrorMessageString() const { return _endErrorMessageString.load(); }
-  void setEndErrorMessageString(ZtString value) { _endErrorMessageString.store(std::move(value)); }
-  ZtString endErrorMessageCode() const { return _endErrorMessageCode.load(); }
-  void setEndErrorMessageCode(ZtString value) { _endErrorMessageCode.store(std::move(value)); }
-  ZtBOOL successfull() const { return _successfull; }
-  void setSuccessfull(ZtBOOL value) { _successfull = value; }
   ZtBOOL cancelled() const { return _cancelled; }
   void setCancelled(ZtBOOL value) { _cancelled = value; }
   ZtString executionType() const { return _executionType.load(); }
@@ -64,13 +51,6 @@ class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool {
   std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> _executionSteps;
   ZtAtomic<ZtString> _startPoint{ZtString::constant<"">()};
   ZtAtomic<ZtString> _endPoint{ZtString::constant<"">()};
-  ZtAtomic<ZtDate> _startTime;
-  ZtAtomic<ZtDate> _endTime;
-  ZtAtomic<ZtString> _endResultString{ZtString::constant<"">()};
-  ZtAtomic<ZtString> _endResultCode{ZtString::constant<"">()};
-  ZtAtomic<ZtString> _endErrorMessageString{ZtString::constant<"">()};
-  ZtAtomic<ZtString> _endErrorMessageCode{ZtString::constant<"">()};
-  ZtBOOL _successfull = 1;
   ZtBOOL _cancelled = 0;
   ZtAtomic<ZtString> _executionType{ZtString::constant<"Standard">()};
 };

@@ -80,8 +80,37 @@ std::shared_ptr<ZtPortalPool> ZtPortalData::addPool(const ZtString& poolType,
   return _addPool<ZtPortalPool>(poolType, timeStamp);
 }
 
+std::shared_ptr<ZtPortalPoolComputerSystem> ZtPortalData::addPoolComputerSystem(
+    const ZtDate& timeStamp) {
+  return addPoolComputerSystemWithAutoCheck(timeStamp, false);
+}
+
+std::shared_ptr<ZtPortalPoolComputerSystem> ZtPortalData::addPoolComputerSystemWithAutoCheck(
+    const ZtDate& timeStamp, bool autoCheck) {
+  return _addPool<ZtPortalPoolComputerSystem>(timeStamp, autoCheck);
+}
+
 std::shared_ptr<ZtPortalPoolExecution> ZtPortalData::addPoolExecution(const ZtDate& timeStamp) {
   return _addPool<ZtPortalPoolExecution>(timeStamp);
+}
+
+std::shared_ptr<ZtPortalPoolDeinstallation> ZtPortalData::addPoolDeinstallation(
+    const ZtDate& timeStamp) {
+  return _addPool<ZtPortalPoolDeinstallation>(timeStamp);
+}
+
+std::shared_ptr<ZtPortalPoolInitialization> ZtPortalData::addPoolInitialization(
+    const ZtDate& timeStamp) {
+  return _addPool<ZtPortalPoolInitialization>(timeStamp);
+}
+
+std::shared_ptr<ZtPortalPoolDiagnose> ZtPortalData::addPoolDiagnose(const ZtDate& timeStamp) {
+  return _addPool<ZtPortalPoolDiagnose>(timeStamp);
+}
+
+std::shared_ptr<ZtPortalPoolConnectionManager> ZtPortalData::addPoolConnectionManager(
+    const ZtDate& timeStamp) {
+  return _addPool<ZtPortalPoolConnectionManager>(timeStamp);
 }
 
 const std::shared_ptr<ZtPortalPool>& ZtPortalData::_pool(std::int32_t index) const {

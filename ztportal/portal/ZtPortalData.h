@@ -10,7 +10,12 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 #include "ztportal/pools/ZtPortalPool.h"
+#include "ztportal/pools/ZtPortalPoolComputerSystem.h"
+#include "ztportal/pools/ZtPortalPoolConnectionManager.h"
+#include "ztportal/pools/ZtPortalPoolDeinstallation.h"
+#include "ztportal/pools/ZtPortalPoolDiagnose.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
+#include "ztportal/pools/ZtPortalPoolInitialization.h"
 
 /// The report document: the identity of a report, its pools, and its way to the server.
 ///
@@ -61,7 +66,15 @@ class ZT_EXPORT ZtPortalData {
   /// Each adds a pool at the end and returns it for filling, null when it could not be added. The
   /// document owns it.
   std::shared_ptr<ZtPortalPool> addPool(const ZtString& poolType, const ZtDate& timeStamp);
+  std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystem(const ZtDate& timeStamp);
+  /// With `autoCheck` the pool is filled from the machine at once, for which a child process runs.
+  std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystemWithAutoCheck(
+      const ZtDate& timeStamp, bool autoCheck);
   std::shared_ptr<ZtPortalPoolExecution> addPoolExecution(const ZtDate& timeStamp);
+  std::shared_ptr<ZtPortalPoolDeinstallation> addPoolDeinstallation(const ZtDate& timeStamp);
+  std::shared_ptr<ZtPortalPoolInitialization> addPoolInitialization(const ZtDate& timeStamp);
+  std::shared_ptr<ZtPortalPoolDiagnose> addPoolDiagnose(const ZtDate& timeStamp);
+  std::shared_ptr<ZtPortalPoolConnectionManager> addPoolConnectionManager(const ZtDate& timeStamp);
 
   /// The complete SOAP 1.1 request `postPoolDatas`, lines ended by CR LF. Empty for a document
   /// without pools. In test mode the customer ID carries the suffix "_Test" for the time of the

@@ -1,8 +1,8 @@
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "ztportal/base/AnyCase.h"
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Bundle.h"
@@ -21,19 +21,11 @@ namespace {
 constexpr std::string_view kReportsFolder = "/reports";
 constexpr std::string_view kReportEnding = ".ztr";
 
-/// Whether `text` contains `word`, which is in lower case, in any letter case.
-bool containsAnyCase(std::string_view text, std::string_view word) {
-  const auto sameLetter = [](char letter, char lower) {
-    return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);
-  };
-  return std::search(text.begin(), text.end(), word.begin(), word.end(), sameLetter) != text.end();
-}
-
 /// The server confirms by the name of its response and the word true, wherever they stand: answers
 /// of servers that word the rest differently are accepted, too.
 bool isAccepted(const ZtString& answer) {
-  return containsAnyCase(answer.view(), "postpooldatasresponse") &&
-         containsAnyCase(answer.view(), "true");
+  return zt::containsAnyCase(answer.view(), "postpooldatasresponse") &&
+         zt::containsAnyCase(answer.view(), "true");
 }
 
 /// What the companion's property list says of the test mode: nothing where there is no such list

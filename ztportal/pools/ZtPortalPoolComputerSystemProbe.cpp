@@ -1,0 +1,90 @@
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <limits>
+#include <optional>
+#include <string_view>
+#include <system_error>
+
+#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/pools/LanguageTable.h"
+#include "ztportal/pools/ZtPortalPoolComputerSystem.h"
+#include "ztportal/system/Probe.h"
+#include "ztportal/system/ZtApplicationIdentifiers.h"
+#include "ztportal/system/ZtSystemInfos.h"
+
+// How the computer-system pool fills itself from the machine.
+
+namespace {
+
+constexpr std::array kEMailClients{&APP_MAIL_IDENT, &APP_TBIRD_IDENT, &APP_ENTOURAGE_IDENT,
+                                   &APP_OUTLOOK_IDENT};
+constexpr std::array kBrowsers{&APP_SAFARI_IDENT, &APP_FIREFOX_IDENT, &APP_OPERA_IDENT,
+                               &APP_CHROME_IDENT};
+
+/// The number that a text starts with, 0 for a text that starts with none.
+std::int32_t leadingNumber(std::string_view text) {
+  std::int32_t number = 0;
+  const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+  return result.ec == std::errc::result_out_of_range ? std::numeric_limits<std::int32_t>::max()
+                                                     : number;
+}
+
+/// Calls `add` with the name, the version and whether it is the default one of each application
+/// that is installed. The default is told by what an application calls itself, not by what was
+/// looked for.
+template <class Add>
+void eachInstalled(const std::array<const ZtString*, 4>& identifiers,
+                   const ZtString& defaultIdentifier, Add add) {
+  for (const ZtString* identifier : identifiers) {
+    const auto application = zt::installedApplication(identifier->view());
+    if (!application) continue;
+    const bool isDefault =
+        !application->identifier.isNull() && application->identifier == defaultIdentifier;
+    add(application->name, application->version, static_cast<ZtBOOL>(isDefault));
+  }
+}
+
+}  // namespace
+
+void ZtPortalPoolComputerSystem::checkComputerSystem() try {
+  _systemInfos = ZtSystemInfos::getSystemInfos();
+  const auto infoOf = [this](const ZtString& key) {
+    const auto found = _systemInfos.find(std::string(key.view()));
+    return found != _systemInfos.end() ? found->second : ZtString();
+  };
+
+  setOsName("MACOS");
+  std::string version;
+  zt::appendText(version, "MACOS ", infoOf(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER).printed());
+  setOsVersion(version);
+  setServicePack(leadingNumber(infoOf(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK).view()));
+  setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
+
+  // Without a language the check ends here, and the pool lists no applications.
+  const std::optional<ZtString> language = zt::preferredLanguageCode();
+  if (!language) return;
+  _osLanguage = _userLanguage = zt::languageOfCode(language->view());
+
+  eachInstalled(kEMailClients, zt::applicationIdentifier(_getDefaultEMailClientApp()),
+                [this](const auto&... application) { addEMailClient(application...); });
+  eachInstalled(kBrowsers, zt::applicationIdentifier(_getDefaultBrowserApp()),
+                [this](const auto&... application) { addBrowser(application...); });
+} catch (const ZtException&) {
+  // What was found until then stays.
+}
+
+bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {
+  return zt::isUserAdmin();
+} catch (const ZtException&) {
+  return false;
+}
+
+ZtString ZtPortalPoolComputerSystem::_getDefaultBrowserApp() const {
+  return zt::defaultApplicationPath("http:");
+}
+
+ZtString ZtPortalPoolComputerSystem::_getDefaultEMailClientApp() const {
+  return zt::defaultApplicationPath("mailto:");
+}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "ztportal/pools/ZtPortalPool.h"
+#include "ztportal/pools/ZtPortalRunResult.h"
+
+/// The first set-up of a product. Pool type "INITIALIZATION".
+///
+///     auto pool = document->addPoolInitialization(ZtDate::now());
+///     pool->setEndResultString("ready");
+///     pool->setEndTime(ZtDate::now());
+///
+/// A new pool starts and ends at its own time stamp, is successful and has empty texts.
+class ZT_EXPORT ZtPortalPoolInitialization final : public ZtPortalPool, public ZtPortalRunResult {
+ public:
+  static std::shared_ptr<ZtPortalPoolInitialization> initWithValues(const ZtDate& timeStamp);
+
+  ZtPortalPoolInitialization(Creation creation, const ZtDate& timeStamp);
+  ~ZtPortalPoolInitialization() override;
+
+  void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
+};

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtString.h"
+#include "ztportal/pools/ZtPortalPoolExecution.h"
+#include "ztportal/portal/ZtPortalData.h"
+#include "ztportal/report/ZtApplicationIds.h"
+#include "ztportal/report/ZtReportConstants.h"
+
+/// One run of a host application, reported as a whole: the computer it ran on, its course, and the
+/// facts that it found.
+///
+///     auto report = ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_ZT, nullptr);
+///     if (!report) return;                       // no such customer
+///     report->startReport("setup");
+///     auto step = report->poolExecution()->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter);
+///     step->setStepMessageCode("0");
+///     (*report->installDataString())["EDITION"] = "Home";
+///     (*report->installDataBOOL())["DESKTOP_ICON"] = "yes";
+///     report->stopReport("finish");
+///     bool accepted = report->sendReport(true);
+///
+/// Lifecycle: made for a customer, which reads the configuration, asks the server for its version
+/// and takes the inventory of the computer; started and stopped; sent or saved. Other pools (a
+/// diagnose run, a connection manager's counters) are added to `data()`.
+///
+/// A report is used by one thread at a time. Nothing is printed, no thread started.
+class ZT_EXPORT ZtReport {
+  struct Creation {
+    explicit Creation() = default;
+  };
+
+ public:
+  using Facts = std::map<std::string, ZtString>;
+
+  /// Makes a report of the customer with the ID `customer`, letter for letter; null for a customer
+  /// that the library does not know, before anything else happens. `guid` is the ID of the
+  /// application; when it is missing or empty the customer's default is taken. The version that is
+  /// reported is the host's (see `ZtHost`), "short version.build version".
+  static std::shared_ptr<ZtReport> initWithCustomerAndGuid(const ZtString& customer,
+                                                           const ZtString& guid);
+
+  ZtReport(Creation creation, ZtString appId, ZtString customerId, ZtString url);
+  ZtReport(const ZtReport&) = delete;
+  ZtReport& operator=(const ZtReport&) = delete;
+  ~ZtReport();
+
+  /// The run begins now at `startPoint`, the host's own name of a place. The execution pool is
+  /// added the first time; a second call gives it a new start.
+  void startReport(const ZtString& startPoint);
+  /// The run ends now at `endPoint`. Nothing happens before a start.
+  void stopReport(const ZtString& endPoint);
+
+  /// Moves the installation facts into the execution pool, then with `send` posts the report: true
+  /// when the server accepted it, otherwise it is in the offline store. Without `send` it is saved
+  /// there at once, and the result is always true, deliberately also when the file could not be
+  /// written: hosts end their run with it. Facts of a run that was never started are dropped.
+  bool sendReport(bool send);
+
+  /// Sends what the offline store holds; always false, as `ZtPortalData::sendSavedReports`.
+  bool sendSavedReports();
+
+  const ZtString& appId() const { return _appId; }
+  void setAppId(ZtString value) { _appId = std::move(value); }
+  const ZtString& customerId() const { return _customerId; }
+  void setCustomerId(ZtString value) { _customerId = std::move(value); }
+  const ZtString& url() const { return _url; }
+  void setUrl(ZtString value) { _url = std::move(value); }
+  /// The report document.
+  std::shared_ptr<ZtPortalData> data() const { return _data; }
+  void setData(std::shared_ptr<ZtPortalData> value) { _data = std::move(value); }
+  /// The course of the run; null until it is started.
+  std::shared_ptr<ZtPortalPoolExecution> poolExecution() const { return _poolExecution; }
+  void setPoolExecution(std::shared_ptr<ZtPortalPoolExecution> value) {
+    _poolExecution = std::move(value);
+  }
+  /// Facts to be reported as string fields, for the host to fill.
+  std::shared_ptr<Facts> installDataString() const { return _installDataString; }
+  void setInstallDataString(std::shared_ptr<Facts> value) { _installDataString = std::move(value); }
+  /// Facts to be reported as boolean fields: "yes" in any letter case is true, all else false.
+  std::shared_ptr<Facts> installDataBOOL() const { return _installDataBOOL; }
+  void setInstallDataBOOL(std::shared_ptr<Facts> value) { _installDataBOOL = std::move(value); }
+
+ private:
+  ZtString _url;
+  ZtString _customerId;
+  ZtString _appId;
+  std::shared_ptr<Facts> _installDataBOOL = std::make_shared<Facts>();
+  std::shared_ptr<Facts> _installDataString = std::make_shared<Facts>();
+  std::shared_ptr<ZtPortalPoolExecution> _poolExecution;
+  std::shared_ptr<ZtPortalData> _data;
+};
