@@ -27,4 +27,13 @@ struct ZtTestAccess {
   static bool mutexEnabled(const ZtPortalData& document) { return document._mutexEnabled(); }
   static ZtString getReportFile(const ZtPortalData& document) { return document._getReportFile(); }
   static ZtString getReportFolder() { return ZtPortalData::_getReportFolder(); }
+  static bool isCurrentUserAnAdmin(const ZtPortalPoolComputerSystem& pool) {
+    return pool._isCurrentUserAnAdmin();
+  }
+  static ZtString getDefaultBrowserApp(const ZtPortalPoolComputerSystem& pool) {
+    return pool._getDefaultBrowserApp();
+  }
+  static ZtString getDefaultEMailClientApp(const ZtPortalPoolComputerSystem& pool) {
+    return pool._getDefaultEMailClientApp();
+  }
 };
