@@ -5,6 +5,7 @@
 #include <string>
 
 #include "tools/ztreport/JsonValue.h"
+#include "tools/ztreport/PoolDescription.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -30,8 +31,8 @@ class Description {
   bool hasPools() const { return _hasPools; }
 
  private:
-  std::shared_ptr<ZtPortalData> make(const ZtString& configurationUrl,
-                                     bool cacheConfiguration) const;
+  std::shared_ptr<ZtPortalData> make(const ZtString& configurationUrl, bool cacheConfiguration,
+                                     MachineCheck check) const;
 
   nlohmann::json _json;
   ZtString _customerId;

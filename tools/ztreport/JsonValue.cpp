@@ -56,6 +56,11 @@ std::int32_t JsonValue::integer() const {
   return static_cast<std::int32_t>(integerBetween(Limits::min(), Limits::max()));
 }
 
+std::int64_t JsonValue::longInteger() const {
+  using Limits = std::numeric_limits<std::int64_t>;
+  return integerBetween(Limits::min(), Limits::max());
+}
+
 float JsonValue::real() const {
   if (!_value->is_number()) expected("a number");
   const auto number = static_cast<float>(_value->get<double>());

@@ -27,6 +27,7 @@ class JsonValue {
   /// A moment, or missing for null.
   ZtDate date() const;
   std::int32_t integer() const;
+  std::int64_t longInteger() const;
   /// Any number within a 32-bit float; one too small for it becomes zero.
   float real() const;
   bool boolean() const;

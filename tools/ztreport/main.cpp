@@ -2,10 +2,14 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/ztreport/Commands.h"
+#include "tools/ztreport/Customers.h"
+#include "tools/ztreport/Probe.h"
+#include "tools/ztreport/Run.h"
 #include "ztportal/ztportal.h"
 
 namespace {
@@ -70,9 +74,40 @@ int run(int argc, char** argv) {
   takeFile(add("save", "Save the report without sending it, and print the path of its file",
                [&] { return zt::tools::save(file); }));
 
-  add("resend", "Send the saved reports", [&] { return zt::tools::resend(configurationUrl); })
-      ->add_option("--config-url", configurationUrl, "URL of the configuration document")
+  zt::tools::RunOptions options;
+  CLI::App* whole = add("run", "Report one whole run: the computer, its course and its facts",
+                        [&] { return zt::tools::run(options); });
+  whole->add_option("--customer", options.customer, "Customer whose server gets the report")
       ->required();
+  whole->add_option("--app-id", options.applicationId,
+                    "ID of the program, a braced GUID (default: the customer's own)");
+  whole->add_option("--start", options.startPoint, "Where the run began, in the program's words");
+  whole->add_option("--end", options.endPoint, "Where it ended");
+  const auto each = [&](const char* name, std::vector<std::string>& values, const char* help) {
+    whole->add_option(name, values, help)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  };
+  each("--fact", options.facts, "NAME=VALUE, a fact as a text; may be given several times");
+  each("--flag", options.flags, "NAME=yes or NAME=no, a fact; may be given several times");
+  each("--step", options.steps,
+       "TYPE:NAME, a step (ENTER, LEAVE, EXIT, INFO or ERROR); may be given several times");
+  whole->add_flag("--save", options.save, "Save the report without sending it");
+
+  std::optional<std::string> customer;
+  CLI::App* resend = add("resend", "Send the saved reports", [&] {
+    return zt::tools::resend(customer ? std::string(zt::tools::configurationUrlOf(*customer).view())
+                                      : configurationUrl);
+  });
+  CLI::Option_group* server = resend->add_option_group("Server", "Whose server gets them");
+  server->add_option("--customer", customer, "Customer whose server gets them");
+  server->add_option("--config-url", configurationUrl, "URL of the configuration document");
+  server->require_option(1);
+
+  bool json = false;
+  add("probe", "Print what the inventory of this computer finds", [&] {
+    return zt::tools::probe(json);
+  })->add_flag("--json", json, "One JSON object, a pool of a report description");
 
   try {
     app.parse(argc, argv);

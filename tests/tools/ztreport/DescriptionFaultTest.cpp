@@ -74,18 +74,24 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfTheWhole) {
   });
 }
 
+const std::string kKinds =
+    "generic, execution, deinstallation, initialization, diagnose, connectionManager, "
+    "computerSystem";
+
 TEST(DescriptionFaultTest, NamesTheFaultsOfAPool) {
   expectFaults({
       {pool("null"), "/pools/0: expected an object, found null"},
       {pool("[]"), "/pools/0: expected an object, found []"},
-      {pool("{}"), "/pools/0: \"kind\" is absent; it is one of generic, execution"},
+      {pool("{}"),
+       "/pools/0: \"kind\" is absent; it is one of generic, execution, deinstallation, "
+       "initialization, diagnose, connectionManager, computerSystem"},
       {pool(R"({"kind": "generic"}, {"timeStamp": null})"),
-       "/pools/1: \"kind\" is absent; it is one of generic, execution"},
+       "/pools/1: \"kind\" is absent; it is one of generic, execution, deinstallation, "
+       "initialization, diagnose, connectionManager, computerSystem"},
       {pool(R"({"kind": null})"), "/pools/0/kind: expected a string, found null"},
       {pool(R"({"kind": 0})"), "/pools/0/kind: expected a string, found 0"},
-      {pool(R"({"kind": "EXECUTION"})"),
-       "/pools/0/kind: no such kind; it is one of generic, execution"},
-      {pool(R"({"kind": ""})"), "/pools/0/kind: no such kind; it is one of generic, execution"},
+      {pool(R"({"kind": "EXECUTION"})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
+      {pool(R"({"kind": ""})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
       {generic(R"("poolType": 1)"), "/pools/0/poolType: expected a string or null, found 1"},
       {generic(R"("timeStamp": 0)"), std::string("/pools/0/timeStamp: ") + kDate + "0"},
       {generic(R"("timeStamp": "now")"), std::string("/pools/0/timeStamp: ") + kDate + "\"now\""},

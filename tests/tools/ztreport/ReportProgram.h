@@ -64,6 +64,12 @@ class ReportProgram {
     return result;
   }
 
+  /// Adds "NAME=VALUE" to what the program finds in its environment, before or in the place of what
+  /// is there.
+  void setVariable(std::string variable) {
+    _variables.insert(_variables.begin(), std::move(variable));
+  }
+
   /// The store's folder is below this one.
   void setDataFolder(std::string path) { _dataFolder = std::move(path); }
   std::string storeFolder(const std::string& appName = "ztreport") const {
@@ -91,6 +97,7 @@ class ReportProgram {
   std::vector<std::string> environment() const {
     std::vector<std::string> all{"TZ=UTC", "LC_ALL=C", "HOME=" + _folder.path("home"),
                                  "XDG_DATA_HOME=" + _dataFolder};
+    all.insert(all.begin(), _variables.begin(), _variables.end());
     for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS",
                              "LD_LIBRARY_PATH", "GCOV_PREFIX"}) {
       if (const char* value = ::getenv(name)) all.push_back(name + std::string("=") + value);
@@ -100,6 +107,7 @@ class ReportProgram {
 
   TemporaryFolder _folder;
   std::string _dataFolder = _folder.path("data");
+  std::vector<std::string> _variables;
 };
 
 /// A description of one pool with a flat list of fields. (The text of one with an array is no XML,

@@ -174,7 +174,7 @@ TEST_F(ReportProgramTest, RefusesWrongUsage) {
       {{"render"}, "FILE is required"},
       {{"send"}, "FILE is required"},
       {{"save"}, "FILE is required"},
-      {{"resend"}, "--config-url is required"},
+      {{"resend"}, "Exactly 1 option from [--customer,--config-url] is required"},
       {{"resend", "--config-url"}, "--config-url: 1 required TEXT missing"},
       {{"resend", "--config-url", ""}, "--config-url: empty"},
       {{"render", file, "--unknown"}, "The following argument was not expected: --unknown"},
@@ -287,7 +287,9 @@ Subcommands:
   render                      Print the report's text; nothing is sent
   send                        Send the report; save it when it is not accepted
   save                        Save the report without sending it, and print the path of its file
+  run                         Report one whole run: the computer, its course and its facts
   resend                      Send the saved reports
+  probe                       Print what the inventory of this computer finds
 
 )");
 }
