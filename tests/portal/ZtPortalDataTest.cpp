@@ -162,6 +162,37 @@ TEST_F(ZtPortalDataTest, AddsAnExecutionPoolOfTheGivenTime) {
   EXPECT_THAT(document->pools(), ElementsAre(std::shared_ptr<ZtPortalPool>(pool)));
 }
 
+TEST_F(ZtPortalDataTest, AddsEachTypedPoolOfTheGivenTimeAtTheEnd) {
+  const auto document = makeDocument();
+  const ZtDate time = ZtDate::fromMilliseconds(1234);
+  const std::vector<std::shared_ptr<ZtPortalPool>> added{
+      document->addPoolComputerSystem(time),
+      document->addPoolExecution(time),
+      document->addPoolDeinstallation(time),
+      document->addPoolInitialization(time),
+      document->addPoolDiagnose(time),
+      document->addPoolConnectionManager(time),
+      document->addPoolComputerSystemWithAutoCheck(time, false)};
+  EXPECT_EQ(document->pools(), added);
+  std::vector<std::string> types;
+  for (const auto& pool : added) {
+    EXPECT_EQ(pool->timeStamp(), time);
+    types.emplace_back(pool->poolType().view());
+  }
+  EXPECT_EQ(types, (std::vector<std::string>{"COMPUTER_SYSTEM", "EXECUTION", "DEINSTALLATION",
+                                             "INITIALIZATION", "DIAGNOSE", "CONNECTIONMANAGER",
+                                             "COMPUTER_SYSTEM"}));
+}
+
+TEST_F(ZtPortalDataTest, OnlyAnInventoryWithACheckLooksAtTheMachine) {
+  const auto document = makeDocument();
+  EXPECT_EQ(document->addPoolComputerSystem(ZtDate())->osName(), "");
+  EXPECT_EQ(document->addPoolComputerSystemWithAutoCheck(ZtDate(), false)->osName(), "");
+  EXPECT_TRUE(platform.childProcess_.runs.empty());
+  EXPECT_EQ(document->addPoolComputerSystemWithAutoCheck(ZtDate(), true)->osName(), "MACOS");
+  EXPECT_EQ(platform.childProcess_.runs.size(), 1U);
+}
+
 TEST_F(ZtPortalDataTest, KeepsItsPoolsInTheOrderInWhichTheyWereAdded) {
   const auto document = makeDocument();
   const std::shared_ptr<ZtPortalPool> first = document->addPool("B", ZtDate());
