@@ -30,8 +30,9 @@ std::shared_ptr<ZtPortalData> Description::make(const ZtString& configurationUrl
   auto document = ZtPortalData::initWithValues(configurationUrl, cacheConfiguration, _customerId,
                                                _applicationId, _applicationVersion);
   if (const auto pools = _json.find("pools"); pools != _json.end()) {
-    for (const JsonValue& pool : JsonValue(*pools, "/pools").list())
+    for (const JsonValue& pool : JsonValue(*pools, "/pools").list()) {
       addPool(pool, *document, check);
+    }
   }
   return document;
 }

@@ -81,7 +81,7 @@ void PoolWriter::string(std::string_view name, std::string_view value) {
 }
 
 void PoolWriter::string(std::string_view name, const ZtAtomic<ZtString>& value) {
-  value.read([&](const ZtString& text) { field(kStringField, name, text.printed()); });
+  field(kStringField, name, value.unguarded().printed());
 }
 
 void PoolWriter::date(std::string_view name, const ZtAtomic<ZtDate>& value) {

@@ -13,5 +13,5 @@ ZtPortalPoolString::ZtPortalPoolString(Creation creation, ZtString name, ZtStrin
 ZtPortalPoolString::~ZtPortalPoolString() = default;
 
 void ZtPortalPoolString::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
-  ZtPortalDef::addStringFieldToXml(prefix, xml, fieldName(), data(), soap);
+  ZtPortalDef::addStringFieldToXml(prefix, xml, fieldName(), _data.unguarded(), soap);
 }
