@@ -65,7 +65,7 @@ TEST(EachEntryTest, ALargeFirstEntryMakesNoRoomForAsManyMore) {
 // std::length_error for a text that has room, or was a remainder modulo 4 GiB.
 TEST(EachEntryTest, AListTooLongForTheRoomThatItMightNeedIsWritten) {
   if (sizeof(std::size_t) > 4) GTEST_SKIP() << "Larger addresses have room for it";
-  for (const std::size_t count : {600'000, 950'000, 1'800'000}) {
+  for (const std::size_t count : {600'000U, 950'000U, 1'800'000U}) {
     std::string text;
     Sizes list(count);
     list.front() = std::make_shared<std::size_t>(5000);
