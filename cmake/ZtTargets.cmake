@@ -25,13 +25,14 @@ function(zt_configure_target target)
 endfunction()
 
 # zt_add_test(<name> [SHARED] [RUN_SERIAL] SOURCES <files>... [LIBRARIES <targets>...]
-#             [DEPENDS <targets>...])
+#             [DEPENDS <targets>...] [NOT_RUN <tests>...])
 #
 # One test program of a room; each GoogleTest test in it becomes a CTest test. It is linked with the
 # static library, whose inner parts are visible to it, or with SHARED as a host is: with the shared
 # library, whose public parts alone are. With RUN_SERIAL none of its tests runs beside another test.
+# NOT_RUN names tests in it that CTest leaves out.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED;RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED;RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS;NOT_RUN")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
   set(support zt_test_support)
@@ -42,6 +43,11 @@ function(zt_add_test name)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
+  set(filter)
+  if(ARG_NOT_RUN)
+    list(JOIN ARG_NOT_RUN ":" left_out)
+    set(filter TEST_FILTER "-${left_out}")
+  endif()
   gtest_discover_tests(
-    ${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 120 RUN_SERIAL ${ARG_RUN_SERIAL})
+    ${name} DISCOVERY_MODE PRE_TEST ${filter} PROPERTIES TIMEOUT 120 RUN_SERIAL ${ARG_RUN_SERIAL})
 endfunction()

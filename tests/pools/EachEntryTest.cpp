@@ -61,6 +61,21 @@ TEST(EachEntryTest, ALargeFirstEntryMakesNoRoomForAsManyMore) {
   EXPECT_LT(text.capacity(), 4 * kLarge);
 }
 
+// With 32 bits the room that was made for such a list was more than a text can have, which raised
+// std::length_error for a text that has room, or was a remainder modulo 4 GiB.
+TEST(EachEntryTest, AListTooLongForTheRoomThatItMightNeedIsWritten) {
+  if (sizeof(std::size_t) > 4) GTEST_SKIP() << "Larger addresses have room for it";
+  for (const std::size_t count : {600'000U, 950'000U, 1'800'000U}) {
+    std::string text;
+    Sizes list(count);
+    list.front() = std::make_shared<std::size_t>(5000);
+    list.back() = std::make_shared<std::size_t>(1);
+    zt::eachEntry(list, text, [&](std::size_t size) { text.append(size, 'x'); });
+    EXPECT_EQ(text.size(), 5001U) << count;
+    EXPECT_LT(text.capacity(), std::size_t{1} << 29U) << count;
+  }
+}
+
 TEST(EachEntryTest, ATextWithEnoughRoomStaysWhereItIs) {
   std::string text;
   text.reserve(10'000);

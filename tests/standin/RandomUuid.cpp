@@ -1,0 +1,22 @@
+#include "ztportal/platform/RandomUuid.h"
+
+#include <sys/random.h>
+
+#include <array>
+#include <cstdint>
+
+#include "ztportal/platform/linux/UuidText.h"
+
+namespace zt {
+
+ZtString randomUuid() {
+  std::array<std::uint8_t, 16> bytes{};
+  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+    return nullptr;
+  }
+  bytes[6] = static_cast<std::uint8_t>((bytes[6] & 0x0FU) | 0x40U);  // version 4
+  bytes[8] = static_cast<std::uint8_t>((bytes[8] & 0x3FU) | 0x80U);  // variant of RFC 4122
+  return uuidText(bytes);
+}
+
+}  // namespace zt
