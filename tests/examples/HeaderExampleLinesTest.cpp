@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-// The examples in the comments of the public headers are those that HeaderExamplesTest.cpp runs.
+// The examples in the comments of the public headers are those that the files beside this one run.
 
 namespace {
 
@@ -71,8 +71,10 @@ std::vector<std::string> publicHeaders() {
 
 std::string codeThatRuns() {
   std::string code;
-  for (const std::string& line : linesOf(contentOf(ZT_HEADER_EXAMPLES))) {
-    code += withoutBlanks(withoutComment(line));
+  for (const char* name : {"/HeaderExamplesTest.cpp", "/PoolHeaderExamplesTest.cpp"}) {
+    for (const std::string& line : linesOf(contentOf(std::string(ZT_HEADER_EXAMPLES) + name))) {
+      code += withoutBlanks(withoutComment(line));
+    }
   }
   return code;
 }

@@ -84,7 +84,7 @@ TEST_F(ReadmeExampleTest, IsAcceptedByAnInbox) {
   ASSERT_EQ(reports.size(), 1U);
   EXPECT_EQ(reports[0].at("customerId"), "Kelvane");
   EXPECT_EQ(reports[0].at("applicationVersion"), "2.1.77");
-  EXPECT_EQ(reports[0].at("pools"), nlohmann::json({"EXECUTION"}));
+  EXPECT_EQ(reports[0].at("pools"), nlohmann::json({"COMPUTER_SYSTEM", "EXECUTION"}));
   const std::string request = inbox.raw(reports[0].at("number"));
   EXPECT_THAT(request, HasSubstr(">Copy<"));
   EXPECT_THAT(request, HasSubstr(">EDITION<"));
