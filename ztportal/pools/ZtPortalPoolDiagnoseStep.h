@@ -9,6 +9,7 @@
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/pools/ZtPortalDef.h"
 
 namespace zt {
 class PoolWriter;

@@ -1,0 +1,97 @@
+# What is installed, in three components: `runtime` (the shared library, and what it starts),
+# `development` (headers, link, static library, CMake package, pkg-config file) and `tools`. Nothing
+# that is installed names the folder it is installed in, so the whole can be moved.
+
+include(CMakePackageConfigHelpers)
+
+set(ZT_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ztportal")
+
+# The foreign libraries, each row: what the library links, how a host's CMake finds it when it links
+# statically, how the linker is told, and the Debian package that it comes from.
+set(ZT_FOREIGN_LIBRARIES
+    "CURL::libcurl|find_dependency(CURL)|-lcurl|libcurl4-openssl-dev"
+    "LibXml2::LibXml2|find_dependency(LibXml2)|-lxml2|libxml2-dev"
+    "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev"
+    "ICU::uc||-licuuc|"
+    "PkgConfig::LIBPLIST|zt_find_module(LIBPLIST libplist-2.0)|-lplist-2.0|libplist-dev"
+    "PkgConfig::LIBSYSTEMD|zt_find_module(LIBSYSTEMD libsystemd)|-lsystemd|libsystemd-dev")
+
+set(ZT_STATIC_FINDS "")
+set(ZT_STATIC_LIBS "")
+set(ZT_DEVELOPMENT_PACKAGES "")
+set(described "")
+foreach(row IN LISTS ZT_FOREIGN_LIBRARIES)
+  string(REPLACE "|" ";" row "${row}")
+  list(GET row 0 target)
+  list(GET row 1 find)
+  list(GET row 2 flag)
+  list(GET row 3 package)
+  list(APPEND described "${target}")
+  if(find)
+    string(APPEND ZT_STATIC_FINDS "${find}\n")
+  endif()
+  string(APPEND ZT_STATIC_LIBS " ${flag}")
+  list(APPEND ZT_DEVELOPMENT_PACKAGES ${package})
+endforeach()
+string(STRIP "${ZT_STATIC_LIBS}" ZT_STATIC_LIBS)
+
+get_target_property(linked ztportal_objects LINK_LIBRARIES)
+list(REMOVE_ITEM linked ${CMAKE_DL_LIBS})
+set(differences ${linked})
+list(REMOVE_ITEM differences ${described})
+if(differences)
+  message(FATAL_ERROR "cmake/ZtInstall.cmake has no row for ${differences}, which ztportal links")
+endif()
+
+install(
+  TARGETS ztportal_shared
+  EXPORT ztportal-shared-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+install(
+  TARGETS ztportal_static
+  EXPORT ztportal-static-targets
+  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+
+get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)
+foreach(header IN LISTS headers)
+  cmake_path(GET header PARENT_PATH room)
+  install(
+    FILES "${PROJECT_SOURCE_DIR}/ztportal/${header}"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ztportal/${room}"
+    COMPONENT development)
+endforeach()
+
+foreach(kind IN ITEMS shared static)
+  install(
+    EXPORT ztportal-${kind}-targets
+    NAMESPACE ztportal::
+    DESTINATION "${ZT_PACKAGE_DIR}"
+    COMPONENT development)
+endforeach()
+configure_package_config_file(
+  cmake/ztportal-config.cmake.in "${PROJECT_BINARY_DIR}/ztportal-config.cmake"
+  INSTALL_DESTINATION "${ZT_PACKAGE_DIR}"
+  NO_SET_AND_CHECK_MACRO)
+configure_file(cmake/ztportal-static.cmake.in "${PROJECT_BINARY_DIR}/ztportal-static.cmake" @ONLY)
+write_basic_package_version_file(
+  "${PROJECT_BINARY_DIR}/ztportal-config-version.cmake" COMPATIBILITY SameMajorVersion)
+install(
+  FILES "${PROJECT_BINARY_DIR}/ztportal-config.cmake"
+        "${PROJECT_BINARY_DIR}/ztportal-config-version.cmake"
+        "${PROJECT_BINARY_DIR}/ztportal-static.cmake"
+  DESTINATION "${ZT_PACKAGE_DIR}"
+  COMPONENT development)
+
+file(RELATIVE_PATH ZT_PREFIX_FROM_PC "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" ZT_PREFIX_FROM_PC "${ZT_PREFIX_FROM_PC}")
+configure_file(cmake/ztportal.pc.in "${PROJECT_BINARY_DIR}/ztportal.pc" @ONLY)
+install(
+  FILES "${PROJECT_BINARY_DIR}/ztportal.pc"
+  DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+  COMPONENT development)
+
+if(ZT_BUILD_TOOLS)
+  file(RELATIVE_PATH library_from_program "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(ztreport ztinbox PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
+  install(TARGETS ztreport ztinbox RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
+endif()
