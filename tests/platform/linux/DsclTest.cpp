@@ -4,10 +4,13 @@
 #include <sys/mount.h>
 #include <unistd.h>
 
+#include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "tests/platform/linux/HelperRun.h"
 #include "tests/support/Child.h"
 #include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
@@ -19,36 +22,23 @@ namespace {
 
 using zt::LinuxChildProcess;
 using zt::test::Child;
+using zt::test::HelperRun;
 using zt::test::inForkedChild;
 using zt::test::kNotPermitted;
 using zt::test::ScopedEnvironment;
 using zt::test::TemporaryFolder;
 
-struct Told {
-  int status;
-  std::string output;
-  std::string errors;
-
-  friend bool operator==(const Told&, const Told&) = default;
-  friend void PrintTo(const Told& told, std::ostream* out) {
-    *out << told.status << " <" << told.output << "> <" << told.errors << ">";
-  }
-};
-
-std::string program() { return zt::libexecFolder() + "/dscl"; }
-
-Told run(const std::vector<std::string>& arguments) {
-  Child child(program(), arguments);
-  std::string output = child.waitForOutput();
-  std::string errors = child.waitForErrors();
-  return {child.wait(), output, errors};
+HelperRun run(const std::vector<std::string>& arguments) {
+  return zt::test::runHelper("dscl", arguments);
 }
 
-Told group(const std::string& home) { return run({".", "-read", home, "PrimaryGroupID"}); }
+HelperRun group(const std::string& home) { return run({".", "-read", home, "PrimaryGroupID"}); }
 
-Told answer(gid_t number) { return {0, "PrimaryGroupID: " + std::to_string(number) + "\n", ""}; }
+HelperRun answer(gid_t number) {
+  return {0, "PrimaryGroupID: " + std::to_string(number) + "\n", ""};
+}
 
-Told nobodyLivesIn(const std::string& home) {
+HelperRun nobodyLivesIn(const std::string& home) {
   return {56, "", "dscl: " + home + ": no user has this home folder\n"};
 }
 
@@ -83,15 +73,15 @@ TEST(DsclTest, AnswersNothingElse) {
       {".", "-list", "/root", "PrimaryGroupID"},
       {"/Local", "-read", "/root", "PrimaryGroupID"},
   };
-  const Told usage{2, "", "dscl: usage: dscl . -read HOME PrimaryGroupID\n"};
+  const HelperRun usage{2, "", "dscl: usage: dscl . -read HOME PrimaryGroupID\n"};
   for (const auto& row : rows) EXPECT_EQ(run(row), usage) << testing::PrintToString(row);
 }
 
 TEST(DsclTest, SaysWhenItCannotWrite) {
   const passwd* const self = ::getpwuid(::getuid());
   ASSERT_NE(self, nullptr);
-  Child child(program(), {".", "-read", self->pw_dir, "PrimaryGroupID"}, std::nullopt,
-              {.output = "/dev/full"});
+  Child child(zt::libexecFolder() + "/dscl", {".", "-read", self->pw_dir, "PrimaryGroupID"},
+              std::nullopt, {.output = "/dev/full"});
   EXPECT_EQ(child.waitForErrors(), "dscl: cannot write the answer\n");
   EXPECT_EQ(child.wait(), 3);
 }
@@ -115,7 +105,7 @@ TEST(DsclTest, OfSeveralUsersWithOneHomeTheOneThatAsksWinsElseTheFirst) {
   const struct {
     uid_t user;
     std::string home;
-    Told expected;
+    HelperRun expected;
   } rows[] = {
       {30002, "/home/shared", answer(32)},
       {30003, "/home/shared", answer(33)},

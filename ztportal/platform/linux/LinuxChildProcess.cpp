@@ -16,6 +16,7 @@
 
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/linux/Descriptor.h"
+#include "ztportal/platform/linux/ProgramPath.h"
 
 namespace zt {
 
@@ -95,12 +96,6 @@ class SignalAttributes {
  private:
   posix_spawnattr_t _attributes{};
 };
-
-std::string standardPath() {
-  std::array<char, 1024> text{};
-  const std::size_t size = ::confstr(_CS_PATH, text.data(), text.size());
-  return size > 0 && size <= text.size() ? text.data() : "/bin:/usr/bin";
-}
 
 /// The host's environment with `libexec` at the end of `PATH`. Reads the host's own texts as long
 /// as it lives.
