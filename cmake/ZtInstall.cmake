@@ -52,6 +52,10 @@ install(
   EXPORT ztportal-static-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 
+get_directory_property(helpers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_HELPERS)
+install(TARGETS ${helpers} RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal"
+                                   COMPONENT runtime)
+
 get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
   cmake_path(GET header PARENT_PATH room)

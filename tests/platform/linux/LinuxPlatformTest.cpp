@@ -9,8 +9,10 @@
 #include "ztportal/platform/IcuUserLocale.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/linux/LinuxBroadcast.h"
+#include "ztportal/platform/linux/LinuxChildProcess.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
 #include "ztportal/platform/linux/LinuxGestalt.h"
+#include "ztportal/platform/linux/LinuxInstalledApplications.h"
 #include "ztportal/platform/linux/LinuxMachineIdentity.h"
 #include "ztportal/platform/linux/LinuxRunningApplications.h"
 #include "ztportal/platform/linux/LinuxSupportFolder.h"
@@ -36,6 +38,8 @@ TEST(LinuxPlatformTest, AnswersWithTheSystem) {
   EXPECT_TRUE(isA<zt::LinuxMachineIdentity>(platform.machineIdentity()));
   EXPECT_TRUE(isA<zt::BundleLocalizations>(platform.localizations()));
   EXPECT_TRUE(isA<zt::IcuUserLocale>(platform.userLocale()));
+  EXPECT_TRUE(isA<zt::LinuxInstalledApplications>(platform.installedApplications()));
+  EXPECT_TRUE(isA<zt::LinuxChildProcess>(platform.childProcess()));
 }
 
 TEST(LinuxPlatformTest, IsOneObjectAndTheOneInForce) {

@@ -52,10 +52,8 @@ TEST(LinuxSupportFolderTest, AsksTheUserDatabaseWithoutAHome) {
   ASSERT_NE(user, nullptr);
   const std::string expected = std::string(user->pw_dir) + "/.local/share";
   const ScopedEnvironment dataHome("XDG_DATA_HOME", nullptr);
-  for (const char* value : {static_cast<const char*>(nullptr), "", "relative"}) {
-    const ScopedEnvironment home("HOME", value);
-    EXPECT_EQ(LinuxSupportFolder().path(kUserDomain), expected) << printed(value);
-  }
+  const ScopedEnvironment home("HOME", nullptr);
+  EXPECT_EQ(LinuxSupportFolder().path(kUserDomain), expected);
 }
 
 TEST(LinuxSupportFolderTest, IsMissingForAUserThatTheDatabaseDoesNotKnow) {

@@ -1,18 +1,70 @@
 #include "ztportal/platform/linux/LinuxInstalledApplications.h"
 
+#include <algorithm>
+#include <cstddef>
+#include <utility>
+
+#include "ztportal/platform/Bundle.h"
+#include "ztportal/platform/HomeFolder.h"
+#include "ztportal/platform/linux/ApplicationFiles.h"
+#include "ztportal/platform/linux/ApplicationVersion.h"
+#include "ztportal/platform/linux/DesktopEntryFiles.h"
+#include "ztportal/platform/linux/DesktopIds.h"
+#include "ztportal/platform/linux/LinuxFiles.h"
+
 namespace zt {
 
+LinuxInstalledApplications::LinuxInstalledApplications(std::string libexec, std::string root)
+    : _desktop(std::move(libexec)), _root(std::move(root)) {}
+
 std::optional<std::string> LinuxInstalledApplications::withIdentifier(
-    std::string_view /*bundleIdentifier*/) {
+    std::string_view bundleIdentifier) {
+  if (auto bundle = bundleWithIdentifier(bundleIdentifier)) return bundle;
+  const std::vector<std::string> folders = dataFolders(_root);
+  for (const std::string& desktopId : desktopIdsOf(bundleIdentifier)) {
+    const auto application = _desktop.firstOf(desktopEntryFiles(folders, desktopId));
+    if (application) return application->entry;
+  }
   return std::nullopt;
 }
 
-std::optional<std::string> LinuxInstalledApplications::defaultFor(std::string_view /*url*/) {
-  return std::nullopt;
+std::optional<std::string> LinuxInstalledApplications::defaultFor(std::string_view url) {
+  const std::size_t colon = url.find(':');
+  if (colon == std::string_view::npos) return std::nullopt;
+  const auto application = _desktop.defaultFor(std::string(url.substr(0, colon)));
+  if (!application) return std::nullopt;
+  const std::optional<Bundle> bundle = Bundle::above(programOf(application->command));
+  return bundle ? bundle->path() : application->entry;
 }
 
 std::optional<InstalledApplications::Info> LinuxInstalledApplications::info(
-    const std::string& /*path*/) {
+    const std::string& path) {
+  if (const auto bundle = Bundle::at(path)) return bundle->info();
+  if (!path.ends_with(".desktop")) return std::nullopt;
+  const auto application = _desktop.firstOf({path});
+  if (!application) return std::nullopt;
+  const std::vector<std::string> folders = dataFolders(_root);
+  Info info{{"CFBundleIdentifier", bundleIdentifierOf(desktopIdOf(folders, path))}};
+  if (!application->name.isNull()) info["CFBundleName"] = application->name;
+  const std::string version = versionOf(*application, folders, _root);
+  if (!version.empty()) info["CFBundleShortVersionString"] = version;
+  return info;
+}
+
+std::optional<std::string> LinuxInstalledApplications::bundleWithIdentifier(
+    std::string_view bundleIdentifier) {
+  LinuxFiles files;
+  for (const std::string& folder :
+       {homeFolder() + "/Applications", _root + "/Applications", _root + "/opt"}) {
+    std::vector<std::string> names = files.list(folder).value_or(std::vector<std::string>());
+    std::sort(names.begin(), names.end());
+    for (const std::string& name : names) {
+      std::string path = folder;
+      path.append("/").append(name);
+      const auto bundle = Bundle::at(path);
+      if (bundle && bundle->info("CFBundleIdentifier") == bundleIdentifier) return bundle->path();
+    }
+  }
   return std::nullopt;
 }
 

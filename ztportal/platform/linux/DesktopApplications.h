@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ztportal/base/ZtString.h"
+#include "ztportal/platform/linux/LinuxChildProcess.h"
+
+namespace zt {
+
+/// An application as its desktop entry describes it.
+struct DesktopApplication {
+  std::string entry;  // path of the entry's file
+  ZtString name;      // in the user's language; missing when the entry has none
+  std::vector<std::string> command;
+};
+
+/// What only the desktop's own library knows of applications: which entries are usable, their names
+/// in the user's language, the user's default applications. GIO starts threads, so it is asked by
+/// the program `ztportal-applications`, once a question. Without that program there is no answer.
+///
+/// Raises a ZtException when the program is there, but cannot be started. Without state: one object
+/// serves all threads.
+class DesktopApplications {
+ public:
+  /// `libexec` is the folder with the library's programs.
+  explicit DesktopApplications(std::string libexec);
+
+  /// The application of the first usable entry of `files`. One that belongs to no program is left
+  /// out; one that says that it is hidden ends the list, as it takes the place of those behind.
+  std::optional<DesktopApplication> firstOf(const std::vector<std::string>& files);
+
+  /// The user's default application for URLs of a scheme ("http").
+  std::optional<DesktopApplication> defaultFor(const std::string& scheme);
+
+ private:
+  std::optional<DesktopApplication> ask(const std::vector<std::string>& question);
+
+  std::string _program;
+  LinuxChildProcess _childProcess;
+};
+
+}  // namespace zt

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zt {
+
+/// The version of an application's newest release, as its metainfo file (AppStream) tells it; empty
+/// when no file in the folders `metainfo` and `appdata` of `dataFolders` has the desktop ID as its
+/// `<launchable>` or `<id>` and a release. Releases without a date are older than those with one;
+/// of equals the one that stands first is the newest, as is the custom.
+std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId);
+
+}  // namespace zt
