@@ -185,8 +185,10 @@ TEST(LinuxChildProcessTest, WorksForAHostThatWaitsForEveryChildItself) {
   const int status = inForkedChild([] {
     struct sigaction action {};
     action.sa_handler = [](int) {
+      const int error = errno;
       while (::waitpid(-1, nullptr, WNOHANG) > 0) {
       }
+      errno = error;
     };
     ::sigaction(SIGCHLD, &action, nullptr);
     return outputOf("echo out") == "out\n" ? 0 : 1;
