@@ -1,9 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <csignal>
 #include <regex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/support/Child.h"
@@ -28,7 +29,7 @@ class InstalledToolsTest : public testing::Test {
     std::vector<std::string> environment{"XDG_DATA_HOME=" + _data.path(), "PATH=/usr/bin:/bin",
                                          "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"};
     if (*ZT_LIBRARIES != '\0') environment.emplace_back("LD_LIBRARY_PATH=" ZT_LIBRARIES);
-    return {program, std::move(arguments), std::move(environment)};
+    return Child(program, std::move(arguments), std::move(environment));
   }
 
   /// What an installed program writes; it has to succeed.
@@ -40,10 +41,11 @@ class InstalledToolsTest : public testing::Test {
     return text;
   }
 
-  /// The text with every report ID made the same.
-  static std::string withoutReportId(const std::string& text) {
+  /// The text without what differs from run to run: the report's ID and moments.
+  static std::string withoutIdAndMoments(const std::string& text) {
     static const std::regex reportId("(<ReportID[^>]*>)[^<]*");
-    return std::regex_replace(text, reportId, "$1");
+    static const std::regex moment(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
+    return std::regex_replace(std::regex_replace(text, reportId, "$1"), moment, "");
   }
 
   TemporaryFolder _data;
@@ -58,15 +60,16 @@ TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
   const std::vector<std::string> render{"render", kReports + "/installation.json"};
   const std::string rendered = output(ZT_PROGRAMS "/ztreport", render);
   EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
-  EXPECT_EQ(withoutReportId(rendered), withoutReportId(output(ZT_BUILT_REPORT_PROGRAM, render)));
+  EXPECT_EQ(withoutIdAndMoments(rendered),
+            withoutIdAndMoments(output(ZT_BUILT_REPORT_PROGRAM, render)));
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
   Child inbox = start(ZT_PROGRAMS "/ztinbox", {"--listen", "127.0.0.1:0"});
   const std::string greeting = inbox.waitForLines(1);
   ASSERT_THAT(greeting, StartsWith("ztinbox: listening on http://127.0.0.1:"));
-  const std::string url =
-      greeting.substr(greeting.find("http"), greeting.find('\n') - greeting.find("http"));
+  const std::size_t begin = greeting.find("http");
+  const std::string url = greeting.substr(begin, greeting.find('\n') - begin);
 
   output(ZT_PROGRAMS "/ztreport",
          {"send", kReports + "/installation.json", "--config-url", url + "/reporting/kelvane.xml"});
