@@ -6,3 +6,10 @@
 #else
 #define ZT_EXPORT
 #endif
+
+/// Keeps a part of an exported class within each library or program that uses it.
+#if defined(__GNUC__)
+#define ZT_LOCAL __attribute__((visibility("hidden")))
+#else
+#define ZT_LOCAL
+#endif

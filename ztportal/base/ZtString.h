@@ -51,7 +51,9 @@ class ZT_EXPORT ZtString {
     char bytes[sizeof(kLiteral.bytes)]{};
   };
   template <Literal kLiteral>
-  static inline constinit ConstantText<kLiteral> constantText{};
+  struct ZT_LOCAL Constant {
+    static inline constinit ConstantText<kLiteral> text{};
+  };
 
  public:
   /// A missing text.
@@ -68,7 +70,7 @@ class ZT_EXPORT ZtString {
   ///     constinit const ZtString GREETING = ZtString::constant<"hello">();
   template <Literal kLiteral>
   static constexpr ZtString constant() noexcept {
-    return ZtString(&constantText<kLiteral>.text);
+    return ZtString(&Constant<kLiteral>::text.text);
   }
 
   ZtString(const ZtString& other) noexcept : _text(other._text) { retain(); }

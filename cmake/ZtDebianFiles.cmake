@@ -1,0 +1,40 @@
+# Runs between the installation into a component's folder each and the making of its package: adds
+# and changes what Debian wants of a package and an installation elsewhere does not need.
+
+function(run)
+  execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
+  string(TOUPPER "${component}" COMPONENT)
+  set(prefix "${CPACK_TEMPORARY_DIRECTORY}/${component}${CPACK_PACKAGING_INSTALL_PREFIX}")
+  set(package "${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME}")
+  set(doc "${prefix}/share/doc/${package}")
+
+  file(COPY "${CPACK_ZT_PACKAGING}/copyright" "${CPACK_ZT_PACKAGING}/changelog" DESTINATION "${doc}")
+  run(gzip -9n "${doc}/changelog")
+  if(EXISTS "${CPACK_ZT_PACKAGING}/${package}.lintian-overrides")
+    file(
+      COPY "${CPACK_ZT_PACKAGING}/${package}.lintian-overrides"
+      DESTINATION "${prefix}/share/lintian/overrides")
+    file(RENAME "${prefix}/share/lintian/overrides/${package}.lintian-overrides"
+         "${prefix}/share/lintian/overrides/${package}")
+  endif()
+
+  file(GLOB pages "${prefix}/share/man/man*/*.[1-9]")
+  foreach(page IN LISTS pages)
+    run(gzip -9n "${page}")
+  endforeach()
+
+  # The loader finds the library in /usr/lib without being told.
+  file(GLOB programs "${prefix}/bin/*")
+  foreach(program IN LISTS programs)
+    file(RPATH_REMOVE FILE "${program}")
+  endforeach()
+
+  # As Debian does: without debugging symbols, but with what a linker needs.
+  file(GLOB_RECURSE archives "${prefix}/*.a")
+  foreach(archive IN LISTS archives)
+    run(strip --strip-debug --enable-deterministic-archives --remove-section=.comment "${archive}")
+  endforeach()
+endforeach()

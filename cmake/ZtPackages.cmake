@@ -1,0 +1,65 @@
+# The Debian packages, one a component; script/package builds them. Their files go where Debian has
+# them when the build is configured with the prefix /usr, as by the preset `release`.
+
+file(STRINGS packaging/changelog changelog LIMIT_COUNT 1)
+if(NOT changelog MATCHES "^ztportal \\(${PROJECT_VERSION}\\) ")
+  message(FATAL_ERROR "packaging/changelog does not begin with version ${PROJECT_VERSION}")
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME ztportal)
+set(CPACK_PACKAGE_CONTACT "ztportal maintainers <maintainers@kelvane.example>")
+set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime development tools)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
+# libztportal.so.1 asks for libztportal1 of this version or a later one.
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+# The packages' descriptions bring their first lines themselves.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(about
+    "A host application fills a report with typed pools; the library writes it as
+a SOAP request, posts it to the server of the customer whom the application
+was built for, and keeps what was not accepted, to be sent again later.")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libztportal1)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
+    "reports of desktop applications - shared library
+${about}
+.
+This package holds what programs that use the library need to run.")
+
+list(JOIN ZT_DEVELOPMENT_PACKAGES ", " development_packages)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libztportal-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+    "libztportal1 (= ${PROJECT_VERSION}), ${development_packages}")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
+    "reports of desktop applications - development files
+${about}
+.
+This package holds the headers, the static library, the CMake package and the
+pkg-config file.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ztportal-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libztportal1 (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION
+    "reports of desktop applications - command line and inbox
+${about}
+.
+This package holds ztreport, which reports from a shell, and ztinbox, a server
+on one's own machine that shows what arrives.")
+
+set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
+set(CPACK_ZT_PACKAGING "${PROJECT_SOURCE_DIR}/packaging")
+include(CPack)

@@ -1,0 +1,20 @@
+# run(<command>...): fails the test with the command's output when the command fails; its standard
+# output is in `output`.
+macro(run)
+  execute_process(
+    COMMAND ${ARGN}
+    RESULT_VARIABLE result
+    OUTPUT_VARIABLE output
+    ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0)
+    list(JOIN ARGN " " command)
+    message(FATAL_ERROR "${command}\nfailed: ${result}\n${output}\n${errors}")
+  endif()
+endmacro()
+
+# expect_equal(<what> <value> <expected>)
+function(expect_equal what value expected)
+  if(NOT value STREQUAL expected)
+    message(FATAL_ERROR "${what} is\n${value}\nand not\n${expected}")
+  endif()
+endfunction()

@@ -1,0 +1,34 @@
+# Builds the project in SOURCE in the folder BINARY, against the installation in PREFIX or, when the
+# OPTIONS say so, the library's sources. With EXPECTED, its program `consumer` has to print what
+# stands in that file; with REFUSED, the project must not get so far: its configuration fails with a
+# message that matches.
+
+include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
+
+separate_arguments(OPTIONS UNIX_COMMAND "${OPTIONS}")
+file(REMOVE_RECURSE "${BINARY}")
+set(configure "${CMAKE_COMMAND}" -S "${SOURCE}" -B "${BINARY}" -G Ninja "-DCMAKE_PREFIX_PATH=${PREFIX}"
+              "-DCMAKE_CXX_COMPILER=${COMPILER}" ${OPTIONS})
+
+if(REFUSED)
+  execute_process(COMMAND ${configure} RESULT_VARIABLE result OUTPUT_VARIABLE ignored ERROR_VARIABLE errors)
+  string(REGEX REPLACE "[ \n]+" " " errors "${errors}")
+  if(result EQUAL 0)
+    message(FATAL_ERROR "the configuration is not refused")
+  elseif(NOT errors MATCHES "${REFUSED}")
+    message(FATAL_ERROR "the configuration is refused with\n${errors}\nwhich does not match\n${REFUSED}")
+  endif()
+  return()
+endif()
+
+run(${configure})
+if(EXPECTED)
+  # Of the library's own sources nothing that the program does not need.
+  set(target --target consumer)
+endif()
+run("${CMAKE_COMMAND}" --build "${BINARY}" ${target})
+if(EXPECTED)
+  file(READ "${EXPECTED}" expected)
+  run("${BINARY}/consumer")
+  expect_equal("the output" "${output}" "${expected}")
+endif()

@@ -1,0 +1,39 @@
+# Installs the build in BUILD into PREFIX, component by component, where no test finds it by chance:
+# it is installed elsewhere and moved, and nothing in it may know where it was built or installed.
+
+include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
+
+set(first "${PREFIX}.first")
+file(REMOVE_RECURSE "${PREFIX}" "${first}")
+
+# What each component brings, told by the folder and the beginning of a file's name.
+function(expect_component component pattern)
+  run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${first}/${component}" --component ${component})
+  file(GLOB_RECURSE files RELATIVE "${first}/${component}" "${first}/${component}/*")
+  if(NOT files)
+    message(FATAL_ERROR "the component ${component} is empty")
+  endif()
+  set(strangers ${files})
+  list(FILTER strangers EXCLUDE REGEX "${pattern}")
+  if(strangers)
+    message(FATAL_ERROR "the component ${component} has ${strangers}")
+  endif()
+endfunction()
+expect_component(runtime "^${LIBDIR}/libztportal[.]so[.]1|^libexec/ztportal/")
+expect_component(
+  development
+  "^include/ztportal/|^${LIBDIR}/libztportal[.](so|a)$|^${LIBDIR}/cmake/ztportal/|^${LIBDIR}/pkgconfig/|^share/man/man3/"
+)
+expect_component(tools "^bin/zt|^share/")
+
+file(MAKE_DIRECTORY "${first}/all")
+foreach(component IN ITEMS runtime development tools)
+  run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${first}/all" --component ${component})
+endforeach()
+file(RENAME "${first}/all" "${PREFIX}")
+file(REMOVE_RECURSE "${first}")
+
+execute_process(
+  COMMAND grep -rlF -e "${first}" -e "${BUILD}" -e "${SOURCE}" "${PREFIX}"
+  OUTPUT_VARIABLE bound)
+expect_equal("the files that know where they were built" "${bound}" "")

@@ -1,0 +1,27 @@
+# Makes the Debian packages of the build in BUILD in the folder PACKAGES, and unpacks them into the
+# folder ROOT.
+
+include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
+
+file(REMOVE_RECURSE "${PACKAGES}" "${ROOT}")
+run("${CPACK}" --config "${BUILD}/CPackConfig.cmake" -B "${PACKAGES}")
+file(REMOVE_RECURSE "${PACKAGES}/_CPack_Packages")
+
+file(GLOB packages RELATIVE "${PACKAGES}" "${PACKAGES}/*.deb")
+list(TRANSFORM packages REPLACE "_.*" "")
+list(SORT packages)
+expect_equal("the packages" "${packages}" "libztportal-dev;libztportal1;ztportal-tools")
+
+file(GLOB packages "${PACKAGES}/*.deb")
+foreach(package IN LISTS packages)
+  run(dpkg-deb -x "${package}" "${ROOT}")
+endforeach()
+
+# In the system's own folders nothing has to say where the library is.
+file(GLOB programs "${ROOT}/usr/bin/*")
+foreach(program IN LISTS programs)
+  run(readelf --dynamic "${program}")
+  if(output MATCHES "RUNPATH|RPATH")
+    message(FATAL_ERROR "${program} names a folder of libraries")
+  endif()
+endforeach()

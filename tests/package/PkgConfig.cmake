@@ -1,0 +1,41 @@
+# Compiles and links the program SOURCE by what pkg-config says of the installation in PREFIX, whose
+# files for it are in the folder FILES; with STATIC, linked with the static library. It has to print
+# what stands in EXPECTED.
+
+include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
+
+set(ENV{PKG_CONFIG_PATH} "${FILES}")
+set(static "")
+if(STATIC)
+  set(static --static)
+endif()
+
+run(pkg-config --modversion ztportal)
+expect_equal("the version" "${output}" "${VERSION}\n")
+run(pkg-config ${static} --cflags --libs ztportal)
+separate_arguments(flags UNIX_COMMAND "${output}")
+if(STATIC)
+  # The linker takes the shared one of two libraries of a name, unless it is told which file.
+  list(TRANSFORM flags REPLACE "^-lztportal$" "-l:libztportal.a")
+else()
+  # A host is not linked with what the library needs.
+  run(pkg-config --libs-only-l ztportal)
+  string(STRIP "${output}" output)
+  expect_equal("the linked libraries" "${output}" "-lztportal")
+  run(pkg-config --variable=libdir ztportal)
+  string(STRIP "${output}" output)
+  list(APPEND flags "-Wl,-rpath,${output}")
+endif()
+run("${COMPILER}" -std=c++20 "${SOURCE}" -o "${PROGRAM}" ${flags})
+
+run(readelf --dynamic "${PROGRAM}")
+string(FIND "${output}" "libztportal.so.1" found)
+if(STATIC AND NOT found EQUAL -1)
+  message(FATAL_ERROR "the program needs the shared library")
+elseif(NOT STATIC AND found EQUAL -1)
+  message(FATAL_ERROR "the program does not need the shared library")
+endif()
+
+file(READ "${EXPECTED}" expected)
+run("${PROGRAM}")
+expect_equal("the output" "${output}" "${expected}")

@@ -1,0 +1,9 @@
+#!/bin/sh
+# lintian.sh LINTIAN PACKAGES: the Debian packages in a folder show neither an error nor a warning.
+set -eu
+user=
+if [ "$(id -u)" = 0 ]; then
+  user=--allow-root
+fi
+# The programs' manual pages are not written yet.
+exec "$1" $user --suppress-tags no-manual-page --fail-on error,warning "$2"/*.deb
