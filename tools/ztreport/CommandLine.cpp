@@ -6,6 +6,7 @@
 
 #include "tools/ztreport/Commands.h"
 #include "tools/ztreport/Customers.h"
+#include "tools/ztreport/Listen.h"
 #include "tools/ztreport/Probe.h"
 #include "tools/ztreport/Resend.h"
 #include "tools/ztreport/Store.h"
@@ -131,6 +132,8 @@ void CommandLine::addMachine() {
   add("probe", "Print what the inventory of this computer finds", [this] {
     return probe(_json);
   })->add_flag("--json", _json, "One JSON object, a pool of a report description");
+  add("listen", "Print the broadcasts of reports as they come, one JSON object a line",
+      [] { return zt::tools::listen(); });
 }
 
 Exit CommandLine::run(int argc, const char* const* argv) {

@@ -291,6 +291,7 @@ Subcommands:
   resend                      Send the saved reports
   store                       List the saved reports, and say which cannot be sent and why
   probe                       Print what the inventory of this computer finds
+  listen                      Print the broadcasts of reports as they come, one JSON object a line
 
 )");
 }
