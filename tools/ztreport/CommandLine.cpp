@@ -10,6 +10,7 @@
 #include "tools/ztreport/Probe.h"
 #include "tools/ztreport/Resend.h"
 #include "tools/ztreport/Store.h"
+#include "tools/ztreport/doctor/Doctor.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -134,6 +135,12 @@ void CommandLine::addMachine() {
   })->add_flag("--json", _json, "One JSON object, a pool of a report description");
   add("listen", "Print the broadcasts of reports as they come, one JSON object a line",
       [] { return zt::tools::listen(); });
+
+  CLI::App* doctor =
+      add("doctor", "Check the whole way of a report, and say what helps where it fails",
+          [this] { return zt::tools::doctor(serverUrl(), _appName, _json); });
+  takeServer(*doctor, "Customer whose server is asked");
+  doctor->add_flag("--json", _json, "One JSON object at the end");
 }
 
 Exit CommandLine::run(int argc, const char* const* argv) {

@@ -292,6 +292,7 @@ Subcommands:
   store                       List the saved reports, and say which cannot be sent and why
   probe                       Print what the inventory of this computer finds
   listen                      Print the broadcasts of reports as they come, one JSON object a line
+  doctor                      Check the whole way of a report, and say what helps where it fails
 
 )");
 }
