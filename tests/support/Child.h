@@ -135,6 +135,7 @@ class Child {
 
   /// Standard output so far, once there are `count` lines or the program ended.
   std::string waitForLines(std::size_t count) { return _output.waitForLines(count); }
+  std::string waitForErrorLines(std::size_t count) { return _errors.waitForLines(count); }
   /// The whole of standard output or standard error, once the program closed it.
   std::string waitForOutput() { return _output.waitForLines(static_cast<std::size_t>(-1)); }
   std::string waitForErrors() { return _errors.waitForLines(static_cast<std::size_t>(-1)); }

@@ -1,10 +1,6 @@
 #include "tools/ztreport/Commands.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <filesystem>
 #include <string>
-#include <system_error>
 
 #include "tools/ztreport/Delivery.h"
 #include "tools/ztreport/Description.h"
@@ -26,16 +22,6 @@ Description describeForDelivery(const std::string& file) {
   if (description.hasPools()) return description;
   throw Failure(Exit::WrongInput,
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
-}
-
-std::size_t savedReports(const std::string& folder) {
-  std::error_code error;
-  std::filesystem::directory_iterator entries(folder, error);
-  if (error) throw Failure(Exit::MachineFailed, folder + ": " + error.message());
-  return static_cast<std::size_t>(std::count_if(begin(entries), end(entries),
-                                                [](const std::filesystem::directory_entry& entry) {
-                                                  return entry.path().native().ends_with(".ztr");
-                                                }));
 }
 
 }  // namespace
@@ -63,20 +49,6 @@ Exit save(const std::string& file) {
   storeFolder();
   document->saveReport();
   return tellSaved(*document);
-}
-
-Exit resend(const std::string& configurationUrl) {
-  if (configurationUrl.empty()) throw Failure(Exit::WrongInput, "--config-url: empty");
-  const std::string folder = storeFolder();
-  const std::size_t before = savedReports(folder);
-  if (before != 0) {
-    ZtPortalData::initWithValues(configurationUrl, false, nullptr, nullptr, nullptr)
-        ->sendSavedReports();
-  }
-  const std::size_t left = savedReports(folder);
-  const std::size_t sent = before - std::min(before, left);
-  print(std::to_string(sent) + " sent, " + std::to_string(left) + " left\n");
-  return left == 0 ? Exit::Done : Exit::NotAccepted;
 }
 
 }  // namespace zt::tools

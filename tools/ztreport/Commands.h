@@ -17,7 +17,5 @@ Exit render(const std::string& file, bool plain);
 Exit send(const std::string& file, const std::string& configurationUrl);
 /// Saves the report without sending it, and prints the path of its file.
 Exit save(const std::string& file);
-/// Sends what the store holds.
-Exit resend(const std::string& configurationUrl);
 
 }  // namespace zt::tools

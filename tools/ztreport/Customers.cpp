@@ -33,4 +33,11 @@ ZtString configurationUrlOf(const std::string& customer) {
                 "--customer: no such customer: \"" + customer + "\"; it is one of " + known);
 }
 
+std::vector<std::string> customerIds() {
+  std::vector<std::string> ids;
+  ids.reserve(kCustomers.size());
+  for (const Customer& row : kCustomers) ids.emplace_back(row.id->view());
+  return ids;
+}
+
 }  // namespace zt::tools

@@ -8,9 +8,9 @@ namespace zt::tools {
 /// How a command ends, as the shell sees it.
 enum class Exit {
   Done = 0,
-  NotAccepted = 1,    ///< and saved instead; or something is left in the store
+  NotAccepted = 1,    ///< and saved instead; something is left in the store; a check failed
   WrongInput = 2,     ///< usage or description
-  MachineFailed = 3,  ///< a file cannot be read or written
+  MachineFailed = 3,  ///< a file cannot be read or written, or there is no session bus
 };
 
 /// Ends a command: what goes to standard error behind "ztreport: ", and the exit status.

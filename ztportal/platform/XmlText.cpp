@@ -1,5 +1,6 @@
 #include "ztportal/platform/XmlText.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace zt {
@@ -47,6 +48,16 @@ std::string_view declaredEncoding(std::string_view declaration) {
   return isEncodingName(name) ? name : std::string_view();
 }
 
+std::string_view withoutByteOrderMark(std::string_view text) {
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  return text;
+}
+
+std::size_t charactersIn(std::string_view text) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
 void appendWithLineFeeds(std::string& text, std::string_view lines) {
   for (std::size_t end = lines.find('\r'); end != kNowhere; end = lines.find('\r')) {
     text.append(lines, 0, end);
@@ -76,7 +87,7 @@ std::string xmlFileEncoding(std::string_view bytes) {
 }
 
 std::string xmlTextInUtf8(std::string_view text) {
-  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
+  text = withoutByteOrderMark(text);
 
   std::string result;
   result.reserve(text.size());
@@ -89,6 +100,24 @@ std::string xmlTextInUtf8(std::string_view text) {
   }
   appendWithLineFeeds(result, text);
   return result;
+}
+
+XmlPlace xmlPlace(std::string_view text, std::size_t offset) {
+  const std::string source = xmlTextInUtf8(text);
+  const std::string_view before = std::string_view(source).substr(0, offset);
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 on the first line
+  XmlPlace place{1 + static_cast<std::size_t>(std::ranges::count(before, '\n')),
+                 1 + charactersIn(before.substr(lineStart))};
+
+  // The name of the encoding may have another length in the text than in the source.
+  const std::string_view name = declaredEncoding(xmlDeclaration(source));
+  if (name.empty()) return place;
+  const auto nameStart = static_cast<std::size_t>(name.data() - source.data());
+  if (lineStart <= nameStart && nameStart + name.size() <= before.size()) {
+    place.column += declaredEncoding(xmlDeclaration(withoutByteOrderMark(text))).size();
+    place.column -= name.size();
+  }
+  return place;
 }
 
 }  // namespace zt

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -16,5 +17,14 @@ std::string xmlFileEncoding(std::string_view bytes);
 /// line feeds for all line ends (XML 1.0, 2.11), and "UTF-8" for the encoding that its declaration
 /// names, if it names one.
 std::string xmlTextInUtf8(std::string_view text);
+
+/// A place in a text; both from 1, the column in characters.
+struct XmlPlace {
+  std::size_t line;
+  std::size_t column;
+};
+
+/// Where in `text` the byte stands that has the index `offset` in `xmlTextInUtf8(text)`.
+XmlPlace xmlPlace(std::string_view text, std::size_t offset);
 
 }  // namespace zt

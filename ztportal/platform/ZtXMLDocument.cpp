@@ -5,6 +5,7 @@
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
 
+#include <algorithm>
 #include <limits>
 #include <new>
 
@@ -24,9 +25,6 @@ constexpr int kQuietAndAlone =
     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
 constexpr int kContent = kQuietAndAlone | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 constexpr int kForm = kQuietAndAlone | XML_PARSE_HUGE;
-
-// Stands before the handlers that a host may have set for its own use of libxml2.
-void ignoreError(void* /*context*/, xmlErrorPtr /*error*/) {}
 
 // Keeps what libxml2 tells this thread's other users of their last error.
 class LastErrorKept {
@@ -59,12 +57,49 @@ struct ParameterEntities {
   bool refused = false;
 };
 
+/// Why a text is refused, and the index of the byte where that shows, if it shows at one.
+struct Fault {
+  std::string reason;
+  std::optional<std::size_t> offset;
+};
+
+/// What the handlers of one parse share.
+struct Parse {
+  const xmlParserCtxt* parser;  // of the document; entities have parsers of their own
+  ParameterEntities parameterEntities;
+  std::optional<Fault> fault = std::nullopt;
+};
+
+std::string firstLine(const char* message) {
+  const std::string_view text = message == nullptr ? std::string_view() : message;
+  return std::string(text.substr(0, text.find('\n')));
+}
+
+// Stands before the handlers that a host may have set for its own use of libxml2. Only the first
+// error counts: what follows it is often its consequence.
+void noteError(void* context, xmlErrorPtr error) {
+  auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
+  if (error->level != XML_ERR_FATAL || parse->fault) return;
+  parse->fault = Fault{firstLine(error->message), std::nullopt};
+  if (parse->parser->inputNr < 1) return;
+  // The text itself, below the entities that may be read at the moment.
+  const xmlParserInput* input = parse->parser->inputTab[0];
+  const xmlChar* at = input->cur;
+  // An end tag that ends another element has been read by now.
+  if (error->code == XML_ERR_TAG_NAME_MISMATCH && context == parse->parser) {
+    do {
+      --at;
+    } while (at > input->base && *at != '<');
+  }
+  parse->fault->offset = input->consumed + static_cast<std::size_t>(at - input->base);
+}
+
 // Each reference to a parameter entity is parsed anew, and libxml2 never comes back from some that
 // stand in each other. Those are refused, like those that grow beyond the limit: to the parser
 // they are not declared.
 xmlEntityPtr parameterEntity(void* context, const xmlChar* name) {
   const auto* parser = static_cast<const xmlParserCtxt*>(context);
-  auto* entities = static_cast<ParameterEntities*>(parser->_private);
+  ParameterEntities* entities = &static_cast<Parse*>(parser->_private)->parameterEntities;
   xmlEntityPtr entity = xmlSAX2GetParameterEntity(context, name);
   if (entity == nullptr) return nullptr;
   const std::size_t size = 1 + static_cast<std::size_t>(entity->length);
@@ -76,24 +111,44 @@ xmlEntityPtr parameterEntity(void* context, const xmlChar* name) {
   return entity;
 }
 
-Tree parseTree(const std::string& text, ZtXMLKeep keep) {
+Tree parseTree(const std::string& text, ZtXMLKeep keep, Fault& fault) {
   static const bool kReady = (xmlInitParser(), true);
   static_cast<void>(kReady);
-  if (text.size() > std::numeric_limits<int>::max()) return nullptr;
+  if (text.size() > std::numeric_limits<int>::max()) {
+    fault = {"longer than 2 GiB", std::nullopt};
+    return nullptr;
+  }
 
   const LastErrorKept lastErrorKept;
   const Context context(xmlNewParserCtxt());
   if (!context) throw std::bad_alloc();
   const std::size_t limit = zt::expansionLimit(text.size());
-  ParameterEntities parameterEntities{limit};
-  context->_private = &parameterEntities;
-  context->sax->serror = ignoreError;
+  Parse parse{context.get(), {limit}};
+  context->_private = &parse;
+  context->sax->serror = noteError;
   context->sax->internalSubset = beginDocumentType;
   context->sax->getParameterEntity = parameterEntity;
   Tree tree(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
                               nullptr, keep == ZtXMLKeep::Form ? kForm : kContent));
-  if (!tree || parameterEntities.refused) return nullptr;
-  return zt::expandsWithin(limit, tree.get()) ? std::move(tree) : nullptr;
+  if (!tree) {
+    fault = parse.fault.value_or(Fault{"not well-formed", std::nullopt});
+    return nullptr;
+  }
+  if (parse.parameterEntities.refused || !zt::expandsWithin(limit, tree.get())) {
+    fault = {"its entities grow beyond measure", std::nullopt};
+    return nullptr;
+  }
+  return tree;
+}
+
+/// Tells the caller who wants to know where in `text`, as it was given, the fault is.
+void tell(ZtXMLError* error, const Fault& fault, std::string_view text) {
+  if (error == nullptr) return;
+  *error = {0, 0, fault.reason};
+  if (!fault.offset) return;
+  const zt::XmlPlace place = zt::xmlPlace(text, *fault.offset);
+  error->line = place.line;
+  error->column = place.column;
 }
 
 std::string writtenAnew(const xmlDoc* tree) {
@@ -171,12 +226,22 @@ std::vector<std::pair<ZtString, ZtString>> ZtXMLNode::attributes() const {
   return attributes;
 }
 
-std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep) {
+std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep,
+                                                    ZtXMLError* error) {
   // libxml2 takes a NUL after the root element for the end of the text.
-  if (text.find('\0') != std::string_view::npos || !zt::isUtf8(text)) return nullptr;
+  const std::size_t good = std::min(text.find('\0'), zt::utf8Length(text));
+  if (good < text.size()) {
+    const char* reason = text[good] == '\0' ? "a NUL byte" : "a byte that is not UTF-8";
+    tell(error, {reason, text.size()}, text.substr(0, good));
+    return nullptr;
+  }
   std::string source = zt::xmlTextInUtf8(text);
-  Tree tree = parseTree(source, keep);
-  if (!tree) return nullptr;
+  Fault fault;
+  Tree tree = parseTree(source, keep, fault);
+  if (!tree) {
+    tell(error, fault, text);
+    return nullptr;
+  }
   // Without it, characters beyond ASCII are written as references in attributes.
   if (tree->encoding == nullptr) tree->encoding = xmlCharStrdup("UTF-8");
 
@@ -185,11 +250,13 @@ std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXML
 }
 
 std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parseFileContent(std::string_view bytes,
-                                                               ZtXMLKeep keep) {
+                                                               ZtXMLKeep keep, ZtXMLError* error) {
   const std::string encoding = zt::xmlFileEncoding(bytes);
-  if (encoding == "UTF-8") return parse(bytes, keep);
+  if (encoding == "UTF-8") return parse(bytes, keep, error);
   const std::optional<std::string> text = zt::utf8From(bytes, encoding);
-  return text ? parse(*text, keep) : nullptr;
+  if (text) return parse(*text, keep, error);
+  tell(error, {"not in its encoding, " + encoding, std::nullopt}, bytes);
+  return nullptr;
 }
 
 ZtXMLDocument::ZtXMLDocument(void* document, ZtXMLKeep keep, std::string source)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -54,6 +55,13 @@ enum class ZtXMLKeep {
   Form
 };
 
+/// Why a text is no XML document, and where that shows first.
+struct ZtXMLError {
+  std::size_t line = 0;    ///< from 1; 0 where no one place is at fault
+  std::size_t column = 0;  ///< in characters, from 1; 0 with line 0
+  ZtString reason;         ///< one line in English; may quote the text
+};
+
 /// A parsed XML 1.0 document, immutable. Nothing is fetched for it: no external entity, no DTD.
 /// A text whose entities would grow beyond measure is refused like a malformed one. A prefix that
 /// no namespace is declared for is no error. Nothing is printed. A document and its nodes may be
@@ -61,13 +69,16 @@ enum class ZtXMLKeep {
 class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocument> {
  public:
   /// Parses `text`, which is UTF-8 whatever its XML declaration says. Null when it is not
-  /// well-formed or longer than 2 GiB.
+  /// well-formed or longer than 2 GiB; then, unless it is null, `error` is set.
   static std::shared_ptr<ZtXMLDocument> parse(std::string_view text,
-                                              ZtXMLKeep keep = ZtXMLKeep::Content);
+                                              ZtXMLKeep keep = ZtXMLKeep::Content,
+                                              ZtXMLError* error = nullptr);
   /// Parses the content of a file, in the encoding of its byte order mark or else the one that it
-  /// declares (UTF-8 when it does not). Null also for an unknown encoding.
+  /// declares (UTF-8 when it does not). Null also for an unknown encoding. The place of an error
+  /// is one in the file as an editor shows it.
   static std::shared_ptr<ZtXMLDocument> parseFileContent(std::string_view bytes,
-                                                         ZtXMLKeep keep = ZtXMLKeep::Content);
+                                                         ZtXMLKeep keep = ZtXMLKeep::Content,
+                                                         ZtXMLError* error = nullptr);
 
   ZtXMLDocument(const ZtXMLDocument&) = delete;
   ZtXMLDocument& operator=(const ZtXMLDocument&) = delete;

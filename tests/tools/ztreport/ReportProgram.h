@@ -70,6 +70,18 @@ class ReportProgram {
     _variables.insert(_variables.begin(), std::move(variable));
   }
 
+  /// The program's whole environment, "NAME=value" each.
+  std::vector<std::string> environment() const {
+    std::vector<std::string> all{"TZ=UTC", "LC_ALL=C", "HOME=" + _folder.path("home"),
+                                 "XDG_DATA_HOME=" + _dataFolder};
+    all.insert(all.begin(), _variables.begin(), _variables.end());
+    for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS",
+                             "LD_LIBRARY_PATH", "GCOV_PREFIX"}) {
+      if (const char* value = ::getenv(name)) all.push_back(name + std::string("=") + value);
+    }
+    return all;
+  }
+
   /// The store's folder is below this one.
   void setDataFolder(std::string path) { _dataFolder = std::move(path); }
   std::string storeFolder(const std::string& appName = "ztreport") const {
@@ -94,17 +106,6 @@ class ReportProgram {
   }
 
  private:
-  std::vector<std::string> environment() const {
-    std::vector<std::string> all{"TZ=UTC", "LC_ALL=C", "HOME=" + _folder.path("home"),
-                                 "XDG_DATA_HOME=" + _dataFolder};
-    all.insert(all.begin(), _variables.begin(), _variables.end());
-    for (const char* name : {"ASAN_OPTIONS", "LSAN_OPTIONS", "TSAN_OPTIONS", "UBSAN_OPTIONS",
-                             "LD_LIBRARY_PATH", "GCOV_PREFIX"}) {
-      if (const char* value = ::getenv(name)) all.push_back(name + std::string("=") + value);
-    }
-    return all;
-  }
-
   TemporaryFolder _folder;
   std::string _dataFolder = _folder.path("data");
   std::vector<std::string> _variables;

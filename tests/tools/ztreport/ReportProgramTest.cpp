@@ -175,7 +175,7 @@ TEST_F(ReportProgramTest, RefusesWrongUsage) {
       {{"send"}, "FILE is required"},
       {{"save"}, "FILE is required"},
       {{"resend"}, "Exactly 1 option from [--customer,--config-url] is required"},
-      {{"resend", "--config-url"}, "--config-url: 1 required TEXT missing"},
+      {{"resend", "--config-url"}, "--config-url: 1 required URL missing"},
       {{"resend", "--config-url", ""}, "--config-url: empty"},
       {{"render", file, "--unknown"}, "The following argument was not expected: --unknown"},
       {{"--unknown", "render", file}, "The following argument was not expected: --unknown"},
@@ -289,7 +289,10 @@ Subcommands:
   save                        Save the report without sending it, and print the path of its file
   run                         Report one whole run: the computer, its course and its facts
   resend                      Send the saved reports
+  store                       List the saved reports, and say which cannot be sent and why
   probe                       Print what the inventory of this computer finds
+  listen                      Print the broadcasts of reports as they come, one JSON object a line
+  doctor                      Check the whole way of a report, and say what helps where it fails
 
 )");
 }

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+struct sd_bus;
+
+namespace zt::tools {
+
+struct CloseBus {
+  void operator()(sd_bus* bus) const;
+};
+
+/// A connection to the user's session bus.
+using UserBus = std::unique_ptr<sd_bus, CloseBus>;
+
+/// Connects to the session bus, and waits until it has answered. Null when there is none; then
+/// `reason` says why.
+UserBus openUserBus(std::string& reason);
+
+}  // namespace zt::tools

@@ -1,0 +1,92 @@
+#include "tools/ztreport/doctor/Doctor.h"
+
+#include <array>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string_view>
+
+#include "tools/inbox/TerminalText.h"
+#include "tools/ztreport/InputOutput.h"
+#include "tools/ztreport/doctor/DesktopChecks.h"
+#include "tools/ztreport/doctor/StoreChecks.h"
+#include "tools/ztreport/doctor/WayChecks.h"
+
+namespace zt::tools {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+struct Check {
+  std::string_view name;
+  Finding (*find)(Patient&);
+};
+
+constexpr std::array<Check, 13> kChecks{{
+    {"configuration URL", checkConfigurationUrl},
+    {"name lookup", checkNameLookup},
+    {"proxy", checkProxy},
+    {"configuration", checkConfiguration},
+    {"report URL", checkReportUrl},
+    {"version answer", checkVersion},
+    {"store folder", checkStoreFolder},
+    {"store mode", checkStoreMode},
+    {"free space", checkFreeSpace},
+    {"saved reports", checkSavedReports},
+    {"session bus", checkSessionBus},
+    {"companion", checkCompanion},
+    {"test mode", checkTestMode},
+}};
+
+std::string_view nameOf(State state) {
+  constexpr std::array<std::string_view, 3> kNames{"ok", "warning", "failed"};
+  return kNames[static_cast<std::size_t>(state)];
+}
+
+void fillUp(std::string& line, std::size_t column) { line.append(column - line.size(), ' '); }
+
+std::string lineOf(const Check& check, const Finding& finding) {
+  constexpr std::size_t kNameColumn = 9;
+  constexpr std::size_t kReasonColumn = 28;
+  std::string line(nameOf(finding.state));
+  fillUp(line, kNameColumn);
+  line += check.name;
+  fillUp(line, kReasonColumn);
+  std::string text = finding.reason;
+  if (!finding.remedy.empty()) text += " -> " + finding.remedy;
+  // URLs, answers and names of files are other people's texts.
+  return line + zt::inbox::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
+}
+
+ordered_json jsonOf(const Check& check, const Finding& finding) {
+  ordered_json object{
+      {"check", check.name}, {"state", nameOf(finding.state)}, {"reason", finding.reason}};
+  if (!finding.remedy.empty()) object["remedy"] = finding.remedy;
+  return object;
+}
+
+}  // namespace
+
+Exit doctor(const std::string& configurationUrl, const std::string& appName, bool json) {
+  Patient patient;
+  patient.configurationUrl = configurationUrl;
+  patient.appName = appName;
+  ordered_json checks = ordered_json::array();
+  Exit exit = Exit::Done;
+  for (const Check& check : kChecks) {
+    const Finding finding = check.find(patient);
+    if (finding.state == State::Failed) exit = Exit::NotAccepted;
+    if (json) {
+      checks.push_back(jsonOf(check, finding));
+    } else {
+      print(lineOf(check, finding));
+    }
+  }
+  if (json) {
+    const ordered_json object{{"checks", checks}};
+    print(object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+  }
+  return exit;
+}
+
+}  // namespace zt::tools

@@ -1,0 +1,122 @@
+#include "tools/ztreport/doctor/StoreChecks.h"
+
+#include <fcntl.h>
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+
+#include "tools/ztreport/Amounts.h"
+#include "tools/ztreport/Failure.h"
+#include "tools/ztreport/SavedReports.h"
+
+namespace zt::tools {
+
+namespace {
+
+constexpr const char* kNoStore = "there is no store folder";
+
+/// Where the library looks for the user's data (XDG base directories).
+std::string dataFolder() {
+  const char* const data = ::getenv("XDG_DATA_HOME");
+  if (data != nullptr && data[0] == '/') return data;
+  const char* const home = ::getenv("HOME");
+  return std::string(home != nullptr ? home : "the home folder") + "/.local/share";
+}
+
+/// Why no file can be written in `folder`, or empty.
+std::string whyNotWritable(const std::string& folder) {
+  std::string name = folder + "/.ztreport-doctor-XXXXXX";
+  const int file = ::mkostemp(name.data(), O_CLOEXEC);
+  if (file < 0) return std::strerror(errno);
+  const bool isWritten = ::write(file, "x", 1) == 1;
+  const bool isClosed = ::close(file) == 0;
+  const std::string reason = isWritten && isClosed ? "" : std::strerror(errno);
+  ::unlink(name.c_str());
+  return reason;
+}
+
+}  // namespace
+
+Finding checkStoreFolder(Patient& patient) {
+  const ZtString folder = ZtPortalData::reportFolder();
+  if (folder.isNull()) {
+    const std::string wanted = dataFolder() + "/Kelvane/" + patient.appName + "/reports";
+    return failed(wanted + " cannot be made",
+                  "see whether a file is in its way, who owns the folders above it, and whether "
+                  "XDG_DATA_HOME or HOME is right");
+  }
+  patient.storeFolder = folder.view();
+  const std::string reason = whyNotWritable(patient.storeFolder);
+  if (!reason.empty()) {
+    return failed(patient.storeFolder + " cannot be written to: " + reason,
+                  "make it writable for this user, or what was not accepted is lost");
+  }
+  return ok(patient.storeFolder);
+}
+
+Finding checkStoreMode(Patient& patient) {
+  if (patient.storeFolder.empty()) return skipped(kNoStore);
+  struct stat status {};
+  if (::stat(patient.storeFolder.c_str(), &status) != 0) {
+    return failed(std::strerror(errno), "see what became of " + patient.storeFolder);
+  }
+  std::array<char, 8> mode{};
+  std::snprintf(mode.data(), mode.size(), "%04o", status.st_mode & 07777U);
+  if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return ok(mode.data());
+  return warning(std::string(mode.data()) +
+                     ": other users may look into the folder (the reports themselves are for "
+                     "their owner alone)",
+                 "chmod 700 '" + patient.storeFolder + "'");
+}
+
+Finding checkFreeSpace(Patient& patient) {
+  // A usual report has 16 KiB.
+  constexpr std::uint64_t kTooLittle = std::uint64_t{64} * 1024;
+  constexpr std::uint64_t kLittle = std::uint64_t{16} * 1024 * 1024;
+  if (patient.storeFolder.empty()) return skipped(kNoStore);
+  struct statvfs space {};
+  if (::statvfs(patient.storeFolder.c_str(), &space) != 0) {
+    return failed(std::strerror(errno), "see what became of " + patient.storeFolder);
+  }
+  constexpr const char* kRemedy = "make room on the file system of the store";
+  if (space.f_files != 0 && space.f_favail == 0) {
+    return failed("the file system takes no more files", kRemedy);
+  }
+  const std::uint64_t free = std::uint64_t{space.f_bavail} * space.f_frsize;
+  if (free < kTooLittle) return failed(sizeText(free) + ", too little for a report", kRemedy);
+  if (free < kLittle) return warning("only " + sizeText(free), kRemedy);
+  return ok(sizeText(free));
+}
+
+Finding checkSavedReports(Patient& patient) try {
+  if (patient.storeFolder.empty()) return skipped(kNoStore);
+  const std::vector<SavedReport> reports = savedReports(patient.storeFolder);
+  if (reports.empty()) return ok("none");
+  const auto isBroken = [](const SavedReport& report) { return !report.fault.empty(); };
+  const auto broken = std::ranges::find_if(reports, isBroken);
+  std::string reason = std::to_string(reports.size());
+  if (broken == reports.end()) {
+    std::chrono::seconds oldest{};
+    for (const SavedReport& report : reports)
+      oldest = std::max(oldest, report.age.value_or(oldest));
+    return ok(reason + ", all can be sent, the oldest saved " + ageText(oldest) + " ago");
+  }
+  reason += ", of which " + std::to_string(std::ranges::count_if(reports, isBroken)) +
+            " cannot be sent; " + broken->name + " stops the " +
+            std::to_string(reports.end() - broken - 1) + " behind it: " + broken->fault;
+  return failed(reason, "ztreport --app-name '" + patient.appName + "' store --set-aside '" +
+                            broken->name + "'");
+} catch (const Failure& failure) {
+  return failed(failure.what(), "make the store's folder readable for this user");
+}
+
+}  // namespace zt::tools
