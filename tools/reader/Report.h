@@ -44,6 +44,7 @@ class FieldRange {
     explicit Iterator(const Field* field) : _field(field) {}
     const Field& operator*() const { return *_field; }
     const Field* operator->() const { return _field; }
+    const Field* get() const { return _field; }
     Iterator& operator++() {
       _field += _field->size;
       return *this;

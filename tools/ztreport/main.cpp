@@ -10,6 +10,7 @@
 #include "tools/ztreport/Customers.h"
 #include "tools/ztreport/Probe.h"
 #include "tools/ztreport/Run.h"
+#include "tools/ztreport/Show.h"
 #include "ztportal/ztportal.h"
 
 namespace {
@@ -108,6 +109,12 @@ int run(int argc, char** argv) {
   add("probe", "Print what the inventory of this computer finds", [&] {
     return zt::tools::probe(json);
   })->add_flag("--json", json, "One JSON object, a pool of a report description");
+
+  CLI::App* show =
+      add("show", "Print what a report's text says", [&] { return zt::tools::show(file, json); });
+  show->add_option("FILE", file, "Report: a file, the name of a saved one; - reads standard input")
+      ->required();
+  show->add_flag("--json", json, "A report description (JSON) instead of a tree");
 
   try {
     app.parse(argc, argv);

@@ -290,6 +290,7 @@ Subcommands:
   run                         Report one whole run: the computer, its course and its facts
   resend                      Send the saved reports
   probe                       Print what the inventory of this computer finds
+  show                        Print what a report's text says
 
 )");
 }
