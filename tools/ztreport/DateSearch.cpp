@@ -59,12 +59,28 @@ std::optional<milliseconds> localTimeOf(std::string_view text) {
          std::chrono::seconds(second) + milliseconds(fraction);
 }
 
-/// Whether one text of a date comes before the other, in a calendar that counts on. The digits may
-/// be any.
+/// The year of a date's text, in whatever digits. It has four at least, and perhaps a sign.
+std::string_view yearOf(std::string_view text) {
+  constexpr std::size_t kShortest = 4;
+  return text.substr(0, text.find('-', kShortest));
+}
+
+/// Whether a year has a minus sign, which may come with a mark of the writing direction. No digit
+/// of any script starts with these bytes in UTF-8.
+bool isNegative(std::string_view year) {
+  return !year.empty() && (year.front() == '-' || year.front() == '\xe2' || year.front() == '\xd8');
+}
+
+/// Whether one text of a date comes before the other, in a calendar that counts on.
 bool isBefore(std::string_view text, std::string_view other) {
-  const std::size_t yearSize = text.find('-');
-  const std::size_t otherYearSize = other.find('-');
-  return yearSize != otherYearSize ? yearSize < otherYearSize : text < other;
+  const std::string_view year = yearOf(text);
+  const std::string_view otherYear = yearOf(other);
+  if (year == otherYear) return text < other;
+  const bool negative = isNegative(year);
+  if (negative != isNegative(otherYear)) return negative;
+  const bool isSmaller =
+      year.size() != otherYear.size() ? year.size() < otherYear.size() : year < otherYear;
+  return isSmaller != negative;
 }
 
 constexpr milliseconds startOf(int year, unsigned month, unsigned day) {
