@@ -40,24 +40,22 @@ bool isHidden(char32_t character) {
   });
 }
 
-std::string escape(const char* format, unsigned value) {
+TerminalCharacter escaped(const char* format, unsigned value, std::size_t bytes) {
   std::array<char, 16> text{};
-  const int length = std::snprintf(text.data(), text.size(), format, value);
-  return {text.data(), static_cast<std::size_t>(length)};
+  const auto size =
+      static_cast<std::size_t>(std::snprintf(text.data(), text.size(), format, value));
+  return {{text.data(), size}, size, bytes};
 }
 
 }  // namespace
 
 TerminalCharacter firstTerminalCharacter(std::string_view bytes) {
+  if (bytes.front() >= ' ' && bytes.front() < '\x7f') return {bytes.substr(0, 1), 1, 1};
   const auto character = firstCharacter(bytes);
   const std::size_t length = character ? character->length : 1;
-  if (character && !isHidden(character->code)) {
-    return {std::string(bytes.substr(0, length)), 1, length};
-  }
-  std::string text = length == 1 ? escape("\\x%02x", static_cast<unsigned char>(bytes.front()))
-                                 : escape("\\u{%x}", static_cast<unsigned>(character->code));
-  const std::size_t columns = text.size();
-  return {std::move(text), columns, length};
+  if (character && !isHidden(character->code)) return {bytes.substr(0, length), 1, length};
+  return length == 1 ? escaped("\\x%02x", static_cast<unsigned char>(bytes.front()), 1)
+                     : escaped("\\u{%x}", static_cast<unsigned>(character->code), length);
 }
 
 std::string terminalText(std::string_view bytes, std::size_t longest) {
@@ -65,11 +63,11 @@ std::string terminalText(std::string_view bytes, std::size_t longest) {
   std::size_t shown = 0;
   while (!bytes.empty()) {
     const TerminalCharacter character = firstTerminalCharacter(bytes);
-    const bool last = bytes.size() == character.length;
-    if (shown + character.columns > longest - (last ? 0 : 1)) return text + "…";
-    text += character.text;
-    shown += character.columns;
-    bytes.remove_prefix(character.length);
+    const bool last = bytes.size() == character.length();
+    if (shown + character.columns() > longest - (last ? 0 : 1)) return text + "…";
+    text += character.text();
+    shown += character.columns();
+    bytes.remove_prefix(character.length());
   }
   return text;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -13,10 +14,21 @@ namespace zt::terminal {
 std::string terminalText(std::string_view bytes, std::size_t longest);
 
 /// One character of a text as it may go to a terminal.
-struct TerminalCharacter {
-  std::string text;     ///< itself or its escape
-  std::size_t columns;  ///< how many characters that is
-  std::size_t length;   ///< how many bytes it stands for
+class TerminalCharacter {
+ public:
+  /// `text` is the character or its escape; it stands for `length` bytes.
+  TerminalCharacter(std::string_view text, std::size_t columns, std::size_t length)
+      : _size(text.copy(_text.data(), _text.size())), _columns(columns), _length(length) {}
+
+  std::string_view text() const { return {_text.data(), _size}; }
+  std::size_t columns() const { return _columns; }  ///< how many characters that is
+  std::size_t length() const { return _length; }    ///< how many bytes it stands for
+
+ private:
+  std::array<char, 12> _text;  // the longest is "\u{10ffff}"
+  std::size_t _size;
+  std::size_t _columns;
+  std::size_t _length;
 };
 
 /// The character at the beginning of `bytes`, which are not empty.

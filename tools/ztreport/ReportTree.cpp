@@ -35,8 +35,8 @@ std::size_t columnsOf(std::string_view text) {
   std::size_t columns = 0;
   while (!text.empty()) {
     const auto character = terminal::firstTerminalCharacter(text);
-    columns += character.columns;
-    text.remove_prefix(character.length);
+    columns += character.columns();
+    text.remove_prefix(character.length());
   }
   return columns;
 }
@@ -147,7 +147,11 @@ class TreeWriter {
 
   void addStyled(std::string_view text, std::string_view style) {
     if (_style.hasColours) _text += style;
-    while (!text.empty()) text.remove_prefix(addCharacter(text));
+    while (!text.empty()) {
+      const auto character = terminal::firstTerminalCharacter(text);
+      add(character);
+      text.remove_prefix(character.length());
+    }
     if (_style.hasColours) _text += kUsual;
   }
 
@@ -160,22 +164,20 @@ class TreeWriter {
     if (isMissing) _text += kDim;
     while (!value.empty()) {
       const auto character = terminal::firstTerminalCharacter(value);
-      const bool isFull = _column > begin && _column + character.columns > begin + room;
+      const bool isFull = _column > begin && _column + character.columns() > begin + room;
       if (_style.columns != 0 && isFull) startLineAt(begin);
       const bool endsLine =
           value.front() == '\n' || (value.front() == '\r' && !value.starts_with("\r\n"));
-      value.remove_prefix(addCharacter(value));
+      add(character);
+      value.remove_prefix(character.length());
       if (endsLine && !value.empty()) startLineAt(begin);
     }
     if (isMissing) _text += kUsual;
   }
 
-  /// Adds the first character of `text`, and says how many bytes that was.
-  std::size_t addCharacter(std::string_view text) {
-    const auto character = terminal::firstTerminalCharacter(text);
-    _text += character.text;
-    _column += character.columns;
-    return character.length;
+  void add(const terminal::TerminalCharacter& character) {
+    _text += character.text();
+    _column += character.columns();
   }
 
   void addBlanks(std::size_t count) {
