@@ -3,11 +3,13 @@
 #include <array>
 #include <ctime>
 
-#include "tools/inbox/TerminalText.h"
+#include "tools/terminal/TerminalText.h"
 
 namespace zt::inbox {
 
 namespace {
+
+using terminal::terminalText;
 
 constexpr std::size_t kLongestValue = 60;
 constexpr std::size_t kLongestPoolList = 160;

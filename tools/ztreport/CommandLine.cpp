@@ -9,6 +9,7 @@
 #include "tools/ztreport/Listen.h"
 #include "tools/ztreport/Probe.h"
 #include "tools/ztreport/Resend.h"
+#include "tools/ztreport/Show.h"
 #include "tools/ztreport/Store.h"
 #include "tools/ztreport/doctor/Doctor.h"
 #include "ztportal/ztportal.h"
@@ -45,6 +46,7 @@ CommandLine::CommandLine()
   addReports();
   addRun();
   addStore();
+  addShow();
   addMachine();
 }
 
@@ -127,6 +129,14 @@ void CommandLine::addStore() {
       ->add_option("--set-aside", _setAside,
                    "Move this saved report, which may stop all others, to the folder set-aside")
       ->type_name("FILE");
+}
+
+void CommandLine::addShow() {
+  CLI::App* show = add("show", "Print what a report's text says",
+                       [this] { return zt::tools::show(_file, _json); });
+  show->add_option("FILE", _file, "Report: a file, the name of a saved one; - reads standard input")
+      ->required();
+  show->add_flag("--json", _json, "A report description (JSON) instead of a tree");
 }
 
 void CommandLine::addMachine() {

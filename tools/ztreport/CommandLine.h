@@ -39,6 +39,7 @@ class CommandLine {
   void addReports();
   void addRun();
   void addStore();
+  void addShow();
   void addMachine();
   std::string serverUrl() const;
 

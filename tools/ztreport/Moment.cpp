@@ -1,7 +1,9 @@
 #include "tools/ztreport/Moment.h"
 
+#include <array>
 #include <chrono>
 #include <cstdint>
+#include <cstdio>
 
 namespace zt::tools {
 
@@ -106,6 +108,41 @@ std::optional<ZtDate> parseMoment(std::string_view text) {
       std::chrono::duration_cast<milliseconds>(sys_days(date).time_since_epoch()) + hours(hour) +
       minutes(minute) + seconds(second) + milliseconds(fraction) - offset;
   return ZtDate::fromMilliseconds(std::int64_t{sinceEpoch.count()});
+}
+
+std::string momentText(ZtDate moment, std::chrono::minutes offset) {
+  using std::chrono::abs;
+  using std::chrono::days;
+  using std::chrono::floor;
+  using std::chrono::minutes;
+  constexpr minutes kLargestOffset{23 * 60 + 59};
+  constexpr std::chrono::year kFirst{0};
+  constexpr std::chrono::year kLast{9999};
+  const std::chrono::sys_time<std::chrono::milliseconds> utc{
+      std::chrono::milliseconds(moment.milliseconds())};
+  const auto yearAt = [&](minutes east) {
+    return std::chrono::year_month_day(floor<days>(utc + east)).year();
+  };
+  if (abs(offset) > kLargestOffset) offset = minutes(0);
+  if (yearAt(offset) < kFirst) offset = kLargestOffset;
+  if (yearAt(offset) > kLast) offset = -kLargestOffset;
+
+  const auto local = utc + offset;
+  const std::chrono::year_month_day date(floor<days>(local));
+  const std::chrono::hh_mm_ss time(local - floor<days>(local));
+  std::array<char, 96> text{};
+  int size = std::snprintf(
+      text.data(), text.size(), "%04d-%02u-%02uT%02d:%02d:%02d.%03d", static_cast<int>(date.year()),
+      static_cast<unsigned>(date.month()), static_cast<unsigned>(date.day()),
+      static_cast<int>(time.hours().count()), static_cast<int>(time.minutes().count()),
+      static_cast<int>(time.seconds().count()), static_cast<int>(time.subseconds().count()));
+  std::string written(text.data(), static_cast<std::size_t>(size));
+  if (offset == minutes(0)) return written + "Z";
+  const std::chrono::hh_mm_ss zone(abs(offset));
+  size = std::snprintf(text.data(), text.size(), "%c%02d:%02d", offset < minutes(0) ? '-' : '+',
+                       static_cast<int>(zone.hours().count()),
+                       static_cast<int>(zone.minutes().count()));
+  return written.append(text.data(), static_cast<std::size_t>(size));
 }
 
 }  // namespace zt::tools

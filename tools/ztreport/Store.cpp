@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "tools/inbox/TerminalText.h"
+#include "tools/terminal/TerminalText.h"
 #include "tools/ztreport/Amounts.h"
 #include "tools/ztreport/Columns.h"
 #include "tools/ztreport/Delivery.h"
@@ -29,7 +29,7 @@ constexpr std::string_view kEnding = ".ztr";
 
 /// Names of files and what a parser quotes are other people's texts.
 std::string shown(const std::string& text) {
-  return zt::inbox::terminalText(text, std::numeric_limits<std::size_t>::max());
+  return zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max());
 }
 
 /// The name in the store that `file` stands for; raises a `Failure` when it stands for none.

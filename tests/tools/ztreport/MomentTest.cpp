@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -114,6 +115,32 @@ TEST(MomentTest, RefusesEveryOtherText) {
   };
   for (const std::string_view text : texts) {
     EXPECT_FALSE(parseMoment(text).has_value()) << '"' << text << '"';
+  }
+}
+
+TEST(MomentTest, WritesAMomentWithTheOffsetAskedFor) {
+  const struct {
+    std::int64_t milliseconds;
+    int offset;  // minutes
+    const char* text;
+  } rows[] = {
+      {0, 0, "1970-01-01T00:00:00.000Z"},
+      {-1, 0, "1969-12-31T23:59:59.999Z"},
+      {1795262400123, 0, "2026-11-21T12:00:00.123Z"},
+      {1795262400123, 60, "2026-11-21T13:00:00.123+01:00"},
+      {1795262400123, -150, "2026-11-21T09:30:00.123-02:30"},
+      {1795262400123, 1439, "2026-11-22T11:59:00.123+23:59"},
+      {1795262400123, 1440, "2026-11-21T12:00:00.123Z"},
+      {-62167219200000, 0, "0000-01-01T00:00:00.000Z"},
+      {-62167219200000, -60, "0000-01-01T23:59:00.000+23:59"},
+      {-62167219260000, 0, "0000-01-01T23:58:00.000+23:59"},
+      {253402300799999, 0, "9999-12-31T23:59:59.999Z"},
+      {253402300800000, 0, "9999-12-31T00:01:00.000-23:59"},
+  };
+  for (const auto& row : rows) {
+    const ZtDate date = ZtDate::fromMilliseconds(row.milliseconds);
+    EXPECT_EQ(zt::tools::momentText(date, std::chrono::minutes(row.offset)), row.text);
+    EXPECT_EQ(parseMoment(row.text), date) << row.text;
   }
 }
 

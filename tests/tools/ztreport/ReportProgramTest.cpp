@@ -290,6 +290,7 @@ Subcommands:
   run                         Report one whole run: the computer, its course and its facts
   resend                      Send the saved reports
   store                       List the saved reports, and say which cannot be sent and why
+  show                        Print what a report's text says
   probe                       Print what the inventory of this computer finds
   listen                      Print the broadcasts of reports as they come, one JSON object a line
   doctor                      Check the whole way of a report, and say what helps where it fails

@@ -5,7 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "tools/inbox/TerminalText.h"
+#include "tools/terminal/TerminalText.h"
 #include "tools/ztreport/InputOutput.h"
 #include "tools/ztreport/doctor/DesktopChecks.h"
 #include "tools/ztreport/doctor/StoreChecks.h"
@@ -55,7 +55,7 @@ std::string lineOf(const Check& check, const Finding& finding) {
   std::string text = finding.reason;
   if (!finding.remedy.empty()) text += " -> " + finding.remedy;
   // URLs, answers and names of files are other people's texts.
-  return line + zt::inbox::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
+  return line + zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
 }
 
 ordered_json jsonOf(const Check& check, const Finding& finding) {

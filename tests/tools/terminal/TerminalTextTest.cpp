@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "tools/inbox/TerminalText.h"
+#include "tools/terminal/TerminalText.h"
 
 namespace {
 
-using zt::inbox::terminalText;
+using zt::terminal::terminalText;
 
 TEST(TerminalTextTest, ShowsTextAndEscapesTheRest) {
   const struct {

@@ -1,0 +1,53 @@
+#include "tools/ztreport/Show.h"
+
+#include <array>
+#include <filesystem>
+#include <system_error>
+
+#include "tools/reader/ReportReader.h"
+#include "tools/terminal/TerminalStyle.h"
+#include "tools/ztreport/Delivery.h"
+#include "tools/ztreport/DescribedReport.h"
+#include "tools/ztreport/InputOutput.h"
+#include "tools/ztreport/ReportTree.h"
+
+namespace zt::tools {
+
+namespace {
+
+bool exists(const std::string& path) {
+  std::error_code none;
+  return std::filesystem::exists(path, none);
+}
+
+/// Where the report is. A bare name that is no file here may be one in the store.
+std::string pathOf(const std::string& file) {
+  if (file.empty() || file == "-" || file.find('/') != std::string::npos || exists(file)) {
+    return file;
+  }
+  const std::string folder = storeFolder() + "/";
+  for (const std::string& path :
+       {folder + file, folder + file + ".ztr", folder + "{" + file + "}.ztr"}) {
+    if (exists(path)) return path;
+  }
+  return file;
+}
+
+std::string shown(const reader::Report& report, bool json) {
+  return json ? describedReport(report).dump(2) + "\n"
+              : reportTree(report, terminal::outputStyle());
+}
+
+}  // namespace
+
+Exit show(const std::string& file, bool json) {
+  const std::string text = readAll(pathOf(file));
+  try {
+    print(shown(reader::readReport(text), json));
+  } catch (const reader::ReadError& error) {
+    throw Failure(Exit::WrongInput, nameOf(file) + ": " + error.what());
+  }
+  return Exit::Done;
+}
+
+}  // namespace zt::tools
