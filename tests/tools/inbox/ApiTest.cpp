@@ -104,7 +104,8 @@ TEST(ApiTest, GivesOneReportAndItsBytes) {
   report.customerId = std::string("\xff\0<b>\x1b", 6);
   post(inbox, report);
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
-  EXPECT_EQ(one, inbox.reports()[0]);
+  const json listed = inbox.reports()[0];
+  for (const auto& [key, value] : listed.items()) EXPECT_EQ(one[key], value) << key;
   EXPECT_EQ(one["customerId"], std::string("\xef\xbf\xbd\0<b>\x1b", 8));
 
   auto client = inbox.newClient();
