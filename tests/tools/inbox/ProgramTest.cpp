@@ -197,6 +197,8 @@ TEST(ProgramTest, RefusesWrongUsage) {
 
 TEST(ProgramTest, SaysWhenTheMachineFails) {
   const Inbox inbox;
+  const TemporaryFolder broken;
+  broken.write("reports.db", "This is a letter.");
   const std::string taken = inbox.url().substr(7);
   const struct {
     std::vector<std::string> arguments;
@@ -205,6 +207,10 @@ TEST(ProgramTest, SaysWhenTheMachineFails) {
       {{"--listen", taken}, "ztinbox: cannot listen on " + taken + ": Address already in use\n"},
       {{"--listen", "192.0.2.1:0"},
        "ztinbox: cannot listen on 192.0.2.1:0: Cannot assign requested address\n"},
+      {{"--listen", "127.0.0.1:0", "--data", "/dev/null/data"},
+       "ztinbox: cannot create the data folder /dev/null/data: Not a directory\n"},
+      {{"--listen", "127.0.0.1:0", "--data", broken.path()},
+       "ztinbox: " + broken.path() + "/reports.db: file is not a database\n"},
       {{"--scenario", "/nowhere/s.json"},
        "ztinbox: cannot read /nowhere/s.json: No such file or directory\n"},
   };
