@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
@@ -11,11 +12,13 @@
 #include <vector>
 
 #include "tests/support/Child.h"
+#include "tests/support/TemporaryFolder.h"
 
 namespace zt::test {
 
-/// A running ztinbox on a free port of the loopback interface, ended with its scope. The test
-/// links `zt_test_inbox`, which knows where the program stands.
+/// A running ztinbox on a free port of the loopback interface, ended with its scope. It keeps its
+/// reports in a folder of its own, removed with it, unless the options name another (`--data`). The
+/// test links `zt_test_inbox`, which knows where the program stands.
 ///
 ///     zt::test::Inbox inbox({"--answer", "refuse"});
 ///     report->setUrl(inbox.configurationUrl());
@@ -27,7 +30,7 @@ namespace zt::test {
 class Inbox {
  public:
   explicit Inbox(std::vector<std::string> options = {})
-      : _child(ZT_INBOX_PROGRAM, withFreePort(std::move(options))) {
+      : _child(ZT_INBOX_PROGRAM, complete(std::move(options), _folder.path("data"))) {
     constexpr std::string_view kGreeting = "ztinbox: listening on ";
     const std::string line = _child.waitForLines(1);
     if (!line.starts_with(kGreeting)) {
@@ -94,8 +97,12 @@ class Inbox {
   Child& child() { return _child; }
 
  private:
-  static std::vector<std::string> withFreePort(std::vector<std::string> options) {
+  static std::vector<std::string> complete(std::vector<std::string> options,
+                                           const std::string& folder) {
     options.insert(options.begin(), {"--listen", "127.0.0.1:0"});
+    if (std::ranges::find(options, "--data") == options.end()) {
+      options.insert(options.end(), {"--data", folder});
+    }
     return options;
   }
 
@@ -105,6 +112,7 @@ class Inbox {
     throw std::runtime_error("the inbox did not give the " + wanted + ": " + result->body);
   }
 
+  TemporaryFolder _folder;
   Child _child;
   std::string _url;
 };

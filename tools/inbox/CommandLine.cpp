@@ -12,6 +12,7 @@
 #include "tools/inbox/BehaviourJson.h"
 #include "tools/inbox/Fault.h"
 #include "tools/inbox/Version.h"
+#include "tools/inbox/store/DataFolder.h"
 
 namespace zt::inbox {
 
@@ -22,7 +23,8 @@ constexpr std::uint64_t kMostKept = 1'000'000;
 /// The values of the options as they were written.
 struct Arguments {
   std::string listen = "127.0.0.1:8025";
-  std::string most = "1000";
+  std::optional<std::string> data;
+  std::string most = "10000";
   std::string answer = "accept";
   std::string slow = "0";
   std::string failRate = "0";
@@ -35,6 +37,9 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.add_option("--listen", arguments.listen, "Address and port; port 0: a free one")
       ->type_name("ADDRESS:PORT")
       ->capture_default_str();
+  app.add_option("--data", arguments.data,
+                 "Folder to keep the reports in (default: ztinbox among the user's data)")
+      ->type_name("DIR");
   app.add_option("--max", arguments.most, "Keep the newest N reports")
       ->type_name("N")
       ->capture_default_str();
@@ -121,6 +126,8 @@ InboxSettings readSettings(const Arguments& arguments) {
   if (!arguments.scenario.empty()) {
     settings.behaviour.scenario = readScenarioFile(arguments.scenario);
   }
+  if (arguments.data && arguments.data->empty()) throw InputFault("--data must name a folder");
+  settings.dataFolder = arguments.data ? *arguments.data : defaultDataFolder();
   return settings;
 }
 

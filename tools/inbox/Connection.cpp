@@ -9,6 +9,8 @@
 #include <cerrno>
 #include <cstring>
 
+#include "tools/inbox/ListenAddress.h"
+
 namespace zt::inbox {
 
 namespace {
@@ -66,6 +68,7 @@ bool Connection::waitForRequest(milliseconds timeout) {
 void Connection::beginHead() {
   _inHead = true;
   _mayRead = kLargestHead;
+  _head.clear();
 }
 
 void Connection::beginBody() {
@@ -104,6 +107,14 @@ std::string Connection::localAddress() const {
   int port = 0;
   get_local_ip_and_port(address, port);
   return address;
+}
+
+std::string Connection::sender() const {
+  ListenAddress address;
+  int port = 0;
+  get_remote_ip_and_port(address.address, port);
+  address.port = static_cast<std::uint16_t>(port);
+  return address.text();
 }
 
 bool Connection::is_readable() const {
@@ -169,6 +180,7 @@ bool Connection::fillBuffer(milliseconds timeout) {
 ssize_t Connection::takeBuffered(char* to, std::size_t size) {
   const std::size_t count = std::min(size, _bufferEnd - _bufferBegin);
   std::memcpy(to, _buffer.data() + _bufferBegin, count);
+  if (_inHead) _head.append(to, count);
   _bufferBegin += count;
   _mayRead -= count;
   return static_cast<ssize_t>(count);

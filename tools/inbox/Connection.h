@@ -39,6 +39,8 @@ class Connection final : public httplib::Stream {
   /// Whether the client sent more than is taken.
   bool isOverLimit() const { return _overLimit; }
   bool isInHead() const { return _inHead; }
+  /// The head of the request being read or answered, as it came.
+  const std::string& head() const { return _head; }
   /// The answer is the last one, since the rest of the request will not be read.
   void endAfterAnswer() { _ending = true; }
   /// From now on nothing is sent, and the connection ends.
@@ -52,6 +54,8 @@ class Connection final : public httplib::Stream {
   bool isLeftWithin(std::chrono::milliseconds timeout) const;
   /// The address of this machine that the client reached, in numbers; empty when unknown.
   std::string localAddress() const;
+  /// The client's address and port: "127.0.0.1:40312", "[::1]:40312".
+  std::string sender() const;
 
   // httplib::Stream
 
@@ -72,6 +76,7 @@ class Connection final : public httplib::Stream {
   std::size_t _bufferBegin = 0;
   std::size_t _bufferEnd = 0;
   std::size_t _mayRead = 0;
+  std::string _head;
   bool _inHead = false;
   bool _overLimit = false;
   bool _readFailed = false;

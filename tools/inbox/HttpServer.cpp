@@ -25,6 +25,17 @@ constexpr int kNotImplemented = 501;
 constexpr const char* kTooLargeReason = "request over 64 MiB";
 const std::string kEveryPath = "/";
 
+/// A browser runs and loads nothing but the inbox's own files, whatever a report holds, and shows
+/// nothing of the inbox within another site's page.
+const httplib::Headers kEveryAnswer{
+    {"Content-Security-Policy",
+     "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; font-src 'self'; "
+     "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
+    {"Cross-Origin-Resource-Policy", "same-origin"},
+    {"Referrer-Policy", "no-referrer"},
+    {"X-Content-Type-Options", "nosniff"},
+};
+
 /// The request that a thread is serving: the HTTP library's handlers get it this way.
 struct Current {
   Connection& connection;
@@ -106,6 +117,7 @@ class HttpServer::Engine final : public httplib::Server {
     // The library gives up on answers of a server without a socket; this one has its own.
     svr_sock_ = 0;
     set_keep_alive_max_count(kRequestsPerConnection);
+    set_default_headers(kEveryAnswer);
     set_pre_routing_handler([](const httplib::Request&, httplib::Response& response) {
       if (!current->refusal) return HandlerResponse::Unhandled;
       refuse(response, current->path, *current->refusal);

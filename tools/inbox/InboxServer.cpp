@@ -8,8 +8,11 @@
 #include <thread>
 #include <utility>
 
+#include "tools/inbox/ApiAnswers.h"
 #include "tools/inbox/HostCheck.h"
+#include "tools/inbox/ReportLine.h"
 #include "tools/inbox/SoapAnswers.h"
+#include "tools/inbox/TerminalText.h"
 #include "tools/inbox/Version.h"
 #include "tools/inbox/Workers.h"
 
@@ -24,7 +27,9 @@ constexpr std::chrono::milliseconds kNoDescriptorPause{20};
 
 constexpr int kForbidden = 403;
 constexpr int kNotFound = 404;
-constexpr int kNotAllowed = 405;
+constexpr int kServerError = 500;
+/// Of a fault in the inbox's own lines.
+constexpr std::size_t kLongestFault = 300;
 
 bool isConfiguration(const std::string& path) {
   constexpr std::string_view kFolder = "/reporting/";
@@ -38,23 +43,15 @@ bool isSoap(const std::string& path) { return path == "/soap" || path == "/soap-
 /// What a browser shows or a script reads, as opposed to what reporting clients ask for.
 bool isForTheUser(const std::string& path) { return path == "/" || Api::owns(path); }
 
-bool reads(const Exchange& exchange) {
-  return exchange.request.method == "GET" || exchange.request.method == "HEAD";
-}
-
-void answerNotAllowed(Exchange& exchange, const char* allowed) {
-  exchange.response.set_header("Allow", allowed);
-  refuse(exchange.response, exchange.path,
-         {kNotAllowed, "method not allowed: " + exchange.request.method});
-}
-
 }  // namespace
 
 InboxServer::InboxServer(const InboxSettings& settings, LineSink lines)
-    : _socket(settings.listen),
+    : _lines(std::move(lines)),
+      _socket(settings.listen),
       _behaviour(settings.behaviour),
-      _store(settings.mostReports),
-      _intake(_behaviour, _store, std::move(lines)),
+      _store(settings.dataFolder, settings.mostReports,
+             [this](const Report& report) { _lines(reportLine(report)); }),
+      _intake(_behaviour, _store),
       _soap(_intake),
       _api(_store, _behaviour),
       _http([this](Exchange& exchange) { answer(exchange); },
@@ -82,7 +79,14 @@ void InboxServer::run(int stopDescriptor) {
   _open.endAll();
 }
 
-void InboxServer::answer(Exchange& exchange) {
+void InboxServer::answer(Exchange& exchange) try {
+  dispatch(exchange);
+} catch (const DatabaseFault& fault) {
+  _lines("ztinbox: " + terminalText(fault.what(), kLongestFault));
+  refuse(exchange.response, exchange.path, {kServerError, fault.what()});
+}
+
+void InboxServer::dispatch(Exchange& exchange) {
   if (isSoap(exchange.path)) {
     if (exchange.request.method != "POST") return answerNotAllowed(exchange, "POST");
     return _soap.answer(exchange, exchange.path == "/soap-test");

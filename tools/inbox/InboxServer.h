@@ -1,8 +1,10 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "tools/inbox/Api.h"
 #include "tools/inbox/Behaviour.h"
@@ -10,14 +12,18 @@
 #include "tools/inbox/Intake.h"
 #include "tools/inbox/ListeningSocket.h"
 #include "tools/inbox/OpenConnections.h"
-#include "tools/inbox/ReportStore.h"
 #include "tools/inbox/SoapService.h"
+#include "tools/inbox/store/ReportStore.h"
 
 namespace zt::inbox {
 
+/// Takes one line of text, without its line end.
+using LineSink = std::function<void(std::string_view)>;
+
 struct InboxSettings {
   ListenAddress listen{"127.0.0.1", 8025};
-  std::size_t mostReports = 1'000;
+  std::string dataFolder;
+  std::size_t mostReports = 10'000;
   BehaviourSettings behaviour;
 };
 
@@ -27,8 +33,9 @@ struct InboxSettings {
 ///     server.run(stop);                        // until the descriptor `stop` is readable
 class InboxServer {
  public:
-  /// Listens at once; clients that connect before run() wait. `lines` gets a line for each report,
-  /// from any thread, one at a time. Throws MachineFault when the address cannot be had.
+  /// Listens at once; clients that connect before run() wait. `lines` gets a line for each report
+  /// that is kept and each fault of the database, from any thread. Throws MachineFault when the
+  /// address or the data folder cannot be had.
   InboxServer(const InboxSettings& settings, LineSink lines);
 
   /// "http://127.0.0.1:8025"
@@ -40,10 +47,12 @@ class InboxServer {
 
  private:
   void answer(Exchange& exchange);
+  void dispatch(Exchange& exchange);
   void answerConfiguration(Exchange& exchange) const;
   std::optional<Refusal> check(const RequestHead& head) const;
   ListenAddress addressFor(const Connection& connection) const;
 
+  LineSink _lines;
   ListeningSocket _socket;
   Behaviour _behaviour;
   ReportStore _store;

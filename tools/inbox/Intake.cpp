@@ -1,26 +1,45 @@
 #include "tools/inbox/Intake.h"
 
+#include <future>
 #include <utility>
 
-#include "tools/inbox/ReportLine.h"
+#include "tools/inbox/ReportContent.h"
+#include "tools/inbox/store/PackedText.h"
 
 namespace zt::inbox {
 
-Intake::Intake(Behaviour& behaviour, ReportStore& store, LineSink lines)
-    : _behaviour(behaviour), _store(store), _lines(std::move(lines)) {}
+namespace {
 
-Reaction Intake::receive(std::string_view body, bool test) {
-  Report report;
-  report.identity = readIdentity(body);
-  report.body = body;
-  report.test = test;
+NewReport newReport(const Incoming& incoming) {
+  ReportContent content = readContent(incoming.body);
+  NewReport report;
+  report.report.identity = std::move(content.identity);
+  report.report.result = std::move(content.result);
+  report.report.duration = content.duration;
+  report.report.size = incoming.body.size();
+  report.report.sender = incoming.sender;
+  report.report.test = incoming.test;
+  report.head = incoming.head;
+  report.packedBody = packed(incoming.body);
+  report.steps = std::move(content.steps);
+  return report;
+}
 
-  const std::lock_guard lock(_order);
-  const Reaction reaction = _behaviour.next();
-  report.answer = reaction.answer;
-  report.received = std::chrono::system_clock::now();
-  const auto kept = _store.add(std::move(report));
-  _lines(reportLine(*kept));
+}  // namespace
+
+Reaction Intake::receive(const Incoming& incoming) {
+  NewReport report = newReport(incoming);
+
+  Reaction reaction;
+  std::future<void> kept;
+  {
+    const std::lock_guard lock(_order);
+    reaction = _behaviour.next();
+    report.report.answer = reaction.answer;
+    report.report.received = std::chrono::system_clock::now();
+    kept = _store.add(std::move(report));
+  }
+  kept.get();
   return reaction;
 }
 

@@ -6,27 +6,32 @@
 #include <string_view>
 
 #include "tools/inbox/Behaviour.h"
-#include "tools/inbox/ReportStore.h"
+#include "tools/inbox/store/ReportStore.h"
 
 namespace zt::inbox {
 
-/// Takes one line of text, without its line end.
-using LineSink = std::function<void(std::string_view)>;
+/// A report's request.
+struct Incoming {
+  std::string_view body;
+  std::string_view head;  ///< request line and headers
+  std::string sender;     ///< address and port
+  bool test = false;      ///< came to the test address
+};
 
-/// Takes reports in: decides what is answered, keeps the report, writes its line. Reports that
-/// come at the same time get their numbers, steps of the scenario and lines in one order.
+/// Takes reports in: decides what is answered and keeps the report. Reports that come at the same
+/// time get their numbers and their steps of the scenario in one order.
 class Intake {
  public:
   /// `behaviour` and `store` outlive the intake.
-  Intake(Behaviour& behaviour, ReportStore& store, LineSink lines);
+  Intake(Behaviour& behaviour, ReportStore& store) : _behaviour(behaviour), _store(store) {}
 
-  /// Once it returns, the report is kept and its line is written. Any thread may call it.
-  Reaction receive(std::string_view body, bool test);
+  /// Once it returns, the report is kept. Throws DatabaseFault when it cannot be kept: then
+  /// nobody may be told that it was. Any thread may call it.
+  Reaction receive(const Incoming& incoming);
 
  private:
   Behaviour& _behaviour;
   ReportStore& _store;
-  LineSink _lines;
   std::mutex _order;
 };
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "tools/inbox/Blanks.h"
+
 namespace zt::inbox {
 
 namespace {
@@ -95,8 +97,8 @@ class LineReader {
   void read(std::string_view report) {
     Lines lines(report);
     while (lines.next()) {
-      const std::size_t tagAt = lines.line().find_first_not_of(" \t");
-      if (tagAt == kNowhere || lines.line()[tagAt] != '<') continue;
+      const std::size_t tagAt = blanksBefore(lines.line());
+      if (tagAt == lines.line().size() || lines.line()[tagAt] != '<') continue;
       if (_amongPools) {
         readPool(lines.line(), tagAt);
       } else {

@@ -18,9 +18,9 @@ struct ReportIdentity {
   std::vector<std::string> pools;  ///< the pools' types, in order
 };
 
-inline constexpr std::size_t kLongestIdentityValue =
-    std::size_t{64} * 1024;                         ///< longer ones are cut off
-inline constexpr std::size_t kMostPools = 100'000;  ///< later ones are left out
+// A page of the report list holds the identities of up to a thousand reports.
+inline constexpr std::size_t kLongestIdentityValue = 1024;  ///< bytes; longer ones are cut off
+inline constexpr std::size_t kMostPools = 1'000;            ///< later ones are left out
 
 /// Reads the identity out of a report's text. Values are written into reports without escaping,
 /// so a report is often no well-formed XML; it is read by its lines, each element of interest

@@ -51,7 +51,7 @@ std::string reportLine(const Report& report) {
   line.append(kGap).append(shown(identity.applicationId));
   line.append(" ").append(shown(identity.applicationVersion));
   line.append(kGap).append(shown(identity.pools));
-  line.append(kGap).append(std::to_string(report.body.size())).append(" bytes");
+  line.append(kGap).append(std::to_string(report.size)).append(" bytes");
   if (report.test) line.append(kGap).append("test");
   if (report.duplicateOf) {
     line.append(kGap).append("duplicate of #").append(std::to_string(*report.duplicateOf));

@@ -67,7 +67,9 @@ void SoapService::answer(Exchange& exchange, bool test) {
       exchange.response.set_content(versionDocument(), kXmlType);
       return;
     case SoapRequest::kReport: {
-      const Reaction reaction = _intake.receive(body, test);
+      const Connection& connection = exchange.connection;
+      const Reaction reaction =
+          _intake.receive({body, connection.head(), connection.sender(), test});
       if (!exchange.connection.staysOpenFor(reaction.slow)) {
         exchange.connection.endSilently();
         return;

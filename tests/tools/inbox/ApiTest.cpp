@@ -73,6 +73,22 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
       {"GET", "/api/v1/reports?limit=1001", 400, "limit must be a whole number from 1 to 1000"},
       {"GET", "/api/v1/reports?limit=", 400, "limit must be a whole number from 1 to 1000"},
       {"GET", "/api/v1/reports?before=x", 400, "before must be a whole number from 1"},
+      {"GET", "/api/v1/reports?test=yes", 400, "test must be true or false"},
+      {"GET", "/api/v1/reports?read=", 400, "read must be true or false"},
+      {"GET", "/api/v1/reports?since=soon", 400,
+       "since must be a date (2026-11-21) or a time with its offset (2026-11-21T12:00:00Z)"},
+      {"GET", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
+      {"GET", "/api/v1/reports?customer=a&customer=b", 400, "customer must be given once"},
+      {"DELETE", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
+      {"DELETE", "/api/v1/reports?limit=1", 400, "unknown parameter: limit"},
+      {"GET", "/api/v1/reports/1?x=y", 400, "unknown parameter: x"},
+      {"GET", "/api/v1/stats?limit=1", 400, "unknown parameter: limit"},
+      {"GET", "/api/v1/events?after=x", 400, "after must be a whole number from 0"},
+      {"PUT", "/api/v1/reports/read", 400, R"(must be {"read": true} or {"read": false})"},
+      {"GET", "/api/v1/reports/1/nothing", 404, "no such address"},
+      {"DELETE", "/api/v1/events", 405, "method not allowed: DELETE"},
+      {"POST", "/api/v1/stats", 405, "method not allowed: POST"},
+      {"GET", "/api/v1/reports/1/read", 405, "method not allowed: GET"},
       {"GET", "/api/v1/reports/1", 404, "no such report"},
       {"GET", "/api/v1/reports/x", 404, "no such report"},
       {"GET", "/api/v1/reports/1/raw", 404, "no such report"},
@@ -104,7 +120,8 @@ TEST(ApiTest, GivesOneReportAndItsBytes) {
   report.customerId = std::string("\xff\0<b>\x1b", 6);
   post(inbox, report);
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
-  EXPECT_EQ(one, inbox.reports()[0]);
+  const json listed = inbox.reports()[0];
+  for (const auto& [key, value] : listed.items()) EXPECT_EQ(one[key], value) << key;
   EXPECT_EQ(one["customerId"], std::string("\xef\xbf\xbd\0<b>\x1b", 8));
 
   auto client = inbox.newClient();
@@ -124,6 +141,117 @@ TEST(ApiTest, DeletesOneReportOrAll) {
   EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{}));
   post(inbox, SampleReport());
   EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4}));
+}
+
+TEST(ApiTest, FindsReportsByWhatIsInThem) {
+  const Inbox inbox;
+  SampleReport report;
+  report.value = "Zürich disk full";
+  post(inbox, report);
+  report.machineId = "{OTHER}";
+  report.applicationId = "{A}";
+  report.pools = {"CUSTOM"};
+  report.value = "full disk";
+  post(inbox, report);
+  const struct {
+    const char* query;
+    std::vector<int> numbers;
+  } rows[] = {
+      {"?text=DISK%20full", {2, 1}},
+      {"?text=%22disk%20full%22", {1}},
+      {"?text=zuri", {1}},
+      {"?text=di", {}},
+      {"?text=%2D%2A", {}},
+      {"?text=", {}},
+      {"?text=edition", {2, 1}},
+      {"?machine={OTHER}", {2}},
+      {"?application=%7BA%7D", {2}},
+      {"?pool=CUSTOM", {2}},
+      {"?pool=CUSTOM&text=zuri", {}},
+      {"?test=false&read=false&since=2020-01-01&until=2120-01-01T00:00:00Z", {2, 1}},
+      {"?until=2020-01-01", {}},
+      {"?before=18446744073709551615", {2, 1}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(numbers(inbox, row.query), row.numbers) << row.query;
+}
+
+TEST(ApiTest, DeletesAndMarksWhatIsFound) {
+  const Inbox inbox;
+  for (const char* customer : {"a", "b", "a", "c"}) post(inbox, reportOf(customer));
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/4/read", R"({"read": true})").body,
+            "{\"changed\":1}\n");
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/read?customer=a", R"({"read": true})").body,
+            "{\"changed\":2}\n");
+  EXPECT_EQ(numbers(inbox, "?read=false"), (std::vector<int>{2}));
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/read", R"({"read": false})").body,
+            "{\"changed\":3}\n");
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?customer=a&before=3").body, "{\"deleted\":1}\n");
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?text=nothing").body, "{\"deleted\":0}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 3, 2}));
+}
+
+TEST(ApiTest, ShowsTheRequestAndTheOtherReportsOfTheSameId) {
+  const Inbox inbox;
+  const zt::test::RawClient client(inbox.port());
+  ASSERT_TRUE(client.send(zt::test::postRequest(
+      "/soap", SampleReport().text(), "X-Two:  a b \r\nx-empty:\r\nX-Two: %0d%0a<b>\r\n")));
+  post(inbox, SampleReport());
+  post(inbox, SampleReport());
+  ask(inbox, "GET", "/api/v1/wait?count=3");
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["sameId"], json({2, 3}));
+  EXPECT_EQ(one["request"], "POST /soap HTTP/1.1");
+  const std::string size = std::to_string(SampleReport().text().size());
+  EXPECT_EQ(one["headers"], json({{{"name", "Host"}, {"value", "127.0.0.1"}},
+                                  {{"name", "X-Two"}, {"value", "a b"}},
+                                  {{"name", "x-empty"}, {"value", ""}},
+                                  {{"name", "X-Two"}, {"value", "%0d%0a<b>"}},
+                                  {{"name", "Content-Length"}, {"value", size}}}));
+}
+
+TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
+  const Inbox inbox;
+  SampleReport report;
+  const std::string array = "               <Field FieldType=\"array\">\r\n";
+  report.moreFields = SampleReport::field("SUCCESSFULL", "TRUE") + array +
+                      "                 <Name>LIST</Date>\r\n                 <Fields>\r\n"
+                      "                   <Field FieldType=\"integer\">\r\n"
+                      "                     <Name>COUNT</Name>\r\n"
+                      "                     <Value>7</Value>\r\n                   </Field>\r\n"
+                      "                 </Fields>\r\n               </Data>\r\n";
+  post(inbox, report);
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["complete"], true);
+  EXPECT_EQ(one["content"],
+            json::parse(R"([{"type": "EXECUTION", "date": "2026-11-21T12:00:00.123UTC",
+        "result": "succeeded", "duration": null, "steps": [],
+        "fields": [{"name": "EDITION", "type": "string", "value": "Home"},
+                   {"name": "SUCCESSFULL", "type": "string", "value": "TRUE"},
+                   {"name": "LIST", "type": "array", "groups": [
+                     [{"name": "COUNT", "type": "integer", "value": "7"}]]}]}])"));
+  EXPECT_EQ(one["result"], "succeeded");
+}
+
+TEST(ApiTest, CountsForCharts) {
+  Inbox inbox({"--answer", "refuse"});
+  post(inbox, SampleReport());
+  inbox.behave(R"({"answer": "accept"})");
+  post(inbox, reportOf("other"));
+  json stats = json::parse(ask(inbox, "GET", "/api/v1/stats").body);
+  EXPECT_EQ(stats["arrivals"], 2);
+  EXPECT_EQ(stats["reports"], 2);
+  EXPECT_EQ(stats["unread"], 2);
+  int accepted = 0;
+  int refused = 0;
+  for (const json& minute : stats["minutes"]) {
+    accepted += minute["accepted"].get<int>();
+    refused += minute["refused"].get<int>();
+  }
+  EXPECT_EQ(accepted, 1);
+  EXPECT_EQ(refused, 1);
+  stats = json::parse(ask(inbox, "GET", "/api/v1/stats?customer=other").body);
+  EXPECT_EQ(stats["reports"], 1);
+  EXPECT_EQ(stats["arrivals"], 2);
 }
 
 TEST(ApiTest, ADeletionWithoutALengthIsAnsweredAtOnce) {

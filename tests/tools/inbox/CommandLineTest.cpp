@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/ScopedEnvironment.h"
 #include "tools/inbox/CommandLine.h"
 #include "tools/inbox/Fault.h"
 
@@ -12,6 +13,7 @@ namespace {
 
 using zt::inbox::AnswerKind;
 using zt::inbox::CommandLine;
+using zt::test::ScopedEnvironment;
 
 CommandLine read(std::vector<const char*> arguments) {
   arguments.insert(arguments.begin(), "ztinbox");
@@ -46,21 +48,24 @@ class TextFile {
 };
 
 TEST(CommandLineTest, HasADefaultForEverything) {
+  const ScopedEnvironment data("XDG_DATA_HOME", "/data");
   const auto settings = read({}).settings;
   ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->dataFolder, "/data/ztinbox");
   EXPECT_EQ(settings->listen.text(), "127.0.0.1:8025");
-  EXPECT_EQ(settings->mostReports, 1000U);
+  EXPECT_EQ(settings->mostReports, 10'000U);
   EXPECT_EQ(settings->behaviour, zt::inbox::BehaviourSettings{});
 }
 
 TEST(CommandLineTest, ReadsEveryOption) {
   const TextFile scenario(R"([{"answer": "drop"}])");
   const auto settings =
-      read({"--listen", "[::1]:0", "--max", "5", "--answer", "error:404", "--slow", "30",
-            "--fail-rate", "0.5", "--seed", "9", "--scenario", scenario.path()})
+      read({"--listen", "[::1]:0", "--data", "/somewhere", "--max", "5", "--answer", "error:404",
+            "--slow", "30", "--fail-rate", "0.5", "--seed", "9", "--scenario", scenario.path()})
           .settings;
   ASSERT_TRUE(settings);
   EXPECT_EQ(settings->listen.text(), "[::1]:0");
+  EXPECT_EQ(settings->dataFolder, "/somewhere");
   EXPECT_EQ(settings->mostReports, 5U);
   EXPECT_EQ(settings->behaviour.answer, (zt::inbox::Answer{AnswerKind::kError, 404}));
   EXPECT_EQ(settings->behaviour.slow, std::chrono::milliseconds(30));
@@ -97,7 +102,8 @@ TEST(CommandLineTest, ExplainsWrongUsage) {
       {{"--fail-rate", ""}, rateFault},
       {{"--scenario", wrongStep.path()}, stepFault},
       {{"--scenario", noJson.path()}, jsonFault},
-      {{"--data"}, "The following argument was not expected: --data"},
+      {{"--data"}, "--data: 1 required DIR missing"},
+      {{"--data", ""}, "--data must name a folder"},
       {{"file"}, "The following argument was not expected: file"},
       {{"--max"}, "--max: 1 required N missing"},
   };
@@ -125,8 +131,8 @@ TEST(CommandLineTest, HelpAndVersionGoBeforeEverything) {
   EXPECT_EQ(read({"--version"}).text, "ztinbox 1.0.0\n");
   const CommandLine help = read({"--help"});
   EXPECT_FALSE(help.settings);
-  for (const char* option : {"--listen", "--max", "--answer", "--slow", "--fail-rate", "--seed",
-                             "--scenario", "--help", "--version"}) {
+  for (const char* option : {"--listen", "--data", "--max", "--answer", "--slow", "--fail-rate",
+                             "--seed", "--scenario", "--help", "--version"}) {
     EXPECT_NE(help.text.find(option), std::string::npos) << option;
   }
 }

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "tests/support/Inbox.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/inbox/RawClient.h"
 #include "tests/tools/inbox/SampleReport.h"
 
@@ -13,6 +14,7 @@ using zt::test::kVersionRequest;
 using zt::test::postRequest;
 using zt::test::RawClient;
 using zt::test::SampleReport;
+using zt::test::TemporaryFolder;
 
 std::string answerWith(const std::string& value) {
   return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
@@ -80,10 +82,13 @@ TEST(InboxTest, AcceptsAReportAndKeepsIt) {
   auto list = inbox.reports();
   ASSERT_EQ(list.size(), 1U);
   EXPECT_TRUE(list[0]["received"].get<std::string>().starts_with("20"));
+  EXPECT_TRUE(list[0]["sender"].get<std::string>().starts_with("127.0.0.1:"));
   list[0].erase("received");
+  list[0].erase("sender");
   EXPECT_EQ(list[0], nlohmann::json({{"number", 1},
                                      {"size", report.text().size()},
                                      {"test", false},
+                                     {"read", false},
                                      {"answer", "accepted"},
                                      {"reportId", report.reportId},
                                      {"machineId", report.machineId},
@@ -91,6 +96,8 @@ TEST(InboxTest, AcceptsAReportAndKeepsIt) {
                                      {"applicationId", report.applicationId},
                                      {"applicationVersion", "2.1.77"},
                                      {"pools", {"EXECUTION", "CUSTOM"}},
+                                     {"result", nullptr},
+                                     {"duration", nullptr},
                                      {"duplicateOf", nullptr}}));
 }
 
@@ -201,7 +208,8 @@ TEST(InboxTest, AHalfClosedConnectionStillGetsItsAnswer) {
 }
 
 TEST(InboxTest, ListensOnIpv6) {
-  zt::test::Child child(ZT_INBOX_PROGRAM, {"--listen", "[::1]:0"});
+  const TemporaryFolder folder;
+  zt::test::Child child(ZT_INBOX_PROGRAM, {"--listen", "[::1]:0", "--data", folder.path()});
   const std::string line = child.waitForLines(1);
   if (line.empty()) GTEST_SKIP() << "no IPv6 here: " << child.waitForErrors();
   const std::string url = line.substr(line.find("http://"), line.size() - line.find("http://") - 1);
@@ -214,7 +222,8 @@ TEST(InboxTest, ListensOnIpv6) {
 }
 
 TEST(InboxTest, OnEveryAddressItPointsAtTheOneThatWasAsked) {
-  zt::test::Child child(ZT_INBOX_PROGRAM, {"--listen", "0.0.0.0:0"});
+  const TemporaryFolder folder;
+  zt::test::Child child(ZT_INBOX_PROGRAM, {"--listen", "0.0.0.0:0", "--data", folder.path()});
   const std::string line = child.waitForLines(1);
   ASSERT_TRUE(line.starts_with("ztinbox: listening on http://0.0.0.0:")) << line;
   const std::string port = line.substr(line.rfind(':') + 1, line.size() - line.rfind(':') - 2);

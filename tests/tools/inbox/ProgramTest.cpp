@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/support/Inbox.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/tools/inbox/RawClient.h"
 #include "tests/tools/inbox/SampleReport.h"
 
@@ -20,6 +21,7 @@ using zt::test::postRequest;
 using zt::test::RawClient;
 using zt::test::reportWithId;
 using zt::test::SampleReport;
+using zt::test::TemporaryFolder;
 
 constexpr const char* kTime = "20[0-9][0-9]-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]";
 
@@ -130,7 +132,8 @@ TEST(ProgramTest, HostileTextsDoNotReachTheTerminal) {
 
 TEST(ProgramTest, EndsCleanlyOnSignals) {
   for (const int signal : {SIGINT, SIGTERM}) {
-    Child child(ZT_INBOX_PROGRAM, {"--listen", "127.0.0.1:0"});
+    const TemporaryFolder folder;
+    Child child(ZT_INBOX_PROGRAM, {"--listen", "127.0.0.1:0", "--data", folder.path()});
     child.waitForLines(1);
     child.signal(signal);
     EXPECT_EQ(child.wait(), 0) << signal;
@@ -194,6 +197,8 @@ TEST(ProgramTest, RefusesWrongUsage) {
 
 TEST(ProgramTest, SaysWhenTheMachineFails) {
   const Inbox inbox;
+  const TemporaryFolder broken;
+  broken.write("reports.db", "This is a letter.");
   const std::string taken = inbox.url().substr(7);
   const struct {
     std::vector<std::string> arguments;
@@ -202,6 +207,10 @@ TEST(ProgramTest, SaysWhenTheMachineFails) {
       {{"--listen", taken}, "ztinbox: cannot listen on " + taken + ": Address already in use\n"},
       {{"--listen", "192.0.2.1:0"},
        "ztinbox: cannot listen on 192.0.2.1:0: Cannot assign requested address\n"},
+      {{"--listen", "127.0.0.1:0", "--data", "/dev/null/data"},
+       "ztinbox: cannot create the data folder /dev/null/data: Not a directory\n"},
+      {{"--listen", "127.0.0.1:0", "--data", broken.path()},
+       "ztinbox: " + broken.path() + "/reports.db: file is not a database\n"},
       {{"--scenario", "/nowhere/s.json"},
        "ztinbox: cannot read /nowhere/s.json: No such file or directory\n"},
   };
@@ -226,7 +235,8 @@ Options:
   --version                   Print the version and exit
   --listen ADDRESS:PORT=127.0.0.1:8025
                               Address and port; port 0: a free one
-  --max N=1000                Keep the newest N reports
+  --data DIR                  Folder to keep the reports in (default: ztinbox among the user's data)
+  --max N=10000               Keep the newest N reports
   --answer WORD=accept        Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or truncate
   --slow MS=0                 Wait before each answer, in milliseconds
   --fail-rate F=0             Let each report fail with this probability, from 0 to 1

@@ -47,11 +47,18 @@ class RawClient {
   /// Nothing more will be sent; answers can still come.
   void endSending() const { ::shutdown(_socket, SHUT_WR); }
 
+  /// What comes next; empty at the end of the connection, or when nothing came for a while.
+  std::string receiveSome(int patienceInMilliseconds = 30'000) {
+    setPatience(patienceInMilliseconds);
+    std::string part(std::size_t{16} * 1024, '\0');
+    const ssize_t count = ::recv(_socket, part.data(), part.size(), 0);
+    part.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+    return part;
+  }
+
   /// Everything up to the end of the connection, or what comes until nothing came for a while.
   std::string receiveAll(int patienceInMilliseconds = 30'000) {
-    const timeval patience{patienceInMilliseconds / 1000,
-                           static_cast<suseconds_t>(patienceInMilliseconds % 1000) * 1000};
-    setsockopt(_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+    setPatience(patienceInMilliseconds);
     std::string received;
     std::array<char, 4096> part{};
     for (;;) {
@@ -68,6 +75,12 @@ class RawClient {
   End end() const { return _end; }
 
  private:
+  void setPatience(int milliseconds) const {
+    const timeval patience{milliseconds / 1000,
+                           static_cast<suseconds_t>(milliseconds % 1000) * 1000};
+    setsockopt(_socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof(patience));
+  }
+
   int _socket;
   End _end = End::kStillOpen;
 };

@@ -25,7 +25,7 @@ TEST(ReportLineTest, SaysWhatCame) {
   report.identity.applicationVersion = "2.1.77";
   report.identity.pools = {"EXECUTION", "CUSTOM"};
   report.duplicateOf = 3;
-  report.body = std::string(2345, 'x');
+  report.size = 2345;
   EXPECT_EQ(withoutTime(zt::inbox::reportLine(report)),
             "  #12  error 503  Kelvane_Test  {A} 2.1.77  EXECUTION, CUSTOM  2345 bytes  test  "
             "duplicate of #3");

@@ -15,7 +15,9 @@ struct SampleReport {
   std::string applicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
   std::string applicationVersion = "2.1.77";
   std::vector<std::string> pools{"EXECUTION"};
+  std::string name = "EDITION";  ///< of the field that each pool has
   std::string value = "Home";
+  std::string moreFields;  ///< lines behind it
 
   std::string text() const {
     std::string report =
@@ -29,7 +31,11 @@ struct SampleReport {
     report += "         <Datas xsi:type=\"com_Pools\">\r\n";
     for (const std::string& pool : pools) {
       report += "           <Data xsi:type=\"com_Pool\" Pool=\"" + pool + "\">\r\n";
-      report += "               <Value xsi:type=\"xsd:string\">" + value + "</Value>\r\n";
+      report +=
+          "             <Date xsi:type=\"xsd:dateTime\">2026-11-21T12:00:00.123UTC</Date>\r\n";
+      report += "             <Fields xsi:type=\"com_Fields\">\r\n";
+      report += field(name, value) + moreFields;
+      report += "             </Fields>\r\n";
       report += "           </Data>\r\n";
     }
     report +=
@@ -39,6 +45,15 @@ struct SampleReport {
         "  </SOAP-ENV:Body>\r\n"
         "</SOAP-ENV:Envelope>\r\n";
     return report;
+  }
+
+  /// The four lines of a string field.
+  static std::string field(const std::string& name, const std::string& value) {
+    const std::string indent(15, ' ');
+    return indent + "<Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n" +  //
+           indent + "  <Name xsi:type=\"xsd:string\">" + name + "</Name>\r\n" +  //
+           indent + "  <Value xsi:type=\"xsd:string\">" + value + "</Value>\r\n" + indent +
+           "</Field>\r\n";
   }
 
   static std::string header(const std::string& name, const std::string& value) {

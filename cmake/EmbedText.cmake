@@ -1,0 +1,19 @@
+# Writes the file INPUT as the source file OUTPUT: its bytes are the std::string_view NAME that HEADER
+# declares.
+file(READ "${INPUT}" bytes HEX)
+string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
+string(REGEX REPLACE "(('....',)('....',)('....',)('....',)('....',)('....',)('....',)('....',))" "\\1\n    "
+                     bytes "${bytes}")
+file(
+  WRITE "${OUTPUT}"
+  "#include \"${HEADER}\"
+
+namespace {
+
+constexpr char kBytes[] = {
+    ${bytes}'\\0'};
+
+}  // namespace
+
+const std::string_view ${NAME}(kBytes, sizeof(kBytes) - 1);
+")

@@ -1,0 +1,36 @@
+#include "tools/inbox/ReportContent.h"
+
+#include <algorithm>
+
+#include "tools/inbox/ReportRun.h"
+#include "tools/inbox/ReportText.h"
+
+namespace zt::inbox {
+
+namespace {
+
+void addRun(const PoolRun& run, ReportContent& content) {
+  if (run.result && !content.result) {
+    content.result = *run.result;
+    content.duration = run.duration;
+  }
+  for (const RunStep& step : run.steps) {
+    if (!step.duration || content.steps.size() == kMostCountedSteps) continue;
+    content.steps.push_back({std::string(step.name.substr(0, kLongestStepName)), *step.duration});
+  }
+}
+
+}  // namespace
+
+ReportContent readContent(std::string_view report) {
+  ReportContent content;
+  content.identity = readIdentity(report);
+  if (std::ranges::none_of(content.identity.pools, isRun)) return content;
+  const ReportText text = readReportText(report);
+  for (const ReportPool& pool : text.pools) {
+    if (const auto run = readRun(pool)) addRun(*run, content);
+  }
+  return content;
+}
+
+}  // namespace zt::inbox

@@ -1,0 +1,27 @@
+#include "tools/inbox/store/PackedText.h"
+
+#include <lz4.h>
+
+#include "tools/inbox/store/Database.h"
+
+namespace zt::inbox {
+
+std::string packed(std::string_view text) {
+  // A request has 64 MiB at most.
+  const int size = static_cast<int>(text.size());
+  std::string bytes(static_cast<std::size_t>(LZ4_compressBound(size)), '\0');
+  const int count =
+      LZ4_compress_default(text.data(), bytes.data(), size, static_cast<int>(bytes.size()));
+  bytes.resize(static_cast<std::size_t>(count));
+  return bytes;
+}
+
+std::string unpacked(std::string_view bytes, std::size_t size) {
+  std::string text(size, '\0');
+  const int count = LZ4_decompress_safe(bytes.data(), text.data(), static_cast<int>(bytes.size()),
+                                        static_cast<int>(size));
+  if (count != static_cast<int>(size)) throw DatabaseFault("a report in the database is damaged");
+  return text;
+}
+
+}  // namespace zt::inbox

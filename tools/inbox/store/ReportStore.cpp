@@ -1,0 +1,236 @@
+#include "tools/inbox/store/ReportStore.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/inbox/store/FilterSql.h"
+#include "tools/inbox/store/PackedText.h"
+#include "tools/inbox/store/Schema.h"
+
+namespace zt::inbox {
+
+namespace {
+
+/// What is removed or marked at once: those who send reports meanwhile wait for it.
+constexpr std::size_t kPortion = 200;
+constexpr std::chrono::seconds kIndexingPatience{2};
+
+Database openForWriting(const std::string& file) {
+  Database database(file, Database::Access::kWrite);
+  prepareForWriting(database);
+  return database;
+}
+
+std::uint64_t lastNumber(Database& database) {
+  return static_cast<std::uint64_t>(
+      database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
+}
+
+}  // namespace
+
+ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener)
+    : _folder(std::move(folder)),
+      _most(most),
+      _listener(std::move(listener)),
+      _writing(openForWriting(_folder.databaseFile())),
+      _writer(_writing),
+      _indexer(_writing),
+      _count(0),
+      _arrivals(lastNumber(_writing)),
+      _readers(_folder.databaseFile()),
+      _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
+                          [this] { saveNow(_writing); }}) {
+  _commits.add({[this] { recount(); }, {}});
+  trim();
+}
+
+std::future<void> ReportStore::add(NewReport incoming) {
+  const auto report = std::make_shared<NewReport>(std::move(incoming));
+  const auto keep = [this, report] {
+    _writer.insert(*report);
+    ++_count;
+    const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
+    if (oldest && _writer.remove(*oldest)) --_count;
+  };
+  const auto tell = [this, report] {
+    _arrivals.add(report->report.number);
+    if (_listener) _listener(report->report);
+  };
+  return _commits.add({keep, tell});
+}
+
+std::vector<Report> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
+  if (wanted.text) indexUpTo(_arrivals.lastNumber());
+  const FilterSql filter(wanted);
+  Readers::Lease lease(_readers);
+  Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
+                                         " ORDER BY " + filter.order() + " DESC LIMIT " +
+                                         std::to_string(limit));
+  std::vector<Report> reports;
+  for (filter.bindTo(select); select.next();) reports.push_back(readReport(select));
+  readPools(lease.database(), reports);
+  return reports;
+}
+
+std::vector<Report> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
+  Readers::Lease lease(_readers);
+  Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
+                                         " FROM reports r WHERE r.number > ?"
+                                         " ORDER BY r.number LIMIT ?");
+  std::vector<Report> reports;
+  for (select.bind(number, std::uint64_t{limit}); select.next();) {
+    reports.push_back(readReport(select));
+  }
+  readPools(lease.database(), reports);
+  return reports;
+}
+
+std::optional<Report> ReportStore::find(std::uint64_t number) {
+  auto reports = listAfter(number - 1, 1);
+  if (number == 0 || reports.empty() || reports.front().number != number) return std::nullopt;
+  return std::move(reports.front());
+}
+
+std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
+  Readers::Lease lease(_readers);
+  Statement select(
+      lease.database(),
+      "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
+      " WHERE b.report = ?");
+  select.bind(number);
+  if (!select.next()) return std::nullopt;
+  return ReportBytes{select.text(0),
+                     unpacked(select.view(1), static_cast<std::size_t>(select.integer(2)))};
+}
+
+std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
+                                                     std::size_t limit) {
+  Readers::Lease lease(_readers);
+  Statement select(lease.database(),
+                   "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
+                   " ORDER BY number LIMIT ?");
+  std::vector<std::uint64_t> numbers;
+  for (select.bind(reportId, std::uint64_t{limit}); select.next();) {
+    numbers.push_back(static_cast<std::uint64_t>(select.integer(0)));
+  }
+  return numbers;
+}
+
+Statistics ReportStore::statistics(const ReportFilter& filter) {
+  if (filter.text) indexUpTo(_arrivals.lastNumber());
+  Readers::Lease lease(_readers);
+  return readStatistics(lease.database(), filter);
+}
+
+bool ReportStore::remove(std::uint64_t number) {
+  bool removed = false;
+  _commits.run({[this, number, &removed] {
+                  removed = _writer.remove(number);
+                  if (removed) --_count;
+                },
+                {}});
+  return removed;
+}
+
+std::size_t ReportStore::remove(const ReportFilter& filter) {
+  ReportFilter rest = filter;
+  std::size_t total = 0;
+  rest.before =
+      std::min(filter.before.value_or(_arrivals.lastNumber() + 1), _arrivals.lastNumber() + 1);
+  for (auto found = numbers(rest, kPortion); !found.empty(); found = numbers(rest, kPortion)) {
+    std::size_t removed = 0;
+    _commits.run({[this, &found, &removed] {
+                    removed = 0;
+                    for (const std::uint64_t number : found) removed += _writer.remove(number);
+                    _count -= removed;
+                  },
+                  {}});
+    total += removed;
+    rest.before = found.back();
+  }
+  return total;
+}
+
+std::size_t ReportStore::clear() {
+  std::size_t cleared = 0;
+  _commits.run({[this, &cleared] {
+                  cleared = _count;
+                  deleteEverything(_writing);
+                  _count = 0;
+                },
+                [this] {
+                  _arrivals.clear();
+                  shrink(_writing);
+                }});
+  return cleared;
+}
+
+bool ReportStore::setRead(std::uint64_t number, bool read) {
+  bool found = false;
+  _commits.run({[this, number, read, &found] { found = _writer.setRead(number, read); }, {}});
+  return found;
+}
+
+std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
+  filter.read = !read;
+  std::size_t total = 0;
+  for (auto found = numbers(filter, kPortion); !found.empty(); found = numbers(filter, kPortion)) {
+    std::size_t changed = 0;
+    _commits.run({[this, &found, &changed, read] {
+                    changed = 0;
+                    for (const std::uint64_t number : found) {
+                      changed += _writer.setRead(number, read);
+                    }
+                  },
+                  {}});
+    total += changed;
+    filter.before = found.back();
+  }
+  return total;
+}
+
+void ReportStore::recount() {
+  _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
+}
+
+/// Removes what an inbox with a higher limit has left, a portion at a time, so that reports come
+/// in between.
+void ReportStore::trim() {
+  const auto more = std::make_shared<bool>(false);
+  _commits.add({[this, more] {
+                  for (std::size_t i = 0; i < kPortion && _count > _most; ++i) {
+                    const auto oldest = _writer.oldest();
+                    if (oldest && _writer.remove(*oldest)) --_count;
+                  }
+                  *more = _count > _most;
+                },
+                [this, more] {
+                  if (*more && !_commits.isEnding()) trim();
+                }});
+}
+
+void ReportStore::indexUpTo(std::uint64_t number) {
+  const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
+  while (std::chrono::steady_clock::now() < end) {
+    {
+      Readers::Lease lease(_readers);
+      if (!SearchIndexer::isBehind(lease.database(), number)) return;
+    }
+    _commits.run({[this] { _indexer.indexPortion(); }, {}});
+  }
+}
+
+std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
+  if (wanted.text) indexUpTo(_arrivals.lastNumber());
+  const FilterSql filter(wanted);
+  Readers::Lease lease(_readers);
+  Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
+                                         filter.order() + " DESC LIMIT " + std::to_string(limit));
+  std::vector<std::uint64_t> found;
+  for (filter.bindTo(select); select.next();) {
+    found.push_back(static_cast<std::uint64_t>(select.integer(0)));
+  }
+  return found;
+}
+
+}  // namespace zt::inbox

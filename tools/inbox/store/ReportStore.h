@@ -1,0 +1,85 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <future>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/inbox/Report.h"
+#include "tools/inbox/store/Arrivals.h"
+#include "tools/inbox/store/DataFolder.h"
+#include "tools/inbox/store/GroupCommit.h"
+#include "tools/inbox/store/Readers.h"
+#include "tools/inbox/store/ReportFilter.h"
+#include "tools/inbox/store/ReportRows.h"
+#include "tools/inbox/store/SearchIndexer.h"
+#include "tools/inbox/store/Statistics.h"
+
+namespace zt::inbox {
+
+/// The reports, in an SQLite database of its own folder: the newest `most` of them. What was added
+/// is committed before anybody is told so: no end of the program can undo it, and moments later no
+/// power failure either. Nothing of a report stays in memory. Any thread may
+/// call it; every operation throws DatabaseFault when the database fails.
+class ReportStore {
+ public:
+  /// Gets each report once it is kept, in the order of their numbers, from one thread.
+  using Listener = std::function<void(const Report&)>;
+
+  /// Throws MachineFault when the folder or what is in it cannot be used.
+  ReportStore(std::string folder, std::size_t most, Listener listener = {});
+
+  /// Takes `report` in under the next number; the oldest one goes when there are too many. Reports
+  /// get their numbers in the order of the calls. The future is ready once the report is kept and
+  /// the listener was told, and throws when it cannot be kept.
+  std::future<void> add(NewReport report);
+
+  /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
+  /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
+  /// most and then does without the rest.
+  std::vector<Report> list(const ReportFilter& filter, std::size_t limit);
+  /// At most `limit` with higher numbers than `number`, oldest first.
+  std::vector<Report> listAfter(std::uint64_t number, std::size_t limit);
+  std::optional<Report> find(std::uint64_t number);
+  std::optional<ReportBytes> bytes(std::uint64_t number);
+  /// The numbers of the reports with this report ID, oldest first, at most `limit`.
+  std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
+  Statistics statistics(const ReportFilter& filter);
+
+  /// False when there is none.
+  bool remove(std::uint64_t number);
+  /// How many there were. What comes in meanwhile stays.
+  std::size_t remove(const ReportFilter& filter);
+  /// All of them: how many there were. The file shrinks.
+  std::size_t clear();
+
+  /// False when there is none.
+  bool setRead(std::uint64_t number, bool read);
+  /// How many it changed.
+  std::size_t setRead(ReportFilter filter, bool read);
+
+  const Arrivals& arrivals() const { return _arrivals; }
+
+ private:
+  void recount();
+  void trim();
+  void indexUpTo(std::uint64_t number);
+  std::vector<std::uint64_t> numbers(const ReportFilter& filter, std::size_t limit);
+
+  DataFolder _folder;
+  const std::size_t _most;
+  Listener _listener;
+  Database _writing;
+  ReportWriter _writer;
+  SearchIndexer _indexer;
+  std::size_t _count;  ///< of the writing thread
+  Arrivals _arrivals;
+  Readers _readers;
+  GroupCommit _commits;  ///< last: its thread uses all of the above
+};
+
+}  // namespace zt::inbox

@@ -1,0 +1,39 @@
+#include "tools/inbox/store/SearchText.h"
+
+#include <algorithm>
+
+#include "tools/inbox/ReportIdentity.h"
+#include "tools/inbox/ReportText.h"
+
+namespace zt::inbox {
+
+namespace {
+
+void addLine(std::string& text, std::string_view line) {
+  const std::size_t left = kLongestSearchText - std::min(text.size(), kLongestSearchText);
+  const std::string_view part = line.substr(0, std::min(kLongestSearchedValue, left));
+  if (!part.empty()) text.append(part).append("\n");
+}
+
+}  // namespace
+
+std::string searchText(std::string_view report) {
+  const ReportText content = readReportText(report);
+  if (content.pools.empty()) return std::string(report.substr(0, kLongestSearchText));
+  std::string text;
+  const ReportIdentity identity = readIdentity(report);
+  for (const auto& value : {identity.reportId, identity.machineId, identity.customerId,
+                            identity.applicationId, identity.applicationVersion}) {
+    if (value) addLine(text, *value);
+  }
+  for (const ReportPool& pool : content.pools) {
+    addLine(text, pool.type);
+    for (const ReportField& field : pool.fields) {
+      addLine(text, field.name);
+      addLine(text, field.value);
+    }
+  }
+  return text;
+}
+
+}  // namespace zt::inbox
