@@ -120,20 +120,31 @@ std::vector<std::pair<ZtString, ZtString>> ZtXMLNode::attributes() const {
   return attributes;
 }
 
-std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep) {
-  if (text.find('\0') != std::string_view::npos || !zt::isUtf8(text)) return nullptr;
-  std::string source = zt::xmlTextInUtf8(text);
-  std::unique_ptr<Tree> tree = parseTree(source);
-  if (tree == nullptr) return nullptr;
+// Says of a refused text that it is none, not where: the rooms do not ask.
+
+std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep,
+                                                    ZtXMLError* error) {
+  std::string source;
+  std::unique_ptr<Tree> tree;
+  if (text.find('\0') == std::string_view::npos && zt::isUtf8(text)) {
+    source = zt::xmlTextInUtf8(text);
+    tree = parseTree(source);
+  }
+  if (tree == nullptr) {
+    if (error != nullptr) *error = {0, 0, "not well-formed"};
+    return nullptr;
+  }
   return std::shared_ptr<ZtXMLDocument>(new ZtXMLDocument(tree.release(), keep, std::move(source)));
 }
 
 std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parseFileContent(std::string_view bytes,
-                                                               ZtXMLKeep keep) {
+                                                               ZtXMLKeep keep, ZtXMLError* error) {
   const std::string encoding = zt::xmlFileEncoding(bytes);
-  if (encoding == "UTF-8") return parse(bytes, keep);
+  if (encoding == "UTF-8") return parse(bytes, keep, error);
   const std::optional<std::string> text = zt::utf8From(bytes, encoding);
-  return text ? parse(*text, keep) : nullptr;
+  if (text) return parse(*text, keep, error);
+  if (error != nullptr) *error = {0, 0, "not in its encoding"};
+  return nullptr;
 }
 
 ZtXMLDocument::ZtXMLDocument(void* document, ZtXMLKeep keep, std::string source)

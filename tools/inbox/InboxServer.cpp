@@ -12,7 +12,7 @@
 #include "tools/inbox/HostCheck.h"
 #include "tools/inbox/ReportLine.h"
 #include "tools/inbox/SoapAnswers.h"
-#include "tools/inbox/TerminalText.h"
+#include "tools/terminal/TerminalText.h"
 #include "tools/inbox/Version.h"
 #include "tools/inbox/Workers.h"
 
@@ -82,7 +82,7 @@ void InboxServer::run(int stopDescriptor) {
 void InboxServer::answer(Exchange& exchange) try {
   dispatch(exchange);
 } catch (const DatabaseFault& fault) {
-  _lines("ztinbox: " + terminalText(fault.what(), kLongestFault));
+  _lines("ztinbox: " + terminal::terminalText(fault.what(), kLongestFault));
   refuse(exchange.response, exchange.path, {kServerError, fault.what()});
 }
 

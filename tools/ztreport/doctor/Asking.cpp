@@ -124,8 +124,12 @@ std::string knock(const std::string& host, int port) {
   std::array<char, CURL_ERROR_SIZE> error{};
   const Handle handle = newHandle(error);
   std::string url = "http://";
-  url += host.find(':') == std::string::npos ? host : "[" + host + "]";
-  url += ":" + std::to_string(port);
+  const bool isAddress = host.find(':') != std::string::npos;
+  if (isAddress) url += '[';
+  url += host;
+  if (isAddress) url += ']';
+  url += ':';
+  url += std::to_string(port);
   curl_easy_setopt(handle.get(), CURLOPT_URL, url.c_str());
   curl_easy_setopt(handle.get(), CURLOPT_PROXY, "");
   curl_easy_setopt(handle.get(), CURLOPT_CONNECT_ONLY, 1L);
