@@ -27,7 +27,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   endforeach()
 
   # The loader finds the library in /usr/lib without being told.
-  file(GLOB programs "${prefix}/bin/*")
+  file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/ztportal/*")
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE "${program}")
   endforeach()

@@ -21,7 +21,9 @@ struct Finding {
 /// Whether the kernel's table of IPv4 routes has a default route: destination 00000000.
 Finding defaultRoute() {
   std::ifstream routes("/proc/net/route");
-  std::string interface, destination, rest;
+  std::string interface;
+  std::string destination;
+  std::string rest;
   while (routes >> interface >> destination && std::getline(routes, rest)) {
     if (destination == "00000000") return {"default route through " + interface, true};
   }

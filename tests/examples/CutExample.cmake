@@ -1,7 +1,7 @@
-# cmake -DTEXT=<Markdown file> -DPROGRAM=<C++ file> -P CutExample.cmake
+# cmake -DTEXT=<Markdown file> -DPROGRAM=<C++ file> [-DPROJECT=<CMake file>] -P CutExample.cmake
 #
 # Writes the first C++ block of a Markdown file to a file of its own, with the line numbers of the
-# text, so that a compiler's message points there.
+# text, so that a compiler's message points there; and its first CMake block.
 
 file(READ "${TEXT}" text)
 string(FIND "${text}" "\n```cpp\n" begin)
@@ -17,3 +17,10 @@ string(SUBSTRING "${text}" ${begin} -1 program)
 string(FIND "${program}" "\n```\n" end)
 string(SUBSTRING "${program}" 0 ${end} program)
 file(WRITE "${PROGRAM}" "#line ${line} \"${TEXT}\"\n${program}\n")
+
+if(PROJECT)
+  if(NOT text MATCHES "\n```cmake\n([^`]*)```\n")
+    message(FATAL_ERROR "${TEXT} has no CMake block")
+  endif()
+  file(WRITE "${PROJECT}" "${CMAKE_MATCH_1}")
+endif()

@@ -21,7 +21,7 @@ using testing::StartsWith;
 using zt::test::Child;
 using zt::test::TemporaryFolder;
 
-const std::string kReports = ZT_REPORTS;
+constexpr const char* kDescription = ZT_REPORTS "/installation.json";
 
 class InstalledToolsTest : public testing::Test {
  protected:
@@ -57,7 +57,7 @@ TEST_F(InstalledToolsTest, TellTheirVersion) {
 }
 
 TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
-  const std::vector<std::string> render{"render", kReports + "/installation.json"};
+  const std::vector<std::string> render{"render", kDescription};
   const std::string rendered = output(ZT_PROGRAMS "/ztreport", render);
   EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
   EXPECT_EQ(withoutIdAndMoments(rendered),
@@ -72,7 +72,7 @@ TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
   const std::string url = greeting.substr(begin, greeting.find('\n') - begin);
 
   output(ZT_PROGRAMS "/ztreport",
-         {"send", kReports + "/installation.json", "--config-url", url + "/reporting/kelvane.xml"});
+         {"send", kDescription, "--config-url", url + "/reporting/kelvane.xml"});
   EXPECT_THAT(inbox.waitForLines(2), HasSubstr("#1  accepted  Kelvane"));
   inbox.signal(SIGTERM);
   EXPECT_EQ(inbox.wait(), 0);
