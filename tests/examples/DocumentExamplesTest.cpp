@@ -123,9 +123,7 @@ class Reader {
     const auto check = [&] {
       if (command.empty()) return;
       std::string output = run(_identities.asFound(command));
-      for (std::size_t at; (at = output.find(_home.path())) != output.npos;) {
-        output.replace(at, _home.path().size(), "/home/ada");
-      }
+      output = std::regex_replace(output, std::regex(_home.path()), "/home/ada");
       EXPECT_EQ(_identities.asDocumented(output, expected), expected) << command;
     };
     for (std::string line; std::getline(lines, line);) {
