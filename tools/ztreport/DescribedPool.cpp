@@ -50,8 +50,9 @@ ordered_json describedField(const Field& field, ValueDescriber& values, std::siz
       described["type"] = "none";
       break;
     case FieldType::Array:
-      if (fieldsOf(field).empty() && !field.isEmptyTag)
+      if (fieldsOf(field).empty() && !field.isEmptyTag) {
         values.fail(field.name, "an array with fields");
+      }
       described["type"] = "array";
       described["fields"] = describedFields(fieldsOf(field), values, depth + 1);
       break;

@@ -2,18 +2,24 @@
 
 #include <array>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 #include "tools/reader/ReportReader.h"
 #include "tools/terminal/TerminalStyle.h"
-#include "tools/ztreport/Delivery.h"
 #include "tools/ztreport/DescribedReport.h"
 #include "tools/ztreport/InputOutput.h"
 #include "tools/ztreport/ReportTree.h"
+#include "ztportal/ztportal.h"
 
 namespace zt::tools {
 
 namespace {
+
+/// What may be left out of a saved report's name, "{0E4D0F7C-...}.ztr".
+constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kStoredNames{
+    {{"", ""}, {"", ".ztr"}, {"{", "}.ztr"}}};
 
 bool exists(const std::string& path) {
   std::error_code none;
@@ -25,9 +31,11 @@ std::string pathOf(const std::string& file) {
   if (file.empty() || file == "-" || file.find('/') != std::string::npos || exists(file)) {
     return file;
   }
-  const std::string folder = storeFolder() + "/";
-  for (const std::string& path :
-       {folder + file, folder + file + ".ztr", folder + "{" + file + "}.ztr"}) {
+  const ZtString store = ZtPortalData::reportFolder();
+  if (store.isNull()) return file;
+  for (const auto& [before, after] : kStoredNames) {
+    std::string path(store.view());
+    path.append("/").append(before).append(file).append(after);
     if (exists(path)) return path;
   }
   return file;

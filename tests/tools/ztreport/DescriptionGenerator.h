@@ -105,7 +105,9 @@ class DescriptionGenerator {
       text += kPieces[static_cast<std::size_t>(below(kPieces.size()))];
     }
     // "\r" and "\n" side by side are a line end, which not every value can have.
-    for (std::size_t at; (at = text.find("\r\n")) != text.npos;) text.erase(at, 1);
+    for (std::size_t at = text.find("\r\n"); at != text.npos; at = text.find("\r\n")) {
+      text.erase(at, 1);
+    }
     if (oneIn(20)) return "one\r\ntwo & <three>\r\n";
     return text;
   }

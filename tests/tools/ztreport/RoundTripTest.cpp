@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -52,6 +53,8 @@ struct Where {
   const char* zone;
   const char* locale;
 };
+
+void PrintTo(const Where& where, std::ostream* out) { *out << where.zone << " " << where.locale; }
 
 class RoundTripTest : public testing::TestWithParam<Where> {
  private:
