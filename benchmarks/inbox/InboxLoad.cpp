@@ -108,6 +108,7 @@ int run(const Load& load) {
   const auto start = Clock::now();
   const auto end = start + std::chrono::seconds(load.seconds);
   std::vector<std::thread> clients;
+  clients.reserve(static_cast<std::size_t>(load.connections));
   for (int i = 0; i < load.connections; ++i) {
     clients.emplace_back([&] { accepted += post(load, serial, end); });
   }

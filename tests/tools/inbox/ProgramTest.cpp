@@ -120,7 +120,7 @@ TEST(ProgramTest, HostileTextsDoNotReachTheTerminal) {
   report.applicationId = std::string("\0\xff\xc2\x9b", 4) + std::string(500, 'i');
   report.applicationVersion = "1\r\n2026-11-21 12:00:00  #9  accepted";
   report.pools = {
-      "\xe2\x80\xae"
+      "\xe2\x80\xae"  // NOLINT(misc-misleading-bidirectional): shown by its escape
       "LOOP",
       "\b\b"};
   post(inbox, "/soap", report.text());

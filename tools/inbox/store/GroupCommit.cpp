@@ -48,6 +48,7 @@ void GroupCommit::serve() {
     if (!batch.empty()) {
       commit(batch);
       _backgroundIsLeft = true;
+      _pause = kQuietMoment;
     }
     if (batch.empty() || Clock::now() - _lastBackground > kLongestBackgroundPause) runBackground();
   }
@@ -58,7 +59,7 @@ bool GroupCommit::waitForBatch(Batch& batch) {
   const auto hasToGoOn = [this] { return _ending || !_waiting.empty(); };
   std::unique_lock lock(_mutex);
   if (_backgroundIsLeft) {
-    _changed.wait_for(lock, kQuietMoment, hasToGoOn);
+    _changed.wait_for(lock, _pause, hasToGoOn);
   } else {
     _changed.wait(lock, hasToGoOn);
   }
@@ -75,6 +76,7 @@ void GroupCommit::runBackground() {
     _backgroundIsLeft = false;
   }
   _lastBackground = Clock::now();
+  _pause = std::chrono::milliseconds::zero();
 }
 
 void GroupCommit::commit(Batch& batch) {

@@ -64,6 +64,7 @@ class GroupCommit {
   Database& _database;
   Hooks _hooks;
   bool _backgroundIsLeft = true;
+  std::chrono::milliseconds _pause{0};  ///< before work in the background
   std::chrono::steady_clock::time_point _lastBackground;
   mutable std::mutex _mutex;
   std::condition_variable _changed;

@@ -123,8 +123,9 @@ TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
 
 TEST_F(ReportStoreTest, ListsAPage) {
   ReportStore store(folder(), 10);
-  for (int i = 1; i <= 6; ++i)
+  for (int i = 1; i <= 6; ++i) {
     add(store, newReport(zt::test::reportOf(i % 2 == 0 ? "even" : "odd")));
+  }
   EXPECT_EQ(numbersOf(store, {}, 2), (Numbers{6, 5}));
   EXPECT_EQ(numbersOf(store, {.before = 5}, 2), (Numbers{4, 3}));
   EXPECT_EQ(numbersOf(store, {.before = 1}), Numbers{});
