@@ -1,6 +1,23 @@
 #pragma once
 
-/// All of the library's public interface.
+/// Reports the runs of a desktop application to its customer's reporting server.
+///
+/// This header has all of the library's public interface. A host makes a document, fills it with
+/// pools, and sends it:
+///
+///     auto document = ZtPortalData::initWithValues(configurationUrl, false, "Kelvane",
+///                                                  "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}",
+///                                                  "2.1");
+///     document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
+///     bool accepted = document->reportToServer();
+///
+/// What the server does not accept is kept as a file in the user's data folder, and sent again by
+/// `ZtPortalData::sendSavedReports` of any later document. `ZtReport` does all of it for one run of
+/// an application.
+///
+/// Everything works on the caller's thread and may be used by several threads, each with its own
+/// objects. The library prints nothing, starts no thread and ends no program; a host knows by
+/// return values, and by the exception `ZtException`, what went wrong.
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

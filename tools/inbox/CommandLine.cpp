@@ -32,6 +32,9 @@ struct Arguments {
   std::string scenario;
 };
 
+constexpr const char* kPurpose =
+    "Local inbox for reports: takes them, shows them, and misbehaves on purpose.";
+
 void addOptions(CLI::App& app, Arguments& arguments) {
   app.set_version_flag("--version", std::string(nameAndVersion()), "Print the version and exit");
   app.add_option("--listen", arguments.listen, "Address and port; port 0: a free one")
@@ -134,8 +137,7 @@ InboxSettings readSettings(const Arguments& arguments) {
 }  // namespace
 
 CommandLine readCommandLine(int argc, const char* const* argv) {
-  CLI::App app("Local inbox for reports: takes them, shows them, and misbehaves on purpose.",
-               "ztinbox");
+  CLI::App app(kPurpose, "ztinbox");
   Arguments arguments;
   addOptions(app, arguments);
   try {
@@ -148,6 +150,16 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
     throw InputFault(error.what());
   }
   return {readSettings(arguments), {}};
+}
+
+std::shared_ptr<const CLI::App> commandLineApp() {
+  struct Described {
+    Arguments arguments;
+    CLI::App app{kPurpose, "ztinbox"};
+  };
+  const auto described = std::make_shared<Described>();
+  addOptions(described->app, described->arguments);
+  return {described, &described->app};
 }
 
 }  // namespace zt::inbox

@@ -1,9 +1,14 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "tools/inbox/InboxServer.h"
+
+namespace CLI {
+class App;
+}
 
 namespace zt::inbox {
 
@@ -16,5 +21,8 @@ struct CommandLine {
 /// Reads the program's arguments, and the scenario file they name. Throws InputFault for what
 /// cannot be used, MachineFault for a scenario file that cannot be read.
 CommandLine readCommandLine(int argc, const char* const* argv);
+
+/// The program's options, for its manual page and completions.
+std::shared_ptr<const CLI::App> commandLineApp();
 
 }  // namespace zt::inbox

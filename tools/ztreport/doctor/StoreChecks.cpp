@@ -39,7 +39,7 @@ std::string whyNotWritable(const std::string& folder) {
   if (file < 0) return std::strerror(errno);
   const bool isWritten = ::write(file, "x", 1) == 1;
   const bool isClosed = ::close(file) == 0;
-  const std::string reason = isWritten && isClosed ? "" : std::strerror(errno);
+  std::string reason = isWritten && isClosed ? "" : std::strerror(errno);
   ::unlink(name.c_str());
   return reason;
 }
@@ -106,8 +106,9 @@ Finding checkSavedReports(Patient& patient) try {
   std::string reason = std::to_string(reports.size());
   if (broken == reports.end()) {
     std::chrono::seconds oldest{};
-    for (const SavedReport& report : reports)
+    for (const SavedReport& report : reports) {
       oldest = std::max(oldest, report.age.value_or(oldest));
+    }
     return ok(reason + ", all can be sent, the oldest saved " + ageText(oldest) + " ago");
   }
   reason += ", of which " + std::to_string(std::ranges::count_if(reports, isBroken)) +

@@ -1,0 +1,13 @@
+# bash complete.bash FILE WORD...
+#
+# Prints what bash offers for the last of the words, one a line, with the completion in FILE. The
+# words are those that bash makes of a line: "--option=value" is three.
+set -o pipefail
+source "$1"
+shift
+rule=$(complete -p "$1")
+[[ $rule =~ -F\ ([^ ]+) ]]
+COMP_WORDS=("$@")
+COMP_CWORD=$(($# - 1))
+"${BASH_REMATCH[1]}" "$1" "${!#}" "${COMP_WORDS[COMP_CWORD - 1]}"
+printf '%s\n' "${COMPREPLY[@]-}"
