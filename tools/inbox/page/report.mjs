@@ -36,7 +36,7 @@ function summary(report, address) {
   ];
   if (report.duration !== null) rows.push(["Duration", durationText(report.duration)]);
   const others = report.sameId.slice(0, 20).flatMap((number, index) => [index > 0 ? ", " : "", h("a", {href: address(number)}, `#${number}`)]);
-  if (others.length > 0) rows.push(["Same report ID", h("span", {}, ...others, report.sameId.length > 20 ? ", …" : "")]);
+  if (others.length > 0) rows.push(["Same ID", h("span", {}, ...others, report.sameId.length > 20 ? ", …" : "")]);
   return h("dl", {class: "summary block"}, ...rows.map(([term, value]) => h("div", {}, h("dt", {}, term), h("dd", {}, value))));
 }
 
@@ -61,6 +61,7 @@ function fieldTable(fields, caption) {
   if (fields.length === 0) return h("p", {class: "quiet"}, "No fields.");
   return h("table", {class: "fields-table"},
     h("caption", {class: "hidden"}, caption),
+    h("colgroup", {}, h("col", {class: "name-column"}), h("col", {class: "type-column"}), h("col")),
     h("thead", {class: "hidden"}, h("tr", {}, h("th", {scope: "col"}, "Name"), h("th", {scope: "col"}, "Type"), h("th", {scope: "col"}, "Value"))),
     h("tbody", {}, ...fields.map((field) => h("tr", {},
       h("th", {scope: "row"}, field.name),
@@ -95,6 +96,7 @@ function requestView(report) {
       h("button", {type: "button", onclick: () => copyText(text)}, "Copy")),
     h("table", {class: "fields-table"},
       h("caption", {class: "hidden"}, "Headers of the request"),
+      h("colgroup", {}, h("col", {class: "name-column"}), h("col")),
       h("thead", {class: "hidden"}, h("tr", {}, h("th", {scope: "col"}, "Name"), h("th", {scope: "col"}, "Value"))),
       h("tbody", {}, ...report.headers.map(({name, value}) => h("tr", {}, h("th", {scope: "row"}, name), h("td", {}, h("span", {class: "value"}, value)))))));
 }
