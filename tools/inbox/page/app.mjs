@@ -184,7 +184,7 @@ async function removeAll() {
   await attempt(refreshStatistics);
   const count = countText(statistics.reports, "report");
   const title = isFiltered ? "Delete what is found?" : "Delete all reports?";
-  const text = isFiltered ? `${count} found by this search are deleted for good. Others stay.` : `${count} are deleted for good.`;
+  const text = `This deletes ${count} for good${isFiltered ? "; others stay" : ""}.`;
   if (!(await confirmed(title, text, isFiltered ? `Delete ${statistics.reports}` : "Delete all"))) return;
   await attempt(async () => {
     // What came in since the person saw the list stays.

@@ -1,6 +1,6 @@
 // The text of a report with line numbers, and with what an XML parser would object to marked.
 
-import {rawAddress, readRaw} from "./api.mjs";
+import {readRaw} from "./api.mjs";
 import {h, toast} from "./dom.mjs";
 import {countText, sizeText} from "./format.mjs";
 import {MOST_FAULTS, findFaults, markedLines, placeOf} from "./rawText.mjs";
@@ -85,8 +85,7 @@ export async function rawView(report) {
       h("h3", {}, "Raw text"),
       h("span", {class: "quiet"}, `${sizeText(report.size)} · ${countText(lines.length, "line")}${isUtf8 ? "" : " · not UTF-8"}`),
       h("span", {class: "gap"}),
-      h("button", {type: "button", onclick: () => copyText(text)}, cut ? "Copy what is shown" : "Copy"),
-      h("a", {class: "button", href: rawAddress(report.number), download: `report-${report.number}.xml`}, "Download")),
+      h("button", {type: "button", onclick: () => copyText(text)}, cut ? "Copy what is shown" : "Copy")),
     verdict(text, faults, pane, cut),
     ...[cut ? h("p", {class: "quiet"}, `The first ${sizeText(MOST_BYTES)} of ${sizeText(report.size)} is shown; the download has all.`) : null,
       shown.length < lines.length ? h("p", {class: "quiet"}, `The first ${MOST_LINES} lines are shown.`) : null].filter(Boolean),

@@ -121,9 +121,10 @@ export async function reportView(report, route, actions) {
       report.test ? badge("test", "plain") : null,
       report.duplicateOf === null ? null : h("a", {class: "badge", "data-tone": "plain", href: actions.address(report.duplicateOf)}, `duplicate of #${report.duplicateOf}`),
       h("span", {class: "gap"}),
-      h("a", {class: "button", href: rawAddress(report.number), download: `report-${report.number}.xml`}, "Download"),
-      h("button", {type: "button", onclick: actions.unread}, "Unread"),
-      h("button", {type: "button", class: "danger", onclick: actions.remove}, "Delete")),
+      h("span", {class: "buttons"},
+        h("a", {class: "button", href: rawAddress(report.number), download: `report-${report.number}.xml`}, "Download"),
+        h("button", {type: "button", onclick: actions.unread}, "Unread"),
+        h("button", {type: "button", class: "danger", onclick: actions.remove}, "Delete"))),
     h("nav", {class: "views", "aria-label": "Views of the report"},
       ...VIEWS.map(([view, label]) => h("a", {href: actions.address(report.number, view), "aria-current": view === route.view ? "page" : null}, label))));
   return [head, h("div", {class: "pane-body"}, ...body.filter(Boolean))];

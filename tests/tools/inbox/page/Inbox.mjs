@@ -30,13 +30,6 @@ export class Inbox {
     await once(this.child, "exit");
   }
 
-  // The same reports at the same address.
-  async restart() {
-    const address = new URL(this.url).host;
-    await this.end();
-    await this.launch(["--listen", address]);
-  }
-
   async stop() {
     await this.end();
     await rm(this.folder, {recursive: true});
