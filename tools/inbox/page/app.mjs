@@ -14,6 +14,7 @@ import {addressOf, readRoute} from "./route.mjs";
 
 const REFRESH = 5_000;
 const GATHER = 150;
+const REST = 1_000;
 const TYPING = 250;
 
 let route = readRoute("");
@@ -48,6 +49,15 @@ async function attempt(action) {
     if (!(error instanceof ApiFault)) throw error;
     toast(`Not done: ${error.message}.`, "bad");
     return undefined;
+  }
+}
+
+// What nobody asked for fails in silence: the bar says when the connection is lost.
+async function quietly(action) {
+  try {
+    await action();
+  } catch (error) {
+    if (!(error instanceof ApiFault)) throw error;
   }
 }
 
@@ -204,17 +214,33 @@ async function markAll() {
   });
 }
 
+// The figures of many reports take a while: they are read once a second at the most.
+let resting = false;
+let stale = false;
+
+async function refreshSoon() {
+  stale = true;
+  if (resting) return;
+  resting = true;
+  while (stale) {
+    stale = false;
+    await quietly(async () => {
+      await Promise.all([refreshStatistics(), refreshBehaviour()]);
+      if (route.page === "charts") await openCharts();
+    });
+    await new Promise((resolve) => setTimeout(resolve, REST));
+  }
+  resting = false;
+}
+
 // Reports come in faster than rows can be built: they are gathered for a moment.
 let gathered = [];
 
 async function takeGathered() {
   const reports = gathered;
   gathered = [];
-  await attempt(async () => {
-    await list.arrive(reports);
-    await Promise.all([refreshStatistics(), refreshBehaviour()]);
-    if (route.page === "charts") await openCharts();
-  });
+  await quietly(() => list.arrive(reports));
+  refreshSoon();
   const last = reports.at(-1);
   byId("news").textContent = reports.length > 1 ? `${reports.length} new reports` : `New report of ${nameOf(last)}: ${last.answer}${last.result ? `, ${last.result}` : ""}`;
 }
@@ -228,10 +254,8 @@ const live = new LiveReports({
     byId("live-text").textContent = state === "live" ? "live" : "no connection";
   },
   onAgain() {
-    attempt(async () => {
-      await list.load();
-      await Promise.all([refreshStatistics(), refreshBehaviour()]);
-    });
+    quietly(() => list.load());
+    refreshSoon();
   },
 });
 
@@ -309,12 +333,12 @@ function wire() {
     byId("list").focus();
   });
   setInterval(() => {
-    if (!document.hidden) refreshBehaviour().catch(() => {});
+    if (!document.hidden) quietly(refreshBehaviour);
   }, REFRESH);
 }
 
 wire();
-refreshBehaviour().catch(() => {});
+quietly(refreshBehaviour);
 // Asked before the list, so that nothing that comes in between is missed.
 const newest = (await attempt(() => listReports({limit: 1})))?.[0]?.number ?? 0;
 await follow();
