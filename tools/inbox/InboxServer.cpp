@@ -10,11 +10,12 @@
 
 #include "tools/inbox/ApiAnswers.h"
 #include "tools/inbox/HostCheck.h"
+#include "tools/inbox/Page.h"
 #include "tools/inbox/ReportLine.h"
 #include "tools/inbox/SoapAnswers.h"
-#include "tools/terminal/TerminalText.h"
 #include "tools/inbox/Version.h"
 #include "tools/inbox/Workers.h"
+#include "tools/terminal/TerminalText.h"
 
 namespace zt::inbox {
 
@@ -41,7 +42,7 @@ bool isConfiguration(const std::string& path) {
 bool isSoap(const std::string& path) { return path == "/soap" || path == "/soap-test"; }
 
 /// What a browser shows or a script reads, as opposed to what reporting clients ask for.
-bool isForTheUser(const std::string& path) { return path == "/" || Api::owns(path); }
+bool isForTheUser(const std::string& path) { return Page::owns(path) || Api::owns(path); }
 
 }  // namespace
 
@@ -93,10 +94,7 @@ void InboxServer::dispatch(Exchange& exchange) {
   }
   if (Api::owns(exchange.path)) return _api.answer(exchange);
   if (isConfiguration(exchange.path)) return answerConfiguration(exchange);
-  if (exchange.path == "/") {
-    if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
-    return exchange.response.set_content(std::string(nameAndVersion()) + "\n", kTextType);
-  }
+  if (Page::owns(exchange.path)) return Page::answer(exchange);
   refuse(exchange.response, exchange.path, {kNotFound, "no such address"});
 }
 

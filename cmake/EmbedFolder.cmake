@@ -1,0 +1,30 @@
+# Writes the files FILES (names in FOLDER, separated by commas) as the source file OUTPUT: the table
+# NAME of a zt::EmbeddedFile each, which HEADER declares.
+string(REPLACE "," ";" names "${FILES}")
+set(arrays "")
+set(rows "")
+set(count 0)
+foreach(name IN LISTS names)
+  file(READ "${FOLDER}/${name}" bytes HEX)
+  string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
+  string(REGEX REPLACE "(('....',)('....',)('....',)('....',)('....',)('....',)('....',)('....',))" "\\1\n    "
+                       bytes "${bytes}")
+  string(APPEND arrays "// ${name}\nconstexpr char kBytes${count}[] = {\n    ${bytes}'\\0'};\n\n")
+  string(APPEND rows "    {\"${name}\", {kBytes${count}, sizeof(kBytes${count}) - 1}},\n")
+  math(EXPR count "${count} + 1")
+endforeach()
+file(
+  WRITE "${OUTPUT}"
+  "#include \"${HEADER}\"
+
+#include <array>
+
+namespace {
+
+${arrays}constexpr std::array<zt::EmbeddedFile, ${count}> kFiles{{
+${rows}}};
+
+}  // namespace
+
+const std::span<const zt::EmbeddedFile> ${NAME}(kFiles);
+")

@@ -1,0 +1,92 @@
+#include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <array>
+#include <set>
+#include <string>
+#include <string_view>
+#include <utility>
+
+#include "tests/support/Inbox.h"
+
+namespace {
+
+using zt::test::Inbox;
+
+constexpr int kFine = 200;
+constexpr int kForbidden = 403;
+constexpr int kNotFound = 404;
+constexpr int kNotAllowed = 405;
+
+/// What follows `mark` up to the next quotation mark, at each place of `text`.
+std::set<std::string> namesAfter(const std::string& mark, const std::string& text) {
+  std::set<std::string> names;
+  for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+    at += mark.size();
+    names.insert(text.substr(at, text.find('"', at) - at));
+  }
+  return names;
+}
+
+TEST(PageTest, IsServedOutOfTheProgram) {
+  const Inbox inbox;
+  httplib::Client client(inbox.url());
+  const std::array<std::pair<const char*, const char*>, 5> rows{{
+      {"/", "text/html; charset=utf-8"},
+      {"/page/index.html", "text/html; charset=utf-8"},
+      {"/page/base.css", "text/css; charset=utf-8"},
+      {"/page/app.mjs", "text/javascript; charset=utf-8"},
+      {"/page/icon.svg", "image/svg+xml"},
+  }};
+  for (const auto& [path, type] : rows) {
+    const auto result = client.Get(path);
+    ASSERT_TRUE(result) << path;
+    EXPECT_EQ(result->status, kFine) << path;
+    EXPECT_EQ(result->get_header_value("Content-Type"), type) << path;
+    EXPECT_EQ(result->get_header_value("Cache-Control"), "no-store") << path;
+    EXPECT_EQ(result->get_header_value("X-Content-Type-Options"), "nosniff") << path;
+    const std::string policy = result->get_header_value("Content-Security-Policy");
+    EXPECT_TRUE(policy.starts_with("default-src 'none'; script-src 'self'; style-src 'self'; "))
+        << policy;
+    EXPECT_EQ(policy.find("unsafe"), std::string::npos) << policy;
+  }
+}
+
+TEST(PageTest, HasAllFilesThatItNames) {
+  const Inbox inbox;
+  httplib::Client client(inbox.url());
+  const std::string document = client.Get("/")->body;
+  std::set<std::string> left = namesAfter("\"/page/", document);
+  EXPECT_EQ(left.count("app.mjs"), 1U);
+  std::set<std::string> seen;
+  while (!left.empty()) {
+    const std::string name = left.extract(left.begin()).value();
+    if (!seen.insert(name).second) continue;
+    const auto result = client.Get("/page/" + name);
+    ASSERT_TRUE(result) << name;
+    EXPECT_EQ(result->status, kFine) << name;
+    left.merge(namesAfter("from \"./", result->body));
+  }
+  EXPECT_EQ(seen.count("rawText.mjs"), 1U);
+}
+
+TEST(PageTest, HasNoOtherFilesAndIsOnlyRead) {
+  const Inbox inbox;
+  httplib::Client client(inbox.url());
+  for (const char* path : {"/page/", "/page", "/page/nothing.mjs", "/page/../main.cpp",
+                           "/page/%2e%2e/CMakeLists.txt", "/index.html"}) {
+    EXPECT_EQ(client.Get(path)->status, kNotFound) << path;
+  }
+  EXPECT_EQ(client.Post("/")->status, kNotAllowed);
+  EXPECT_EQ(client.Delete("/page/app.mjs")->get_header_value("Allow"), "GET, HEAD");
+}
+
+TEST(PageTest, IsNotShownToAForeignHost) {
+  const Inbox inbox;
+  httplib::Client client(inbox.url());
+  for (const char* path : {"/", "/page/app.mjs", "/%70age/app.mjs", "/page%2fapp.mjs"}) {
+    EXPECT_EQ(client.Get(path, {{"Host", "evil.example"}})->status, kForbidden) << path;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+// A running ztinbox on a free port of the loopback interface, with a data folder of its own.
+// ZT_INBOX_PROGRAM says where the program stands.
+
+import {spawn} from "node:child_process";
+import {once} from "node:events";
+import {mkdtemp, rm} from "node:fs/promises";
+import {tmpdir} from "node:os";
+import {join} from "node:path";
+import {createInterface} from "node:readline";
+
+export class Inbox {
+  static async start(options = []) {
+    const inbox = new Inbox();
+    inbox.folder = await mkdtemp(join(tmpdir(), "ztinbox-page-"));
+    await inbox.launch(["--listen", "127.0.0.1:0", ...options]);
+    return inbox;
+  }
+
+  async launch(options) {
+    this.child = spawn(process.env.ZT_INBOX_PROGRAM, [...options, "--data", this.folder], {stdio: ["ignore", "pipe", "inherit"]});
+    const lines = createInterface({input: this.child.stdout});
+    const [line] = await once(lines, "line");
+    // Nobody reads the others, but a full pipe would stop the inbox.
+    lines.on("line", () => {});
+    this.url = line.replace("ztinbox: listening on ", "");
+  }
+
+  async end() {
+    this.child.kill("SIGTERM");
+    await once(this.child, "exit");
+  }
+
+  async stop() {
+    await this.end();
+    await rm(this.folder, {recursive: true});
+  }
+
+  async send(body, path = "/soap") {
+    const response = await fetch(this.url + path, {method: "POST", body});
+    return response.text();
+  }
+
+  async ask(path, options) {
+    const response = await fetch(`${this.url}/api/v1/${path}`, options);
+    return response.json();
+  }
+
+  behave(change) {
+    return this.ask("behaviour", {method: "PUT", body: JSON.stringify(change)});
+  }
+}

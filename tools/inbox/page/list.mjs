@@ -1,0 +1,192 @@
+// The list of reports: newest first, pages of older ones, new ones on top as they come in.
+
+import {listReports} from "./api.mjs";
+import {byId, h} from "./dom.mjs";
+import {answerTone, countText, durationText, fullMomentText, momentText, nameOf, resultTone, sizeText} from "./format.mjs";
+
+const PAGE = 100;
+// Rows that live reports may add before the oldest rows make room.
+const MOST_ROWS = 1_000;
+
+export function badge(text, tone) {
+  return h("span", {class: "badge", "data-tone": tone}, text);
+}
+
+function rowOf(report, address) {
+  const result = report.result ?? "";
+  return h(
+    "li",
+    {class: "row", "data-number": report.number, "data-unread": report.read ? null : "", "data-tone": resultTone(report.result)},
+    h(
+      "a",
+      {href: address(report.number), class: "row-link"},
+      h("span", {class: "mark"}, report.read ? null : h("span", {class: "hidden"}, "unread ")),
+      h("span", {class: "who"}, nameOf(report), report.applicationVersion ? h("span", {class: "version"}, ` ${report.applicationVersion}`) : null),
+      h("span", {class: "app"}, report.applicationId ?? ""),
+      h("time", {class: "when", datetime: report.received, title: fullMomentText(report.received)}, momentText(report.received)),
+      h(
+        "span",
+        {class: "facts"},
+        badge(report.answer, answerTone(report.answer)),
+        result ? badge(result, resultTone(result)) : null,
+        report.test ? badge("test", "plain") : null,
+        report.duplicateOf === null ? null : badge(`duplicate of #${report.duplicateOf}`, "plain"),
+      ),
+      h("span", {class: "pools"}, report.pools.slice(0, 6).join(" · "), report.pools.length > 6 ? ` · ${report.pools.length - 6} more` : ""),
+      h("span", {class: "took"}, durationText(report.duration)),
+      h("span", {class: "size"}, sizeText(report.size)),
+      h("span", {class: "number"}, `#${report.number}`),
+    ),
+  );
+}
+
+export class ReportList {
+  // address(number): where a row leads to.
+  constructor(address) {
+    this.address = address;
+    this.rows = byId("rows");
+    this.reports = [];
+    this.parameters = {};
+    this.more = false;
+    this.loads = 0;
+    this.opened = null;
+    this.onChange = () => {};
+    byId("older").addEventListener("click", () => this.loadOlder());
+  }
+
+  get newest() {
+    return this.reports[0]?.number ?? 0;
+  }
+
+  get isFiltered() {
+    return Object.keys(this.parameters).length > 0;
+  }
+
+  // Shows what is found by `parameters`, from the newest on; throws an ApiFault.
+  async load(parameters = this.parameters) {
+    const load = ++this.loads;
+    const found = await listReports({...parameters, limit: PAGE});
+    if (load !== this.loads) return;
+    this.parameters = parameters;
+    this.reports = found;
+    this.more = found.length === PAGE;
+    this.rows.replaceChildren(...found.map((report) => rowOf(report, this.address)));
+    this.changed();
+  }
+
+  async loadOlder() {
+    const load = this.loads;
+    const last = this.reports.at(-1).number;
+    const found = await listReports({...this.parameters, limit: PAGE, before: last});
+    if (load !== this.loads) return;
+    this.reports.push(...found);
+    this.more = found.length === PAGE;
+    const rows = found.map((report) => rowOf(report, this.address));
+    this.rows.append(...rows);
+    this.changed();
+    rows[0]?.firstChild.focus();
+  }
+
+  // Reports that came in, oldest first.
+  async arrive(reports) {
+    let fresh = reports;
+    if (this.isFiltered) {
+      const load = this.loads;
+      fresh = (await listReports({...this.parameters, limit: PAGE})).reverse();
+      if (load !== this.loads) return;
+    }
+    const newest = this.newest;
+    fresh = fresh.filter((report) => report.number > newest).reverse();
+    if (fresh.length === 0) return;
+    this.rows.prepend(...fresh.map((report) => {
+      const row = rowOf(report, this.address);
+      row.classList.add("fresh");
+      return row;
+    }));
+    this.reports.unshift(...fresh);
+    if (this.reports.length > MOST_ROWS) {
+      this.reports.length = MOST_ROWS;
+      while (this.rows.children.length > MOST_ROWS) this.rows.lastChild.remove();
+      this.more = true;
+    }
+    this.changed();
+  }
+
+  remove(number) {
+    const index = this.reports.findIndex((report) => report.number === number);
+    if (index < 0) return;
+    this.reports.splice(index, 1);
+    this.rows.children[index].remove();
+    this.changed();
+  }
+
+  setRead(number, read) {
+    const report = this.reports.find((candidate) => candidate.number === number);
+    if (!report) return;
+    report.read = read;
+    const row = rowOf(report, this.address);
+    const old = this.rowOf(number);
+    const focused = old.contains(document.activeElement);
+    old.replaceWith(row);
+    if (focused) row.firstChild.focus();
+    this.changed();
+  }
+
+  // Marks the row of the opened report.
+  open(number) {
+    this.opened = number;
+    this.changed();
+  }
+
+  // The report `step` rows below the focused, else the opened one; null at either end.
+  next(step) {
+    const focused = document.activeElement?.closest(".row");
+    const from = Number(focused?.dataset.number ?? this.opened ?? 0);
+    const index = this.reports.findIndex((report) => report.number === from);
+    if (index < 0) return this.reports[0]?.number ?? null;
+    return this.reports[index + step]?.number ?? null;
+  }
+
+  focus(number) {
+    const link = this.rowOf(number)?.firstChild;
+    link?.focus();
+    link?.scrollIntoView({block: "nearest"});
+  }
+
+  refreshAddresses() {
+    for (const row of this.rows.children) row.firstChild.setAttribute("href", this.address(row.dataset.number));
+  }
+
+  rowOf(number) {
+    return this.rows.querySelector(`[data-number="${Number(number)}"]`);
+  }
+
+  changed() {
+    for (const row of this.rows.querySelectorAll("[aria-current]")) row.removeAttribute("aria-current");
+    if (this.opened !== null) this.rowOf(this.opened)?.firstChild.setAttribute("aria-current", "true");
+    byId("older").hidden = !this.more;
+    this.onChange(this);
+  }
+}
+
+// What stands where there are no rows.
+export function emptyText(list, statistics, origin) {
+  if (list.isFiltered) {
+    return [
+      h("h3", {}, "Nothing found"),
+      h("p", {}, `None of ${countText(statistics?.total ?? 0, "report")} matches this search. Operators compare letter for letter; words find longer words that begin with them.`),
+      h("p", {}, h("a", {href: "#/"}, "Show all reports")),
+    ];
+  }
+  const line = (text) => h("pre", {tabindex: "0"}, text);
+  return [
+    h("h3", {}, "No report has come yet"),
+    h("p", {}, "Point a host at this inbox in one of two ways. Its reports appear here as they come."),
+    h("h4", {}, "As its proxy, without changing the host"),
+    line(`http_proxy=${origin} ./your-host`),
+    h("h4", {}, "By the address of its configuration document"),
+    line(`${origin}/reporting/kelvane.xml`),
+    h("p", {}, "Try it with the command line program:"),
+    line(`ztreport send --config-url ${origin}/reporting/kelvane.xml report.json`),
+  ];
+}
