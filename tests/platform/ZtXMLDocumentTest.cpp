@@ -13,8 +13,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr ZtXMLKeep kBothKeeps[] = {ZtXMLKeep::Content, ZtXMLKeep::Form};
-
 std::vector<ZtString> names(const std::vector<ZtXMLNode>& nodes) {
   std::vector<ZtString> list;
   for (const ZtXMLNode& node : nodes) list.push_back(node.name());

@@ -59,8 +59,7 @@ test("shows reports as they come, the newest first and unread", async () => {
   await inbox.send(report({customerId: "Kelvane", applicationVersion: "1.0"}));
   await expectRows(page, 1);
   await inbox.send(report({customerId: "Norvantel", applicationVersion: "2.0"}));
-  await expectRows(page, 2);
-  assert.deepEqual(await customers(page), ["Norvantel 2.0", "Kelvane 1.0"]);
+  await expectCustomers(page, ["Norvantel 2.0", "Kelvane 1.0"]);
   assert.equal(await page.locator(".row[data-unread]").count(), 2);
   await expectText(page, "#news", "New report of Norvantel: accepted");
   await expectText(page, "#list-count", "2 · 2 unread");
@@ -143,6 +142,18 @@ test("links reports with the same ID", async () => {
   await expectText(page, ".summary", "Same ID#2");
 });
 
+// Waits until the list shows these customers; a list of as many others may stand there before.
+async function expectCustomers(page, expected, message) {
+  for (let tries = 0; ; ++tries) {
+    const shown = await customers(page);
+    if (tries === 200 || JSON.stringify(shown) === JSON.stringify(expected)) {
+      assert.deepEqual(shown, expected, message);
+      return;
+    }
+    await page.waitForTimeout(50);
+  }
+}
+
 test("searches with operators and words, and says when nothing is found", async () => {
   await inbox.send(report({customerId: "Kelvane", pools: pool("DISKS", field("DEVICE", "sda"))}));
   await inbox.send(report({customerId: "Norvantel", pools: pool("MY POOL", field("NOTE", "no route"))}));
@@ -160,8 +171,7 @@ test("searches with operators and words, and says when nothing is found", async 
   for (const [query, expected] of rows) {
     await page.fill("#query", query);
     await page.waitForFunction((wanted) => decodeURIComponent(location.hash).endsWith(`q=${wanted}`), query);
-    await expectRows(page, expected.length);
-    assert.deepEqual(await customers(page), expected, query);
+    await expectCustomers(page, expected, query);
   }
   await expectText(page, "#empty", "None of 2 reports matches this search.");
   await page.fill("#query", "after:yesterday");
@@ -173,8 +183,7 @@ test("keeps a search while reports come in", async () => {
   const page = await open("#/?q=customer%3AKelvane");
   await inbox.send(report({customerId: "Norvantel"}));
   await inbox.send(report({customerId: "Kelvane"}));
-  await expectRows(page, 1);
-  assert.deepEqual(await customers(page), ["Kelvane 2.1.77"]);
+  await expectCustomers(page, ["Kelvane 2.1.77"]);
   await expectText(page, "#list-count", "1 of 2");
 });
 
