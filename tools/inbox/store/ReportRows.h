@@ -27,7 +27,7 @@ class ReportWriter {
   explicit ReportWriter(Database& database);
 
   /// Sets the report's number, and of which one it is a duplicate.
-  void insert(NewReport& report);
+  void insert(NewReport& incoming);
   /// Removes all of the report; false when it is not there.
   bool remove(std::uint64_t number);
   std::optional<std::uint64_t> oldest();

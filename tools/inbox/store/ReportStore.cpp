@@ -35,7 +35,6 @@ ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener
       _writing(openForWriting(_folder.databaseFile())),
       _writer(_writing),
       _indexer(_writing),
-      _count(0),
       _arrivals(lastNumber(_writing)),
       _readers(_folder.databaseFile()),
       _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },

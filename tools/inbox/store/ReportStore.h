@@ -33,15 +33,15 @@ class ReportStore {
   /// Throws MachineFault when the folder or what is in it cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});
 
-  /// Takes `report` in under the next number; the oldest one goes when there are too many. Reports
-  /// get their numbers in the order of the calls. The future is ready once the report is kept and
-  /// the listener was told, and throws when it cannot be kept.
-  std::future<void> add(NewReport report);
+  /// Takes `incoming` in under the next number; the oldest one goes when there are too many.
+  /// Reports get their numbers in the order of the calls. The future is ready once the report is
+  /// kept and the listener was told, and throws when it cannot be kept.
+  std::future<void> add(NewReport incoming);
 
   /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
   /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
   /// most and then does without the rest.
-  std::vector<Report> list(const ReportFilter& filter, std::size_t limit);
+  std::vector<Report> list(const ReportFilter& wanted, std::size_t limit);
   /// At most `limit` with higher numbers than `number`, oldest first.
   std::vector<Report> listAfter(std::uint64_t number, std::size_t limit);
   std::optional<Report> find(std::uint64_t number);
@@ -68,7 +68,7 @@ class ReportStore {
   void recount();
   void trim();
   void indexUpTo(std::uint64_t number);
-  std::vector<std::uint64_t> numbers(const ReportFilter& filter, std::size_t limit);
+  std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
   DataFolder _folder;
   const std::size_t _most;
@@ -76,7 +76,7 @@ class ReportStore {
   Database _writing;
   ReportWriter _writer;
   SearchIndexer _indexer;
-  std::size_t _count;  ///< of the writing thread
+  std::size_t _count = 0;  ///< of the writing thread
   Arrivals _arrivals;
   Readers _readers;
   GroupCommit _commits;  ///< last: its thread uses all of the above

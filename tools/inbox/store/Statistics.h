@@ -40,6 +40,6 @@ struct Statistics {
 };
 
 /// Throws DatabaseFault.
-Statistics readStatistics(Database& database, const ReportFilter& filter);
+Statistics readStatistics(Database& database, const ReportFilter& wanted);
 
 }  // namespace zt::inbox
