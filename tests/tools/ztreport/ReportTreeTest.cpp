@@ -86,10 +86,10 @@ TEST(ReportTreeTest, MakesWhatPlaysWithATerminalHarmless) {
   const std::string shown = treeOf(plainField("A\x1b]0;x\x07", "\x1b[2J \xe2\x80\xae \xff \t"));
   EXPECT_EQ(shown,
             std::string(kHead) + "  A\\x1b]0;x\\x07  string   \\x1b[2J \\u{202e} \\xff \\x09\n");
-  const auto report = readReport(
-      plainLines("    <Data Pool=\"\x1b[31m\">\n      <Date>\x07</Date>\n      <Fields/>\n"
-                 "    </Data>\n"));
-  EXPECT_NE(reportTree(report, {}).find("\n\\x1b[31m  \\x07\n"), std::string::npos);
+  const std::string text = plainLines(
+      "    <Data Pool=\"\x1b[31m\">\n      <Date>\x07</Date>\n      <Fields/>\n"
+      "    </Data>\n");
+  EXPECT_NE(reportTree(readReport(text), {}).find("\n\\x1b[31m  \\x07\n"), std::string::npos);
 }
 
 TEST(ReportTreeTest, GoesOnInItsColumnAfterALineEnd) {

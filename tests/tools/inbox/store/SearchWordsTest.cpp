@@ -8,6 +8,7 @@
 
 namespace {
 
+using std::string_view_literals::operator""sv;
 using zt::inbox::searchExpression;
 
 TEST(SearchWordsTest, WritesWhatWasTypedAsAnExpression) {
@@ -43,7 +44,7 @@ TEST(SearchWordsTest, WhateverIsTypedIsWellFormed) {
     typed.clear();
     for (int length = i % 12; length > 0; --length) {
       seed = seed * 1'664'525U + 1'013'904'223U;
-      constexpr std::string_view kCharacters("\"\" ()*+-:^{}'aANDORT\0\xff\xc3", 25);
+      constexpr std::string_view kCharacters = "\"\" ()*+-:^{}'aANDORT\0\xff\xc3"sv;
       typed += kCharacters[(seed >> 16U) % kCharacters.size()];
     }
     const std::string expression = searchExpression(typed);
