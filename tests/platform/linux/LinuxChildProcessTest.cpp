@@ -139,8 +139,8 @@ TEST(LinuxChildProcessTest, RaisesWhenTheProgramCannotBeStarted) {
 TEST(LinuxChildProcessTest, RaisesWhenThereIsNoDescriptorLeft) {
   for (const rlim_t left : {0U, 1U, 2U, 3U}) {
     const int status = inForkedChild([&] {
-      // The undefined-behaviour sanitizer needs descriptors of its own for the first call.
-      if (!failureOf("/bin/true").empty()) return 3;
+      // The undefined-behaviour sanitizer needs descriptors of its own for the first calls.
+      if (!failureOf("/bin/true").empty() || failureOf("/nowhere").empty()) return 3;
       const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
       ::close(next);
       const std::size_t before = entriesOf("/proc/self/fd");
