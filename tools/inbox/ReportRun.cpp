@@ -89,6 +89,7 @@ void setTimes(std::vector<TimedStep>& steps, const std::optional<ReportMoment>& 
   // From the last step to the first, so that the next leaving of a name is at hand.
   std::unordered_map<std::string_view, const TimedStep*> left;
   const std::optional<ReportMoment>* next = &end;
+  // NOLINTNEXTLINE(modernize-loop-convert): Clang 14 cannot compile std::views::reverse.
   for (auto timed = steps.rbegin(); timed != steps.rend(); ++timed) {
     RunStep& step = timed->step;
     step.offset = between(start, timed->time);
