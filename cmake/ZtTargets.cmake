@@ -58,5 +58,5 @@ function(zt_add_test name)
     set(filter TEST_FILTER "-${left_out}")
   endif()
   gtest_discover_tests(
-    ${name} DISCOVERY_MODE PRE_TEST ${filter} PROPERTIES TIMEOUT 120 RUN_SERIAL ${ARG_RUN_SERIAL})
+    ${name} DISCOVERY_MODE PRE_TEST ${filter} PROPERTIES TIMEOUT 300 RUN_SERIAL ${ARG_RUN_SERIAL})
 endfunction()
