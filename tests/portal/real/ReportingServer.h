@@ -67,12 +67,18 @@ class ReportingServer {
     const std::lock_guard lock(_mutex);
     _answers[asked] = std::move(answer);
   }
+  /// Answers so to the first request of the kind alone.
+  void misanswerOnce(Asked asked, RawAnswer answer) {
+    const std::lock_guard lock(_mutex);
+    _firstAnswers[asked] = std::move(answer);
+  }
 
  private:
   RawAnswer answer(const std::string& request) {
     const Asked asked = whatIsAsked(request);
     _beforeAnswer(asked);
     const std::lock_guard lock(_mutex);
+    if (auto first = _firstAnswers.extract(asked)) return std::move(first.mapped());
     const auto found = _answers.find(asked);
     return found != _answers.end() ? found->second : success(healthyBody(asked));
   }
@@ -80,6 +86,7 @@ class ReportingServer {
   const std::function<void(Asked)> _beforeAnswer;
   std::mutex _mutex;
   std::map<Asked, RawAnswer> _answers;
+  std::map<Asked, RawAnswer> _firstAnswers;
   RawHttpServer _server;
 };
 

@@ -249,15 +249,8 @@ TEST_F(DoctorWayTest, FindsAConfigurationWithoutAReportUrl) {
 
 TEST_F(DoctorWayTest, FindsAServerThatAnswersOnlyNowAndThen) {
   for (const Asked once : {Asked::Configuration, Asked::Version}) {
-    bool isFirst = true;
-    ReportingServer* observed = nullptr;
-    ReportingServer server([&](Asked asked) {
-      if (asked != once) return;
-      const ReportingServer& healthy = *observed;
-      observed->misanswer(once, isFirst ? status("500 Later") : success(healthy.healthyBody(once)));
-      isFirst = false;
-    });
-    observed = &server;
+    ReportingServer server;
+    server.misanswerOnce(once, status("500 Later"));
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
     if (once == Asked::Configuration) {
