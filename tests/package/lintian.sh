@@ -5,5 +5,4 @@ user=
 if [ "$(id -u)" = 0 ]; then
   user=--allow-root
 fi
-# The programs' manual pages are not written yet.
-exec "$1" $user --suppress-tags no-manual-page --fail-on error,warning "$2"/*.deb
+exec "$1" $user --fail-on error,warning "$2"/*.deb

@@ -17,6 +17,7 @@ using Clock = std::chrono::steady_clock;
 constexpr const char* kEventType = "text/event-stream";
 /// What a client waits before it connects again, in milliseconds.
 constexpr const char* kGreeting = "retry: 1000\n\n";
+constexpr const char* kChanged = "event: changed\ndata: {}\n\n";
 constexpr const char* kHeartbeat = ": still here\n\n";
 constexpr milliseconds kHeartbeatPause{5'000};
 /// How soon it is noticed that the client left.
@@ -53,12 +54,18 @@ bool EventStream::goOn(httplib::DataSink& sink) {
     return write(sink, kGreeting);
   }
   const auto heartbeat = Clock::now() + kHeartbeatPause;
-  while (!_store.arrivals().waitForNumberAfter(_last, kSlice)) {
+  while (!_store.arrivals().waitForNews(_last, _changes, kSlice)) {
     if (_connection.isLeftWithin(milliseconds::zero())) {
       _connection.endSilently();
       return false;
     }
     if (Clock::now() >= heartbeat) return write(sink, kHeartbeat);
+  }
+  // Asked for before the reports, so that no change of one that is not told yet is missed.
+  const std::uint64_t changes = _store.arrivals().changes();
+  if (changes > _changes) {
+    _changes = changes;
+    if (!write(sink, kChanged)) return false;
   }
   const std::uint64_t newest = _store.arrivals().lastNumber();
   const auto reports = _store.listAfter(_last, kPortion);

@@ -8,11 +8,15 @@
 
 namespace zt::inbox {
 
-/// Server-sent events (WHATWG HTML, section 9.2), one for each new report:
+/// Server-sent events (WHATWG HTML, section 9.2), one for each new report, and one when reports
+/// were deleted or marked:
 ///
 ///     id: 12
 ///     event: report
 ///     data: {"answer":"accepted",…,"number":12,…}
+///
+///     event: changed
+///     data: {}
 ///
 /// A comment every few seconds shows both sides whether the other is there. Each client's thread
 /// reads the reports from the store at its client's own pace: a slow one holds up nobody, and
@@ -25,7 +29,7 @@ class EventStream {
   static void answer(Exchange& exchange, ReportStore& store, std::optional<std::uint64_t> after);
 
   EventStream(ReportStore& store, Connection& connection, std::uint64_t last)
-      : _store(store), _connection(connection), _last(last) {}
+      : _store(store), _connection(connection), _last(last), _changes(store.arrivals().changes()) {}
 
   /// Writes what there is, or waits for it; false at the end.
   bool goOn(httplib::DataSink& sink);
@@ -34,6 +38,7 @@ class EventStream {
   ReportStore& _store;
   Connection& _connection;
   std::uint64_t _last;
+  std::uint64_t _changes;
   bool _begun = false;
 };
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tools/inbox/ReportRun.h"
-#include "tools/inbox/ReportText.h"
+#include "tools/reader/ReportReader.h"
 
 namespace zt::inbox {
 
@@ -26,9 +26,9 @@ ReportContent readContent(std::string_view report) {
   ReportContent content;
   content.identity = readIdentity(report);
   if (std::ranges::none_of(content.identity.pools, isRun)) return content;
-  const ReportText text = readReportText(report);
-  for (const ReportPool& pool : text.pools) {
-    if (const auto run = readRun(pool)) addRun(*run, content);
+  const reader::Report read = reader::readReportUpToFault(report).report;
+  for (const reader::Pool& pool : read.pools) {
+    if (const auto run = readRun(read, pool)) addRun(*run, content);
   }
   return content;
 }

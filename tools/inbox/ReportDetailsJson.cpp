@@ -6,27 +6,31 @@
 #include "tools/inbox/JsonText.h"
 #include "tools/inbox/ReportJson.h"
 #include "tools/inbox/ReportRun.h"
-#include "tools/inbox/ReportText.h"
+#include "tools/reader/ReportReader.h"
 
 namespace zt::inbox {
 
 namespace {
 
 using nlohmann::json;
+using reader::Field;
+using reader::FieldRange;
+using reader::FieldType;
 
 // The details of one report are for a person to look at; its bytes are there for the rest.
 constexpr std::size_t kLongestShown = std::size_t{64} * 1024;
 constexpr std::size_t kMostShown = std::size_t{8} * 1024 * 1024;
 constexpr std::size_t kMostFieldsShown = 20'000;
+constexpr std::size_t kDeepestShown = 32;  // arrays in arrays
 
 /// Turns the pools of a report into JSON until enough is shown.
 class Details {
  public:
-  explicit Details(const ReportText& text) : _text(text), _complete(text.complete) {}
+  explicit Details(const reader::Report& report) : _report(report) {}
 
   json pools() {
     json list = json::array();
-    for (const ReportPool& pool : _text.pools) {
+    for (const reader::Pool& pool : _report.pools) {
       if (isFull()) break;
       list.push_back(poolValue(pool));
     }
@@ -36,14 +40,11 @@ class Details {
   bool isComplete() const { return _complete; }
 
  private:
-  using Fields = std::vector<ReportField>;
-
-  json poolValue(const ReportPool& pool) {
+  json poolValue(const reader::Pool& pool) {
     ++_count;
     json value{{"type", shown(pool.type)}, {"date", shown(pool.date)}};
-    auto field = pool.fields.begin();
-    value["fields"] = fieldList(field, pool.fields.end(), 0, 0);
-    if (const auto run = readRun(pool)) {
+    value["fields"] = fieldList(_report.fieldsOf(pool), 0);
+    if (const auto run = readRun(_report, pool)) {
       value["result"] = run->result ? json(*run->result) : json(nullptr);
       value["duration"] = orNull(run->duration);
       value["steps"] = stepList(run->steps);
@@ -51,31 +52,64 @@ class Details {
     return value;
   }
 
-  /// The fields of one group; leaves `field` behind them.
-  json fieldList(Fields::const_iterator& field, Fields::const_iterator end, std::size_t depth,
-                 std::size_t group) {
+  // NOLINTNEXTLINE(misc-no-recursion): goes no deeper than kDeepestShown.
+  json fieldList(const FieldRange& fields, std::size_t depth) {
     json list = json::array();
-    while (field != end && field->depth == depth && field->group == group && !isFull()) {
-      list.push_back(fieldValue(field, end));
+    for (const Field& field : fields) {
+      if (isFull()) break;
+      list.push_back(fieldValue(field, depth));
     }
     return list;
   }
 
-  json fieldValue(Fields::const_iterator& field, Fields::const_iterator end) {
-    const ReportField& here = *field++;
+  // NOLINTNEXTLINE(misc-no-recursion)
+  json fieldValue(const Field& field, std::size_t depth) {
     ++_count;
-    json value{{"name", shown(here.name)}, {"type", shown(here.type)}};
-    if (!here.isArray()) {
-      value["value"] = shown(here.value);
-      if (here.value.size() > kLongestShown) value["size"] = here.value.size();
-      return value;
+    json value{{"name", shown(field.name)}, {"type", typeName(field.type)}};
+    if (field.type == FieldType::Array || field.type == FieldType::Records) {
+      value["groups"] = groupList(field, depth + 1);
+    } else {
+      value["value"] = shown(field.value);
+      if (field.value.size() > kLongestShown) value["size"] = field.value.size();
     }
-    json groups = json::array();
-    while (field != end && field->depth > here.depth && !isFull()) {
-      groups.push_back(fieldList(field, end, field->depth, field->group));
-    }
-    value["groups"] = std::move(groups);
     return value;
+  }
+
+  /// What is in an array is one group, each record of a list of them is one.
+  // NOLINTNEXTLINE(misc-no-recursion)
+  json groupList(const Field& array, std::size_t depth) {
+    json groups = json::array();
+    const FieldRange fields = fieldsOf(array);
+    if (fields.empty()) return groups;
+    if (depth > kDeepestShown) {
+      _complete = false;
+    } else if (array.type == FieldType::Array) {
+      groups.push_back(fieldList(fields, depth));
+    } else {
+      for (const Field& record : fields) {
+        if (isFull()) break;
+        groups.push_back(fieldList(fieldsOf(record), depth));
+      }
+    }
+    return groups;
+  }
+
+  static std::string_view typeName(FieldType type) {
+    switch (type) {
+      case FieldType::String:
+        return "string";
+      case FieldType::Integer:
+        return "integer";
+      case FieldType::Float:
+        return "float";
+      case FieldType::Boolean:
+        return "boolean";
+      case FieldType::Array:
+      case FieldType::Records:
+        return "array";
+      default:
+        return "none";
+    }
   }
 
   json stepList(const std::vector<RunStep>& steps) {
@@ -107,8 +141,8 @@ class Details {
     return full;
   }
 
-  const ReportText& _text;
-  bool _complete;
+  const reader::Report& _report;
+  bool _complete = true;
   std::size_t _shown = 0;
   std::size_t _count = 0;
 };
@@ -146,10 +180,11 @@ std::string reportDetailsJson(const Report& report, const ReportBytes& bytes,
   value["sameId"] = sameId;
   value["request"] = "";
   addHead(bytes.head, value);
-  const ReportText text = readReportText(bytes.body);
-  Details details(text);
+  const auto [content, fault] = reader::readReportUpToFault(bytes.body);
+  Details details(content);
   value["content"] = details.pools();
   value["complete"] = details.isComplete();
+  value["fault"] = fault ? json(fault->what()) : json(nullptr);
   return jsonText(value);
 }
 

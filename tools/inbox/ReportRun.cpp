@@ -11,6 +11,9 @@ namespace zt::inbox {
 
 namespace {
 
+using reader::Field;
+using reader::FieldRange;
+using reader::FieldType;
 using std::chrono::milliseconds;
 
 constexpr std::string_view kTrue = "TRUE";
@@ -39,11 +42,11 @@ struct TimedStep {
   std::optional<ReportMoment> time;
 };
 
-std::string_view valueOf(const ReportPool& pool, std::string_view name) {
-  const auto field = std::ranges::find_if(pool.fields, [name](const ReportField& candidate) {
-    return candidate.depth == 0 && candidate.name == name;
-  });
-  return field == pool.fields.end() ? std::string_view() : field->value;
+std::string_view valueOf(const FieldRange& fields, std::string_view name) {
+  for (const Field& field : fields) {
+    if (field.name == name) return field.value;
+  }
+  return {};
 }
 
 /// Nothing, too, when the sender's clock was set back meanwhile.
@@ -53,7 +56,7 @@ std::optional<milliseconds> between(const std::optional<ReportMoment>& start,
   return end->time - start->time;
 }
 
-void take(const ReportField& field, const StepNames& names, TimedStep& step) {
+void take(const Field& field, const StepNames& names, TimedStep& step) {
   if (field.name == names.name) {
     step.step.name = field.value;
   } else if (field.name == names.type) {
@@ -70,16 +73,15 @@ void take(const ReportField& field, const StepNames& names, TimedStep& step) {
   }
 }
 
-std::vector<TimedStep> readSteps(const ReportPool& pool, const StepNames& names) {
+std::vector<TimedStep> readSteps(const FieldRange& fields, const StepNames& names) {
   std::vector<TimedStep> steps;
-  auto field = std::ranges::find_if(pool.fields, [&names](const ReportField& candidate) {
-    return candidate.depth == 0 && candidate.isArray() && candidate.name == names.array;
-  });
-  if (field == pool.fields.end()) return steps;
-  for (++field; field != pool.fields.end() && field->depth > 0; ++field) {
-    if (field->depth > 1) continue;
-    if (steps.size() <= field->group) steps.resize(field->group + 1);
-    take(*field, names, steps[field->group]);
+  for (const Field& field : fields) {
+    if (field.type != FieldType::Records || field.name != names.array) continue;
+    for (const Field& record : fieldsOf(field)) {
+      TimedStep& step = steps.emplace_back();
+      for (const Field& value : fieldsOf(record)) take(value, names, step);
+    }
+    break;
   }
   return steps;
 }
@@ -110,17 +112,18 @@ bool isRun(std::string_view poolType) {
   return std::ranges::find(kStepNames, poolType, &StepNames::poolType) != kStepNames.end();
 }
 
-std::optional<PoolRun> readRun(const ReportPool& pool) {
+std::optional<PoolRun> readRun(const reader::Report& report, const reader::Pool& pool) {
   const auto* const names = std::ranges::find(kStepNames, pool.type, &StepNames::poolType);
   if (names == kStepNames.end()) return std::nullopt;
   PoolRun run;
-  std::vector<TimedStep> steps = readSteps(pool, *names);
+  const FieldRange fields = report.fieldsOf(pool);
+  std::vector<TimedStep> steps = readSteps(fields, *names);
   if (!names->time.empty()) {
-    const auto start = parseReportMoment(valueOf(pool, "START_TIME"));
-    const auto end = parseReportMoment(valueOf(pool, "END_TIME"));
+    const auto start = parseReportMoment(valueOf(fields, "START_TIME"));
+    const auto end = parseReportMoment(valueOf(fields, "END_TIME"));
     run.duration = between(start, end);
-    const std::string_view success = valueOf(pool, "SUCCESSFULL");
-    if (valueOf(pool, "CANCELLED") == kTrue) {
+    const std::string_view success = valueOf(fields, "SUCCESSFULL");
+    if (valueOf(fields, "CANCELLED") == kTrue) {
       run.result = "cancelled";
     } else if (!success.empty()) {
       run.result = success == kTrue ? "succeeded" : "failed";

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/inbox/ReportText.h"
+#include "tools/reader/Report.h"
 
 namespace zt::inbox {
 
@@ -34,7 +34,7 @@ struct PoolRun {
 /// Whether pools of this type tell about a run.
 bool isRun(std::string_view poolType);
 
-/// Nothing for a pool of any other type. Texts are views into the report.
-std::optional<PoolRun> readRun(const ReportPool& pool);
+/// Nothing for a pool of any other type. `pool` is one of `report`. Texts are views into its text.
+std::optional<PoolRun> readRun(const reader::Report& report, const reader::Pool& pool);
 
 }  // namespace zt::inbox

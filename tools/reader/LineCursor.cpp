@@ -8,6 +8,7 @@ namespace {
 
 constexpr std::string_view kWrittenLineEnd = "\r\n";
 constexpr std::string_view kXmlLineEnd = "\n";
+constexpr std::string_view kEmptyTagEnd = "/>";
 
 std::string_view lineEndOf(std::string_view text) {
   const std::size_t first = text.find('\n');
@@ -88,6 +89,19 @@ std::string_view LineCursor::takeValue(std::string_view end, Start next) {
   _at = found + end.size();
   takeLineEnd();
   return value;
+}
+
+std::string_view LineCursor::takeElement(Start start, std::string_view end, Start next) {
+  const Start name{start.blanks, start.tag.substr(0, start.tag.size() - 1)};
+  if (_lineEnd == kXmlLineEnd && startsWith(name) &&
+      _text.substr(_at + name.blanks + name.tag.size()).starts_with(kEmptyTagEnd)) {
+    _at += name.blanks + name.tag.size() + kEmptyTagEnd.size();
+    const std::string_view value = here();
+    takeLineEnd();
+    return value;
+  }
+  takeStart(start);
+  return takeValue(end, next);
 }
 
 void LineCursor::failInLine(const std::string& expected) const {

@@ -44,6 +44,9 @@ class LineCursor {
   /// The value that stands between here and `end`, which is the end of its line. `next` is how the
   /// line after that starts.
   std::string_view takeValue(std::string_view end, Start next);
+  /// The value of an element that starts a line and ends one, `start` being its start tag and `end`
+  /// its end tag. An XML writer, whose lines end with LF, leaves one without a value as "<Value/>".
+  std::string_view takeElement(Start start, std::string_view end, Start next);
   /// Whether the rest of this line ends with `end`.
   bool lineEndsWith(std::string_view end) const;
 

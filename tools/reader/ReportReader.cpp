@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/reader/LineCursor.h"
@@ -23,12 +24,24 @@ class Reader {
  public:
   explicit Reader(std::string_view text) : _lines(text) { _report.text = text; }
 
-  Report read() && {
-    if (_lines.atEnd()) return std::move(_report);
+  void read() {
+    if (_lines.atEnd()) return;
     readFormAndStart();
     readHeads();
     while (_lines.startsWith({_poolBlanks, "<Data"})) readPool();
     readEnd();
+  }
+
+  /// What has been read, and what is open ends with it.
+  Report take() && {
+    const std::size_t end = _report.fields.size();
+    for (const OpenList& list : _open) {
+      if (list.type != FieldType::None) _report.fields[list.owner].size = end - list.owner;
+    }
+    for (const std::size_t records : _openRecords) {
+      _report.fields[records].size = end - records;
+    }
+    if (!_report.pools.empty()) _report.pools.back().end = end;
     return std::move(_report);
   }
 
@@ -40,6 +53,8 @@ class Reader {
   };
 
   std::string_view in(const Tag& tag) const { return tag.in(_report.form); }
+  /// A start tag without its end, which an element without a value may have instead.
+  static std::string_view open(std::string_view tag) { return tag.substr(0, tag.size() - 1); }
 
   void readFormAndStart() {
     if (_lines.startsWith({0, kEnvelope.substr(0, kEnvelope.find(' '))})) {
@@ -62,8 +77,8 @@ class Reader {
     const std::size_t blanks = _blanks + kInnerBlanks;
     for (std::size_t i = 0; i < kHeads.size(); ++i) {
       const Tag& next = i + 1 < kHeads.size() ? kHeads[i + 1].tag : kPools;
-      _lines.takeStart({blanks, in(kHeads[i].tag)});
-      _report.*kHeads[i].value = _lines.takeValue(kHeads[i].end, {blanks, in(next)});
+      _report.*kHeads[i].value =
+          _lines.takeElement({blanks, in(kHeads[i].tag)}, kHeads[i].end, {blanks, open(in(next))});
     }
     _lines.takeLine({blanks, in(kPools)});
   }
@@ -85,12 +100,12 @@ class Reader {
 
   void readPool() {
     const std::size_t inner = _poolBlanks + kInnerBlanks;
-    Pool pool;
     _lines.takeStart({_poolBlanks, in(kPool)});
-    pool.type = _lines.takeValue(kPoolTypeEnd, {inner, "<Date"});
-    _lines.takeStart({inner, in(kDate)});
-    pool.date = _lines.takeValue(kDateEnd, {inner, "<Fields"});
-    pool.begin = _report.fields.size();
+    const std::string_view type = _lines.takeValue(kPoolTypeEnd, {inner, "<Date"});
+    Pool& pool = _report.pools.emplace_back();
+    pool.type = type;
+    pool.begin = pool.end = _report.fields.size();
+    pool.date = _lines.takeElement({inner, in(kDate)}, kDateEnd, {inner, "<Fields"});
     pool.isEmptyTag = _lines.takeLineIf({inner, in(kNoFields)});
     if (!pool.isEmptyTag) {
       _lines.takeLine({inner, in(kFields)});
@@ -99,7 +114,6 @@ class Reader {
     }
     _lines.takeLine({_poolBlanks, kPoolEnd});
     pool.end = _report.fields.size();
-    _report.pools.push_back(pool);
   }
 
   /// How far in the lines of the innermost open list's owner stand.
@@ -145,12 +159,12 @@ class Reader {
     const std::size_t inner = blanks + kInnerBlanks;
     Field field;
     field.type = found->type;
-    _lines.takeStart({inner, in(isBare ? kBareName : kName)});
-    field.name = isBare ? _lines.takeValue(kNameEnd, {blanks, kFieldEnd})
-                        : _lines.takeValue(kNameEnd, {inner, in(kValue)});
-    if (!isBare) {
-      _lines.takeStart({inner, in(kValue)});
-      field.value = _lines.takeValue(kValueEnd, {blanks, kFieldEnd});
+    const LineCursor::Start end{blanks, kFieldEnd};
+    if (isBare) {
+      field.name = _lines.takeElement({inner, in(kBareName)}, kNameEnd, end);
+    } else {
+      field.name = _lines.takeElement({inner, in(kName)}, kNameEnd, {inner, open(in(kValue))});
+      field.value = _lines.takeElement({inner, in(kValue)}, kValueEnd, end);
     }
     _lines.takeLine({blanks, kFieldEnd});
     _report.fields.push_back(field);
@@ -217,6 +231,21 @@ class Reader {
 
 }  // namespace
 
-Report readReport(std::string_view text) { return Reader(text).read(); }
+Report readReport(std::string_view text) {
+  Reader reader(text);
+  reader.read();
+  return std::move(reader).take();
+}
+
+PartialReport readReportUpToFault(std::string_view text) {
+  Reader reader(text);
+  std::optional<ReadError> fault;
+  try {
+    reader.read();
+  } catch (const ReadError& error) {
+    fault = error;
+  }
+  return {std::move(reader).take(), std::move(fault)};
+}
 
 }  // namespace zt::reader

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "tools/reader/Place.h"
@@ -22,5 +23,14 @@ namespace zt::reader {
 ///
 /// Takes time and memory in proportion to the text. Raises `ReadError`.
 Report readReport(std::string_view text);
+
+/// What stands before the first thing that cannot be read, for someone who looks for it: the pools,
+/// arrays and records that are open there end there. `fault` is that thing, nothing when all was
+/// read.
+struct PartialReport {
+  Report report;
+  std::optional<ReadError> fault;
+};
+PartialReport readReportUpToFault(std::string_view text);
 
 }  // namespace zt::reader

@@ -212,13 +212,16 @@ TEST(ApiTest, ShowsTheRequestAndTheOtherReportsOfTheSameId) {
 TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
   const Inbox inbox;
   SampleReport report;
-  const std::string array = "               <Field FieldType=\"array\">\r\n";
-  report.moreFields = SampleReport::field("SUCCESSFULL", "TRUE") + array +
-                      "                 <Name>LIST</Date>\r\n                 <Fields>\r\n"
-                      "                   <Field FieldType=\"integer\">\r\n"
-                      "                     <Name>COUNT</Name>\r\n"
-                      "                     <Value>7</Value>\r\n                   </Field>\r\n"
-                      "                 </Fields>\r\n               </Data>\r\n";
+  report.moreFields = SampleReport::field("SUCCESSFULL", "TRUE") +
+                      "               <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+                      "                 <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
+                      "                 <Fields xsi:type=\"com_Fields\">\r\n"
+                      "                   <Field xsi:type=\"com_Field\" FieldType=\"integer\">\r\n"
+                      "                     <Name xsi:type=\"xsd:string\">COUNT</Name>\r\n"
+                      "                     <Value xsi:type=\"xsd:string\">7</Value>\r\n"
+                      "                   </Field>\r\n"
+                      "                 </Fields>\r\n"
+                      "               </Data>\r\n";
   post(inbox, report);
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   EXPECT_EQ(one["complete"], true);
@@ -230,6 +233,26 @@ TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
                    {"name": "LIST", "type": "array", "groups": [
                      [{"name": "COUNT", "type": "integer", "value": "7"}]]}]}])"));
   EXPECT_EQ(one["result"], "succeeded");
+  EXPECT_EQ(one["fault"], nullptr);
+}
+
+TEST(ApiTest, TellsWhereAReportCannotBeRead) {
+  const Inbox inbox;
+  SampleReport report;
+  report.pools = {"EXECUTION", "CUSTOM"};
+  report.moreFields = "               <Field>\r\n";
+  post(inbox, report);
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["fault"],
+            "line 18, column 16: expected \"<Field\" after 15 blanks or \"</Fields>\" after 13");
+  EXPECT_EQ(one["content"],
+            json::parse(R"([{"type": "EXECUTION", "date": "2026-11-21T12:00:00.123UTC",
+        "result": null, "duration": null, "steps": [],
+        "fields": [{"name": "EDITION", "type": "string", "value": "Home"}]}])"));
+  EXPECT_EQ(one["complete"], true);
+  EXPECT_EQ(one["pools"], json({"EXECUTION", "CUSTOM"}));
+  EXPECT_EQ(json::parse(ask(inbox, "GET", "/api/v1/reports?text=custom").body).size(), 1U)
+      << "all of it is searched";
 }
 
 TEST(ApiTest, CountsForCharts) {

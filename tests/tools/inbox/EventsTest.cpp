@@ -135,6 +135,24 @@ TEST(EventsTest, GoesOnWhereTheClientWas) {
   }
 }
 
+TEST(EventsTest, TellsWhenReportsAreDeletedOrMarked) {
+  const Inbox inbox;
+  for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
+  Events events(inbox);
+  EXPECT_EQ(events.next(), "retry: 1000");
+  auto client = inbox.newClient();
+  const std::string changed = "event: changed\ndata: {}";
+  client.Put("/api/v1/reports/1/read", R"({"read": true})", "application/json");
+  EXPECT_EQ(events.nextEvent(), changed);
+  client.Delete("/api/v1/reports/2");
+  EXPECT_EQ(events.nextEvent(), changed);
+  client.Delete("/api/v1/reports/2");
+  client.Delete("/api/v1/reports");
+  EXPECT_EQ(events.nextEvent(), changed);
+  post(inbox, SampleReport());
+  EXPECT_EQ(idOf(events.nextEvent()), "id: 4") << "what changed nothing is not told";
+}
+
 TEST(EventsTest, ANumberThatNoReportHasReachedMeansTheNext) {
   // A client that knew an older database.
   const Inbox inbox;

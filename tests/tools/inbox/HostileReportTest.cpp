@@ -147,8 +147,9 @@ TEST(HostileReportTest, DepthDoesNotCountAgainstTheStack) {
   std::string end;
   for (std::size_t depth = 0; depth < 2'000; ++depth) {
     const std::string indent(15 + depth * 4, ' ');
-    report.moreFields += indent + "<Field FieldType=\"array\">\r\n" + indent +
-                         "  <Name>D</Date>\r\n" + indent + "  <Fields>\r\n";
+    report.moreFields += indent + "<Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n" +
+                         indent + "  <Name xsi:type=\"xsd:string\">D</Date>\r\n" + indent +
+                         "  <Fields xsi:type=\"com_Fields\">\r\n";
     end.insert(0, indent + "  </Fields>\r\n" + indent + "</Data>\r\n");
   }
   report.moreFields += end;

@@ -2,15 +2,17 @@
 
 #include <string>
 
+#include "tests/tools/reader/ReportText.h"
 #include "tools/inbox/ReportRun.h"
+#include "tools/reader/ReportReader.h"
 #include "ztportal/ztportal.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 using zt::inbox::PoolRun;
-using zt::inbox::readReportText;
 using zt::inbox::readRun;
+using zt::reader::readReport;
 
 constexpr std::int64_t kStart = 1'795'262'400'000;
 
@@ -22,10 +24,11 @@ std::string text(const std::optional<milliseconds>& time) {
 
 /// A line for each step, behind the run's own.
 std::string shown(const ZtPortalPool& pool) {
-  std::string report;
-  pool.addToXml("", report, true);
-  const auto content = readReportText(report);
-  const auto run = readRun(content.pools.at(0));
+  std::string pools;
+  pool.addToXml("    ", pools, false);
+  const std::string written = zt::test::plainReportOf(pools);
+  const auto report = readReport(written);
+  const auto run = readRun(report, report.pools.at(0));
   if (!run) return "no run";
   std::string lines(run->result.value_or("-"));
   lines.append(" ").append(text(run->duration)).append("\n");
@@ -87,32 +90,20 @@ TEST(ReportRunTest, OtherPoolsTellNothing) {
 }
 
 TEST(ReportRunTest, ReadsTheStepsOfADiagnosis) {
-  const std::string lead =
-      "<Data Pool=\"DIAGNOSE\">\n  <Fields>\n    <Field FieldType=\"array\">\n"
-      "      <Name>DIAGNOSESTEPS</Name>\n";
-  const auto step = [](const std::string& name, const std::string& success) {
-    const auto field = [](const std::string& fieldName, const std::string& value) {
-      return "        <Field FieldType=\"string\">\n          <Name>" + fieldName +
-             "</Name>\n          <Value>" + value + "</Value>\n        </Field>\n";
-    };
-    return "      <Fields>\n" + field("DIAGNOSE_STEPNAME", name) +
-           field("DIAGNOSE_DIAGNOSETYPE", "MANUAL") + field("DIAGNOSE_MESSAGESTRING", "m") +
-           field("DIAGNOSE_MESSAGECODE", "c") + field("DIAGNOSE_SUCCESSFULLREPAIR", success) +
-           "      </Fields>\n";
-  };
-  const std::string report = lead + step("A", "TRUE") + step("B", "FALSE") + "    </Field>\n";
-  const auto content = readReportText(report);
-  const auto run = readRun(content.pools.at(0));
-  ASSERT_TRUE(run);
-  EXPECT_EQ(run->result, std::nullopt);
-  ASSERT_EQ(run->steps.size(), 2U);
-  EXPECT_EQ(run->steps[0].name, "A");
-  EXPECT_EQ(run->steps[0].type, "MANUAL");
-  EXPECT_EQ(run->steps[0].message, "m");
-  EXPECT_EQ(run->steps[0].code, "c");
-  EXPECT_FALSE(run->steps[0].failed);
-  EXPECT_TRUE(run->steps[1].failed);
-  EXPECT_EQ(run->steps[1].offset, std::nullopt);
+  const auto diagnose = ZtPortalPoolDiagnose::initWithValues(after(0));
+  diagnose->addStep(after(5), "A", ZtPortalDiagnoseManual)->setSuccessfullRepair(1);
+  const auto failed = diagnose->addStep(after(6), "B", ZtPortalDiagnoseManual);
+  failed->setSuccessfullRepair(0);
+  failed->setStepMessageString("m");
+  failed->setStepMessageCode("c");
+  EXPECT_EQ(shown(*diagnose), "- -\nA MANUAL   - -\nB MANUAL m c failed - -\n");
+}
+
+TEST(ReportRunTest, StepsAreARunsOwnList) {
+  // A generic array may have the same name, and a pool of a run's type may be anything.
+  const auto run = ZtPortalPool::initWithValues("EXECUTION", after(0));
+  run->addArray("INSTALLATIONSTEPS")->addString("STEP_NAME", "Copy");
+  EXPECT_EQ(shown(*run), "- -\n");
 }
 
 }  // namespace

@@ -21,9 +21,13 @@ struct SampleReport {
 
   std::string text() const {
     std::string report =
-        "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">\r\n"
+        "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+        " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+        " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+        " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\r\n"
         "  <SOAP-ENV:Body>\r\n"
-        "    <postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\">\r\n"
+        "    <postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\""
+        " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">\r\n"
         "       <reportData xsi:type=\"com_Report\">\r\n";
     report += header("ReportID", reportId) + header("MachineID", machineId) +
               header("CustomerID", customerId) + header("ApplicationID", applicationId) +

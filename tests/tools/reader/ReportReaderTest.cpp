@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -276,6 +277,92 @@ TEST(ReportReaderTest, GivesBackNamesAndTypesWithLineEnds) {
   EXPECT_EQ(told(report),
             "[a\r\nb] [a\r\nb]\n  array [a\r\nb] [] empty\n  string [a\r\nb] [x]\n"
             "  none [a\r\nb] []\n");
+}
+
+TEST(ReportReaderTest, ReadsTheEmptyElementsOfAnXmlWriter) {
+  // What was sent again from the store was written by one.
+  const std::string text =
+      "<?xml version=\"1.0\"?>\n<reportData>\n  <ReportID/>\n  <MachineID>{M}</MachineID>\n"
+      "  <CustomerID/>\n  <ApplicationID/>\n  <ApplicationVersion/>\n  <Datas>\n"
+      "    <Data Pool=\"\">\n      <Date/>\n      <Fields>\n"
+      "        <Field FieldType=\"string\">\n          <Name/>\n          <Value/>\n"
+      "        </Field>\n"
+      "        <Field FieldType=\"string\">\n          <Name>a\nb</Name>\n          <Value/>\n"
+      "        </Field>\n"
+      "        <Field type=\"none\">\n          <Name type=\"none\"/>\n        </Field>\n"
+      "      </Fields>\n    </Data>\n  </Datas>\n</reportData>\n";
+  const Report report = readReport(text);
+  EXPECT_EQ(report.reportId, "");
+  EXPECT_EQ(report.machineId, "{M}");
+  EXPECT_EQ(report.applicationVersion, "");
+  EXPECT_EQ(told(report), "[] []\n  string [] []\n  string [a\nb] []\n  none [] []\n");
+  EXPECT_THROW(readReport(crlf(text)), zt::reader::ReadError) << "the library writes both tags";
+}
+
+/// A pool with an array in an array, and with two records.
+const std::string kDeepPool = plainPool(plainField("A", "1") + R"(        <Field FieldType="array">
+          <Name>OUTER</Date>
+          <Fields>
+            <Field FieldType="array">
+              <Name>INNER</Date>
+              <Fields>
+                <Field FieldType="integer">
+                  <Name>COUNT</Name>
+                  <Value>7</Value>
+                </Field>
+              </Fields>
+            </Data>
+          </Fields>
+        </Data>
+        <Field FieldType="array">
+          <Name>STEPS</Name>
+          <Fields>
+            <Field FieldType="string">
+              <Name>STEP_NAME</Name>
+              <Value>Copy</Value>
+            </Field>
+          </Fields>
+          <Fields>
+          </Fields>
+        </Field>
+)");
+
+TEST(ReportReaderTest, TellsWhatStandsBeforeAFault) {
+  std::string text = plainLines(kDeepPool + plainPool(""));
+  const std::string last = "              <Name>STEP_NAME</Name>\n";
+  text.insert(text.find(last) + last.size(), "?\n");
+  const auto [report, fault] = zt::reader::readReportUpToFault(text);
+  ASSERT_TRUE(fault);
+  EXPECT_EQ(std::string(fault->what()), "line 35, column 1: expected \"<Value>\" after 14 blanks");
+  EXPECT_EQ(told(report),
+            "[CUSTOM] [2026-11-21T12:00:00.000UTC]\n"
+            "  string [A] [1]\n"
+            "  array [OUTER] []\n    array [INNER] []\n      integer [COUNT] [7]\n"
+            "  records [STEPS] []\n    record [] []\n");
+  EXPECT_FALSE(zt::reader::readReportUpToFault(kDeepPool.substr(0, 0)).fault);
+}
+
+TEST(ReportReaderTest, WhateverLineCannotBeReadTheRestBeforeItIs) {
+  const std::string text = plainLines(kDeepPool + plainPool(plainField("B", "2")));
+  const Report whole = readReport(text);
+  std::size_t line = 1;
+  for (std::size_t at = 0; at <= text.size(); at = text.find('\n', at) + 1, ++line) {
+    std::string broken = text;
+    broken.insert(at, "?\n");
+    const auto [report, fault] = zt::reader::readReportUpToFault(broken);
+    ASSERT_TRUE(fault) << line;
+    EXPECT_EQ(fault->place().line, line);
+    ASSERT_LE(report.fields.size(), whole.fields.size());
+    for (std::size_t i = 0; i < report.fields.size(); ++i) {
+      EXPECT_EQ(report.fields[i].name, whole.fields[i].name);
+      EXPECT_EQ(report.fields[i].size, std::min(whole.fields[i].size, report.fields.size() - i));
+    }
+    if (!report.pools.empty()) {
+      EXPECT_EQ(report.pools.back().end, report.fields.size());
+    }
+    if (at == text.size()) break;
+  }
+  EXPECT_EQ(line, 54U) << "every line of the text, and behind it";
 }
 
 TEST(ReportReaderTest, AValueThatImitatesTheReportsLinesIsWhatItImitates) {

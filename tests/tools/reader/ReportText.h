@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -28,6 +29,13 @@ inline std::string plainLines(const std::string& pools) {
          pools +
          "  </Datas>\n"
          "</reportData>\n";
+}
+
+/// A plain report with pools as the library writes them, behind four blanks.
+inline std::string plainReportOf(const std::string& pools) {
+  const std::string text = crlf(plainLines("@"));
+  const std::size_t at = text.find('@');
+  return text.substr(0, at) + pools + text.substr(at + 1);
 }
 
 /// Line 11 of a SOAP report is the first of `pools`.

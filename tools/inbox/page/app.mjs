@@ -249,6 +249,10 @@ const live = new LiveReports({
   onReport(report) {
     if (gathered.push(report) === 1) setTimeout(takeGathered, GATHER);
   },
+  onChanged() {
+    quietly(() => list.refresh());
+    refreshSoon();
+  },
   onState(state) {
     byId("live").dataset.state = state;
     byId("live-text").textContent = state === "live" ? "live" : "no connection";

@@ -112,6 +112,22 @@ export class ReportList {
     this.changed();
   }
 
+  // Takes over what was deleted or marked elsewhere, and keeps the place in the list.
+  async refresh() {
+    const load = this.loads;
+    if (this.reports.length === 0) return;
+    const found = await listReports({...this.parameters, limit: MOST_ROWS, before: this.newest + 1});
+    if (load !== this.loads) return;
+    const oldest = found.length === MOST_ROWS ? found.at(-1).number : 0;
+    const current = new Map(found.map((report) => [report.number, report]));
+    for (const report of this.reports.filter(({number}) => number >= oldest)) {
+      const now = current.get(report.number);
+      if (!now) this.remove(report.number);
+      else if (now.read !== report.read) this.setRead(report.number, now.read);
+    }
+    if (this.reports.length < Math.min(PAGE, found.length)) await this.load();
+  }
+
   remove(number) {
     const index = this.reports.findIndex((report) => report.number === number);
     if (index < 0) return;

@@ -5,10 +5,12 @@ import {eventsAddress} from "./api.mjs";
 
 const PAUSE = 2_000;
 
-// onReport(report), onState("live" or "lost"), onAgain() when the connection is back.
+// onReport(report), onChanged() when reports were deleted or marked by whomever, onState("live" or
+// "lost"), onAgain() when the connection is back.
 export class LiveReports {
-  constructor({onReport, onState, onAgain}) {
+  constructor({onReport, onChanged, onState, onAgain}) {
     this.onReport = onReport;
+    this.onChanged = onChanged;
     this.onState = onState;
     this.onAgain = onAgain;
     this.last = 0;
@@ -31,6 +33,7 @@ export class LiveReports {
       this.last = Number(event.lastEventId);
       this.onReport(JSON.parse(event.data));
     });
+    source.addEventListener("changed", () => this.onChanged());
     source.addEventListener("error", () => {
       this.lost = true;
       this.onState("lost");

@@ -78,13 +78,19 @@ function poolView(pool) {
     fieldTable(pool.fields, `Fields of ${pool.type}`));
 }
 
+function faultView(report, address) {
+  const what = report.content.length === 0 ? "No pool of this report" : "Not all of this report";
+  return h("p", {class: "block", role: "note"}, `${what} can be read: ${report.fault}. See its `, h("a", {href: address(report.number, "raw")}, "raw text"), ".");
+}
+
 function contentView(report, address) {
   const runs = report.content.filter((pool) => pool.steps?.length > 0);
   return [
     summary(report, address),
     ...runs.map(timelineView),
     ...report.content.map(poolView),
-    report.content.length === 0 ? h("p", {class: "quiet block"}, "No pool could be read from this report; see its raw text.") : null,
+    report.fault ? faultView(report, address) : null,
+    report.content.length === 0 && !report.fault ? h("p", {class: "quiet block"}, "This report has no pools.") : null,
     report.complete ? null : h("p", {class: "quiet block"}, "Of this very large report only the beginning is shown; the raw text has all."),
   ];
 }

@@ -16,6 +16,14 @@ void Arrivals::clear() {
   _count = 0;
 }
 
+void Arrivals::addChange() {
+  {
+    const std::lock_guard lock(_mutex);
+    ++_changes;
+  }
+  _changed.notify_all();
+}
+
 std::uint64_t Arrivals::count() const {
   const std::lock_guard lock(_mutex);
   return _count;
@@ -26,14 +34,21 @@ std::uint64_t Arrivals::lastNumber() const {
   return _lastNumber;
 }
 
+std::uint64_t Arrivals::changes() const {
+  const std::lock_guard lock(_mutex);
+  return _changes;
+}
+
 bool Arrivals::waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const {
   std::unique_lock lock(_mutex);
   return _changed.wait_for(lock, timeout, [&] { return _count >= count; });
 }
 
-bool Arrivals::waitForNumberAfter(std::uint64_t number, std::chrono::milliseconds timeout) const {
+bool Arrivals::waitForNews(std::uint64_t number, std::uint64_t changes,
+                           std::chrono::milliseconds timeout) const {
   std::unique_lock lock(_mutex);
-  return _changed.wait_for(lock, timeout, [&] { return _lastNumber > number; });
+  return _changed.wait_for(lock, timeout,
+                           [&] { return _lastNumber > number || _changes > changes; });
 }
 
 }  // namespace zt::inbox

@@ -128,6 +128,7 @@ bool ReportStore::remove(std::uint64_t number) {
                   if (removed) --_count;
                 },
                 {}});
+  if (removed) _arrivals.addChange();
   return removed;
 }
 
@@ -147,6 +148,7 @@ std::size_t ReportStore::remove(const ReportFilter& filter) {
     total += removed;
     rest.before = found.back();
   }
+  if (total > 0) _arrivals.addChange();
   return total;
 }
 
@@ -161,12 +163,14 @@ std::size_t ReportStore::clear() {
                   _arrivals.clear();
                   shrink(_writing);
                 }});
+  if (cleared > 0) _arrivals.addChange();
   return cleared;
 }
 
 bool ReportStore::setRead(std::uint64_t number, bool read) {
   bool found = false;
   _commits.run({[this, number, read, &found] { found = _writer.setRead(number, read); }, {}});
+  if (found) _arrivals.addChange();
   return found;
 }
 
@@ -185,6 +189,7 @@ std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
     total += changed;
     filter.before = found.back();
   }
+  if (total > 0) _arrivals.addChange();
   return total;
 }
 

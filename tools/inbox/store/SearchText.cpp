@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "tools/inbox/ReportIdentity.h"
-#include "tools/inbox/ReportText.h"
+#include "tools/reader/ReportReader.h"
 
 namespace zt::inbox {
 
@@ -18,19 +18,19 @@ void addLine(std::string& text, std::string_view line) {
 }  // namespace
 
 std::string searchText(std::string_view report) {
-  const ReportText content = readReportText(report);
-  if (content.pools.empty()) return std::string(report.substr(0, kLongestSearchText));
+  const auto [content, fault] = reader::readReportUpToFault(report);
+  if (fault) return std::string(report.substr(0, kLongestSearchText));
   std::string text;
   const ReportIdentity identity = readIdentity(report);
   for (const auto& value : {identity.reportId, identity.machineId, identity.customerId,
                             identity.applicationId, identity.applicationVersion}) {
     if (value) addLine(text, *value);
   }
-  for (const ReportPool& pool : content.pools) {
+  for (const reader::Pool& pool : content.pools) {
     addLine(text, pool.type);
-    for (const ReportField& field : pool.fields) {
-      addLine(text, field.name);
-      addLine(text, field.value);
+    for (std::size_t i = pool.begin; i < pool.end; ++i) {
+      addLine(text, content.fields[i].name);
+      addLine(text, content.fields[i].value);
     }
   }
   return text;

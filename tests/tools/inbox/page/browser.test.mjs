@@ -245,6 +245,22 @@ test("deletes one report, what is found, and all, after asking", async () => {
   assert.deepEqual(await inbox.ask("reports"), []);
 });
 
+test("takes over what is deleted and marked elsewhere, and keeps its place", async () => {
+  await sendMany(150);
+  const page = await open("#/reports/150");
+  await page.click("#older");
+  await expectRows(page, 150);
+  await expectText(page, "#list-count", "149 unread");
+  await inbox.ask("reports/10", {method: "DELETE"});
+  await inbox.ask("reports/20/read", {method: "PUT", body: JSON.stringify({read: true})});
+  await page.waitForFunction(() => !document.querySelector('.row[data-number="10"]'));
+  await page.waitForFunction(() => !document.querySelector('.row[data-number="20"]').hasAttribute("data-unread"));
+  await expectRows(page, 149);
+  await expectText(page, "#list-count", "147 unread");
+  await inbox.ask("reports?before=1000", {method: "DELETE"});
+  await expectText(page, "#empty", "No report has come yet");
+});
+
 test("compares two reports field by field", async () => {
   await inbox.send(report({applicationVersion: "1.0", pools: pool("EDITIONS", field("EDITION", "Home") + field("OLD", "1"))}));
   await inbox.send(report({applicationVersion: "1.1", pools: pool("EDITIONS", field("EDITION", "Pro") + field("NEW", "2"))}));

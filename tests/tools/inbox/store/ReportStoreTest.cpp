@@ -329,13 +329,13 @@ TEST_F(ReportStoreTest, WaitsForReports) {
   ReportStore store(folder(), 5);
   EXPECT_TRUE(store.arrivals().waitForCount(0, milliseconds(0)));
   EXPECT_FALSE(store.arrivals().waitForCount(1, milliseconds(1)));
-  EXPECT_FALSE(store.arrivals().waitForNumberAfter(0, milliseconds(1)));
+  EXPECT_FALSE(store.arrivals().waitForNews(0, 0, milliseconds(1)));
   std::thread adding([&store] {
     store.add({});
     store.add({});
   });
   EXPECT_TRUE(store.arrivals().waitForCount(2, milliseconds(60'000)));
-  EXPECT_TRUE(store.arrivals().waitForNumberAfter(1, milliseconds(60'000)));
+  EXPECT_TRUE(store.arrivals().waitForNews(1, 0, milliseconds(60'000)));
   adding.join();
 }
 
