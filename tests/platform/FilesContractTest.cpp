@@ -113,6 +113,33 @@ TYPED_TEST(FilesContract, AWriteReplacesTheWholeContent) {
   EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
 }
 
+TYPED_TEST(FilesContract, MakesFoldersAndFilesBelowARoot) {
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "a/b/file", "x"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a/b"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a//b/"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->path("a"), "b/c"));
+  EXPECT_TRUE(this->files().writeBelow(this->root(), "a/b/file", "long content"));
+  EXPECT_TRUE(this->files().writeBelow(this->path("a/b"), "file", "short"));
+  EXPECT_THAT(this->files().read(this->path("a/b/file")), Optional(std::string("short")));
+  EXPECT_THAT(this->files().list(this->path("a/b")), Optional(UnorderedElementsAre("c", "file")));
+}
+
+TYPED_TEST(FilesContract, MakesNothingBelowWhatIsNoFolder) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->path("missing"), "a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->path("file"), "a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file/a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), ""));
+  EXPECT_FALSE(this->files().writeBelow(this->path("missing"), "a", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/a", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "a" + kNulByte, "x"));
+  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
+  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+}
+
 TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
   EXPECT_FALSE(this->files().write(this->path("missing/file"), "x"));
   EXPECT_FALSE(this->files().exists(this->path("missing")));

@@ -31,6 +31,10 @@ class ObservedFiles final : public Files {
     _observer("createFolders " + path);
     return _files.createFolders(path);
   }
+  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
+    _observer("createFolders " + root + "/" + relative);
+    return _files.createFoldersBelow(root, relative);
+  }
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     _observer("list " + folder);
     return _files.list(folder);
@@ -42,6 +46,11 @@ class ObservedFiles final : public Files {
   bool write(const std::string& path, std::string_view content) override {
     _observer("write " + path);
     return _files.write(path, content);
+  }
+  bool writeBelow(const std::string& root, const std::string& relative,
+                  std::string_view content) override {
+    _observer("write " + root + "/" + relative);
+    return _files.writeBelow(root, relative, content);
   }
   bool remove(const std::string& path) override {
     _observer("remove " + path);

@@ -44,6 +44,12 @@ std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
   return entry->second;
 }
 
+/// What stands behind `root` in a path below it; empty for one that does not lie there.
+std::string pathBelow(std::string_view root, std::string_view path) {
+  if (!path.starts_with(root) || !path.substr(root.size()).starts_with('/')) return "";
+  return std::string(path.substr(root.size() + 1));
+}
+
 }  // namespace
 
 bool ZtPortalData::_mutexEnabled() const try {
@@ -97,7 +103,13 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
   return false;
 }
 
-void ZtPortalData::saveReport() try { _writeReport(_getReportFile()); } catch (const ZtException&) {
+void ZtPortalData::saveReport() try {
+  const ZtString path = _getReportFile();
+  if (path.isNull()) return;
+  zt::Platform& platform = zt::Platform::current();
+  const std::string root = platform.supportFolder().path(zt::kUserDomain).value_or("");
+  platform.files().writeBelow(root, pathBelow(root, path.view()), getSoapString());
+} catch (const ZtException&) {
   // A store that cannot be written to is silent; the caller looks for the file if it must know.
 }
 
@@ -153,6 +165,9 @@ ZtString ZtPortalData::_getReportFolder() {
   if (support.isNull()) return nullptr;
   std::string path;
   zt::appendText(path, support.view(), kReportsFolder);
-  if (!zt::Platform::current().files().createFolders(path)) return nullptr;
+  // A link in the store's place would lead out of it what is written and deleted there.
+  zt::Platform& platform = zt::Platform::current();
+  const std::string root = platform.supportFolder().path(zt::kUserDomain).value_or("");
+  if (!platform.files().createFoldersBelow(root, pathBelow(root, path))) return nullptr;
   return path;
 }

@@ -38,6 +38,9 @@ class FailingFiles final : public Files {
   bool createFolders(const std::string& path) override {
     return !fails(Operation::CreateFolders) && _files.createFolders(path);
   }
+  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
+    return !fails(Operation::CreateFolders) && _files.createFoldersBelow(root, relative);
+  }
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     if (fails(Operation::List)) return std::nullopt;
     return _files.list(folder);
@@ -47,11 +50,12 @@ class FailingFiles final : public Files {
     return _files.read(path);
   }
   bool write(const std::string& path, std::string_view content) override {
-    const bool failsMidway = fails(Operation::WriteMidway);
-    if (fails(Operation::Write)) return false;
-    if (!failsMidway) return _files.write(path, content);
-    if (_files.write(path, content)) _files.remove(path);
-    return false;
+    return mayFailMidway(path, [&] { return _files.write(path, content); });
+  }
+  bool writeBelow(const std::string& root, const std::string& relative,
+                  std::string_view content) override {
+    return mayFailMidway(root + "/" + relative,
+                         [&] { return _files.writeBelow(root, relative, content); });
   }
   bool remove(const std::string& path) override {
     return !fails(Operation::Remove) && _files.remove(path);
@@ -60,6 +64,15 @@ class FailingFiles final : public Files {
  private:
   static constexpr int kNever = 0;
   static constexpr int kAlways = -1;
+
+  template <class Write>
+  bool mayFailMidway(const std::string& path, Write write) {
+    const bool failsMidway = fails(Operation::WriteMidway);
+    if (fails(Operation::Write)) return false;
+    if (!failsMidway) return write();
+    if (write()) _files.remove(path);
+    return false;
+  }
 
   std::atomic<int>& countdown(Operation operation) {
     return _countdowns[static_cast<std::size_t>(operation)];

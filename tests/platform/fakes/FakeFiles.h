@@ -46,6 +46,10 @@ class FakeFiles final : public Files {
     return true;
   }
 
+  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
+    return isFolder(root) && !relative.empty() && createFolders(root + "/" + relative);
+  }
+
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     const std::scoped_lock lock(_mutex);
     const Entry* entry = find(folder);
@@ -75,6 +79,11 @@ class FakeFiles final : public Files {
     if (at->second.isFolder()) return false;
     at->second.content = content;
     return true;
+  }
+
+  bool writeBelow(const std::string& root, const std::string& relative,
+                  std::string_view content) override {
+    return !relative.empty() && write(root + "/" + relative, content);
   }
 
   bool remove(const std::string& path) override {

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/ForkedChild.h"
+#include "tests/support/ScopedUmask.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
 
@@ -26,24 +27,9 @@ using testing::Optional;
 using zt::LinuxFiles;
 using zt::test::inForkedChild;
 using zt::test::kNotPermitted;
+using zt::test::modeOf;
+using zt::test::ScopedUmask;
 using zt::test::TemporaryFolder;
-
-class ScopedUmask {
- public:
-  explicit ScopedUmask(mode_t mask) : _before(::umask(mask)) {}
-  ScopedUmask(const ScopedUmask&) = delete;
-  ScopedUmask& operator=(const ScopedUmask&) = delete;
-  ~ScopedUmask() { ::umask(_before); }
-
- private:
-  mode_t _before;
-};
-
-mode_t modeOf(const std::string& path) {
-  struct stat status {};
-  if (::stat(path.c_str(), &status) != 0) return 0;
-  return status.st_mode & 07777U;
-}
 
 std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});

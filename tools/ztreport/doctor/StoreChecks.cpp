@@ -51,7 +51,7 @@ Finding checkStoreFolder(Patient& patient) {
   if (folder.isNull()) {
     const std::string wanted = dataFolder() + "/Kelvane/" + patient.appName + "/reports";
     return failed(wanted + " cannot be made",
-                  "see whether a file is in its way, who owns the folders above it, and whether "
+                  "see whether a file or a link is in its way, who owns the folders above it, and whether "
                   "XDG_DATA_HOME or HOME is right");
   }
   patient.storeFolder = folder.view();

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstddef>
 #include <filesystem>
@@ -24,18 +25,24 @@ bool canNameAFile(const std::string& path) {
 
 class OpenFile {
  public:
-  OpenFile(const std::string& path, int flags, mode_t mode = 0) {
+  /// `path` starts at `folder`, a descriptor, unless it is absolute.
+  OpenFile(int folder, const std::string& path, int flags, mode_t mode = 0) {
     do {
-      _descriptor = ::open(path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+      _descriptor = ::openat(folder, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
     } while (_descriptor < 0 && errno == EINTR);
   }
   OpenFile(OpenFile&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
+  OpenFile& operator=(OpenFile&& other) noexcept {
+    std::swap(_descriptor, other._descriptor);
+    return *this;
+  }
   OpenFile(const OpenFile&) = delete;
   OpenFile& operator=(const OpenFile&) = delete;
   ~OpenFile() {
     if (isOpen()) ::close(_descriptor);
   }
 
+  static OpenFile none() { return OpenFile(); }
   bool isOpen() const { return _descriptor >= 0; }
   int descriptor() const { return _descriptor; }
   bool isRegular() const {
@@ -55,12 +62,18 @@ class OpenFile {
   bool close() { return ::close(std::exchange(_descriptor, -1)) == 0; }
 
  private:
+  OpenFile() = default;
+
   int _descriptor = -1;
 };
 
-OpenFile openForWriting(const std::string& path) {
+enum class Links { Follow, Refuse };
+
+/// Opens the file `name` of `folder`, which is made when it is missing. Where links are refused,
+/// everything else that is no regular file is, too.
+OpenFile openForWriting(int folder, const std::string& name, Links links) {
   constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-  OpenFile created(path, O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
+  OpenFile created(folder, name, O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
   if (created.isOpen()) {
     // Gives back what the umask took from the owner. A file system without modes may refuse; the
     // content is kept all the same.
@@ -68,7 +81,53 @@ OpenFile openForWriting(const std::string& path) {
     return created;
   }
   if (errno != EEXIST) return created;
-  return {path, O_WRONLY | O_TRUNC};
+  if (links == Links::Follow) return {folder, name, O_WRONLY | O_TRUNC};
+  // A FIFO without a reader would hold up the opening.
+  OpenFile found(folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (found.isOpen() && (!found.isRegular() || ::ftruncate(found.descriptor(), 0) != 0)) {
+    return OpenFile::none();
+  }
+  return found;
+}
+
+bool writeTo(int folder, const std::string& name, Links links, std::string_view content) {
+  OpenFile file = openForWriting(folder, name, links);
+  if (!file.isOpen()) return false;
+  const bool isRegular = file.isRegular();
+  if (file.writeAll(content)) {
+    if (file.close()) return true;
+  } else if (isRegular) {
+    // Reaches the content where the name is a link to it, too.
+    [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
+  }
+  if (isRegular) ::unlinkat(folder, name.c_str(), 0);
+  return false;
+}
+
+/// Makes the folder `name` unless it is there. Its owner may use it whatever the umask.
+void makeFolder(int above, const std::string& name, mode_t mode) {
+  if (::mkdirat(above, name.c_str(), mode) != 0) return;
+  struct stat status {};
+  if (::fstatat(above, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (!S_ISDIR(status.st_mode) || (status.st_mode & S_IRWXU) == S_IRWXU) return;
+  ::fchmodat(above, name.c_str(), (status.st_mode & 07777U) | S_IRWXU, 0);
+}
+
+/// Goes down from `root` to the folder `relative` below it. Missing ones are made when there is a
+/// mode for them.
+OpenFile openFolder(const std::string& root, std::string_view relative, Links links,
+                    std::optional<mode_t> newMode = std::nullopt) {
+  constexpr int kFolder = O_PATH | O_DIRECTORY;
+  OpenFile folder(AT_FDCWD, root, kFolder);
+  while (folder.isOpen() && !relative.empty()) {
+    const std::string name(relative.substr(0, relative.find('/')));
+    relative.remove_prefix(std::min(name.size() + 1, relative.size()));
+    if (name.empty() || name == ".") continue;
+    if (newMode) makeFolder(folder.descriptor(), name, *newMode);
+    folder = OpenFile(folder.descriptor(), name,
+                      links == Links::Refuse ? kFolder | O_NOFOLLOW : kFolder);
+  }
+  return folder;
 }
 
 }  // namespace
@@ -85,9 +144,13 @@ bool LinuxFiles::isFolder(const std::string& path) {
 
 bool LinuxFiles::createFolders(const std::string& path) {
   if (!canNameAFile(path)) return false;
-  std::error_code error;
-  std::filesystem::create_directories(path, error);
-  return !error && isFolder(path);
+  const std::string start = path.front() == '/' ? "/" : ".";
+  return openFolder(start, path, Links::Follow, S_IRWXU | S_IRWXG | S_IRWXO).isOpen();
+}
+
+bool LinuxFiles::createFoldersBelow(const std::string& root, const std::string& relative) {
+  if (!canNameAFile(root) || !canNameAFile(relative)) return false;
+  return openFolder(root, relative, Links::Refuse, S_IRWXU).isOpen();
 }
 
 std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) {
@@ -119,18 +182,17 @@ std::optional<std::string> LinuxFiles::read(const std::string& path) {
 }
 
 bool LinuxFiles::write(const std::string& path, std::string_view content) {
-  if (!canNameAFile(path)) return false;
-  OpenFile file = openForWriting(path);
-  if (!file.isOpen()) return false;
-  const bool isRegular = file.isRegular();
-  if (file.writeAll(content)) {
-    if (file.close()) return true;
-  } else if (isRegular) {
-    // Reaches the content where `path` is a link to it, too.
-    [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
-  }
-  if (isRegular) ::unlink(path.c_str());
-  return false;
+  return canNameAFile(path) && writeTo(AT_FDCWD, path, Links::Follow, content);
+}
+
+bool LinuxFiles::writeBelow(const std::string& root, const std::string& relative,
+                            std::string_view content) {
+  if (!canNameAFile(root) || !canNameAFile(relative)) return false;
+  const std::size_t nameAt = relative.rfind('/') + 1;  // 0 without a slash
+  const OpenFile folder =
+      openFolder(root, std::string_view(relative).substr(0, nameAt), Links::Refuse);
+  return folder.isOpen() &&
+         writeTo(folder.descriptor(), relative.substr(nameAt), Links::Refuse, content);
 }
 
 bool LinuxFiles::remove(const std::string& path) {
