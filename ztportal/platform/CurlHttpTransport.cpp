@@ -2,13 +2,20 @@
 
 #include <curl/curl.h>
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <charconv>
+#include <filesystem>
+#include <iterator>
 #include <limits>
 #include <memory>
+#include <mutex>
 #include <new>
+#include <system_error>
 #include <utility>
+#include <vector>
 
 #include "ztportal/platform/Free.h"
 
@@ -51,10 +58,58 @@ constinit thread_local ThreadHandle threadHandle;
 
 struct ThreadHandleCloser {
   ~ThreadHandleCloser() {
-    if (threadHandle.process == getpid()) curl_easy_cleanup(threadHandle.handle);
+    if (threadHandle.process == getpid()) {
+      // libcurl ignores SIGPIPE meanwhile, for the whole process. Two threads that did so at once
+      // could leave it ignored.
+      static std::mutex mutex;
+      const std::lock_guard lock(mutex);
+      curl_easy_cleanup(threadHandle.handle);
+    }
     threadHandle = {};
   }
 };
+
+/// The pairs of sockets that programs which the host starts would inherit.
+std::vector<int> inheritedPairs() {
+  std::vector<int> found;
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    int number = -1;
+    std::from_chars(name.data(), name.data() + name.size(), number);
+    int domain = 0;
+    socklen_t size = sizeof(domain);
+    if (getsockopt(number, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_UNIX &&
+        fcntl(number, F_GETFD) == 0) {
+      found.push_back(number);
+    }
+  }
+  std::sort(found.begin(), found.end());
+  return found;
+}
+
+/// A handle makes a pair of sockets with its first transfer, which libcurl leaves open to the
+/// programs that the host starts. This is a transfer to nowhere, so that the pair can be told from
+/// others by being the only new one. Where a thread of the host opens sockets just then, nothing is
+/// changed.
+void closePairInPrograms(CURL* handle) {
+  const std::vector<int> before = inheritedPairs();
+  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+  curl_easy_perform(handle);
+  const std::vector<int> after = inheritedPairs();
+  std::vector<int> added;
+  std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
+                      std::back_inserter(added));
+  if (added.size() != 2) return;
+  for (const int number : added) fcntl(number, F_SETFD, FD_CLOEXEC);
+}
+
+CURL* newHandle() {
+  CURL* handle = curl_easy_init();
+  if (handle != nullptr) closePairInPrograms(handle);
+  return handle;
+}
 
 /// The handle of this thread, set back to libcurl's defaults; null when libcurl has none to give.
 CURL* freshHandle() {
@@ -67,7 +122,7 @@ CURL* freshHandle() {
   // as well, so the child leaves the handle as it is.
   const pid_t process = getpid();
   if (threadHandle.process != process) threadHandle = {nullptr, process};
-  if (threadHandle.handle == nullptr) threadHandle.handle = curl_easy_init();
+  if (threadHandle.handle == nullptr) threadHandle.handle = newHandle();
   if (threadHandle.handle != nullptr) curl_easy_reset(threadHandle.handle);
   return threadHandle.handle;
 }
@@ -100,10 +155,14 @@ std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* a
   return size;
 }
 
-// Keeps connections out of the programs that the host starts.
-int closeOnExecute(void* /*context*/, curl_socket_t socket, curlsocktype /*purpose*/) {
-  fcntl(socket, F_SETFD, FD_CLOEXEC);
-  return CURL_SOCKOPT_OK;
+/// Keeps connections out of the programs that the host starts, and away from the numbers of the
+/// standard streams: a host that has closed those may still write to them.
+curl_socket_t openSocket(void* /*context*/, curlsocktype /*purpose*/, curl_sockaddr* address) {
+  const int opened = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+  if (opened < 0 || opened > STDERR_FILENO) return opened;
+  const int moved = fcntl(opened, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  ::close(opened);
+  return moved < 0 ? CURL_SOCKET_BAD : moved;
 }
 
 /// `text` as a URL; null unless it is one of http or https.
@@ -176,7 +235,7 @@ void setLimits(Options& options, std::chrono::milliseconds timeout) {
   options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, kRedirects);
-  options.set(CURLOPT_SOCKOPTFUNCTION, closeOnExecute);
+  options.set(CURLOPT_OPENSOCKETFUNCTION, openSocket);
 }
 
 void setMethod(Options& options, const HttpRequest& request) {

@@ -1,0 +1,172 @@
+#include <fcntl.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <filesystem>
+#include <stdexcept>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/portal/real/HostState.h"
+#include "tests/portal/real/RealPortalTest.h"
+#include "tests/portal/real/ReportingServer.h"
+#include "tests/support/Child.h"
+#include "tests/support/Inbox.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/ScopedUmask.h"
+
+// A host finds its process as it was before, whatever it runs as.
+
+namespace zt::test {
+namespace {
+
+/// Takes the beginning of each request and is gone.
+class LeavingServer {
+ public:
+  LeavingServer() : _listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof(address);
+    auto* generic = reinterpret_cast<sockaddr*>(&address);
+    if (::bind(_listener, generic, length) != 0 || ::listen(_listener, 16) != 0 ||
+        ::getsockname(_listener, generic, &length) != 0) {
+      throw std::runtime_error("no loopback port");
+    }
+    _url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/soap";
+    _thread = std::thread([this] { serve(); });
+  }
+  LeavingServer(const LeavingServer&) = delete;
+  LeavingServer& operator=(const LeavingServer&) = delete;
+  ~LeavingServer() {
+    ::shutdown(_listener, SHUT_RDWR);
+    _thread.join();
+    ::close(_listener);
+  }
+
+  const std::string& url() const { return _url; }
+
+ private:
+  void serve() const {
+    for (int client = 0; (client = ::accept4(_listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+      char beginning[1000];
+      [[maybe_unused]] const ssize_t count = ::recv(client, beginning, sizeof(beginning), 0);
+      const linger now{1, 0};
+      ::setsockopt(client, SOL_SOCKET, SO_LINGER, &now, sizeof(now));
+      ::close(client);
+    }
+  }
+
+  int _listener;
+  std::string _url;
+  std::thread _thread;
+};
+
+class UndisturbedHostTest : public RealPortalTest {
+ protected:
+  UndisturbedHostTest() { ::chmod(data.path().c_str(), 0777); }
+
+  struct Outcome {
+    int status;
+    std::string changes;
+    std::string output;
+  };
+
+  Outcome run(const std::string& configurationUrl, const std::string& condition) const {
+    const std::string file = data.path("changes");
+    Child host(ZT_WATCHED_HOST, {configurationUrl, condition, file});
+    const std::string output = host.waitForOutput() + host.waitForErrors();
+    return {host.wait(), content(file).value_or("nothing was written"), output};
+  }
+};
+
+TEST_F(UndisturbedHostTest, FindsItsProcessAsItWas) {
+  Inbox inbox;
+  std::vector<const char*> conditions{"plain",        "closed streams", "UTF-8 locale",
+                                      "own handlers", "no user",        "many descriptors"};
+  // The sanitizers map more memory than a limit leaves.
+  if (!ZT_IS_SANITIZED) conditions.push_back("little memory");
+  for (const char* condition : conditions) {
+    const Outcome outcome = run(inbox.configurationUrl(), condition);
+    EXPECT_EQ(outcome.status, 0) << condition;
+    EXPECT_EQ(outcome.changes, "") << condition;
+    EXPECT_EQ(outcome.output, "") << condition;
+    std::filesystem::remove_all(data.path("Kelvane"));
+    std::filesystem::remove(data.path("changes"));
+    std::filesystem::remove(data.path("changes.report"));
+  }
+}
+
+TEST_F(UndisturbedHostTest, FindsItsProcessAsItWasWhenNothingIsAccepted) {
+  Inbox inbox({"--answer", "refuse"});
+  for (const char* condition : {"plain", "closed streams", "many descriptors"}) {
+    const Outcome outcome = run(inbox.configurationUrl(), condition);
+    EXPECT_EQ(outcome.status, 1) << condition;
+    EXPECT_EQ(outcome.changes, "") << condition;
+    EXPECT_EQ(outcome.output, "") << condition;
+  }
+  const Outcome outcome = run("http://127.0.0.1:1/config.xml", "plain");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.changes + outcome.output, "");
+}
+
+TEST_F(UndisturbedHostTest, IsNotEndedByAServerThatLeavesInTheMiddleOfARequest) {
+  // SIGPIPE has its default action in the host, which is to end it.
+  Inbox inbox({"--answer", "drop"});
+  const Outcome dropped = run(inbox.configurationUrl(), "plain");
+  EXPECT_EQ(dropped.status, 1);
+  EXPECT_EQ(dropped.changes + dropped.output, "");
+
+  const LeavingServer leaving;
+  ReportingServer server;
+  server.misanswer(Asked::Configuration,
+                   success("<c><defSOAP>" + leaving.url() + "</defSOAP></c>"));
+  const Outcome left = run(server.configurationUrl(), "plain");
+  EXPECT_EQ(left.status, 1);
+  EXPECT_EQ(left.changes + left.output, "");
+}
+
+TEST_F(UndisturbedHostTest, NoticesWhatTheOtherTestsLookFor) {
+  const HostState before = stateOfThisProcess();
+  EXPECT_EQ(differences(before, stateOfThisProcess()), "");
+  const auto noticed = [&before] { return differences(before, stateOfThisProcess()); };
+  {
+    const ScopedUmask umask(0123);
+    EXPECT_EQ(noticed(), "Umask:: " + before.at("Umask:") + " became Umask:\t0123\n");
+  }
+  {
+    const ScopedEnvironment variable("ZT_NEW", "1");
+    EXPECT_NE(noticed().find("environment: "), std::string::npos);
+  }
+  {
+    struct sigaction previous {};
+    struct sigaction ignored {};
+    ignored.sa_handler = SIG_IGN;
+    ::sigaction(SIGUSR2, &ignored, &previous);
+    EXPECT_TRUE(noticed().starts_with("signal 12: ")) << noticed();
+    ::sigaction(SIGUSR2, &previous, nullptr);
+  }
+  {
+    const int inherited = ::open("/dev/null", O_RDONLY);
+    EXPECT_TRUE(noticed().starts_with("descriptor ")) << noticed();
+    ::close(inherited);
+    const int kept = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    EXPECT_EQ(noticed(), "");
+    ::close(kept);
+  }
+  {
+    const std::jthread thread([](const std::stop_token& stop) {
+      while (!stop.stop_requested()) std::this_thread::yield();
+    });
+    EXPECT_NE(noticed().find("Threads:"), std::string::npos);
+  }
+  EXPECT_EQ(noticed(), "");
+}
+
+}  // namespace
+}  // namespace zt::test
