@@ -74,7 +74,7 @@ TEST_F(CurlHttpTransportRoutes, LeavesNothingElseForProgramsThatTheHostStarts) {
     for (int number = 0; number < 1024; ++number) count += fcntl(number, F_GETFD) == 0 ? 1 : 0;
     return count;
   };
-  std::thread([&inherited] {
+  std::thread([this, &inherited] {
     RawHttpServer server({ok("")});
     const int before = inherited();
     ASSERT_EQ(get(server.url("/")).status, 200);

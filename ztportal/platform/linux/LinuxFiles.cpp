@@ -42,7 +42,7 @@ class OpenFile {
     if (isOpen()) ::close(_descriptor);
   }
 
-  static OpenFile none() { return OpenFile(); }
+  static OpenFile none() { return {}; }
   bool isOpen() const { return _descriptor >= 0; }
   int descriptor() const { return _descriptor; }
   bool isRegular() const {
