@@ -176,6 +176,9 @@ void setLimits(Options& options, std::chrono::milliseconds timeout) {
   options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, kRedirects);
+  // Of redirects alone, since the first address is given as a CURLU: no server has the library log
+  // in to another with a name and a password of its choice.
+  options.set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
   options.set(CURLOPT_SOCKOPTFUNCTION, closeOnExecute);
 }
 
