@@ -103,17 +103,21 @@ std::string newestOf(const ZtXMLNode& component) {
 
 }  // namespace
 
-std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId) {
+std::string newestReleaseIn(std::string_view content, std::string_view desktopId) {
   const std::string_view withoutEnding = desktopId.substr(0, desktopId.rfind(".desktop"));
+  // Most files are not about it, and this says so without parsing them.
+  if (content.find(withoutEnding) == std::string_view::npos) return {};
+  const auto document = ZtXMLDocument::parseFileContent(content);
+  const auto component = document ? document->rootElement() : std::nullopt;
+  if (!component || !isOf(*component, desktopId, withoutEnding)) return {};
+  return newestOf(*component);
+}
+
+std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId) {
   for (const std::string& folder : dataFolders) {
     for (const std::string& file : metainfoFiles(folder)) {
       const std::optional<std::string> content = regularFile(file);
-      // Most files are not about it, and this says so without parsing them.
-      if (!content || content->find(withoutEnding) == std::string::npos) continue;
-      const auto document = ZtXMLDocument::parseFileContent(*content);
-      const auto component = document ? document->rootElement() : std::nullopt;
-      if (!component || !isOf(*component, desktopId, withoutEnding)) continue;
-      std::string version = newestOf(*component);
+      std::string version = content ? newestReleaseIn(*content, desktopId) : "";
       if (!version.empty()) return version;
     }
   }
