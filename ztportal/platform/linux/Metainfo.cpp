@@ -69,6 +69,10 @@ std::optional<std::int64_t> startOfDay(std::string_view date) {
   date.remove_prefix(1);
   const auto day = takeNumber(date);
   if (!day) return std::nullopt;
+  // The types of a date below keep the last bits of any number.
+  const bool isDate =
+      *year >= 0 && *year <= 9999 && *month >= 1 && *month <= 12 && *day >= 1 && *day <= 31;
+  if (!isDate) return std::nullopt;
   const std::chrono::year_month_day whole{std::chrono::year(static_cast<int>(*year)),
                                           std::chrono::month(static_cast<unsigned>(*month)),
                                           std::chrono::day(static_cast<unsigned>(*day))};
