@@ -163,6 +163,36 @@ TEST(PropertyList, RefusesContainersThatHoldEachOtherOverAndOver) {
   EXPECT_FALSE(zt::parsePropertyList(binaryList(objects)));
 }
 
+// A key in UTF-16 with a character of the number 0 ended the host's process: libplist asserts that
+// there is none.
+TEST(PropertyList, RefusesAKeyWithANulCharacter) {
+  for (const std::string& key :
+       {"\x52k\0"s, "\x52\0k"s, "\x51\0"s, "\x5F\x10\2k\0"s, "\x62\0k\0\0"s, "\x61\0\0"s}) {
+    EXPECT_FALSE(zt::parsePropertyList(binaryList({"\xD1\1\2"s, key, "\x51v"s})));
+    EXPECT_FALSE(
+        zt::parsePropertyList(binaryList({"\xD1\1\2"s, "\x51k"s, "\xD1\3\4"s, key, "\x51v"s})));
+  }
+  const auto strings = zt::parsePropertyList(
+      binaryList({"\xD2\1\2\3\4"s, "\x62\0k\1\0"s, "\x50"s, "\x51v"s, "\x51w"s}));
+  ASSERT_TRUE(strings);
+  EXPECT_THAT(*strings, ElementsAre(Pair("", "w"), Pair("k\xC4\x80", "v")));
+}
+
+// A long text that stands in many places was copied to each: a file of 1 MiB could come to more
+// than the memory of the machine.
+TEST(PropertyList, RefusesATextThatStandsInTooManyPlaces) {
+  const auto shared = [](unsigned char length, int places) {
+    const std::string text = "\x5F\x11"s + static_cast<char>(length) + '\0' +
+                             std::string(std::size_t{length} * 256, 'x');
+    const std::string array = "\xAF\x11"s + static_cast<char>(places >> 8) +
+                              static_cast<char>(places) +
+                              std::string(static_cast<std::size_t>(places), '\3');
+    return binaryList({"\xD1\1\2"s, "\x51k"s, array, text});
+  };
+  EXPECT_TRUE(zt::parsePropertyList(shared(100, 30)));
+  EXPECT_FALSE(zt::parsePropertyList(shared(100, 30'000)));
+}
+
 TEST(PropertyList, RefusesContainersThatStandTooDeepInEachOther) {
   const auto nested = [](int depth) {
     std::string list = "<dict><key>a</key>";

@@ -3,21 +3,16 @@
 
 #include <thread>
 
+#include "tests/support/HostileXml.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/ZtXMLDocument.h"
 
 namespace {
 
 using std::string_literals::operator""s;
+using zt::test::repeated;
 
 constexpr ZtXMLKeep kBothKeeps[] = {ZtXMLKeep::Content, ZtXMLKeep::Form};
-
-std::string repeated(std::string_view text, int times) {
-  std::string result;
-  result.reserve(text.size() * static_cast<std::size_t>(times));
-  for (int i = 0; i < times; ++i) result += text;
-  return result;
-}
 
 TEST(ZtXMLDocumentHostile, RefusesWhatIsNotWellFormed) {
   testing::internal::CaptureStderr();
@@ -198,6 +193,23 @@ TEST(ZtXMLDocumentHostile, RefusesADeepDocumentForItsContent) {
   EXPECT_TRUE(ZtXMLDocument::parse(nested(256)));
   EXPECT_FALSE(ZtXMLDocument::parse(nested(300)));
   EXPECT_FALSE(ZtXMLDocument::parse(nested(100'000)));
+}
+
+// Behind a first byte order mark a second one was skipped as well, and stood at the beginning of
+// the saved report when that was sent: what arrived was another text than what had been parsed.
+TEST(ZtXMLDocumentHostile, RefusesASecondByteOrderMark) {
+  for (const std::string& bytes :
+       {"\xEF\xBB\xBF\xEF\xBB\xBF<a/>"s, "\xEF\xBB\xBF\xEF\xBB\xBF<?xml version='1.0'?><a/>"s,
+        "\xFF\xFE\xFF\xFE<\0a\0/\0>\0"s, "\xFF\xFE\0\0\xFF\xFE\0\0<\0\0\0a\0\0\0/\0\0\0>\0\0\0"s}) {
+    for (const ZtXMLKeep keep : kBothKeeps) {
+      ZtXMLError error;
+      EXPECT_FALSE(ZtXMLDocument::parseFileContent(bytes, keep, &error))
+          << testing::PrintToString(bytes);
+      EXPECT_EQ(error.reason, "a second byte order mark");
+      EXPECT_EQ(error.line, 1U);
+      EXPECT_EQ(error.column, 1U);
+    }
+  }
 }
 
 TEST(ZtXMLDocumentHostile, HonoursTheEncodingOfAFile) {

@@ -15,7 +15,10 @@ void JsonValue::fail(const std::string& reason) const { throw JsonError(placed(_
 void JsonValue::expected(std::string_view what) const {
   constexpr std::size_t kShown = 60;
   std::string found = _value->dump(-1, ' ', true);
-  if (found.size() > kShown) found = found.substr(0, kShown) + "...";
+  if (found.size() > kShown) {
+    found.resize(kShown);
+    found += "...";
+  }
   fail("expected " + std::string(what) + ", found " + found);
 }
 

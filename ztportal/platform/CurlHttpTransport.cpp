@@ -236,6 +236,9 @@ void setLimits(Options& options, std::chrono::milliseconds timeout) {
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, kRedirects);
   options.set(CURLOPT_OPENSOCKETFUNCTION, openSocket);
+  // Of redirects alone, since the first address is given as a CURLU: no server has the library log
+  // in to another with a name and a password of its choice.
+  options.set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
 }
 
 void setMethod(Options& options, const HttpRequest& request) {

@@ -27,7 +27,9 @@ Node parse(std::string_view data) {
   const auto size = static_cast<std::uint32_t>(data.size());
   plist_t list = nullptr;
   if (isBinaryPropertyList(data)) {
-    if (sharesNoContainer(data)) plist_from_bin(data.data(), size, &list);
+    if (copiesWithinMeasure(data) && keysArePlainTexts(data)) {
+      plist_from_bin(data.data(), size, &list);
+    }
   } else if (const auto document = ZtXMLDocument::parse(data)) {
     if (document->rootElement()->name() == "plist") plist_from_xml(data.data(), size, &list);
   }

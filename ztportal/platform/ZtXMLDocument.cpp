@@ -21,6 +21,8 @@ using Context = std::unique_ptr<xmlParserCtxt, zt::Free<xmlFreeParserCtxt>>;
 using Tree = std::unique_ptr<xmlDoc, zt::Free<xmlFreeDoc>>;
 using Buffer = std::unique_ptr<xmlBuffer, zt::Free<xmlBufferFree>>;
 
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 constexpr int kQuietAndAlone =
     XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_IGNORE_ENC;
 constexpr int kContent = kQuietAndAlone | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
@@ -236,6 +238,11 @@ std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXML
     return nullptr;
   }
   std::string source = zt::xmlTextInUtf8(text);
+  // libxml2 skips one, too; but behind the first it is a character that no document begins with.
+  if (source.starts_with(kByteOrderMark)) {
+    tell(error, {"a second byte order mark", 0}, text);
+    return nullptr;
+  }
   Fault fault;
   Tree tree = parseTree(source, keep, fault);
   if (!tree) {

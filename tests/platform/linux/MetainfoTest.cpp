@@ -54,6 +54,11 @@ TEST_F(MetainfoTest, TheNewestReleaseCounts) {
       {R"(<release version="1" timestamp="5" date="2023-09-30"/><release version="2"
            date="2022-09-30"/>)",
        "2"},
+      // Months and years too large for their types became others.
+      {R"(<release version="1" date="2020-01-01"/><release version="2" date="2024-257-01"/>)", "1"},
+      {R"(<release version="1" date="2020-01-01"/><release version="2" date="67560-01-01"/>)", "1"},
+      {R"(<release version="1" date="2020-01-01"/><release version="2" date="2024--255-1"/>)", "1"},
+      {R"(<release version="1" date="2020-01-01"/><release version="2" date="2024-01-257"/>)", "1"},
       {R"(<release version="1" date="soon"/><release version="2" date="2023-13-01"/>)", "1"},
       {R"(<release date="2023-10-01"/><release version="" date="2023-10-01"/>
           <release version="1" date="2020-01-01"/>)",

@@ -69,6 +69,10 @@ std::optional<std::int64_t> startOfDay(std::string_view date) {
   date.remove_prefix(1);
   const auto day = takeNumber(date);
   if (!day) return std::nullopt;
+  // The types of a date below keep the last bits of any number.
+  const bool isDate =
+      *year >= 0 && *year <= 9999 && *month >= 1 && *month <= 12 && *day >= 1 && *day <= 31;
+  if (!isDate) return std::nullopt;
   const std::chrono::year_month_day whole{std::chrono::year(static_cast<int>(*year)),
                                           std::chrono::month(static_cast<unsigned>(*month)),
                                           std::chrono::day(static_cast<unsigned>(*day))};
@@ -103,17 +107,21 @@ std::string newestOf(const ZtXMLNode& component) {
 
 }  // namespace
 
-std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId) {
+std::string newestReleaseIn(std::string_view content, std::string_view desktopId) {
   const std::string_view withoutEnding = desktopId.substr(0, desktopId.rfind(".desktop"));
+  // Most files are not about it, and this says so without parsing them.
+  if (content.find(withoutEnding) == std::string_view::npos) return {};
+  const auto document = ZtXMLDocument::parseFileContent(content);
+  const auto component = document ? document->rootElement() : std::nullopt;
+  if (!component || !isOf(*component, desktopId, withoutEnding)) return {};
+  return newestOf(*component);
+}
+
+std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId) {
   for (const std::string& folder : dataFolders) {
     for (const std::string& file : metainfoFiles(folder)) {
       const std::optional<std::string> content = regularFile(file);
-      // Most files are not about it, and this says so without parsing them.
-      if (!content || content->find(withoutEnding) == std::string::npos) continue;
-      const auto document = ZtXMLDocument::parseFileContent(*content);
-      const auto component = document ? document->rootElement() : std::nullopt;
-      if (!component || !isOf(*component, desktopId, withoutEnding)) continue;
-      std::string version = newestOf(*component);
+      std::string version = content ? newestReleaseIn(*content, desktopId) : "";
       if (!version.empty()) return version;
     }
   }

@@ -12,4 +12,7 @@ namespace zt {
 /// of equals the one that stands first is the newest, as is the custom.
 std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId);
 
+/// The same for the content of one metainfo file.
+std::string newestReleaseIn(std::string_view content, std::string_view desktopId);
+
 }  // namespace zt

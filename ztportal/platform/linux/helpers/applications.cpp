@@ -19,6 +19,7 @@
 #include <vector>
 
 #include "ztportal/platform/Free.h"
+#include "ztportal/platform/linux/helpers/DesktopEntry.h"
 
 namespace {
 
@@ -27,60 +28,8 @@ constexpr int kWrongUsage = 2;
 constexpr int kMachineFailed = 3;
 
 using AppInfo = std::unique_ptr<GDesktopAppInfo, zt::Free<g_object_unref>>;
-using Text = std::unique_ptr<char, zt::Free<g_free>>;
-using Texts = std::unique_ptr<char*, zt::Free<g_strfreev>>;
 
-bool isProgram(const char* name) { return Text(g_find_program_in_path(name)) != nullptr; }
-
-/// A desktop entry, judged as GIO does. GIO's own class would look into all folders of entries and
-/// watch them, only to read this one: that takes longer than all else here.
-class Entry {
- public:
-  explicit Entry(const char* file)
-      : _keys(g_key_file_new()),
-        _isThere(g_key_file_load_from_file(_keys.get(), file, G_KEY_FILE_NONE, nullptr) != FALSE) {}
-
-  bool isHidden() const {
-    return _isThere && g_key_file_get_boolean(_keys.get(), kGroup, "Hidden", nullptr) != FALSE;
-  }
-
-  bool isUsable() const {
-    if (!_isThere || text("Type") != "Application") return false;
-    const std::string tried = text("TryExec");
-    if (!tried.empty() && !isProgram(tried.c_str())) return false;
-    const std::vector<std::string> words = command();
-    return text("Exec").empty() || (!words.empty() && isProgram(words.front().c_str()));
-  }
-
-  std::string name() const {
-    return owned(g_key_file_get_locale_string(_keys.get(), kGroup, "Name", nullptr, nullptr));
-  }
-
-  std::vector<std::string> command() const {
-    char** words = nullptr;
-    if (g_shell_parse_argv(text("Exec").c_str(), nullptr, &words, nullptr) == FALSE) return {};
-    const Texts texts(words);
-    std::vector<std::string> all;
-    for (; *words != nullptr; ++words) all.emplace_back(*words);
-    return all;
-  }
-
- private:
-  static constexpr const char* kGroup = G_KEY_FILE_DESKTOP_GROUP;
-
-  static std::string owned(char* text) {
-    const Text value(text);
-    return value == nullptr ? "" : value.get();
-  }
-  std::string text(const char* key) const {
-    return owned(g_key_file_get_string(_keys.get(), kGroup, key, nullptr));
-  }
-
-  std::unique_ptr<GKeyFile, zt::Free<g_key_file_unref>> _keys;
-  bool _isThere;
-};
-
-int answer(const std::string& file, const Entry& entry) {
+int answer(const std::string& file, const zt::DesktopEntry& entry) {
   std::cout << file << '\0' << entry.name() << '\0';
   for (const std::string& word : entry.command()) std::cout << word << '\0';
   std::cout << std::flush;
@@ -91,7 +40,7 @@ int answer(const std::string& file, const Entry& entry) {
 
 int answerFirstUsable(const std::vector<std::string>& files) {
   for (const std::string& file : files) {
-    const Entry entry(file.c_str());
+    const zt::DesktopEntry entry = zt::DesktopEntry::inFile(file.c_str());
     if (entry.isHidden()) return kNoApplication;
     if (entry.isUsable()) return answer(file, entry);
   }

@@ -1,0 +1,11 @@
+#include "fuzz/FuzzTarget.h"
+#include "tools/ztreport/Description.h"
+
+// A report described in JSON, as `ztreport` takes it.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
+  const zt::tools::Description description{std::string(zt::fuzz::textOf(data, size))};
+  return 0;
+} catch (const zt::tools::JsonError& error) {
+  zt::fuzz::require(*error.what() != '\0');
+  return 0;
+}

@@ -1,0 +1,37 @@
+#include "tools/reader/ReportReader.h"
+
+#include "fuzz/FuzzTarget.h"
+#include "tools/ztreport/DescribedReport.h"
+#include "tools/ztreport/Description.h"
+#include "tools/ztreport/ReportTree.h"
+
+namespace {
+
+void replaceFirst(std::string& text, const ZtString& part, std::string_view other) {
+  text.replace(text.find(part.view()), part.view().size(), other);
+}
+
+std::string withLineFeeds(std::string_view text) {
+  std::string lines(text);
+  for (std::size_t at = 0; (at = lines.find("\r\n", at)) != std::string::npos;) lines.erase(at, 1);
+  return lines;
+}
+
+}  // namespace
+
+// A report's text as `ztreport show` reads it: what it can describe is written as that text again.
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
+  const zt::reader::Report report = zt::reader::readReport(zt::fuzz::textOf(data, size));
+  zt::fuzz::require(!zt::tools::reportTree(report, {}).empty());
+  const std::string description = zt::tools::describedReport(report).dump();
+  const auto document = zt::tools::Description(description).makeOffline();
+  std::string again = document->generateXml("", report.form == zt::reader::Form::Soap);
+  if (!again.empty()) {
+    replaceFirst(again, document->machineId(), report.machineId);
+    replaceFirst(again, document->reportId(), report.reportId);
+  }
+  zt::fuzz::require(withLineFeeds(again) == withLineFeeds(report.text));
+  return 0;
+} catch (const zt::reader::ReadError&) {
+  return 0;
+}
