@@ -51,6 +51,10 @@ void shuffle(std::vector<FaultCase>& cases, std::uint64_t seed) {
 
 }  // namespace
 
+Within strikable(const Operation& operation) {
+  return operation.purpose == Purpose::kSaveAgain ? Within::kAct : Within::kAll;
+}
+
 Reference measure(const Operation& operation, Scene& scene, Within within) {
   Trial trial([&](const Teller& teller) {
     const CallCounts counts = runUndisturbed(operation, scene, within);
@@ -65,11 +69,12 @@ Reference measure(const Operation& operation, Scene& scene, Within within) {
   return {told.at("counts").get<CallCounts>(), told.at("open").get<std::size_t>()};
 }
 
-std::vector<FaultCase> allCases(Scene& scene, const Options& options, Within within,
-                                MakeCases make) {
+std::vector<FaultCase> allCases(Scene& scene, const Options& options,
+                                Within (*within)(const Operation&), MakeCases make) {
   std::vector<FaultCase> all;
   for (const Operation& operation : operations()) {
-    const std::vector<FaultCase> cases = make(operation, measure(operation, scene, within).counts);
+    const Reference reference = measure(operation, scene, within(operation));
+    const std::vector<FaultCase> cases = make(operation, reference.counts);
     all.insert(all.end(), cases.begin(), cases.end());
   }
   if (options.time) shuffle(all, options.seed);

@@ -56,12 +56,14 @@ class CaseRun {
     Attempt attempt;
     _case.operation->prepare(_scene, attempt);
     const auto start = Clock::now();
+    const bool isMadeBefore = strikable(*_case.operation) == Within::kAct;
+    if (isMadeBefore) _case.operation->make(_scene, attempt);
     Armed armed(plan);
-    _case.operation->make(_scene, attempt);
+    if (!isMadeBefore) _case.operation->make(_scene, attempt);
     _case.operation->act(attempt);
     const FaultRecord record = armed.disarm();
     if (Clock::now() - start > kTimeouts) throw Failure("took longer than its time-outs");
-    const bool mayLose = excusesLoss(plan, record, _scene.dataFolder());
+    const bool mayLose = !isMadeBefore && excusesLoss(plan, record, _scene.dataFolder());
     judge(*_case.operation, _scene, attempt, {!record.struck, mayLose});
     _accepted = attempt.accepted;
     return record;
@@ -103,12 +105,12 @@ std::string endText(const TrialEnd& end) {
 
 Figures runFaultCampaign(const Options& options, Budget& budget) {
   Scene first;
-  const std::vector<FaultCase> cases = allCases(first, options, Within::kAll, failingCases);
+  const std::vector<FaultCase> cases = allCases(first, options, strikable, failingCases);
   return inShares(options.jobs, budget, [&](unsigned share) {
     Scene scene;
     std::map<const Operation*, std::size_t> descriptors;
     for (const Operation& operation : operations()) {
-      descriptors[&operation] = measure(operation, scene, Within::kAll).descriptors;
+      descriptors[&operation] = measure(operation, scene, strikable(operation)).descriptors;
     }
     Figures figures;
     if (share == 0) figures["cases"] = cases.size();

@@ -98,8 +98,9 @@ std::vector<FaultCase> failingCases(const Operation& operation, const CallCounts
       if (kind.persistent != 0) {
         cases.push_back({&operation, {kind.call, nth, Effect::kFail, kind.persistent, true}});
       }
-      if (kind.movesBytes)
+      if (kind.movesBytes) {
         cases.push_back({&operation, {kind.call, nth, Effect::kShort, 0, false}});
+      }
     }
   }
   return cases;

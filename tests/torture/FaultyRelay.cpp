@@ -42,8 +42,10 @@ Descriptor newSocket() {
 Descriptor connected(int port) {
   Descriptor server = newSocket();
   const sockaddr_in address = loopback(port);
-  if (::connect(server.number(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) != 0)
+  if (::connect(server.number(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) !=
+      0) {
     server.close();
+  }
   return server;
 }
 

@@ -34,9 +34,10 @@ void setOrUnset(const char* name, const std::string& value) {
 /// Most are short; some do not fit into one segment, a few not into the sockets' buffers.
 std::string anyText(Random& random) {
   const std::uint64_t kind = random.below(400);
-  if (kind == 0) return std::string(random.below(1'000'000), 'h');
-  if (kind < 20) return std::string(random.below(20'000), 'l');
-  return kTexts[random.below(kTexts.size())];
+  std::string text = kTexts[random.below(kTexts.size())];
+  if (kind == 0) text.append(random.below(1'000'000), 'h');
+  if (kind < 20) text.append(random.below(20'000), 'l');
+  return text;
 }
 
 void addCustom(ZtPortalData& document, Random& random) {

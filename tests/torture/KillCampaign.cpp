@@ -74,10 +74,16 @@ void killAtCall(const FaultCase& which, Scene& scene, Figures& figures) {
   } else {
     cutShort = judgeKilledReport(attempt.before, scene.stored(), Journal::read(end.told));
   }
+  const bool isWhole = cutShort.empty() && scene.stored().size() > attempt.before.size();
+  if (operation.purpose == Purpose::kSaveAgain && !isWhole) {
+    throw Failure("a complete report was lost while it was saved again");
+  }
   if (!cutShort.empty()) ++figures["reports cut short in their saving"];
   scene.inbox().behave(R"({"answer": "accept"})");
   judgeRecovery(scene, cutShort);
 }
+
+Within withinAct(const Operation& /*operation*/) { return Within::kAct; }
 
 std::vector<FaultCase> casesOf(const Operation& operation, const CallCounts& counts) {
   if (operation.purpose == Purpose::kProbe) return {};
@@ -88,10 +94,11 @@ std::vector<FaultCase> casesOf(const Operation& operation, const CallCounts& cou
 
 Figures runKillCampaign(const Options& options, Budget& budget) {
   Scene first;
-  const std::vector<FaultCase> cases = allCases(first, options, Within::kAct, casesOf);
+  const std::vector<FaultCase> cases = allCases(first, options, withinAct, casesOf);
   return inShares(options.jobs, budget, [&](unsigned share) {
     Scene scene;
     Figures figures;
+    if (share == 0) figures["cases at calls"] = cases.size();
     std::uint64_t kill = share;
     std::size_t next = share;
     // In turn, so that a limit on time leaves some of both.

@@ -42,6 +42,7 @@ void work(const Scene& scene, Random random, const Teller& teller) {
       document->saveReport();
     }
     teller.tell(json{{"ended", name}, {"accepted", accepted}}.dump() + "\n");
+    if (!accepted && random.below(4) == 0) document->saveReport();
     if (random.below(4) == 0) document->sendSavedReports();
   }
 }

@@ -16,12 +16,13 @@ constexpr std::size_t kAll = 3;
 constexpr const char* kRefuses = "refuse";
 constexpr const char* kAccepts = "accept";
 
-constexpr std::array<Operation, 7> kOperations{{
+constexpr std::array<Operation, 8> kOperations{{
     {"send, accepted", Purpose::kSend, kAccepts, true},
     {"send, refused", Purpose::kSend, kRefuses, true},
     {"send, refused, without a store", Purpose::kSend, kRefuses, false},
     {"save", Purpose::kSave, kAccepts, true},
     {"save without a store", Purpose::kSave, kAccepts, false},
+    {"save again", Purpose::kSaveAgain, kAccepts, true},
     {"resend", Purpose::kResend, kAccepts, true},
     {"probe", Purpose::kProbe, kAccepts, true},
 }};
@@ -93,6 +94,7 @@ void Operation::make(const Scene& scene, Attempt& attempt) const {
   if (purpose == Purpose::kResend || purpose == Purpose::kProbe) return;
   Random random(1, 0);
   fill(*attempt.document, random);
+  if (purpose == Purpose::kSaveAgain) attempt.document->saveReport();
 }
 
 void Operation::act(Attempt& attempt) const {
@@ -101,6 +103,7 @@ void Operation::act(Attempt& attempt) const {
       attempt.accepted = attempt.document->reportToServer();
       return;
     case Purpose::kSave:
+    case Purpose::kSaveAgain:
       attempt.document->saveReport();
       return;
     case Purpose::kResend:
@@ -135,6 +138,7 @@ void judge(const Operation& operation, Scene& scene, const Attempt& attempt,
   switch (operation.purpose) {
     case Purpose::kSend:
     case Purpose::kSave:
+    case Purpose::kSaveAgain:
       return judgeReport(operation, scene, attempt, expectation);
     case Purpose::kResend:
       judgeResent(scene, attempt.before);

@@ -11,7 +11,7 @@
 namespace zt::torture {
 
 /// What an operation has to do with the reports.
-enum class Purpose { kSend, kSave, kResend, kProbe };
+enum class Purpose { kSend, kSave, kSaveAgain, kResend, kProbe };
 
 /// One run of an operation.
 struct Attempt {
@@ -29,7 +29,7 @@ struct Operation {
 
   /// Brings the data folder and the server into the state in which the operation finds them.
   void prepare(Scene& scene, Attempt& attempt) const;
-  /// Makes the document, which asks the server.
+  /// Makes the document, which asks the server. One that is to be saved again is saved.
   void make(const Scene& scene, Attempt& attempt) const;
   /// Does what it is called.
   void act(Attempt& attempt) const;
@@ -37,12 +37,13 @@ struct Operation {
 
 std::span<const Operation> operations();
 
-/// Throws a Failure unless everything of `attempt` is as it should be. `mayLose`: the report itself
-/// could not be saved, and need not be; half of it is wrong all the same.
+/// What has to have come of an attempt.
 struct Expectation {
   bool undisturbed = true;  ///< the operation had its full effect
-  bool mayLose = false;
+  bool mayLose = false;     ///< the report could not be saved; half of it is wrong all the same
 };
+
+/// Throws a Failure unless everything of `attempt` is as it should be.
 void judge(const Operation& operation, Scene& scene, const Attempt& attempt,
            const Expectation& expectation);
 

@@ -22,6 +22,8 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr int kThrewStatus = 1;
+/// For what a killed process left in its pipe; programs that it started may hold that open.
+constexpr std::chrono::seconds kGrace{1};
 
 int statusOf(const Trial::Body& body, const Teller& teller) {
   try {
@@ -86,7 +88,10 @@ void Trial::kill() const {
 TrialEnd Trial::wait(std::chrono::milliseconds patience) {
   TrialEnd end;
   const bool inTime = readToEnd(_pipe, end.told, Clock::now() + patience);
-  if (!inTime) kill();
+  if (!inTime) {
+    kill();
+    readToEnd(_pipe, end.told, Clock::now() + kGrace);  // what it told just before
+  }
   int status = 0;
   while (::waitpid(_process, &status, 0) < 0 && errno == EINTR) {
   }

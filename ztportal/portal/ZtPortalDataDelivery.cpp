@@ -97,7 +97,15 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
   return false;
 }
 
-void ZtPortalData::saveReport() try { _writeReport(_getReportFile()); } catch (const ZtException&) {
+void ZtPortalData::saveReport() try {
+  const ZtString path = _getReportFile();
+  if (path.isNull()) return;
+  const std::string file(path.view());
+  const std::string text = getSoapString();
+  zt::Files& files = zt::Platform::current().files();
+  // Writing begins with an empty file. One that says all of it already is not put at that risk.
+  if (files.read(file) != text) files.write(file, text);
+} catch (const ZtException&) {
   // A store that cannot be written to is silent; the caller looks for the file if it must know.
 }
 
