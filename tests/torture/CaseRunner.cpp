@@ -27,7 +27,7 @@ CallCounts runUndisturbed(const Operation& operation, Scene& scene, Within withi
   if (within == Within::kAll) operation.make(scene, attempt);
   operation.act(attempt);
   const FaultRecord record = armed.disarm();
-  judge(operation, scene, attempt, {});
+  judge(operation, scene, attempt, {false});
   return record.counts;
 }
 

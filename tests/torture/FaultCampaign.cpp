@@ -13,6 +13,7 @@
 
 #include "tests/torture/CaseRunner.h"
 #include "tests/torture/Failure.h"
+#include "tests/torture/Host.h"
 #include "tests/torture/Preload.h"
 #include "tests/torture/Trial.h"
 #include "tests/torture/Usage.h"
@@ -62,9 +63,10 @@ class CaseRun {
     if (!isMadeBefore) _case.operation->make(_scene, attempt);
     _case.operation->act(attempt);
     const FaultRecord record = armed.disarm();
-    if (Clock::now() - start > kTimeouts) throw Failure("took longer than its time-outs");
+    const auto took = Clock::now() - start;
+    if (took > kTimeouts) throw Failure("took longer than its time-outs");
     const bool mayLose = !isMadeBefore && excusesLoss(plan, record, _scene.dataFolder());
-    judge(*_case.operation, _scene, attempt, {!record.struck, mayLose});
+    judge(*_case.operation, _scene, attempt, {!record.struck && took < kExchangeTimeout, mayLose});
     _accepted = attempt.accepted;
     return record;
   }

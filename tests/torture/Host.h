@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -17,6 +18,10 @@ struct HostSettings {
 
 /// Makes this process the host "Torture" 1.0 for all that follows.
 void becomeHost(const HostSettings& settings);
+
+/// The library's patience with one exchange. What took this long on a busy machine may have lost an
+/// answer to it, as if the network had.
+inline constexpr std::chrono::seconds kExchangeTimeout{2};
 
 /// The store of that host.
 std::string storeFolder(const std::string& dataFolder);
