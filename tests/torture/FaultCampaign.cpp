@@ -89,6 +89,7 @@ void tryCase(const FaultCase& which, Scene& scene, std::size_t descriptors, cons
     run.undisturbed();
   });
   if (!growing.empty()) throw Failure("more with each time: " + growing);
+  if (leakIsFound()) throw Failure("memory is lost");
   teller.tell(nlohmann::json{{"struck", record.struck}, {"accepted", accepted}}.dump());
 }
 

@@ -13,8 +13,6 @@
 // The calls on files and folders, in all the forms in which the library and what it links call
 // them. What the C library calls within itself cannot be met from outside.
 
-// NOLINTBEGIN(bugprone-reserved-identifier): the C library's own names
-
 using zt::torture::Call;
 using zt::torture::Effect;
 using zt::torture::fateOf;
@@ -159,5 +157,3 @@ dirent64* readdir64(DIR* folder) {
 }
 
 }  // extern "C"
-
-// NOLINTEND(bugprone-reserved-identifier)

@@ -31,8 +31,6 @@ int meetStart(const char* program, Start start) {
 
 extern "C" {
 
-int pipe(int* ends) noexcept { return meet<"pipe">(Call::kPipe, {}, -1, ends); }
-
 int pipe2(int* ends, int flags) noexcept { return meet<"pipe2">(Call::kPipe, {}, -1, ends, flags); }
 
 int socketpair(int domain, int type, int protocol, int* ends) noexcept {
