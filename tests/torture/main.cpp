@@ -10,6 +10,7 @@
 #include "tests/torture/FaultCampaign.h"
 #include "tests/torture/KillCampaign.h"
 #include "tests/torture/Options.h"
+#include "tests/torture/OwnProcesses.h"
 #include "tests/torture/Preload.h"
 
 namespace {
@@ -65,6 +66,7 @@ int main(int count, char** words) try {
   int status = 0;
   const std::optional<Options> options = zt::torture::readOptions(count, words, status);
   if (!options) return status;
+  zt::torture::leaveOtherProcesses();
   for (const Campaign& campaign : kCampaigns) {
     if (options->campaigns.contains(campaign.name)) run(campaign, *options);
   }
