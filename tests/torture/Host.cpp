@@ -76,6 +76,7 @@ void becomeHost(const HostSettings& settings) {
                            "NO_PROXY", "XDG_RUNTIME_DIR"}) {
     ::unsetenv(name);
   }
+  ::setenv("LANG", "de_DE.UTF-8", 1);  // without a language a probe ends early
   setOrUnset("XDG_DATA_HOME", settings.dataFolder);
   setOrUnset("http_proxy", settings.proxy);
   setOrUnset("DBUS_SESSION_BUS_ADDRESS",

@@ -67,8 +67,10 @@ void judgeReport(const Operation& operation, Scene& scene, const Attempt& attemp
   }
 }
 
-void judgeProbe(const Attempt& attempt) {
+void judgeProbe(const Attempt& attempt, const Expectation& expectation) {
   const std::string text = attempt.document->getSoapString();
+  const bool isComplete = text.find(">Firefox<") != std::string::npos;
+  if (expectation.undisturbed && !isComplete) throw Failure("the probe misses the browser");
   if (attempt.document->pools().size() != 1) throw Failure("the probe gave no pool");
   if (!text.ends_with("</SOAP-ENV:Envelope>\r\n")) throw Failure("the probe's text is cut short");
 }
@@ -147,7 +149,7 @@ void judge(const Operation& operation, Scene& scene, const Attempt& attempt,
       }
       return;
     case Purpose::kProbe:
-      return judgeProbe(attempt);
+      return judgeProbe(attempt, expectation);
   }
 }
 

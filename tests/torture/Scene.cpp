@@ -17,7 +17,6 @@ namespace {
 constexpr std::size_t kSavedEarlier = 3;
 constexpr std::chrono::seconds kPatience{60};
 constexpr const char* kNoServer = "";
-
 }  // namespace
 
 // The bus would grumble about limits that it may not raise.
@@ -54,8 +53,19 @@ void Scene::clear() const {
   std::filesystem::create_directory(_home);
 }
 
+/// With its version beside the program, or the library would look for it in all packages of the
+/// machine, file by file.
+void Scene::installBrowser() const {
+  const std::string program = _folder.write("home/firefox/firefox", "#!/bin/sh\n");
+  std::filesystem::permissions(program, std::filesystem::perms::owner_all);
+  _folder.write("home/firefox/application.ini", "[App]\nVersion=115.0\n");
+  _folder.write("home/applications/firefox.desktop",
+                "[Desktop Entry]\nType=Application\nName=Firefox\nExec=" + program + " %u\n");
+}
+
 void Scene::fillStore(std::size_t reports) const {
   clear();
+  installBrowser();
   _folder.write("home/Kelvane/Torture/reports/notes.txt", "not a report");
   for (const auto& [name, text] : _savedEarlier) {
     if (reports == 0) break;

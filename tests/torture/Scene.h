@@ -27,12 +27,14 @@ class Scene {
 
   /// An empty data folder.
   void clear() const;
-  /// A data folder whose store holds the first `reports` of savedEarlier() and a user's notes.
+  /// A data folder whose store holds the first `reports` of savedEarlier() and a user's notes. The
+  /// user has a browser there, too.
   void fillStore(std::size_t reports) const;
   FolderContent stored() const { return folderContent(store()); }
 
  private:
   void saveReports();
+  void installBrowser() const;
   std::string busAddress();
 
   test::TemporaryFolder _folder;
