@@ -247,6 +247,18 @@ TEST_F(ZtPortalDataDeliveryTest, SavingTwiceLeavesOneFileWithTheLaterText) {
   EXPECT_EQ(saved(*document), document->getSoapString());
 }
 
+// A report that was saved whole was lost when the host saved it once more, as sending a saved one
+// does, and the disk was full or the host killed by then: the file was emptied first.
+TEST_F(ZtPortalDataDeliveryTest, AReportThatIsSavedWholeIsNotWrittenAgain) {
+  const auto document = makeDocumentWithPool();
+  document->saveReport();
+  FailingFiles files(platform.files_);
+  files.failAlways(FailingFiles::Operation::WriteMidway);
+  platform.replacedFiles = &files;
+  document->saveReport();
+  EXPECT_EQ(saved(*document), document->getSoapString());
+}
+
 TEST_F(ZtPortalDataDeliveryTest, SavingIsSilentWhenItFails) {
   const auto document = makeDocumentWithPool();
   FailingFiles files(platform.files_);

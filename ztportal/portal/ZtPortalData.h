@@ -91,7 +91,8 @@ class ZT_EXPORT ZtPortalData {
   /// Writes the request to the file at `path` (UTF-8, replaced in place). Always false, also after
   /// a success, so that callers do not come to rely on it.
   bool reportToFile(const ZtString& path);
-  /// Writes the request to its file in the offline store. Failures are silent.
+  /// Writes the request to its file in the offline store, unless the file says just that already.
+  /// Failures are silent.
   void saveReport();
   /// Sends the files of the store in the order in which the system lists them, removes each
   /// accepted one, and stops at the first that is not. Always false, also when all were sent:

@@ -107,8 +107,11 @@ void ZtPortalData::saveReport() try {
   const ZtString path = _getReportFile();
   if (path.isNull()) return;
   zt::Platform& platform = zt::Platform::current();
+  const std::string text = getSoapString();
+  // Writing begins with an empty file. One that says all of it already is not put at that risk.
+  if (platform.files().read(std::string(path.view())) == text) return;
   const std::string root = platform.supportFolder().path(zt::kUserDomain).value_or("");
-  platform.files().writeBelow(root, pathBelow(root, path.view()), getSoapString());
+  platform.files().writeBelow(root, pathBelow(root, path.view()), text);
 } catch (const ZtException&) {
   // A store that cannot be written to is silent; the caller looks for the file if it must know.
 }

@@ -58,8 +58,9 @@ class OpenFile {
     }
     return true;
   }
-  /// Whether the system took everything: some file systems tell of a full disk only now.
-  bool close() { return ::close(std::exchange(_descriptor, -1)) == 0; }
+  /// Whether the system took everything: some file systems tell of a full disk only now. A signal
+  /// that cuts this short loses nothing: the descriptor is gone, and the content on its way.
+  bool close() { return ::close(std::exchange(_descriptor, -1)) == 0 || errno == EINTR; }
 
  private:
   OpenFile() = default;
