@@ -190,12 +190,15 @@ class TimestampWriter {
       std::chrono::sys_days(kLastCivilYear / 12 / 31).time_since_epoch();
 
   const Window& windowAround(milliseconds sinceEpoch) {
+    // Nearly every moment is in the window of the one before it.
+    if (sinceEpoch >= _latest->begin && sinceEpoch < _latest->end) return *_latest;
     const auto stretch = (sinceEpoch - kFirstMoment) / kLongestWindow;
     Window& window = _windows[static_cast<std::size_t>(stretch) % kWindows];
     if (sinceEpoch < window.begin || sinceEpoch >= window.end) {
       const milliseconds begin = kFirstMoment + stretch * kLongestWindow;
       fill(window, begin, std::min<milliseconds>(begin + kLongestWindow, kPastMoment), sinceEpoch);
     }
+    _latest = &window;
     return window;
   }
 
@@ -261,6 +264,7 @@ class TimestampWriter {
   std::unique_ptr<icu::SimpleDateFormat> _format;
   const icu::BasicTimeZone* _zone = nullptr;  ///< the format's; null where nothing is arithmetic
   std::array<Window, kWindows> _windows;
+  const Window* _latest = _windows.data();
   CivilTimeWriter _civilTime;
 };
 
