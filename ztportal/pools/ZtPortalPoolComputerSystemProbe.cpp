@@ -31,6 +31,7 @@ constexpr std::string_view kBrowserUrl = "http:";
 /// All that the inventory will ask about applications, which is begun beside the shell's answer.
 zt::ProbedApplications beginApplications() {
   std::vector<std::string_view> identifiers;
+  identifiers.reserve(kEMailClients.size() + kBrowsers.size());
   for (const ZtString* identifier : kEMailClients) identifiers.push_back(identifier->view());
   for (const ZtString* identifier : kBrowsers) identifiers.push_back(identifier->view());
   constexpr std::array kUrls{kEMailUrl, kBrowserUrl};
