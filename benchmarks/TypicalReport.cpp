@@ -48,12 +48,12 @@ std::shared_ptr<ZtPortalData> typicalReport() {
 std::shared_ptr<ZtPortalData> reportOfSize(const std::string& configurationUrl, std::size_t bytes) {
   auto report = emptyReport(configurationUrl);
   const auto pool = report->addPool("CUSTOM", stepTime(0));
-  pool->addString("FACT", "the value of a fact");
+  const auto add = [&pool] { pool->addString("FACT", "the value of a fact"); };
+  add();
   const std::size_t one = report->generateXml(nullptr, true).size();
-  pool->addString("FACT", "the value of a fact");
+  add();
   const std::size_t each = report->generateXml(nullptr, true).size() - one;
-  for (std::size_t i = 2; one + i * each < bytes; ++i)
-    pool->addString("FACT", "the value of a fact");
+  for (std::size_t i = 2; one + i * each < bytes; ++i) add();
   return report;
 }
 
