@@ -1,21 +1,23 @@
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
-#include <unicode/smpdtfmt.h>
-#include <unicode/timezone.h>
 
 #include <array>
 #include <cstdint>
-#include <cstring>
 #include <ctime>
 #include <memory>
 #include <string>
 
+#include "benchmarks/DateTextPeers.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/platform/DateText.h"
 
 // One timestamp of a report: ours against the C library's way to the same text and against ICU.
 
 namespace {
+
+using zt::bench::appendByIcu;
+using zt::bench::appendByStrftime;
+using zt::bench::icuFormat;
 
 constexpr std::int64_t kDay = 86'400'000;
 constexpr std::int64_t kNoon = 1'795'262'400'000;  // 2026-11-21T12:00:00.000Z
@@ -78,48 +80,21 @@ void ours(benchmark::State& state, const Environment& environment, const Spread&
              [](std::string& text, ZtDate date) { zt::appendTimestamp(text, date); });
 }
 
-/// The text as the C library makes it, with the zone's name of the C library.
-void appendByStrftime(std::string& text, ZtDate date) {
-  const std::time_t seconds = date.milliseconds() / 1000;
-  const auto milliseconds = static_cast<unsigned>(date.milliseconds() % 1000);
-  std::tm local{};
-  localtime_r(&seconds, &local);
-  char out[64];
-  std::size_t length = std::strftime(out, sizeof(out), "%Y-%m-%dT%H:%M:%S", &local);
-  out[length++] = '.';
-  out[length++] = static_cast<char>('0' + milliseconds / 100);
-  out[length++] = static_cast<char>('0' + milliseconds / 10 % 10);
-  out[length++] = static_cast<char>('0' + milliseconds % 10);
-  text.append(out, length).append(local.tm_zone);
-}
-
 void cLibrary(benchmark::State& state, const Environment& environment, const Spread& spread) {
   enter(environment);
   writeDates(state, spread, appendByStrftime);
 }
 
-std::unique_ptr<icu::SimpleDateFormat> icuFormat(const Environment& environment) {
-  UErrorCode status = U_ZERO_ERROR;
-  auto format = std::make_unique<icu::SimpleDateFormat>(
-      u"yyyy-MM-dd'T'HH:mm:ss.SSSz", icu::Locale::createCanonical(environment.locale), status);
-  format->adoptTimeZone(icu::TimeZone::createTimeZone(environment.zone));
-  return format;
-}
-
-void appendByIcu(std::string& text, const icu::SimpleDateFormat& format, ZtDate date) {
-  icu::UnicodeString formatted;
-  format.format(static_cast<UDate>(date.milliseconds()), formatted).toUTF8String(text);
-}
-
 void icuKept(benchmark::State& state, const Environment& environment, const Spread& spread) {
-  const std::unique_ptr<icu::SimpleDateFormat> format = icuFormat(environment);
+  const std::unique_ptr<icu::SimpleDateFormat> format =
+      icuFormat(environment.zone, environment.locale);
   writeDates(state, spread,
              [&](std::string& text, ZtDate date) { appendByIcu(text, *format, date); });
 }
 
 void icuAnew(benchmark::State& state, const Environment& environment, const Spread& spread) {
   writeDates(state, spread, [&](std::string& text, ZtDate date) {
-    appendByIcu(text, *icuFormat(environment), date);
+    appendByIcu(text, *icuFormat(environment.zone, environment.locale), date);
   });
 }
 

@@ -113,7 +113,7 @@ std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
 
 }  // namespace
 
-/// Writes timestamps for one value of `TZ` and one locale.
+/// Writes timestamps for one value of `TZ` and one locale, and the short dates of the same.
 ///
 /// ICU takes some microseconds for a text that is nearly always the same few digits and a zone
 /// name. So the time line is cut into windows: stretches of at most 32 days in which the zone's
@@ -172,6 +172,28 @@ class TimestampWriter {
     text.append(window.zoneName);
   }
 
+  /// In the short styles of date and time; empty when ICU lacks its data. The zone is found out at
+  /// each call, as a machine may be carried into another one.
+  std::string shortText(milliseconds sinceEpoch) {
+    std::unique_ptr<icu::TimeZone> zone;
+    {
+      const std::lock_guard<std::mutex> lock(zoneLookUp());
+      if (_shortFormat == nullptr) _shortFormat = shortFormat(_localeName);
+      zone = unicodeZone(_isTzSet ? _tz.c_str() : nullptr);
+    }
+    if (_shortFormat == nullptr) return {};
+    if (zone == nullptr) {
+      const LocalMoment local = cLibraryMoment(sinceEpoch);
+      zone = std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(local.offset.count()),
+                                                   icu::UnicodeString::fromUTF8(local.zoneName));
+    }
+    _shortFormat->adoptTimeZone(zone.release());
+    icu::UnicodeString formatted;
+    std::string text;
+    _shortFormat->format(static_cast<UDate>(sinceEpoch.count()), formatted).toUTF8String(text);
+    return text;
+  }
+
  private:
   struct Window {
     milliseconds begin{0};
@@ -190,12 +212,15 @@ class TimestampWriter {
       std::chrono::sys_days(kLastCivilYear / 12 / 31).time_since_epoch();
 
   const Window& windowAround(milliseconds sinceEpoch) {
+    // Nearly every moment is in the window of the one before it.
+    if (sinceEpoch >= _latest->begin && sinceEpoch < _latest->end) return *_latest;
     const auto stretch = (sinceEpoch - kFirstMoment) / kLongestWindow;
     Window& window = _windows[static_cast<std::size_t>(stretch) % kWindows];
     if (sinceEpoch < window.begin || sinceEpoch >= window.end) {
       const milliseconds begin = kFirstMoment + stretch * kLongestWindow;
       fill(window, begin, std::min<milliseconds>(begin + kLongestWindow, kPastMoment), sinceEpoch);
     }
+    _latest = &window;
     return window;
   }
 
@@ -259,8 +284,10 @@ class TimestampWriter {
   std::string _localeName;
   bool _isCLibraryZone = false;
   std::unique_ptr<icu::SimpleDateFormat> _format;
+  std::unique_ptr<icu::DateFormat> _shortFormat;  ///< null until it is asked for
   const icu::BasicTimeZone* _zone = nullptr;  ///< the format's; null where nothing is arithmetic
   std::array<Window, kWindows> _windows;
+  const Window* _latest = _windows.data();
   CivilTimeWriter _civilTime;
 };
 
@@ -309,27 +336,8 @@ void appendTimestamp(std::string& text, ZtDate date) {
 }
 
 std::string shortDateAndTime(ZtDate date) {
-  if (date.isNull()) return {};
-  const milliseconds sinceEpoch(date.milliseconds());
-  const TimeEnvironment environment = timeEnvironment();
-  std::unique_ptr<icu::DateFormat> format;
-  std::unique_ptr<icu::TimeZone> zone;
-  {
-    const std::lock_guard<std::mutex> lock(zoneLookUp());
-    format = shortFormat(environment.localeName);
-    zone = unicodeZone(environment.zone);
-  }
-  if (format == nullptr) return {};
-  if (zone == nullptr) {
-    const LocalMoment local = cLibraryMoment(sinceEpoch);
-    zone = std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(local.offset.count()),
-                                                 icu::UnicodeString::fromUTF8(local.zoneName));
-  }
-  format->adoptTimeZone(zone.release());
-  icu::UnicodeString formatted;
-  std::string text;
-  format->format(static_cast<UDate>(sinceEpoch.count()), formatted).toUTF8String(text);
-  return text;
+  return date.isNull() ? std::string()
+                       : currentWriter()->shortText(milliseconds(date.milliseconds()));
 }
 
 }  // namespace zt

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -32,6 +34,17 @@ class InstalledApplications {
   /// dictionary: "CFBundleIdentifier", "CFBundleName", "CFBundleShortVersionString", each of which
   /// may be absent. Nothing when no application is there. May raise a ZtException.
   virtual std::optional<Info> info(const std::string& path) = 0;
+
+  /// For a caller that will ask a lot: an object that gives the same answers, and begins at once,
+  /// beside the caller, to find out about these identifiers and URLs. What it knows of them is as
+  /// old as itself; anything else is asked afresh. Used by one thread. Null where nothing is gained
+  /// by it: then this object is to be asked. Raises nothing; what cannot be begun raises when it is
+  /// asked for.
+  virtual std::unique_ptr<InstalledApplications> prepared(
+      std::span<const std::string_view> /*bundleIdentifiers*/,
+      std::span<const std::string_view> /*urls*/) {
+    return nullptr;
+  }
 };
 
 }  // namespace zt

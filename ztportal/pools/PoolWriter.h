@@ -1,10 +1,11 @@
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"
@@ -74,30 +75,35 @@ class PoolWriter {
 
  private:
   void field(const Tag& type, std::string_view name, std::string_view value);
-  void beginField(const Tag& type, std::string_view name);
-  void endField();
 
   void beginRecords(std::string_view name);
   void endRecord();
   void endRecords();
+  std::string_view nextColumn(const Tag& type, std::string_view name);
   void addColumn(const Tag& type, std::string_view name);
+  void makeRoomForPiece(std::string_view name);
 
   void appendDate(ZtDate date);
 
   /// The start of a line, `depth` blanks behind the pool's own.
   std::string_view lead(std::size_t depth) const;
 
+  /// More than any record has.
+  static constexpr std::size_t kMostColumns = 16;
+
   std::string& _xml;
   bool _soap;
   std::size_t _prefixSize;
-  std::string _lead;  // the prefix and the blanks of the deepest line
   Timestamps _timestamps;
   bool _inRecords = false;
-  // What stands before each value of a record, which is the same for all records of a list: put
-  // together for the first one.
-  std::vector<std::string> _columns;
+  // First the prefix and the blanks of the deepest line. Then what stands before each value of a
+  // record, and behind the last one, which is the same for all records of a list: put together for
+  // the first one.
+  std::string _pieces;
+  std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, the lead's own first
+  std::size_t _columnCount = 0;
   std::size_t _column = 0;  // the next one of the record being written
-  std::string _recordEnd;
+  std::size_t _recordEndSize = 0;
 };
 
 }  // namespace zt

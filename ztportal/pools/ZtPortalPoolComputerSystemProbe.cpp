@@ -3,8 +3,10 @@
 #include <charconv>
 #include <limits>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <system_error>
+#include <vector>
 
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/base/ZtException.h"
@@ -23,6 +25,19 @@ constexpr std::array kEMailClients{&APP_MAIL_IDENT, &APP_TBIRD_IDENT, &APP_ENTOU
 constexpr std::array kBrowsers{&APP_SAFARI_IDENT, &APP_FIREFOX_IDENT, &APP_OPERA_IDENT,
                                &APP_CHROME_IDENT};
 
+constexpr std::string_view kEMailUrl = "mailto:";
+constexpr std::string_view kBrowserUrl = "http:";
+
+/// All that the inventory will ask about applications, which is begun beside the shell's answer.
+zt::ProbedApplications beginApplications() {
+  std::vector<std::string_view> identifiers;
+  identifiers.reserve(kEMailClients.size() + kBrowsers.size());
+  for (const ZtString* identifier : kEMailClients) identifiers.push_back(identifier->view());
+  for (const ZtString* identifier : kBrowsers) identifiers.push_back(identifier->view());
+  constexpr std::array kUrls{kEMailUrl, kBrowserUrl};
+  return {identifiers, kUrls};
+}
+
 /// The number that a text starts with, 0 for a text that starts with none.
 std::int32_t leadingNumber(std::string_view text) {
   std::int32_t number = 0;
@@ -35,10 +50,12 @@ std::int32_t leadingNumber(std::string_view text) {
 /// that is installed. The default is told by what an application calls itself, not by what was
 /// looked for.
 template <class Add>
-void eachInstalled(const std::array<const ZtString*, 4>& identifiers,
-                   const ZtString& defaultIdentifier, Add add) {
+void eachInstalled(const zt::ProbedApplications& applications,
+                   const std::array<const ZtString*, 4>& identifiers, std::string_view url,
+                   Add add) {
+  const ZtString defaultIdentifier = applications.identifierAt(applications.defaultPath(url));
   for (const ZtString* identifier : identifiers) {
-    const auto application = zt::installedApplication(identifier->view());
+    const auto application = applications.installed(identifier->view());
     if (!application) continue;
     const bool isDefault =
         !application->identifier.isNull() && application->identifier == defaultIdentifier;
@@ -60,16 +77,17 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
   zt::appendText(version, "MACOS ", infoOf(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER).printed());
   setOsVersion(version);
   setServicePack(leadingNumber(infoOf(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK).view()));
-  setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
-
-  // Without a language the check ends here, and the pool lists no applications.
   const std::optional<ZtString> language = zt::preferredLanguageCode();
+  // Without a language the check ends early, and the pool lists no applications.
+  const zt::ProbedApplications applications =
+      language ? beginApplications() : zt::ProbedApplications();
+  setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
   if (!language) return;
   _osLanguage = _userLanguage = zt::languageOfCode(language->view());
 
-  eachInstalled(kEMailClients, zt::applicationIdentifier(_getDefaultEMailClientApp()),
+  eachInstalled(applications, kEMailClients, kEMailUrl,
                 [this](const auto&... application) { addEMailClient(application...); });
-  eachInstalled(kBrowsers, zt::applicationIdentifier(_getDefaultBrowserApp()),
+  eachInstalled(applications, kBrowsers, kBrowserUrl,
                 [this](const auto&... application) { addBrowser(application...); });
 } catch (const ZtException&) {
   // What was found until then stays.
@@ -82,9 +100,9 @@ bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {
 }
 
 ZtString ZtPortalPoolComputerSystem::_getDefaultBrowserApp() const {
-  return zt::defaultApplicationPath("http:");
+  return zt::ProbedApplications().defaultPath(kBrowserUrl);
 }
 
 ZtString ZtPortalPoolComputerSystem::_getDefaultEMailClientApp() const {
-  return zt::defaultApplicationPath("mailto:");
+  return zt::ProbedApplications().defaultPath(kEMailUrl);
 }

@@ -25,10 +25,12 @@ constexpr zt::Tag kPools("  <Datas", "com_Pools", ">\r\n");
 
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kSoapIndent = "       ";
-constexpr std::string_view kPoolIndent = "    ";
+// Where the pools stand: deeper than `reportData` by four.
+constinit const ZtString kSoapPoolPrefix = ZtString::constant<"           ">();
+constinit const ZtString kPlainPoolPrefix = ZtString::constant<"    ">();
 
-/// Room for a typical report, so that its text grows no more than once or twice.
-constexpr std::size_t kUsualSize = std::size_t{16} * 1024;
+/// Room for a typical report: an inventory, forty steps and thirty facts take 64 KiB.
+constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
 
 ZtString braced(const ZtString& id) {
   std::string text;
@@ -149,7 +151,7 @@ std::string ZtPortalData::generateXml(const ZtString& /*text*/, bool soap) const
   header(kApplicationVersion, _applicationVersion, "</ApplicationVersion>\r\n");
   zt::appendText(xml, indent, kPools.text(soap));
 
-  const ZtString poolPrefix = std::string(indent) += kPoolIndent;
+  const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
   // Without pools the last index is the largest there is, the first look-up raises, and so an
   // empty document has no text at all. Hosts know an empty report by it.
   const std::uint64_t last = std::uint64_t{_pools.size()} - 1;

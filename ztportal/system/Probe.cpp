@@ -35,24 +35,32 @@ std::optional<ZtString> preferredLanguageCode() {
   return languages.front();
 }
 
-std::optional<ProbedApplication> installedApplication(std::string_view bundleIdentifier) {
-  InstalledApplications& applications = Platform::current().installedApplications();
-  const std::optional<std::string> path = applications.withIdentifier(bundleIdentifier);
+ProbedApplications::ProbedApplications()
+    : _applications(Platform::current().installedApplications()) {}
+
+ProbedApplications::ProbedApplications(std::span<const std::string_view> bundleIdentifiers,
+                                       std::span<const std::string_view> urls)
+    : _prepared(Platform::current().installedApplications().prepared(bundleIdentifiers, urls)),
+      _applications(_prepared ? *_prepared : Platform::current().installedApplications()) {}
+
+std::optional<ProbedApplication> ProbedApplications::installed(
+    std::string_view bundleIdentifier) const {
+  const std::optional<std::string> path = _applications.withIdentifier(bundleIdentifier);
   if (!path) return std::nullopt;
-  const std::optional<InstalledApplications::Info> info = applications.info(*path);
+  const std::optional<InstalledApplications::Info> info = _applications.info(*path);
   if (!info) return std::nullopt;
   return ProbedApplication{valueOf(*info, "CFBundleIdentifier"), valueOf(*info, "CFBundleName"),
                            valueOf(*info, "CFBundleShortVersionString")};
 }
 
-ZtString defaultApplicationPath(std::string_view url) {
-  const auto path = Platform::current().installedApplications().defaultFor(url);
+ZtString ProbedApplications::defaultPath(std::string_view url) const {
+  const auto path = _applications.defaultFor(url);
   return path ? ZtString(*path) : nullptr;
 }
 
-ZtString applicationIdentifier(const ZtString& path) {
+ZtString ProbedApplications::identifierAt(const ZtString& path) const {
   if (path.isNull()) return "";
-  const auto info = Platform::current().installedApplications().info(std::string(path.view()));
+  const auto info = _applications.info(std::string(path.view()));
   return info ? valueOf(*info, "CFBundleIdentifier") : ZtString("");
 }
 

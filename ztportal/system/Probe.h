@@ -1,9 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <span>
 #include <string_view>
 
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/InstalledApplications.h"
 
 namespace zt {
 
@@ -25,15 +28,30 @@ struct ProbedApplication {
   ZtString version;
 };
 
-/// The installed application of a bundle identifier, which calls itself by what `identifier` of the
-/// result says; nothing when there is none.
-std::optional<ProbedApplication> installedApplication(std::string_view bundleIdentifier);
+/// The applications of the machine, as an inventory asks for them. Used by one thread, and not
+/// longer than the platform in force.
+class ProbedApplications {
+ public:
+  /// Finds out about each when it is asked for.
+  ProbedApplications();
+  /// Begins at once to find out about these, beside the caller.
+  ProbedApplications(std::span<const std::string_view> bundleIdentifiers,
+                     std::span<const std::string_view> urls);
 
-/// Path of the application that opens `url` ("http:", "mailto:") for the user; missing when none.
-ZtString defaultApplicationPath(std::string_view url);
+  /// The installed application of a bundle identifier, which calls itself by what `identifier` of
+  /// the result says; nothing when there is none.
+  std::optional<ProbedApplication> installed(std::string_view bundleIdentifier) const;
 
-/// The bundle identifier of the application at `path`; empty without a path or an application
-/// there, missing when the application has no identifier.
-ZtString applicationIdentifier(const ZtString& path);
+  /// Path of the application that opens `url` ("http:", "mailto:") for the user; missing when none.
+  ZtString defaultPath(std::string_view url) const;
+
+  /// The bundle identifier of the application at `path`; empty without a path or an application
+  /// there, missing when the application has no identifier.
+  ZtString identifierAt(const ZtString& path) const;
+
+ private:
+  std::unique_ptr<InstalledApplications> _prepared;  // null where nothing is gained by it
+  InstalledApplications& _applications;
+};
 
 }  // namespace zt

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -126,37 +125,6 @@ class Environment {
   std::vector<char*> _pointers;
 };
 
-/// A started child with our ends of its pipes. Waited for at the end, after these are closed.
-class RunningChild {
- public:
-  RunningChild(pid_t process, Descriptor input, Descriptor output)
-      : _process(process), _input(std::move(input)), _output(std::move(output)) {}
-  RunningChild(const RunningChild&) = delete;
-  RunningChild& operator=(const RunningChild&) = delete;
-  ~RunningChild() {
-    _output.close();
-    _input.close();
-    while (::waitpid(_process, nullptr, 0) < 0 && errno == EINTR) {
-    }
-  }
-
-  std::string readToEnd() const {
-    std::string text;
-    std::array<char, std::size_t{16} * 1024> block;
-    for (;;) {
-      const ssize_t count = ::read(_output.number(), block.data(), block.size());
-      if (count < 0 && errno == EINTR) continue;
-      if (count <= 0) return text;
-      text.append(block.data(), static_cast<std::size_t>(count));
-    }
-  }
-
- private:
-  pid_t _process;
-  Descriptor _input;
-  Descriptor _output;
-};
-
 /// The words as the system takes them; they end at their first NUL byte, so none may have one.
 std::vector<char*> pointersTo(std::vector<std::string>& words) {
   std::vector<char*> pointers;
@@ -174,6 +142,11 @@ LinuxChildProcess::LinuxChildProcess(std::string libexec) : _libexec(std::move(l
 
 std::string LinuxChildProcess::output(const std::string& program,
                                       const std::vector<std::string>& arguments) {
+  return start(program, arguments)->readToEnd();
+}
+
+std::unique_ptr<RunningChild> LinuxChildProcess::start(
+    const std::string& program, const std::vector<std::string>& arguments) const {
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
   if (std::any_of(words.begin(), words.end(), hasNul)) throw notStarted(program, EINVAL);
@@ -192,10 +165,8 @@ std::string LinuxChildProcess::output(const std::string& program,
   const int error = ::posix_spawn(&process, program.c_str(), actions.get(), attributes.get(),
                                   argv.data(), environment.get());
   if (error != 0) throw notStarted(program, error);
-  const RunningChild child(process, std::move(input.writeEnd), std::move(output.readEnd));
-  input.readEnd.close();
-  output.writeEnd.close();
-  return child.readToEnd();
+  return std::make_unique<RunningChild>(process, std::move(input.writeEnd),
+                                        std::move(output.readEnd));
 }
 
 }  // namespace zt

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "ztportal/platform/ChildProcess.h"
 #include "ztportal/platform/linux/LibexecFolder.h"
+#include "ztportal/platform/linux/RunningChild.h"
 
 namespace zt {
 
@@ -29,6 +31,10 @@ class LinuxChildProcess final : public ChildProcess {
 
   std::string output(const std::string& program,
                      const std::vector<std::string>& arguments) override;
+
+  /// Starts it in the same way and does not wait for anything; never null.
+  std::unique_ptr<RunningChild> start(const std::string& program,
+                                      const std::vector<std::string>& arguments) const;
 
  private:
   std::string _libexec;

@@ -14,8 +14,42 @@
 
 namespace zt {
 
+namespace {
+
+/// The scheme of a URL; empty without one.
+std::string schemeOf(std::string_view url) {
+  const std::size_t colon = url.find(':');
+  return colon != std::string_view::npos ? std::string(url.substr(0, colon)) : "";
+}
+
+}  // namespace
+
 LinuxInstalledApplications::LinuxInstalledApplications(std::string libexec, std::string root)
     : _desktop(std::move(libexec)), _root(std::move(root)) {}
+
+LinuxInstalledApplications::LinuxInstalledApplications(DesktopApplications desktop,
+                                                       std::string root)
+    : _desktop(std::move(desktop)), _root(std::move(root)) {}
+
+std::unique_ptr<InstalledApplications> LinuxInstalledApplications::prepared(
+    std::span<const std::string_view> bundleIdentifiers, std::span<const std::string_view> urls) {
+  std::vector<DesktopApplications::Question> questions;
+  const auto add = [&questions](DesktopApplications::Question question) {
+    if (!question.empty()) questions.push_back(std::move(question));
+  };
+  for (const std::string_view url : urls) {
+    add(DesktopApplications::questionForDefault(schemeOf(url)));
+  }
+  const std::vector<std::string> folders = dataFolders(_root);
+  for (const std::string_view identifier : bundleIdentifiers) {
+    for (const std::string& desktopId : desktopIdsOf(identifier)) {
+      add(DesktopApplications::questionForFirstOf(desktopEntryFiles(folders, desktopId)));
+    }
+  }
+  // The constructor is private.
+  return std::unique_ptr<InstalledApplications>(
+      new LinuxInstalledApplications(_desktop.asking(questions), _root));
+}
 
 std::optional<std::string> LinuxInstalledApplications::withIdentifier(
     std::string_view bundleIdentifier) {
@@ -29,9 +63,7 @@ std::optional<std::string> LinuxInstalledApplications::withIdentifier(
 }
 
 std::optional<std::string> LinuxInstalledApplications::defaultFor(std::string_view url) {
-  const std::size_t colon = url.find(':');
-  if (colon == std::string_view::npos) return std::nullopt;
-  const auto application = _desktop.defaultFor(std::string(url.substr(0, colon)));
+  const auto application = _desktop.defaultFor(schemeOf(url));
   if (!application) return std::nullopt;
   const std::optional<Bundle> bundle = Bundle::above(programOf(application->command));
   return bundle ? bundle->path() : application->entry;

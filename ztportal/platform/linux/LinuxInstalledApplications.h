@@ -33,8 +33,13 @@ class LinuxInstalledApplications final : public InstalledApplications {
   std::optional<std::string> withIdentifier(std::string_view bundleIdentifier) override;
   std::optional<std::string> defaultFor(std::string_view url) override;
   std::optional<Info> info(const std::string& path) override;
+  std::unique_ptr<InstalledApplications> prepared(
+      std::span<const std::string_view> bundleIdentifiers,
+      std::span<const std::string_view> urls) override;
 
  private:
+  LinuxInstalledApplications(DesktopApplications desktop, std::string root);
+
   std::optional<std::string> bundleWithIdentifier(std::string_view bundleIdentifier);
 
   DesktopApplications _desktop;

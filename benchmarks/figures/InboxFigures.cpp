@@ -1,0 +1,78 @@
+#include <algorithm>
+#include <chrono>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "benchmarks/figures/Figure.h"
+#include "tests/support/ChildProcess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/tools/inbox/RawClient.h"
+
+// Reports of 20 kB from 8 connections, kept in the inbox's database, beside the same server
+// answering without keeping them.
+
+namespace zt::bench {
+
+namespace {
+
+constexpr int kRounds = 3;
+constexpr std::chrono::seconds kPatience{60};
+
+/// The number behind `before` in `text`.
+double numberBehind(std::string_view text, std::string_view before) {
+  const std::size_t at = text.find(before);
+  if (at == std::string_view::npos) throw std::runtime_error("no number: " + std::string(text));
+  return std::stod(std::string(text.substr(at + before.size())));
+}
+
+class Server {
+ public:
+  explicit Server(const std::string& program)
+      : _child({program, "--listen", "127.0.0.1:0", "--data", _folder.path(), "--max", "1000000"}) {
+    const std::string line = _child.readLine(kPatience).value_or(program + " does not start");
+    _port = static_cast<int>(numberBehind(line, "127.0.0.1:"));
+  }
+
+  /// Reports a second that the server took from 8 connections for two seconds.
+  double rate() {
+    test::ChildProcess load({ZT_INBOX_LOAD, std::to_string(_port), "8", "2", "20000"});
+    const std::string line = load.readLine(kPatience).value_or("");
+    _answered += static_cast<std::uint64_t>(numberBehind(line, ""));
+    return numberBehind(line, " s: ");
+  }
+
+  /// Whether each answered report is kept.
+  bool hasKeptAll() const {
+    test::RawClient client(_port);
+    client.send("GET /api/v1/stats HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(_port) +
+                "\r\nConnection: close\r\n\r\n");
+    return numberBehind(client.receiveAll(), "\"reports\":") == static_cast<double>(_answered);
+  }
+
+ private:
+  test::TemporaryFolder _folder;
+  test::ChildProcess _child;
+  int _port = 0;
+  std::uint64_t _answered = 0;
+};
+
+}  // namespace
+
+std::vector<Figure> inboxFigures() {
+  Server keeping(ZT_INBOX);
+  Server answering(ZT_INBOX_ANSWERING);
+  double kept = 0;
+  double answered = 0;
+  for (int round = 0; round < kRounds; ++round) {
+    kept = std::max(kept, keeping.rate());
+    answered = std::max(answered, answering.rate());
+  }
+  if (!keeping.hasKeptAll()) throw std::runtime_error("the inbox lost reports");
+  return {atLeastTimes(0.5, "ztinbox from 8 connections, nothing lost", kept,
+                       {"without keeping", answered}, "a second")};
+}
+
+}  // namespace zt::bench
