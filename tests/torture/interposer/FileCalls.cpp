@@ -136,6 +136,10 @@ int mkdir(const char* path, mode_t mode) noexcept {
   return meet<"mkdir">(Call::kMkdir, {path}, -1, path, mode);
 }
 
+int mkdirat(int folder, const char* path, mode_t mode) noexcept {
+  return meet<"mkdirat">(Call::kMkdir, {path}, -1, folder, path, mode);
+}
+
 int rename(const char* from, const char* to) noexcept {
   return meet<"rename">(Call::kRename, {from}, -1, from, to);
 }
