@@ -52,6 +52,15 @@ TEST_F(InterposerTest, FailsTheNthCallOfItsKindAlone) {
   EXPECT_EQ(openThrice(), (std::array{0, 0, 0}));
 }
 
+TEST_F(InterposerTest, TellsTheWholePathOfWhatIsNamedByItsFolder) {
+  const int descriptor = ::open(folder.path().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  Armed armed({Call::kMkdir, 1, Effect::kFail, EIO, false});
+  EXPECT_EQ(::mkdirat(descriptor, "new", 0700), -1);
+  const FaultRecord record = armed.disarm();
+  ::close(descriptor);
+  EXPECT_EQ(record.place.data(), folder.path("new"));
+}
+
 TEST_F(InterposerTest, FailsOnwards) {
   const Armed armed({Call::kOpen, 2, Effect::kFail, EIO, true});
   EXPECT_EQ(openThrice(), (std::array{0, EIO, EIO}));

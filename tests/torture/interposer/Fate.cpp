@@ -17,15 +17,19 @@ FaultPlan plan;
 FaultRecord record;
 
 void notePlace(const Place& place) {
+  // What does not fit is cut off; a place without a name stays empty.
   record.place = {};
-  if (place.path != nullptr) {
-    std::strncpy(record.place.data(), place.path, record.place.size() - 1);
-  } else if (place.descriptor >= 0) {
+  std::size_t used = 0;
+  const bool isWhole = place.path != nullptr && place.path[0] == '/';
+  if (!isWhole && place.descriptor >= 0) {
     std::array<char, 64> link{};
     std::snprintf(link.data(), link.size(), "/proc/self/fd/%d", place.descriptor);
-    // What does not fit is cut off; a place without a name stays empty.
-    [[maybe_unused]] const ssize_t length =
-        ::readlink(link.data(), record.place.data(), record.place.size() - 1);
+    const ssize_t length = ::readlink(link.data(), record.place.data(), record.place.size() - 2);
+    used = length > 0 ? static_cast<std::size_t>(length) : 0;
+    if (used > 0 && place.path != nullptr) record.place[used++] = '/';
+  }
+  if (place.path != nullptr) {
+    std::strncpy(record.place.data() + used, place.path, record.place.size() - used - 1);
   }
 }
 

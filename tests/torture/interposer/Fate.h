@@ -10,7 +10,8 @@
 
 namespace zt::torture {
 
-/// What a call is about: a path, a descriptor, or neither.
+/// What a call is about: a path, which may start at the folder of a descriptor, a descriptor, or
+/// neither.
 struct Place {
   const char* path = nullptr;
   int descriptor = -1;

@@ -71,7 +71,7 @@ int openat(int folder, const char* path, int flags, ...) {
   va_start(arguments, flags);
   const mode_t mode = modeOf(flags, arguments);
   va_end(arguments);
-  return meet<"openat">(Call::kOpen, {path}, -1, folder, path, flags, mode);
+  return meet<"openat">(Call::kOpen, {path, folder}, -1, folder, path, flags, mode);
 }
 
 int openat64(int folder, const char* path, int flags, ...) {
@@ -79,7 +79,7 @@ int openat64(int folder, const char* path, int flags, ...) {
   va_start(arguments, flags);
   const mode_t mode = modeOf(flags, arguments);
   va_end(arguments);
-  return meet<"openat64">(Call::kOpen, {path}, -1, folder, path, flags, mode);
+  return meet<"openat64">(Call::kOpen, {path, folder}, -1, folder, path, flags, mode);
 }
 
 int __open64_2(const char* path, int flags) {
@@ -87,7 +87,7 @@ int __open64_2(const char* path, int flags) {
 }
 
 int __openat64_2(int folder, const char* path, int flags) {
-  return meet<"__openat64_2">(Call::kOpen, {path}, -1, folder, path, flags);
+  return meet<"__openat64_2">(Call::kOpen, {path, folder}, -1, folder, path, flags);
 }
 
 FILE* fopen(const char* path, const char* mode) {
@@ -137,7 +137,7 @@ int mkdir(const char* path, mode_t mode) noexcept {
 }
 
 int mkdirat(int folder, const char* path, mode_t mode) noexcept {
-  return meet<"mkdirat">(Call::kMkdir, {path}, -1, folder, path, mode);
+  return meet<"mkdirat">(Call::kMkdir, {path, folder}, -1, folder, path, mode);
 }
 
 int rename(const char* from, const char* to) noexcept {
@@ -147,7 +147,7 @@ int rename(const char* from, const char* to) noexcept {
 int unlink(const char* path) noexcept { return meet<"unlink">(Call::kUnlink, {path}, -1, path); }
 
 int unlinkat(int folder, const char* path, int flags) noexcept {
-  return meet<"unlinkat">(Call::kUnlink, {path}, -1, folder, path, flags);
+  return meet<"unlinkat">(Call::kUnlink, {path, folder}, -1, folder, path, flags);
 }
 
 int remove(const char* path) noexcept { return meet<"remove">(Call::kUnlink, {path}, -1, path); }

@@ -145,6 +145,7 @@ bool LinuxFiles::isFolder(const std::string& path) {
 
 bool LinuxFiles::createFolders(const std::string& path) {
   if (!canNameAFile(path)) return false;
+  if (isFolder(path)) return true;
   const std::string start = path.front() == '/' ? "/" : ".";
   return openFolder(start, path, Links::Follow, S_IRWXU | S_IRWXG | S_IRWXO).isOpen();
 }
