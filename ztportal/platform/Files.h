@@ -18,8 +18,8 @@ class Files {
   /// Creates the folder and every missing one above it, with default attributes. An existing
   /// folder is a success.
   virtual bool createFolders(const std::string& path) = 0;
-  /// The same for `root`/`relative`, but new folders are for their owner alone, and no symbolic link
-  /// below `root` is followed: with one in the place of a folder it fails.
+  /// The same for `root`/`relative`, but new folders are for their owner alone, and no symbolic
+  /// link below `root` is followed: with one in the place of a folder it fails.
   virtual bool createFoldersBelow(const std::string& root, const std::string& relative) = 0;
   /// Names of the entries, without "." and "..", in the order in which the system lists them.
   virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;

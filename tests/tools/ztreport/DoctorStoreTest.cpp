@@ -67,10 +67,11 @@ TEST_F(DoctorStoreTest, FindsAFileInTheFoldersPlace) {
   const std::string file = program.write("data/Kelvane/ztreport/reports", "in the way");
   const Diagnosis diagnosis = examine(kUnreachable);
   EXPECT_EQ(diagnosis.status, 1);
-  EXPECT_EQ(diagnosis.findings.at("store folder"),
-            "failed: " + file +
-                " cannot be made -> see whether a file or a link is in its way, who owns the folders "
-                "above it, and whether XDG_DATA_HOME or HOME is right");
+  EXPECT_EQ(
+      diagnosis.findings.at("store folder"),
+      "failed: " + file +
+          " cannot be made -> see whether a file or a link is in its way, who owns the folders "
+          "above it, and whether XDG_DATA_HOME or HOME is right");
   for (const char* check : {"store mode", "free space", "saved reports"}) {
     EXPECT_EQ(diagnosis.findings.at(check), kNoStore);
   }

@@ -50,9 +50,10 @@ Finding checkStoreFolder(Patient& patient) {
   const ZtString folder = ZtPortalData::reportFolder();
   if (folder.isNull()) {
     const std::string wanted = dataFolder() + "/Kelvane/" + patient.appName + "/reports";
-    return failed(wanted + " cannot be made",
-                  "see whether a file or a link is in its way, who owns the folders above it, and whether "
-                  "XDG_DATA_HOME or HOME is right");
+    return failed(
+        wanted + " cannot be made",
+        "see whether a file or a link is in its way, who owns the folders above it, and whether "
+        "XDG_DATA_HOME or HOME is right");
   }
   patient.storeFolder = folder.view();
   const std::string reason = whyNotWritable(patient.storeFolder);

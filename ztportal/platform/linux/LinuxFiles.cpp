@@ -114,10 +114,10 @@ void makeFolder(int above, const std::string& name, mode_t mode) {
   ::fchmodat(above, name.c_str(), (status.st_mode & 07777U) | S_IRWXU, 0);
 }
 
-/// Goes down from `root` to the folder `relative` below it. Missing ones are made when there is a
-/// mode for them.
-OpenFile openFolder(const std::string& root, std::string_view relative, Links links,
-                    std::optional<mode_t> newMode = std::nullopt) {
+/// Goes down from `root` to the folder `relative` below it and follows no link there. Missing ones
+/// are made when there is a mode for them.
+OpenFile openFolderBelow(const std::string& root, std::string_view relative,
+                         std::optional<mode_t> newMode = std::nullopt) {
   constexpr int kFolder = O_PATH | O_DIRECTORY;
   OpenFile folder(AT_FDCWD, root, kFolder);
   while (folder.isOpen() && !relative.empty()) {
@@ -125,8 +125,7 @@ OpenFile openFolder(const std::string& root, std::string_view relative, Links li
     relative.remove_prefix(std::min(name.size() + 1, relative.size()));
     if (name.empty() || name == ".") continue;
     if (newMode) makeFolder(folder.descriptor(), name, *newMode);
-    folder = OpenFile(folder.descriptor(), name,
-                      links == Links::Refuse ? kFolder | O_NOFOLLOW : kFolder);
+    folder = OpenFile(folder.descriptor(), name, kFolder | O_NOFOLLOW);
   }
   return folder;
 }
@@ -145,14 +144,16 @@ bool LinuxFiles::isFolder(const std::string& path) {
 
 bool LinuxFiles::createFolders(const std::string& path) {
   if (!canNameAFile(path)) return false;
-  if (isFolder(path)) return true;
-  const std::string start = path.front() == '/' ? "/" : ".";
-  return openFolder(start, path, Links::Follow, S_IRWXU | S_IRWXG | S_IRWXO).isOpen();
+  for (std::size_t end = 0; !isFolder(path) && end != std::string::npos;) {
+    end = path.find('/', end + 1);
+    makeFolder(AT_FDCWD, path.substr(0, end), S_IRWXU | S_IRWXG | S_IRWXO);
+  }
+  return isFolder(path);
 }
 
 bool LinuxFiles::createFoldersBelow(const std::string& root, const std::string& relative) {
   if (!canNameAFile(root) || !canNameAFile(relative)) return false;
-  return openFolder(root, relative, Links::Refuse, S_IRWXU).isOpen();
+  return openFolderBelow(root, relative, S_IRWXU).isOpen();
 }
 
 std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) {
@@ -191,8 +192,7 @@ bool LinuxFiles::writeBelow(const std::string& root, const std::string& relative
                             std::string_view content) {
   if (!canNameAFile(root) || !canNameAFile(relative)) return false;
   const std::size_t nameAt = relative.rfind('/') + 1;  // 0 without a slash
-  const OpenFile folder =
-      openFolder(root, std::string_view(relative).substr(0, nameAt), Links::Refuse);
+  const OpenFile folder = openFolderBelow(root, std::string_view(relative).substr(0, nameAt));
   return folder.isOpen() &&
          writeTo(folder.descriptor(), relative.substr(nameAt), Links::Refuse, content);
 }

@@ -1,7 +1,9 @@
 // Writes reports as the library does: unescaped, line by line.
 
 const INDENT = " ".repeat(15);
-const ENVELOPE = '<SOAP-ENV:Envelope xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance">';
+const ENVELOPE = '<SOAP-ENV:Envelope xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/" xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/"' +
+  ' xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema">';
+const REQUEST = '<postPoolDatas xmlns:m="http://reporting.kelvane.example/portal" SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/">';
 
 let count = 0;
 
@@ -59,7 +61,7 @@ export function report({customerId = "Kelvane", applicationId = "{7C1B7F6E-5B0B-
   machineId = "{11111111-2222-3333-4444-555555555555}", reportId, pools} = {}) {
   count += 1;
   const id = reportId ?? `{0F6B1C5E-0000-4000-8000-${String(count).padStart(12, "0")}}`;
-  return `${ENVELOPE}\r\n  <SOAP-ENV:Body>\r\n    <postPoolDatas xmlns:m="http://reporting.kelvane.example/portal">\r\n       <reportData xsi:type="com_Report">\r\n` +
+  return `${ENVELOPE}\r\n  <SOAP-ENV:Body>\r\n    ${REQUEST}\r\n       <reportData xsi:type="com_Report">\r\n` +
     header("ReportID", id) + header("MachineID", machineId) + header("CustomerID", customerId) +
     header("ApplicationID", applicationId) + header("ApplicationVersion", applicationVersion) +
     `         <Datas xsi:type="com_Pools">\r\n${pools ?? pool("EDITIONS", field("EDITION", "Home"))}         </Datas>\r\n` +
