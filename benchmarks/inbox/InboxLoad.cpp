@@ -37,7 +37,12 @@ std::string field(std::size_t indent, const std::string& name, const std::string
 /// A report as the library writes it, with as many fields as its size needs.
 std::string report(std::uint64_t serial, std::size_t bytes) {
   std::string text =
-      "<SOAP-ENV:Envelope>\r\n  <SOAP-ENV:Body>\r\n    <postPoolDatas>\r\n"
+      "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+      " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+      " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+      " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\r\n  <SOAP-ENV:Body>\r\n"
+      "    <postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\""
+      " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">\r\n"
       "       <reportData xsi:type=\"com_Report\">\r\n"
       "         <ReportID xsi:type=\"xsd:string\">{0F6B1C5E-0000-4000-" +
       std::to_string(10'000'000'000'000'000U + serial) +
