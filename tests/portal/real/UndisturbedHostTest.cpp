@@ -166,13 +166,13 @@ TEST_F(UndisturbedHostTest, NoticesWhatTheOtherTestsLookFor) {
     EXPECT_EQ(noticed(), "");
     ::close(kept);
   }
+  EXPECT_EQ(noticed(), "");
   {
     const std::jthread thread([](const std::stop_token& stop) {
       while (!stop.stop_requested()) std::this_thread::yield();
     });
     EXPECT_NE(noticed().find("Threads:"), std::string::npos);
   }
-  EXPECT_EQ(noticed(), "");
 }
 
 }  // namespace
