@@ -14,7 +14,7 @@ namespace zt {
 ///     desktopIdsOf("chromium")               "chromium.desktop"
 ///     desktopIdsOf("com.apple.Safari")       "com.apple.Safari.desktop", which nobody installs
 ///
-/// A desktop ID is that of the Desktop Entry Specification: the file's path below `applications`
+/// A desktop ID is that of freedesktop.org's desktop entries: the file's path below `applications`
 /// with dashes for slashes. Letter case matters.
 std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier);
 

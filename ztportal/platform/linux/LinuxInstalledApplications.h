@@ -13,9 +13,9 @@ namespace zt {
 ///
 /// A bundle is looked for by its "CFBundleIdentifier" among the folders in `~/Applications`,
 /// `/Applications` and `/opt`, in this order. Where there is none, an application is known by its
-/// desktop entry (Desktop Entry Specification) under one of the names of `DesktopIds.h`, and the
-/// path is that of the entry's file. An entry that is hidden, or whose program is not there, is no
-/// application; one that is only left out of menus is.
+/// desktop entry (as freedesktop.org defines them) under one of the names of `DesktopIds.h`, and
+/// the path is that of the entry's file. An entry that is hidden, or whose program is not there, is
+/// no application; one that is only left out of menus is.
 ///
 /// The default application is that of GIO, which honours `mimeapps.list`. Where the program of its
 /// entry stands in a bundle, the path is the bundle's.
