@@ -191,10 +191,11 @@ TEST(ApiTest, DeletesAndMarksWhatIsFound) {
 }
 
 TEST(ApiTest, ShowsTheRequestAndTheOtherReportsOfTheSameId) {
-  const Inbox inbox;
+  Inbox inbox;
   const zt::test::RawClient client(inbox.port());
   ASSERT_TRUE(client.send(zt::test::postRequest(
       "/soap", SampleReport().text(), "X-Two:  a b \r\nx-empty:\r\nX-Two: %0d%0a<b>\r\n")));
+  inbox.waitFor(1);
   post(inbox, SampleReport());
   post(inbox, SampleReport());
   ask(inbox, "GET", "/api/v1/wait?count=3");
