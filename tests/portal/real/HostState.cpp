@@ -68,7 +68,10 @@ std::string descriptorText(int number) {
       address.ss_family != AF_UNIX) {
     text += " network";
   }
-  return joined(text, ::fcntl(number, F_GETFL), ::lseek(number, 0, SEEK_CUR));
+  const int flags = ::fcntl(number, F_GETFL);
+  // Others may share a file that is only written, as a test runner's log is, and write meanwhile.
+  const off_t place = (flags & O_ACCMODE) == O_WRONLY ? 0 : ::lseek(number, 0, SEEK_CUR);
+  return joined(text, flags, place);
 }
 
 void addDescriptors(HostState& state) {
