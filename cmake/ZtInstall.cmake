@@ -35,8 +35,7 @@ foreach(row IN LISTS ZT_FOREIGN_LIBRARIES)
 endforeach()
 string(STRIP "${ZT_STATIC_LIBS}" ZT_STATIC_LIBS)
 
-get_target_property(linked ztportal_objects LINK_LIBRARIES)
-list(REMOVE_ITEM linked ${CMAKE_DL_LIBS})
+get_target_property(linked ztportal_foreign LINK_LIBRARIES)
 set(differences ${linked})
 list(REMOVE_ITEM differences ${described})
 if(differences)
@@ -54,6 +53,12 @@ install(
 
 get_directory_property(helpers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_HELPERS)
 install(TARGETS ${helpers} RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal"
+                                   COMPONENT runtime)
+
+get_directory_property(modules DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_MODULE_TARGETS)
+get_directory_property(module_folder DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal"
+                                               DEFINITION ZT_MODULE_FOLDER)
+install(TARGETS ${modules} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${module_folder}"
                                    COMPONENT runtime)
 
 get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)

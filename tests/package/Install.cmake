@@ -19,7 +19,8 @@ function(expect_component component pattern)
     message(FATAL_ERROR "the component ${component} has ${strangers}")
   endif()
 endfunction()
-expect_component(runtime "^${LIBDIR}/libztportal[.]so[.]1|^libexec/ztportal/")
+expect_component(
+  runtime "^${LIBDIR}/libztportal[.]so[.]1|^${LIBDIR}/ztportal-[0-9.]+/[a-z]+[.]so$|^libexec/ztportal/")
 expect_component(
   development
   "^include/ztportal/|^${LIBDIR}/libztportal[.](so|a)$|^${LIBDIR}/cmake/ztportal/|^${LIBDIR}/pkgconfig/|^share/man/man3/"

@@ -2,31 +2,9 @@
 
 #include <string>
 
-#include "tests/support/ScopedEnvironment.h"
 #include "ztportal/platform/IcuLocale.h"
 
 namespace {
-
-using zt::test::ScopedEnvironment;
-
-TEST(IcuLocaleTest, FindsTheLocaleOfACategory) {
-  const ScopedEnvironment all("LC_ALL", nullptr);
-  const ScopedEnvironment time("LC_TIME", "fr_FR.UTF-8");
-  const ScopedEnvironment messages("LC_MESSAGES", "");
-  const ScopedEnvironment lang("LANG", "de_DE.UTF-8");
-  EXPECT_EQ(zt::userLocaleName("LC_TIME"), "fr_FR.UTF-8");
-  EXPECT_EQ(zt::userLocaleName("LC_MESSAGES"), "de_DE.UTF-8");
-  const ScopedEnvironment forAll("LC_ALL", "ja_JP");
-  EXPECT_EQ(zt::userLocaleName("LC_TIME"), "ja_JP");
-  EXPECT_EQ(zt::userLocaleName("LC_MESSAGES"), "ja_JP");
-}
-
-TEST(IcuLocaleTest, IsTheCLocaleWhereNothingIsSet) {
-  const ScopedEnvironment all("LC_ALL", nullptr);
-  const ScopedEnvironment time("LC_TIME", nullptr);
-  const ScopedEnvironment lang("LANG", "");
-  EXPECT_EQ(zt::userLocaleName("LC_TIME"), "C");
-}
 
 TEST(IcuLocaleTest, NamesTheUnicodeLocale) {
   struct Row {
@@ -72,16 +50,6 @@ TEST(IcuLocaleTest, NamesTheUnicodeLocale) {
 TEST(IcuLocaleTest, ALocaleThatUnicodeRefusesIsTheCLocale) {
   EXPECT_EQ(zt::icuLocaleName("de_DE@=buddhist"), "en_US_POSIX");
   EXPECT_EQ(zt::icuLocaleName("de_DE@" + std::string(300, 'k') + "=v"), "en_US_POSIX");
-}
-
-TEST(IcuLocaleTest, TellsLocalesWithoutALanguage) {
-  for (const char* name :
-       {"C", "POSIX", "C.UTF-8", "C.utf8", "POSIX.UTF-8", "", "english", "_DE"}) {
-    EXPECT_TRUE(zt::isPosixLocale(name)) << name;
-  }
-  for (const char* name : {"de", "de_DE", "de_DE.UTF-8@euro", "gsw_CH", "en-GB"}) {
-    EXPECT_FALSE(zt::isPosixLocale(name)) << name;
-  }
 }
 
 }  // namespace

@@ -3,7 +3,7 @@
 #include <unistd.h>
 
 #include "tests/support/ScopedEnvironment.h"
-#include "ztportal/platform/IcuLocale.h"
+#include "ztportal/platform/PosixLocale.h"
 #include "ztportal/platform/TimeEnvironment.h"
 
 namespace {

@@ -7,6 +7,7 @@
 
 #include "ztportal/platform/IcuLocale.h"
 #include "ztportal/platform/LanguageTag.h"
+#include "ztportal/platform/PosixLocale.h"
 
 namespace zt {
 namespace {

@@ -1,29 +1,15 @@
 #include "ztportal/platform/linux/LibexecFolder.h"
 
-#include <dlfcn.h>
-#include <link.h>
-
 #include <filesystem>
 #include <system_error>
 
-#include "ztportal/platform/Executable.h"
+#include "ztportal/platform/linux/CodeFile.h"
 
 namespace zt {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-/// The file that this code was loaded from. The loader names the program itself by nothing, which
-/// is better than by what its starter passed as its name.
-fs::path fileOfThisCode() {
-  static const char kHere = '\0';
-  Dl_info ignored{};
-  void* found = nullptr;
-  if (::dladdr1(&kHere, &ignored, &found, RTLD_DL_LINKMAP) == 0) return executablePath();
-  const char* const name = static_cast<const link_map*>(found)->l_name;
-  return name == nullptr || *name == '\0' ? executablePath() : name;
-}
 
 bool isFolder(const fs::path& path) {
   std::error_code ignored;

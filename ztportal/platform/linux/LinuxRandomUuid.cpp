@@ -1,4 +1,6 @@
-#include <systemd/sd-id128.h>
+#include <sys/random.h>
+
+#include <array>
 
 #include "ztportal/platform/RandomUuid.h"
 #include "ztportal/platform/linux/UuidText.h"
@@ -6,9 +8,13 @@
 namespace zt {
 
 ZtString randomUuid() {
-  sd_id128_t id{};
-  if (sd_id128_randomize(&id) < 0) return nullptr;
-  return uuidText(id.bytes);
+  std::array<unsigned char, 16> bytes{};
+  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
+    return nullptr;
+  }
+  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0FU) | 0x40U);  // version 4: random
+  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3FU) | 0x80U);  // variant: RFC 4122
+  return uuidText(bytes);
 }
 
 }  // namespace zt
