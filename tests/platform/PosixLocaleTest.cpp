@@ -1,8 +1,7 @@
-#include "ztportal/platform/PosixLocale.h"
-
 #include <gtest/gtest.h>
 
 #include "tests/support/ScopedEnvironment.h"
+#include "ztportal/platform/PosixLocale.h"
 
 namespace {
 

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
@@ -9,10 +10,13 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include "tests/support/BroadcastReceiver.h"
 #include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedChild.h"
+#include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
@@ -23,6 +27,8 @@ namespace {
 using zt::LinuxBroadcast;
 using zt::test::BroadcastReceiver;
 using zt::test::ChildProcess;
+using zt::test::inForkedChild;
+using zt::test::openDescriptors;
 using zt::test::ScopedEnvironment;
 using zt::test::SessionBus;
 using zt::test::TemporaryFolder;
@@ -134,6 +140,60 @@ TEST_F(LinuxBroadcastOnABusTest, ABusThatEndedIsNone) {
   _bus.process().kill(SIGKILL);
   _bus.process().wait();
   post(kName, "object", {{"key", "value"}});
+}
+
+TEST_F(LinuxBroadcastOnABusTest, KeepsItsConnectionForTheNextMessage) {
+  const std::ptrdiff_t before = openDescriptors();
+  post(kName, "1", {});
+  EXPECT_EQ(openDescriptors(), before + 1);
+  post(kName, "2", {});
+  EXPECT_EQ(openDescriptors(), before + 1);
+  expectSame(_receiver.next(), expectedLine("1", {}));
+  expectSame(_receiver.next(), expectedLine("2", {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, AThreadsConnectionEndsWithIt) {
+  const std::ptrdiff_t before = openDescriptors();
+  std::thread([this] { post(kName, "object", {}); }).join();
+  EXPECT_EQ(openDescriptors(), before);
+  expectSame(_receiver.next(), expectedLine("object", {}));
+}
+
+TEST_F(LinuxBroadcastOnABusTest, AChildProcessOpensItsOwn) {
+  post(kName, "parent", {});
+  EXPECT_EQ(inForkedChild([this] {
+              _broadcast.post(kName, "child", {});
+              return 0;
+            }),
+            0);
+  post(kName, "parent again", {});
+  for (const char* sender : {"parent", "child", "parent again"}) {
+    expectSame(_receiver.next(), expectedLine(sender, {}));
+  }
+}
+
+TEST_F(LinuxBroadcastOnABusTest, NeverStandsInThePlaceOfAClosedStream) {
+  EXPECT_EQ(inForkedChild([this] {
+              ::close(STDIN_FILENO);
+              _broadcast.post(kName, "object", {});
+              return ::fcntl(STDIN_FILENO, F_GETFD) < 0 ? 0 : 1;
+            }),
+            0);
+  expectSame(_receiver.next(), expectedLine("object", {}));
+}
+
+TEST_F(LinuxBroadcastTest, ABusThatWasStartedAnewGetsTheNextMessage) {
+  const TemporaryFolder folder;
+  const std::string path = "unix:path=" + folder.path("bus");
+  const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", path.c_str());
+  for (const char* object : {"first", "second"}) {
+    ChildProcess daemon(
+        {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + path});
+    ASSERT_TRUE(daemon.readLine(kPatience).has_value());
+    BroadcastReceiver receiver;
+    post(kName, object, {});
+    expectSame(receiver.next(), expectedLine(object, {}));
+  }
 }
 
 TEST_F(LinuxBroadcastTest, FindsTheBusInTheUsersRuntimeFolder) {

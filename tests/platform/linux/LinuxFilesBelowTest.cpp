@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/support/ForkedChild.h"
+#include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
@@ -23,6 +24,7 @@ using zt::LinuxFiles;
 using zt::test::inForkedChild;
 using zt::test::kNotPermitted;
 using zt::test::modeOf;
+using zt::test::openDescriptors;
 using zt::test::ScopedUmask;
 using zt::test::TemporaryFolder;
 
@@ -116,12 +118,9 @@ TEST_F(LinuxFilesBelowTest, FoldersCanBeUsedByAUserWithoutSpecialRightsWhateverT
 }
 
 TEST_F(LinuxFilesBelowTest, LeavesNothingOpen) {
-  const auto openDescriptors = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), {});
-  };
   fs::create_symlink(_outside.path(), _root.path("link"));
   ASSERT_EQ(::mkfifo(_root.path("fifo").c_str(), 0600), 0);
-  const auto before = openDescriptors();
+  const std::ptrdiff_t before = openDescriptors();
   for (const char* name : {"a/b", "link/a", "fifo/a", "a"}) {
     _files.createFoldersBelow(_root.path(), name);
     _files.writeBelow(_root.path(), name, "x");

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/ForkedChild.h"
+#include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
@@ -28,12 +29,9 @@ using zt::LinuxFiles;
 using zt::test::inForkedChild;
 using zt::test::kNotPermitted;
 using zt::test::modeOf;
+using zt::test::openDescriptors;
 using zt::test::ScopedUmask;
 using zt::test::TemporaryFolder;
-
-std::ptrdiff_t openDescriptors() {
-  return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
-}
 
 /// A file system in memory over `folder`, seen by this process alone.
 bool mountTmpfs(const std::string& folder, const char* options) {

@@ -9,10 +9,11 @@ namespace zt {
 ///
 ///     dbus-monitor "interface='com.kelvane.ZtPortal'"
 ///
-/// The bus is opened for the one message and closed again. A call returns when the bus has the
-/// message, and after two seconds at the latest. Nothing is sent, and nothing else happens, when
-/// there is no session bus or it refuses, when `name` is no D-Bus member name, when a text is not
-/// UTF-8 or has a NUL byte in it, or when the message is larger than a bus takes (128 MiB).
+/// A thread's connection to the bus stays open for its next message, until the thread ends or the
+/// environment names another bus; a child process opens its own. A call returns when the bus has
+/// the message, and after two seconds at the latest. Nothing is sent, and nothing else happens,
+/// when there is no session bus or it refuses, when `name` is no D-Bus member name, when a text is
+/// not UTF-8 or has a NUL byte in it, or when the message is larger than a bus takes (128 MiB).
 /// Without state: one object serves all threads.
 class LinuxBroadcast final : public Broadcast {
  public:

@@ -14,8 +14,8 @@
 
 namespace {
 
-constexpr std::string_view kForeign[] = {"libcurl", "libicui18n", "libplist", "libsystemd",
-                                         "libxml2"};
+/// Not libplist, which is needed as soon as any process on the machine runs from a bundle.
+constexpr std::string_view kForeign[] = {"libcurl", "libicui18n", "libsystemd", "libxml2"};
 
 int note(dl_phdr_info* loaded, std::size_t /*size*/, void* names) {
   const std::string_view path = loaded->dlpi_name;
