@@ -1,6 +1,5 @@
 #pragma once
 
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -14,12 +13,13 @@
 #include <functional>
 #include <list>
 #include <mutex>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "tests/support/LoopbackPort.h"
 
 namespace zt::test {
 
@@ -42,7 +42,8 @@ class RawHttpServer {
  public:
   using Handler = std::function<RawAnswer(const std::string& request)>;
 
-  explicit RawHttpServer(Handler handler) : _handler(std::move(handler)) { start(); }
+  explicit RawHttpServer(Handler handler)
+      : _handler(std::move(handler)), _acceptor([this] { acceptAll(); }) {}
   /// Answers in turn, over all connections; a request beyond the last one resets its connection.
   explicit RawHttpServer(std::vector<RawAnswer> script)
       : RawHttpServer([script = std::move(script), next = std::size_t{0}](auto&) mutable {
@@ -54,13 +55,12 @@ class RawHttpServer {
     eventfd_write(_stop, 1);
     _acceptor.join();
     for (std::thread& connection : _threads) connection.join();
-    ::close(_listener);
     ::close(_stop);
   }
 
-  int port() const { return _port; }
-  std::string host() const { return "127.0.0.1:" + std::to_string(_port); }
-  std::string url(std::string_view path) const { return "http://" + host() + std::string(path); }
+  int port() const { return _port.number(); }
+  std::string host() const { return _port.host(); }
+  std::string url(const std::string& path) const { return _port.url(path); }
 
   /// How many connections have been accepted.
   int connections() const { return _connections; }
@@ -70,20 +70,6 @@ class RawHttpServer {
   }
 
  private:
-  void start() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (bind(_listener, generic, length) != 0 || listen(_listener, 16) != 0 ||
-        getsockname(_listener, generic, &length) != 0) {
-      throw std::runtime_error("no loopback port");
-    }
-    _port = ntohs(address.sin_port);
-    _acceptor = std::thread([this] { acceptAll(); });
-  }
-
   /// Waits until `descriptor` can be read; false when the server ends or the time is over.
   bool wait(int descriptor, int milliseconds) const {
     pollfd both[] = {{_stop, POLLIN, 0}, {descriptor, POLLIN, 0}};
@@ -91,14 +77,12 @@ class RawHttpServer {
   }
 
   void acceptAll() {
-    while (wait(_listener, -1)) {
-      const int connection = accept4(_listener, nullptr, nullptr, SOCK_CLOEXEC);
-      if (connection < 0) continue;
+    while (wait(_port.socket(), -1)) {
+      Descriptor connection = _port.accept();
+      if (!connection.isOpen()) continue;
       ++_connections;
-      _threads.emplace_back([this, connection] {
-        serve(connection);
-        ::close(connection);
-      });
+      _threads.emplace_back(
+          [this, connection = std::move(connection)] { serve(connection.number()); });
     }
   }
 
@@ -178,9 +162,8 @@ class RawHttpServer {
   }
 
   Handler _handler;
-  const int _listener = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const LoopbackPort _port{LoopbackPort::Listens};
   const int _stop = eventfd(0, EFD_CLOEXEC);
-  int _port = 0;
   std::atomic<int> _connections{0};
   mutable std::mutex _mutex;
   std::vector<std::string> _requests;

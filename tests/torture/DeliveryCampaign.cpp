@@ -12,13 +12,13 @@
 #include <vector>
 
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackPort.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/torture/DeliveryPlan.h"
 #include "tests/torture/Failure.h"
 #include "tests/torture/FolderContent.h"
 #include "tests/torture/Host.h"
 #include "tests/torture/ServerRecords.h"
-#include "tests/torture/UnusedPort.h"
 
 namespace zt::torture {
 
@@ -53,7 +53,7 @@ class Delivery {
   test::TemporaryFolder _data;
   std::unique_ptr<test::Inbox> _inbox;
   FaultyRelay _relay;
-  UnusedPort _nobody;
+  test::LoopbackPort _nobody{test::LoopbackPort::Refuses};
   std::map<std::string, std::string> _stored;  ///< texts as written, by report ID
   Figures _figures;
 };

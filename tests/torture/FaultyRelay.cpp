@@ -24,24 +24,14 @@ constexpr milliseconds kForever{-1};
 constexpr std::string_view kHeadEnd = "\r\n\r\n";
 constexpr std::string_view kInterim = "HTTP/1.1 102 Processing\r\n\r\n";
 
-sockaddr_in loopback(int port) {
+/// A closed one when nobody listens there.
+Descriptor connected(int port) {
+  Descriptor server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+  if (!server.isOpen()) throw std::runtime_error("no socket for the relay");
   sockaddr_in address{};
   address.sin_family = AF_INET;
   address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
-  return address;
-}
-
-Descriptor newSocket() {
-  Descriptor created(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
-  if (!created.isOpen()) throw std::runtime_error("no socket for the relay");
-  return created;
-}
-
-/// A closed one when nobody listens there.
-Descriptor connected(int port) {
-  Descriptor server = newSocket();
-  const sockaddr_in address = loopback(port);
   if (::connect(server.number(), reinterpret_cast<const sockaddr*>(&address), sizeof(address)) !=
       0) {
     server.close();
@@ -91,18 +81,8 @@ Exchange exchangeOf(std::string_view request) {
 FaultyRelay::FaultyRelay(int serverPort, std::function<void()> killServer)
     : _killServer(std::move(killServer)),
       _serverPort(serverPort),
-      _listener(newSocket()),
-      _stop(::eventfd(0, EFD_CLOEXEC)) {
-  sockaddr_in address = loopback(0);
-  socklen_t size = sizeof(address);
-  auto* const generic = reinterpret_cast<sockaddr*>(&address);
-  if (::bind(_listener.number(), generic, size) != 0 || ::listen(_listener.number(), 16) != 0 ||
-      ::getsockname(_listener.number(), generic, &size) != 0) {
-    throw std::runtime_error("no port for the relay");
-  }
-  _port = ntohs(address.sin_port);
-  _acceptor = std::thread([this] { acceptAll(); });
-}
+      _stop(::eventfd(0, EFD_CLOEXEC)),
+      _acceptor([this] { acceptAll(); }) {}
 
 FaultyRelay::~FaultyRelay() {
   ::eventfd_write(_stop.number(), 1);
@@ -122,10 +102,10 @@ RelayPlan FaultyRelay::planFor(const std::string& request) const {
 
 void FaultyRelay::acceptAll() {
   for (;;) {
-    std::array<pollfd, 2> waiting{{{_listener.number(), POLLIN, 0}, {_stop.number(), POLLIN, 0}}};
+    std::array<pollfd, 2> waiting{{{_port.socket(), POLLIN, 0}, {_stop.number(), POLLIN, 0}}};
     if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
     if (waiting[1].revents != 0) return;
-    Descriptor client(::accept4(_listener.number(), nullptr, nullptr, SOCK_CLOEXEC));
+    Descriptor client = _port.accept();
     if (!client.isOpen()) continue;
     _threads.emplace_back([this, client = std::move(client)] { serve(client); });
   }

@@ -9,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "tests/support/LoopbackPort.h"
 #include "ztportal/platform/linux/Descriptor.h"
 
 namespace zt::torture {
@@ -48,7 +49,7 @@ class FaultyRelay {
   FaultyRelay& operator=(const FaultyRelay&) = delete;
   ~FaultyRelay();
 
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(_port); }
+  std::string url() const { return _port.url(); }
   void setServerPort(int port) { _serverPort = port; }
   void setPlan(const RelayPlan& plan);
 
@@ -72,9 +73,8 @@ class FaultyRelay {
 
   std::function<void()> _killServer;
   std::atomic<int> _serverPort;
-  Descriptor _listener;
+  test::LoopbackPort _port{test::LoopbackPort::Listens};
   Descriptor _stop;
-  int _port = 0;
   mutable std::mutex _mutex;
   RelayPlan _plan;
   std::list<std::thread> _threads;  // touched by the acceptor alone until it has ended

@@ -1,12 +1,10 @@
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
-#include <stdexcept>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -17,6 +15,7 @@
 #include "tests/portal/real/ReportingServer.h"
 #include "tests/support/Child.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackPort.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/ScopedUmask.h"
 
@@ -28,42 +27,30 @@ namespace {
 /// Takes the beginning of each request and is gone.
 class LeavingServer {
  public:
-  LeavingServer() : _listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t length = sizeof(address);
-    auto* generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(_listener, generic, length) != 0 || ::listen(_listener, 16) != 0 ||
-        ::getsockname(_listener, generic, &length) != 0) {
-      throw std::runtime_error("no loopback port");
-    }
-    _url = "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/soap";
-    _thread = std::thread([this] { serve(); });
-  }
+  LeavingServer() : _thread([this] { serve(); }) {}
   LeavingServer(const LeavingServer&) = delete;
   LeavingServer& operator=(const LeavingServer&) = delete;
   ~LeavingServer() {
-    ::shutdown(_listener, SHUT_RDWR);
+    _port.stop();
     _thread.join();
-    ::close(_listener);
   }
 
-  const std::string& url() const { return _url; }
+  std::string url() const { return _port.url("/soap"); }
 
  private:
   void serve() const {
-    for (int client = 0; (client = ::accept4(_listener, nullptr, nullptr, SOCK_CLOEXEC)) >= 0;) {
+    for (;;) {
+      const Descriptor client = _port.accept();
+      if (!client.isOpen()) return;
       char beginning[1000];
-      [[maybe_unused]] const ssize_t count = ::recv(client, beginning, sizeof(beginning), 0);
+      [[maybe_unused]] const ssize_t count =
+          ::recv(client.number(), beginning, sizeof(beginning), 0);
       const linger now{1, 0};
-      ::setsockopt(client, SOL_SOCKET, SO_LINGER, &now, sizeof(now));
-      ::close(client);
+      ::setsockopt(client.number(), SOL_SOCKET, SO_LINGER, &now, sizeof(now));
     }
   }
 
-  int _listener;
-  std::string _url;
+  const LoopbackPort _port{LoopbackPort::Listens};
   std::thread _thread;
 };
 

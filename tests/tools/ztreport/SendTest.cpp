@@ -1,17 +1,15 @@
-#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <netinet/in.h>
-#include <sys/socket.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackPort.h"
 #include "tests/tools/ztreport/ReportProgram.h"
 
 namespace {
@@ -30,35 +28,15 @@ constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
 /// A port of the loopback interface that notices every connection and answers none.
 class Listener {
  public:
-  Listener() : _socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)) {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof(address);
-    auto* const generic = reinterpret_cast<sockaddr*>(&address);
-    if (::bind(_socket, generic, size) != 0 || ::listen(_socket, 8) != 0 ||
-        ::getsockname(_socket, generic, &size) != 0) {
-      ::close(_socket);
-      throw std::runtime_error("no listener");
-    }
-    _port = ntohs(address.sin_port);
-  }
-  Listener(const Listener&) = delete;
-  Listener& operator=(const Listener&) = delete;
-  ~Listener() { ::close(_socket); }
-
-  std::string url() const { return "http://127.0.0.1:" + std::to_string(_port) + "/kelvane.xml"; }
+  std::string url() const { return _port.url("/kelvane.xml"); }
   /// Whether somebody connected since the last time.
   bool wasAsked() const {
-    const int connection = ::accept4(_socket, nullptr, nullptr, SOCK_CLOEXEC);
-    if (connection < 0) return false;
-    ::close(connection);
-    return true;
+    pollfd waiting{_port.socket(), POLLIN, 0};
+    return ::poll(&waiting, 1, 0) > 0 && _port.accept().isOpen();
   }
 
  private:
-  int _socket;
-  int _port = 0;
+  zt::test::LoopbackPort _port{zt::test::LoopbackPort::Listens};
 };
 
 class SendTest : public testing::Test {
