@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/inbox/Fd.h"
+#include "tools/inbox/store/NewReport.h"
+
+namespace zt::inbox {
+
+/// The reports that are kept but not in the database yet, in two files of the data folder that take
+/// turns: while the reports of one are brought into the database, the other takes the next ones.
+///
+///     journal.append(report);      // from now on no end of the program can undo it
+///     journal.turn();              // what follows goes into the other file
+///     ...                          // what was appended before is committed to the database
+///     journal.forget();            // the file with it is empty again
+///
+/// One thread at a time uses it, except that one may call forget() while another one appends.
+/// Throws DatabaseFault.
+class Journal {
+ public:
+  explicit Journal(const std::string& folder);
+
+  /// Those with higher numbers than `number`, in their order: what an earlier run of the program
+  /// did not bring into the database.
+  std::vector<NewReport> after(std::uint64_t number) const;
+  /// Forgets all.
+  void clear();
+
+  /// In whole or not at all.
+  void append(const NewReport& report);
+  /// After a forget() since the last one.
+  void turn() { _current = 1 - _current; }
+  void forget() { empty(_files[1 - _current]); }
+
+ private:
+  struct File {
+    std::string path;
+    Fd descriptor;
+    std::size_t size = 0;
+  };
+
+  static void empty(File& file);
+
+  std::array<File, 2> _files;
+  std::size_t _current = 0;
+  std::string _record;  ///< its memory is used again
+};
+
+}  // namespace zt::inbox
