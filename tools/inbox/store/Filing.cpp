@@ -124,6 +124,7 @@ void Filing::filePortion(std::unique_lock<std::mutex>& lock) {
     _awaited = 0;
   } else {
     _lastFiled = last;
+    if (_kept.empty()) _journal.clear();
   }
   _changed.notify_all();
 }

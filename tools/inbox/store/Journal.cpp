@@ -78,7 +78,11 @@ std::vector<NewReport> Journal::after(std::uint64_t number) const {
 }
 
 void Journal::clear() {
-  for (File& file : _files) empty(file);
+  for (File& file : _files) {
+    file.size = 0;
+    // What stays if that fails is passed over by its numbers.
+    static_cast<void>(::ftruncate(file.descriptor.number(), 0));
+  }
 }
 
 void Journal::append(const NewReport& report) {
@@ -93,11 +97,6 @@ void Journal::append(const NewReport& report) {
     fail(file.path);
   }
   file.size += _record.size();
-}
-
-/// If that fails, what is in it is passed over by its numbers, and the next ones stand behind it.
-void Journal::empty(File& file) {
-  if (::ftruncate(file.descriptor.number(), 0) == 0) file.size = 0;
 }
 
 }  // namespace zt::inbox

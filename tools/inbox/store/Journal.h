@@ -17,7 +17,10 @@ namespace zt::inbox {
 ///     journal.append(report);      // from now on no end of the program can undo it
 ///     journal.turn();              // what follows goes into the other file
 ///     ...                          // what was appended before is committed to the database
-///     journal.forget();            // the file with it is empty again
+///     journal.forget();            // the file with it starts over
+///
+/// What starts over is overwritten, which costs less than fresh room on the disk; until then a file
+/// may hold what is in the database too, and the numbers tell that.
 ///
 /// One thread at a time uses it, except that one may call forget() while another one appends.
 /// Throws DatabaseFault.
@@ -28,23 +31,21 @@ class Journal {
   /// Those with higher numbers than `number`, in their order: what an earlier run of the program
   /// did not bring into the database.
   std::vector<NewReport> after(std::uint64_t number) const;
-  /// Forgets all.
+  /// Forgets all, and gives the room back to the disk.
   void clear();
 
   /// In whole or not at all.
   void append(const NewReport& report);
   /// After a forget() since the last one.
   void turn() { _current = 1 - _current; }
-  void forget() { empty(_files[1 - _current]); }
+  void forget() { _files[1 - _current].size = 0; }
 
  private:
   struct File {
     std::string path;
     Fd descriptor;
-    std::size_t size = 0;
+    std::size_t size = 0;  ///< of what is not forgotten
   };
-
-  static void empty(File& file);
 
   std::array<File, 2> _files;
   std::size_t _current = 0;
