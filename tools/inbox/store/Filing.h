@@ -30,8 +30,8 @@ class Filing {
   /// Files what waits. What cannot be filed stays in the journal.
   ~Filing();
 
-  /// Gives the report the next number and keeps it. Throws DatabaseFault when it cannot be kept, and
-  /// while what was kept before cannot be filed.
+  /// Gives the report the next number and keeps it. Throws DatabaseFault when it cannot be kept,
+  /// and while what was kept before cannot be filed.
   std::uint64_t keep(NewReport report);
 
   /// Waits until all that was kept before is filed. Throws what keeps it from being so.

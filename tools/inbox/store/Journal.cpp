@@ -58,8 +58,7 @@ Journal::Journal(const std::string& folder) {
   for (std::size_t i = 0; i < _files.size(); ++i) {
     File& file = _files[i];
     file.path = folder + "/journal." + std::to_string(i);
-    file.descriptor =
-        Fd(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
+    file.descriptor = Fd(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
     if (!file.descriptor.isOpen()) fail(file.path);
   }
 }

@@ -80,8 +80,7 @@ std::optional<NewReport> readContentOf(std::string_view bytes) {
   Parts parts(bytes);
   NewReport report;
   report.report.number = parts.number();
-  report.report.received =
-      Moment(milliseconds(static_cast<std::int64_t>(parts.number())));
+  report.report.received = Moment(milliseconds(static_cast<std::int64_t>(parts.number())));
   report.report.test = parts.number() != 0;
   const auto answer = parseAnswer(parts.text());
   report.report.sender = parts.text();
