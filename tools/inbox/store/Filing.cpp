@@ -14,7 +14,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kGathering{10};
 /// Until it is tried again of itself.
 constexpr milliseconds kAfterFault{1'000};
-/// What waits at most, by the size of the reports; and as much again while that is filed.
+/// Memory that waiting reports take at most; and as much again while those are filed.
 constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
 /// Larger ones are filed by themselves: whether the disk has room for them is known at once.
 constexpr std::size_t kLargestGathered = std::size_t{1024} * 1024;
@@ -51,7 +51,7 @@ std::uint64_t Filing::keep(NewReport report) {
   _journal.append(report);
   const std::uint64_t number = ++_lastKept;
   const bool isFirst = _kept.empty();
-  _keptBytes += sizeof(report) + report.head.size() + report.report.size;
+  _keptBytes += report.memory();
   _kept.push_back(std::move(report));
   const bool isToBeTold = isFirst || isFull();
   lock.unlock();

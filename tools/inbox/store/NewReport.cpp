@@ -13,4 +13,16 @@ void NewReport::read(std::string_view body) {
   steps = std::move(content.steps);
 }
 
+std::size_t NewReport::memory() const {
+  std::size_t bytes = sizeof(NewReport) + head.size() + packedBody.size();
+  const ReportIdentity& identity = report.identity;
+  for (const auto* value : {&identity.reportId, &identity.machineId, &identity.customerId,
+                            &identity.applicationId, &identity.applicationVersion}) {
+    if (*value) bytes += (*value)->size();
+  }
+  for (const std::string& pool : identity.pools) bytes += sizeof(pool) + pool.size();
+  for (const StepDuration& step : steps) bytes += sizeof(step) + step.name.size();
+  return bytes;
+}
+
 }  // namespace zt::inbox

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -18,6 +19,9 @@ struct NewReport {
 
   /// Sets what the list and the charts show of the report's text `body`.
   void read(std::string_view body);
+
+  /// About how much memory it takes.
+  std::size_t memory() const;
 };
 
 }  // namespace zt::inbox

@@ -71,8 +71,7 @@ void ReportStore::file(std::vector<NewReport>& reports) {
     }
   };
   const auto tell = [this, &reports] {
-    if (!_listener) return;
-    for (const NewReport& report : reports) _listener(report.report);
+    if (_listener) _listener(reports);
   };
   _commits.run({insert, tell});
 }

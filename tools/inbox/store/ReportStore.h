@@ -28,9 +28,9 @@ namespace zt::inbox {
 /// in memory. Any thread may call it; every operation throws DatabaseFault when the database fails.
 class ReportStore {
  public:
-  /// Gets each report once it is in the database, in the order of their numbers, from one thread.
-  /// Not those that an earlier run kept.
-  using Listener = std::function<void(const Report&)>;
+  /// Gets the reports once they are in the database, those of a transaction together, in the order
+  /// of their numbers, from one thread. Not those that an earlier run kept.
+  using Listener = std::function<void(const std::vector<NewReport>&)>;
 
   /// Throws MachineFault when the folder or what is in it cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});

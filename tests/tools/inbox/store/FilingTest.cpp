@@ -158,11 +158,13 @@ TEST_F(FilingTest, ALargeOneIsFiledBeforeAnybodyIsTold) {
 
 TEST_F(FilingTest, WhatWaitsIsLimited) {
   constexpr int kReports = 100;
+  NewReport large = reportOfSize(1);
+  large.head = std::string(1'000'000, 'x');
   _database.hold(true);
   Filing filing(_journal, 0, toDatabase());
   std::atomic<int> kept = 0;
   std::thread keeping([&] {
-    for (; kept < kReports; ++kept) filing.keep(reportOfSize(1'000'000));
+    for (; kept < kReports; ++kept) filing.keep(large);
   });
   // One portion is being filed and one waits, of 16 MiB each.
   std::this_thread::sleep_for(std::chrono::milliseconds(500));

@@ -299,7 +299,9 @@ TEST_F(ReportStoreTest, MarksReportsAsRead) {
 TEST_F(ReportStoreTest, TheListenerGetsEveryReportInOrder) {
   std::vector<Report> told;
   {
-    ReportStore store(folder(), 1'000, [&told](const Report& report) { told.push_back(report); });
+    ReportStore store(folder(), 1'000, [&told](const std::vector<NewReport>& reports) {
+      for (const NewReport& report : reports) told.push_back(report.report);
+    });
     std::vector<std::thread> adding;
     for (int thread = 0; thread < 4; ++thread) {
       adding.emplace_back([&store] {
