@@ -1,6 +1,7 @@
 #include "tools/inbox/store/Journal.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,6 +19,8 @@ namespace zt::inbox {
 namespace {
 
 constexpr mode_t kOwnerOnly = 0600;
+/// By which a file grows.
+constexpr std::size_t kStep = std::size_t{1024} * 1024;
 
 [[noreturn]] void fail(const std::string& path) {
   throw DatabaseFault(path + ": " + std::strerror(errno));
@@ -40,19 +43,9 @@ std::string contentOf(const std::string& path, const Fd& file) {
   return content;
 }
 
-bool writeAll(const Fd& file, std::string_view bytes, std::size_t at) {
-  while (!bytes.empty()) {
-    const ssize_t count =
-        ::pwrite(file.number(), bytes.data(), bytes.size(), static_cast<off_t>(at));
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) return false;
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-    at += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
 }  // namespace
+
+void Journal::Unmap::operator()(char* bytes) const { ::munmap(bytes, kMostBytes); }
 
 Journal::Journal(const std::string& folder) {
   for (std::size_t i = 0; i < _files.size(); ++i) {
@@ -60,6 +53,10 @@ Journal::Journal(const std::string& folder) {
     file.path = folder + "/journal." + std::to_string(i);
     file.descriptor = Fd(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
     if (!file.descriptor.isOpen()) fail(file.path);
+    void* const bytes = ::mmap(nullptr, kMostBytes, PROT_READ | PROT_WRITE, MAP_SHARED,
+                               file.descriptor.number(), 0);
+    if (bytes == MAP_FAILED) fail(file.path);
+    file.bytes.reset(static_cast<char*>(bytes));
   }
 }
 
@@ -79,6 +76,7 @@ std::vector<NewReport> Journal::after(std::uint64_t number) const {
 void Journal::clear() {
   for (File& file : _files) {
     file.size = 0;
+    file.room = 0;
     // What stays if that fails is passed over by its numbers.
     static_cast<void>(::ftruncate(file.descriptor.number(), 0));
   }
@@ -88,14 +86,20 @@ void Journal::append(const NewReport& report) {
   _record.clear();
   appendRecord(_record, report);
   File& file = _files[_current];
-  if (!writeAll(file.descriptor, _record, file.size)) {
-    const int reason = errno;
-    // What was written of it is no whole record; the next one is written over it.
-    static_cast<void>(::ftruncate(file.descriptor.number(), static_cast<off_t>(file.size)));
-    errno = reason;
-    fail(file.path);
-  }
+  makeRoom(file, file.size + _record.size());
+  std::memcpy(file.bytes.get() + file.size, _record.data(), _record.size());
   file.size += _record.size();
+}
+
+/// The disk gives the room before anything is written to it: a full one is noticed here.
+void Journal::makeRoom(File& file, std::size_t size) {
+  if (size <= file.room) return;
+  const std::size_t room = (size + kStep - 1) / kStep * kStep;
+  errno = room <= kMostBytes
+              ? ::posix_fallocate(file.descriptor.number(), 0, static_cast<off_t>(room))
+              : EFBIG;
+  if (errno != 0) fail(file.path);
+  file.room = room;
 }
 
 }  // namespace zt::inbox

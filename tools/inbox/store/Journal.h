@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -19,13 +20,16 @@ namespace zt::inbox {
 ///     ...                          // what was appended before is committed to the database
 ///     journal.forget();            // the file with it starts over
 ///
-/// What starts over is overwritten, which costs less than fresh room on the disk; until then a file
-/// may hold what is in the database too, and the numbers tell that.
+/// The files are mapped into memory, so that to append is to copy. What starts over is overwritten;
+/// until then a file may hold what is in the database too, and the numbers tell that.
 ///
 /// One thread at a time uses it, except that one may call forget() while another one appends.
 /// Throws DatabaseFault.
 class Journal {
  public:
+  /// What a file holds at most.
+  static constexpr std::size_t kMostBytes = std::size_t{64} * 1024 * 1024;
+
   explicit Journal(const std::string& folder);
 
   /// Those with higher numbers than `number`, in their order: what an earlier run of the program
@@ -41,11 +45,18 @@ class Journal {
   void forget() { _files[1 - _current].size = 0; }
 
  private:
+  struct Unmap {
+    void operator()(char* bytes) const;
+  };
   struct File {
     std::string path;
     Fd descriptor;
-    std::size_t size = 0;  ///< of what is not forgotten
+    std::unique_ptr<char, Unmap> bytes;  ///< kMostBytes, of which `room` can be used
+    std::size_t room = 0;                ///< on the disk
+    std::size_t size = 0;                ///< of what is not forgotten
   };
+
+  static void makeRoom(File& file, std::size_t size);
 
   std::array<File, 2> _files;
   std::size_t _current = 0;
