@@ -20,8 +20,8 @@ std::size_t NewReport::memory() const {
                             &identity.applicationId, &identity.applicationVersion}) {
     if (*value) bytes += (*value)->size();
   }
-  for (const std::string& pool : identity.pools) bytes += sizeof(pool) + pool.size();
-  for (const StepDuration& step : steps) bytes += sizeof(step) + step.name.size();
+  for (const std::string& pool : identity.pools) bytes += sizeof(std::string) + pool.size();
+  for (const StepDuration& step : steps) bytes += sizeof(StepDuration) + step.name.size();
   return bytes;
 }
 
