@@ -1,3 +1,5 @@
+#include <signal.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdint>
@@ -44,6 +46,10 @@ class Server {
     return numberBehind(line, " s: ");
   }
 
+  /// What it does of itself, such as bringing its index up to date, waits until goOn().
+  void pause() const { ::kill(_child.pid(), SIGSTOP); }
+  void goOn() const { ::kill(_child.pid(), SIGCONT); }
+
   /// Whether each answered report is kept.
   bool hasKeptAll() const {
     test::RawClient client(_port);
@@ -68,7 +74,9 @@ std::vector<Figure> inboxFigures() {
   double answered = 0;
   for (int round = 0; round < kRounds; ++round) {
     kept = std::max(kept, keeping.rate());
+    keeping.pause();
     answered = std::max(answered, answering.rate());
+    keeping.goOn();
   }
   if (!keeping.hasKeptAll()) throw std::runtime_error("the inbox lost reports");
   return {atLeastTimes(0.5, "ztinbox from 8 connections, nothing lost", kept,

@@ -41,6 +41,15 @@ bool isConfiguration(const std::string& path) {
 
 bool isSoap(const std::string& path) { return path == "/soap" || path == "/soap-test"; }
 
+std::string linesAbout(const std::vector<NewReport>& reports) {
+  std::string lines;
+  for (const NewReport& report : reports) {
+    if (!lines.empty()) lines += '\n';
+    lines += reportLine(report.report);
+  }
+  return lines;
+}
+
 /// What a browser shows or a script reads, as opposed to what reporting clients ask for.
 bool isForTheUser(const std::string& path) { return Page::owns(path) || Api::owns(path); }
 
@@ -51,7 +60,7 @@ InboxServer::InboxServer(const InboxSettings& settings, LineSink lines)
       _socket(settings.listen),
       _behaviour(settings.behaviour),
       _store(settings.dataFolder, settings.mostReports,
-             [this](const Report& report) { _lines(reportLine(report)); }),
+             [this](const std::vector<NewReport>& reports) { _lines(linesAbout(reports)); }),
       _intake(_behaviour, _store),
       _soap(_intake),
       _api(_store, _behaviour),

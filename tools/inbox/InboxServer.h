@@ -17,7 +17,7 @@
 
 namespace zt::inbox {
 
-/// Takes one line of text, without its line end.
+/// Takes a line of text or several, the last one without its line end.
 using LineSink = std::function<void(std::string_view)>;
 
 struct InboxSettings {
@@ -34,8 +34,8 @@ struct InboxSettings {
 class InboxServer {
  public:
   /// Listens at once; clients that connect before run() wait. `lines` gets a line for each report
-  /// that is kept and each fault of the database, from any thread. Throws MachineFault when the
-  /// address or the data folder cannot be had.
+  /// that is in the database and each fault of the database, from any thread. Throws MachineFault
+  /// when the address or the data folder cannot be had.
   InboxServer(const InboxSettings& settings, LineSink lines);
 
   /// "http://127.0.0.1:8025"

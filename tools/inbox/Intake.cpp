@@ -1,9 +1,7 @@
 #include "tools/inbox/Intake.h"
 
-#include <future>
 #include <utility>
 
-#include "tools/inbox/ReportContent.h"
 #include "tools/inbox/store/PackedText.h"
 
 namespace zt::inbox {
@@ -11,17 +9,12 @@ namespace zt::inbox {
 namespace {
 
 NewReport newReport(const Incoming& incoming) {
-  ReportContent content = readContent(incoming.body);
   NewReport report;
-  report.report.identity = std::move(content.identity);
-  report.report.result = std::move(content.result);
-  report.report.duration = content.duration;
-  report.report.size = incoming.body.size();
+  report.read(incoming.body);
   report.report.sender = incoming.sender;
   report.report.test = incoming.test;
   report.head = incoming.head;
   report.packedBody = packed(incoming.body);
-  report.steps = std::move(content.steps);
   return report;
 }
 
@@ -30,16 +23,11 @@ NewReport newReport(const Incoming& incoming) {
 Reaction Intake::receive(const Incoming& incoming) {
   NewReport report = newReport(incoming);
 
-  Reaction reaction;
-  std::future<void> kept;
-  {
-    const std::lock_guard lock(_order);
-    reaction = _behaviour.next();
-    report.report.answer = reaction.answer;
-    report.report.received = std::chrono::system_clock::now();
-    kept = _store.add(std::move(report));
-  }
-  kept.get();
+  const std::lock_guard lock(_order);
+  const Reaction reaction = _behaviour.next();
+  report.report.answer = reaction.answer;
+  report.report.received = std::chrono::system_clock::now();
+  _store.add(std::move(report));
   return reaction;
 }
 

@@ -15,9 +15,11 @@ class LineOutput {
   /// `descriptor` stays the caller's.
   explicit LineOutput(int descriptor) : _descriptor(descriptor) {}
 
-  void write(std::string_view line);
+  /// One line or several, the last one without its line end.
+  void write(std::string_view lines);
 
  private:
+  void writePart(std::string_view lines);
   bool isReady() const;
   void writeAll(std::string_view bytes) const;
 

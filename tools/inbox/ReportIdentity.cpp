@@ -97,6 +97,7 @@ class LineReader {
   void read(std::string_view report) {
     Lines lines(report);
     while (lines.next()) {
+      if (!mayCount(lines.line())) continue;
       const std::size_t tagAt = blanksBefore(lines.line());
       if (tagAt == lines.line().size() || lines.line()[tagAt] != '<') continue;
       if (_amongPools) {
@@ -119,6 +120,12 @@ class LineReader {
       _seen[i] = true;
       _identity.*kHeaders[i].value = valueOnLine(lines, tagAt, kHeaders[i]);
     }
+  }
+
+  /// Most lines are fields, which stand deeper than the pools and are passed over at a glance.
+  bool mayCount(std::string_view line) const {
+    if (_identity.pools.empty()) return true;
+    return line.size() > _indent.size() && line[_indent.size()] == '<';
   }
 
   /// All pools of a report are indented alike; a value of several lines that quotes a report is

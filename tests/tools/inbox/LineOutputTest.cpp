@@ -38,13 +38,25 @@ class Pipe {
   Fd _writeEnd;
 };
 
-TEST(LineOutputTest, WritesEachLineAtOnce) {
+TEST(LineOutputTest, WritesALineAtOnce) {
   const Pipe pipe;
   LineOutput output(pipe.writeEnd());
   output.write("one");
   EXPECT_EQ(pipe.readAll(), "one\n");
   output.write("two");
   EXPECT_EQ(pipe.readAll(), "two\n");
+}
+
+TEST(LineOutputTest, WritesManyLinesTogether) {
+  const Pipe pipe;
+  LineOutput output(pipe.writeEnd());
+  std::string lines;
+  for (int i = 1'000; i < 3'000; ++i) lines += "line " + std::to_string(i) + "\n";
+  output.write(std::string_view(lines).substr(0, lines.size() - 1));
+  EXPECT_EQ(pipe.readAll(), lines);
+  const std::string longOne(5'000, 'x');
+  output.write(longOne + "\nshort");
+  EXPECT_EQ(pipe.readAll(), longOne + "\nshort\n");
 }
 
 TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
@@ -54,10 +66,10 @@ TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
   while (::write(pipe.writeEnd(), filling.data(), filling.size()) > 0) {
   }
   output.write("lost");
-  output.write("lost too");
+  output.write("lost too\nand lost");
   EXPECT_EQ(pipe.readAll().find("lost"), std::string::npos);
   output.write("back");
-  EXPECT_EQ(pipe.readAll(), "(2 lines left out)\nback\n");
+  EXPECT_EQ(pipe.readAll(), "(3 lines left out)\nback\n");
   output.write("again");
   EXPECT_EQ(pipe.readAll(), "again\n");
 }

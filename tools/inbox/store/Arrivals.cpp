@@ -1,11 +1,13 @@
 #include "tools/inbox/store/Arrivals.h"
 
+#include <algorithm>
+
 namespace zt::inbox {
 
 void Arrivals::add(std::uint64_t number) {
   {
     const std::lock_guard lock(_mutex);
-    _lastNumber = number;
+    _lastNumber = std::max(_lastNumber, number);
     ++_count;
   }
   _changed.notify_all();

@@ -13,6 +13,7 @@ class Arrivals {
  public:
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
+  /// In any order of the numbers.
   void add(std::uint64_t number);
   /// Counts from 0 again.
   void clear();

@@ -47,7 +47,6 @@ std::int64_t Database::number(std::string_view query) {
   return statement.next() ? statement.integer(0) : 0;
 }
 
-std::int64_t Database::lastRowId() const { return sqlite3_last_insert_rowid(handle()); }
 std::int64_t Database::changes() const { return sqlite3_changes64(handle()); }
 bool Database::isInTransaction() const { return sqlite3_get_autocommit(handle()) == 0; }
 

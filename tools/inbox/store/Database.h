@@ -34,7 +34,6 @@ class Database {
   /// The one number that `query` gives.
   std::int64_t number(std::string_view query);
 
-  std::int64_t lastRowId() const;
   /// How many rows the last statement inserted, changed or deleted.
   std::int64_t changes() const;
   bool isInTransaction() const;

@@ -10,7 +10,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kQuietMoment{20};
-constexpr std::chrono::milliseconds kLongestBackgroundPause{200};
+constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
 
 }  // namespace
 

@@ -2,6 +2,8 @@
 
 #include <lz4.h>
 
+#include <memory>
+
 #include "tools/inbox/store/Database.h"
 
 namespace zt::inbox {
@@ -9,11 +11,10 @@ namespace zt::inbox {
 std::string packed(std::string_view text) {
   // A request has 64 MiB at most.
   const int size = static_cast<int>(text.size());
-  std::string bytes(static_cast<std::size_t>(LZ4_compressBound(size)), '\0');
-  const int count =
-      LZ4_compress_default(text.data(), bytes.data(), size, static_cast<int>(bytes.size()));
-  bytes.resize(static_cast<std::size_t>(count));
-  return bytes;
+  const int room = LZ4_compressBound(size);
+  const auto bytes = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(room));
+  const int count = LZ4_compress_default(text.data(), bytes.get(), size, room);
+  return {bytes.get(), static_cast<std::size_t>(count)};
 }
 
 std::string unpacked(std::string_view bytes, std::size_t size) {

@@ -26,9 +26,9 @@ const char* const kReportColumns =
 ReportWriter::ReportWriter(Database& database)
     : _database(database),
       _insertReport(database,
-                    "INSERT INTO reports (received, test, answer, sender, size, report_id,"
+                    "INSERT INTO reports (number, received, test, answer, sender, size, report_id,"
                     " machine_id, customer_id, application_id, application_version, result,"
-                    " duration) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+                    " duration) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       _insertBody(database, "INSERT INTO bodies (report, head, body) VALUES (?, ?, ?)"),
       _insertPool(database,
                   "INSERT INTO pools (report, position, type, first) VALUES (?, ?, ?, ?)"),
@@ -58,12 +58,11 @@ void ReportWriter::insert(NewReport& incoming) {
     _duplicate.reset();
   }
   const std::string answer = answerWord(report.answer);
-  _insertReport.run(milliseconds(report.received), report.test, answer, report.sender,
+  const std::uint64_t number = report.number;
+  _insertReport.run(number, milliseconds(report.received), report.test, answer, report.sender,
                     std::uint64_t{report.size}, identity.reportId, identity.machineId,
                     identity.customerId, identity.applicationId, identity.applicationVersion,
                     report.result, count(report.duration));
-  const std::int64_t number = _database.lastRowId();
-  report.number = static_cast<std::uint64_t>(number);
   _insertBody.run(number, incoming.head, incoming.packedBody);
   std::unordered_set<std::string_view> seen;
   std::int64_t position = 0;

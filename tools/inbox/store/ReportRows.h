@@ -7,18 +7,10 @@
 #include <vector>
 
 #include "tools/inbox/Report.h"
-#include "tools/inbox/ReportContent.h"
 #include "tools/inbox/store/Database.h"
+#include "tools/inbox/store/NewReport.h"
 
 namespace zt::inbox {
-
-/// A report on its way into the store.
-struct NewReport {
-  Report report;  ///< its number, duplicateOf and read are given by the store
-  std::string head;
-  std::string packedBody;  ///< of report.size bytes
-  std::vector<StepDuration> steps;
-};
 
 /// Writes the rows of reports, with statements that are compiled once. All within a transaction of
 /// the caller's. The full-text index is left to the SearchIndexer, which is told.
@@ -26,7 +18,7 @@ class ReportWriter {
  public:
   explicit ReportWriter(Database& database);
 
-  /// Sets the report's number, and of which one it is a duplicate.
+  /// Under the report's own number. Sets of which one it is a duplicate.
   void insert(NewReport& incoming);
   /// Removes all of the report; false when it is not there.
   bool remove(std::uint64_t number);

@@ -26,6 +26,19 @@ std::uint64_t lastNumber(Database& database) {
       database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
 }
 
+/// Files what an earlier run kept and did not get to file. The number of the last report.
+std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
+  auto reports = journal.after(lastNumber(database));
+  if (!reports.empty()) {
+    database.run("BEGIN IMMEDIATE");
+    for (NewReport& report : reports) writer.insert(report);
+    database.run("COMMIT");
+    saveNow(database);
+  }
+  journal.clear();
+  return lastNumber(database);
+}
+
 }  // namespace
 
 ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener)
@@ -35,33 +48,44 @@ ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener
       _writing(openForWriting(_folder.databaseFile())),
       _writer(_writing),
       _indexer(_writing),
-      _arrivals(lastNumber(_writing)),
+      _journal(_folder.path()),
+      _arrivals(catchUp(_journal, _writing, _writer)),
       _readers(_folder.databaseFile()),
       _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
-                          [this] { saveNow(_writing); }}) {
+                          [this] { saveNow(_writing); }}),
+      _filing(_journal, _arrivals.lastNumber(),
+              [this](std::vector<NewReport>& reports) { file(reports); }) {
   _commits.add({[this] { recount(); }, {}});
   trim();
 }
 
-std::future<void> ReportStore::add(NewReport incoming) {
-  const auto report = std::make_shared<NewReport>(std::move(incoming));
-  const auto keep = [this, report] {
-    _writer.insert(*report);
-    ++_count;
-    const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
-    if (oldest && _writer.remove(*oldest)) --_count;
+void ReportStore::add(NewReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
+
+void ReportStore::file(std::vector<NewReport>& reports) {
+  const auto insert = [this, &reports] {
+    for (NewReport& report : reports) {
+      _writer.insert(report);
+      ++_count;
+      const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
+      if (oldest && _writer.remove(*oldest)) --_count;
+    }
   };
-  const auto tell = [this, report] {
-    _arrivals.add(report->report.number);
-    if (_listener) _listener(report->report);
+  const auto tell = [this, &reports] {
+    if (_listener) _listener(reports);
   };
-  return _commits.add({keep, tell});
+  _commits.run({insert, tell});
+}
+
+/// A connection that knows all reports that were added before.
+Readers::Lease ReportStore::readAll() {
+  _filing.fileAll();
+  return Readers::Lease(_readers);
 }
 
 std::vector<Report> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
                                          " ORDER BY " + filter.order() + " DESC LIMIT " +
                                          std::to_string(limit));
@@ -72,7 +96,7 @@ std::vector<Report> ReportStore::list(const ReportFilter& wanted, std::size_t li
 }
 
 std::vector<Report> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
                                          " FROM reports r WHERE r.number > ?"
                                          " ORDER BY r.number LIMIT ?");
@@ -91,7 +115,7 @@ std::optional<Report> ReportStore::find(std::uint64_t number) {
 }
 
 std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   Statement select(
       lease.database(),
       "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
@@ -104,7 +128,7 @@ std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
 
 std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
                                                      std::size_t limit) {
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   Statement select(lease.database(),
                    "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
                    " ORDER BY number LIMIT ?");
@@ -117,12 +141,13 @@ std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId
 
 Statistics ReportStore::statistics(const ReportFilter& filter) {
   if (filter.text) indexUpTo(_arrivals.lastNumber());
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   return readStatistics(lease.database(), filter);
 }
 
 bool ReportStore::remove(std::uint64_t number) {
   bool removed = false;
+  _filing.fileAll();
   _commits.run({[this, number, &removed] {
                   removed = _writer.remove(number);
                   if (removed) --_count;
@@ -154,6 +179,7 @@ std::size_t ReportStore::remove(const ReportFilter& filter) {
 
 std::size_t ReportStore::clear() {
   std::size_t cleared = 0;
+  _filing.fileAll();
   _commits.run({[this, &cleared] {
                   cleared = _count;
                   deleteEverything(_writing);
@@ -169,6 +195,7 @@ std::size_t ReportStore::clear() {
 
 bool ReportStore::setRead(std::uint64_t number, bool read) {
   bool found = false;
+  _filing.fileAll();
   _commits.run({[this, number, read, &found] { found = _writer.setRead(number, read); }, {}});
   if (found) _arrivals.addChange();
   return found;
@@ -214,6 +241,7 @@ void ReportStore::trim() {
 }
 
 void ReportStore::indexUpTo(std::uint64_t number) {
+  _filing.fileAll();
   const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
   while (std::chrono::steady_clock::now() < end) {
     {
@@ -227,7 +255,7 @@ void ReportStore::indexUpTo(std::uint64_t number) {
 std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  Readers::Lease lease(_readers);
+  Readers::Lease lease = readAll();
   Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
                                          filter.order() + " DESC LIMIT " + std::to_string(limit));
   std::vector<std::uint64_t> found;

@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,7 +11,9 @@
 #include "tools/inbox/Report.h"
 #include "tools/inbox/store/Arrivals.h"
 #include "tools/inbox/store/DataFolder.h"
+#include "tools/inbox/store/Filing.h"
 #include "tools/inbox/store/GroupCommit.h"
+#include "tools/inbox/store/Journal.h"
 #include "tools/inbox/store/Readers.h"
 #include "tools/inbox/store/ReportFilter.h"
 #include "tools/inbox/store/ReportRows.h"
@@ -22,21 +23,21 @@
 namespace zt::inbox {
 
 /// The reports, in an SQLite database of its own folder: the newest `most` of them. What was added
-/// is committed before anybody is told so: no end of the program can undo it, and moments later no
-/// power failure either. Nothing of a report stays in memory. Any thread may
-/// call it; every operation throws DatabaseFault when the database fails.
+/// is in the journal before anybody is told so, and moments later in the database: no end of the
+/// program can undo it, and soon no power failure either. Nothing of a report in the database stays
+/// in memory. Any thread may call it; every operation throws DatabaseFault when the database fails.
 class ReportStore {
  public:
-  /// Gets each report once it is kept, in the order of their numbers, from one thread.
-  using Listener = std::function<void(const Report&)>;
+  /// Gets the reports once they are in the database, those of a transaction together, in the order
+  /// of their numbers, from one thread. Not those that an earlier run kept.
+  using Listener = std::function<void(const std::vector<NewReport>&)>;
 
   /// Throws MachineFault when the folder or what is in it cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});
 
-  /// Takes `incoming` in under the next number; the oldest one goes when there are too many.
-  /// Reports get their numbers in the order of the calls. The future is ready once the report is
-  /// kept and the listener was told, and throws when it cannot be kept.
-  std::future<void> add(NewReport incoming);
+  /// Takes `incoming` in under the next number; the oldest one goes when there are too many. Once
+  /// it returns, the report is kept, and whatever is asked for below knows it.
+  void add(NewReport incoming);
 
   /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
   /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
@@ -65,8 +66,10 @@ class ReportStore {
   const Arrivals& arrivals() const { return _arrivals; }
 
  private:
+  void file(std::vector<NewReport>& reports);
   void recount();
   void trim();
+  Readers::Lease readAll();
   void indexUpTo(std::uint64_t number);
   std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
@@ -77,9 +80,11 @@ class ReportStore {
   ReportWriter _writer;
   SearchIndexer _indexer;
   std::size_t _count = 0;  ///< of the writing thread
+  Journal _journal;
   Arrivals _arrivals;
   Readers _readers;
-  GroupCommit _commits;  ///< last: its thread uses all of the above
+  GroupCommit _commits;  ///< its thread uses all of the above
+  Filing _filing;        ///< last: its thread uses all of the above
 };
 
 }  // namespace zt::inbox

@@ -31,7 +31,7 @@ class DamagedDataTest : public ::testing::Test {
       const std::string text(5'000, static_cast<char>('a' + i % 20));
       report.report.size = text.size();
       report.packedBody = zt::inbox::packed(text);
-      store.add(report).get();
+      store.add(report);
     }
   }
 

@@ -45,9 +45,9 @@ class ReportStoreTest : public ::testing::Test {
  protected:
   std::string folder() const { return _folder.path("data"); }
 
-  /// Adds it, waits for it and returns it as the listener got it.
+  /// Adds it and returns it as it is listed.
   static Report add(ReportStore& store, NewReport report) {
-    store.add(std::move(report)).get();
+    store.add(std::move(report));
     return store.list({}, 1).front();
   }
 
@@ -81,7 +81,7 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   report.report.duration = milliseconds(5'000);
   {
     ReportStore store(folder(), 10);
-    store.add(report).get();
+    store.add(report);
   }
   ReportStore store(folder(), 10);
   const auto kept = store.find(1);
@@ -140,7 +140,7 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   sample.value = "Apple";
   NewReport report = newReport(sample);
   report.report.received = zt::inbox::Moment(milliseconds(1'000));
-  store.add(report).get();
+  store.add(report);
   sample.applicationId = "{OTHER}";
   sample.machineId = "{M}";
   sample.pools = {"CUSTOM", "DISKS"};
@@ -148,7 +148,7 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   report = newReport(sample);
   report.report.received = zt::inbox::Moment(milliseconds(2'000));
   report.report.test = true;
-  store.add(report).get();
+  store.add(report);
   EXPECT_TRUE(store.setRead(2, true));
 
   const auto at = [](int time) { return zt::inbox::Moment(milliseconds(time)); };
@@ -273,7 +273,7 @@ TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
 TEST_F(ReportStoreTest, RemovesWhatIsFound) {
   ReportStore store(folder(), 1'000);
   for (int i = 1; i <= 450; ++i) {
-    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other"))).get();
+    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other")));
   }
   EXPECT_EQ(store.remove(ReportFilter{.customer = "nobody"}), 0U);
   EXPECT_EQ(store.remove(ReportFilter{.customer = "other", .before = 449}), 299U);
@@ -296,14 +296,16 @@ TEST_F(ReportStoreTest, MarksReportsAsRead) {
   EXPECT_EQ(numbersOf(store, {.read = false}), (Numbers{2, 1}));
 }
 
-TEST_F(ReportStoreTest, TheListenerGetsEveryReportInOrderOnceItIsKept) {
+TEST_F(ReportStoreTest, TheListenerGetsEveryReportInOrder) {
   std::vector<Report> told;
   {
-    ReportStore store(folder(), 1'000, [&told](const Report& report) { told.push_back(report); });
+    ReportStore store(folder(), 1'000, [&told](const std::vector<NewReport>& reports) {
+      for (const NewReport& report : reports) told.push_back(report.report);
+    });
     std::vector<std::thread> adding;
     for (int thread = 0; thread < 4; ++thread) {
       adding.emplace_back([&store] {
-        for (int i = 0; i < 25; ++i) store.add(newReportWithId("a")).get();
+        for (int i = 0; i < 25; ++i) store.add(newReportWithId("a"));
       });
     }
     for (std::thread& thread : adding) thread.join();
@@ -360,7 +362,7 @@ TEST_F(ReportStoreTest, CountsForTheCharts) {
     report.report.size = 10;
     report.steps = {{"Copy", std::chrono::seconds(row.seconds)}};
     if (row.seconds > 1) report.steps.push_back({"Check", milliseconds(7)});
-    store.add(report).get();
+    store.add(report);
   }
   store.setRead(1, true);
   const zt::inbox::Statistics all = store.statistics({});
