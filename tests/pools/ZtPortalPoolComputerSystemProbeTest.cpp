@@ -133,6 +133,15 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, AsksForClientsBeforeBrowsersInTheOrd
                    "org.mozilla.firefox", "com.operasoftware.Opera", "com.google.Chrome"}));
 }
 
+TEST_F(ZtPortalPoolComputerSystemProbeTest, ItsQuestionsAreBegunBesideTheShellsAnswer) {
+  Texts begun;
+  _platform.childProcess_.onRun = [&] { begun = _platform.installedApplications_.begun; };
+  probed();
+  EXPECT_EQ(begun, (Texts{"com.apple.mail", "org.mozilla.thunderbird", "com.microsoft.Entourage",
+                          "com.microsoft.Outlook", "com.apple.Safari", "org.mozilla.firefox",
+                          "com.operasoftware.Opera", "com.google.Chrome", "mailto:", "http:"}));
+}
+
 TEST_F(ZtPortalPoolComputerSystemProbeTest, TheDefaultIsToldByWhatAnApplicationCallsItself) {
   auto& applications = _platform.installedApplications_;
   applications.install("org.mozilla.firefox", "/apps/Fx", "Firefox", "128");
