@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <cstdint>
 #include <optional>
@@ -56,6 +57,21 @@ bool isBetweenBlanks(std::string_view source, const Token& token) {
   const std::size_t end = token.begin + token.text.size();
   return token.begin > 0 && kBlanks.find(source[token.begin - 1]) != std::string_view::npos &&
          end < source.size() && kBlanks.find(source[end]) != std::string_view::npos;
+}
+
+/// A literal with its last letter or digit changed to another of the same kind, so that it still
+/// has its form; one with neither begins with an X.
+std::string endedDifferently(std::string_view literal) {
+  std::string text(literal);
+  for (std::size_t at = text.size() - 1; at > 1; --at) {
+    char& byte = text[at - 1];
+    const bool isPlain = std::isalnum(static_cast<unsigned char>(byte)) != 0;
+    if (!isPlain || text[at - 2] == '\\') continue;
+    constexpr std::string_view kLastOfTheirKind = "9FZz";
+    byte += static_cast<char>(kLastOfTheirKind.find(byte) == std::string_view::npos ? 1 : -1);
+    return text;
+  }
+  return text.replace(1, text[1] == '\\' ? 2 : 1, "X");
 }
 
 class Finder {
@@ -115,10 +131,9 @@ class Finder {
   void addTexts(const Token& token) {
     if (token.text == "\"\"") return add(token, "\"X\"");
     if (token.kind == TokenKind::Character) return add(token, "'X'");
-    if (token.text.front() != '"') return;
+    if (token.text.front() != '"') return;  // a raw one
     add(token, "\"\"");
-    const std::size_t firstSize = token.text[1] == '\\' ? 2 : 1;
-    add(token, "\"X" + std::string(token.text.substr(1 + firstSize)));
+    add(token, endedDifferently(token.text));
   }
 
   /// The statement that begins with a token, if one does.

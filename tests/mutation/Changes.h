@@ -15,7 +15,7 @@ struct Change {
 };
 
 /// All changes of `source`, in its order: operators turned around, constants one more and one less,
-/// texts emptied and begun differently, statements dropped. A statement keeps its line ends. Some
+/// texts emptied and changed in a letter, statements dropped. A statement keeps its line ends. Some
 /// do not compile.
 std::vector<Change> changesOf(std::string_view source);
 

@@ -59,7 +59,9 @@ TEST(MutationChangesTest, ChangesConstants) {
 
 TEST(MutationChangesTest, ChangesTexts) {
   EXPECT_EQ(changedTexts(R"("")"), (Texts{R"("X")"}));
-  EXPECT_EQ(changedTexts(R"("a // \" b")"), (Texts{R"("")", R"("X // \" b")"}));
+  EXPECT_EQ(changedTexts(R"("a // \" b")"), (Texts{R"("")", R"("a // \" c")"}));
+  EXPECT_EQ(changedTexts(R"("</A9F}\r\n")"), (Texts{R"("")", R"("</A9E}\r\n")"}));
+  EXPECT_EQ(changedTexts(R"("{19}")"), (Texts{R"("")", R"("{18}")"}));
   EXPECT_EQ(changedTexts(R"("\r\n")"), (Texts{R"("")", R"("X\n")"}));
   EXPECT_EQ(changedTexts(R"('"')"), (Texts{"'X'"}));
   EXPECT_EQ(changedTexts(R"('\'')"), (Texts{"'X'"}));

@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <memory>
 #include <string>
 
@@ -134,6 +135,14 @@ TEST_F(ZtPortalDataTextTest, WritesTheValuesOfTheMomentAsOftenAsItIsAsked) {
   EXPECT_EQ(document->getSoapString(), requestOf(*document));
   document->pools().front()->setPoolType("OTHER");
   EXPECT_THAT(document->getSoapString(), HasSubstr("Pool=\"OTHER\">"));
+}
+
+TEST_F(ZtPortalDataTextTest, HasRoomForAUsualReportFromTheStart) {
+  const auto document = makeDocumentWithPool();
+  constexpr std::size_t kUsual = std::size_t{64} * 1024;
+  const std::size_t room = document->generateXml(nullptr, false).capacity();
+  EXPECT_GE(room, kUsual);
+  EXPECT_LT(room, 2 * kUsual);
 }
 
 TEST_F(ZtPortalDataTextTest, HasNoTextWithoutPools) {
