@@ -68,7 +68,8 @@ std::string endedDifferently(std::string_view literal) {
     const bool isPlain = std::isalnum(static_cast<unsigned char>(byte)) != 0;
     if (!isPlain || text[at - 2] == '\\') continue;
     constexpr std::string_view kLastOfTheirKind = "9FZz";
-    byte += static_cast<char>(kLastOfTheirKind.find(byte) == std::string_view::npos ? 1 : -1);
+    const bool isLast = kLastOfTheirKind.find(byte) != std::string_view::npos;
+    byte = static_cast<char>(isLast ? byte - 1 : byte + 1);
     return text;
   }
   return text.replace(1, text[1] == '\\' ? 2 : 1, "X");
