@@ -106,7 +106,7 @@ TEST_F(OutOfMemoryTest, RecordsNeedMemoryForOneOfThemHoweverManyThereAre) {
   for (int step = 0; step < 100; ++step) {
     pool->addStep(ZtDate(), "Step", 0);
     const auto write = [&] { pool->addToXml(prefix, xml, true); };
-    EXPECT_EQ(failUntilItSucceeds(write, [] {}), kAllocations) << step;
+    EXPECT_LE(failUntilItSucceeds(write, [] {}), kAllocations) << step;
     xml.clear();
   }
 }
