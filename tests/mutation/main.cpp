@@ -1,4 +1,5 @@
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <fstream>
@@ -58,7 +59,8 @@ void printOrder(std::uint64_t seed, std::span<char* const> files) {
 
 void printChanged(const std::string& path, std::uint64_t number) {
   const std::string source = contentOf(path);
-  std::cout << changed(source, zt::mutation::changesOf(source).at(number));
+  std::cout << changed(source,
+                       zt::mutation::changesOf(source).at(static_cast<std::size_t>(number)));
 }
 
 }  // namespace

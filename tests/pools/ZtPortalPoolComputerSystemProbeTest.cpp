@@ -190,9 +190,7 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, TheHomeFolderReachesTheShellAsItIs) 
 }
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, TheGroups80And20AreAdministratorsAndNoOther) {
-  for (const char* answer : {"80", "20", "80\n", " \t20 \r\n",
-                             "\xC2\xA0"
-                             "80\n"}) {
+  for (const char* answer : {"80", "20", "80\n", " \t20 \r\n", "\302\24080\n"}) {
     EXPECT_TRUE(isAdmin(answer)) << answer;
   }
   for (const char* answer :

@@ -143,7 +143,7 @@ class FakeInstalledApplications final : public InstalledApplications {
       std::span<const std::string_view> urls) override {
     begun.insert(begun.end(), bundleIdentifiers.begin(), bundleIdentifiers.end());
     begun.insert(begun.end(), urls.begin(), urls.end());
-    return nullptr;
+    return InstalledApplications::prepared(bundleIdentifiers, urls);
   }
 
   /// An application that is found by its own identifier.
