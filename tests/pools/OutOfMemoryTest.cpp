@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tests/pools/PoolsFixture.h"
+#include "ztportal/pools/ZtPortalPoolDiagnose.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 
 namespace {
@@ -94,6 +95,20 @@ TEST_F(OutOfMemoryTest, WhileWritingLeavesThePoolAsItWas) {
                           [&] { EXPECT_EQ(pool->startPoint().view().size(), 1000U); });
   EXPECT_GT(failures, 5);
   EXPECT_EQ(written(*pool, "    ", true), expected);
+}
+
+TEST_F(OutOfMemoryTest, RecordsNeedMemoryForOneOfThemHoweverManyThereAre) {
+  const auto pool = ZtPortalPoolDiagnose::initWithValues(ZtDate());
+  const ZtString prefix = "    ";
+  std::string xml;
+  xml.reserve(std::size_t{1024} * 1024);
+  constexpr int kAllocations = 4;  // at most, whatever the number of records
+  for (int step = 0; step < 100; ++step) {
+    pool->addStep(ZtDate(), "Step", 0);
+    const auto write = [&] { pool->addToXml(prefix, xml, true); };
+    EXPECT_LE(failUntilItSucceeds(write, [] {}), kAllocations) << step;
+    xml.clear();
+  }
 }
 
 }  // namespace

@@ -217,6 +217,21 @@ TEST_F(PoolWriterTest, WritesRecordsPlain) {
             "    </Field>\r\n");
 }
 
+TEST_F(PoolWriterTest, TheNameOfARecordsFieldMayBeLong) {
+  const std::string name(10'000, 'n');
+  PoolWriter pool("", _xml, false);
+  pool.records("LIST", ShortRecords{std::make_shared<ShortRecord>(ShortRecord{name, "first"}),
+                                    std::make_shared<ShortRecord>(ShortRecord{name, "second"})});
+  std::string expected = "old    <Field FieldType=\"array\">\r\n      <Name>LIST</Name>\r\n";
+  for (const char* value : {"first", "second"}) {
+    expected.append("      <Fields>\r\n        <Field FieldType=\"string\">\r\n");
+    expected.append("          <Name>").append(name).append("</Name>\r\n");
+    expected.append("          <Value>").append(value).append("</Value>\r\n");
+    expected.append("        </Field>\r\n      </Fields>\r\n");
+  }
+  EXPECT_EQ(_xml, expected + "    </Field>\r\n");
+}
+
 TEST_F(PoolWriterTest, AnEmptyListOfRecordsWritesNothing) {
   PoolWriter pool("", _xml, true);
   pool.records("LIST", Records{});

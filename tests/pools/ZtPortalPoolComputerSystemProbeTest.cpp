@@ -133,6 +133,15 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, AsksForClientsBeforeBrowsersInTheOrd
                    "org.mozilla.firefox", "com.operasoftware.Opera", "com.google.Chrome"}));
 }
 
+TEST_F(ZtPortalPoolComputerSystemProbeTest, ItsQuestionsAreBegunBesideTheShellsAnswer) {
+  Texts begun;
+  _platform.childProcess_.onRun = [&] { begun = _platform.installedApplications_.begun; };
+  probed();
+  EXPECT_EQ(begun, (Texts{"com.apple.mail", "org.mozilla.thunderbird", "com.microsoft.Entourage",
+                          "com.microsoft.Outlook", "com.apple.Safari", "org.mozilla.firefox",
+                          "com.operasoftware.Opera", "com.google.Chrome", "mailto:", "http:"}));
+}
+
 TEST_F(ZtPortalPoolComputerSystemProbeTest, TheDefaultIsToldByWhatAnApplicationCallsItself) {
   auto& applications = _platform.installedApplications_;
   applications.install("org.mozilla.firefox", "/apps/Fx", "Firefox", "128");
@@ -181,9 +190,7 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, TheHomeFolderReachesTheShellAsItIs) 
 }
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, TheGroups80And20AreAdministratorsAndNoOther) {
-  for (const char* answer : {"80", "20", "80\n", " \t20 \r\n",
-                             "\xC2\xA0"
-                             "80\n"}) {
+  for (const char* answer : {"80", "20", "80\n", " \t20 \r\n", "\302\24080\n"}) {
     EXPECT_TRUE(isAdmin(answer)) << answer;
   }
   for (const char* answer :

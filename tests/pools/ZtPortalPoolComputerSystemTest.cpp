@@ -130,6 +130,14 @@ TEST_F(ZtPortalPoolComputerSystemTest, TheSameBrowserTwiceIsListedTwiceInCallOrd
   EXPECT_EQ(written(*_pool, "", true), firewallOff(text).endPool());
 }
 
+TEST_F(ZtPortalPoolComputerSystemTest, WhetherAnApplicationIsTheStandardOneIsKeptAsGiven) {
+  for (const int value : {0, 1, 2, -1}) {
+    const auto given = static_cast<ZtBOOL>(value);
+    EXPECT_EQ(_pool->addBrowser("Firefox", "128.3", given)->isStandard(), given);
+    EXPECT_EQ(_pool->addEMailClient("Thunderbird", "115", given)->isStandard(), given);
+  }
+}
+
 TEST_F(ZtPortalPoolComputerSystemTest, AFirewallNeverChangedHasNoCompanyAndIsNotEnabled) {
   const auto app = _pool->addFirewallApp("firewalld", "1.3.3");
   EXPECT_EQ(app->appCompany(), "");

@@ -97,12 +97,19 @@ TEST_F(ZtReportTest, EveryCustomerHasItsUrlAndDefaultId) {
     std::string_view text;
     const ZtString& url;
     std::string_view file;
-  } rows[] = {{REP_CUSTOMERID_ZT, "Kelvane", REP_URL_ZT, "kelvane"},
-              {REP_CUSTOMERID_NORVANTEL, "Norvantel", REP_URL_NORVANTEL, "norvantel"},
-              {REP_CUSTOMERID_BRISALINK, "Brisalink", REP_URL_BRISALINK, "brisalink"},
-              {REP_CUSTOMERID_CAVOMEDIA, "cavomedia", REP_URL_CAVOMEDIA, "cavomedia"},
-              {REP_CUSTOMERID_QUILLNET, "Quillnet", REP_URL_QUILLNET, "quillnet"}};
-  std::set<std::string> ids;
+    std::string_view applicationId;
+  } rows[] = {
+      {REP_CUSTOMERID_ZT, "Kelvane", REP_URL_ZT, "kelvane",
+       "{51414B0C-9B14-4AE3-AEAF-77084476EDED-AD32-B53E40FB73D93A3C}"},
+      {REP_CUSTOMERID_NORVANTEL, "Norvantel", REP_URL_NORVANTEL, "norvantel",
+       "{4AC1FFA7-0D5B-4B01-82CF-4A7F3D8C7A31}"},
+      {REP_CUSTOMERID_BRISALINK, "Brisalink", REP_URL_BRISALINK, "brisalink",
+       "{9D5A644A-C47F-46E1-957B-59702FFEE53A}"},
+      {REP_CUSTOMERID_CAVOMEDIA, "cavomedia", REP_URL_CAVOMEDIA, "cavomedia",
+       "{55F8F5AD-4F4C-4935-B4D4-4A72885500BA}"},
+      {REP_CUSTOMERID_QUILLNET, "Quillnet", REP_URL_QUILLNET, "quillnet",
+       "{3A261E04-A188-45CB-9783-32CFE041B4A3}"},
+  };
   for (const auto& row : rows) {
     EXPECT_EQ(row.id, row.text);
     EXPECT_EQ(row.url, "http://config.kelvane.example/reporting/" + std::string(row.file) + ".xml");
@@ -110,16 +117,7 @@ TEST_F(ZtReportTest, EveryCustomerHasItsUrlAndDefaultId) {
     ASSERT_NE(facade, nullptr) << row.text;
     EXPECT_EQ(facade->customerId(), row.text);
     EXPECT_EQ(facade->url(), row.url);
-    const std::string id(facade->appId().view());
-    const std::string form = row.text == "Kelvane"
-                                 ? "{########-####-####-####-############-####-################}"
-                                 : "{########-####-####-####-############}";
-    std::string shape = id;
-    for (char& byte : shape) {
-      if ((byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'F')) byte = '#';
-    }
-    EXPECT_EQ(shape, form);
-    EXPECT_TRUE(ids.insert(id).second) << id << " twice";
+    EXPECT_EQ(facade->appId(), row.applicationId);
   }
 }
 
@@ -289,26 +287,37 @@ TEST_F(ZtReportTest, WithoutADocumentOrFactsItDoesNothing) {
   EXPECT_TRUE(steps.empty());
 }
 
-TEST_F(ZtReportTest, ApplicationIdsAreGuidsOfTheirOwn) {
-  const ZtString* const all[] = {
-      &REP_APPID_ZT_INSTALLER,         &REP_APPID_ZT_SETUPASSISTANT,
-      &REP_APPID_ZT_REPAIRTOOL,        &REP_APPID_ZT_CONNECTIONMANAGER,
-      &REP_APPID_NORVANTEL_INSTALLER,  &REP_APPID_NORVANTEL_SETUPASSISTANT,
-      &REP_APPID_NORVANTEL_REPAIRTOOL, &REP_APPID_NORVANTEL_CONNECTIONMANAGER,
-      &REP_APPID_BRISALINK_INSTALLER,  &REP_APPID_BRISALINK_SETUPASSISTANT,
-      &REP_APPID_BRISALINK_REPAIRTOOL, &REP_APPID_BRISALINK_CONNECTIONMANAGER,
-      &REP_APPID_CAVOMEDIA_INSTALLER,  &REP_APPID_CAVOMEDIA_SETUPASSISTANT,
-      &REP_APPID_CAVOMEDIA_REPAIRTOOL, &REP_APPID_CAVOMEDIA_CONNECTIONMANAGER,
-      &REP_APPID_QUILLNET_INSTALLER,   &REP_APPID_QUILLNET_SETUPASSISTANT,
-      &REP_APPID_QUILLNET_REPAIRTOOL,  &REP_APPID_QUILLNET_CONNECTIONMANAGER};
+TEST_F(ZtReportTest, ApplicationIdsAreThoseThatServersKnow) {
+  const struct {
+    const ZtString& id;
+    std::string_view text;
+  } rows[] = {
+      {REP_APPID_ZT_INSTALLER, "{F0862C47-59CA-4B15-9612-01F52E295C59}"},
+      {REP_APPID_ZT_SETUPASSISTANT, "{2B2A985D-6459-489A-A61D-3E68EB137814}"},
+      {REP_APPID_ZT_REPAIRTOOL, "{5326173B-AD35-4E00-A859-85C0DCE7A46E}"},
+      {REP_APPID_ZT_CONNECTIONMANAGER, "{063732DE-9D2C-4143-9EB6-D69E5EE35F62}"},
+      {REP_APPID_NORVANTEL_INSTALLER, "{6FEE95A9-E375-4E43-8405-3899B0FC3EE0}"},
+      {REP_APPID_NORVANTEL_SETUPASSISTANT, "{77B58678-657B-461D-9BA9-7F96BD5CCFC4}"},
+      {REP_APPID_NORVANTEL_REPAIRTOOL, "{B113641E-7657-4D4F-BDD9-182EF34EEC31}"},
+      {REP_APPID_NORVANTEL_CONNECTIONMANAGER, "{43019364-5F7A-4FBB-8E50-0779EEADE78A}"},
+      {REP_APPID_BRISALINK_INSTALLER, "{2269C39E-92B4-4E20-84C7-AFAA89837938}"},
+      {REP_APPID_BRISALINK_SETUPASSISTANT, "{D37D19D3-C258-4061-8D3F-BE9540A606E5}"},
+      {REP_APPID_BRISALINK_REPAIRTOOL, "{0AFE993C-2BA0-4FEF-A3BA-E2FBCA76E398}"},
+      {REP_APPID_BRISALINK_CONNECTIONMANAGER, "{90BD1D7A-BA7E-4BE8-B6CC-AD4EACDDFEBF}"},
+      {REP_APPID_CAVOMEDIA_INSTALLER, "{4D0FA742-7E13-40C1-8B4E-B388A30FB233}"},
+      {REP_APPID_CAVOMEDIA_SETUPASSISTANT, "{0D9C8737-0B09-4363-8E3A-372AA5E681CB}"},
+      {REP_APPID_CAVOMEDIA_REPAIRTOOL, "{8BAF2A4C-E64B-452C-B9B2-8514C183C5D2}"},
+      {REP_APPID_CAVOMEDIA_CONNECTIONMANAGER, "{1DF48E92-9FED-49F8-9AF3-45E050358972}"},
+      {REP_APPID_QUILLNET_INSTALLER, "{873BD530-C8AA-4642-ACDA-E01AA59DFAC6}"},
+      {REP_APPID_QUILLNET_SETUPASSISTANT, "{3B0392EF-2DCE-4C3E-8C4B-39F352463498}"},
+      {REP_APPID_QUILLNET_REPAIRTOOL, "{C062DA5F-0E91-4723-833D-C3E46EF783D1}"},
+      {REP_APPID_QUILLNET_CONNECTIONMANAGER, "{5EA996A0-4762-4E12-8DCF-C75A39ADE18D}"},
+  };
   std::set<std::string_view> ids;
-  for (const ZtString* id : all) {
-    EXPECT_TRUE(ids.insert(id->view()).second) << id->view() << " twice";
-    EXPECT_EQ(id->view().size(), 38U);
-    EXPECT_EQ(id->view().front(), '{');
-    EXPECT_EQ(id->view().back(), '}');
+  for (const auto& row : rows) {
+    EXPECT_EQ(row.id, row.text);
+    EXPECT_TRUE(ids.insert(row.id.view()).second) << row.text << " twice";
   }
-  EXPECT_EQ(ids.size(), 20U);
 }
 
 }  // namespace

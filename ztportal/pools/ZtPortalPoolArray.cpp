@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "ztportal/base/TextAppend.h"
-#include "ztportal/base/ZtException.h"
 #include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"
@@ -13,12 +12,10 @@ namespace {
 constexpr std::string_view kChildIndent = "    ";
 
 template <class Child>
-std::shared_ptr<Child> added(ZtPortalPoolArray::Fields* list, std::shared_ptr<Child> child) try {
-  if (list == nullptr) throw ZtException("NO_LIST", "The array has no list of fields");
+std::shared_ptr<Child> added(ZtPortalPoolArray::Fields* list, std::shared_ptr<Child> child) {
+  if (list == nullptr) return nullptr;
   list->push_back(child);
   return child;
-} catch (const ZtException&) {
-  return nullptr;
 }
 
 }  // namespace

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -15,15 +19,19 @@
 
 namespace zt::test {
 
-/// The user domain's folder is `folder`; without one the platform reports an error.
+/// The user domain's folder is `folder`; without one the platform reports an error. From the
+/// `movesAt`th question on, if that is not 0, it is `moved`.
 class FakeSupportFolder final : public SupportFolder {
  public:
   std::optional<std::string> path(std::int16_t domain) override {
     askedDomains.push_back(domain);
+    if (askedDomains.size() == movesAt) folder = moved;
     return domain == kUserDomain ? folder : std::nullopt;
   }
 
   std::optional<std::string> folder = "/home/user/.local/share";
+  std::size_t movesAt = 0;
+  std::optional<std::string> moved;
   std::vector<std::int16_t> askedDomains;
 };
 
@@ -130,6 +138,14 @@ class FakeInstalledApplications final : public InstalledApplications {
     return found != infos.end() ? std::optional(found->second) : std::nullopt;
   }
 
+  std::unique_ptr<InstalledApplications> prepared(
+      std::span<const std::string_view> bundleIdentifiers,
+      std::span<const std::string_view> urls) override {
+    begun.insert(begun.end(), bundleIdentifiers.begin(), bundleIdentifiers.end());
+    begun.insert(begun.end(), urls.begin(), urls.end());
+    return InstalledApplications::prepared(bundleIdentifiers, urls);
+  }
+
   /// An application that is found by its own identifier.
   void install(const std::string& identifier, const std::string& path, ZtString name,
                ZtString version) {
@@ -143,6 +159,7 @@ class FakeInstalledApplications final : public InstalledApplications {
   std::map<std::string, std::string, std::less<>> defaults;  // by URL
   std::map<std::string, Info> infos;                         // by path
   std::vector<std::string> asked;                            // identifiers and URLs
+  std::vector<std::string> begun;                            // identifiers, then URLs, to be asked
   std::function<void(std::string_view)> onAsk;               // may raise
 };
 

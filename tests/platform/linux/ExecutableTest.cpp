@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
@@ -28,8 +27,7 @@ const bool kIsTelling = [] {
   if (how == nullptr) return false;
   if (std::string(how) == "deleted") std::filesystem::remove(zt::executablePath());
   std::puts(zt::executablePath().c_str());
-  std::fflush(stdout);
-  ::_exit(0);
+  std::exit(0);
 }();
 
 /// What a copy of this program at `path` says.

@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -11,6 +12,7 @@
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
 #include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/linux/Descriptor.h"
 #include "ztportal/platform/linux/LinuxFiles.h"
 
 // Folders and files below a root where someone may have planted what leads out of it.
@@ -87,6 +89,8 @@ TEST_F(LinuxFilesBelowTest, OnlyRegularFilesAreWrittenTo) {
   ASSERT_EQ(::mkfifo(_root.path("fifo").c_str(), 0600), 0);
   fs::create_directory(_root.path("folder"));
   EXPECT_FALSE(_files.writeBelow(_root.path(), "fifo", "x")) << "and does not wait for a reader";
+  const zt::Descriptor reader(::open(_root.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
+  EXPECT_FALSE(_files.writeBelow(_root.path(), "fifo", "x")) << "nor gives it anything";
   EXPECT_FALSE(_files.writeBelow(_root.path(), "folder", "x"));
   EXPECT_TRUE(fs::is_fifo(_root.path("fifo")));
 }

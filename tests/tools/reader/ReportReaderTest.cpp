@@ -1,23 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "tests/tools/reader/ReportText.h"
+#include "tests/tools/reader/ToldReport.h"
 #include "tools/reader/ReportReader.h"
-
-// What is read, as a text of one line a pool, field and record.
 
 namespace {
 
-using zt::reader::Field;
-using zt::reader::FieldRange;
-using zt::reader::FieldType;
 using zt::reader::Form;
-using zt::reader::Pool;
 using zt::reader::readReport;
 using zt::reader::Report;
 using zt::test::crlf;
@@ -25,47 +18,7 @@ using zt::test::plainField;
 using zt::test::plainLines;
 using zt::test::plainPool;
 using zt::test::soapLines;
-
-std::string typeName(FieldType type) {
-  switch (type) {
-    case FieldType::String:
-      return "string";
-    case FieldType::Integer:
-      return "integer";
-    case FieldType::Float:
-      return "float";
-    case FieldType::Boolean:
-      return "boolean";
-    case FieldType::None:
-      return "none";
-    case FieldType::Array:
-      return "array";
-    case FieldType::Records:
-      return "records";
-    case FieldType::Record:
-      return "record";
-  }
-  return "?";
-}
-
-void addFields(std::string& text, const FieldRange& fields, std::size_t depth) {
-  for (const Field& field : fields) {
-    text.append(2 * depth, ' ').append(typeName(field.type));
-    text.append(" [").append(field.name).append("] [").append(field.value).append("]");
-    text.append(field.isEmptyTag ? " empty\n" : "\n");
-    addFields(text, fieldsOf(field), depth + 1);
-  }
-}
-
-std::string told(const Report& report) {
-  std::string text;
-  for (const Pool& pool : report.pools) {
-    text.append("[").append(pool.type).append("] [").append(pool.date).append("]");
-    text.append(pool.isEmptyTag ? " empty\n" : "\n");
-    addFields(text, report.fieldsOf(pool), 1);
-  }
-  return text;
-}
+using zt::test::told;
 
 /// What is read from a plain report with these fields, in both kinds of line ends.
 void expectFields(const std::string& fields, const std::string& expected) {
@@ -297,72 +250,6 @@ TEST(ReportReaderTest, ReadsTheEmptyElementsOfAnXmlWriter) {
   EXPECT_EQ(report.applicationVersion, "");
   EXPECT_EQ(told(report), "[] []\n  string [] []\n  string [a\nb] []\n  none [] []\n");
   EXPECT_THROW(readReport(crlf(text)), zt::reader::ReadError) << "the library writes both tags";
-}
-
-/// A pool with an array in an array, and with two records.
-const std::string kDeepPool = plainPool(plainField("A", "1") + R"(        <Field FieldType="array">
-          <Name>OUTER</Date>
-          <Fields>
-            <Field FieldType="array">
-              <Name>INNER</Date>
-              <Fields>
-                <Field FieldType="integer">
-                  <Name>COUNT</Name>
-                  <Value>7</Value>
-                </Field>
-              </Fields>
-            </Data>
-          </Fields>
-        </Data>
-        <Field FieldType="array">
-          <Name>STEPS</Name>
-          <Fields>
-            <Field FieldType="string">
-              <Name>STEP_NAME</Name>
-              <Value>Copy</Value>
-            </Field>
-          </Fields>
-          <Fields>
-          </Fields>
-        </Field>
-)");
-
-TEST(ReportReaderTest, TellsWhatStandsBeforeAFault) {
-  std::string text = plainLines(kDeepPool + plainPool(""));
-  const std::string last = "              <Name>STEP_NAME</Name>\n";
-  text.insert(text.find(last) + last.size(), "?\n");
-  const auto [report, fault] = zt::reader::readReportUpToFault(text);
-  ASSERT_TRUE(fault);
-  EXPECT_EQ(std::string(fault->what()), "line 35, column 1: expected \"<Value>\" after 14 blanks");
-  EXPECT_EQ(told(report),
-            "[CUSTOM] [2026-11-21T12:00:00.000UTC]\n"
-            "  string [A] [1]\n"
-            "  array [OUTER] []\n    array [INNER] []\n      integer [COUNT] [7]\n"
-            "  records [STEPS] []\n    record [] []\n");
-  EXPECT_FALSE(zt::reader::readReportUpToFault(kDeepPool.substr(0, 0)).fault);
-}
-
-TEST(ReportReaderTest, WhateverLineCannotBeReadTheRestBeforeItIs) {
-  const std::string text = plainLines(kDeepPool + plainPool(plainField("B", "2")));
-  const Report whole = readReport(text);
-  std::size_t line = 1;
-  for (std::size_t at = 0; at <= text.size(); at = text.find('\n', at) + 1, ++line) {
-    std::string broken = text;
-    broken.insert(at, "?\n");
-    const auto [report, fault] = zt::reader::readReportUpToFault(broken);
-    ASSERT_TRUE(fault) << line;
-    EXPECT_EQ(fault->place().line, line);
-    ASSERT_LE(report.fields.size(), whole.fields.size());
-    for (std::size_t i = 0; i < report.fields.size(); ++i) {
-      EXPECT_EQ(report.fields[i].name, whole.fields[i].name);
-      EXPECT_EQ(report.fields[i].size, std::min(whole.fields[i].size, report.fields.size() - i));
-    }
-    if (!report.pools.empty()) {
-      EXPECT_EQ(report.pools.back().end, report.fields.size());
-    }
-    if (at == text.size()) break;
-  }
-  EXPECT_EQ(line, 54U) << "every line of the text, and behind it";
 }
 
 TEST(ReportReaderTest, AValueThatImitatesTheReportsLinesIsWhatItImitates) {
