@@ -7,10 +7,10 @@
 
 #include "ztportal/ztportal.h"
 
-// ModuleHost nothing|date|send|move CONFIGURATION-URL: a host that does no more with the library
-// than start with it, write a date, send a report (or keep it), or go to another working directory
-// and then send. Prints what came of it, and which foreign libraries its process has by then, one a
-// line.
+// ModuleHost nothing|date|ask|send|move CONFIGURATION-URL: a host that does no more with the
+// library than start with it, write a date, ask it this and that, send a report (or keep it), or go
+// to another working directory and then send. Prints what came of it, and which foreign libraries
+// its process has by then, one a line.
 
 namespace {
 
@@ -35,10 +35,41 @@ void send(const char* configurationUrl) {
   std::cout << (accepted ? "accepted" : "kept") << '\n';
 }
 
+/// A little of everything that the modules answer.
+void ask() {
+  ZtString language;
+  ZtString country;
+  ZtString countryName;
+  ZtSystemInfos::getPreferredLanguage(&language, &country, &countryName);
+  std::cout << "language: " << language.printed() << ", " << country.printed() << ", "
+            << countryName.printed() << '\n';
+  std::cout << "bundle: " << ZtHost::bundleInfo("CFBundleName").printed() << '\n';
+
+  for (const char* bytes :
+       {"<a Key='1'><B/></a>", "<?xml version='1.0' encoding='ISO-8859-1'?><\xFC/>"}) {
+    ZtXMLError error;
+    const auto document = ZtXMLDocument::parseFileContent(bytes, ZtXMLKeep::Content, &error);
+    if (document == nullptr) {
+      std::cout << "no document: " << error.reason.printed() << '\n';
+      continue;
+    }
+    const ZtXMLNode root = *document->rootElement();
+    std::cout << "document: " << document->xmlText() << " with " << root.attributes().size()
+              << " attributes, b: " << ZtUtils::childNamedLike(root, "b").has_value() << '\n';
+  }
+
+  const auto inventory = ZtPortalPoolComputerSystem::initWithValues(ZtDate::now(), true);
+  std::cout << "number of the user's language: " << inventory->userLanguage() << '\n';
+}
+
 bool act(std::string_view deed, const char* configurationUrl) {
   if (deed == "nothing") return true;
   if (deed == "date") {
     std::cout << ZtPortalDef::stringFromDate(ZtDate::fromMilliseconds(0)).printed() << '\n';
+    return true;
+  }
+  if (deed == "ask") {
+    ask();
     return true;
   }
   if (deed == "move" && ::chdir("/") != 0) return false;

@@ -1,3 +1,4 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -17,6 +18,8 @@ namespace zt::test {
 namespace {
 
 namespace fs = std::filesystem;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
 
 class ModulesTest : public testing::Test {
  protected:
@@ -26,12 +29,15 @@ class ModulesTest : public testing::Test {
     }
     _environment.emplace_back("XDG_DATA_HOME", data.path().c_str());
     _environment.emplace_back("TZ", "Europe/Berlin");
+    _environment.emplace_back("LC_ALL", "zh_TW.UTF-8");
+    _environment.emplace_back("LANGUAGE", "pt_BR:de_DE");
     _environment.emplace_back("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
   }
 
   /// What the host prints.
-  static std::string run(const std::string& deed, const std::string& configurationUrl = "") {
-    Child host(ZT_MODULE_HOST, {deed, configurationUrl});
+  static std::string run(const std::string& deed, const std::string& configurationUrl = "",
+                         const std::string& program = ZT_MODULE_HOST) {
+    Child host(program, {deed, configurationUrl});
     const std::string output = host.waitForOutput() + host.waitForErrors();
     EXPECT_EQ(host.wait(), 0) << output;
     return output;
@@ -79,6 +85,46 @@ TEST_F(ModulesTest, AreFoundThroughALinkToTheLibrary) {
   const ScopedEnvironment linked("LD_LIBRARY_PATH", links.path().c_str());
   Inbox inbox;
   EXPECT_EQ(run("send", inbox.configurationUrl()), kSent);
+}
+
+TEST_F(ModulesTest, AnswerWhatTheStaticLibraryAnswers) {
+  data.write("Made-up.app/Contents/Info.plist",
+             "<plist version=\"1.0\"><dict><key>CFBundleName</key><string>Made up</string></dict>"
+             "</plist>");
+  const std::string host = data.path("Made-up.app/Contents/Linux/host");
+  fs::create_directories(fs::path(host).parent_path());
+  fs::copy_file(ZT_MODULE_HOST, host);
+  EXPECT_THAT(
+      run("ask", "", host),
+      StartsWith("language: zh, TW, 台灣\n"
+                 "bundle: Made up\n"
+                 "document: <a Key=\"1\"><B/></a> with 1 attributes, b: 1\n"
+                 "document: <?xml version='1.0' encoding='UTF-8'?><ü/> with 0 attributes, b: 0\n"
+                 "number of the user's language: 32\n"));
+}
+
+TEST_F(ModulesTest, WithoutAllThingsAreAsWhereNothingIsKnown) {
+  const TemporaryFolder alone;
+  fs::copy_file(ZT_LIBRARY, alone.path("libztportal.so.1"));
+  const ScopedEnvironment copied("LD_LIBRARY_PATH", alone.path().c_str());
+  EXPECT_EQ(run("ask"),
+            "language: en, (null), (null)\n"
+            "bundle: zt_module_host\n"
+            "no document: the library's module for XML is missing\n"
+            "no document: not in its encoding, ISO-8859-1\n"
+            "number of the user's language: 1\n");
+}
+
+TEST_F(ModulesTest, WithoutOneTheOthersAnswer) {
+  const TemporaryFolder some;
+  fs::copy_file(ZT_LIBRARY, some.path("libztportal.so.1"));
+  const fs::path modules = some.path(ZT_MODULE_FOLDER);
+  fs::create_directory(modules);
+  fs::copy_file(fs::path(ZT_LIBRARY).parent_path() / ZT_MODULE_FOLDER / "xml.so",
+                modules / "xml.so");
+  const ScopedEnvironment copied("LD_LIBRARY_PATH", some.path().c_str());
+  EXPECT_THAT(run("ask"), HasSubstr("document: <a Key=\"1\"><B/></a> with 1 attributes, b: 1\n"
+                                    "no document: not in its encoding, ISO-8859-1\n"));
 }
 
 TEST_F(ModulesTest, WithoutThemAReportIsKept) {
