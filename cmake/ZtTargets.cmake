@@ -28,7 +28,7 @@ function(zt_configure_target target)
     endif()
   endif()
   if(ZT_COVERAGE)
-    target_compile_options(${target} PRIVATE --coverage)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
     # Tests call the function where a process ends at once.
     target_link_options(${target} PUBLIC --coverage LINKER:--undefined=__gcov_dump)
   endif()

@@ -19,8 +19,7 @@ class LoopbackPort {
  public:
   enum Manner { Refuses, Listens };
 
-  explicit LoopbackPort(Manner manner)
-      : _socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
+  explicit LoopbackPort(Manner manner) : _socket(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);

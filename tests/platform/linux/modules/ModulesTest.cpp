@@ -91,6 +91,7 @@ TEST_F(ModulesTest, AnswerWhatTheStaticLibraryAnswers) {
   data.write("Made-up.app/Contents/Info.plist",
              "<plist version=\"1.0\"><dict><key>CFBundleName</key><string>Made up</string></dict>"
              "</plist>");
+  data.write("Made-up.app/Contents/Resources/zh_TW.lproj/Texts.strings", "");
   const std::string host = data.path("Made-up.app/Contents/Linux/host");
   fs::create_directories(fs::path(host).parent_path());
   fs::copy_file(ZT_MODULE_HOST, host);
