@@ -15,11 +15,11 @@
 #include "tests/mutation/Changes.h"
 #include "tests/torture/Random.h"
 
-// zt_mutations order SEED FILE...  every change of the files in an order that follows from the
-// seed,
-//                                  each a line: the file, the change's number in it, the line, what
-//                                  stands there before and after, with tabs between them
-// zt_mutations apply FILE NUMBER   the file's text with that change
+// zt_mutations order SEED FILE...
+//     Every change of the files in an order that follows from the seed, each a line: the file, the
+//     change's number in it, the line, what stands there before and after, with tabs between them.
+// zt_mutations apply FILE NUMBER
+//     The file's text with that change.
 
 namespace {
 

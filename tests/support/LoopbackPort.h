@@ -11,7 +11,7 @@
 namespace zt::test {
 
 /// A port of the loopback interface that is free and taken as long as this object lives. It refuses
-/// every connection, or with `listens` holds those that come until accept() takes them.
+/// every connection, or with `Listens` holds those that come until accept() takes them.
 ///
 ///     const LoopbackPort nobody(LoopbackPort::Refuses);
 ///     report->setUrl(nobody.url("/soap"));
@@ -37,7 +37,7 @@ class LoopbackPort {
   std::string host() const { return "127.0.0.1:" + std::to_string(_number); }
   std::string url(const std::string& path = "") const { return "http://" + host() + path; }
 
-  /// Waits for the next connection, which inherits nothing; not open when there is none any more.
+  /// Waits for the next connection; one that is not open when there is none any more.
   Descriptor accept() const {
     return Descriptor(::accept4(socket(), nullptr, nullptr, SOCK_CLOEXEC));
   }
