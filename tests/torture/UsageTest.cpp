@@ -31,7 +31,7 @@ TEST(UsageTest, ABlockMoreEachTimeIsALeak) {
 TEST(UsageTest, ACacheIsNoLeak) {
   std::vector<std::unique_ptr<char>> cache;
   EXPECT_EQ(growingWithEachRound([&] {
-              if (cache.size() < 3) cache.push_back(std::make_unique<char>());
+              if (cache.size() < 8) cache.push_back(std::make_unique<char>());
             }),
             "");
 }
