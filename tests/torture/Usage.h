@@ -35,8 +35,7 @@ inline Usage usageNow() {
 }
 
 /// What grows from each round to the next, in words; empty when nothing does. A cache that fills up
-/// stops growing, as libcurl's does that keeps the last five connections for a second although they
-/// are dead; what leaks does not.
+/// stops growing within the rounds; what leaks does not.
 inline std::string growingWithEachRound(const std::function<void()>& round) {
   constexpr int kRounds = 12;
   bool descriptors = true;
