@@ -9,7 +9,7 @@
 
 #include "benchmarks/DateTextPeers.h"
 #include "ztportal/base/ZtDate.h"
-#include "ztportal/platform/DateText.h"
+#include "ztportal/platform/time/DateText.h"
 
 // One timestamp of a report: ours against the C library's way to the same text and against ICU.
 

@@ -35,7 +35,7 @@ foreach(row IN LISTS ZT_FOREIGN_LIBRARIES)
 endforeach()
 string(STRIP "${ZT_STATIC_LIBS}" ZT_STATIC_LIBS)
 
-get_target_property(linked ztportal_foreign LINK_LIBRARIES)
+get_directory_property(linked DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_LIBRARIES)
 set(differences ${linked})
 list(REMOVE_ITEM differences ${described})
 if(differences)
@@ -51,22 +51,15 @@ install(
   EXPORT ztportal-static-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 
-get_directory_property(helpers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_HELPERS)
-install(TARGETS ${helpers} RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal"
-                                   COMPONENT runtime)
-
-get_directory_property(modules DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_MODULE_TARGETS)
-get_directory_property(module_folder DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal"
-                                               DEFINITION ZT_MODULE_FOLDER)
-install(TARGETS ${modules} LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}/${module_folder}"
-                                   COMPONENT runtime)
+install(TARGETS ztportal_dscl ztportal_applications
+        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal" COMPONENT runtime)
 
 get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)
-  cmake_path(GET header PARENT_PATH room)
+  cmake_path(GET header PARENT_PATH module)
   install(
     FILES "${PROJECT_SOURCE_DIR}/ztportal/${header}"
-    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ztportal/${room}"
+    DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/ztportal/${module}"
     COMPONENT development)
 endforeach()
 

@@ -34,34 +34,30 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
-# zt_add_test(<name> [SHARED] [RUN_SERIAL] SOURCES <files>... [LIBRARIES <targets>...]
-#             [DEPENDS <targets>...] [NOT_RUN <tests>...])
+# zt_add_test(<name> SOURCES <files>... LIBRARIES <targets>... [DEPENDS <targets>...]
+#             [SERIAL <patterns>...] [EXCEPT <patterns>...])
 #
-# One test program of a room; each GoogleTest test in it becomes a CTest test. It is linked with the
-# static library, whose inner parts are visible to it, or with SHARED as a host is: with the shared
-# library, whose public parts alone are. With RUN_SERIAL none of its tests runs beside another test.
-# NOT_RUN names tests in it that CTest leaves out.
+# One test program; each GoogleTest test in it becomes a CTest test. No test that matches a SERIAL
+# pattern runs beside another test; those that match EXCEPT are left to the caller to register.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "SHARED;RUN_SERIAL" "" "SOURCES;LIBRARIES;DEPENDS;NOT_RUN")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS;SERIAL;EXCEPT")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
-  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # Optimizing, GCC 12 misses values that tables of tests are made with.
-    target_compile_options(${name} PRIVATE -Wno-maybe-uninitialized)
-  endif()
-  set(support zt_test_support)
-  if(ARG_SHARED)
-    set(support zt_test_support_shared)
-  endif()
-  target_link_libraries(${name} PRIVATE ${support} ${ARG_LIBRARIES} GTest::gmock_main)
+  # Optimizing the tests themselves would double the time it takes to build them.
+  target_compile_options(${name} PRIVATE -O0)
+  target_precompile_headers(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/Precompiled.h")
+  target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)
   if(ARG_DEPENDS)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
-  set(filter)
-  if(ARG_NOT_RUN)
-    list(JOIN ARG_NOT_RUN ":" left_out)
-    set(filter TEST_FILTER "-${left_out}")
+  set(apart ${ARG_SERIAL} ${ARG_EXCEPT})
+  list(JOIN apart ":" apart)
+  list(JOIN ARG_SERIAL ":" serial)
+  if(serial)
+    gtest_discover_tests(
+      ${name} DISCOVERY_MODE PRE_TEST TEST_FILTER "${serial}" TEST_LIST ${name}_SERIAL
+      PROPERTIES TIMEOUT 300 RUN_SERIAL ON)
   endif()
   gtest_discover_tests(
-    ${name} DISCOVERY_MODE PRE_TEST ${filter} PROPERTIES TIMEOUT 300 RUN_SERIAL ${ARG_RUN_SERIAL})
+    ${name} DISCOVERY_MODE PRE_TEST TEST_FILTER "-${apart}" PROPERTIES TIMEOUT 300)
 endfunction()

@@ -1,5 +1,5 @@
 #include "fuzz/FuzzTarget.h"
-#include "tests/platform/fakes/FakePlatform.h"
+#include "ztportal/platform/FakePlatform.h"
 #include "ztportal/portal/ZtPortalData.h"
 
 // The configuration document that a customer's server answers with.

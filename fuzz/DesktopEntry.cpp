@@ -1,4 +1,4 @@
-#include "ztportal/platform/linux/helpers/DesktopEntry.h"
+#include "libexec/DesktopEntry.h"
 
 #include "fuzz/FuzzTarget.h"
 

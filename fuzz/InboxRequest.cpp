@@ -1,10 +1,10 @@
 #include <sys/socket.h>
 
 #include "fuzz/FuzzTarget.h"
-#include "tools/inbox/HttpServer.h"
-#include "tools/inbox/ReportContent.h"
-#include "tools/inbox/ReportJson.h"
-#include "tools/inbox/SoapRequest.h"
+#include "tools/ztinbox/api/ReportJson.h"
+#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/soap/ReportContent.h"
+#include "tools/ztinbox/soap/SoapRequest.h"
 
 namespace {
 

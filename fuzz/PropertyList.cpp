@@ -1,7 +1,7 @@
-#include "ztportal/platform/PropertyList.h"
+#include "ztportal/platform/plist/PropertyList.h"
 
 #include "fuzz/FuzzTarget.h"
-#include "ztportal/platform/Utf8.h"
+#include "ztportal/platform/xml/Utf8.h"
 
 // The property list of a bundle, XML or binary.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

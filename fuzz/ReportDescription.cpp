@@ -1,5 +1,5 @@
 #include "fuzz/FuzzTarget.h"
-#include "tools/ztreport/Description.h"
+#include "tools/ztreport/description/Description.h"
 
 // A report described in JSON, as `ztreport` takes it.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {

@@ -1,9 +1,9 @@
-#include "tools/reader/ReportReader.h"
+#include "tools/common/ReportReader.h"
 
 #include "fuzz/FuzzTarget.h"
-#include "tools/ztreport/DescribedReport.h"
-#include "tools/ztreport/Description.h"
-#include "tools/ztreport/ReportTree.h"
+#include "tools/ztreport/commands/ReportTree.h"
+#include "tools/ztreport/description/DescribedReport.h"
+#include "tools/ztreport/description/Description.h"
 
 namespace {
 

@@ -1,6 +1,6 @@
 #include "fuzz/FuzzTarget.h"
-#include "ztportal/platform/Utf8.h"
-#include "ztportal/platform/ZtXMLDocument.h"
+#include "ztportal/platform/xml/Utf8.h"
+#include "ztportal/platform/xml/ZtXMLDocument.h"
 
 // A file of the store on its way to the server: parsed, and written back as it was.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

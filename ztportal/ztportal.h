@@ -25,7 +25,7 @@
 #include "ztportal/base/ZtException.h"
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
-#include "ztportal/platform/ZtXMLDocument.h"
+#include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/pools/ZtLanguage.h"
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/pools/ZtPortalPool.h"

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "benchmarks/figures/Figure.h"
+#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/ChildProcess.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/tools/inbox/RawClient.h"
 
 // Reports of 20 kB from 8 connections, kept in the inbox's database, beside the same server
 // answering without keeping them.

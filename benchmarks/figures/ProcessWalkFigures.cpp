@@ -10,7 +10,7 @@
 #include "benchmarks/figures/BareParts.h"
 #include "benchmarks/figures/Fastest.h"
 #include "benchmarks/figures/Figure.h"
-#include "ztportal/platform/linux/LinuxRunningApplications.h"
+#include "ztportal/platform/desktop/LinuxRunningApplications.h"
 
 // One walk of the process table of a machine with 1,000 processes.
 

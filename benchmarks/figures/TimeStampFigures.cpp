@@ -11,7 +11,7 @@
 #include "benchmarks/ExecutionPoolPeers.h"
 #include "benchmarks/figures/Fastest.h"
 #include "benchmarks/figures/Figure.h"
-#include "ztportal/platform/DateText.h"
+#include "ztportal/platform/time/DateText.h"
 
 // One time stamp, of a thousand moments of one day.
 

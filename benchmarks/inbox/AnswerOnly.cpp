@@ -1,4 +1,4 @@
-#include "tools/inbox/Intake.h"
+#include "tools/ztinbox/soap/Intake.h"
 
 // An inbox that answers and keeps nothing, as the peer of the one that keeps: linked with this
 // before the inbox's own intake.

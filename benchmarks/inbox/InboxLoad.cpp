@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/tools/inbox/RawClient.h"
+#include "tests/integration/ztinbox/RawClient.h"
 
 // How many reports a second a running inbox takes from several clients at once:
 //

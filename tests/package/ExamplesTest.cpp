@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tests/support/Child.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/TemporaryFolder.h"
@@ -33,7 +34,7 @@ struct Ended {
 class ExamplesTest : public testing::Test {
  protected:
   Ended run(const std::string& example, std::vector<std::string> arguments = {}) {
-    Child program(std::string(ZT_EXAMPLES ".") + example + "/" + example, std::move(arguments),
+    Child program(zt::test::paths::kExamples + "." + example + "/" + example, std::move(arguments),
                   std::vector<std::string>{"XDG_DATA_HOME=" + _data.path(),
                                            "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
                                            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"});

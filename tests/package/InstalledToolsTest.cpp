@@ -2,17 +2,20 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <cstdlib>
 #include <regex>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
 
-// The programs as they are installed in ZT_PROGRAMS. Those of the packages stand in a folder that
-// plays the root of a system; there the loader is told of the system's libraries, ZT_LIBRARIES.
-// Others have to find theirs themselves.
+// The programs installed in the folder that the environment variable ZT_PROGRAMS names. The
+// packages are unpacked into a folder of their own, so their loader needs ZT_LIBRARIES; an
+// installation finds its library by itself.
 
 namespace {
 
@@ -21,14 +24,22 @@ using testing::StartsWith;
 using zt::test::Child;
 using zt::test::TemporaryFolder;
 
-constexpr const char* kDescription = ZT_REPORTS "/installation.json";
+const std::string kDescription = zt::test::paths::kSource + "/examples/reports/installation.json";
+
+std::string program(const std::string& name) {
+  const char* const folder = std::getenv("ZT_PROGRAMS");
+  if (folder == nullptr) throw std::runtime_error("ZT_PROGRAMS is not set");
+  return folder + ("/" + name);
+}
 
 class InstalledToolsTest : public testing::Test {
  protected:
   Child start(const std::string& program, std::vector<std::string> arguments) const {
     std::vector<std::string> environment{"XDG_DATA_HOME=" + _data.path(), "PATH=/usr/bin:/bin",
                                          "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"};
-    if (*ZT_LIBRARIES != '\0') environment.emplace_back("LD_LIBRARY_PATH=" ZT_LIBRARIES);
+    if (const char* libraries = std::getenv("ZT_LIBRARIES")) {
+      environment.push_back(std::string("LD_LIBRARY_PATH=") + libraries);
+    }
     return Child(program, std::move(arguments), std::move(environment));
   }
 
@@ -52,26 +63,28 @@ class InstalledToolsTest : public testing::Test {
 };
 
 TEST_F(InstalledToolsTest, TellTheirVersion) {
-  EXPECT_EQ(output(ZT_PROGRAMS "/ztreport", {"--version"}), "ztreport " ZT_VERSION "\n");
-  EXPECT_EQ(output(ZT_PROGRAMS "/ztinbox", {"--version"}), "ztinbox " ZT_VERSION "\n");
+  EXPECT_EQ(output(program("ztreport"), {"--version"}),
+            "ztreport " + zt::test::paths::kVersion + "\n");
+  EXPECT_EQ(output(program("ztinbox"), {"--version"}),
+            "ztinbox " + zt::test::paths::kVersion + "\n");
 }
 
 TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
   const std::vector<std::string> render{"render", kDescription};
-  const std::string rendered = output(ZT_PROGRAMS "/ztreport", render);
+  const std::string rendered = output(program("ztreport"), render);
   EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
   EXPECT_EQ(withoutIdAndMoments(rendered),
-            withoutIdAndMoments(output(ZT_BUILT_REPORT_PROGRAM, render)));
+            withoutIdAndMoments(output(zt::test::paths::kReportProgram, render)));
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
-  Child inbox = start(ZT_PROGRAMS "/ztinbox", {"--listen", "127.0.0.1:0"});
+  Child inbox = start(program("ztinbox"), {"--listen", "127.0.0.1:0"});
   const std::string greeting = inbox.waitForLines(1);
   ASSERT_THAT(greeting, StartsWith("ztinbox: listening on http://127.0.0.1:"));
   const std::size_t begin = greeting.find("http");
   const std::string url = greeting.substr(begin, greeting.find('\n') - begin);
 
-  output(ZT_PROGRAMS "/ztreport",
+  output(program("ztreport"),
          {"send", kDescription, "--config-url", url + "/reporting/kelvane.xml"});
   EXPECT_THAT(inbox.waitForLines(2), HasSubstr("#1  accepted  Kelvane"));
   inbox.signal(SIGTERM);

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tests/support/Child.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -30,7 +31,7 @@ namespace zt::test {
 class Inbox {
  public:
   explicit Inbox(std::vector<std::string> options = {})
-      : _child(ZT_INBOX_PROGRAM, complete(std::move(options), _folder.path("data"))) {
+      : _child(zt::test::paths::kInboxProgram, complete(std::move(options), _folder.path("data"))) {
     constexpr std::string_view kGreeting = "ztinbox: listening on ";
     const std::string line = _child.waitForLines(1);
     if (!line.starts_with(kGreeting)) {

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "ztportal/platform/linux/Descriptor.h"
+#include "ztportal/platform/files/Descriptor.h"
 
 namespace zt::test {
 

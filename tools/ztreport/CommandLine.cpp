@@ -5,12 +5,12 @@
 #include <utility>
 
 #include "tools/ztreport/Commands.h"
-#include "tools/ztreport/Customers.h"
-#include "tools/ztreport/Listen.h"
-#include "tools/ztreport/Probe.h"
-#include "tools/ztreport/Resend.h"
-#include "tools/ztreport/Show.h"
-#include "tools/ztreport/Store.h"
+#include "tools/ztreport/commands/Customers.h"
+#include "tools/ztreport/commands/Listen.h"
+#include "tools/ztreport/commands/Probe.h"
+#include "tools/ztreport/commands/Resend.h"
+#include "tools/ztreport/commands/Show.h"
+#include "tools/ztreport/commands/Store.h"
 #include "tools/ztreport/doctor/Doctor.h"
 #include "ztportal/ztportal.h"
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "tools/ztreport/Failure.h"
-#include "tools/ztreport/Run.h"
+#include "tools/ztreport/commands/Run.h"
 
 namespace CLI {
 class App;

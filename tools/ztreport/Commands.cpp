@@ -2,9 +2,9 @@
 
 #include <string>
 
-#include "tools/ztreport/Delivery.h"
-#include "tools/ztreport/Description.h"
-#include "tools/ztreport/InputOutput.h"
+#include "tools/ztreport/commands/Delivery.h"
+#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/description/Description.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {

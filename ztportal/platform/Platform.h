@@ -1,16 +1,16 @@
 #pragma once
 
-#include "ztportal/platform/Broadcast.h"
-#include "ztportal/platform/ChildProcess.h"
-#include "ztportal/platform/Files.h"
-#include "ztportal/platform/Gestalt.h"
-#include "ztportal/platform/HttpTransport.h"
-#include "ztportal/platform/InstalledApplications.h"
-#include "ztportal/platform/Localizations.h"
-#include "ztportal/platform/MachineIdentity.h"
-#include "ztportal/platform/RunningApplications.h"
-#include "ztportal/platform/SupportFolder.h"
-#include "ztportal/platform/UserLocale.h"
+#include "ztportal/platform/broadcast/Broadcast.h"
+#include "ztportal/platform/desktop/InstalledApplications.h"
+#include "ztportal/platform/desktop/RunningApplications.h"
+#include "ztportal/platform/files/Files.h"
+#include "ztportal/platform/files/SupportFolder.h"
+#include "ztportal/platform/http/HttpTransport.h"
+#include "ztportal/platform/identity/Gestalt.h"
+#include "ztportal/platform/identity/MachineIdentity.h"
+#include "ztportal/platform/locale/Localizations.h"
+#include "ztportal/platform/locale/UserLocale.h"
+#include "ztportal/platform/process/ChildProcess.h"
 
 namespace zt {
 

@@ -11,7 +11,7 @@
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
-#include "ztportal/platform/DateText.h"
+#include "ztportal/platform/time/DateText.h"
 #include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/FieldText.h"
 

@@ -3,7 +3,7 @@
 #include <array>
 
 #include "ztportal/base/TextAppend.h"
-#include "ztportal/platform/DateText.h"
+#include "ztportal/platform/time/DateText.h"
 #include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/Markup.h"

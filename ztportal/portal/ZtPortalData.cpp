@@ -5,7 +5,7 @@
 
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/base/ZtException.h"
-#include "ztportal/platform/RandomUuid.h"
+#include "ztportal/platform/identity/RandomUuid.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"
 #include "ztportal/portal/SoapEnvelope.h"

@@ -7,7 +7,7 @@
 
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
-#include "ztportal/platform/ZtXMLDocument.h"
+#include "ztportal/platform/xml/ZtXMLDocument.h"
 
 /// Look-ups among the direct children of an XML node; none looks any deeper.
 ///

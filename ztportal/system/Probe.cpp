@@ -4,9 +4,9 @@
 
 #include "ztportal/base/TextAppend.h"
 #include "ztportal/base/Trim.h"
-#include "ztportal/platform/HomeFolder.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/PreferredLanguages.h"
+#include "ztportal/platform/files/HomeFolder.h"
+#include "ztportal/platform/locale/PreferredLanguages.h"
 
 namespace zt {
 

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "ztportal/base/ZtString.h"
-#include "ztportal/platform/InstalledApplications.h"
+#include "ztportal/platform/desktop/InstalledApplications.h"
 
 namespace zt {
 

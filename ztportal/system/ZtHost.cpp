@@ -5,8 +5,8 @@
 #include <utility>
 
 #include "ztportal/base/ZtAtomic.h"
-#include "ztportal/platform/Bundle.h"
-#include "ztportal/platform/Executable.h"
+#include "ztportal/platform/plist/Bundle.h"
+#include "ztportal/platform/process/Executable.h"
 
 namespace {
 

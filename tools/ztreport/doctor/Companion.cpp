@@ -11,7 +11,7 @@
 #include <set>
 #include <system_error>
 
-#include "tools/ztreport/InputOutput.h"
+#include "tools/ztreport/commands/InputOutput.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {

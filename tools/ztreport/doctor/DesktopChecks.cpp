@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tools/ztreport/UserBus.h"
+#include "tools/ztreport/commands/UserBus.h"
 #include "tools/ztreport/doctor/Companion.h"
 
 namespace zt::tools {

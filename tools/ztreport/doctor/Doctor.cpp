@@ -5,8 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "tools/terminal/TerminalText.h"
-#include "tools/ztreport/InputOutput.h"
+#include "tools/common/TerminalText.h"
+#include "tools/ztreport/commands/InputOutput.h"
 #include "tools/ztreport/doctor/DesktopChecks.h"
 #include "tools/ztreport/doctor/StoreChecks.h"
 #include "tools/ztreport/doctor/WayChecks.h"

@@ -14,9 +14,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/ztreport/Amounts.h"
 #include "tools/ztreport/Failure.h"
-#include "tools/ztreport/SavedReports.h"
+#include "tools/ztreport/commands/Amounts.h"
+#include "tools/ztreport/commands/SavedReports.h"
 
 namespace zt::tools {
 

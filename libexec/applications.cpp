@@ -1,0 +1,133 @@
+// Answers what only GLib and GIO know of the desktop, in a process of its own: GIO starts threads,
+// which a host must not get from the library.
+//
+//     ztportal-applications default SCHEME    the user's default application for a URL scheme
+//     ztportal-applications entry FILE...     the application of the first usable desktop entry;
+//                                             one that says it is hidden is the end of the list
+//     ztportal-applications several [COUNT QUESTION]...
+//                                             many of these at once, each led by the number of its
+//                                             words; for the library alone
+//
+// An answer is a list of texts, each followed by a NUL byte: the entry's path, the name in the
+// user's language (empty when the entry has none) and the words of its command. Without an
+// application nothing is written, and the exit status is 1. Of several questions each answer is led
+// by the number of its texts, and the exit status is 0.
+
+#include <gio/gdesktopappinfo.h>
+#include <gio/gio.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "libexec/DesktopEntry.h"
+#include "ztportal/platform/Free.h"
+
+namespace {
+
+constexpr int kNoApplication = 1;
+constexpr int kWrongUsage = 2;
+constexpr int kMachineFailed = 3;
+
+using AppInfo = std::unique_ptr<GDesktopAppInfo, zt::Free<g_object_unref>>;
+
+/// The texts of an answer; none without an application.
+using Answer = std::vector<std::string>;
+using Words = std::span<char* const>;
+
+Answer firstUsable(Words files) {
+  for (const char* file : files) {
+    const zt::DesktopEntry entry = zt::DesktopEntry::inFile(file);
+    if (entry.isHidden()) return {};
+    if (!entry.isUsable()) continue;
+    Answer texts{file, entry.name()};
+    for (std::string& word : entry.command()) texts.push_back(std::move(word));
+    return texts;
+  }
+  return {};
+}
+
+Answer defaultFor(const char* scheme) {
+  GAppInfo* const found = g_app_info_get_default_for_uri_scheme(scheme);
+  if (found == nullptr) return {};
+  const AppInfo application(G_DESKTOP_APP_INFO(found));
+  const char* const file = g_desktop_app_info_get_filename(application.get());
+  if (file == nullptr) return {};
+  std::string path = file;
+  char* const word = path.data();
+  return firstUsable({&word, 1});
+}
+
+/// Nothing for words that ask nothing.
+std::optional<Answer> answerTo(Words question) {
+  const std::string_view kind = question.size() >= 2 ? question[0] : "";
+  const bool hasScheme = question.size() == 2 && *question[1] != '\0';
+  if (kind == "default" && hasScheme) return defaultFor(question[1]);
+  if (kind == "entry") return firstUsable(question.subspan(1));
+  return std::nullopt;
+}
+
+std::string written(const Answer& texts) {
+  std::string bytes;
+  for (const std::string& text : texts) bytes.append(text).append(1, '\0');
+  return bytes;
+}
+
+/// The answers to several questions, up to the first that is none.
+std::string answersTo(Words questions) {
+  std::string bytes;
+  while (!questions.empty()) {
+    const std::size_t count = std::strtoul(questions[0], nullptr, 10);
+    questions = questions.subspan(1);
+    if (count > questions.size()) break;
+    const std::optional<Answer> texts = answerTo(questions.first(count));
+    if (!texts) break;
+    bytes.append(std::to_string(texts->size())).append(1, '\0').append(written(*texts));
+    questions = questions.subspan(count);
+  }
+  return bytes;
+}
+
+int write(const std::string& bytes) {
+  std::fwrite(bytes.data(), 1, bytes.size(), stdout);
+  if (std::fflush(stdout) == 0) return 0;
+  std::fputs("ztportal-applications: cannot write the answer\n", stderr);
+  return kMachineFailed;
+}
+
+}  // namespace
+
+// GIO watches the folders that it reads entries and lists from, though this process ends before
+// anything in them changes, and to end the watch takes the kernel several times as long as all the
+// rest. So there is no watch to get here: these two stand before the C library's.
+extern "C" {
+
+[[gnu::visibility("default")]] int inotify_init1(int /*flags*/) {
+  errno = ENOSYS;
+  return -1;
+}
+
+[[gnu::visibility("default")]] int inotify_init() { return inotify_init1(0); }
+
+}  // extern "C"
+
+int main(int count, char** words) {
+  const Words arguments(words + 1, count > 0 ? static_cast<std::size_t>(count - 1) : 0);
+  if (arguments.size() > 1 && std::string_view(arguments[0]) == "several") {
+    return write(answersTo(arguments.subspan(1)));
+  }
+  const std::optional<Answer> texts = answerTo(arguments);
+  if (texts) return texts->empty() ? kNoApplication : write(written(*texts));
+  std::fputs(
+      "ztportal-applications: usage: ztportal-applications default SCHEME\n"
+      "                              ztportal-applications entry FILE...\n",
+      stderr);
+  return kWrongUsage;
+}

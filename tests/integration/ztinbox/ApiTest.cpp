@@ -1,0 +1,357 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/integration/ztinbox/RawClient.h"
+#include "tests/support/Inbox.h"
+#include "tests/unit/tools/ztinbox/SampleReport.h"
+
+namespace {
+
+using nlohmann::json;
+using zt::test::Inbox;
+using zt::test::reportOf;
+using zt::test::reportWithId;
+using zt::test::SampleReport;
+
+void post(const Inbox& inbox, const SampleReport& report) {
+  auto client = inbox.newClient();
+  const auto answer = client.Post("/soap", report.text(), "text/xml");
+  ASSERT_TRUE(answer);
+  ASSERT_EQ(answer->status, 200);
+}
+
+struct Answer {
+  int status = 0;
+  std::string body;
+};
+
+Answer ask(const Inbox& inbox, const std::string& method, const std::string& path,
+           const std::string& body = "") {
+  auto client = inbox.newClient();
+  const auto answer = method == "GET"      ? client.Get(path)
+                      : method == "DELETE" ? client.Delete(path)
+                      : method == "PUT"    ? client.Put(path, body, "application/json")
+                                           : client.Post(path, body, "application/json");
+  if (!answer) return {};
+  EXPECT_EQ(answer->get_header_value("X-Content-Type-Options"), "nosniff") << path;
+  return {answer->status, answer->body};
+}
+
+std::vector<int> numbers(const Inbox& inbox, const std::string& query) {
+  std::vector<int> all;
+  for (const json& report : json::parse(ask(inbox, "GET", "/api/v1/reports" + query).body)) {
+    all.push_back(report["number"]);
+  }
+  return all;
+}
+
+TEST(ApiTest, ListsReportsInPages) {
+  const Inbox inbox;
+  for (const char* customer : {"Kelvane", "a b&c", "Kelvane", "(null)"}) {
+    post(inbox, reportOf(customer));
+  }
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 3, 2, 1}));
+  EXPECT_EQ(numbers(inbox, "?limit=2"), (std::vector<int>{4, 3}));
+  EXPECT_EQ(numbers(inbox, "?limit=2&before=3"), (std::vector<int>{2, 1}));
+  EXPECT_EQ(numbers(inbox, "?customer=Kelvane"), (std::vector<int>{3, 1}));
+  EXPECT_EQ(numbers(inbox, "?customer=a%20b%26c"), (std::vector<int>{2}));
+  EXPECT_EQ(numbers(inbox, "?customer=nobody"), (std::vector<int>{}));
+}
+
+TEST(ApiTest, AnswersWithErrorsInJson) {
+  const Inbox inbox;
+  const struct {
+    const char* method;
+    const char* path;
+    int status;
+    const char* reason;
+  } rows[] = {
+      {"GET", "/api/v1/reports?limit=0", 400, "limit must be a whole number from 1 to 1000"},
+      {"GET", "/api/v1/reports?limit=1001", 400, "limit must be a whole number from 1 to 1000"},
+      {"GET", "/api/v1/reports?limit=", 400, "limit must be a whole number from 1 to 1000"},
+      {"GET", "/api/v1/reports?before=x", 400, "before must be a whole number from 1"},
+      {"GET", "/api/v1/reports?test=yes", 400, "test must be true or false"},
+      {"GET", "/api/v1/reports?read=", 400, "read must be true or false"},
+      {"GET", "/api/v1/reports?since=soon", 400,
+       "since must be a date (2026-11-21) or a time with its offset (2026-11-21T12:00:00Z)"},
+      {"GET", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
+      {"GET", "/api/v1/reports?customer=a&customer=b", 400, "customer must be given once"},
+      {"DELETE", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
+      {"DELETE", "/api/v1/reports?limit=1", 400, "unknown parameter: limit"},
+      {"GET", "/api/v1/reports/1?x=y", 400, "unknown parameter: x"},
+      {"GET", "/api/v1/stats?limit=1", 400, "unknown parameter: limit"},
+      {"GET", "/api/v1/events?after=x", 400, "after must be a whole number from 0"},
+      {"PUT", "/api/v1/reports/read", 400, R"(must be {"read": true} or {"read": false})"},
+      {"GET", "/api/v1/reports/1/nothing", 404, "no such address"},
+      {"DELETE", "/api/v1/events", 405, "method not allowed: DELETE"},
+      {"POST", "/api/v1/stats", 405, "method not allowed: POST"},
+      {"GET", "/api/v1/reports/1/read", 405, "method not allowed: GET"},
+      {"GET", "/api/v1/reports/1", 404, "no such report"},
+      {"GET", "/api/v1/reports/x", 404, "no such report"},
+      {"GET", "/api/v1/reports/1/raw", 404, "no such report"},
+      {"GET", "/api/v1/reports/99999999999999999999", 404, "no such report"},
+      {"DELETE", "/api/v1/reports/7", 404, "no such report"},
+      {"DELETE", "/api/v1/reports/7/raw", 405, "method not allowed: DELETE"},
+      {"POST", "/api/v1/reports", 405, "method not allowed: POST"},
+      {"PUT", "/api/v1/wait", 405, "method not allowed: PUT"},
+      {"DELETE", "/api/v1/behaviour", 405, "method not allowed: DELETE"},
+      {"GET", "/api/v1/wait?count=-1", 400, "count must be a whole number from 0"},
+      {"GET", "/api/v1/wait?timeout=nan", 400,
+       "timeout must be a number of seconds from 0 to 3600"},
+      {"GET", "/api/v1/wait?count=1&timeout=0.01", 408, "timed out: 0 came in"},
+      {"GET", "/api/v1/nothing", 404, "no such address"},
+      {"GET", "/api/v1/", 404, "no such address"},
+      {"GET", "/api/", 404, "no such address"},
+      {"GET", "/api/v2/reports", 404, "no such address"},
+  };
+  for (const auto& row : rows) {
+    const Answer answer = ask(inbox, row.method, row.path);
+    EXPECT_EQ(answer.status, row.status) << row.path;
+    EXPECT_EQ(answer.body, json({{"error", row.reason}}).dump() + "\n") << row.path;
+  }
+}
+
+TEST(ApiTest, GivesOneReportAndItsBytes) {
+  Inbox inbox;
+  SampleReport report;
+  report.customerId = std::string("\xff\0<b>\x1b", 6);
+  post(inbox, report);
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  const json listed = inbox.reports()[0];
+  for (const auto& [key, value] : listed.items()) EXPECT_EQ(one[key], value) << key;
+  EXPECT_EQ(one["customerId"], std::string("\xef\xbf\xbd\0<b>\x1b", 8));
+
+  auto client = inbox.newClient();
+  const auto raw = client.Get("/api/v1/reports/1/raw");
+  ASSERT_TRUE(raw);
+  EXPECT_EQ(raw->body, report.text());
+  EXPECT_EQ(raw->get_header_value("Content-Type"), "text/plain; charset=utf-8");
+  EXPECT_EQ(raw->get_header_value("X-Content-Type-Options"), "nosniff");
+}
+
+TEST(ApiTest, DeletesOneReportOrAll) {
+  Inbox inbox;
+  for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports/2").body, "{\"deleted\":1}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{3, 1}));
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports").body, "{\"deleted\":2}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{}));
+  post(inbox, SampleReport());
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4}));
+}
+
+TEST(ApiTest, FindsReportsByWhatIsInThem) {
+  const Inbox inbox;
+  SampleReport report;
+  report.value = "Zürich disk full";
+  post(inbox, report);
+  report.machineId = "{OTHER}";
+  report.applicationId = "{A}";
+  report.pools = {"CUSTOM"};
+  report.value = "full disk";
+  post(inbox, report);
+  const struct {
+    const char* query;
+    std::vector<int> numbers;
+  } rows[] = {
+      {"?text=DISK%20full", {2, 1}},
+      {"?text=%22disk%20full%22", {1}},
+      {"?text=zuri", {1}},
+      {"?text=di", {}},
+      {"?text=%2D%2A", {}},
+      {"?text=", {}},
+      {"?text=edition", {2, 1}},
+      {"?machine={OTHER}", {2}},
+      {"?application=%7BA%7D", {2}},
+      {"?pool=CUSTOM", {2}},
+      {"?pool=CUSTOM&text=zuri", {}},
+      {"?test=false&read=false&since=2020-01-01&until=2120-01-01T00:00:00Z", {2, 1}},
+      {"?until=2020-01-01", {}},
+      {"?before=18446744073709551615", {2, 1}},
+  };
+  for (const auto& row : rows) EXPECT_EQ(numbers(inbox, row.query), row.numbers) << row.query;
+}
+
+TEST(ApiTest, DeletesAndMarksWhatIsFound) {
+  const Inbox inbox;
+  for (const char* customer : {"a", "b", "a", "c"}) post(inbox, reportOf(customer));
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/4/read", R"({"read": true})").body,
+            "{\"changed\":1}\n");
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/read?customer=a", R"({"read": true})").body,
+            "{\"changed\":2}\n");
+  EXPECT_EQ(numbers(inbox, "?read=false"), (std::vector<int>{2}));
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/read", R"({"read": false})").body,
+            "{\"changed\":3}\n");
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?customer=a&before=3").body, "{\"deleted\":1}\n");
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?text=nothing").body, "{\"deleted\":0}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 3, 2}));
+}
+
+TEST(ApiTest, ShowsTheRequestAndTheOtherReportsOfTheSameId) {
+  Inbox inbox;
+  const zt::test::RawClient client(inbox.port());
+  ASSERT_TRUE(client.send(zt::test::postRequest(
+      "/soap", SampleReport().text(), "X-Two:  a b \r\nx-empty:\r\nX-Two: %0d%0a<b>\r\n")));
+  inbox.waitFor(1);
+  post(inbox, SampleReport());
+  post(inbox, SampleReport());
+  ask(inbox, "GET", "/api/v1/wait?count=3");
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["sameId"], json({2, 3}));
+  EXPECT_EQ(one["request"], "POST /soap HTTP/1.1");
+  const std::string size = std::to_string(SampleReport().text().size());
+  EXPECT_EQ(one["headers"], json({{{"name", "Host"}, {"value", "127.0.0.1"}},
+                                  {{"name", "X-Two"}, {"value", "a b"}},
+                                  {{"name", "x-empty"}, {"value", ""}},
+                                  {{"name", "X-Two"}, {"value", "%0d%0a<b>"}},
+                                  {{"name", "Content-Length"}, {"value", size}}}));
+}
+
+TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
+  const Inbox inbox;
+  SampleReport report;
+  report.moreFields = SampleReport::field("SUCCESSFULL", "TRUE") +
+                      "               <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+                      "                 <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
+                      "                 <Fields xsi:type=\"com_Fields\">\r\n"
+                      "                   <Field xsi:type=\"com_Field\" FieldType=\"integer\">\r\n"
+                      "                     <Name xsi:type=\"xsd:string\">COUNT</Name>\r\n"
+                      "                     <Value xsi:type=\"xsd:string\">7</Value>\r\n"
+                      "                   </Field>\r\n"
+                      "                 </Fields>\r\n"
+                      "               </Data>\r\n";
+  post(inbox, report);
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["complete"], true);
+  EXPECT_EQ(one["content"],
+            json::parse(R"([{"type": "EXECUTION", "date": "2026-11-21T12:00:00.123UTC",
+        "result": "succeeded", "duration": null, "steps": [],
+        "fields": [{"name": "EDITION", "type": "string", "value": "Home"},
+                   {"name": "SUCCESSFULL", "type": "string", "value": "TRUE"},
+                   {"name": "LIST", "type": "array", "groups": [
+                     [{"name": "COUNT", "type": "integer", "value": "7"}]]}]}])"));
+  EXPECT_EQ(one["result"], "succeeded");
+  EXPECT_EQ(one["fault"], nullptr);
+}
+
+TEST(ApiTest, TellsWhereAReportCannotBeRead) {
+  const Inbox inbox;
+  SampleReport report;
+  report.pools = {"EXECUTION", "CUSTOM"};
+  report.moreFields = "               <Field>\r\n";
+  post(inbox, report);
+  const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
+  EXPECT_EQ(one["fault"],
+            "line 18, column 16: expected \"<Field\" after 15 blanks or \"</Fields>\" after 13");
+  EXPECT_EQ(one["content"],
+            json::parse(R"([{"type": "EXECUTION", "date": "2026-11-21T12:00:00.123UTC",
+        "result": null, "duration": null, "steps": [],
+        "fields": [{"name": "EDITION", "type": "string", "value": "Home"}]}])"));
+  EXPECT_EQ(one["complete"], true);
+  EXPECT_EQ(one["pools"], json({"EXECUTION", "CUSTOM"}));
+  EXPECT_EQ(json::parse(ask(inbox, "GET", "/api/v1/reports?text=custom").body).size(), 1U)
+      << "all of it is searched";
+}
+
+TEST(ApiTest, CountsForCharts) {
+  Inbox inbox({"--answer", "refuse"});
+  post(inbox, SampleReport());
+  inbox.behave(R"({"answer": "accept"})");
+  post(inbox, reportOf("other"));
+  json stats = json::parse(ask(inbox, "GET", "/api/v1/stats").body);
+  EXPECT_EQ(stats["arrivals"], 2);
+  EXPECT_EQ(stats["reports"], 2);
+  EXPECT_EQ(stats["unread"], 2);
+  int accepted = 0;
+  int refused = 0;
+  for (const json& minute : stats["minutes"]) {
+    accepted += minute["accepted"].get<int>();
+    refused += minute["refused"].get<int>();
+  }
+  EXPECT_EQ(accepted, 1);
+  EXPECT_EQ(refused, 1);
+  stats = json::parse(ask(inbox, "GET", "/api/v1/stats?customer=other").body);
+  EXPECT_EQ(stats["reports"], 1);
+  EXPECT_EQ(stats["arrivals"], 2);
+}
+
+TEST(ApiTest, ADeletionWithoutALengthIsAnsweredAtOnce) {
+  // The HTTP library once read such a request up to the end of the connection.
+  const Inbox inbox;
+  zt::test::RawClient client(inbox.port());
+  ASSERT_TRUE(client.send("DELETE /api/v1/reports HTTP/1.1\r\nHost: " + inbox.url().substr(7) +
+                          "\r\nConnection: close\r\n\r\n"));
+  EXPECT_TRUE(client.receiveAll().ends_with("{\"deleted\":0}\n"));
+}
+
+TEST(ApiTest, WaitsForReports) {
+  Inbox inbox;
+  std::thread sending([&inbox] {
+    for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
+  });
+  EXPECT_EQ(ask(inbox, "GET", "/api/v1/wait?count=3&timeout=25").body, "{\"count\":3}\n");
+  sending.join();
+  inbox.clear();
+  EXPECT_EQ(ask(inbox, "GET", "/api/v1/wait?timeout=0").status, 408);
+}
+
+TEST(ApiTest, KeepsTheNewestReports) {
+  Inbox inbox({"--max", "2"});
+  for (int i = 0; i < 5; ++i) post(inbox, SampleReport());
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{5, 4}));
+  inbox.waitFor(5);
+}
+
+TEST(ApiTest, FindsDuplicates) {
+  Inbox inbox;
+  for (const char* id : {"{A}", "{B}", "{A}", "{A}"}) post(inbox, reportWithId(id));
+  const json list = inbox.reports();
+  EXPECT_EQ(list[0]["duplicateOf"], 1);
+  EXPECT_EQ(list[1]["duplicateOf"], 1);
+  EXPECT_EQ(list[2]["duplicateOf"], nullptr);
+  EXPECT_EQ(list[3]["duplicateOf"], nullptr);
+}
+
+TEST(ApiTest, ShowsAndChangesTheBehaviour) {
+  const Inbox inbox({"--answer", "refuse", "--slow", "1"});
+  EXPECT_EQ(ask(inbox, "GET", "/api/v1/behaviour").body,
+            "{\"answer\":\"refuse\",\"failRate\":0.0,\"scenario\":[],\"seed\":0,\"slow\":1}\n");
+  const Answer changed = ask(inbox, "PUT", "/api/v1/behaviour",
+                             R"({"slow": 0, "scenario": [{"answer": "drop", "times": 2}]})");
+  EXPECT_EQ(changed.status, 200);
+  EXPECT_EQ(changed.body,
+            "{\"answer\":\"refuse\",\"failRate\":0.0,\"scenario\":[{\"answer\":\"drop\","
+            "\"times\":2}],\"seed\":0,\"slow\":0}\n");
+}
+
+TEST(ApiTest, AWrongBehaviourChangesNothing) {
+  const Inbox inbox;
+  const std::string before = ask(inbox, "GET", "/api/v1/behaviour").body;
+  const Answer wrong =
+      ask(inbox, "PUT", "/api/v1/behaviour",
+          R"({"answer": "drop", "scenario": [{"answer": "drop"}, {"answer": "later"}]})");
+  EXPECT_EQ(wrong.status, 400);
+  EXPECT_EQ(wrong.body,
+            "{\"error\":\"/scenario/1/answer: must be accept, refuse, garbage, error:STATUS (200 "
+            "to 599), hang, drop or truncate\"}\n");
+  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/behaviour", R"({"Slow": 1})").body,
+            "{\"error\":\"/Slow: unknown key\"}\n");
+  EXPECT_EQ(ask(inbox, "GET", "/api/v1/behaviour").body, before);
+}
+
+TEST(ApiTest, TheHelperReadsEveryPage) {
+  Inbox inbox({"--max", "3000"});
+  auto client = inbox.newClient();
+  client.set_keep_alive(true);
+  const std::string report = SampleReport().text();
+  for (int i = 0; i < 1'005; ++i) ASSERT_TRUE(client.Post("/soap", report, "text/xml"));
+  const json all = inbox.reports();
+  ASSERT_EQ(all.size(), 1'005U);
+  EXPECT_EQ(all.front()["number"], 1'005);
+  EXPECT_EQ(all.back()["number"], 1);
+}
+
+}  // namespace

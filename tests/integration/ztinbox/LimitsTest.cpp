@@ -1,0 +1,124 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/integration/ztinbox/RawClient.h"
+#include "tests/support/Inbox.h"
+#include "tests/unit/tools/ztinbox/SampleReport.h"
+
+namespace {
+
+using zt::test::Inbox;
+using zt::test::postRequest;
+using zt::test::RawClient;
+using zt::test::SampleReport;
+
+constexpr std::size_t kLargest = 64UL * 1024 * 1024;
+constexpr const char* kTooLarge = "HTTP/1.1 413 Payload Too Large\r\n";
+
+std::string reportOfSize(std::size_t size) {
+  SampleReport report;
+  report.value = "";
+  report.value = std::string(size - report.text().size(), '\0');
+  return report.text();
+}
+
+TEST(LimitsTest, TakesAReportOf64MiB) {
+  Inbox inbox;
+  auto client = inbox.newClient();
+  client.set_write_timeout(30);
+  const std::string report = reportOfSize(kLargest);
+  const auto answer = client.Post("/soap", report, "text/xml");
+  ASSERT_TRUE(answer);
+  EXPECT_EQ(answer->status, 200);
+  EXPECT_EQ(inbox.reports()[0]["size"], kLargest);
+  EXPECT_EQ(inbox.raw(1) == report, true);
+}
+
+TEST(LimitsTest, RefusesALargerOneWhileTheClientIsStillSending) {
+  Inbox inbox;
+  const std::string request = postRequest("/soap", reportOfSize(kLargest + 1));
+  RawClient client(inbox.port());
+  client.send(request);
+  const std::string answer = client.receiveAll();
+  EXPECT_TRUE(answer.starts_with(kTooLarge)) << answer;
+  EXPECT_TRUE(answer.ends_with("request over 64 MiB\n")) << answer;
+  EXPECT_EQ(inbox.reports().size(), 0U);
+}
+
+TEST(LimitsTest, AnAnnouncedSizeIsEnoughToBeRefused) {
+  const Inbox inbox;
+  for (const char* size : {"67108865", "99999999999999999999999"}) {
+    RawClient client(inbox.port());
+    ASSERT_TRUE(client.send(std::string("POST /soap HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\n"
+                                        "Content-Length: ") +
+                            size + "\r\n\r\n"));
+    client.endSending();
+    EXPECT_TRUE(client.receiveAll().starts_with(kTooLarge)) << size;
+  }
+}
+
+TEST(LimitsTest, RefusesTooManyChunks) {
+  Inbox inbox;
+  RawClient client(inbox.port());
+  const std::string chunk = "100000\r\n" + std::string(0x100000, 'x') + "\r\n";
+  bool taken = client.send("POST /soap HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n");
+  for (int i = 0; i < 65 && taken; ++i) taken = client.send(chunk);
+  EXPECT_TRUE(client.receiveAll().starts_with(kTooLarge));
+  EXPECT_EQ(inbox.reports().size(), 0U);
+}
+
+TEST(LimitsTest, RefusesALengthThatMakesNoSense) {
+  const Inbox inbox;
+  for (const char* headers : {"Content-Length: -1\r\n", "Content-Length: 5x\r\n",
+                              "Content-Length: 5\r\nContent-Length: 6\r\n"}) {
+    RawClient client(inbox.port());
+    ASSERT_TRUE(client.send(std::string("POST /soap HTTP/1.1\r\nHost: x\r\n") + headers + "\r\n"));
+    client.endSending();
+    const std::string answer = client.receiveAll();
+    EXPECT_TRUE(answer.starts_with("HTTP/1.1 400 Bad Request\r\n")) << answer;
+    EXPECT_TRUE(answer.ends_with("bad Content-Length\n")) << answer;
+  }
+}
+
+TEST(LimitsTest, EndsConnectionsThatSpeakNoHttp) {
+  Inbox inbox;
+  for (const std::string& bytes :
+       {std::string("hello\r\n\r\n"), std::string("\0\1\2\r\n", 5), std::string("GET /\r\n\r\n"),
+        "GET /" + std::string(10'000, 'a') + " HTTP/1.1\r\n\r\n"}) {
+    RawClient client(inbox.port());
+    ASSERT_TRUE(client.send(bytes));
+    client.endSending();
+    client.receiveAll();
+    EXPECT_NE(client.end(), RawClient::End::kStillOpen) << bytes;
+  }
+  EXPECT_EQ(inbox.reports().size(), 0U) << "it is still there";
+}
+
+TEST(LimitsTest, RefusesAHeadThatNeverEnds) {
+  Inbox inbox;
+  const std::string header = "X: " + std::string(1'000, 'x') + "\r\n";
+  std::string headers;
+  for (int i = 0; i < 300; ++i) headers += header;
+  for (const std::string& request :
+       {"GET / HTTP/1.1\r\n" + headers, "GET /" + std::string(300'000, 'a')}) {
+    RawClient client(inbox.port());
+    ASSERT_TRUE(client.send(request));
+    client.receiveAll();
+    EXPECT_EQ(client.end(), RawClient::End::kOrderly);
+  }
+  EXPECT_EQ(inbox.reports().size(), 0U) << "it is still there";
+}
+
+TEST(LimitsTest, SaysThatAHeadIsTooLarge) {
+  const Inbox inbox;
+  RawClient client(inbox.port());
+  std::string request = "GET / HTTP/1.1\r\n";
+  for (int i = 0; i < 30'000; ++i) request += "X: xxxxxx\r\n";
+  ASSERT_TRUE(client.send(request));
+  const std::string answer = client.receiveAll();
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 431 ")) << answer;
+  EXPECT_TRUE(answer.ends_with("request head over 256 KiB\n")) << answer;
+}
+
+}  // namespace

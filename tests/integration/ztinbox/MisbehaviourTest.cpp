@@ -1,0 +1,174 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "tests/integration/ztinbox/RawClient.h"
+#include "tests/support/Inbox.h"
+#include "tests/unit/tools/ztinbox/SampleReport.h"
+
+namespace {
+
+using zt::test::Inbox;
+using zt::test::kVersionRequest;
+using zt::test::postRequest;
+using zt::test::RawClient;
+using zt::test::SampleReport;
+
+using End = RawClient::End;
+
+/// What a client sees of the answer to one report.
+struct Seen {
+  std::string bytes;
+  End end = End::kStillOpen;
+};
+
+Seen seenBy(const Inbox& inbox, const std::string& request) {
+  RawClient client(inbox.port());
+  EXPECT_TRUE(client.send(request));
+  Seen seen;
+  seen.bytes = client.receiveAll();
+  seen.end = client.end();
+  return seen;
+}
+
+Seen seenAfterReport(const Inbox& inbox) {
+  return seenBy(inbox, postRequest("/soap", SampleReport().text(), "Connection: close\r\n"));
+}
+
+std::string bodyOf(const Seen& seen) { return seen.bytes.substr(seen.bytes.find("\r\n\r\n") + 4); }
+std::string statusOf(const Seen& seen) { return seen.bytes.substr(0, seen.bytes.find("\r\n")); }
+
+TEST(MisbehaviourTest, GarbageIsASuccessThatSaysNothing) {
+  const Seen seen = seenAfterReport(Inbox({"--answer", "garbage"}));
+  EXPECT_EQ(statusOf(seen), "HTTP/1.1 200 OK");
+  EXPECT_EQ(bodyOf(seen),
+            "<!DOCTYPE html>\n<html><head><title>Welcome</title></head>"
+            "<body>Please log in to use this network.</body></html>\n");
+  EXPECT_EQ(seen.end, End::kOrderly);
+}
+
+TEST(MisbehaviourTest, AnErrorHasTheGivenStatus) {
+  Inbox inbox;
+  const struct {
+    const char* status;
+    const char* line;
+    const char* body;
+  } rows[] = {
+      {"503", "HTTP/1.1 503 Service Unavailable", "error 503, on purpose\n"},
+      {"404", "HTTP/1.1 404 Not Found", "error 404, on purpose\n"},
+      {"302", "HTTP/1.1 302 Found", "error 302, on purpose\n"},
+      {"200", "HTTP/1.1 200 OK", "error 200, on purpose\n"},
+      {"204", "HTTP/1.1 204 No Content", ""},
+      {"304", "HTTP/1.1 304 Not Modified", ""},
+  };
+  for (const auto& row : rows) {
+    inbox.behave(std::string(R"({"answer": "error:)") + row.status + R"("})");
+    const Seen seen = seenAfterReport(inbox);
+    EXPECT_EQ(statusOf(seen), row.line);
+    EXPECT_EQ(bodyOf(seen), row.body) << row.status;
+  }
+  EXPECT_EQ(inbox.reports()[5]["answer"], "error 503");
+}
+
+TEST(MisbehaviourTest, ADroppedConnectionIsResetWithoutAByte) {
+  Inbox inbox({"--answer", "drop"});
+  const Seen seen = seenAfterReport(inbox);
+  EXPECT_EQ(seen.bytes, "");
+  EXPECT_EQ(seen.end, End::kReset);
+  EXPECT_EQ(inbox.reports()[0]["answer"], "dropped");
+}
+
+TEST(MisbehaviourTest, ATruncatedAnswerEndsBeforeItSaysAnything) {
+  Inbox inbox({"--answer", "truncate"});
+  const Seen seen = seenBy(inbox, postRequest("/soap", SampleReport().text()));
+  EXPECT_EQ(statusOf(seen), "HTTP/1.1 200 OK");
+  EXPECT_NE(seen.bytes.find("\r\nContent-Length: 510\r\n"), std::string::npos) << seen.bytes;
+  EXPECT_TRUE(seen.bytes.ends_with("<ns1:postPoolDa")) << seen.bytes;
+  EXPECT_EQ(seen.bytes.find("true"), std::string::npos);
+  EXPECT_EQ(seen.end, End::kOrderly);
+  EXPECT_EQ(inbox.reports()[0]["answer"], "truncated");
+}
+
+TEST(MisbehaviourTest, AHangingReportGetsNoAnswer) {
+  Inbox inbox({"--answer", "hang"});
+  RawClient client(inbox.port());
+  ASSERT_TRUE(client.send(postRequest("/soap", SampleReport().text())));
+  inbox.waitFor(1);
+  EXPECT_EQ(client.receiveAll(300), "");
+  EXPECT_EQ(client.end(), End::kStillOpen);
+  client.endSending();
+  EXPECT_EQ(client.receiveAll(), "") << "the client gave up";
+  EXPECT_EQ(client.end(), End::kOrderly);
+  EXPECT_EQ(inbox.reports()[0]["answer"], "no answer");
+}
+
+TEST(MisbehaviourTest, HangingClientsDoNotBlockOthers) {
+  constexpr int kClients = 100;
+  Inbox inbox({"--answer", "hang"});
+  std::vector<std::unique_ptr<RawClient>> hanging;
+  for (int i = 0; i < kClients; ++i) {
+    hanging.push_back(std::make_unique<RawClient>(inbox.port()));
+    ASSERT_TRUE(hanging.back()->send(postRequest("/soap", SampleReport().text())));
+  }
+  inbox.waitFor(kClients);
+  inbox.behave(R"({"answer": "accept"})");
+  EXPECT_EQ(statusOf(seenAfterReport(inbox)), "HTTP/1.1 200 OK");
+  inbox.child().signal(SIGTERM);
+  EXPECT_EQ(inbox.child().wait(), 0);
+}
+
+TEST(MisbehaviourTest, ConfigurationAndVersionStayHealthy) {
+  for (const char* answer : {"refuse", "garbage", "error:500", "hang", "drop", "truncate"}) {
+    const Inbox inbox({"--answer", answer, "--slow", "60000"});
+    EXPECT_EQ(bodyOf(seenBy(inbox, postRequest("/soap", kVersionRequest, "Connection: close\r\n"))),
+              "<versioninfo>ztinbox 1.0.0</versioninfo>")
+        << answer;
+    auto client = inbox.newClient();
+    const auto configuration = client.Get("/reporting/kelvane.xml");
+    ASSERT_TRUE(configuration) << answer;
+    EXPECT_EQ(configuration->status, 200) << answer;
+  }
+}
+
+TEST(MisbehaviourTest, ASlowAnswerComesLate) {
+  const Inbox inbox({"--slow", "200"});
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(statusOf(seenAfterReport(inbox)), "HTTP/1.1 200 OK");
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(200));
+}
+
+TEST(MisbehaviourTest, TheSameSeedGivesTheSameFaults) {
+  std::vector<std::string> runs;
+  for (int run = 0; run < 2; ++run) {
+    Inbox inbox({"--fail-rate", "0.5", "--seed", "7"});
+    for (int i = 0; i < 8; ++i) seenAfterReport(inbox);
+    std::string answers;
+    for (const auto& report : inbox.reports()) {
+      answers.insert(0, report["answer"].get<std::string>() + ", ");
+    }
+    runs.push_back(answers);
+  }
+  EXPECT_EQ(runs[0],
+            "accepted, refused, refused, accepted, error 500, accepted, refused, accepted, ");
+  EXPECT_EQ(runs[1], runs[0]);
+}
+
+TEST(MisbehaviourTest, PlaysAScenarioFile) {
+  const std::string path = ::testing::TempDir() + "ztinbox-scenario-" + std::to_string(::getpid());
+  std::FILE* file = std::fopen(path.c_str(), "w");
+  ASSERT_NE(file, nullptr);
+  std::fputs(R"([{"answer": "error:503", "times": 2}, {"answer": "drop"}, {"answer": "accept"}])",
+             file);
+  std::fclose(file);
+  Inbox inbox({"--scenario", path, "--answer", "garbage"});
+  std::string seen;
+  for (int i = 0; i < 5; ++i) seen += statusOf(seenAfterReport(inbox)) + "\n";
+  EXPECT_EQ(seen,
+            "HTTP/1.1 503 Service Unavailable\nHTTP/1.1 503 Service Unavailable\n\n"
+            "HTTP/1.1 200 OK\nHTTP/1.1 200 OK\n");
+  ::unlink(path.c_str());
+}
+
+}  // namespace

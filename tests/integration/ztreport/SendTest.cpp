@@ -1,0 +1,183 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <string>
+#include <vector>
+
+#include "tests/integration/ztreport/ReportProgram.h"
+#include "tests/support/Inbox.h"
+#include "tests/support/LoopbackPort.h"
+
+namespace {
+
+using testing::ElementsAre;
+using zt::test::contentOf;
+using zt::test::describedReport;
+using zt::test::Finished;
+using zt::test::Inbox;
+using zt::test::reportIdOf;
+using zt::test::ReportProgram;
+using zt::test::withoutReportId;
+
+constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
+
+/// A port of the loopback interface that notices every connection and answers none.
+class Listener {
+ public:
+  std::string url() const { return _port.url("/kelvane.xml"); }
+  /// Whether somebody connected since the last time.
+  bool wasAsked() const {
+    pollfd waiting{_port.socket(), POLLIN, 0};
+    return ::poll(&waiting, 1, 0) > 0 && _port.accept().isOpen();
+  }
+
+ private:
+  zt::test::LoopbackPort _port{zt::test::LoopbackPort::Listens};
+};
+
+class SendTest : public testing::Test {
+ protected:
+  /// The report is in the store, readable for its owner alone. Returns its text.
+  std::string expectSaved(const Finished& result, const std::string& reason) const {
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "");
+    const auto names = program.stored();
+    if (names.size() != 1) {
+      ADD_FAILURE() << "files in the store: " << testing::PrintToString(names);
+      return "";
+    }
+    const std::string path = program.storeFolder() + "/" + names.front();
+    EXPECT_EQ(result.output, "not accepted (" + reason + ")\nsaved: " + path + "\n");
+    const std::string text = contentOf(path);
+    EXPECT_EQ(names.front(), reportIdOf(text) + ".ztr");
+    struct stat status {};
+    EXPECT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777U, 0600U);
+    EXPECT_EQ(program.fileCount(), 1U);
+    EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
+    return text;
+  }
+
+  std::string rendered() const {
+    return program.run({"render", program.write("rendered.json", describedReport())}).output;
+  }
+
+  ReportProgram program;
+};
+
+TEST_F(SendTest, AsksNobodyWhenItRendersOrSaves) {
+  const Listener server;
+  const std::string file = program.write("report.json", describedReport(server.url()));
+  EXPECT_EQ(program.run({"render", file}).status, 0);
+  EXPECT_EQ(program.run({"render", "--plain", file}).status, 0);
+  EXPECT_EQ(program.run({"save", file}).status, 0);
+  EXPECT_FALSE(server.wasAsked());
+  EXPECT_EQ(program.run({"send", file}).status, 1);
+  EXPECT_TRUE(server.wasAsked());
+}
+
+TEST_F(SendTest, DeliversWhatItRenders) {
+  Inbox inbox;
+  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
+  const Finished result = program.run({"send", file});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  const auto reports = inbox.reports();
+  ASSERT_EQ(reports.size(), 1U);
+  const std::string text = inbox.raw(reports[0]["number"]);
+  EXPECT_EQ(result.output, "accepted: " + reportIdOf(text) + "\n");
+  EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
+  EXPECT_EQ(program.fileCount(), 0U);
+}
+
+TEST_F(SendTest, DeliversStandardInput) {
+  Inbox inbox;
+  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
+  EXPECT_EQ(program.run({"send", "-"}, {.input = file}).status, 0);
+  EXPECT_EQ(inbox.reports().size(), 1U);
+}
+
+TEST_F(SendTest, PutsTheConfigurationUrlOfTheCommandFirst) {
+  Inbox inbox;
+  const Listener other;
+  const std::string file = program.write("report.json", describedReport(other.url()));
+  const Finished result = program.run({"send", file, "--config-url", inbox.configurationUrl()});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_FALSE(other.wasAsked());
+  EXPECT_EQ(inbox.reports().size(), 1U);
+
+  const std::string without = program.write("without.json", describedReport());
+  EXPECT_EQ(program.run({"send", "--config-url", inbox.configurationUrl(), without}).status, 0);
+  EXPECT_EQ(inbox.reports().size(), 2U);
+}
+
+TEST_F(SendTest, SavesWhatIsNotConfirmed) {
+  for (const char* answer : {"refuse", "garbage", "error:503", "error:404", "drop", "truncate"}) {
+    SCOPED_TRACE(answer);
+    const ReportProgram fresh;
+    program.setDataFolder(fresh.path("data"));
+    Inbox inbox({"--answer", answer});
+    const std::string file =
+        program.write("report.json", describedReport(inbox.configurationUrl()));
+    const Finished result = program.run({"send", file});
+    const std::string text = expectSaved(result, "no confirmation from " + inbox.url() + "/soap");
+    const auto reports = inbox.reports();
+    // A request on a kept connection that is dropped may be sent once more on a new one.
+    if (answer == std::string("drop")) {
+      ASSERT_GE(reports.size(), 1U);
+    } else {
+      ASSERT_EQ(reports.size(), 1U);
+    }
+    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report["number"]), text);
+  }
+}
+
+TEST_F(SendTest, WaitsTwoSecondsForAnAnswer) {
+  Inbox inbox({"--answer", "hang"});
+  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
+  const auto start = std::chrono::steady_clock::now();
+  const Finished result = program.run({"send", file});
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
+  const std::string text = expectSaved(result, "no confirmation from " + inbox.url() + "/soap");
+  const auto reports = inbox.reports();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(inbox.raw(reports[0]["number"]), text);
+}
+
+TEST_F(SendTest, SavesWhenTheServerIsOutOfReach) {
+  const std::string file = program.write("report.json", describedReport(kUnreachable));
+  expectSaved(program.run({"send", file}), std::string("no configuration at ") + kUnreachable);
+}
+
+TEST_F(SendTest, SavesWhenThereIsNoConfiguration) {
+  Inbox inbox;
+  const std::string url = inbox.url() + "/nowhere.xml";
+  const std::string file = program.write("report.json", describedReport(url));
+  expectSaved(program.run({"send", file}), "no configuration at " + url);
+  EXPECT_EQ(inbox.reports().size(), 0U);
+}
+
+TEST_F(SendTest, SaysThatAReportIsNeitherAcceptedNorSaved) {
+  const std::string file = program.write("report.json", describedReport(kUnreachable));
+  program.setDataFolder(program.write("regular", "x") + "/data");
+  const Finished result = program.run({"send", file});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.output, "");
+  EXPECT_EQ(result.errors, std::string("ztreport: not accepted (no configuration at ") +
+                               kUnreachable +
+                               "), and not saved: the store's folder cannot be created\n");
+}
+
+TEST_F(SendTest, NeedsNoStoreForAnAcceptedReport) {
+  Inbox inbox;
+  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
+  program.setDataFolder(program.write("regular", "x") + "/data");
+  EXPECT_EQ(program.run({"send", file}).status, 0);
+  EXPECT_EQ(inbox.reports().size(), 1U);
+}
+
+}  // namespace

@@ -1,0 +1,155 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "tests/integration/ztreport/ReportProgram.h"
+#include "tests/support/Inbox.h"
+
+namespace {
+
+using zt::test::contentOf;
+using zt::test::describedFlatReport;
+using zt::test::describedReport;
+using zt::test::Finished;
+using zt::test::Inbox;
+using zt::test::reportIdOf;
+using zt::test::ReportProgram;
+using zt::test::withoutReportId;
+
+/// The commands save and resend.
+class StoreTest : public testing::Test {
+ protected:
+  Finished save(const std::vector<std::string>& options = {}) const {
+    std::vector<std::string> arguments{"save", _file};
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    return program.run(arguments);
+  }
+  void expectResent(const Inbox& inbox, int status, const std::string& output) const {
+    const Finished result = program.run({"resend", "--config-url", inbox.configurationUrl()});
+    EXPECT_EQ(result.status, status);
+    EXPECT_EQ(result.output, output);
+    EXPECT_EQ(result.errors, "");
+  }
+  const std::string& file() const { return _file; }
+
+  ReportProgram program;
+
+ private:
+  std::string _file = program.write("report.json", describedFlatReport());
+};
+
+TEST_F(StoreTest, SavesTheRenderedReport) {
+  const Finished result = save();
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.errors, "");
+  const auto names = program.stored();
+  ASSERT_EQ(names.size(), 1U);
+  const std::string path = program.storeFolder() + "/" + names.front();
+  EXPECT_EQ(result.output, path + "\n");
+  const std::string text = contentOf(path);
+  EXPECT_EQ(names.front(), reportIdOf(text) + ".ztr");
+  EXPECT_EQ(withoutReportId(text), withoutReportId(program.run({"render", file()}).output));
+  struct stat status {};
+  ASSERT_EQ(::stat(path.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0600U);
+}
+
+TEST_F(StoreTest, IsThatOfTheHost) {
+  EXPECT_EQ(save({"--app-name", "Setup of Ä"}).status, 0);
+  EXPECT_EQ(program.stored("Setup of Ä").size(), 1U);
+  EXPECT_EQ(program.run({"--app-name", "...", "save", file()}).status, 0);
+  EXPECT_EQ(program.stored("...").size(), 1U);
+  EXPECT_EQ(program.stored().size(), 0U);
+
+  Inbox inbox;
+  expectResent(inbox, 0, "0 sent, 0 left\n");
+  const Finished other =
+      program.run({"resend", "--config-url", inbox.configurationUrl(), "--app-name", "Setup of Ä"});
+  EXPECT_EQ(other.output, "1 sent, 0 left\n");
+  EXPECT_EQ(program.stored("Setup of Ä").size(), 0U);
+  EXPECT_EQ(program.stored("...").size(), 1U);
+}
+
+TEST_F(StoreTest, SaysWhenItsFolderCannotBeMade) {
+  program.setDataFolder(program.write("regular", "x") + "/data");
+  const Inbox inbox;
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {"save", file()}, {"resend", "--config-url", inbox.configurationUrl()}}) {
+    const Finished result = program.run(arguments);
+    EXPECT_EQ(result.status, 3);
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.errors, "ztreport: the store's folder cannot be created\n");
+  }
+}
+
+TEST_F(StoreTest, OfNothingHasNothingToSend) {
+  const Inbox inbox;
+  expectResent(inbox, 0, "0 sent, 0 left\n");
+}
+
+TEST_F(StoreTest, SendsUpToTheFirstReportThatIsNotAccepted) {
+  for (int i = 0; i < 3; ++i) ASSERT_EQ(save().status, 0);
+  std::multiset<std::string> saved;
+  for (const std::string& name : program.stored()) {
+    saved.insert(contentOf(program.storeFolder() + "/" + name));
+  }
+  program.write("data/Kelvane/ztreport/reports/notes.txt", "not a report");
+
+  Inbox inbox;
+  inbox.behave(R"({"answer": "accept", "scenario": [{"answer": "accept"}, {"answer": "refuse"}]})");
+  expectResent(inbox, 1, "1 sent, 2 left\n");
+  auto reports = inbox.reports();
+  ASSERT_EQ(reports.size(), 2U);  // newest first
+  const std::string sent = program.storeFolder() + "/" + reports[1]["reportId"].get<std::string>();
+  EXPECT_FALSE(std::filesystem::exists(sent + ".ztr"));
+
+  inbox.clear();
+  inbox.behave(R"({"answer": "accept", "scenario": []})");
+  expectResent(inbox, 0, "2 sent, 0 left\n");
+  EXPECT_EQ(inbox.reports().size(), 2U);
+  EXPECT_THAT(program.stored(), testing::ElementsAre("notes.txt"));
+  expectResent(inbox, 0, "0 sent, 0 left\n");
+}
+
+TEST_F(StoreTest, SendsWhatWasSaved) {
+  const std::string path = save().output;
+  const std::string text = contentOf(path.substr(0, path.size() - 1));
+  Inbox inbox;
+  expectResent(inbox, 0, "1 sent, 0 left\n");
+  const auto reports = inbox.reports();
+  ASSERT_EQ(reports.size(), 1U);
+  EXPECT_EQ(reportIdOf(inbox.raw(reports[0]["number"])), reportIdOf(text));
+}
+
+TEST_F(StoreTest, KeepsAllThatCannotBeSent) {
+  ASSERT_EQ(save().status, 0);
+  const Inbox refusing({"--answer", "refuse"});
+  expectResent(refusing, 1, "0 sent, 1 left\n");
+  const Finished unreachable =
+      program.run({"resend", "--config-url", "http://127.0.0.1:1/kelvane.xml"});
+  EXPECT_EQ(unreachable.status, 1);
+  EXPECT_EQ(unreachable.output, "0 sent, 1 left\n");
+  EXPECT_EQ(program.stored().size(), 1U);
+}
+
+TEST_F(StoreTest, IsStoppedByAFileThatIsNoXml) {
+  Inbox inbox;
+  const std::string broken = program.write("data/Kelvane/ztreport/reports/{BROKEN}.ztr",
+                                           "<reportData><Datas></reportData>");
+  expectResent(inbox, 1, "0 sent, 1 left\n");
+  EXPECT_EQ(contentOf(broken), "<reportData><Datas></reportData>");
+
+  std::filesystem::remove(broken);
+  const std::string withArray = program.write("array.json", describedReport());
+  ASSERT_EQ(program.run({"save", withArray}).status, 0);
+  expectResent(inbox, 1, "0 sent, 1 left\n");
+  EXPECT_EQ(program.stored().size(), 1U);
+  EXPECT_EQ(inbox.reports().size(), 0U);
+}
+
+}  // namespace

@@ -1,0 +1,12 @@
+#pragma once
+
+namespace zt::test {
+
+// The global operator new and delete of ztportal_unit_test keep these two counts for each thread.
+
+/// Allocations that still succeed; negative: all of them.
+extern thread_local long allocationsLeft;
+/// Allocations made and not freed yet.
+extern thread_local long allocationsHeld;
+
+}  // namespace zt::test

@@ -1,0 +1,10 @@
+// What nearly every test includes, compiled once a test program.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>

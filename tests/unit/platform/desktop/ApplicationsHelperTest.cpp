@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/Child.h"
+#include "tests/unit/platform/desktop/MadeUpDesktop.h"
+#include "tests/unit/platform/process/HelperRun.h"
+#include "ztportal/platform/process/LibexecFolder.h"
+
+namespace {
+
+using zt::test::Child;
+using zt::test::HelperRun;
+using zt::test::MadeUpDesktop;
+
+class ApplicationsHelperTest : public testing::Test {
+ protected:
+  static HelperRun run(const std::vector<std::string>& arguments) {
+    return zt::test::runHelper("ztportal-applications", arguments);
+  }
+  static HelperRun answer(const std::vector<std::string>& texts) {
+    std::string output;
+    for (const std::string& text : texts) output += text + '\0';
+    return {0, output, ""};
+  }
+
+  MadeUpDesktop _desktop;
+  std::string _program = _desktop.program("usr/bin/some program");
+  const HelperRun _none{1, "", ""};
+};
+
+TEST_F(ApplicationsHelperTest, TellsPathNameAndWords) {
+  const std::string file =
+      _desktop.entry("usr/share/applications/some.desktop",
+                     "Name=Some \"thing\"\nExec=\"some program\" --name \"a b\" '' %u\n");
+  EXPECT_EQ(run({"entry", file}),
+            answer({file, "Some \"thing\"", "some program", "--name", "a b", "", "%u"}));
+  _desktop.write("home/.config/mimeapps.list",
+                 "[Default Applications]\nx-scheme-handler/http=some.desktop\n");
+  EXPECT_EQ(run({"default", "http"}), run({"entry", file}));
+}
+
+TEST_F(ApplicationsHelperTest, TakesTheFirstUsableEntryUpToAHiddenOne) {
+  const std::string name = "Name=Some\nExec=\"some program\"\n";
+  const std::string good = _desktop.entry("good.desktop", name);
+  const std::string missing = _desktop.path("missing.desktop");
+  const std::string unusable = _desktop.entry("unusable.desktop", "Name=Some\nExec=missing\n");
+  const std::string hidden = _desktop.entry("hidden.desktop", name + "Hidden=true\n");
+  const HelperRun told = answer({good, "Some", "some program"});
+  EXPECT_EQ(run({"entry", missing, unusable, good, hidden}), told);
+  EXPECT_EQ(run({"entry", unusable, hidden, good}), _none);
+  EXPECT_EQ(run({"entry", missing}), _none);
+}
+
+TEST_F(ApplicationsHelperTest, AnEntryMayHaveNeitherNameNorCommand) {
+  const std::string file = _desktop.entry("some.desktop", "");
+  EXPECT_EQ(run({"entry", file}), answer({file, ""}));
+}
+
+TEST_F(ApplicationsHelperTest, SaysNothingWhenThereIsNoDefault) {
+  EXPECT_EQ(run({"default", "http"}), _none);
+}
+
+TEST_F(ApplicationsHelperTest, AnswersNothingElse) {
+  const HelperRun usage{2, "",
+                        "ztportal-applications: usage: ztportal-applications default SCHEME\n"
+                        "                              ztportal-applications entry FILE...\n"};
+  const std::vector<std::string> rows[] = {{},
+                                           {"--help"},
+                                           {"entry"},
+                                           {"default"},
+                                           {"default", ""},
+                                           {"default", "http", "https"},
+                                           {"other", "http"}};
+  for (const auto& row : rows) EXPECT_EQ(run(row), usage) << testing::PrintToString(row);
+}
+
+TEST_F(ApplicationsHelperTest, SaysWhenItCannotWrite) {
+  const std::string file = _desktop.entry("some.desktop", "Name=Some\n");
+  Child child(zt::libexecFolder() + "/ztportal-applications", {"entry", file}, std::nullopt,
+              {.output = "/dev/full"});
+  EXPECT_EQ(child.waitForErrors(), "ztportal-applications: cannot write the answer\n");
+  EXPECT_EQ(child.wait(), 3);
+}
+
+}  // namespace

@@ -1,0 +1,242 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/files/FakeFiles.h"
+#include "ztportal/platform/files/LinuxFiles.h"
+
+// What every answer to the question `Files` does, the real one and the fake alike.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Optional;
+using testing::UnorderedElementsAre;
+
+struct OnLinux {
+  zt::LinuxFiles files;
+  zt::test::TemporaryFolder folder;
+  std::string root() const { return folder.path(); }
+};
+
+struct InMemory {
+  zt::test::FakeFiles files;
+  InMemory() { files.createFolders("/root"); }
+  std::string root() const { return "/root"; }
+};
+
+template <class Subject>
+class FilesContract : public testing::Test {
+ protected:
+  zt::Files& files() { return _subject.files; }
+  std::string path(const std::string& name) const { return _subject.root() + "/" + name; }
+  std::string root() const { return _subject.root(); }
+
+ private:
+  Subject _subject;
+};
+
+using Subjects = testing::Types<OnLinux, InMemory>;
+TYPED_TEST_SUITE(FilesContract, Subjects);
+
+const std::string kNulByte(1, '\0');
+
+TYPED_TEST(FilesContract, ThereIsNothingAtTheStart) {
+  EXPECT_TRUE(this->files().isFolder(this->root()));
+  EXPECT_THAT(this->files().list(this->root()), Optional(IsEmpty()));
+  EXPECT_FALSE(this->files().exists(this->path("a")));
+  EXPECT_FALSE(this->files().isFolder(this->path("a")));
+}
+
+TYPED_TEST(FilesContract, CreatesAFolderAndThoseAboveIt) {
+  EXPECT_TRUE(this->files().createFolders(this->path("a/b/c")));
+  for (const char* name : {"a", "a/b", "a/b/c", "a/b/c/", "a//b", "a/./b", "a/b/.."}) {
+    EXPECT_TRUE(this->files().exists(this->path(name))) << name;
+    EXPECT_TRUE(this->files().isFolder(this->path(name))) << name;
+  }
+  EXPECT_THAT(this->files().list(this->path("a")), Optional(ElementsAre("b")));
+}
+
+TYPED_TEST(FilesContract, CreatesTheMissingPartOfAPath) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a/b")));
+  EXPECT_TRUE(this->files().createFolders(this->path("a/c/d/")));
+  EXPECT_TRUE(this->files().isFolder(this->path("a/c/d")));
+  EXPECT_THAT(this->files().list(this->path("a")), Optional(UnorderedElementsAre("b", "c")));
+}
+
+TYPED_TEST(FilesContract, AnExistingFolderIsCreatedWithSuccess) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  ASSERT_TRUE(this->files().write(this->path("a/file"), "kept"));
+  EXPECT_TRUE(this->files().createFolders(this->path("a")));
+  EXPECT_TRUE(this->files().createFolders(this->path("a/")));
+  EXPECT_THAT(this->files().read(this->path("a/file")), Optional(std::string("kept")));
+}
+
+TYPED_TEST(FilesContract, NoFolderIsCreatedWhereAFileIsInTheWay) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
+  EXPECT_FALSE(this->files().createFolders(this->path("file")));
+  EXPECT_FALSE(this->files().createFolders(this->path("file/a")));
+  EXPECT_FALSE(this->files().createFolders(this->path("file/a/b")));
+  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+}
+
+TYPED_TEST(FilesContract, ReadsEveryByteThatWasWritten) {
+  const std::string contents[] = {"",
+                                  "a",
+                                  "no end of line",
+                                  "lines\r\n\n\x1a\n",
+                                  std::string("nul\0\0nul", 8),
+                                  "\xff\xfe\xc3\xa4",
+                                  std::string(64 * 1024 - 1, 'x'),
+                                  std::string(64 * 1024, 'y'),
+                                  std::string(3 * 1024 * 1024 + 7, 'z')};
+  for (const std::string& content : contents) {
+    const std::string path = this->path("file" + std::to_string(content.size()));
+    EXPECT_TRUE(this->files().write(path, content)) << content.size();
+    EXPECT_TRUE(this->files().exists(path)) << content.size();
+    EXPECT_FALSE(this->files().isFolder(path)) << content.size();
+    EXPECT_TRUE(this->files().read(path) == content) << content.size();
+  }
+}
+
+TYPED_TEST(FilesContract, AWriteReplacesTheWholeContent) {
+  const std::string path = this->path("file");
+  for (const char* content : {"long content", "short", "", "longer than ever before"}) {
+    EXPECT_TRUE(this->files().write(path, content)) << content;
+    EXPECT_THAT(this->files().read(path), Optional(std::string(content)));
+  }
+  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
+}
+
+TYPED_TEST(FilesContract, MakesFoldersAndFilesBelowARoot) {
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "a/b/file", "x"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a/b"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a//b/"));
+  EXPECT_TRUE(this->files().createFoldersBelow(this->path("a"), "b/c"));
+  EXPECT_TRUE(this->files().writeBelow(this->root(), "a/b/file", "long content"));
+  EXPECT_TRUE(this->files().writeBelow(this->path("a/b"), "file", "short"));
+  EXPECT_THAT(this->files().read(this->path("a/b/file")), Optional(std::string("short")));
+  EXPECT_THAT(this->files().list(this->path("a/b")), Optional(UnorderedElementsAre("c", "file")));
+}
+
+TYPED_TEST(FilesContract, MakesNothingBelowWhatIsNoFolder) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->path("missing"), "a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->path("file"), "a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file/a"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file"));
+  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), ""));
+  EXPECT_FALSE(this->files().writeBelow(this->path("missing"), "a", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/a", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "", "x"));
+  EXPECT_FALSE(this->files().writeBelow(this->root(), "a" + kNulByte, "x"));
+  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
+  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+}
+
+TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
+  EXPECT_FALSE(this->files().write(this->path("missing/file"), "x"));
+  EXPECT_FALSE(this->files().exists(this->path("missing")));
+  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
+  EXPECT_FALSE(this->files().write(this->path("file/below"), "x"));
+  EXPECT_FALSE(this->files().write(this->path("file/"), "x"));
+  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+}
+
+TYPED_TEST(FilesContract, WritesNothingOverAFolder) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  EXPECT_FALSE(this->files().write(this->path("a"), "x"));
+  EXPECT_FALSE(this->files().write(this->path("a/"), "x"));
+  EXPECT_TRUE(this->files().isFolder(this->path("a")));
+  EXPECT_THAT(this->files().list(this->path("a")), Optional(IsEmpty()));
+}
+
+TYPED_TEST(FilesContract, ReadsNothingButFiles) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  ASSERT_TRUE(this->files().write(this->path("file"), "x"));
+  EXPECT_EQ(this->files().read(this->path("a")), std::nullopt);
+  EXPECT_EQ(this->files().read(this->path("missing")), std::nullopt);
+  EXPECT_EQ(this->files().read(this->path("missing/file")), std::nullopt);
+  EXPECT_EQ(this->files().read(this->path("file/below")), std::nullopt);
+  EXPECT_EQ(this->files().read(this->path("file/")), std::nullopt);
+}
+
+TYPED_TEST(FilesContract, ListsFilesAndFoldersButNotWhatIsBelow) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a/b/c")));
+  ASSERT_TRUE(this->files().write(this->path("a/.hidden"), "x"));
+  ASSERT_TRUE(this->files().write(this->path("a/name with blank"), "x"));
+  ASSERT_TRUE(this->files().write(this->path("a/not UTF-8 \xff"), "x"));
+  EXPECT_THAT(this->files().list(this->path("a")),
+              Optional(UnorderedElementsAre("b", ".hidden", "name with blank", "not UTF-8 \xff")));
+}
+
+TYPED_TEST(FilesContract, ListsAnUnchangedFolderInTheSameOrder) {
+  for (int i = 0; i < 100; ++i) {
+    ASSERT_TRUE(this->files().write(this->path("file" + std::to_string(i * 37 % 100)), "x"));
+  }
+  const std::optional<std::vector<std::string>> first = this->files().list(this->root());
+  ASSERT_TRUE(first.has_value());
+  EXPECT_EQ(first->size(), 100U);
+  EXPECT_EQ(this->files().list(this->root()), first);
+}
+
+TYPED_TEST(FilesContract, ListsNothingButFolders) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "x"));
+  EXPECT_EQ(this->files().list(this->path("file")), std::nullopt);
+  EXPECT_EQ(this->files().list(this->path("file/")), std::nullopt);
+  EXPECT_EQ(this->files().list(this->path("missing")), std::nullopt);
+}
+
+TYPED_TEST(FilesContract, RemovesAFile) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "x"));
+  ASSERT_TRUE(this->files().write(this->path("other"), "kept"));
+  EXPECT_TRUE(this->files().remove(this->path("file")));
+  EXPECT_FALSE(this->files().exists(this->path("file")));
+  EXPECT_EQ(this->files().read(this->path("file")), std::nullopt);
+  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("other")));
+  EXPECT_FALSE(this->files().remove(this->path("file")));
+}
+
+TYPED_TEST(FilesContract, RemovesAFolderOnlyWhenItIsEmpty) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  ASSERT_TRUE(this->files().write(this->path("a/file"), "kept"));
+  EXPECT_FALSE(this->files().remove(this->path("a")));
+  EXPECT_THAT(this->files().read(this->path("a/file")), Optional(std::string("kept")));
+  ASSERT_TRUE(this->files().remove(this->path("a/file")));
+  EXPECT_TRUE(this->files().remove(this->path("a")));
+  EXPECT_FALSE(this->files().exists(this->path("a")));
+}
+
+TYPED_TEST(FilesContract, AnEmptyTextNamesNothing) {
+  EXPECT_FALSE(this->files().exists(""));
+  EXPECT_FALSE(this->files().isFolder(""));
+  EXPECT_FALSE(this->files().createFolders(""));
+  EXPECT_EQ(this->files().list(""), std::nullopt);
+  EXPECT_EQ(this->files().read(""), std::nullopt);
+  EXPECT_FALSE(this->files().write("", "x"));
+  EXPECT_FALSE(this->files().remove(""));
+}
+
+TYPED_TEST(FilesContract, APathWithANulByteNamesNothing) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
+  const std::string folder = this->path("a") + kNulByte + "x";
+  const std::string file = this->path("file") + kNulByte + "x";
+  EXPECT_FALSE(this->files().exists(file));
+  EXPECT_FALSE(this->files().isFolder(folder));
+  EXPECT_FALSE(this->files().createFolders(this->path("new") + kNulByte));
+  EXPECT_EQ(this->files().list(folder), std::nullopt);
+  EXPECT_EQ(this->files().read(file), std::nullopt);
+  EXPECT_FALSE(this->files().write(file, "x"));
+  EXPECT_FALSE(this->files().remove(file));
+  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->files().list(this->root()), Optional(UnorderedElementsAre("a", "file")));
+}
+
+}  // namespace

@@ -1,0 +1,74 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <chrono>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include "tests/support/ChildProcess.h"
+#include "tests/support/ForkedChild.h"
+#include "ztportal/platform/identity/LinuxMachineIdentity.h"
+
+namespace {
+
+using testing::MatchesRegex;
+using zt::LinuxMachineIdentity;
+using zt::test::ChildProcess;
+using zt::test::inForkedChild;
+using zt::test::kNotPermitted;
+
+std::string lowerWithoutHyphens(std::string text) {
+  std::erase(text, '-');
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+  return text;
+}
+
+class LinuxMachineIdentityTest : public testing::Test {
+ protected:
+  LinuxMachineIdentityTest() { std::ifstream("/etc/machine-id") >> _raw; }
+  void SetUp() override {
+    if (_raw.size() != 32) GTEST_SKIP() << "this machine has no ID";
+  }
+
+  std::string _raw;
+};
+
+TEST_F(LinuxMachineIdentityTest, IsAUuidInUpperCase) {
+  EXPECT_THAT(std::string(LinuxMachineIdentity().platformUUID().view()),
+              MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+}
+
+TEST_F(LinuxMachineIdentityTest, IsTheSameForEveryCallAndUser) {
+  const ZtString uuid = LinuxMachineIdentity().platformUUID();
+  EXPECT_EQ(LinuxMachineIdentity().platformUUID(), uuid);
+  const int failed = inForkedChild([&] {
+    constexpr uid_t kNobody = 65534;
+    if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) return kNotPermitted;
+    return LinuxMachineIdentity().platformUUID() == uuid ? 0 : 1;
+  });
+  if (failed == kNotPermitted) GTEST_SKIP() << "another user cannot be taken";
+  EXPECT_EQ(failed, 0);
+}
+
+TEST_F(LinuxMachineIdentityTest, DoesNotGiveTheMachinesOwnIdAway) {
+  const ZtString uuid = LinuxMachineIdentity().platformUUID();
+  EXPECT_NE(lowerWithoutHyphens(std::string(uuid.view())), lowerWithoutHyphens(_raw));
+}
+
+TEST_F(LinuxMachineIdentityTest, IsWhatSystemdDerivesForTheLibrary) {
+  const std::string option = std::string("--app-specific=") + LinuxMachineIdentity::kApplicationId;
+  try {
+    ChildProcess tool({"systemd-id128", "machine-id", option});
+    EXPECT_EQ(tool.readLine(std::chrono::seconds(10)),
+              lowerWithoutHyphens(std::string(LinuxMachineIdentity().platformUUID().view())));
+  } catch (const std::system_error& error) {
+    GTEST_SKIP() << error.what();
+  }
+}
+
+}  // namespace

@@ -1,0 +1,246 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "tests/unit/pools/PoolsFixture.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/pools/ZtPortalPoolArray.h"
+
+namespace {
+
+using zt::test::lines;
+using zt::test::written;
+
+class ZtPortalPoolArrayTest : public zt::test::PoolsFixture {
+ protected:
+  static std::shared_ptr<ZtPortalPoolArray> arrayOfThree() {
+    auto array = ZtPortalPoolArray::initWithName("THREE");
+    array->addString("A", "a");
+    array->addString("B", "b");
+    array->addString("C", "c");
+    return array;
+  }
+
+  static std::string namesIn(const ZtPortalPoolArray& array) {
+    std::string names;
+    for (const auto& child : array.fields()) names += std::string(child->fieldName().view()) + " ";
+    return names;
+  }
+
+  /// "NAME: reason" of what `call` raises.
+  template <class Call>
+  static std::string raisedBy(Call call) {
+    try {
+      call();
+    } catch (const ZtException& error) {
+      return std::string(error.name().view()) + ": " + std::string(error.reason().view());
+    }
+    return "nothing";
+  }
+};
+
+TEST_F(ZtPortalPoolArrayTest, BeginsWithItsNameAndAnEmptyList) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  EXPECT_EQ(array->fieldName(), "LIST");
+  ASSERT_NE(array->mutableFields(), nullptr);
+  EXPECT_TRUE(array->mutableFields()->empty());
+  EXPECT_TRUE(array->fields().empty());
+  EXPECT_TRUE(ZtPortalPoolArray::initWithName(nullptr)->fieldName().isNull());
+}
+
+TEST_F(ZtPortalPoolArrayTest, EachArrayHasAListOfItsOwn) {
+  const auto first = ZtPortalPoolArray::initWithName("LIST");
+  const auto second = ZtPortalPoolArray::initWithName("LIST");
+  first->addInteger("N", 1);
+  EXPECT_TRUE(second->fields().empty());
+}
+
+TEST_F(ZtPortalPoolArrayTest, AddsChildrenOfEveryKindInOrderAndReturnsThem) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto string = array->addString("S", "text");
+  const auto integer = array->addInteger("I", -7);
+  const auto number = array->addFloat("F", 2.5F);
+  const auto boolean = array->addBOOL("B", 2);
+  const auto inner = array->addArray("A");
+
+  EXPECT_EQ(string->fieldName(), "S");
+  EXPECT_EQ(string->data(), "text");
+  EXPECT_EQ(integer->fieldName(), "I");
+  EXPECT_EQ(integer->data(), -7);
+  EXPECT_EQ(number->fieldName(), "F");
+  EXPECT_EQ(number->data(), 2.5F);
+  EXPECT_EQ(boolean->fieldName(), "B");
+  EXPECT_EQ(boolean->data(), 2);
+  EXPECT_EQ(inner->fieldName(), "A");
+  EXPECT_TRUE(inner->fields().empty());
+
+  const ZtPortalPoolArray::Fields expected{string, integer, number, boolean, inner};
+  EXPECT_EQ(array->fields(), expected);
+}
+
+TEST_F(ZtPortalPoolArrayTest, ChildrenMayShareANameOrHaveNone) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->addString("SAME", "1");
+  array->addString("SAME", "2");
+  array->addString(nullptr, nullptr);
+  EXPECT_EQ(written(*array, "", false), lines({
+                                            "<Field FieldType=\"array\">",
+                                            "  <Name>LIST</Date>",
+                                            "  <Fields>",
+                                            "    <Field FieldType=\"string\">",
+                                            "      <Name>SAME</Name>",
+                                            "      <Value>1</Value>",
+                                            "    </Field>",
+                                            "    <Field FieldType=\"string\">",
+                                            "      <Name>SAME</Name>",
+                                            "      <Value>2</Value>",
+                                            "    </Field>",
+                                            "    <Field FieldType=\"string\">",
+                                            "      <Name>(null)</Name>",
+                                            "      <Value>(null)</Value>",
+                                            "    </Field>",
+                                            "  </Fields>",
+                                            "</Data>",
+                                        }));
+}
+
+TEST_F(ZtPortalPoolArrayTest, AnArrayWithoutAListTakesNoChildAndReturnsNull) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->setMutableFields(nullptr);
+  EXPECT_EQ(array->addString("S", "text"), nullptr);
+  EXPECT_EQ(array->addInteger("I", 1), nullptr);
+  EXPECT_EQ(array->addFloat("F", 1.0F), nullptr);
+  EXPECT_EQ(array->addBOOL("B", 1), nullptr);
+  EXPECT_EQ(array->addArray("A"), nullptr);
+  EXPECT_EQ(array->mutableFields(), nullptr);
+  EXPECT_TRUE(array->fields().empty());
+}
+
+TEST_F(ZtPortalPoolArrayTest, ASnapshotDoesNotContainWhatIsAddedLater) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto first = array->addString("FIRST", "1");
+  const auto snapshot = array->fields();
+  array->addString("SECOND", "2");
+  EXPECT_EQ(snapshot, ZtPortalPoolArray::Fields{first});
+  EXPECT_EQ(array->fields().size(), 2U);
+}
+
+TEST_F(ZtPortalPoolArrayTest, ASnapshotHasTheSameChildrenAndNoCopies) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto child = array->addString("S", "before");
+  const auto snapshot = array->fields();
+  child->setData("after");
+  EXPECT_EQ(std::dynamic_pointer_cast<ZtPortalPoolString>(snapshot.front())->data(), "after");
+}
+
+TEST_F(ZtPortalPoolArrayTest, AChangeOfTheLiveListChangesTheArray) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto live = array->mutableFields();
+  live->push_back(ZtPortalPoolField::initWithName("BARE"));
+  EXPECT_EQ(namesIn(*array), "BARE ");
+  array->addInteger("NEXT", 1);
+  EXPECT_EQ(live->size(), 2U);
+}
+
+TEST_F(ZtPortalPoolArrayTest, TakesAnotherListAndSharesIt) {
+  const auto array = arrayOfThree();
+  const auto old = array->mutableFields();
+  const auto other = std::make_shared<ZtPortalPoolArray::Fields>();
+  array->setMutableFields(other);
+  EXPECT_EQ(array->mutableFields(), other);
+  EXPECT_TRUE(array->fields().empty());
+  array->addString("D", "d");
+  EXPECT_EQ(other->size(), 1U);
+  EXPECT_EQ(old->size(), 3U);
+}
+
+TEST_F(ZtPortalPoolArrayTest, ReleasesItsChildrenAtItsEnd) {
+  std::weak_ptr<ZtPortalPoolField> watch;
+  {
+    const auto array = ZtPortalPoolArray::initWithName("LIST");
+    watch = array->addString("S", "text");
+    EXPECT_FALSE(watch.expired());
+  }
+  EXPECT_TRUE(watch.expired());
+}
+
+TEST_F(ZtPortalPoolArrayTest, GivesTheChildAtAnIndex) {
+  const auto array = arrayOfThree();
+  EXPECT_EQ(array->field(0)->fieldName(), "A");
+  EXPECT_EQ(array->field(1)->fieldName(), "B");
+  EXPECT_EQ(array->field(2)->fieldName(), "C");
+  EXPECT_EQ(array->field(1), array->fields()[1]);
+}
+
+TEST_F(ZtPortalPoolArrayTest, ANegativeIndexIsOutOfBoundsAndNamedWithoutASign) {
+  const auto array = arrayOfThree();
+  EXPECT_EQ(raisedBy([&] { array->field(-1); }), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+  EXPECT_EQ(raisedBy([&] { array->field(std::numeric_limits<std::int32_t>::min()); }),
+            "OUT_OF_BOUNDS: Index (2147483648) out of bounds");
+  EXPECT_EQ(raisedBy([&] { array->deleteField(-1); }),
+            "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+  EXPECT_EQ(raisedBy([&] { ZtPortalPoolArray::initWithName("EMPTY")->field(-1); }),
+            "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+}
+
+TEST_F(ZtPortalPoolArrayTest, TheCountOfAnArrayWithChildrenIsOutOfBounds) {
+  const auto array = arrayOfThree();
+  EXPECT_EQ(raisedBy([&] { array->field(3); }), "OUT_OF_BOUNDS: Index (3) out of bounds");
+  EXPECT_EQ(raisedBy([&] { array->field(std::numeric_limits<std::int32_t>::max()); }),
+            "OUT_OF_BOUNDS: Index (2147483647) out of bounds");
+  EXPECT_EQ(raisedBy([&] { array->deleteField(3); }), "OUT_OF_BOUNDS: Index (3) out of bounds");
+}
+
+TEST_F(ZtPortalPoolArrayTest, AnArrayWithoutChildrenRaisesTheListsOwnRangeError) {
+  const auto array = ZtPortalPoolArray::initWithName("EMPTY");
+  EXPECT_EQ(raisedBy([&] { array->field(0); }), "LIST_RANGE: Index 0 in an empty list");
+  EXPECT_EQ(raisedBy([&] { array->field(5); }), "LIST_RANGE: Index 5 in an empty list");
+  EXPECT_EQ(raisedBy([&] { array->deleteField(0); }), "LIST_RANGE: Index 0 in an empty list");
+  array->setMutableFields(nullptr);
+  EXPECT_EQ(raisedBy([&] { array->field(0); }), "LIST_RANGE: Index 0 in an empty list");
+  EXPECT_EQ(raisedBy([&] { array->deleteField(0); }), "LIST_RANGE: Index 0 in an empty list");
+  EXPECT_EQ(raisedBy([&] { array->field(-1); }), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+}
+
+TEST_F(ZtPortalPoolArrayTest, DeletingTheFirstOfThreeMovesTheOthersDown) {
+  const auto array = arrayOfThree();
+  const auto second = array->field(1);
+  const auto third = array->field(2);
+  array->deleteField(0);
+  EXPECT_EQ(array->fields(), (ZtPortalPoolArray::Fields{second, third}));
+  EXPECT_EQ(array->field(0), second);
+  EXPECT_EQ(array->field(1), third);
+}
+
+TEST_F(ZtPortalPoolArrayTest, DeletesInTheMiddleAndAtTheEnd) {
+  const auto array = arrayOfThree();
+  array->deleteField(1);
+  EXPECT_EQ(namesIn(*array), "A C ");
+  array->deleteField(1);
+  EXPECT_EQ(namesIn(*array), "A ");
+  array->deleteField(0);
+  EXPECT_EQ(namesIn(*array), "");
+}
+
+TEST_F(ZtPortalPoolArrayTest, AFailedDeleteChangesNothing) {
+  const auto array = arrayOfThree();
+  EXPECT_THROW(array->deleteField(-1), ZtException);
+  EXPECT_THROW(array->deleteField(3), ZtException);
+  EXPECT_EQ(namesIn(*array), "A B C ");
+}
+
+TEST_F(ZtPortalPoolArrayTest, ADeletedChildLivesOnWithItsHolder) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto child = array->addString("S", "text");
+  const auto snapshot = array->fields();
+  array->deleteField(0);
+  EXPECT_EQ(child->data(), "text");
+  EXPECT_EQ(snapshot.size(), 1U);
+  EXPECT_TRUE(array->fields().empty());
+}
+
+}  // namespace

@@ -1,0 +1,228 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "tests/unit/pools/PoolsFixture.h"
+#include "ztportal/pools/ZtPortalPoolArray.h"
+
+// What an array writes.
+
+namespace {
+
+using zt::test::lines;
+using zt::test::written;
+
+class ZtPortalPoolArrayTextTest : public zt::test::PoolsFixture {};
+
+TEST_F(ZtPortalPoolArrayTextTest, AnEmptyArrayWritesExactlyFourLines) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  EXPECT_EQ(written(*array, "    ", true),
+            "    <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
+            "      <Fields xsi:type=\"com_Fields\"/>\r\n"
+            "    </Data>\r\n");
+  EXPECT_EQ(written(*array, "    ", false),
+            "    <Field FieldType=\"array\">\r\n"
+            "      <Name>LIST</Date>\r\n"
+            "      <Fields/>\r\n"
+            "    </Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, AnArrayWithoutAListIsWrittenAsEmpty) {
+  const auto array = ZtPortalPoolArray::initWithName("THREE");
+  array->addString("A", "a");
+  array->setMutableFields(nullptr);
+  EXPECT_EQ(written(*array, "", false),
+            "<Field FieldType=\"array\">\r\n"
+            "  <Name>THREE</Date>\r\n"
+            "  <Fields/>\r\n"
+            "</Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesItsChildrenFourBlanksDeeperPlain) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->addInteger("COUNT", 7);
+  EXPECT_EQ(written(*array, "        ", false),
+            "        <Field FieldType=\"array\">\r\n"
+            "          <Name>LIST</Date>\r\n"
+            "          <Fields>\r\n"
+            "            <Field FieldType=\"integer\">\r\n"
+            "              <Name>COUNT</Name>\r\n"
+            "              <Value>7</Value>\r\n"
+            "            </Field>\r\n"
+            "          </Fields>\r\n"
+            "        </Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesChildrenOfEveryKindWithSoap) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->addString("S", "a<b");
+  array->addInteger("I", -7);
+  array->addFloat("F", 0.5F);
+  array->addBOOL("B", 1);
+  array->mutableFields()->push_back(ZtPortalPoolField::initWithName("N"));
+  array->addArray("E");
+  EXPECT_EQ(written(*array, "", true),
+            "<Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+            "  <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
+            "  <Fields xsi:type=\"com_Fields\">\r\n"
+            "    <Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">S</Name>\r\n"
+            "      <Value xsi:type=\"xsd:string\">a<b</Value>\r\n"
+            "    </Field>\r\n"
+            "    <Field xsi:type=\"com_Field\" FieldType=\"integer\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">I</Name>\r\n"
+            "      <Value xsi:type=\"xsd:string\">-7</Value>\r\n"
+            "    </Field>\r\n"
+            "    <Field xsi:type=\"com_Field\" FieldType=\"float\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">F</Name>\r\n"
+            "      <Value xsi:type=\"xsd:string\">0.50</Value>\r\n"
+            "    </Field>\r\n"
+            "    <Field xsi:type=\"com_Field\" FieldType=\"boolean\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">B</Name>\r\n"
+            "      <Value xsi:type=\"xsd:string\">TRUE</Value>\r\n"
+            "    </Field>\r\n"
+            "    <Field xsi:type=\"com_Field\" type=\"none\">\r\n"
+            "      <Name xsi:type=\"xsd:string\" type=\"none\">N</Name>\r\n"
+            "    </Field>\r\n"
+            "    <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">E</Date>\r\n"
+            "      <Fields xsi:type=\"com_Fields\"/>\r\n"
+            "    </Data>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, NestedArraysAreFourBlanksDeeperEachAndCloseWithData) {
+  const auto outer = ZtPortalPoolArray::initWithName("ONE");
+  outer->addArray("TWO")->addArray("THREE")->addBOOL("DEEP", 0);
+  EXPECT_EQ(written(*outer, "  ", false),
+            "  <Field FieldType=\"array\">\r\n"
+            "    <Name>ONE</Date>\r\n"
+            "    <Fields>\r\n"
+            "      <Field FieldType=\"array\">\r\n"
+            "        <Name>TWO</Date>\r\n"
+            "        <Fields>\r\n"
+            "          <Field FieldType=\"array\">\r\n"
+            "            <Name>THREE</Date>\r\n"
+            "            <Fields>\r\n"
+            "              <Field FieldType=\"boolean\">\r\n"
+            "                <Name>DEEP</Name>\r\n"
+            "                <Value>FALSE</Value>\r\n"
+            "              </Field>\r\n"
+            "            </Fields>\r\n"
+            "          </Data>\r\n"
+            "        </Fields>\r\n"
+            "      </Data>\r\n"
+            "    </Fields>\r\n"
+            "  </Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesAHundredLevels) {
+  const auto outer = ZtPortalPoolArray::initWithName("L");
+  auto inner = outer;
+  for (int level = 1; level < 100; ++level) inner = inner->addArray("L");
+  std::string expected;
+  for (std::size_t level = 0; level < 100; ++level) {
+    const std::string lead(4 * level, ' ');
+    expected += lead + "<Field FieldType=\"array\">\r\n" + lead + "  <Name>L</Date>\r\n" + lead +
+                (level < 99 ? "  <Fields>\r\n" : "  <Fields/>\r\n");
+  }
+  for (std::size_t level = 100; level-- > 0;) {
+    const std::string lead(4 * level, ' ');
+    if (level < 99) expected += lead + "  </Fields>\r\n";
+    expected += lead + "</Data>\r\n";
+  }
+  EXPECT_EQ(written(*outer, "", false), expected);
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, NullChildrenAreLeftOut) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->mutableFields()->push_back(nullptr);
+  EXPECT_EQ(written(*array, "", false),
+            "<Field FieldType=\"array\">\r\n"
+            "  <Name>LIST</Date>\r\n"
+            "  <Fields>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+  array->addInteger("I", 1);
+  EXPECT_EQ(array->field(0), nullptr);
+  EXPECT_EQ(written(*array, "", false),
+            "<Field FieldType=\"array\">\r\n"
+            "  <Name>LIST</Date>\r\n"
+            "  <Fields>\r\n"
+            "    <Field FieldType=\"integer\">\r\n"
+            "      <Name>I</Name>\r\n"
+            "      <Value>1</Value>\r\n"
+            "    </Field>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesAnyPrefixAndNameAsTheyAre) {
+  const auto array = ZtPortalPoolArray::initWithName("<&>");
+  array->addInteger("I", 1);
+  EXPECT_EQ(written(*array, "\t", false),
+            "\t<Field FieldType=\"array\">\r\n"
+            "\t  <Name><&></Date>\r\n"
+            "\t  <Fields>\r\n"
+            "\t    <Field FieldType=\"integer\">\r\n"
+            "\t      <Name>I</Name>\r\n"
+            "\t      <Value>1</Value>\r\n"
+            "\t    </Field>\r\n"
+            "\t  </Fields>\r\n"
+            "\t</Data>\r\n");
+  array->setFieldName(nullptr);
+  EXPECT_EQ(written(*array, nullptr, false),
+            "(null)<Field FieldType=\"array\">\r\n"
+            "(null)  <Name>(null)</Date>\r\n"
+            "(null)  <Fields>\r\n"
+            "(null)    <Field FieldType=\"integer\">\r\n"
+            "(null)      <Name>I</Name>\r\n"
+            "(null)      <Value>1</Value>\r\n"
+            "(null)    </Field>\r\n"
+            "(null)  </Fields>\r\n"
+            "(null)</Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesTheChildrenOfTheMomentAfterTheOldText) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const auto child = array->addString("S", "before");
+  std::string xml = "old";
+  child->setData("now");
+  array->addToXml("", xml, false);
+  EXPECT_EQ(xml,
+            "old<Field FieldType=\"array\">\r\n"
+            "  <Name>LIST</Date>\r\n"
+            "  <Fields>\r\n"
+            "    <Field FieldType=\"string\">\r\n"
+            "      <Name>S</Name>\r\n"
+            "      <Value>now</Value>\r\n"
+            "    </Field>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTextTest, WritesChildrenThatAreAnotherArraysToo) {
+  const auto shared = ZtPortalPoolInteger::initWithNameAndValue("I", 1);
+  const auto first = ZtPortalPoolArray::initWithName("FIRST");
+  const auto second = ZtPortalPoolArray::initWithName("SECOND");
+  first->mutableFields()->push_back(shared);
+  second->mutableFields()->push_back(shared);
+  shared->setData(2);
+  EXPECT_EQ(written(*second, "", false),
+            "<Field FieldType=\"array\">\r\n"
+            "  <Name>SECOND</Date>\r\n"
+            "  <Fields>\r\n"
+            "    <Field FieldType=\"integer\">\r\n"
+            "      <Name>I</Name>\r\n"
+            "      <Value>2</Value>\r\n"
+            "    </Field>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+}
+
+}  // namespace

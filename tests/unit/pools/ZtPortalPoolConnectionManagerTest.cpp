@@ -1,0 +1,169 @@
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+
+#include "tests/unit/pools/ExpectedText.h"
+#include "tests/unit/pools/PoolsFixture.h"
+#include "ztportal/pools/ZtPortalPoolConnectionManager.h"
+
+namespace {
+
+using zt::test::ExpectedText;
+using zt::test::kNoon;
+using zt::test::kNoonText;
+using zt::test::written;
+
+using Pool = ZtPortalPoolConnectionManager;
+
+struct Counter {
+  const char* name;
+  std::int32_t (Pool::*get)() const;
+  void (Pool::*set)(std::int32_t);
+};
+
+/// The counters in the order in which reports have them.
+constexpr std::array<Counter, 18> kCounters{{
+    {"HOME_CONNECTIONS", &Pool::mobileConnections, &Pool::setMobileConnections},
+    {"HOME_CONNECTIONS_FAILED", &Pool::mobileConnectionsFailed, &Pool::setMobileConnectionsFailed},
+    {"ROAMING_CONNECTIONS", &Pool::mobileRoamingConnections, &Pool::setMobileRoamingConnections},
+    {"ROAMING_CONNECTIONS_FAILED", &Pool::mobileRoamingConnectionsFailed,
+     &Pool::setMobileRoamingConnectionsFailed},
+    {"ALTERNATE_CONNECTIONS_RECOGNIZED", &Pool::recognizedAltConnections,
+     &Pool::setRecognizedAltConnections},
+    {"AUTOMATIC_SWITCHES", &Pool::autoSwitchesToAltConnection,
+     &Pool::setAutoSwitchesToAltConnection},
+    {"MANUAL_SWITCHES", &Pool::manualSwitchesToAltConnection,
+     &Pool::setManualSwitchesToAltConnection},
+    {"SMS_SENT", &Pool::sentSMS, &Pool::setSentSMS},
+    {"SMS_SENTWITHREPORT", &Pool::sentSMSWithReport, &Pool::setSentSMSWithReport},
+    {"SMS_FLASH_SENT", &Pool::sentSMSFlash, &Pool::setSentSMSFlash},
+    {"SMS_SENDERRORS", &Pool::smsSendErrorCount, &Pool::setSmsSendErrorCount},
+    {"SMS_RECEIVED", &Pool::receivedSMS, &Pool::setReceivedSMS},
+    {"SMS_REPORTS_RECEIVED", &Pool::receivedSMSReports, &Pool::setReceivedSMSReports},
+    {"MANUAL_REGISTERS_FAILED", &Pool::manualRegistrationsFailed,
+     &Pool::setManualRegistrationsFailed},
+    {"WIFI_CONNECTIONS_ESTABLISHED", &Pool::wifiConnectionsEstablished,
+     &Pool::setWifiConnectionsEstablished},
+    {"PROFILE_EDITS", &Pool::profileEdits, &Pool::setProfileEdits},
+    {"PROFILE_CREATIONS", &Pool::profileCreations, &Pool::setProfileCreations},
+    {"PROFILE_DELETIONS", &Pool::profileDeletions, &Pool::setProfileDeletions},
+}};
+
+struct Device {
+  const char* model = "";
+  const char* manufacturer = "";
+  const char* imei = "(null)";
+  const char* interface = "";
+  const char* simOperator = "";
+  const char* imsi = "(null)";
+};
+
+class ZtPortalPoolConnectionManagerTest : public zt::test::PoolsFixture {
+ protected:
+  /// The device and the counters, counter by counter what `value` says.
+  template <class Value>
+  static ExpectedText expected(bool soap, const Device& device, Value value) {
+    ExpectedText text(soap);
+    text.beginPool("CONNECTIONMANAGER", kNoonText)
+        .field("string", "DEVICE_MODEL", device.model)
+        .field("string", "DEVICE_MANUFACTURER", device.manufacturer)
+        .field("string", "DEVICE_IMEI", device.imei)
+        .field("string", "DEVICE_INTERFACE", device.interface)
+        .field("string", "SIM_OPERATOR", device.simOperator)
+        .field("string", "SIM_IMSI", device.imsi);
+    for (std::size_t index = 0; index < kCounters.size(); ++index) {
+      text.field("integer", kCounters[index].name, value(index));
+    }
+    return text;
+  }
+  static std::string zero(std::size_t /*index*/) { return "0"; }
+
+  std::shared_ptr<Pool> _pool = Pool::initWithValues(kNoon);
+};
+
+TEST_F(ZtPortalPoolConnectionManagerTest, ANewPoolWritesEmptyTextsNoImeiNoImsiAndZeros) {
+  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero).endPool());
+  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, zero).endPool());
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlace) {
+  for (std::size_t index = 0; index < kCounters.size(); ++index) {
+    ((*_pool).*kCounters[index].set)(static_cast<std::int32_t>(index) + 100);
+    EXPECT_EQ(((*_pool).*kCounters[index].get)(), static_cast<std::int32_t>(index) + 100);
+  }
+  const auto value = [](std::size_t index) { return std::to_string(index + 100); };
+  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, value).endPool());
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, EveryTextHasItsFieldInItsPlace) {
+  _pool->setDeviceModel("E3372");
+  _pool->setDeviceManufacturer("Example");
+  _pool->setDeviceIMEI("356938035643809");
+  _pool->setInterfaceType("USB");
+  _pool->setSimOperator("Operator & Co");
+  _pool->setSimIMSI("262011234567890");
+  const Device device{"E3372", "Example",       "356938035643809",
+                      "USB",   "Operator & Co", "262011234567890"};
+  EXPECT_EQ(written(*_pool, "", false), expected(false, device, zero).endPool());
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, ImeiAndImsiSurviveAClearThatResetsTheRest) {
+  _pool->setDeviceModel("E3372");
+  _pool->setDeviceManufacturer("Example");
+  _pool->setDeviceIMEI("356938035643809");
+  _pool->setInterfaceType("USB");
+  _pool->setSimOperator("Operator");
+  _pool->setSimIMSI("262011234567890");
+  for (const Counter& counter : kCounters) ((*_pool).*counter.set)(7);
+  _pool->setMobileVolumeHome(1);
+  _pool->setMobileVolumeRoaming(2);
+  _pool->setRegisteredRoamNetworks(std::make_shared<const Pool::Networks>(1, "Network"));
+  _pool->addString("KEPT", "yes");
+
+  _pool->clear();
+
+  Device device;
+  device.imei = "356938035643809";
+  device.imsi = "262011234567890";
+  EXPECT_EQ(written(*_pool, "", false),
+            expected(false, device, zero).field("string", "KEPT", "yes").endPool());
+  EXPECT_EQ(_pool->mobileVolumeHome(), 0);
+  EXPECT_EQ(_pool->mobileVolumeRoaming(), 0);
+  EXPECT_EQ(_pool->registeredRoamNetworks(), nullptr);
+  EXPECT_EQ(_pool->timeStamp(), kNoon);
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, VolumesAndRoamingNetworksAreKeptButNotWritten) {
+  constexpr std::int64_t kMuch = std::numeric_limits<std::int64_t>::max();
+  const auto networks =
+      std::make_shared<const Pool::Networks>(Pool::Networks{"Network A", nullptr});
+  _pool->setMobileVolumeHome(kMuch);
+  _pool->setMobileVolumeRoaming(-kMuch);
+  _pool->setRegisteredRoamNetworks(networks);
+  EXPECT_EQ(_pool->mobileVolumeHome(), kMuch);
+  EXPECT_EQ(_pool->mobileVolumeRoaming(), -kMuch);
+  EXPECT_EQ(_pool->registeredRoamNetworks(), networks);
+  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero).endPool());
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, ACounterOfMinusOneIsWrittenSo) {
+  _pool->setSentSMS(-1);
+  _pool->setProfileDeletions(std::numeric_limits<std::int32_t>::min());
+  const auto value = [](std::size_t index) -> std::string {
+    if (index == 7) return "-1";
+    return index == 17 ? "-2147483648" : "0";
+  };
+  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, value).endPool());
+}
+
+TEST_F(ZtPortalPoolConnectionManagerTest, GenericFieldsFollowTheCounters) {
+  _pool->addBOOL("PREPAID", 1);
+  EXPECT_EQ(written(*_pool, "", true),
+            expected(true, {}, zero).field("boolean", "PREPAID", "TRUE").endPool());
+}
+
+}  // namespace

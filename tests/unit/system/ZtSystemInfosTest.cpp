@@ -1,0 +1,358 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "tests/support/Printing.h"
+#include "ztportal/platform/FakePlatform.h"
+#include "ztportal/system/ZtSystemInfos.h"
+
+namespace {
+
+// Read while the program starts, whichever file is initialised first.
+const std::string kKeysReadAtStart = std::string(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER.view()) +
+                                     " " + std::string(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK.view()) +
+                                     " " + std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view());
+
+constexpr std::uint32_t kSysv = 0x73797376;  // 'sysv'
+constexpr std::uint32_t kSys1 = 0x73797331;  // 'sys1'
+constexpr std::uint32_t kSys2 = 0x73797332;  // 'sys2'
+constexpr std::uint32_t kSys3 = 0x73797333;  // 'sys3'
+
+using Answers = std::map<std::uint32_t, std::int32_t>;
+using Selectors = std::vector<std::uint32_t>;
+using Infos = std::map<std::string, ZtString>;
+
+struct Version {
+  std::int32_t major = -100;
+  std::int32_t minor = -100;
+  std::int32_t bugFix = -100;
+  friend bool operator==(const Version&, const Version&) = default;
+};
+
+void PrintTo(const Version& version, std::ostream* out) {
+  *out << version.major << ", " << version.minor << ", " << version.bugFix;
+}
+
+class ZtSystemInfosTest : public ::testing::Test {
+ protected:
+  void answer(const Answers& answers) {
+    _machine.gestalt_.answers = answers;
+    _machine.gestalt_.asked.clear();
+  }
+
+  static Version systemVersion() {
+    Version version;
+    ZtSystemInfos::getSystemVersionMajor(&version.major, &version.minor, &version.bugFix);
+    return version;
+  }
+
+  zt::test::FakePlatform _machine;
+};
+
+// --- version ----------------------------------------------------------------------------------
+
+TEST_F(ZtSystemInfosTest, AVersionBelow1040IsFourPackedDigits) {
+  struct Row {
+    std::int32_t packed;
+    Version expected;
+  };
+  const Row table[] = {
+      {0x1039, {10, 3, 9}},
+      {0x103F, {10, 3, 15}},
+      {0x0922, {9, 2, 2}},
+      {0x1000, {10, 0, 0}},
+      {0x0100, {1, 0, 0}},
+      {0x0010, {0, 1, 0}},
+      {0x0001, {0, 0, 1}},
+      {0x0000, {0, 0, 0}},
+      {0x0FFF, {15, 15, 15}},
+      {-1, {165, 15, 15}},
+      {static_cast<std::int32_t>(0xFFFF1234), {12, 3, 4}},
+      {std::numeric_limits<std::int32_t>::min(), {0, 0, 0}},
+  };
+  for (const Row& row : table) {
+    // The other selectors have answers too, which must not be asked for.
+    answer({{kSysv, row.packed}, {kSys1, 1}, {kSys2, 2}, {kSys3, 3}});
+    EXPECT_EQ(systemVersion(), row.expected) << row.packed;
+    EXPECT_EQ(_machine.gestalt_.asked, Selectors{kSysv}) << row.packed;
+  }
+}
+
+TEST_F(ZtSystemInfosTest, From1040OnAVersionHasThreeSelectorsOfItsOwn) {
+  for (const std::int32_t packed :
+       {0x1040, 0x1041, 0x1068, 0x2000, std::numeric_limits<std::int32_t>::max()}) {
+    answer({{kSysv, packed}, {kSys1, 12}, {kSys2, 11}, {kSys3, 7}});
+    EXPECT_EQ(systemVersion(), (Version{12, 11, 7})) << packed;
+    EXPECT_EQ(_machine.gestalt_.asked, (Selectors{kSysv, kSys1, kSys2, kSys3})) << packed;
+  }
+}
+
+TEST_F(ZtSystemInfosTest, TheThreeAnswersAreTakenAsTheyAre) {
+  answer({{kSysv, 0x1040},
+          {kSys1, std::numeric_limits<std::int32_t>::max()},
+          {kSys2, -5},
+          {kSys3, std::numeric_limits<std::int32_t>::min()}});
+  EXPECT_EQ(systemVersion(), (Version{2147483647, -5, std::numeric_limits<std::int32_t>::min()}));
+}
+
+TEST_F(ZtSystemInfosTest, AFailingSelectorGivesTenZeroZeroAndTheLaterOnesAreNotAsked) {
+  struct Row {
+    Answers answers;
+    Selectors asked;
+  };
+  const Row table[] = {
+      {{}, {kSysv}},
+      {{{kSys1, 12}, {kSys2, 11}, {kSys3, 7}}, {kSysv}},
+      {{{kSysv, 0x1040}, {kSys2, 11}, {kSys3, 7}}, {kSysv, kSys1}},
+      {{{kSysv, 0x1040}, {kSys1, 12}, {kSys3, 7}}, {kSysv, kSys1, kSys2}},
+      {{{kSysv, 0x1040}, {kSys1, 12}, {kSys2, 11}}, {kSysv, kSys1, kSys2, kSys3}},
+  };
+  for (const Row& row : table) {
+    answer(row.answers);
+    EXPECT_EQ(systemVersion(), (Version{10, 0, 0})) << row.asked.size() << " asked";
+    EXPECT_EQ(_machine.gestalt_.asked, row.asked);
+  }
+}
+
+TEST_F(ZtSystemInfosTest, NullPointersAreSkippedOnEveryPath) {
+  struct Row {
+    Answers answers;
+    Version expected;
+    Selectors asked;
+  };
+  const Row table[] = {
+      {{{kSysv, 0x1039}}, {10, 3, 9}, {kSysv}},
+      {{{kSysv, 0x1040}, {kSys1, 12}, {kSys2, 11}, {kSys3, 7}},
+       {12, 11, 7},
+       {kSysv, kSys1, kSys2, kSys3}},
+      {{}, {10, 0, 0}, {kSysv}},
+      {{{kSysv, 0x1040}, {kSys1, 12}}, {10, 0, 0}, {kSysv, kSys1, kSys2}},
+  };
+  for (const Row& row : table) {
+    for (unsigned given = 0; given < 8; ++given) {
+      answer(row.answers);
+      Version version;
+      ZtSystemInfos::getSystemVersionMajor((given & 1U) != 0 ? &version.major : nullptr,
+                                           (given & 2U) != 0 ? &version.minor : nullptr,
+                                           (given & 4U) != 0 ? &version.bugFix : nullptr);
+      const Version expected{(given & 1U) != 0 ? row.expected.major : -100,
+                             (given & 2U) != 0 ? row.expected.minor : -100,
+                             (given & 4U) != 0 ? row.expected.bugFix : -100};
+      EXPECT_EQ(version, expected) << "pointers " << given;
+      EXPECT_EQ(_machine.gestalt_.asked, row.asked) << "pointers " << given;
+    }
+  }
+}
+
+TEST_F(ZtSystemInfosTest, EveryCallAsksAfresh) {
+  answer({{kSysv, 0x1039}});
+  EXPECT_EQ(systemVersion(), (Version{10, 3, 9}));
+  answer({{kSysv, 0x1028}});
+  EXPECT_EQ(systemVersion(), (Version{10, 2, 8}));
+  answer({});
+  EXPECT_EQ(systemVersion(), (Version{10, 0, 0}));
+}
+
+// --- UUID -------------------------------------------------------------------------------------
+
+TEST_F(ZtSystemInfosTest, ThePlatformUuidIsGivenAsItIs) {
+  for (const ZtString& uuid : {ZtString("564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5"),
+                               ZtString("lower {braces} kept"), ZtString(""), ZtString()}) {
+    _machine.machineIdentity_.uuid = uuid;
+    EXPECT_EQ(ZtSystemInfos::platformUUID(), uuid);
+  }
+}
+
+// --- infos ------------------------------------------------------------------------------------
+
+TEST_F(ZtSystemInfosTest, TheKeysAreTheirOwnNames) {
+  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER, "ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER");
+  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK, "ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK");
+  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID, "ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID");
+}
+
+TEST_F(ZtSystemInfosTest, TheKeysMayBeReadInStaticInitialisers) {
+  EXPECT_EQ(kKeysReadAtStart,
+            "ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK "
+            "ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID");
+}
+
+TEST_F(ZtSystemInfosTest, TheInfosAreVersionServicePackAndUuid) {
+  answer({{kSysv, 0x1068}, {kSys1, 10}, {kSys2, 6}, {kSys3, 8}});
+  const Infos expected{
+      {"ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER", "10.6"},
+      {"ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK", "8"},
+      {"ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID", "564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5"},
+  };
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos(), expected);
+}
+
+TEST_F(ZtSystemInfosTest, TheInfosOfAnUnknownVersionSayTenZero) {
+  const Infos expected{
+      {"ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER", "10.0"},
+      {"ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK", "0"},
+      {"ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID", "564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5"},
+  };
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos(), expected);
+}
+
+TEST_F(ZtSystemInfosTest, TheInfosOfPackedDigitsAndNegativeNumbersAreDecimal) {
+  answer({{kSysv, 0x103F}});
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos().at("ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER"), "10.3");
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos().at("ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK"), "15");
+  answer({{kSysv, 0x1040}, {kSys1, -1}, {kSys2, -2}, {kSys3, -3}});
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos().at("ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER"), "-1.-2");
+  EXPECT_EQ(ZtSystemInfos::getSystemInfos().at("ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK"), "-3");
+}
+
+TEST_F(ZtSystemInfosTest, AMachineWithoutAUuidHasAnEmptyEntryAndNeverAMissingOne) {
+  for (const ZtString& uuid : {ZtString(), ZtString("")}) {
+    _machine.machineIdentity_.uuid = uuid;
+    const Infos infos = ZtSystemInfos::getSystemInfos();
+    ASSERT_EQ(infos.count("ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID"), 1U);
+    EXPECT_EQ(infos.at("ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID"), "");
+    EXPECT_EQ(infos.size(), 3U);
+  }
+}
+
+TEST_F(ZtSystemInfosTest, TheInfosAskForTheVersionOnce) {
+  answer({{kSysv, 0x1040}, {kSys1, 12}, {kSys2, 11}, {kSys3, 7}});
+  ZtSystemInfos::getSystemInfos();
+  EXPECT_EQ(_machine.gestalt_.asked, (Selectors{kSysv, kSys1, kSys2, kSys3}));
+}
+
+// --- language ---------------------------------------------------------------------------------
+
+TEST_F(ZtSystemInfosTest, TheLanguageIsTheHostsBestLocalizationIfThatIsAnIsoCode) {
+  _machine.localizations_.preferred = {"fr", "en"};
+  ZtString language = nullptr;
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "fr");
+}
+
+TEST_F(ZtSystemInfosTest, TheBestLocalizationReplacesWhatTheCallerHadPutThere) {
+  _machine.localizations_.preferred = {"fr"};
+  ZtString language = "mine";
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "fr");
+}
+
+TEST_F(ZtSystemInfosTest, TheLocalizationIsMadeCanonicalFirst) {
+  _machine.localizations_.preferred = {"English"};
+  _machine.userLocale_.canonical = {{"English", "en"}};
+  ZtString language = nullptr;
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "en");
+}
+
+TEST_F(ZtSystemInfosTest, AnIsoCodeThatIsNoneWhenMadeCanonicalDoesNotCount) {
+  _machine.localizations_.preferred = {"fr"};
+  _machine.userLocale_.canonical = {{"fr", "fr-FR"}};
+  ZtString language = nullptr;
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "de");
+}
+
+TEST_F(ZtSystemInfosTest, ACallersLanguageSurvivesALocalizationWithAScript) {
+  _machine.localizations_.preferred = {"zh-Hans", "fr"};
+  ZtString language = "mine";
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "mine");
+}
+
+TEST_F(ZtSystemInfosTest, WithoutACallersLanguageALocalizationWithAScriptGivesTheLocales) {
+  _machine.localizations_.preferred = {"zh-Hans", "fr"};
+  for (const ZtString& before : {ZtString(), ZtString("")}) {
+    ZtString language = before;
+    ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+    EXPECT_EQ(language, "de");
+  }
+}
+
+TEST_F(ZtSystemInfosTest, ALocalizationThatNamesNoLanguageGivesTheLocales) {
+  _machine.localizations_.preferred = {"Base"};
+  _machine.userLocale_.canonical = {{"Base", nullptr}};
+  ZtString language = nullptr;
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "de");
+}
+
+TEST_F(ZtSystemInfosTest, WithoutLocalizationsTheLanguageIsTheLocales) {
+  for (const ZtString& before : {ZtString(), ZtString("")}) {
+    ZtString language = before;
+    ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+    EXPECT_EQ(language, "de");
+  }
+}
+
+TEST_F(ZtSystemInfosTest, WithoutLocalizationsACallersLanguageSurvives) {
+  ZtString language = "mine";
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+  EXPECT_EQ(language, "mine");
+}
+
+TEST_F(ZtSystemInfosTest, WithoutAnyAnswerTheLanguageIsEnglish) {
+  for (const ZtString& ofLocale : {ZtString(), ZtString("")}) {
+    for (const ZtString& before : {ZtString(), ZtString("")}) {
+      _machine.userLocale_.language = ofLocale;
+      ZtString language = before;
+      ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+      EXPECT_EQ(language, "en");
+    }
+  }
+}
+
+// --- country ----------------------------------------------------------------------------------
+
+TEST_F(ZtSystemInfosTest, GivesLanguageCountryAndItsName) {
+  ZtString language;
+  ZtString country;
+  ZtString name;
+  ZtSystemInfos::getPreferredLanguage(&language, &country, &name);
+  EXPECT_EQ(language, "de");
+  EXPECT_EQ(country, "DE");
+  EXPECT_EQ(name, "Deutschland");
+  EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{"DE"});
+}
+
+TEST_F(ZtSystemInfosTest, TheCountryIsGivenWithoutItsNameAndWithoutTheLanguage) {
+  ZtString country = "before";
+  ZtSystemInfos::getPreferredLanguage(nullptr, &country, nullptr);
+  EXPECT_EQ(country, "DE");
+  EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
+}
+
+TEST_F(ZtSystemInfosTest, TheNameOfTheCountryAloneIsNeverGiven) {
+  ZtString name = "before";
+  ZtSystemInfos::getPreferredLanguage(nullptr, nullptr, &name);
+  EXPECT_EQ(name, "before");
+  ZtString language;
+  ZtSystemInfos::getPreferredLanguage(&language, nullptr, &name);
+  EXPECT_EQ(language, "de");
+  EXPECT_EQ(name, "before");
+  EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
+}
+
+TEST_F(ZtSystemInfosTest, ALocaleWithoutACountryTakesAwayWhatTheCallerHadPutThere) {
+  _machine.userLocale_.country = nullptr;
+  _machine.userLocale_.name = nullptr;
+  ZtString country = "before";
+  ZtString name = "before";
+  ZtSystemInfos::getPreferredLanguage(nullptr, &country, &name);
+  EXPECT_TRUE(country.isNull());
+  EXPECT_TRUE(name.isNull());
+  EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{nullptr});
+}
+
+TEST_F(ZtSystemInfosTest, NothingIsWantedAndNothingIsGiven) {
+  ZtSystemInfos::getPreferredLanguage(nullptr, nullptr, nullptr);
+  EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
+  ZtSystemInfos::getSystemVersionMajor(nullptr, nullptr, nullptr);
+  EXPECT_EQ(_machine.gestalt_.asked, Selectors{kSysv});
+}
+
+}  // namespace

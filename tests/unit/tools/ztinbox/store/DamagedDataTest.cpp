@@ -1,0 +1,123 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/store/ReportStore.h"
+
+// Data folders that cannot be used: each is refused with a text that says why, and nothing in it is
+// changed.
+
+namespace {
+
+using zt::inbox::Database;
+using zt::inbox::NewReport;
+using zt::inbox::ReportStore;
+
+class DamagedDataTest : public ::testing::Test {
+ protected:
+  std::string folder() const { return _folder.path("data"); }
+  std::string file() const { return _folder.path("data/reports.db"); }
+  const zt::test::TemporaryFolder& temporary() const { return _folder; }
+
+  /// A database with a few reports in it, closed.
+  void fill() const {
+    ReportStore store(folder(), 100);
+    for (int i = 0; i < 50; ++i) {
+      NewReport report;
+      const std::string text(5'000, static_cast<char>('a' + i % 20));
+      report.report.size = text.size();
+      report.packedBody = zt::inbox::packed(text);
+      store.add(report);
+    }
+  }
+
+  static std::string faultOf(const std::string& folder) {
+    try {
+      const ReportStore store(folder, 100);
+      return "";
+    } catch (const zt::inbox::MachineFault& fault) {
+      return fault.what();
+    }
+  }
+
+  std::string bytes() const {
+    std::ifstream stream(file(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  /// Tries to use the folder and expects that the file is as it was.
+  void expectRefused(const std::string& reason) const {
+    const std::string before = bytes();
+    EXPECT_EQ(faultOf(folder()), file() + ": " + reason);
+    EXPECT_EQ(bytes() == before, true);
+  }
+
+ private:
+  zt::test::TemporaryFolder _folder;
+};
+
+TEST_F(DamagedDataTest, AWholeDatabaseIsUsed) {
+  fill();
+  EXPECT_EQ(faultOf(folder()), "");
+}
+
+TEST_F(DamagedDataTest, AFileThatIsNoDatabaseIsRefused) {
+  temporary().write("data/reports.db", std::string(10'000, 'x'));
+  expectRefused("file is not a database");
+}
+
+TEST_F(DamagedDataTest, ADatabaseThatWasCutOffIsRefused) {
+  fill();
+  std::filesystem::resize_file(file(), std::filesystem::file_size(file()) / 2);
+  expectRefused("database disk image is malformed");
+}
+
+TEST_F(DamagedDataTest, ADatabaseWithoutItsTablesIsRefused) {
+  fill();
+  Database(file(), Database::Access::kWrite).run("DROP TABLE pools; PRAGMA wal_checkpoint;");
+  expectRefused("no such table: pools");
+}
+
+TEST_F(DamagedDataTest, ADatabaseOfAnotherProgramIsRefused) {
+  std::filesystem::create_directory(folder());
+  Database(file(), Database::Access::kWrite).run("CREATE TABLE reports (x)");
+  expectRefused("not a database of this program");
+}
+
+TEST_F(DamagedDataTest, ADatabaseOfANewerProgramIsRefused) {
+  fill();
+  Database(file(), Database::Access::kWrite).run("PRAGMA user_version = 2");
+  expectRefused("written by a newer ztinbox (version 2 of the tables, this one knows 1)");
+}
+
+TEST_F(DamagedDataTest, AnEmptyFileIsANewDatabase) {
+  temporary().write("data/reports.db", "");
+  EXPECT_EQ(faultOf(folder()), "");
+}
+
+TEST_F(DamagedDataTest, AFolderThatCannotBeCreatedIsRefused) {
+  const std::string inFile = temporary().write("file", "x") + "/data";
+  EXPECT_EQ(faultOf(inFile), "cannot create the data folder " + inFile + ": Not a directory");
+  EXPECT_EQ(faultOf(temporary().path("file")),
+            "cannot create the data folder " + temporary().path("file") + ": Not a directory");
+}
+
+TEST_F(DamagedDataTest, AFolderInUseIsRefused) {
+  const ReportStore store(folder(), 100);
+  EXPECT_EQ(faultOf(folder() + "/"), "the data folder " + folder() +
+                                         " is in use by another inbox; --data names another one");
+}
+
+TEST_F(DamagedDataTest, ADamagedReportIsToldWhenItIsRead) {
+  fill();
+  Database(file(), Database::Access::kWrite).run("UPDATE bodies SET body = x'00' WHERE report = 7");
+  ReportStore store(folder(), 100);
+  EXPECT_THROW(store.bytes(7), zt::inbox::DatabaseFault);
+  EXPECT_EQ(store.bytes(8)->body.size(), 5'000U);
+}
+
+}  // namespace

@@ -1,0 +1,394 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "tests/support/TemporaryFolder.h"
+#include "tests/unit/tools/ztinbox/SampleReport.h"
+#include "tools/ztinbox/api/Moment.h"
+#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/store/ReportStore.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using zt::inbox::NewReport;
+using zt::inbox::Report;
+using zt::inbox::ReportFilter;
+using zt::inbox::ReportStore;
+using zt::test::SampleReport;
+
+using Numbers = std::vector<std::uint64_t>;
+
+constexpr std::size_t kAll = 1'000;
+
+NewReport newReport(const SampleReport& sample) {
+  const std::string text = sample.text();
+  NewReport report;
+  report.report.identity = zt::inbox::readIdentity(text);
+  report.report.size = text.size();
+  report.packedBody = zt::inbox::packed(text);
+  return report;
+}
+
+NewReport newReportWithId(const std::string& id) { return newReport(zt::test::reportWithId(id)); }
+
+Numbers numbersOf(ReportStore& store, const ReportFilter& filter = {}, std::size_t limit = kAll) {
+  Numbers numbers;
+  for (const Report& report : store.list(filter, limit)) numbers.push_back(report.number);
+  return numbers;
+}
+
+class ReportStoreTest : public ::testing::Test {
+ protected:
+  std::string folder() const { return _folder.path("data"); }
+
+  /// Adds it and returns it as it is listed.
+  static Report add(ReportStore& store, NewReport report) {
+    store.add(std::move(report));
+    return store.list({}, 1).front();
+  }
+
+ private:
+  zt::test::TemporaryFolder _folder;
+};
+
+TEST_F(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
+  ReportStore store(folder(), 10);
+  EXPECT_EQ(numbersOf(store), Numbers{});
+  for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
+  EXPECT_EQ(numbersOf(store), (Numbers{3, 2, 1}));
+  EXPECT_EQ(store.find(2)->identity.reportId, "b");
+  EXPECT_FALSE(store.find(4));
+  EXPECT_FALSE(store.find(0));
+}
+
+TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
+  const std::string nothingSpecial("a\0\xff<&>\"'\r\n", 10);
+  SampleReport sample;
+  sample.customerId = std::string("K\xff\0", 3);
+  sample.pools = {"EXECUTION", "A", "EXECUTION", std::string("\0\xfe", 2)};
+  sample.value = nothingSpecial;
+  NewReport report = newReport(sample);
+  report.head = "POST /soap HTTP/1.1\r\nX: " + nothingSpecial;
+  report.report.received = zt::inbox::Moment(milliseconds(1'795'262'400'123));
+  report.report.test = true;
+  report.report.sender = "127.0.0.1:7";
+  report.report.answer = {zt::inbox::AnswerKind::kError, 503};
+  report.report.result = "failed";
+  report.report.duration = milliseconds(5'000);
+  {
+    ReportStore store(folder(), 10);
+    store.add(report);
+  }
+  ReportStore store(folder(), 10);
+  const auto kept = store.find(1);
+  ASSERT_TRUE(kept);
+  EXPECT_EQ(kept->received, report.report.received);
+  EXPECT_TRUE(kept->test);
+  EXPECT_FALSE(kept->read);
+  EXPECT_EQ(kept->sender, "127.0.0.1:7");
+  EXPECT_EQ(kept->answer, report.report.answer);
+  EXPECT_EQ(kept->size, sample.text().size());
+  EXPECT_EQ(kept->identity.reportId, sample.reportId);
+  EXPECT_EQ(kept->identity.machineId, sample.machineId);
+  EXPECT_EQ(kept->identity.customerId, sample.customerId);
+  EXPECT_EQ(kept->identity.applicationId, sample.applicationId);
+  EXPECT_EQ(kept->identity.applicationVersion, sample.applicationVersion);
+  EXPECT_EQ(kept->identity.pools, sample.pools);
+  EXPECT_EQ(kept->result, "failed");
+  EXPECT_EQ(kept->duration, milliseconds(5'000));
+  EXPECT_EQ(kept->duplicateOf, std::nullopt);
+  const auto bytes = store.bytes(1);
+  ASSERT_TRUE(bytes);
+  EXPECT_EQ(bytes->head, report.head);
+  EXPECT_EQ(bytes->body, sample.text());
+}
+
+TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
+  ReportStore store(folder(), 10);
+  NewReport nothing;
+  nothing.packedBody = zt::inbox::packed("");
+  add(store, nothing);
+  const auto kept = store.find(1);
+  ASSERT_TRUE(kept);
+  EXPECT_EQ(kept->identity.reportId, std::nullopt);
+  EXPECT_EQ(kept->identity.customerId, std::nullopt);
+  EXPECT_EQ(kept->result, std::nullopt);
+  EXPECT_EQ(kept->duration, std::nullopt);
+  EXPECT_EQ(store.bytes(1)->body, "");
+}
+
+TEST_F(ReportStoreTest, ListsAPage) {
+  ReportStore store(folder(), 10);
+  for (int i = 1; i <= 6; ++i) {
+    add(store, newReport(zt::test::reportOf(i % 2 == 0 ? "even" : "odd")));
+  }
+  EXPECT_EQ(numbersOf(store, {}, 2), (Numbers{6, 5}));
+  EXPECT_EQ(numbersOf(store, {.before = 5}, 2), (Numbers{4, 3}));
+  EXPECT_EQ(numbersOf(store, {.before = 1}), Numbers{});
+  EXPECT_EQ(numbersOf(store, {.customer = "odd"}), (Numbers{5, 3, 1}));
+  EXPECT_EQ(numbersOf(store, {.customer = "odd", .before = 5}, 1), Numbers{3});
+  EXPECT_EQ(numbersOf(store, {.customer = "od"}), Numbers{});
+}
+
+TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
+  ReportStore store(folder(), 10);
+  SampleReport sample;
+  sample.value = "Apple";
+  NewReport report = newReport(sample);
+  report.report.received = zt::inbox::Moment(milliseconds(1'000));
+  store.add(report);
+  sample.applicationId = "{OTHER}";
+  sample.machineId = "{M}";
+  sample.pools = {"CUSTOM", "DISKS"};
+  sample.value = "Pear";
+  report = newReport(sample);
+  report.report.received = zt::inbox::Moment(milliseconds(2'000));
+  report.report.test = true;
+  store.add(report);
+  EXPECT_TRUE(store.setRead(2, true));
+
+  const auto at = [](int time) { return zt::inbox::Moment(milliseconds(time)); };
+  const struct {
+    ReportFilter filter;
+    Numbers numbers;
+  } rows[] = {
+      {{}, {2, 1}},
+      {{.customer = "Kelvane"}, {2, 1}},
+      {{.customer = "kelvane"}, {}},
+      {{.application = "{OTHER}"}, {2}},
+      {{.machine = "{M}"}, {2}},
+      {{.machine = ""}, {}},
+      {{.pool = "DISKS"}, {2}},
+      {{.pool = "EXECUTION"}, {1}},
+      {{.pool = "DISK"}, {}},
+      {{.test = true}, {2}},
+      {{.test = false}, {1}},
+      {{.read = true}, {2}},
+      {{.read = false}, {1}},
+      {{.since = at(2'000)}, {2}},
+      {{.until = at(2'000)}, {1}},
+      {{.since = at(1'000), .until = at(2'001)}, {2, 1}},
+      {{.text = "kelvane"}, {2, 1}},
+      {{.text = "pear"}, {2}},
+      {{.text = "pear apple"}, {}},
+      {{.pool = "DISKS", .text = "pear"}, {2}},
+      {{.pool = "EXECUTION", .text = "pear"}, {}},
+      {{.customer = "Kelvane",
+        .application = "{OTHER}",
+        .machine = "{M}",
+        .pool = "CUSTOM",
+        .text = "pear",
+        .test = true,
+        .read = true,
+        .since = at(2'000),
+        .until = at(2'001),
+        .before = 3},
+       {2}},
+      {{.customer = "Kelvane",
+        .application = "{OTHER}",
+        .machine = "{M}",
+        .pool = "CUSTOM",
+        .text = "pear",
+        .test = true,
+        .read = true,
+        .since = at(2'000),
+        .until = at(2'001),
+        .before = 2},
+       {}},
+  };
+  int row = 0;
+  for (const auto& [filter, numbers] : rows) {
+    EXPECT_EQ(numbersOf(store, filter), numbers) << "row " << row;
+    EXPECT_EQ(store.statistics(filter).reports, numbers.size()) << "row " << row;
+    ++row;
+  }
+}
+
+TEST_F(ReportStoreTest, KeepsTheNewest) {
+  ReportStore store(folder(), 2);
+  for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
+  EXPECT_EQ(numbersOf(store), (Numbers{3, 2}));
+  EXPECT_FALSE(store.bytes(1));
+  EXPECT_EQ(numbersOf(store, {.text = "kelvane"}), (Numbers{3, 2}));
+  EXPECT_EQ(numbersOf(store, {.pool = "EXECUTION"}), (Numbers{3, 2}));
+  EXPECT_EQ(store.arrivals().count(), 3U);
+}
+
+TEST_F(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
+  {
+    ReportStore store(folder(), 1'000);
+    for (int i = 0; i < 450; ++i) store.add(newReportWithId("a"));
+  }
+  ReportStore store(folder(), 2);
+  add(store, newReportWithId("a"));
+  // More than one portion is removed, the later ones behind whatever came in between.
+  for (int i = 0; i < 3; ++i) store.setRead(1, true);
+  EXPECT_EQ(numbersOf(store), (Numbers{451, 450}));
+}
+
+TEST_F(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
+  ReportStore store(folder(), 3);
+  EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, std::nullopt);
+  EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, 1U);
+  EXPECT_EQ(add(store, newReportWithId("b")).duplicateOf, std::nullopt);
+  EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, 2U) << "the first one had to go";
+  EXPECT_EQ(store.find(2)->duplicateOf, std::nullopt);
+  EXPECT_EQ(store.withReportId("a", 10), (Numbers{2, 4}));
+  EXPECT_EQ(store.withReportId("a", 1), Numbers{2});
+}
+
+TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
+  ReportStore store(folder(), 3);
+  add(store, newReportWithId(""));
+  EXPECT_EQ(add(store, newReportWithId("")).duplicateOf, std::nullopt);
+  add(store, NewReport());
+  EXPECT_EQ(add(store, NewReport()).duplicateOf, std::nullopt);
+  EXPECT_EQ(store.withReportId("", 10), Numbers{});
+}
+
+TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
+  {
+    ReportStore store(folder(), 5);
+    for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
+    EXPECT_TRUE(store.remove(1));
+    EXPECT_FALSE(store.remove(1));
+    EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, std::nullopt);
+    EXPECT_EQ(store.arrivals().count(), 4U);
+    EXPECT_EQ(store.clear(), 3U);
+    EXPECT_EQ(numbersOf(store, {.text = "kelvane"}), Numbers{});
+    EXPECT_EQ(store.arrivals().count(), 0U);
+    EXPECT_EQ(add(store, newReportWithId("a")).number, 5U);
+    EXPECT_EQ(numbersOf(store, {.text = "kelvane"}), Numbers{5});
+    EXPECT_EQ(store.clear(), 1U);
+  }
+  ReportStore store(folder(), 5);
+  EXPECT_EQ(store.arrivals().lastNumber(), 5U);
+  EXPECT_EQ(add(store, newReportWithId("a")).number, 6U);
+}
+
+TEST_F(ReportStoreTest, RemovesWhatIsFound) {
+  ReportStore store(folder(), 1'000);
+  for (int i = 1; i <= 450; ++i) {
+    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other")));
+  }
+  EXPECT_EQ(store.remove(ReportFilter{.customer = "nobody"}), 0U);
+  EXPECT_EQ(store.remove(ReportFilter{.customer = "other", .before = 449}), 299U);
+  EXPECT_EQ(numbersOf(store).size(), 151U);
+  EXPECT_EQ(store.remove(ReportFilter{.text = "third"}), 150U);
+  EXPECT_EQ(numbersOf(store), Numbers{449});
+  EXPECT_EQ(store.arrivals().count(), 450U) << "what came in, came in";
+}
+
+TEST_F(ReportStoreTest, MarksReportsAsRead) {
+  ReportStore store(folder(), 10);
+  for (const char* customer : {"a", "b", "a"}) add(store, newReport(zt::test::reportOf(customer)));
+  EXPECT_TRUE(store.setRead(2, true));
+  EXPECT_TRUE(store.setRead(2, true));
+  EXPECT_FALSE(store.setRead(9, true));
+  EXPECT_EQ(numbersOf(store, {.read = true}), Numbers{2});
+  EXPECT_EQ(store.setRead(ReportFilter{.customer = "a"}, true), 2U);
+  EXPECT_EQ(store.setRead(ReportFilter{}, true), 0U);
+  EXPECT_EQ(store.setRead(ReportFilter{.before = 3}, false), 2U);
+  EXPECT_EQ(numbersOf(store, {.read = false}), (Numbers{2, 1}));
+}
+
+TEST_F(ReportStoreTest, TheListenerGetsEveryReportInOrder) {
+  std::vector<Report> told;
+  {
+    ReportStore store(folder(), 1'000, [&told](const std::vector<NewReport>& reports) {
+      for (const NewReport& report : reports) told.push_back(report.report);
+    });
+    std::vector<std::thread> adding;
+    for (int thread = 0; thread < 4; ++thread) {
+      adding.emplace_back([&store] {
+        for (int i = 0; i < 25; ++i) store.add(newReportWithId("a"));
+      });
+    }
+    for (std::thread& thread : adding) thread.join();
+  }
+  ASSERT_EQ(told.size(), 100U);
+  for (std::size_t i = 0; i < told.size(); ++i) {
+    EXPECT_EQ(told[i].number, i + 1);
+    EXPECT_EQ(told[i].duplicateOf.has_value(), i > 0);
+  }
+}
+
+TEST_F(ReportStoreTest, ListsWhatCameAfterANumber) {
+  ReportStore store(folder(), 10);
+  for (int i = 0; i < 4; ++i) add(store, newReportWithId("a"));
+  store.remove(3);
+  Numbers numbers;
+  for (const Report& report : store.listAfter(1, 2)) numbers.push_back(report.number);
+  EXPECT_EQ(numbers, (Numbers{2, 4}));
+  EXPECT_TRUE(store.listAfter(4, 2).empty());
+}
+
+TEST_F(ReportStoreTest, WaitsForReports) {
+  ReportStore store(folder(), 5);
+  EXPECT_TRUE(store.arrivals().waitForCount(0, milliseconds(0)));
+  EXPECT_FALSE(store.arrivals().waitForCount(1, milliseconds(1)));
+  EXPECT_FALSE(store.arrivals().waitForNews(0, 0, milliseconds(1)));
+  std::thread adding([&store] {
+    store.add({});
+    store.add({});
+  });
+  EXPECT_TRUE(store.arrivals().waitForCount(2, milliseconds(60'000)));
+  EXPECT_TRUE(store.arrivals().waitForNews(1, 0, milliseconds(60'000)));
+  adding.join();
+}
+
+TEST_F(ReportStoreTest, CountsForTheCharts) {
+  ReportStore store(folder(), 10);
+  const struct {
+    int minute;
+    zt::inbox::AnswerKind answer;
+    const char* result;
+    int seconds;
+  } reports[] = {
+      {1, zt::inbox::AnswerKind::kAccept, "succeeded", 1},
+      {1, zt::inbox::AnswerKind::kRefuse, "succeeded", 2},
+      {3, zt::inbox::AnswerKind::kDrop, "failed", 6},
+  };
+  for (const auto& row : reports) {
+    NewReport report;
+    report.report.received = zt::inbox::Moment(std::chrono::minutes(row.minute) + milliseconds(59));
+    report.report.answer = {row.answer};
+    report.report.result = row.result;
+    report.packedBody = zt::inbox::packed("0123456789");
+    report.report.size = 10;
+    report.steps = {{"Copy", std::chrono::seconds(row.seconds)}};
+    if (row.seconds > 1) report.steps.push_back({"Check", milliseconds(7)});
+    store.add(report);
+  }
+  store.setRead(1, true);
+  const zt::inbox::Statistics all = store.statistics({});
+  EXPECT_EQ(all.reports, 3U);
+  EXPECT_EQ(all.bytes, 30U);
+  EXPECT_EQ(all.unread, 2U);
+  EXPECT_EQ(all.tests, 0U);
+  ASSERT_EQ(all.minutes.size(), 2U);
+  EXPECT_EQ(all.minutes[0].begin, zt::inbox::Moment(std::chrono::minutes(1)));
+  EXPECT_EQ(all.minutes[0].accepted, 1U);
+  EXPECT_EQ(all.minutes[0].refused, 1U);
+  EXPECT_EQ(all.minutes[0].failed, 0U);
+  EXPECT_EQ(all.minutes[1].begin, zt::inbox::Moment(std::chrono::minutes(3)));
+  EXPECT_EQ(all.minutes[1].failed, 1U);
+  ASSERT_EQ(all.results.size(), 2U);
+  EXPECT_EQ(all.results[0].result, "succeeded");
+  EXPECT_EQ(all.results[0].count, 2U);
+  EXPECT_EQ(all.results[1].result, "failed");
+  ASSERT_EQ(all.steps.size(), 2U);
+  EXPECT_EQ(all.steps[0].name, "Copy");
+  EXPECT_EQ(all.steps[0].count, 3U);
+  EXPECT_EQ(all.steps[0].shortest, milliseconds(1'000));
+  EXPECT_EQ(all.steps[0].mean, milliseconds(3'000));
+  EXPECT_EQ(all.steps[0].longest, milliseconds(6'000));
+  EXPECT_EQ(all.steps[1].name, "Check");
+  EXPECT_EQ(store.statistics({.before = 2}).steps.size(), 1U);
+}
+
+}  // namespace

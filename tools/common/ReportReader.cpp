@@ -1,0 +1,251 @@
+#include "tools/common/ReportReader.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tools/common/LineCursor.h"
+#include "tools/common/ReportMarkup.h"
+
+namespace zt::reader {
+
+namespace {
+
+// Blanks before the parts of a report.
+constexpr std::size_t kRequestBlanks = 4;
+constexpr std::size_t kSoapReportBlanks = 7;
+constexpr std::size_t kPoolBlanks = 4;   // behind the report's
+constexpr std::size_t kInnerBlanks = 2;  // of the lines within an element
+constexpr std::size_t kFieldBlanks = 4;  // of a field behind what it is in
+
+class Reader {
+ public:
+  explicit Reader(std::string_view text) : _lines(text) { _report.text = text; }
+
+  void read() {
+    if (_lines.atEnd()) return;
+    readFormAndStart();
+    readHeads();
+    while (_lines.startsWith({_poolBlanks, "<Data"})) readPool();
+    readEnd();
+  }
+
+  /// What has been read, and what is open ends with it.
+  Report take() && {
+    const std::size_t end = _report.fields.size();
+    for (const OpenList& list : _open) {
+      if (list.type != FieldType::None) _report.fields[list.owner].size = end - list.owner;
+    }
+    for (const std::size_t records : _openRecords) {
+      _report.fields[records].size = end - records;
+    }
+    if (!_report.pools.empty()) _report.pools.back().end = end;
+    return std::move(_report);
+  }
+
+ private:
+  /// A list of fields whose end has not come yet: of a pool, a generic array or a record.
+  struct OpenList {
+    std::size_t owner;  // index of the array or record
+    FieldType type;     // None: the pool's own
+  };
+
+  std::string_view in(const Tag& tag) const { return tag.in(_report.form); }
+  /// A start tag without its end, which an element without a value may have instead.
+  static std::string_view open(std::string_view tag) { return tag.substr(0, tag.size() - 1); }
+
+  void readFormAndStart() {
+    if (_lines.startsWith({0, kEnvelope.substr(0, kEnvelope.find(' '))})) {
+      _report.form = Form::Soap;
+      _blanks = kSoapReportBlanks;
+      _lines.takeLine({0, kEnvelope});
+      _lines.takeLine({2, kBody});
+      _lines.takeLine({kRequestBlanks, kRequest});
+    } else if (_lines.startsWith({0, kDeclaration})) {
+      _report.form = Form::Plain;
+      _lines.takeLine({0, kDeclaration});
+    } else {
+      _lines.failInLine(quoted("<SOAP-ENV:Envelope").append(" or ").append(quoted(kDeclaration)));
+    }
+    _poolBlanks = _blanks + kPoolBlanks;
+    _lines.takeLine({_blanks, in(kReport)});
+  }
+
+  void readHeads() {
+    const std::size_t blanks = _blanks + kInnerBlanks;
+    for (std::size_t i = 0; i < kHeads.size(); ++i) {
+      const Tag& next = i + 1 < kHeads.size() ? kHeads[i + 1].tag : kPools;
+      _report.*kHeads[i].value =
+          _lines.takeElement({blanks, in(kHeads[i].tag)}, kHeads[i].end, {blanks, open(in(next))});
+    }
+    _lines.takeLine({blanks, in(kPools)});
+  }
+
+  void readEnd() {
+    const std::size_t blanks = _blanks + kInnerBlanks;
+    if (_report.pools.empty() || !_lines.startsWith({blanks, kPoolsEnd})) {
+      _lines.failInLine(oneOf(_poolBlanks, "<Data", blanks, kPoolsEnd));
+    }
+    _lines.takeLine({blanks, kPoolsEnd});
+    _lines.takeLine({_blanks, kReportEnd});
+    if (_report.form == Form::Soap) {
+      _lines.takeLine({kRequestBlanks, kRequestEnd});
+      _lines.takeLine({2, kBodyEnd});
+      _lines.takeLine({0, kEnvelopeEnd});
+    }
+    if (!_lines.atEnd()) _lines.failInLine("the end of the text");
+  }
+
+  void readPool() {
+    const std::size_t inner = _poolBlanks + kInnerBlanks;
+    _lines.takeStart({_poolBlanks, in(kPool)});
+    const std::string_view type = _lines.takeValue(kPoolTypeEnd, {inner, "<Date"});
+    Pool& pool = _report.pools.emplace_back();
+    pool.type = type;
+    pool.begin = pool.end = _report.fields.size();
+    pool.date = _lines.takeElement({inner, in(kDate)}, kDateEnd, {inner, "<Fields"});
+    pool.isEmptyTag = _lines.takeLineIf({inner, in(kNoFields)});
+    if (!pool.isEmptyTag) {
+      _lines.takeLine({inner, in(kFields)});
+      _open.push_back({0, FieldType::None});
+      readFields();
+    }
+    _lines.takeLine({_poolBlanks, kPoolEnd});
+    pool.end = _report.fields.size();
+  }
+
+  /// How far in the lines of the innermost open list's owner stand.
+  std::size_t ownerBlanks() const { return _poolBlanks + kFieldBlanks * (_open.size() - 1); }
+
+  /// Reads until the pool's list, the only open one, is closed.
+  void readFields() {
+    while (!_open.empty()) {
+      const std::size_t blanks = ownerBlanks();
+      if (_lines.takeLineIf({blanks + kInnerBlanks, kFieldsEnd})) {
+        closeList(blanks);
+      } else {
+        readField(blanks + kFieldBlanks);
+      }
+    }
+  }
+
+  void closeList(std::size_t blanks) {
+    const OpenList list = _open.back();
+    _open.pop_back();
+    if (list.type == FieldType::None) return;
+    Field& owner = _report.fields[list.owner];
+    owner.size = _report.fields.size() - list.owner;
+    if (list.type == FieldType::Array) {
+      _lines.takeLine({blanks, kArrayEnd});
+    } else {
+      readRecordOrEnd(blanks);
+    }
+  }
+
+  void readField(std::size_t blanks) {
+    const auto* const found =
+        std::find_if(kFieldTags.begin(), kFieldTags.end(), [&](const FieldTag& candidate) {
+          return _lines.startsWith({blanks, in(candidate.tag)});
+        });
+    if (found == kFieldTags.end()) {
+      _lines.failInLine(oneOf(blanks, "<Field", blanks - kInnerBlanks, kFieldsEnd));
+    }
+    _lines.takeLine({blanks, in(found->tag)});
+    if (found->type == FieldType::Array) return readArray(blanks);
+
+    const bool isBare = found->type == FieldType::None;
+    const std::size_t inner = blanks + kInnerBlanks;
+    Field field;
+    field.type = found->type;
+    const LineCursor::Start end{blanks, kFieldEnd};
+    if (isBare) {
+      field.name = _lines.takeElement({inner, in(kBareName)}, kNameEnd, end);
+    } else {
+      field.name = _lines.takeElement({inner, in(kName)}, kNameEnd, {inner, open(in(kValue))});
+      field.value = _lines.takeElement({inner, in(kValue)}, kValueEnd, end);
+    }
+    _lines.takeLine({blanks, kFieldEnd});
+    _report.fields.push_back(field);
+  }
+
+  /// Reads an array of either kind up to the first field in it. How its name ends tells which it
+  /// is; the names of record lists are words of the library, which have no line end.
+  void readArray(std::size_t blanks) {
+    const std::size_t inner = blanks + kInnerBlanks;
+    const std::size_t index = _report.fields.size();
+    Field array;
+    _lines.takeStart({inner, in(kName)});
+    if (_lines.lineEndsWith(kNameEnd)) {
+      array.type = FieldType::Records;
+      array.name = _lines.takeValue(kNameEnd, {inner, in(kFields)});
+      _report.fields.push_back(array);
+      _openRecords.push_back(index);
+      return readRecordOrEnd(blanks);
+    }
+    array.type = FieldType::Array;
+    array.name = _lines.takeValue(kArrayNameEnd, {inner, "<Fields"});
+    array.isEmptyTag = _lines.takeLineIf({inner, in(kNoFields)});
+    _report.fields.push_back(array);
+    if (array.isEmptyTag) {
+      _lines.takeLine({blanks, kArrayEnd});
+    } else {
+      _lines.takeLine({inner, in(kFields)});
+      _open.push_back({index, FieldType::Array});
+    }
+  }
+
+  /// Between the records of the innermost list of them.
+  void readRecordOrEnd(std::size_t blanks) {
+    const std::string_view here = _lines.here();
+    if (_lines.takeLineIf({blanks + kInnerBlanks, in(kFields)})) {
+      Field record;
+      record.type = FieldType::Record;
+      record.name = here;
+      _open.push_back({_report.fields.size(), FieldType::Record});
+      _report.fields.push_back(record);
+    } else if (_lines.takeLineIf({blanks, kFieldEnd})) {
+      const std::size_t index = _openRecords.back();
+      _openRecords.pop_back();
+      _report.fields[index].size = _report.fields.size() - index;
+    } else {
+      _lines.failInLine(oneOf(blanks + kInnerBlanks, in(kFields), blanks, kFieldEnd));
+    }
+  }
+
+  static std::string oneOf(std::size_t blanks, std::string_view tag, std::size_t otherBlanks,
+                           std::string_view otherTag) {
+    std::string text = quoted(tag);
+    text.append(" after ").append(std::to_string(blanks)).append(" blanks or ");
+    return text.append(quoted(otherTag)).append(" after ").append(std::to_string(otherBlanks));
+  }
+
+  LineCursor _lines;
+  Report _report;
+  std::size_t _blanks = 0;      // before the report's own lines
+  std::size_t _poolBlanks = 0;  // before a pool's
+  std::vector<OpenList> _open;
+  std::vector<std::size_t> _openRecords;
+};
+
+}  // namespace
+
+Report readReport(std::string_view text) {
+  Reader reader(text);
+  reader.read();
+  return std::move(reader).take();
+}
+
+PartialReport readReportUpToFault(std::string_view text) {
+  Reader reader(text);
+  std::optional<ReadError> fault;
+  try {
+    reader.read();
+  } catch (const ReadError& error) {
+    fault = error;
+  }
+  return {std::move(reader).take(), std::move(fault)};
+}
+
+}  // namespace zt::reader

@@ -1,0 +1,165 @@
+#include "tools/ztinbox/CommandLine.h"
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string_view>
+
+#include "tools/ztinbox/Version.h"
+#include "tools/ztinbox/faults/BehaviourJson.h"
+#include "tools/ztinbox/faults/Fault.h"
+#include "tools/ztinbox/store/DataFolder.h"
+
+namespace zt::inbox {
+
+namespace {
+
+constexpr std::uint64_t kMostKept = 1'000'000;
+
+/// The values of the options as they were written.
+struct Arguments {
+  std::string listen = "127.0.0.1:8025";
+  std::optional<std::string> data;
+  std::string most = "10000";
+  std::string answer = "accept";
+  std::string slow = "0";
+  std::string failRate = "0";
+  std::string seed = "0";
+  std::string scenario;
+};
+
+constexpr const char* kPurpose =
+    "Local inbox for reports: takes them, shows them, and misbehaves on purpose.";
+
+void addOptions(CLI::App& app, Arguments& arguments) {
+  app.set_version_flag("--version", std::string(nameAndVersion()), "Print the version and exit");
+  app.add_option("--listen", arguments.listen, "Address and port; port 0: a free one")
+      ->type_name("ADDRESS:PORT")
+      ->capture_default_str();
+  app.add_option("--data", arguments.data,
+                 "Folder to keep the reports in (default: ztinbox among the user's data)")
+      ->type_name("DIR");
+  app.add_option("--max", arguments.most, "Keep the newest N reports")
+      ->type_name("N")
+      ->capture_default_str();
+  app.add_option("--answer", arguments.answer,
+                 "Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or "
+                 "truncate")
+      ->type_name("WORD")
+      ->capture_default_str();
+  app.add_option("--slow", arguments.slow, "Wait before each answer, in milliseconds")
+      ->type_name("MS")
+      ->capture_default_str();
+  app.add_option("--fail-rate", arguments.failRate,
+                 "Let each report fail with this probability, from 0 to 1")
+      ->type_name("F")
+      ->capture_default_str();
+  app.add_option("--seed", arguments.seed, "Seed of the failures: the same one, the same failures")
+      ->type_name("S")
+      ->capture_default_str();
+  app.add_option("--scenario", arguments.scenario,
+                 "JSON list of answers to give in order, as in "
+                 R"([{"answer": "error:503", "times": 2}, {"answer": "accept"}])")
+      ->type_name("FILE");
+}
+
+std::uint64_t readWhole(const char* option, std::string_view text, std::uint64_t least,
+                        std::uint64_t most) {
+  std::uint64_t number = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  const bool whole = error == std::errc() && end == text.data() + text.size();
+  if (whole && number >= least && number <= most) return number;
+  throw InputFault(std::string(option) + " must be a whole number from " + std::to_string(least) +
+                   " to " + std::to_string(most));
+}
+
+double readRate(std::string_view text) {
+  double rate = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
+  const bool number = error == std::errc() && end == text.data() + text.size();
+  if (number && rate >= 0 && rate <= 1) return rate;
+  throw InputFault("--fail-rate must be a number from 0 to 1");
+}
+
+std::string readFile(const std::string& path) {
+  const auto failed = [&path] {
+    return MachineFault("cannot read " + path + ": " + std::strerror(errno));
+  };
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path.c_str(), "rbe"),
+                                                             &std::fclose);
+  if (!file) throw failed();
+  std::string content;
+  std::array<char, 4096> part{};
+  while (const std::size_t count = std::fread(part.data(), 1, part.size(), file.get())) {
+    content.append(part.data(), count);
+  }
+  if (std::ferror(file.get()) != 0) throw failed();
+  return content;
+}
+
+std::vector<ScenarioStep> readScenarioFile(const std::string& path) {
+  const std::string content = readFile(path);
+  try {
+    return readScenario(content);
+  } catch (const InputFault& fault) {
+    throw InputFault(path + ": " + fault.what());
+  }
+}
+
+InboxSettings readSettings(const Arguments& arguments) {
+  const auto listen = parseListenAddress(arguments.listen);
+  if (!listen) throw InputFault("--listen must be ADDRESS:PORT, such as 127.0.0.1:8025");
+  const auto answer = parseAnswer(arguments.answer);
+  if (!answer) throw InputFault("--answer must be " + std::string(kAnswerWords));
+
+  InboxSettings settings;
+  settings.listen = *listen;
+  settings.mostReports = readWhole("--max", arguments.most, 1, kMostKept);
+  settings.behaviour.answer = *answer;
+  const auto slowest = static_cast<std::uint64_t>(kSlowest.count());
+  settings.behaviour.slow =
+      std::chrono::milliseconds(readWhole("--slow", arguments.slow, 0, slowest));
+  settings.behaviour.failRate = readRate(arguments.failRate);
+  settings.behaviour.seed =
+      readWhole("--seed", arguments.seed, 0, std::numeric_limits<std::uint64_t>::max());
+  if (!arguments.scenario.empty()) {
+    settings.behaviour.scenario = readScenarioFile(arguments.scenario);
+  }
+  if (arguments.data && arguments.data->empty()) throw InputFault("--data must name a folder");
+  settings.dataFolder = arguments.data ? *arguments.data : defaultDataFolder();
+  return settings;
+}
+
+}  // namespace
+
+CommandLine readCommandLine(int argc, const char* const* argv) {
+  CLI::App app(kPurpose, "ztinbox");
+  Arguments arguments;
+  addOptions(app, arguments);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::CallForHelp&) {
+    return {std::nullopt, app.help()};
+  } catch (const CLI::CallForVersion& version) {
+    return {std::nullopt, std::string(version.what()) + "\n"};
+  } catch (const CLI::ParseError& error) {
+    throw InputFault(error.what());
+  }
+  return {readSettings(arguments), {}};
+}
+
+std::shared_ptr<const CLI::App> commandLineApp() {
+  struct Described {
+    Arguments arguments;
+    CLI::App app{kPurpose, "ztinbox"};
+  };
+  const auto described = std::make_shared<Described>();
+  addOptions(described->app, described->arguments);
+  return {described, &described->app};
+}
+
+}  // namespace zt::inbox

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "tools/ztinbox/faults/Behaviour.h"
+#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/store/ReportStore.h"
+
+namespace zt::inbox {
+
+/// The JSON API below /api/v1/, described in openapi.json. Errors are JSON too:
+/// {"error":"no such report"}.
+///
+///     GET    reports?FILTER&before=&limit=      newest first
+///     DELETE reports?FILTER&before=             {"deleted":3}
+///     PUT    reports/read?FILTER&before=        {"read":true}: marks what is found
+///     GET    reports/N                          one report with its headers, pools and fields
+///     DELETE reports/N
+///     GET    reports/N/raw                      its bytes
+///     PUT    reports/N/read                     {"read":true}
+///     GET    events?after=                      server-sent events, one for each new report
+///     GET    wait?count=&timeout=               {"count":2} once so many came in, else 408
+///     GET    stats?FILTER                       what the charts show
+///     GET    behaviour, PUT behaviour           how reports are answered
+///     GET    openapi.json
+///
+/// FILTER: customer, application, machine, pool, text, test, read, since, until.
+class Api {
+ public:
+  /// `store` and `behaviour` outlive the API.
+  Api(ReportStore& store, Behaviour& behaviour) : _store(store), _behaviour(behaviour) {}
+
+  static bool owns(std::string_view path);
+  void answer(Exchange& exchange);
+
+ private:
+  void dispatch(Exchange& exchange, std::string_view path);
+  void answerReports(Exchange& exchange);
+  void answerReport(Exchange& exchange, std::string_view path);
+  void showReport(Exchange& exchange, std::uint64_t number);
+  void removeReport(Exchange& exchange, std::uint64_t number);
+  void answerRaw(Exchange& exchange, std::uint64_t number);
+  void markOne(Exchange& exchange, std::uint64_t number);
+  void markAll(Exchange& exchange);
+  void answerEvents(Exchange& exchange);
+  void answerWait(Exchange& exchange);
+  void answerStatistics(Exchange& exchange);
+  void answerBehaviour(Exchange& exchange);
+
+  ReportStore& _store;
+  Behaviour& _behaviour;
+};
+
+}  // namespace zt::inbox

@@ -1,0 +1,56 @@
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <string>
+
+#include "tools/common/StopSignals.h"
+#include "tools/ztinbox/CommandLine.h"
+#include "tools/ztinbox/LineOutput.h"
+#include "tools/ztinbox/faults/Fault.h"
+#include "tools/ztinbox/http/InboxServer.h"
+
+namespace {
+
+using zt::inbox::CommandLine;
+using zt::inbox::InboxServer;
+using zt::inbox::InputFault;
+using zt::inbox::LineOutput;
+using zt::inbox::readCommandLine;
+using zt::inbox::StopSignals;
+
+constexpr int kWrongUsage = 2;
+constexpr int kMachineFailed = 3;
+
+void run(const CommandLine& commandLine) {
+  if (!commandLine.settings) {
+    std::fputs(commandLine.text.c_str(), stdout);
+    return;
+  }
+  // Whoever reads the lines may go; the inbox stays.
+  std::signal(SIGPIPE, SIG_IGN);
+  const StopSignals stop;
+  LineOutput output(STDOUT_FILENO);
+  InboxServer server(*commandLine.settings, [&](std::string_view line) { output.write(line); });
+  output.write("ztinbox: listening on " + server.url());
+  server.run(stop.number());
+}
+
+int failed(int status, const std::exception& fault) {
+  std::fprintf(stderr, "ztinbox: %s\n", fault.what());
+  return status;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    run(readCommandLine(argc, argv));
+    return 0;
+  } catch (const InputFault& fault) {
+    return failed(kWrongUsage, fault);
+  } catch (const std::exception& fault) {
+    return failed(kMachineFailed, fault);
+  }
+}

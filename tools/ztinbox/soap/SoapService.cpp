@@ -1,0 +1,87 @@
+#include "tools/ztinbox/soap/SoapService.h"
+
+#include <string>
+
+#include "tools/ztinbox/soap/SoapAnswers.h"
+#include "tools/ztinbox/soap/SoapRequest.h"
+
+namespace zt::inbox {
+
+namespace {
+
+constexpr int kBadRequest = 400;
+constexpr std::chrono::milliseconds kForever{-1};
+
+/// Announces the whole of an acceptance and ends the connection before it says anything.
+void answerTruncated(Exchange& exchange) {
+  const std::string whole = reportAnswer(true);
+  exchange.response.set_content_provider(whole.size(), kXmlType,
+                                         [part = whole.substr(0, harmlessLength(whole))](
+                                             std::size_t, std::size_t, httplib::DataSink& sink) {
+                                           sink.write(part.data(), part.size());
+                                           return false;
+                                         });
+}
+
+bool mayHaveBody(int status) { return status != 204 && status != 205 && status != 304; }
+
+void answerError(Exchange& exchange, int status) {
+  exchange.response.status = status;
+  if (!mayHaveBody(status)) return;
+  exchange.response.set_content("error " + std::to_string(status) + ", on purpose\n", kTextType);
+}
+
+void perform(const Answer& answer, Exchange& exchange) {
+  switch (answer.kind) {
+    case AnswerKind::kAccept:
+      exchange.response.set_content(reportAnswer(true), kXmlType);
+      return;
+    case AnswerKind::kRefuse:
+      exchange.response.set_content(reportAnswer(false), kXmlType);
+      return;
+    case AnswerKind::kGarbage:
+      exchange.response.set_content(std::string(kGarbage), kHtmlType);
+      return;
+    case AnswerKind::kError:
+      answerError(exchange, answer.status);
+      return;
+    case AnswerKind::kHang:
+      exchange.connection.isLeftWithin(kForever);
+      exchange.connection.endSilently();
+      return;
+    case AnswerKind::kDrop:
+      exchange.connection.reset();
+      return;
+    case AnswerKind::kTruncate:
+      answerTruncated(exchange);
+      return;
+  }
+}
+
+}  // namespace
+
+void SoapService::answer(Exchange& exchange, bool test) {
+  const std::string& body = exchange.request.body;
+  switch (soapRequest(body)) {
+    case SoapRequest::kVersion:
+      exchange.response.set_content(versionDocument(), kXmlType);
+      return;
+    case SoapRequest::kReport: {
+      const Connection& connection = exchange.connection;
+      const Reaction reaction =
+          _intake.receive({body, connection.head(), connection.sender(), test});
+      if (!exchange.connection.staysOpenFor(reaction.slow)) {
+        exchange.connection.endSilently();
+        return;
+      }
+      perform(reaction.answer, exchange);
+      return;
+    }
+    case SoapRequest::kOther:
+      refuse(exchange.response, exchange.path,
+             {kBadRequest, "neither a report nor a version request"});
+      return;
+  }
+}
+
+}  // namespace zt::inbox

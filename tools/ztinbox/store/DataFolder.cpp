@@ -1,0 +1,80 @@
+#include "tools/ztinbox/store/DataFolder.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "tools/ztinbox/faults/Fault.h"
+
+namespace zt::inbox {
+
+namespace {
+
+constexpr mode_t kFolderMode = 0700;
+constexpr mode_t kFileMode = 0600;
+
+std::string variable(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+void create(const std::string& path) {
+  const std::filesystem::path parent = std::filesystem::path(path).parent_path();
+  std::error_code error;
+  if (!parent.empty()) std::filesystem::create_directories(parent, error);
+  if (!error && ::mkdir(path.c_str(), kFolderMode) != 0 && errno != EEXIST) {
+    error.assign(errno, std::generic_category());
+  }
+  if (!error && !std::filesystem::is_directory(path, error) && !error) {
+    error = std::make_error_code(std::errc::not_a_directory);
+  }
+  if (error) {
+    throw MachineFault("cannot create the data folder " + path + ": " +
+                       std::strerror(error.value()));
+  }
+}
+
+/// Ends with the process, however that ends.
+Fd lock(const std::string& path) {
+  const std::string file = path + "/ztinbox.lock";
+  Fd opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
+  if (!opened.isOpen()) {
+    throw MachineFault("cannot write to the data folder " + path + ": " + std::strerror(errno));
+  }
+  if (::flock(opened.number(), LOCK_EX | LOCK_NB) == 0) return opened;
+  if (errno == EWOULDBLOCK) {
+    throw MachineFault("the data folder " + path +
+                       " is in use by another inbox; --data names another one");
+  }
+  throw MachineFault("cannot lock " + file + ": " + std::strerror(errno));
+}
+
+std::string withoutSlashes(std::string path) {
+  while (path.size() > 1 && path.ends_with('/')) path.pop_back();
+  return path;
+}
+
+}  // namespace
+
+std::string defaultDataFolder() {
+  const std::string data = variable("XDG_DATA_HOME");
+  // The base directories are absolute; others are to be ignored.
+  if (data.starts_with('/')) return withoutSlashes(data) + "/ztinbox";
+  const std::string home = variable("HOME");
+  if (!home.empty()) return withoutSlashes(home) + "/.local/share/ztinbox";
+  throw MachineFault("no home folder to keep reports in: --data names one");
+}
+
+DataFolder::DataFolder(std::string path) : _path(withoutSlashes(std::move(path))) {
+  create(_path);
+  _lock = lock(_path);
+}
+
+}  // namespace zt::inbox

@@ -1,0 +1,122 @@
+#include "tools/ztinbox/store/GroupCommit.h"
+
+#include <exception>
+#include <utility>
+
+namespace zt::inbox {
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::milliseconds kQuietMoment{20};
+constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
+
+}  // namespace
+
+GroupCommit::GroupCommit(Database& database, Hooks hooks)
+    : _database(database), _hooks(std::move(hooks)), _thread([this] { serve(); }) {}
+
+GroupCommit::~GroupCommit() {
+  {
+    const std::lock_guard lock(_mutex);
+    _ending = true;
+  }
+  _changed.notify_all();
+  _thread.join();
+}
+
+std::future<void> GroupCommit::add(Job job) {
+  Entry entry{std::move(job), {}};
+  std::future<void> done = entry.done.get_future();
+  {
+    const std::lock_guard lock(_mutex);
+    _waiting.push_back(std::move(entry));
+  }
+  _changed.notify_one();
+  return done;
+}
+
+bool GroupCommit::isEnding() const {
+  const std::lock_guard lock(_mutex);
+  return _ending;
+}
+
+void GroupCommit::serve() {
+  Batch batch;
+  while (waitForBatch(batch)) {
+    if (!batch.empty()) {
+      commit(batch);
+      _backgroundIsLeft = true;
+      _pause = kQuietMoment;
+    }
+    if (batch.empty() || Clock::now() - _lastBackground > kLongestBackgroundPause) runBackground();
+  }
+}
+
+/// No batch: none came for a moment, and there is work in the background. False at the end.
+bool GroupCommit::waitForBatch(Batch& batch) {
+  const auto hasToGoOn = [this] { return _ending || !_waiting.empty(); };
+  std::unique_lock lock(_mutex);
+  if (_backgroundIsLeft) {
+    _changed.wait_for(lock, _pause, hasToGoOn);
+  } else {
+    _changed.wait(lock, hasToGoOn);
+  }
+  batch = std::exchange(_waiting, {});
+  return !batch.empty() || !_ending;
+}
+
+void GroupCommit::runBackground() {
+  try {
+    transact([this] { _backgroundIsLeft = _hooks.background(); });
+    if (!_backgroundIsLeft) _hooks.settled();
+  } catch (const DatabaseFault&) {
+    // It is tried again after the next job.
+    _backgroundIsLeft = false;
+  }
+  _lastBackground = Clock::now();
+  _pause = std::chrono::milliseconds::zero();
+}
+
+void GroupCommit::commit(Batch& batch) {
+  try {
+    transact([&batch] {
+      for (const Entry& entry : batch) entry.job.work();
+    });
+  } catch (...) {
+    // One that cannot be done (too large for the disk) must not take the others with it.
+    for (Entry& entry : batch) commitAlone(entry);
+    return;
+  }
+  for (Entry& entry : batch) finish(entry);
+}
+
+void GroupCommit::commitAlone(Entry& entry) {
+  try {
+    transact(entry.job.work);
+  } catch (...) {
+    entry.done.set_exception(std::current_exception());
+    return;
+  }
+  finish(entry);
+}
+
+void GroupCommit::transact(const std::function<void()>& work) {
+  try {
+    _database.run("BEGIN IMMEDIATE");
+    work();
+    _database.run("COMMIT");
+  } catch (...) {
+    if (_database.isInTransaction()) _database.run("ROLLBACK");
+    _hooks.rolledBack();
+    throw;
+  }
+}
+
+void GroupCommit::finish(Entry& entry) {
+  if (entry.job.committed) entry.job.committed();
+  entry.done.set_value();
+}
+
+}  // namespace zt::inbox

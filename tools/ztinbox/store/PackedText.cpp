@@ -1,0 +1,28 @@
+#include "tools/ztinbox/store/PackedText.h"
+
+#include <lz4.h>
+
+#include <memory>
+
+#include "tools/ztinbox/store/Database.h"
+
+namespace zt::inbox {
+
+std::string packed(std::string_view text) {
+  // A request has 64 MiB at most.
+  const int size = static_cast<int>(text.size());
+  const int room = LZ4_compressBound(size);
+  const auto bytes = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(room));
+  const int count = LZ4_compress_default(text.data(), bytes.get(), size, room);
+  return {bytes.get(), static_cast<std::size_t>(count)};
+}
+
+std::string unpacked(std::string_view bytes, std::size_t size) {
+  std::string text(size, '\0');
+  const int count = LZ4_decompress_safe(bytes.data(), text.data(), static_cast<int>(bytes.size()),
+                                        static_cast<int>(size));
+  if (count != static_cast<int>(size)) throw DatabaseFault("a report in the database is damaged");
+  return text;
+}
+
+}  // namespace zt::inbox

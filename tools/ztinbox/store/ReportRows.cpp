@@ -1,0 +1,133 @@
+#include "tools/ztinbox/store/ReportRows.h"
+
+#include <unordered_set>
+
+namespace zt::inbox {
+
+namespace {
+
+std::int64_t milliseconds(std::chrono::system_clock::time_point moment) {
+  return std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch()).count();
+}
+
+std::optional<std::int64_t> count(const std::optional<std::chrono::milliseconds>& duration) {
+  if (!duration) return std::nullopt;
+  return duration->count();
+}
+
+}  // namespace
+
+const char* const kReportColumns =
+    "r.number, r.received, r.test, r.answer, r.sender, r.size, r.read, r.report_id, r.machine_id,"
+    " r.customer_id, r.application_id, r.application_version, r.result, r.duration,"
+    " (SELECT min(d.number) FROM reports d WHERE d.report_id = r.report_id AND d.report_id <> ''"
+    " AND d.number < r.number)";
+
+ReportWriter::ReportWriter(Database& database)
+    : _database(database),
+      _insertReport(database,
+                    "INSERT INTO reports (number, received, test, answer, sender, size, report_id,"
+                    " machine_id, customer_id, application_id, application_version, result,"
+                    " duration) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      _insertBody(database, "INSERT INTO bodies (report, head, body) VALUES (?, ?, ?)"),
+      _insertPool(database,
+                  "INSERT INTO pools (report, position, type, first) VALUES (?, ?, ?, ?)"),
+      _insertStep(database,
+                  "INSERT INTO steps (report, position, name, duration) VALUES (?, ?, ?, ?)"),
+      _insertUnsearched(database, "INSERT OR IGNORE INTO unsearched (report) VALUES (?)"),
+      _duplicate(database,
+                 "SELECT min(number) FROM reports WHERE report_id = ? AND report_id <> ''"),
+      _oldest(database, "SELECT min(number) FROM reports"),
+      _setRead(database, "UPDATE reports SET read = ? WHERE number = ?"),
+      _deleteReport(database, "DELETE FROM reports WHERE number = ?") {
+  for (const char* const statement :
+       {"DELETE FROM bodies WHERE report = ?", "DELETE FROM pools WHERE report = ?",
+        "DELETE FROM steps WHERE report = ?"}) {
+    _deleteRest.emplace_back(database, statement);
+  }
+}
+
+void ReportWriter::insert(NewReport& incoming) {
+  Report& report = incoming.report;
+  const ReportIdentity& identity = report.identity;
+  report.duplicateOf.reset();
+  if (identity.reportId) {
+    _duplicate.bind(*identity.reportId);
+    const auto first = _duplicate.next() ? _duplicate.optionalInteger(0) : std::nullopt;
+    if (first) report.duplicateOf = static_cast<std::uint64_t>(*first);
+    _duplicate.reset();
+  }
+  const std::string answer = answerWord(report.answer);
+  const std::uint64_t number = report.number;
+  _insertReport.run(number, milliseconds(report.received), report.test, answer, report.sender,
+                    std::uint64_t{report.size}, identity.reportId, identity.machineId,
+                    identity.customerId, identity.applicationId, identity.applicationVersion,
+                    report.result, count(report.duration));
+  _insertBody.run(number, incoming.head, incoming.packedBody);
+  std::unordered_set<std::string_view> seen;
+  std::int64_t position = 0;
+  for (const std::string& pool : identity.pools) {
+    _insertPool.run(number, position++, pool, seen.insert(pool).second);
+  }
+  position = 0;
+  for (const StepDuration& step : incoming.steps) {
+    _insertStep.run(number, position++, step.name, std::int64_t{step.duration.count()});
+  }
+  _insertUnsearched.run(number);
+}
+
+bool ReportWriter::remove(std::uint64_t number) {
+  _deleteReport.run(number);
+  if (_database.changes() == 0) return false;
+  for (Statement& statement : _deleteRest) statement.run(number);
+  _insertUnsearched.run(number);
+  return true;
+}
+
+std::optional<std::uint64_t> ReportWriter::oldest() {
+  _oldest.bind();
+  const auto number = _oldest.next() ? _oldest.optionalInteger(0) : std::nullopt;
+  _oldest.reset();
+  if (!number) return std::nullopt;
+  return static_cast<std::uint64_t>(*number);
+}
+
+bool ReportWriter::setRead(std::uint64_t number, bool read) {
+  _setRead.run(read, number);
+  return _database.changes() > 0;
+}
+
+Report readReport(const Statement& row) {
+  Report report;
+  int column = 0;
+  report.number = static_cast<std::uint64_t>(row.integer(column++));
+  report.received =
+      std::chrono::system_clock::time_point(std::chrono::milliseconds(row.integer(column++)));
+  report.test = row.integer(column++) != 0;
+  report.answer = parseAnswer(row.view(column++)).value_or(Answer{});
+  report.sender = row.text(column++);
+  report.size = static_cast<std::size_t>(row.integer(column++));
+  report.read = row.integer(column++) != 0;
+  report.identity.reportId = row.optionalText(column++);
+  report.identity.machineId = row.optionalText(column++);
+  report.identity.customerId = row.optionalText(column++);
+  report.identity.applicationId = row.optionalText(column++);
+  report.identity.applicationVersion = row.optionalText(column++);
+  report.result = row.optionalText(column++);
+  const auto duration = row.optionalInteger(column++);
+  if (duration) report.duration = std::chrono::milliseconds(*duration);
+  const auto first = row.optionalInteger(column++);
+  if (first) report.duplicateOf = static_cast<std::uint64_t>(*first);
+  return report;
+}
+
+void readPools(Database& database, std::vector<Report>& reports) {
+  Statement select(database, "SELECT type FROM pools WHERE report = ? ORDER BY position");
+  for (Report& report : reports) {
+    for (select.bind(report.number); select.next();) {
+      report.identity.pools.push_back(select.text(0));
+    }
+  }
+}
+
+}  // namespace zt::inbox

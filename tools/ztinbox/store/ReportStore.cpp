@@ -1,0 +1,268 @@
+#include "tools/ztinbox/store/ReportStore.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "tools/ztinbox/store/FilterSql.h"
+#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/store/Schema.h"
+
+namespace zt::inbox {
+
+namespace {
+
+/// What is removed or marked at once: those who send reports meanwhile wait for it.
+constexpr std::size_t kPortion = 200;
+constexpr std::chrono::seconds kIndexingPatience{2};
+
+Database openForWriting(const std::string& file) {
+  Database database(file, Database::Access::kWrite);
+  prepareForWriting(database);
+  return database;
+}
+
+std::uint64_t lastNumber(Database& database) {
+  return static_cast<std::uint64_t>(
+      database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
+}
+
+/// Files what an earlier run kept and did not get to file. The number of the last report.
+std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
+  auto reports = journal.after(lastNumber(database));
+  if (!reports.empty()) {
+    database.run("BEGIN IMMEDIATE");
+    for (NewReport& report : reports) writer.insert(report);
+    database.run("COMMIT");
+    saveNow(database);
+  }
+  journal.clear();
+  return lastNumber(database);
+}
+
+}  // namespace
+
+ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener)
+    : _folder(std::move(folder)),
+      _most(most),
+      _listener(std::move(listener)),
+      _writing(openForWriting(_folder.databaseFile())),
+      _writer(_writing),
+      _indexer(_writing),
+      _journal(_folder.path()),
+      _arrivals(catchUp(_journal, _writing, _writer)),
+      _readers(_folder.databaseFile()),
+      _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
+                          [this] { saveNow(_writing); }}),
+      _filing(_journal, _arrivals.lastNumber(),
+              [this](std::vector<NewReport>& reports) { file(reports); }) {
+  _commits.add({[this] { recount(); }, {}});
+  trim();
+}
+
+void ReportStore::add(NewReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
+
+void ReportStore::file(std::vector<NewReport>& reports) {
+  const auto insert = [this, &reports] {
+    for (NewReport& report : reports) {
+      _writer.insert(report);
+      ++_count;
+      const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
+      if (oldest && _writer.remove(*oldest)) --_count;
+    }
+  };
+  const auto tell = [this, &reports] {
+    if (_listener) _listener(reports);
+  };
+  _commits.run({insert, tell});
+}
+
+/// A connection that knows all reports that were added before.
+Readers::Lease ReportStore::readAll() {
+  _filing.fileAll();
+  return Readers::Lease(_readers);
+}
+
+std::vector<Report> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
+  if (wanted.text) indexUpTo(_arrivals.lastNumber());
+  const FilterSql filter(wanted);
+  Readers::Lease lease = readAll();
+  Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
+                                         " ORDER BY " + filter.order() + " DESC LIMIT " +
+                                         std::to_string(limit));
+  std::vector<Report> reports;
+  for (filter.bindTo(select); select.next();) reports.push_back(readReport(select));
+  readPools(lease.database(), reports);
+  return reports;
+}
+
+std::vector<Report> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
+  Readers::Lease lease = readAll();
+  Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
+                                         " FROM reports r WHERE r.number > ?"
+                                         " ORDER BY r.number LIMIT ?");
+  std::vector<Report> reports;
+  for (select.bind(number, std::uint64_t{limit}); select.next();) {
+    reports.push_back(readReport(select));
+  }
+  readPools(lease.database(), reports);
+  return reports;
+}
+
+std::optional<Report> ReportStore::find(std::uint64_t number) {
+  auto reports = listAfter(number - 1, 1);
+  if (number == 0 || reports.empty() || reports.front().number != number) return std::nullopt;
+  return std::move(reports.front());
+}
+
+std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
+  Readers::Lease lease = readAll();
+  Statement select(
+      lease.database(),
+      "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
+      " WHERE b.report = ?");
+  select.bind(number);
+  if (!select.next()) return std::nullopt;
+  return ReportBytes{select.text(0),
+                     unpacked(select.view(1), static_cast<std::size_t>(select.integer(2)))};
+}
+
+std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
+                                                     std::size_t limit) {
+  Readers::Lease lease = readAll();
+  Statement select(lease.database(),
+                   "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
+                   " ORDER BY number LIMIT ?");
+  std::vector<std::uint64_t> numbers;
+  for (select.bind(reportId, std::uint64_t{limit}); select.next();) {
+    numbers.push_back(static_cast<std::uint64_t>(select.integer(0)));
+  }
+  return numbers;
+}
+
+Statistics ReportStore::statistics(const ReportFilter& filter) {
+  if (filter.text) indexUpTo(_arrivals.lastNumber());
+  Readers::Lease lease = readAll();
+  return readStatistics(lease.database(), filter);
+}
+
+bool ReportStore::remove(std::uint64_t number) {
+  bool removed = false;
+  _filing.fileAll();
+  _commits.run({[this, number, &removed] {
+                  removed = _writer.remove(number);
+                  if (removed) --_count;
+                },
+                {}});
+  if (removed) _arrivals.addChange();
+  return removed;
+}
+
+std::size_t ReportStore::remove(const ReportFilter& filter) {
+  ReportFilter rest = filter;
+  std::size_t total = 0;
+  rest.before =
+      std::min(filter.before.value_or(_arrivals.lastNumber() + 1), _arrivals.lastNumber() + 1);
+  for (auto found = numbers(rest, kPortion); !found.empty(); found = numbers(rest, kPortion)) {
+    std::size_t removed = 0;
+    _commits.run({[this, &found, &removed] {
+                    removed = 0;
+                    for (const std::uint64_t number : found) removed += _writer.remove(number);
+                    _count -= removed;
+                  },
+                  {}});
+    total += removed;
+    rest.before = found.back();
+  }
+  if (total > 0) _arrivals.addChange();
+  return total;
+}
+
+std::size_t ReportStore::clear() {
+  std::size_t cleared = 0;
+  _filing.fileAll();
+  _commits.run({[this, &cleared] {
+                  cleared = _count;
+                  deleteEverything(_writing);
+                  _count = 0;
+                },
+                [this] {
+                  _arrivals.clear();
+                  shrink(_writing);
+                }});
+  if (cleared > 0) _arrivals.addChange();
+  return cleared;
+}
+
+bool ReportStore::setRead(std::uint64_t number, bool read) {
+  bool found = false;
+  _filing.fileAll();
+  _commits.run({[this, number, read, &found] { found = _writer.setRead(number, read); }, {}});
+  if (found) _arrivals.addChange();
+  return found;
+}
+
+std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
+  filter.read = !read;
+  std::size_t total = 0;
+  for (auto found = numbers(filter, kPortion); !found.empty(); found = numbers(filter, kPortion)) {
+    std::size_t changed = 0;
+    _commits.run({[this, &found, &changed, read] {
+                    changed = 0;
+                    for (const std::uint64_t number : found) {
+                      changed += _writer.setRead(number, read);
+                    }
+                  },
+                  {}});
+    total += changed;
+    filter.before = found.back();
+  }
+  if (total > 0) _arrivals.addChange();
+  return total;
+}
+
+void ReportStore::recount() {
+  _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
+}
+
+/// Removes what an inbox with a higher limit has left, a portion at a time, so that reports come
+/// in between.
+void ReportStore::trim() {
+  const auto more = std::make_shared<bool>(false);
+  _commits.add({[this, more] {
+                  for (std::size_t i = 0; i < kPortion && _count > _most; ++i) {
+                    const auto oldest = _writer.oldest();
+                    if (oldest && _writer.remove(*oldest)) --_count;
+                  }
+                  *more = _count > _most;
+                },
+                [this, more] {
+                  if (*more && !_commits.isEnding()) trim();
+                }});
+}
+
+void ReportStore::indexUpTo(std::uint64_t number) {
+  _filing.fileAll();
+  const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
+  while (std::chrono::steady_clock::now() < end) {
+    {
+      Readers::Lease lease(_readers);
+      if (!SearchIndexer::isBehind(lease.database(), number)) return;
+    }
+    _commits.run({[this] { _indexer.indexPortion(); }, {}});
+  }
+}
+
+std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
+  if (wanted.text) indexUpTo(_arrivals.lastNumber());
+  const FilterSql filter(wanted);
+  Readers::Lease lease = readAll();
+  Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
+                                         filter.order() + " DESC LIMIT " + std::to_string(limit));
+  std::vector<std::uint64_t> found;
+  for (filter.bindTo(select); select.next();) {
+    found.push_back(static_cast<std::uint64_t>(select.integer(0)));
+  }
+  return found;
+}
+
+}  // namespace zt::inbox

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tools/ztinbox/store/Database.h"
+#include "tools/ztinbox/store/ReportFilter.h"
+
+namespace zt::inbox {
+
+/// What the charts show of the reports that a filter means.
+struct Statistics {
+  struct Minute {
+    std::chrono::system_clock::time_point begin;
+    std::uint64_t accepted = 0;
+    std::uint64_t refused = 0;
+    std::uint64_t failed = 0;  ///< answered with a fault, or not at all
+  };
+  struct Result {
+    std::string result;
+    std::uint64_t count = 0;
+  };
+  struct Step {
+    std::string name;
+    std::uint64_t count = 0;
+    std::chrono::milliseconds shortest{0};
+    std::chrono::milliseconds mean{0};
+    std::chrono::milliseconds longest{0};
+  };
+
+  std::uint64_t reports = 0;
+  std::uint64_t bytes = 0;
+  std::uint64_t unread = 0;
+  std::uint64_t tests = 0;
+  std::vector<Minute> minutes;  ///< those in which something came, oldest first, the newest 1,440
+  std::vector<Result> results;  ///< most frequent first
+  std::vector<Step> steps;      ///< most frequent first, at most 50
+};
+
+/// Throws DatabaseFault.
+Statistics readStatistics(Database& database, const ReportFilter& wanted);
+
+}  // namespace zt::inbox

@@ -1,0 +1,41 @@
+#include "tools/ztreport/commands/InputOutput.h"
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <memory>
+
+#include "tools/ztreport/Failure.h"
+
+namespace zt::tools {
+
+std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
+
+std::optional<std::string> contentOf(const std::string& file) {
+  using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
+  const OpenFile opened(file == "-" ? nullptr : std::fopen(file.c_str(), "rbe"), &std::fclose);
+  std::FILE* const stream = file == "-" ? stdin : opened.get();
+  if (stream == nullptr) return std::nullopt;
+  std::string content;
+  std::array<char, std::size_t{16} * 1024> part;
+  while (const std::size_t count = std::fread(part.data(), 1, part.size(), stream)) {
+    content.append(part.data(), count);
+  }
+  if (std::ferror(stream) != 0) return std::nullopt;
+  return content;
+}
+
+std::string readAll(const std::string& file) {
+  if (auto content = contentOf(file)) return *content;
+  throw Failure(Exit::MachineFailed, nameOf(file) + ": " + std::strerror(errno));
+}
+
+void print(const std::string& text) {
+  std::cout << text << std::flush;
+  if (!std::cout) throw Failure(Exit::MachineFailed, "standard output cannot be written");
+}
+
+}  // namespace zt::tools

@@ -1,0 +1,97 @@
+#include "tools/ztreport/commands/Listen.h"
+
+#include <poll.h>
+#include <systemd/sd-bus.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <iostream>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/common/StopSignals.h"
+#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/commands/UserBus.h"
+
+namespace zt::tools {
+
+namespace {
+
+constexpr const char* kPath = "/com/kelvane/ZtPortal";
+constexpr const char* kInterface = "com.kelvane.ZtPortal";
+constexpr const char* kMember = "ZtPortalGhostNotification";
+constexpr const char* kSignature = "sa{ss}";
+
+using Lines = std::vector<std::string>;
+
+/// Called by sd-bus, through which no exception may go, for each signal that matches. One of
+/// another signature is somebody else's.
+int takeBroadcast(sd_bus_message* message, void* lines, sd_bus_error* /*error*/) noexcept {
+  if (sd_bus_message_has_signature(message, kSignature) <= 0) return 0;
+  const char* object = nullptr;
+  if (sd_bus_message_read(message, "s", &object) < 0) return 0;
+  if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{ss}") < 0) return 0;
+  nlohmann::ordered_json userInfo = nlohmann::ordered_json::object();
+  const char* key = nullptr;
+  const char* value = nullptr;
+  while (sd_bus_message_read(message, "{ss}", &key, &value) > 0) userInfo[key] = value;
+  const nlohmann::ordered_json line{{"object", object}, {"userInfo", std::move(userInfo)}};
+  static_cast<Lines*>(lines)->push_back(
+      line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+  return 0;
+}
+
+[[noreturn]] void fail(const std::string& what, int error) {
+  throw Failure(Exit::MachineFailed, what + ": " + std::strerror(-error));
+}
+
+int millisecondsTo(std::uint64_t moment) {
+  if (moment == UINT64_MAX) return -1;
+  timespec now{};
+  ::clock_gettime(CLOCK_MONOTONIC, &now);
+  const auto present = static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 +
+                       static_cast<std::uint64_t>(now.tv_nsec) / 1'000;
+  if (moment <= present) return 0;
+  constexpr std::uint64_t kLongest = std::numeric_limits<int>::max();
+  return static_cast<int>(std::min((moment - present + 999) / 1'000, kLongest));
+}
+
+/// Waits until the bus has something to do, not at all when `isBusy`. True once a signal came.
+bool isStopped(sd_bus* bus, int stop, bool isBusy) {
+  std::uint64_t moment = 0;
+  if (isBusy || sd_bus_get_timeout(bus, &moment) < 0) moment = isBusy ? 0 : UINT64_MAX;
+  const int events = sd_bus_get_events(bus);
+  std::array<pollfd, 2> both{
+      {{stop, POLLIN, 0}, {sd_bus_get_fd(bus), static_cast<short>(std::max(events, 0)), 0}}};
+  const int ready = ::poll(both.data(), both.size(), millisecondsTo(moment));
+  return ready > 0 && both[0].revents != 0;
+}
+
+}  // namespace
+
+Exit listen() {
+  const zt::inbox::StopSignals stop;
+  std::string reason;
+  const UserBus bus = openUserBus(reason);
+  if (bus == nullptr) throw Failure(Exit::MachineFailed, "no session bus: " + reason);
+  Lines lines;
+  const int matched = sd_bus_match_signal(bus.get(), nullptr, nullptr, kPath, kInterface, kMember,
+                                          takeBroadcast, &lines);
+  if (matched < 0) fail("the session bus does not let us listen", matched);
+  std::cerr << "ztreport: listening on the session bus" << std::endl;
+
+  for (;;) {
+    const int progress = sd_bus_process(bus.get(), nullptr);
+    for (const std::string& line : lines) print(line);
+    lines.clear();
+    if (progress < 0) fail("the session bus went away", progress);
+    if (isStopped(bus.get(), stop.number(), progress > 0)) return Exit::Done;
+  }
+}
+
+}  // namespace zt::tools

@@ -1,0 +1,106 @@
+#include "tools/ztreport/commands/Probe.h"
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <string_view>
+
+#include "tools/ztreport/commands/InputOutput.h"
+#include "ztportal/ztportal.h"
+
+namespace zt::tools {
+
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json jsonOf(const ZtString& text) {
+  return text.isNull() ? ordered_json(nullptr) : ordered_json(text.view());
+}
+
+/// The name of a language, its number when it has none.
+ordered_json jsonOfLanguage(std::uint64_t language) {
+  const ZtString name = ZtPortalDef::languageToString(language);
+  return name.empty() ? ordered_json(language) : ordered_json(name.view());
+}
+
+template <class List>
+ordered_json jsonOfPrograms(const List& programs) {
+  ordered_json list = ordered_json::array();
+  for (const auto& program : programs) {
+    list.push_back({{"appName", jsonOf(program->appName())},
+                    {"appVersion", jsonOf(program->appVersion())},
+                    {"isStandard", program->isStandard() == 1}});
+  }
+  return list;
+}
+
+std::string asJson(const ZtPortalPoolComputerSystem& computer) {
+  const ordered_json object{{"kind", "computerSystem"},
+                            {"osName", jsonOf(computer.osName())},
+                            {"osVersion", jsonOf(computer.osVersion())},
+                            {"servicePack", computer.servicePack()},
+                            {"osLanguage", jsonOfLanguage(computer.osLanguage())},
+                            {"userLanguage", jsonOfLanguage(computer.userLanguage())},
+                            {"isAdmin", computer.isAdmin() == 1},
+                            {"emailClients", jsonOfPrograms(*computer.emailClients())},
+                            {"browsers", jsonOfPrograms(*computer.browsers())}};
+  // Names of applications are other people's texts: what is no UTF-8 in them is replaced.
+  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+}
+
+/// One line; only the first of a group of lines is labelled.
+void addLine(std::string& text, std::string_view label, const std::string& value) {
+  constexpr std::size_t kValueColumn = 16;
+  text += label;
+  text.append(kValueColumn - label.size(), ' ');
+  text += value;
+  text += '\n';
+}
+
+/// Control characters would play with the terminal.
+std::string shown(const ZtString& text) {
+  if (text.isNull()) return "(unknown)";
+  std::string result(text.view());
+  for (char& byte : result) {
+    if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F) byte = '?';
+  }
+  return result;
+}
+
+std::string languageText(std::uint64_t language) {
+  const ZtString name = ZtPortalDef::languageToString(language);
+  return name.empty() ? "number " + std::to_string(language) : std::string(name.view());
+}
+
+template <class List>
+void addPrograms(std::string& text, std::string_view label, const List& programs) {
+  for (const auto& program : programs) {
+    std::string line = shown(program->appName());
+    line.append(" ").append(shown(program->appVersion()));
+    if (program->isStandard() == 1) line += " (default)";
+    addLine(text, label, line);
+    label = "";
+  }
+  if (programs.empty()) addLine(text, label, "none of those looked for");
+}
+
+std::string asLines(const ZtPortalPoolComputerSystem& computer) {
+  std::string text;
+  addLine(text, "system", shown(computer.osVersion()));
+  addLine(text, "service pack", std::to_string(computer.servicePack()));
+  addLine(text, "language", languageText(computer.userLanguage()));
+  addLine(text, "administrator", computer.isAdmin() == 1 ? "yes" : "no");
+  addPrograms(text, "e-mail clients", *computer.emailClients());
+  addPrograms(text, "browsers", *computer.browsers());
+  return text;
+}
+
+}  // namespace
+
+Exit probe(bool json) {
+  const auto computer = ZtPortalPoolComputerSystem::initWithValues(ZtDate::now(), true);
+  print(json ? asJson(*computer) : asLines(*computer));
+  return Exit::Done;
+}
+
+}  // namespace zt::tools

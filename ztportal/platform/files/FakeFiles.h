@@ -1,0 +1,148 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ztportal/platform/files/Files.h"
+
+namespace zt::test {
+
+/// Files and folders in memory, with "/" there from the start. Relative paths start at "/"; there
+/// are no links, modes or devices. `list` gives the entries in the order in which they were made.
+/// May be used by several threads.
+class FakeFiles final : public Files {
+ public:
+  bool exists(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    return find(path) != nullptr;
+  }
+
+  bool isFolder(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    const Entry* entry = find(path);
+    return entry != nullptr && entry->isFolder();
+  }
+
+  bool createFolders(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    const std::optional<Names> names = namesOf(path);
+    if (!names) return false;
+    Names created;
+    for (const std::string& name : *names) {
+      created.push_back(name);
+      const auto at = _entries.find(created);
+      if (at == _entries.end()) {
+        add(created, Entry{});
+      } else if (!at->second.isFolder()) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
+    return isFolder(root) && !relative.empty() && createFolders(root + "/" + relative);
+  }
+
+  std::optional<std::vector<std::string>> list(const std::string& folder) override {
+    const std::scoped_lock lock(_mutex);
+    const Entry* entry = find(folder);
+    if (entry == nullptr || !entry->isFolder()) return std::nullopt;
+    return entry->names;
+  }
+
+  std::optional<std::string> read(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    const Entry* entry = find(path);
+    if (entry == nullptr) return std::nullopt;
+    return entry->content;
+  }
+
+  bool write(const std::string& path, std::string_view content) override {
+    const std::scoped_lock lock(_mutex);
+    const std::optional<Names> names = namesOf(path);
+    if (!names || names->empty() || path.ends_with('/')) return false;
+    const auto at = _entries.find(*names);
+    if (at == _entries.end()) {
+      const Names folder(names->begin(), names->end() - 1);
+      const auto above = _entries.find(folder);
+      if (above == _entries.end() || !above->second.isFolder()) return false;
+      add(*names, Entry{std::string(content), {}});
+      return true;
+    }
+    if (at->second.isFolder()) return false;
+    at->second.content = content;
+    return true;
+  }
+
+  bool writeBelow(const std::string& root, const std::string& relative,
+                  std::string_view content) override {
+    return !relative.empty() && write(root + "/" + relative, content);
+  }
+
+  bool remove(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    const Entry* entry = find(path);
+    if (entry == nullptr || !entry->names.empty()) return false;
+    const Names names = *namesOf(path);
+    if (names.empty()) return false;
+    std::vector<std::string>& siblings = folderAbove(names).names;
+    siblings.erase(std::find(siblings.begin(), siblings.end(), names.back()));
+    _entries.erase(names);
+    return true;
+  }
+
+ private:
+  using Names = std::vector<std::string>;
+
+  struct Entry {
+    std::optional<std::string> content;  // a folder has none
+    Names names;                         // of a folder's entries
+    bool isFolder() const { return !content; }
+  };
+
+  /// The names in `path`, "/" being none; nothing for a text that is no path.
+  static std::optional<Names> namesOf(std::string_view path) {
+    if (path.empty() || path.find('\0') != std::string_view::npos) return std::nullopt;
+    Names names;
+    while (!path.empty()) {
+      const std::string_view name = path.substr(0, path.find('/'));
+      path.remove_prefix(std::min(name.size() + 1, path.size()));
+      if (name == "..") {
+        if (!names.empty()) names.pop_back();
+      } else if (!name.empty() && name != ".") {
+        names.emplace_back(name);
+      }
+    }
+    return names;
+  }
+
+  const Entry* find(const std::string& path) const {
+    const std::optional<Names> names = namesOf(path);
+    if (!names) return nullptr;
+    const auto at = _entries.find(*names);
+    if (at == _entries.end()) return nullptr;
+    if (path.ends_with('/') && !at->second.isFolder()) return nullptr;
+    return &at->second;
+  }
+
+  Entry& folderAbove(const Names& names) {
+    return _entries.at(Names(names.begin(), names.end() - 1));
+  }
+
+  void add(const Names& names, Entry entry) {
+    folderAbove(names).names.push_back(names.back());
+    _entries.emplace(names, std::move(entry));
+  }
+
+  mutable std::mutex _mutex;
+  std::map<Names, Entry> _entries{{Names{}, Entry{}}};
+};
+
+}  // namespace zt::test

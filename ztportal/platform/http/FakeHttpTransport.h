@@ -1,0 +1,42 @@
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "ztportal/platform/http/HttpTransport.h"
+
+namespace zt::test {
+
+/// Answers by a function of the test, and remembers what was asked. Without a function no server
+/// answers.
+class FakeHttpTransport final : public HttpTransport {
+ public:
+  struct Asked {
+    std::string url;
+    std::string method;
+    std::vector<std::pair<std::string, std::string>> headers;
+    std::optional<std::string> body;
+    std::chrono::milliseconds timeout;
+  };
+
+  HttpAnswer exchange(const HttpRequest& request) override {
+    Asked& last = asked.emplace_back();
+    last.url = request.url;
+    last.method = request.method;
+    for (const HttpHeader& header : request.headers) {
+      last.headers.emplace_back(header.name, header.value);
+    }
+    if (request.body) last.body = std::string(*request.body);
+    last.timeout = request.timeout;
+    return answer ? answer(last) : HttpAnswer{};
+  }
+
+  std::function<HttpAnswer(const Asked&)> answer;
+  std::vector<Asked> asked;
+};
+
+}  // namespace zt::test

@@ -1,0 +1,54 @@
+#include "ztportal/platform/locale/IcuUserLocale.h"
+
+#include <unicode/locid.h>
+#include <unicode/unistr.h>
+
+#include <string>
+
+#include "ztportal/platform/locale/IcuLocale.h"
+#include "ztportal/platform/locale/LanguageTag.h"
+#include "ztportal/platform/locale/PosixLocale.h"
+
+namespace zt {
+namespace {
+
+icu::Locale userLocale() { return {icuLocaleName(userLocaleName("LC_TIME")).c_str()}; }
+
+ZtString missingIfEmpty(std::string_view text) { return text.empty() ? ZtString() : text; }
+
+}  // namespace
+
+ZtString IcuUserLocale::languageCode() {
+  if (isPosixLocale(userLocaleName("LC_TIME"))) return nullptr;
+  return missingIfEmpty(userLocale().getLanguage());
+}
+
+ZtString IcuUserLocale::countryCode() {
+  if (isPosixLocale(userLocaleName("LC_TIME"))) return nullptr;
+  // Three digits stand for a part of the world, not for a country.
+  const icu::Locale locale = userLocale();
+  const std::string_view region = locale.getCountry();
+  return region.size() == 2 ? ZtString(region) : ZtString();
+}
+
+ZtString IcuUserLocale::countryName(const ZtString& countryCode) {
+  if (countryCode.isNull()) return nullptr;
+  const icu::Locale country("", std::string(countryCode.view()).c_str());
+  icu::UnicodeString name;
+  country.getDisplayCountry(userLocale(), name);
+  std::string text;
+  return missingIfEmpty(name.toUTF8String(text));
+}
+
+ZtString IcuUserLocale::canonicalLanguageIdentifier(const ZtString& localization) {
+  return missingIfEmpty(canonicalLanguageTag(localization.view()));
+}
+
+bool IcuUserLocale::isIsoLanguageCode(const ZtString& identifier) {
+  for (const char* const* code = icu::Locale::getISOLanguages(); *code != nullptr; ++code) {
+    if (identifier == *code) return true;
+  }
+  return false;
+}
+
+}  // namespace zt

@@ -1,0 +1,97 @@
+#include "ztportal/platform/plist/Bundle.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+#include <utility>
+
+namespace zt {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr std::size_t kInfoLimit = std::size_t{1} << 20U;
+
+fs::path infoFile(const fs::path& bundle) { return bundle / "Contents" / "Info.plist"; }
+fs::path resourceFolder(const fs::path& bundle) { return bundle / "Contents" / "Resources"; }
+
+bool isFile(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_regular_file(path, ignored);
+}
+
+/// The content of `file`; nothing when it is no file, unreadable or too large to be meant.
+std::optional<std::string> readInfo(const fs::path& file) {
+  if (!isFile(file)) return std::nullopt;
+  std::ifstream stream(file, std::ios::binary);
+  std::string content(kInfoLimit + 1, '\0');
+  stream.read(content.data(), static_cast<std::streamsize>(content.size()));
+  const auto size = static_cast<std::size_t>(stream.gcount());
+  if (stream.bad() || size == 0 || size > kInfoLimit) return std::nullopt;
+  content.resize(size);
+  return content;
+}
+
+}  // namespace
+
+Bundle::Bundle(std::string path, PropertyListStrings info)
+    : _path(std::move(path)), _info(std::move(info)) {}
+
+std::optional<Bundle> Bundle::at(const std::string& path) {
+  const std::optional<std::string> content = readInfo(infoFile(path));
+  if (!content) return std::nullopt;
+  std::optional<PropertyListStrings> info = parsePropertyList(*content);
+  if (!info) return std::nullopt;
+  return Bundle(path, std::move(*info));
+}
+
+std::optional<Bundle> Bundle::above(const std::string& executable) {
+  const std::optional<std::string> path = pathAbove(executable);
+  return path ? at(*path) : std::nullopt;
+}
+
+std::optional<std::string> Bundle::pathAbove(const std::string& executable) {
+  fs::path folder = fs::path(executable).parent_path();
+  while (!folder.empty()) {
+    if (isFile(infoFile(folder))) return folder.string();
+    fs::path above = folder.parent_path();
+    if (above == folder) break;
+    folder = std::move(above);
+  }
+  return std::nullopt;
+}
+
+ZtString Bundle::info(const std::string& key) const {
+  const auto found = _info.find(key);
+  return found == _info.end() ? ZtString() : found->second;
+}
+
+std::optional<std::string> Bundle::resource(std::string_view name, std::string_view type) const {
+  std::string file(name);
+  if (!type.empty()) (file += '.') += type;
+  const fs::path path = resourceFolder(_path) / file;
+  if (!isFile(path)) return std::nullopt;
+  return path.string();
+}
+
+std::vector<std::string> Bundle::localizations() const {
+  constexpr std::string_view kEnding = ".lproj";
+  std::vector<std::string> names;
+  std::error_code error;
+  fs::directory_iterator entry(resourceFolder(_path), error);
+  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
+    std::string name = entry->path().filename().string();
+    std::error_code ignored;
+    if (name.size() <= kEnding.size() || !name.ends_with(kEnding)) continue;
+    if (!entry->is_directory(ignored)) continue;
+    name.resize(name.size() - kEnding.size());
+    names.push_back(std::move(name));
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+}  // namespace zt

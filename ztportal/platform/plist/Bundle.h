@@ -1,0 +1,46 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "ztportal/base/ZtString.h"
+#include "ztportal/platform/plist/PropertyList.h"
+
+namespace zt {
+
+/// An application as a folder: `Contents/Info.plist`, `Contents/Resources/`, and the executable
+/// anywhere below the folder.
+///
+///     if (auto bundle = Bundle::above("/opt/Setup.app/Contents/Linux/setup")) {
+///       bundle->path();                       // "/opt/Setup.app"
+///       bundle->info("CFBundleName");         // "Setup"
+///     }
+class Bundle {
+ public:
+  /// The bundle that `path` is the folder of; nothing unless its `Info.plist` can be read.
+  static std::optional<Bundle> at(const std::string& path);
+  /// The nearest bundle above the file `executable`.
+  static std::optional<Bundle> above(const std::string& executable);
+  /// The path alone of the nearest bundle above `executable`, without reading its `Info.plist`.
+  static std::optional<std::string> pathAbove(const std::string& executable);
+
+  const std::string& path() const { return _path; }
+  /// A string of `Info.plist`; missing when it is absent or of another kind.
+  ZtString info(const std::string& key) const;
+  const PropertyListStrings& info() const { return _info; }
+
+  /// Path of the file `name`.`type` in `Contents/Resources`, if there is one.
+  std::optional<std::string> resource(std::string_view name, std::string_view type) const;
+  /// Names of the folders `*.lproj` in `Contents/Resources`, without the ending, sorted.
+  std::vector<std::string> localizations() const;
+
+ private:
+  Bundle(std::string path, PropertyListStrings info);
+
+  std::string _path;
+  PropertyListStrings _info;
+};
+
+}  // namespace zt

@@ -1,0 +1,172 @@
+#include "ztportal/platform/process/LinuxChildProcess.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <string_view>
+#include <system_error>
+#include <utility>
+
+#include "ztportal/base/ZtException.h"
+#include "ztportal/platform/files/Descriptor.h"
+#include "ztportal/platform/process/ProgramPath.h"
+
+namespace zt {
+
+namespace {
+
+ZtException notStarted(const std::string& program, int error) {
+  return {"CHILD_NOT_STARTED",
+          program + " cannot be started: " + std::generic_category().message(error)};
+}
+
+struct Pipe {
+  Descriptor readEnd;
+  Descriptor writeEnd;
+};
+
+/// `descriptor`, or a copy of it, at a number that is none of the three standard streams'. A host
+/// may have closed some of those, and the child's are put in place one after the other.
+Descriptor beyondStandardStreams(Descriptor descriptor) {
+  if (descriptor.number() > STDERR_FILENO) return descriptor;
+  return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
+
+Pipe openPipe(const std::string& program) {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw notStarted(program, errno);
+  Descriptor readEnd(ends[0]);
+  Descriptor writeEnd(ends[1]);
+  readEnd = beyondStandardStreams(std::move(readEnd));
+  writeEnd = beyondStandardStreams(std::move(writeEnd));
+  if (!readEnd.isOpen() || !writeEnd.isOpen()) throw notStarted(program, EMFILE);
+  return {std::move(readEnd), std::move(writeEnd)};
+}
+
+/// What happens to the child's descriptors between its start and its program.
+class FileActions {
+ public:
+  FileActions() { check(::posix_spawn_file_actions_init(&_actions)); }
+  FileActions(const FileActions&) = delete;
+  FileActions& operator=(const FileActions&) = delete;
+  ~FileActions() { ::posix_spawn_file_actions_destroy(&_actions); }
+
+  void copy(const Descriptor& from, int to) {
+    check(::posix_spawn_file_actions_adddup2(&_actions, from.number(), to));
+  }
+  void open(int number, const char* path, int flags) {
+    check(::posix_spawn_file_actions_addopen(&_actions, number, path, flags, 0));
+  }
+  const posix_spawn_file_actions_t* get() const { return &_actions; }
+
+ private:
+  static void check(int error) {
+    if (error != 0) throw std::bad_alloc();
+  }
+
+  posix_spawn_file_actions_t _actions{};
+};
+
+/// No signal blocked, and those that a program relies on with their default effects.
+class SignalAttributes {
+ public:
+  SignalAttributes() {
+    ::posix_spawnattr_init(&_attributes);
+    sigset_t signals;
+    ::sigemptyset(&signals);
+    ::posix_spawnattr_setsigmask(&_attributes, &signals);
+    ::sigaddset(&signals, SIGPIPE);
+    ::sigaddset(&signals, SIGCHLD);
+    ::posix_spawnattr_setsigdefault(&_attributes, &signals);
+    ::posix_spawnattr_setflags(&_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+  }
+  SignalAttributes(const SignalAttributes&) = delete;
+  SignalAttributes& operator=(const SignalAttributes&) = delete;
+  ~SignalAttributes() { ::posix_spawnattr_destroy(&_attributes); }
+
+  const posix_spawnattr_t* get() const { return &_attributes; }
+
+ private:
+  posix_spawnattr_t _attributes{};
+};
+
+/// The host's environment with `libexec` at the end of `PATH`. Reads the host's own texts as long
+/// as it lives.
+class Environment {
+ public:
+  explicit Environment(const std::string& libexec) {
+    constexpr std::string_view kPath = "PATH=";
+    const bool appends = !libexec.empty() && libexec.find(':') == std::string::npos;
+    for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
+      const bool isPath = appends && std::string_view(*entry).starts_with(kPath);
+      if (!isPath) _pointers.push_back(*entry);
+      if (isPath && _path.empty()) _path = *entry;
+    }
+    if (appends) {
+      if (_path.empty()) _path.append(kPath).append(standardPath());
+      _path.append(":").append(libexec);
+      _pointers.push_back(_path.data());
+    }
+    _pointers.push_back(nullptr);
+  }
+  Environment(const Environment&) = delete;
+  Environment& operator=(const Environment&) = delete;
+
+  char* const* get() const { return _pointers.data(); }
+
+ private:
+  std::string _path;
+  std::vector<char*> _pointers;
+};
+
+/// The words as the system takes them; they end at their first NUL byte, so none may have one.
+std::vector<char*> pointersTo(std::vector<std::string>& words) {
+  std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
+  for (std::string& word : words) pointers.push_back(word.data());
+  pointers.push_back(nullptr);
+  return pointers;
+}
+
+bool hasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
+
+}  // namespace
+
+LinuxChildProcess::LinuxChildProcess(std::string libexec) : _libexec(std::move(libexec)) {}
+
+std::string LinuxChildProcess::output(const std::string& program,
+                                      const std::vector<std::string>& arguments) {
+  return start(program, arguments)->readToEnd();
+}
+
+std::unique_ptr<RunningChild> LinuxChildProcess::start(
+    const std::string& program, const std::vector<std::string>& arguments) const {
+  std::vector<std::string> words{program};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  if (std::any_of(words.begin(), words.end(), hasNul)) throw notStarted(program, EINVAL);
+  const std::vector<char*> argv = pointersTo(words);
+  const Environment environment(_libexec);
+
+  Pipe input = openPipe(program);
+  Pipe output = openPipe(program);
+  FileActions actions;
+  actions.copy(input.readEnd, STDIN_FILENO);
+  actions.copy(output.writeEnd, STDOUT_FILENO);
+  actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+  const SignalAttributes attributes;
+
+  pid_t process = -1;
+  const int error = ::posix_spawn(&process, program.c_str(), actions.get(), attributes.get(),
+                                  argv.data(), environment.get());
+  if (error != 0) throw notStarted(program, error);
+  return std::make_unique<RunningChild>(process, std::move(input.writeEnd),
+                                        std::move(output.readEnd));
+}
+
+}  // namespace zt
