@@ -7,7 +7,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static zt::test::FakePlatform platform;
   platform.http_.asked.clear();
   platform.http_.answer = [&](const auto&) {
-    return zt::HttpAnswer{200, std::string(zt::fuzz::textOf(data, size))};
+    return zt::HttpResponse{200, std::string(zt::fuzz::textOf(data, size))};
   };
   const auto document = ZtPortalData::initWithValues("http://config.test/", false, "", "", "");
   zt::fuzz::require(document->gotConfiguration() == !document->reportUrl().empty());

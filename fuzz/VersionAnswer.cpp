@@ -8,8 +8,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   platform.http_.asked.clear();
   platform.http_.answer = [&](const auto& asked) {
     const std::string_view configuration = "<c><defSOAP>http://report.test/</defSOAP></c>";
-    return zt::HttpAnswer{200,
-                          std::string(asked.body ? zt::fuzz::textOf(data, size) : configuration)};
+    return zt::HttpResponse{200,
+                            std::string(asked.body ? zt::fuzz::textOf(data, size) : configuration)};
   };
   const auto document = ZtPortalData::initWithValues("http://config.test/", false, "", "", "");
   zt::fuzz::require(document->gotConfiguration());

@@ -185,7 +185,8 @@ class FakeChildProcess final : public ChildProcess {
 /// A machine that a test makes up. In force from its construction to its end.
 ///
 ///     FakePlatform platform;
-///     platform.http_.answer = [](const auto& asked) { return HttpAnswer{200, "<versioninfo/>"}; };
+///     platform.http_.answer = [](const auto& asked) { return HttpResponse{200, "<versioninfo/>"};
+///     };
 class FakePlatform final : public Platform {
  public:
   HttpTransport& http() override { return http_; }

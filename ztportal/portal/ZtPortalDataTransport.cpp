@@ -78,7 +78,7 @@ ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command
   if (!command.isNull()) request.body = command.view();
   request.timeout = kTimeout;
 
-  const zt::HttpAnswer answer = zt::Platform::current().http().exchange(request);
+  const zt::HttpResponse answer = zt::Platform::current().http().exchange(request);
   if (answer.status < 200 || answer.status > 299) return "";
   return zt::isUtf8(answer.body) ? ZtString(answer.body) : nullptr;
 } catch (const ZtException&) {

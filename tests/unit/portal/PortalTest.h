@@ -113,22 +113,22 @@ class PortalTest : public ::testing::Test {
   }
 
   /// No server answers.
-  void cutOff() { configuration = version = report = HttpAnswer{}; }
+  void cutOff() { configuration = version = report = HttpResponse{}; }
 
   ScopedEnvironment zone{"TZ", "UTC"};
   ScopedEnvironment locale{"LC_ALL", "C"};
   FakePlatform platform;
-  HttpAnswer configuration{200,
-                           "<configuration><defSOAP>http://report.test/soap</defSOAP>"
-                           "<defTestSOAP>http://report.test/soap-test</defTestSOAP>"
-                           "</configuration>"};
-  HttpAnswer version{200, "<versioninfo>7.1</versioninfo>"};
-  HttpAnswer report{200, kAccepted};
-  std::function<HttpAnswer(const std::string& body)> reportAnswer;  // goes before `report`
+  HttpResponse configuration{200,
+                             "<configuration><defSOAP>http://report.test/soap</defSOAP>"
+                             "<defTestSOAP>http://report.test/soap-test</defTestSOAP>"
+                             "</configuration>"};
+  HttpResponse version{200, "<versioninfo>7.1</versioninfo>"};
+  HttpResponse report{200, kAccepted};
+  std::function<HttpResponse(const std::string& body)> reportAnswer;  // goes before `report`
   std::vector<std::string> steps;
 
  private:
-  HttpAnswer answerTo(const FakeHttpTransport::Asked& asked) {
+  HttpResponse answerTo(const FakeHttpTransport::Asked& asked) {
     if (!asked.body) {
       steps.push_back("GET " + asked.url);
       return configuration;

@@ -18,8 +18,8 @@ constexpr const char* kGet = "GET http://config.test/reporting/kelvane.xml";
 class ZtPortalDataConfigurationTest : public PortalTest {
  protected:
   ZtPortalDataConfigurationTest() {
-    const HttpAnswer before = configuration;
-    configuration = HttpAnswer{};
+    const HttpResponse before = configuration;
+    configuration = HttpResponse{};
     document = makeDocument();
     configuration = before;
   }
@@ -136,10 +136,11 @@ TEST_F(ZtPortalDataConfigurationTest, ANewConfigurationReplacesAnEarlierOne) {
 
 TEST_F(ZtPortalDataConfigurationTest, AnAnswerThatCannotBeReadChangesNothing) {
   const std::string good = configuration.body;
-  for (const HttpAnswer& answer :
-       {HttpAnswer{404, good}, HttpAnswer{500, good}, HttpAnswer{0, ""}, HttpAnswer{200, ""},
-        HttpAnswer{200, "<c><defSOAP>http://a.test/</defSOAP>"}, HttpAnswer{200, "defSOAP"},
-        HttpAnswer{200, "<c><defSOAP>http://\xE4.test/</defSOAP></c>"}}) {
+  for (const HttpResponse& answer :
+       {HttpResponse{404, good}, HttpResponse{500, good}, HttpResponse{0, ""},
+        HttpResponse{200, ""}, HttpResponse{200, "<c><defSOAP>http://a.test/</defSOAP>"},
+        HttpResponse{200, "defSOAP"},
+        HttpResponse{200, "<c><defSOAP>http://\xE4.test/</defSOAP></c>"}}) {
     configuration = answer;
     EXPECT_FALSE(getConfiguration()) << answer.status << answer.body;
     EXPECT_EQ(document->reportUrl(), "") << answer.status << answer.body;
@@ -147,19 +148,19 @@ TEST_F(ZtPortalDataConfigurationTest, AnAnswerThatCannotBeReadChangesNothing) {
   }
   configuration = {200, good};
   ASSERT_TRUE(getConfiguration());
-  configuration = HttpAnswer{};
+  configuration = HttpResponse{};
   EXPECT_FALSE(getConfiguration());
   EXPECT_EQ(document->reportUrl(), "http://report.test/soap");
   EXPECT_TRUE(document->gotConfiguration());
 }
 
 TEST_F(ZtPortalDataConfigurationTest, IsNotReadWhenTheTransportRaises) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   EXPECT_FALSE(getConfiguration());
 }
 
 TEST_F(ZtPortalDataConfigurationTest, LetsForeignExceptionsOut) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raiseForeign(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
   EXPECT_THROW(getConfiguration(), ForeignError);
   EXPECT_THROW(initHttp(), ForeignError);
 }
@@ -244,17 +245,18 @@ TEST_F(ZtPortalDataConfigurationTest, PassesOnWhetherTheLocalCopyIsWanted) {
 }
 
 TEST_F(ZtPortalDataConfigurationTest, AsksForNoVersionWithoutConfiguration) {
-  configuration = HttpAnswer{};
+  configuration = HttpResponse{};
   initHttp();
   EXPECT_THAT(steps, ElementsAre(kGet));
   EXPECT_FALSE(document->online());
 }
 
 TEST_F(ZtPortalDataConfigurationTest, StaysOfflineWithoutAVersion) {
-  for (const HttpAnswer& answer : {HttpAnswer{}, HttpAnswer{404, "<versioninfo>7.1</versioninfo>"},
-                                   HttpAnswer{200, "<versioninfo> </versioninfo>"},
-                                   HttpAnswer{200, "<e><b><versioninfo>7.1</versioninfo></b></e>"},
-                                   HttpAnswer{200, "<versioninfo>\xE4</versioninfo>"}}) {
+  for (const HttpResponse& answer :
+       {HttpResponse{}, HttpResponse{404, "<versioninfo>7.1</versioninfo>"},
+        HttpResponse{200, "<versioninfo> </versioninfo>"},
+        HttpResponse{200, "<e><b><versioninfo>7.1</versioninfo></b></e>"},
+        HttpResponse{200, "<versioninfo>\xE4</versioninfo>"}}) {
     version = answer;
     initHttp();
     EXPECT_TRUE(document->gotConfiguration()) << answer.body;
@@ -265,7 +267,7 @@ TEST_F(ZtPortalDataConfigurationTest, StaysOfflineWithoutAVersion) {
 TEST_F(ZtPortalDataConfigurationTest, GoesOfflineWhenTheServerTellsItsVersionNoMore) {
   initHttp();
   ASSERT_TRUE(document->online());
-  version = HttpAnswer{};
+  version = HttpResponse{};
   initHttp();
   EXPECT_FALSE(document->online());
   EXPECT_EQ(document->serverVersion(), "7.1");

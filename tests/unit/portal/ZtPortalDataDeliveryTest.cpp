@@ -36,7 +36,7 @@ class ZtPortalDataDeliveryTest : public PortalTest {
 
 TEST_F(ZtPortalDataDeliveryTest, AcceptsByTheNameOfTheResponseAndTheWordTrue) {
   struct Row {
-    HttpAnswer answer;
+    HttpResponse answer;
     bool accepted;
   };
   const Row rows[] = {
@@ -107,7 +107,7 @@ TEST_F(ZtPortalDataDeliveryTest, ARefusedReportIsTheOneFileInTheStore) {
 
 TEST_F(ZtPortalDataDeliveryTest, AReportIsSavedWhenTheTransportRaises) {
   const auto document = makeDocumentWithPool();
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   EXPECT_FALSE(document->reportToServer());
   EXPECT_EQ(saved(*document), requestOf(*document));
 }
@@ -135,7 +135,7 @@ TEST_F(ZtPortalDataDeliveryTest, AReportIsNeitherPostedNorSavedWhenTheBroadcastR
 
 TEST_F(ZtPortalDataDeliveryTest, LetsForeignExceptionsOutOfReporting) {
   const auto document = makeDocumentWithPool();
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raiseForeign(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
   EXPECT_THROW(document->reportToServer(), ForeignError);
   platform.broadcast_.onPost = &raiseForeign;
   EXPECT_THROW(document->reportToServer(), ForeignError);
@@ -153,18 +153,18 @@ TEST_F(ZtPortalDataDeliveryTest, AReportWithoutPoolsIsPostedAndSavedAsAnEmptyTex
 }
 
 TEST_F(ZtPortalDataDeliveryTest, ADocumentWithoutUrlDoesNotTryAgainToGetOnline) {
-  const HttpAnswer before = configuration;
-  configuration = HttpAnswer{};
+  const HttpResponse before = configuration;
+  configuration = HttpResponse{};
   const auto document = makeDocumentWithPool();
   configuration = before;
-  report = HttpAnswer{};
+  report = HttpResponse{};
   EXPECT_FALSE(document->reportToServer());
   EXPECT_THAT(steps, ElementsAre("broadcast", "report "));
   EXPECT_EQ(saved(*document), requestOf(*document));
 }
 
 TEST_F(ZtPortalDataDeliveryTest, ADocumentWithUrlThatIsOfflineTriesAgainAndUsesTheNewUrl) {
-  version = HttpAnswer{};
+  version = HttpResponse{};
   const auto document = makeDocumentWithPool();
   ASSERT_TRUE(document->gotConfiguration());
   ASSERT_FALSE(document->online());
@@ -177,7 +177,7 @@ TEST_F(ZtPortalDataDeliveryTest, ADocumentWithUrlThatIsOfflineTriesAgainAndUsesT
 }
 
 TEST_F(ZtPortalDataDeliveryTest, ADocumentThatStaysOfflineIsPostedAllTheSame) {
-  version = HttpAnswer{};
+  version = HttpResponse{};
   const auto document = makeDocumentWithPool();
   EXPECT_TRUE(document->reportToServer());
   EXPECT_THAT(steps, ElementsAre("broadcast", kGet, kVersion, kReport));
@@ -185,7 +185,7 @@ TEST_F(ZtPortalDataDeliveryTest, ADocumentThatStaysOfflineIsPostedAllTheSame) {
 }
 
 TEST_F(ZtPortalDataDeliveryTest, TryingAgainUsesTheLocalCopyIfTheDocumentWasMadeForIt) {
-  version = HttpAnswer{};
+  version = HttpResponse{};
   const auto document =
       ZtPortalData::initWithValues(kConfigurationUrl, true, "Kelvane", kApplicationId, "2.1.77");
   document->addPool("CUSTOM", ZtDate());

@@ -41,7 +41,7 @@ class ZtPortalDataResendTest : public PortalTest {
   }
   void refuse(const std::string& refusedBody) {
     reportAnswer = [refusedBody](const std::string& body) {
-      return HttpAnswer{200, body == refusedBody ? kRefused : kAccepted};
+      return HttpResponse{200, body == refusedBody ? kRefused : kAccepted};
     };
   }
 
@@ -138,8 +138,8 @@ TEST_F(ZtPortalDataResendTest, AnOnlineDocumentAsksNothingFirst) {
 
 TEST_F(ZtPortalDataResendTest, ADocumentWithoutUrlTriesAgainToGetOnline) {
   const std::string path = store("one.ztr", "<one/>");
-  const HttpAnswer before = configuration;
-  configuration = HttpAnswer{};
+  const HttpResponse before = configuration;
+  configuration = HttpResponse{};
   document = makeDocument();
   configuration = before;
   EXPECT_TRUE(document->sendSavedReport(path));
@@ -147,7 +147,7 @@ TEST_F(ZtPortalDataResendTest, ADocumentWithoutUrlTriesAgainToGetOnline) {
 }
 
 TEST_F(ZtPortalDataResendTest, AnOfflineDocumentTriesAgainAlsoForAMissingPath) {
-  version = HttpAnswer{};
+  version = HttpResponse{};
   document = makeDocument();
   version = {200, "<versioninfo>7.1</versioninfo>"};
   EXPECT_FALSE(document->sendSavedReport(nullptr));
@@ -157,7 +157,7 @@ TEST_F(ZtPortalDataResendTest, AnOfflineDocumentTriesAgainAlsoForAMissingPath) {
 
 TEST_F(ZtPortalDataResendTest, ADocumentWhoseConfigurationWasTakenBackTriesAgain) {
   const std::string path = store("one.ztr", "<one/>");
-  const HttpAnswer before = configuration;
+  const HttpResponse before = configuration;
   configuration = {200, "<c><defSOAP/></c>"};
   ZtTestAccess::getConfiguration(*document, kConfigurationUrl, false);
   ASSERT_TRUE(document->online());
@@ -170,7 +170,7 @@ TEST_F(ZtPortalDataResendTest, ADocumentWhoseConfigurationWasTakenBackTriesAgain
 
 TEST_F(ZtPortalDataResendTest, ADocumentThatStaysOfflineSendsNothing) {
   const std::string path = store("one.ztr", "<one/>");
-  version = HttpAnswer{};
+  version = HttpResponse{};
   document = makeDocument();
   EXPECT_FALSE(document->sendSavedReport(path));
   EXPECT_THAT(steps, ElementsAre(kGet, kVersion));
@@ -178,7 +178,7 @@ TEST_F(ZtPortalDataResendTest, ADocumentThatStaysOfflineSendsNothing) {
 
 TEST_F(ZtPortalDataResendTest, TryingAgainUsesTheLocalCopyIfTheDocumentWasMadeForIt) {
   const std::string path = store("one.ztr", "<one/>");
-  version = HttpAnswer{};
+  version = HttpResponse{};
   document =
       ZtPortalData::initWithValues(kConfigurationUrl, true, "Kelvane", kApplicationId, "2.1.77");
   forget();
@@ -199,7 +199,7 @@ TEST_F(ZtPortalDataResendTest, ASavedReportIsNotPostedWhenTheBroadcastRaises) {
 
 TEST_F(ZtPortalDataResendTest, ASavedReportIsNotAcceptedWhenThePlatformRaises) {
   const std::string path = store("one.ztr", "<one/>");
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   EXPECT_FALSE(document->sendSavedReport(path));
   ObservedFiles files(platform.files_, [](const std::string&) { raise(); });
   platform.replacedFiles = &files;

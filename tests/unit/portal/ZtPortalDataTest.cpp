@@ -63,7 +63,7 @@ TEST_F(ZtPortalDataTest, IsMadeAlsoWhenNoServerAnswers) {
 }
 
 TEST_F(ZtPortalDataTest, IsMadeAlsoWhenTheTransportRaises) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   const auto document = makeDocument();
   ASSERT_NE(document, nullptr);
   EXPECT_EQ(document->reportUrl(), "");
@@ -72,7 +72,7 @@ TEST_F(ZtPortalDataTest, IsMadeAlsoWhenTheTransportRaises) {
 }
 
 TEST_F(ZtPortalDataTest, LetsForeignExceptionsOutOfItsMaking) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raiseForeign(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
   EXPECT_THROW(makeDocument(), ForeignError);
 }
 

@@ -34,7 +34,7 @@ class ZtPortalDataTransportTest : public PortalTest {
   ZtString httpRequest(const ZtString& url, const ZtString& command) {
     return ZtTestAccess::httpRequest(*document, url, command);
   }
-  void answerAll(HttpAnswer answer) {
+  void answerAll(HttpResponse answer) {
     platform.http_.answer = [answer = std::move(answer)](const auto&) { return answer; };
   }
 
@@ -129,13 +129,13 @@ TEST_F(ZtPortalDataTransportTest, AnAnswerIsMissingWhenItIsNotUtf8) {
 }
 
 TEST_F(ZtPortalDataTransportTest, AnAnswerIsEmptyWhenTheTransportRaises) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   EXPECT_EQ(httpRequest(kUrl, nullptr), "");
   EXPECT_EQ(httpRequest(kUrl, "<a/>"), "");
 }
 
 TEST_F(ZtPortalDataTransportTest, LetsForeignExceptionsOutOfAnExchange) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raiseForeign(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
   EXPECT_THROW(httpRequest(kUrl, nullptr), ForeignError);
 }
 
@@ -171,7 +171,7 @@ TEST_F(ZtPortalDataTransportTest, ReadsTheTrimmedTextOfARootVersioninfo) {
 }
 
 TEST_F(ZtPortalDataTransportTest, HasNoVersionFromAnyOtherAnswerAndKeepsTheLast) {
-  const HttpAnswer rows[] = {
+  const HttpResponse rows[] = {
       {200,
        "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
        "<SOAP-ENV:Body><versioninfo>8.2</versioninfo></SOAP-ENV:Body></SOAP-ENV:Envelope>"},
@@ -183,7 +183,7 @@ TEST_F(ZtPortalDataTransportTest, HasNoVersionFromAnyOtherAnswerAndKeepsTheLast)
       {200, "<versioninfo>\xE4</versioninfo>"},
       {404, "<versioninfo>8.2</versioninfo>"},
       {0, ""}};
-  for (const HttpAnswer& row : rows) {
+  for (const HttpResponse& row : rows) {
     version = row;
     EXPECT_TRUE(ZtTestAccess::getServerVersion(*document).isNull()) << row.body;
     EXPECT_EQ(document->serverVersion(), "7.1") << row.body;
@@ -191,13 +191,13 @@ TEST_F(ZtPortalDataTransportTest, HasNoVersionFromAnyOtherAnswerAndKeepsTheLast)
 }
 
 TEST_F(ZtPortalDataTransportTest, HasNoVersionWhenTheTransportRaises) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raise(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
   EXPECT_TRUE(ZtTestAccess::getServerVersion(*document).empty());
   EXPECT_EQ(document->serverVersion(), "7.1");
 }
 
 TEST_F(ZtPortalDataTransportTest, LetsForeignExceptionsOutOfTheVersionRequest) {
-  platform.http_.answer = [](const auto&) -> HttpAnswer { raiseForeign(); };
+  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
   EXPECT_THROW(ZtTestAccess::getServerVersion(*document), ForeignError);
 }
 

@@ -253,7 +253,7 @@ void setMethod(Options& options, const HttpRequest& request) {
   options.set(CURLOPT_POSTFIELDS, body.empty() ? "" : body.data());
 }
 
-HttpAnswer exchangeOrThrow(const HttpRequest& request) {
+HttpResponse exchangeOrThrow(const HttpRequest& request) {
   if (request.method != "GET" && request.method != "POST") return {};
   if (request.timeout <= std::chrono::milliseconds::zero()) return {};
   const Url url = httpUrl(request.url);
@@ -286,7 +286,7 @@ HttpAnswer exchangeOrThrow(const HttpRequest& request) {
 
 }  // namespace
 
-HttpAnswer CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
+HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
   try {
     return exchangeOrThrow(request);
   } catch (const std::bad_alloc&) {

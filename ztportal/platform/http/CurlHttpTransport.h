@@ -18,7 +18,7 @@ namespace zt {
 /// - No cookies, no password file, no cache.
 class CurlHttpTransport final : public HttpTransport {
  public:
-  HttpAnswer exchange(const HttpRequest& request) noexcept override;
+  HttpResponse exchange(const HttpRequest& request) noexcept override;
 };
 
 }  // namespace zt

@@ -23,7 +23,7 @@ class FakeHttpTransport final : public HttpTransport {
     std::chrono::milliseconds timeout;
   };
 
-  HttpAnswer exchange(const HttpRequest& request) override {
+  HttpResponse exchange(const HttpRequest& request) override {
     Asked& last = asked.emplace_back();
     last.url = request.url;
     last.method = request.method;
@@ -32,10 +32,10 @@ class FakeHttpTransport final : public HttpTransport {
     }
     if (request.body) last.body = std::string(*request.body);
     last.timeout = request.timeout;
-    return answer ? answer(last) : HttpAnswer{};
+    return answer ? answer(last) : HttpResponse{};
   }
 
-  std::function<HttpAnswer(const Asked&)> answer;
+  std::function<HttpResponse(const Asked&)> answer;
   std::vector<Asked> asked;
 };
 

@@ -22,7 +22,7 @@ struct HttpRequest {
   std::chrono::milliseconds timeout;  ///< for all of it: name look-up, connection and answer
 };
 
-struct HttpAnswer {
+struct HttpResponse {
   int status = 0;    ///< 0: no whole answer arrived
   std::string body;  ///< the bytes as they came; empty with status 0
 };
@@ -35,7 +35,7 @@ class HttpTransport {
   /// Sends `request` and waits for its answer, redirects followed (to http and https only).
   /// Every failure (no such host, refused, timed out, cut off, larger than the limit of the
   /// implementation) gives status 0.
-  virtual HttpAnswer exchange(const HttpRequest& request) = 0;
+  virtual HttpResponse exchange(const HttpRequest& request) = 0;
 };
 
 }  // namespace zt

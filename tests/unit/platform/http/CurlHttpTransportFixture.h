@@ -31,11 +31,11 @@ class CurlHttpTransportFixture : public ::testing::Test {
     }
   }
 
-  HttpAnswer get(std::string_view url, std::chrono::milliseconds timeout = 20s) {
+  HttpResponse get(std::string_view url, std::chrono::milliseconds timeout = 20s) {
     return _transport.exchange({url, "GET", {}, std::nullopt, timeout});
   }
-  HttpAnswer post(std::string_view url, std::string_view body,
-                  std::span<const HttpHeader> headers = {}) {
+  HttpResponse post(std::string_view url, std::string_view body,
+                    std::span<const HttpHeader> headers = {}) {
     return _transport.exchange({url, "POST", headers, body, 20s});
   }
 

@@ -13,8 +13,8 @@ using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
 using testing::ElementsAre;
 using testing::SizeIs;
-using zt::HttpAnswer;
 using zt::HttpHeader;
+using zt::HttpResponse;
 using zt::test::ok;
 using zt::test::RawAnswer;
 using zt::test::RawHttpServer;
@@ -103,7 +103,7 @@ TEST_F(CurlHttpTransportRoutes, CountsAllRedirectsInOneTime) {
 TEST_F(CurlHttpTransportRoutes, FollowsRedirects) {
   RawHttpServer server(
       {redirect("302 Found", "/b"), redirect("301 Moved Permanently", "c?d=e"), ok("there")});
-  const HttpAnswer answer = get(server.url("/a"));
+  const HttpResponse answer = get(server.url("/a"));
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.body, "there");
   EXPECT_THAT(server.requests(), ElementsAre(testing::StartsWith("GET /a HTTP/1.1\r\n"),
@@ -135,7 +135,7 @@ TEST_F(CurlHttpTransportRoutes, FollowsNoRedirectToAnotherScheme) {
   for (const char* location : {"ftp://127.0.0.1/x", "file:///etc/hostname", "FILE:///etc/hostname",
                                "gopher://127.0.0.1/", "ldap://127.0.0.1/", "data:,x"}) {
     RawHttpServer server({redirect("302 Found", location)});
-    const HttpAnswer answer = get(server.url("/"));
+    const HttpResponse answer = get(server.url("/"));
     EXPECT_EQ(answer.status, 0) << location;
     EXPECT_EQ(answer.body, "") << location;
   }
@@ -164,7 +164,7 @@ TEST_F(CurlHttpTransportRoutes, AsksOnlyHttpServers) {
                               server.url("/") + '\0' + "x",
                               refusingUrl()};
   for (const std::string& url : urls) {
-    const HttpAnswer answer = get(url);
+    const HttpResponse answer = get(url);
     EXPECT_EQ(answer.status, 0) << url;
     EXPECT_EQ(answer.body, "") << url;
   }

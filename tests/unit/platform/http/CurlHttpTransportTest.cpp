@@ -10,8 +10,8 @@ using std::chrono_literals::operator""s;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
-using zt::HttpAnswer;
 using zt::HttpHeader;
+using zt::HttpResponse;
 using zt::test::kLargest;
 using zt::test::ok;
 using zt::test::RawAnswer;
@@ -26,7 +26,7 @@ TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAGetAndFewMore) {
   const HttpHeader headers[] = {{"Content-Type", "text/xml; charset=UTF-8"},
                                 {"User-Agent", "Setup/2.1"}};
   const std::string url = server.url("/reporting/kelvane.xml?a=1");
-  const HttpAnswer answer = _transport.exchange({url, "GET", headers, std::nullopt, 20s});
+  const HttpResponse answer = _transport.exchange({url, "GET", headers, std::nullopt, 20s});
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.body, "x");
   EXPECT_THAT(server.requests(), ElementsAre("GET /reporting/kelvane.xml?a=1 HTTP/1.1\r\n"
@@ -43,7 +43,7 @@ TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAPostAndFewMore) {
   RawHttpServer server({ok("")});
   const HttpHeader headers[] = {{"Content-Type", "text/xml; charset=UTF-8"},
                                 {"User-Agent", "Setup/2.1"}};
-  const HttpAnswer answer = post(server.url("/soap"), "<a>\xC3\xA4</a>", headers);
+  const HttpResponse answer = post(server.url("/soap"), "<a>\xC3\xA4</a>", headers);
   EXPECT_EQ(answer.status, 200);
   EXPECT_EQ(answer.body, "");
   EXPECT_THAT(server.requests(), ElementsAre("POST /soap HTTP/1.1\r\n"
@@ -126,7 +126,7 @@ TEST_F(CurlHttpTransport, HandsStatusAndBodyThrough) {
   };
   for (const auto& row : rows) {
     RawHttpServer server({{row.answer, Then::Close}});
-    const HttpAnswer answer = get(server.url("/"));
+    const HttpResponse answer = get(server.url("/"));
     EXPECT_EQ(answer.status, row.status) << row.answer;
     EXPECT_EQ(answer.body, row.body) << row.answer;
   }
@@ -155,7 +155,7 @@ TEST_F(CurlHttpTransport, TakesWhatIsNoWholeAnswerForNone) {
   for (const char* bytes : answers) {
     for (const Then then : {Then::Close, Then::Reset}) {
       RawHttpServer server({{bytes, then}});
-      const HttpAnswer answer = get(server.url("/"));
+      const HttpResponse answer = get(server.url("/"));
       EXPECT_EQ(answer.status, 0) << bytes;
       EXPECT_EQ(answer.body, "") << bytes;
       EXPECT_THAT(server.requests(), SizeIs(1)) << bytes;
@@ -174,7 +174,7 @@ TEST_F(CurlHttpTransport, GivesUpWhenTheTimeIsOver) {
   for (const RawAnswer& raw : answers) {
     RawHttpServer server({raw});
     const auto start = std::chrono::steady_clock::now();
-    const HttpAnswer answer = get(server.url("/"), 300ms);
+    const HttpResponse answer = get(server.url("/"), 300ms);
     EXPECT_EQ(answer.status, 0) << raw.bytes;
     EXPECT_EQ(answer.body, "") << raw.bytes;
     EXPECT_GE(std::chrono::steady_clock::now() - start, 290ms) << raw.bytes;
@@ -207,7 +207,7 @@ TEST_F(CurlHttpTransport, TakesAnAnswerUpToItsLimit) {
   EXPECT_TRUE(get(server.url("/")).body == largest);
   EXPECT_TRUE(get(server.url("/")).body == largest);
   for (int i = 0; i < 3; ++i) {
-    const HttpAnswer answer = get(server.url("/"));
+    const HttpResponse answer = get(server.url("/"));
     EXPECT_EQ(answer.status, 0);
     EXPECT_EQ(answer.body.size(), 0U);
   }
