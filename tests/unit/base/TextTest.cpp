@@ -11,11 +11,11 @@ namespace {
 using namespace std::string_view_literals;
 
 TEST(TextTest, AppendsAllPiecesInOrder) {
-  const std::string long_(100'000, 'x');
+  const std::string longPiece(100'000, 'x');
   std::string text = "old\r\n";
-  zt::appendText(text, "<", std::string("name"), "> "sv, "", "a\0b"sv, "\xff\xfe\x80"sv, long_);
+  zt::appendText(text, "<", std::string("name"), "> "sv, "", "a\0b"sv, "\xff\xfe\x80"sv, longPiece);
   zt::appendText(text, "!");
-  EXPECT_EQ(text, "old\r\n<name> a\0b\xff\xfe\x80"sv + long_ + "!");
+  EXPECT_EQ(text, std::string("old\r\n<name> a\0b\xff\xfe\x80"sv) + longPiece + "!");
 }
 
 // The null pointer of such a view used to be handed to memcpy, which is undefined.

@@ -63,6 +63,9 @@ class FileActions {
   void open(int number, const char* path, int flags) {
     check(::posix_spawn_file_actions_addopen(&_actions, number, path, flags, 0));
   }
+  void closeFrom(int number) {
+    check(::posix_spawn_file_actions_addclosefrom_np(&_actions, number));
+  }
   const posix_spawn_file_actions_t* get() const { return &_actions; }
 
  private:
@@ -159,6 +162,7 @@ std::unique_ptr<RunningChild> LinuxChildProcess::start(
   actions.copy(input.readEnd, STDIN_FILENO);
   actions.copy(output.writeEnd, STDOUT_FILENO);
   actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+  actions.closeFrom(STDERR_FILENO + 1);
   const SignalAttributes attributes;
 
   pid_t process = -1;
