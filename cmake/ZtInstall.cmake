@@ -6,10 +6,9 @@ include(CMakePackageConfigHelpers)
 
 set(ZT_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ztportal")
 
-# The foreign libraries, each row: what the library links, how a host's CMake finds it when it links
-# statically, how the linker is told, and the Debian package that it comes from.
+# The libraries that ztportal links, a row each: its target, how the CMake of a host finds it to link
+# statically, its linker flag, and its Debian package.
 set(ZT_FOREIGN_LIBRARIES
-    "CURL::libcurl|find_dependency(CURL)|-lcurl|libcurl4-openssl-dev"
     "LibXml2::LibXml2|find_dependency(LibXml2)|-lxml2|libxml2-dev"
     "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev"
     "ICU::uc||-licuuc|"

@@ -31,6 +31,8 @@ was built for, and keeps what was not accepted, to be sent again later.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libztportal1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# Loaded at run time, so dpkg-shlibdeps does not see it.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libcurl4 (>= 7.87) | libcurl3-gnutls (>= 7.87)")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "reports of desktop applications - shared library

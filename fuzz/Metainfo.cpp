@@ -1,7 +1,7 @@
 #include "ztportal/platform/desktop/Metainfo.h"
 
 #include "fuzz/FuzzTarget.h"
-#include "ztportal/platform/xml/Utf8.h"
+#include "ztportal/base/Utf8.h"
 
 // The metainfo file of an installed application.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

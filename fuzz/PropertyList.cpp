@@ -1,7 +1,7 @@
 #include "ztportal/platform/plist/PropertyList.h"
 
 #include "fuzz/FuzzTarget.h"
-#include "ztportal/platform/xml/Utf8.h"
+#include "ztportal/base/Utf8.h"
 
 // The property list of a bundle, XML or binary.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -1,5 +1,5 @@
 #include "fuzz/FuzzTarget.h"
-#include "ztportal/platform/xml/Utf8.h"
+#include "ztportal/base/Utf8.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
 // A file of the store on its way to the server: parsed, and written back as it was.

@@ -16,7 +16,6 @@
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
@@ -103,20 +102,6 @@ int write(const std::string& bytes) {
 }
 
 }  // namespace
-
-// GIO watches the folders that it reads entries and lists from, though this process ends before
-// anything in them changes, and to end the watch takes the kernel several times as long as all the
-// rest. So there is no watch to get here: these two stand before the C library's.
-extern "C" {
-
-[[gnu::visibility("default")]] int inotify_init1(int /*flags*/) {
-  errno = ENOSYS;
-  return -1;
-}
-
-[[gnu::visibility("default")]] int inotify_init() { return inotify_init1(0); }
-
-}  // extern "C"
 
 int main(int count, char** words) {
   const Words arguments(words + 1, count > 0 ? static_cast<std::size_t>(count - 1) : 0);

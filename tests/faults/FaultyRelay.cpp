@@ -25,8 +25,8 @@ constexpr std::string_view kHeadEnd = "\r\n\r\n";
 constexpr std::string_view kInterim = "HTTP/1.1 102 Processing\r\n\r\n";
 
 /// A closed one when nobody listens there.
-Descriptor connected(int port) {
-  Descriptor server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+FileDescriptor connected(int port) {
+  FileDescriptor server(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
   if (!server.isOpen()) throw std::runtime_error("no socket for the relay");
   sockaddr_in address{};
   address.sin_family = AF_INET;
@@ -105,13 +105,13 @@ void FaultyRelay::acceptAll() {
     std::array<pollfd, 2> waiting{{{_port.socket(), POLLIN, 0}, {_stop.number(), POLLIN, 0}}};
     if (::poll(waiting.data(), waiting.size(), -1) < 0) continue;
     if (waiting[1].revents != 0) return;
-    Descriptor client = _port.accept();
+    FileDescriptor client = _port.accept();
     if (!client.isOpen()) continue;
     _threads.emplace_back([this, client = std::move(client)] { serve(client); });
   }
 }
 
-void FaultyRelay::serve(const Descriptor& client) {
+void FaultyRelay::serve(const FileDescriptor& client) {
   for (;;) {
     const Received request = receive(client.number(), client.number());
     if (!request.whole || !relay(client, request.bytes)) return;
@@ -119,7 +119,7 @@ void FaultyRelay::serve(const Descriptor& client) {
 }
 
 /// Whether the connection goes on.
-bool FaultyRelay::relay(const Descriptor& client, const std::string& request) {
+bool FaultyRelay::relay(const FileDescriptor& client, const std::string& request) {
   const RelayPlan plan = planFor(request);
   if (plan.fault == RelayFault::kResetBeforeRequest) {
     resetOnClose(client.number());
@@ -136,7 +136,7 @@ bool FaultyRelay::relay(const Descriptor& client, const std::string& request) {
 
 FaultyRelay::Received FaultyRelay::ask(const std::string& request, int client,
                                        const RelayPlan& plan) const {
-  const Descriptor server = connected(_serverPort);
+  const FileDescriptor server = connected(_serverPort);
   if (!server.isOpen() || !sendAll(server.number(), request)) return {};
   if (plan.fault == RelayFault::kKillServer) {
     std::this_thread::sleep_for(microseconds(plan.amount));

@@ -10,7 +10,7 @@
 #include <thread>
 
 #include "tests/support/LoopbackPort.h"
-#include "ztportal/platform/files/Descriptor.h"
+#include "ztportal/base/FileDescriptor.h"
 
 namespace zt::torture {
 
@@ -62,8 +62,8 @@ class FaultyRelay {
   };
 
   void acceptAll();
-  void serve(const Descriptor& client);
-  bool relay(const Descriptor& client, const std::string& request);
+  void serve(const FileDescriptor& client);
+  bool relay(const FileDescriptor& client, const std::string& request);
   Received ask(const std::string& request, int client, const RelayPlan& plan) const;
   Received receive(int from, int watched) const;
   bool answer(int client, const Received& received, const RelayPlan& plan) const;
@@ -74,7 +74,7 @@ class FaultyRelay {
   std::function<void()> _killServer;
   std::atomic<int> _serverPort;
   test::LoopbackPort _port{test::LoopbackPort::Listens};
-  Descriptor _stop;
+  FileDescriptor _stop;
   mutable std::mutex _mutex;
   RelayPlan _plan;
   std::list<std::thread> _threads;  // touched by the acceptor alone until it has ended

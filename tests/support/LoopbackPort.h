@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "ztportal/platform/files/Descriptor.h"
+#include "ztportal/base/FileDescriptor.h"
 
 namespace zt::test {
 
@@ -38,14 +38,14 @@ class LoopbackPort {
   std::string url(const std::string& path = "") const { return "http://" + host() + path; }
 
   /// Waits for the next connection; one that is not open when there is none any more.
-  Descriptor accept() const {
-    return Descriptor(::accept4(socket(), nullptr, nullptr, SOCK_CLOEXEC));
+  FileDescriptor accept() const {
+    return FileDescriptor(::accept4(socket(), nullptr, nullptr, SOCK_CLOEXEC));
   }
   /// Nobody waits in accept() from now on.
   void stop() const { ::shutdown(socket(), SHUT_RDWR); }
 
  private:
-  Descriptor _socket;
+  FileDescriptor _socket;
   int _number = 0;
 };
 

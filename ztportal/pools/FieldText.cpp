@@ -2,7 +2,7 @@
 
 #include <charconv>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 
 namespace zt {
 

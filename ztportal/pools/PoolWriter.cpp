@@ -1,6 +1,6 @@
 #include "ztportal/pools/PoolWriter.h"
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/Markup.h"
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/time/DateText.h"
 #include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/LanguageTable.h"

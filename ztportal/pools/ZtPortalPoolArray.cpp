@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"

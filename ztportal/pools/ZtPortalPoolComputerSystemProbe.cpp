@@ -8,7 +8,7 @@
 #include <system_error>
 #include <vector>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"

@@ -1,6 +1,6 @@
 #include "ztportal/pools/ZtPortalPoolField.h"
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/pools/Markup.h"
 
 std::shared_ptr<ZtPortalPoolField> ZtPortalPoolField::initWithName(const ZtString& name) {

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/identity/RandomUuid.h"
 #include "ztportal/pools/ListAccess.h"

@@ -2,8 +2,7 @@
 #include <string>
 #include <string_view>
 
-#include "ztportal/base/AnyCase.h"
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"

@@ -3,11 +3,10 @@
 #include <optional>
 #include <string>
 
-#include "ztportal/base/TextAppend.h"
-#include "ztportal/base/Trim.h"
+#include "ztportal/base/Text.h"
+#include "ztportal/base/Utf8.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/xml/Utf8.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/SoapEnvelope.h"
 #include "ztportal/portal/ZtPortalConstants.h"

@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "ztportal/base/TextAppend.h"
-#include "ztportal/base/Trim.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/files/HomeFolder.h"
 #include "ztportal/platform/locale/PreferredLanguages.h"

@@ -11,9 +11,9 @@ using HostState = std::map<std::string, std::string>;
 
 HostState stateOfThisProcess();
 
-/// A line for each difference. Descriptors that the library keeps (its connection) are none, as
-/// long as no program that the host starts inherits them and none is a connection in the place of
-/// a standard stream.
+/// A line for each difference, except for new file descriptors that the library may keep: those that
+/// no subprocess of the host inherits, unless they are a connection in the place of a standard
+/// stream, and libcurl's own pair of sockets.
 std::string differences(const HostState& before, const HostState& after);
 
 }  // namespace zt::test

@@ -41,7 +41,7 @@ class LeavingServer {
  private:
   void serve() const {
     for (;;) {
-      const Descriptor client = _port.accept();
+      const FileDescriptor client = _port.accept();
       if (!client.isOpen()) return;
       char beginning[1000];
       [[maybe_unused]] const ssize_t count =

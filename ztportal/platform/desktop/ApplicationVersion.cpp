@@ -4,13 +4,12 @@
 #include <optional>
 #include <string_view>
 
-#include "ztportal/base/Trim.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/desktop/ApplicationFiles.h"
 #include "ztportal/platform/desktop/DesktopEntryFiles.h"
 #include "ztportal/platform/desktop/Metainfo.h"
 #include "ztportal/platform/desktop/PackageVersion.h"
 #include "ztportal/platform/files/RegularFile.h"
-#include "ztportal/platform/files/TakeLine.h"
 
 namespace zt {
 

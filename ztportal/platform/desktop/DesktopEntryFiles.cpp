@@ -7,7 +7,7 @@
 #include <optional>
 #include <system_error>
 
-#include "ztportal/base/TextAppend.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxSupportFolder.h"
 
 namespace zt {

@@ -8,7 +8,7 @@
 #include <optional>
 #include <system_error>
 
-#include "ztportal/base/Trim.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/files/RegularFile.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"

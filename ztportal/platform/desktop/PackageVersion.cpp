@@ -8,9 +8,9 @@
 #include <string_view>
 #include <system_error>
 
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/files/RegularFile.h"
-#include "ztportal/platform/files/TakeLine.h"
 #include "ztportal/platform/process/LinuxChildProcess.h"
 #include "ztportal/platform/process/ProgramPath.h"
 

@@ -1,23 +1,18 @@
 #include "ztportal/platform/http/CurlHttpTransport.h"
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <charconv>
-#include <filesystem>
-#include <iterator>
 #include <limits>
-#include <memory>
-#include <mutex>
 #include <new>
-#include <system_error>
+#include <type_traits>
 #include <utility>
-#include <vector>
 
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Text.h"
 
 namespace zt {
 
@@ -26,31 +21,111 @@ namespace {
 constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
 constexpr long kRedirects = 10;
+/// The first version with all options that are set below (CURLOPT_QUICK_EXIT).
+constexpr unsigned kOldestVersion = 0x075700;
 
-using Url = std::unique_ptr<CURLU, Free<curl_url_cleanup>>;
-using Text = std::unique_ptr<char, Free<curl_free>>;
+}  // namespace
+
+/// The functions of libcurl. The library stays loaded as long as the process runs: connections and
+/// what libcurl itself loads may be in use until then.
+struct CurlHttpTransport::Library {
+  explicit Library(const std::vector<const char*>& names) {
+    for (const char* name : names) {
+      const std::string failure = load(name);
+      if (failure.empty()) {
+        error.clear();
+        return;
+      }
+      appendText(error, error.empty() ? "" : "; ", failure);
+    }
+  }
+
+  decltype(&curl_easy_cleanup) easyCleanup = nullptr;
+  decltype(&curl_easy_getinfo) easyGetinfo = nullptr;
+  decltype(&curl_easy_init) easyInit = nullptr;
+  decltype(&curl_easy_perform) easyPerform = nullptr;
+  decltype(&curl_easy_reset) easyReset = nullptr;
+  decltype(&curl_easy_setopt) easySetopt = nullptr;
+  decltype(&curl_free) free = nullptr;
+  decltype(&curl_global_init) globalInit = nullptr;
+  decltype(&curl_slist_append) slistAppend = nullptr;
+  decltype(&curl_slist_free_all) slistFreeAll = nullptr;
+  decltype(&curl_url) url = nullptr;
+  decltype(&curl_url_cleanup) urlCleanup = nullptr;
+  decltype(&curl_url_get) urlGet = nullptr;
+  decltype(&curl_url_set) urlSet = nullptr;
+  decltype(&curl_version_info) versionInfo = nullptr;
+
+  std::string error;  ///< why the functions cannot be called; empty if they can
+
+ private:
+  /// Empty on success, otherwise what is wrong with the library `name`.
+  std::string load(const char* name) {
+    void* const library = ::dlopen(name, RTLD_LAZY | RTLD_LOCAL);
+    bool isComplete = library != nullptr;
+    const auto find = [&](const char* symbol, auto& function) {
+      if (!isComplete) return;
+      function =
+          reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, symbol));
+      isComplete = function != nullptr;
+    };
+    find("curl_easy_cleanup", easyCleanup);
+    find("curl_easy_getinfo", easyGetinfo);
+    find("curl_easy_init", easyInit);
+    find("curl_easy_perform", easyPerform);
+    find("curl_easy_reset", easyReset);
+    find("curl_easy_setopt", easySetopt);
+    find("curl_free", free);
+    find("curl_global_init", globalInit);
+    find("curl_slist_append", slistAppend);
+    find("curl_slist_free_all", slistFreeAll);
+    find("curl_url", url);
+    find("curl_url_cleanup", urlCleanup);
+    find("curl_url_get", urlGet);
+    find("curl_url_set", urlSet);
+    find("curl_version_info", versionInfo);
+    if (!isComplete) {
+      const char* const reason = ::dlerror();
+      return reason == nullptr ? name : reason;
+    }
+    const curl_version_info_data& version = *versionInfo(CURLVERSION_NOW);
+    if (version.version_num < kOldestVersion) {
+      return std::string(name) + ": version " + version.version + " is too old";
+    }
+    if (globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) return std::string(name) + ": not initialized";
+    return {};
+  }
+};
+
+namespace {
+
+using Curl = CurlHttpTransport::Library;
+using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
+using Text = std::unique_ptr<char, decltype(&curl_free)>;
 
 class HeaderList {
  public:
-  HeaderList() = default;
+  explicit HeaderList(const Curl& curl) : _curl(curl) {}
   HeaderList(const HeaderList&) = delete;
   HeaderList& operator=(const HeaderList&) = delete;
-  ~HeaderList() { curl_slist_free_all(_first); }
+  ~HeaderList() { _curl.slistFreeAll(_first); }
 
   void add(const std::string& line) {
-    curl_slist* first = curl_slist_append(_first, line.c_str());
+    curl_slist* first = _curl.slistAppend(_first, line.c_str());
     if (first == nullptr) throw std::bad_alloc();
     _first = first;
   }
   curl_slist* get() const { return _first; }
 
  private:
+  const Curl& _curl;
   curl_slist* _first = nullptr;
 };
 
 /// The libcurl handle of a thread, with its open connections.
 struct ThreadHandle {
   CURL* handle = nullptr;
+  decltype(&curl_easy_cleanup) cleanup = nullptr;
   pid_t process = 0;
 };
 // Without a destructor, so that a host may still send from its own static destructors.
@@ -58,76 +133,32 @@ constinit thread_local ThreadHandle threadHandle;
 
 struct ThreadHandleCloser {
   ~ThreadHandleCloser() {
-    if (threadHandle.process == getpid()) {
+    if (threadHandle.handle != nullptr && threadHandle.process == getpid()) {
       // libcurl ignores SIGPIPE meanwhile, for the whole process. Two threads that did so at once
       // could leave it ignored.
       static std::mutex mutex;
       const std::lock_guard lock(mutex);
-      curl_easy_cleanup(threadHandle.handle);
+      threadHandle.cleanup(threadHandle.handle);
     }
     threadHandle = {};
   }
 };
 
-/// The pairs of sockets that programs which the host starts would inherit.
-std::vector<int> inheritedPairs() {
-  std::vector<int> found;
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry("/proc/self/fd", error), end;
-       !error && entry != end; entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    int number = -1;
-    std::from_chars(name.data(), name.data() + name.size(), number);
-    int domain = 0;
-    socklen_t size = sizeof(domain);
-    if (getsockopt(number, SOL_SOCKET, SO_DOMAIN, &domain, &size) == 0 && domain == AF_UNIX &&
-        fcntl(number, F_GETFD) == 0) {
-      found.push_back(number);
-    }
-  }
-  std::sort(found.begin(), found.end());
-  return found;
-}
-
-/// A handle makes a pair of sockets with its first transfer, which libcurl leaves open to the
-/// programs that the host starts. This is a transfer to nowhere, so that the pair can be told from
-/// others by being the only new one. Where a thread of the host opens sockets just then, nothing is
-/// changed.
-void closePairInPrograms(CURL* handle) {
-  const std::vector<int> before = inheritedPairs();
-  curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
-  curl_easy_perform(handle);
-  const std::vector<int> after = inheritedPairs();
-  std::vector<int> added;
-  std::set_difference(after.begin(), after.end(), before.begin(), before.end(),
-                      std::back_inserter(added));
-  if (added.size() != 2) return;
-  for (const int number : added) fcntl(number, F_SETFD, FD_CLOEXEC);
-}
-
-CURL* newHandle() {
-  CURL* handle = curl_easy_init();
-  if (handle != nullptr) closePairInPrograms(handle);
-  return handle;
-}
-
-/// The handle of this thread, set back to libcurl's defaults; null when libcurl has none to give.
-CURL* freshHandle() {
-  static const bool kReady = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+/// The handle of this thread, set back to libcurl's defaults; null if libcurl returns none.
+CURL* freshHandle(const Curl& curl) {
   static thread_local const ThreadHandleCloser kCloser;
   static_cast<void>(kCloser);
-  if (!kReady) return nullptr;
 
-  // A child shares its parent's connections. To close them in good order would end the parent's
-  // as well, so the child leaves the handle as it is.
+  // A forked process shares its parent's connections. To close them in good order would end the
+  // parent's as well, so it leaves the parent's handle as it is.
   const pid_t process = getpid();
-  if (threadHandle.process != process) threadHandle = {nullptr, process};
-  if (threadHandle.handle == nullptr) threadHandle.handle = newHandle();
-  if (threadHandle.handle != nullptr) curl_easy_reset(threadHandle.handle);
+  if (threadHandle.process != process) threadHandle = {nullptr, curl.easyCleanup, process};
+  if (threadHandle.handle == nullptr) threadHandle.handle = curl.easyInit();
+  if (threadHandle.handle != nullptr) curl.easyReset(threadHandle.handle);
   return threadHandle.handle;
 }
 
-/// What has arrived of an answer.
+/// The part of a response that has arrived.
 struct Arrival {
   std::string body;
   std::size_t headerBytes = 0;
@@ -165,31 +196,29 @@ curl_socket_t openSocket(void* /*context*/, curlsocktype /*purpose*/, curl_socka
   return moved < 0 ? CURL_SOCKET_BAD : moved;
 }
 
-/// `text` as a URL; null unless it is one of http or https.
-Url httpUrl(std::string_view text) {
-  if (text.find('\0') != std::string_view::npos) return nullptr;
-  Url url(curl_url());
-  if (!url) return nullptr;
+/// `text` as a URL; null unless its scheme is http or https.
+Url httpUrl(const Curl& curl, std::string_view text) {
+  Url none(nullptr, curl.urlCleanup);
+  if (text.find('\0') != std::string_view::npos) return none;
+  Url url(curl.url(), curl.urlCleanup);
+  if (!url) return url;
   // Without flags libcurl does not guess a missing scheme.
-  if (curl_url_set(url.get(), CURLUPART_URL, std::string(text).c_str(), 0) != CURLUE_OK) {
-    return nullptr;
-  }
   char* part = nullptr;
-  if (curl_url_get(url.get(), CURLUPART_SCHEME, &part, 0) != CURLUE_OK) return nullptr;
-  const Text scheme(part);
+  if (curl.urlSet(url.get(), CURLUPART_URL, std::string(text).c_str(), 0) != CURLUE_OK ||
+      curl.urlGet(url.get(), CURLUPART_SCHEME, &part, 0) != CURLUE_OK) {
+    return none;
+  }
+  const Text scheme(part, curl.free);
   const std::string_view name = scheme.get();
-  return name == "http" || name == "https" ? std::move(url) : nullptr;
+  if (name != "http" && name != "https") url.reset();
+  return url;
 }
 
 bool isOneLine(std::string_view text) {
   return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
 }
 
-bool isContentType(const HttpHeader& header) {
-  constexpr std::string_view kName = "Content-Type";
-  return header.name.size() == kName.size() &&
-         curl_strnequal(header.name.data(), kName.data(), kName.size()) != 0;
-}
+bool isContentType(const HttpHeader& header) { return equalsAnyCase(header.name, "content-type"); }
 
 /// Adds the lines for `headers` in libcurl's notation; false when one of them cannot be sent.
 bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
@@ -209,15 +238,16 @@ bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
 
 class Options {
  public:
-  explicit Options(CURL* handle) : _handle(handle) {}
+  Options(const Curl& curl, CURL* handle) : _curl(curl), _handle(handle) {}
 
   template <class T>
   void set(CURLoption option, T value) {
-    if (curl_easy_setopt(_handle, option, value) != CURLE_OK) _accepted = false;
+    if (_curl.easySetopt(_handle, option, value) != CURLE_OK) _accepted = false;
   }
   bool accepted() const { return _accepted; }
 
  private:
+  const Curl& _curl;
   CURL* _handle;
   bool _accepted = true;
 };
@@ -229,15 +259,15 @@ void setLimits(Options& options, std::chrono::milliseconds timeout) {
   options.set(CURLOPT_TIMEOUT_MS, milliseconds);
   options.set(CURLOPT_CONNECTTIMEOUT_MS, milliseconds);
   options.set(CURLOPT_NOSIGNAL, 1L);
-  // A name look-up that hangs is left behind; otherwise libcurl waits for it beyond the time-out.
+  // Abandons a name look-up that hangs; libcurl would wait for it beyond the time-out.
   options.set(CURLOPT_QUICK_EXIT, 1L);
   options.set(CURLOPT_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
   options.set(CURLOPT_FOLLOWLOCATION, 1L);
   options.set(CURLOPT_MAXREDIRS, kRedirects);
   options.set(CURLOPT_OPENSOCKETFUNCTION, openSocket);
-  // Of redirects alone, since the first address is given as a CURLU: no server has the library log
-  // in to another with a name and a password of its choice.
+  // Applies to redirects only, since the first address is passed as a CURLU: no server can make the
+  // library log in to another one with a name and a password of its choice.
   options.set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
 }
 
@@ -253,17 +283,17 @@ void setMethod(Options& options, const HttpRequest& request) {
   options.set(CURLOPT_POSTFIELDS, body.empty() ? "" : body.data());
 }
 
-HttpResponse exchangeOrThrow(const HttpRequest& request) {
+HttpResponse exchangeOrThrow(const Curl& curl, const HttpRequest& request) {
   if (request.method != "GET" && request.method != "POST") return {};
   if (request.timeout <= std::chrono::milliseconds::zero()) return {};
-  const Url url = httpUrl(request.url);
-  HeaderList headers;
+  const Url url = httpUrl(curl, request.url);
+  HeaderList headers(curl);
   if (!url || !addHeaders(headers, request.headers)) return {};
-  CURL* handle = freshHandle();
+  CURL* handle = freshHandle(curl);
   if (handle == nullptr) return {};
 
   Arrival arrival;
-  Options options(handle);
+  Options options(curl, handle);
   setLimits(options, request.timeout);
   setMethod(options, request);
   options.set(CURLOPT_CURLU, url.get());
@@ -274,24 +304,37 @@ HttpResponse exchangeOrThrow(const HttpRequest& request) {
   options.set(CURLOPT_WRITEFUNCTION, takeBody);
   options.set(CURLOPT_WRITEDATA, &arrival);
 
-  const bool whole = options.accepted() && curl_easy_perform(handle) == CURLE_OK;
+  const bool whole = options.accepted() && curl.easyPerform(handle) == CURLE_OK;
   long status = 0;
-  curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status);
-  // Nothing of this exchange stays behind in the handle, which outlives it.
-  curl_easy_reset(handle);
-  // libcurl takes headers that end in their midst for an answer.
+  curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+  // The handle outlives this exchange and must not refer to it.
+  curl.easyReset(handle);
+  // libcurl accepts a response whose headers are cut off.
   if (!whole || !arrival.headersComplete) return {};
   return {static_cast<int>(status), std::move(arrival.body)};
 }
 
 }  // namespace
 
+CurlHttpTransport::CurlHttpTransport(std::vector<const char*> libraries)
+    : _names(std::move(libraries)) {}
+
+CurlHttpTransport::~CurlHttpTransport() = default;
+
 HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
   try {
-    return exchangeOrThrow(request);
+    const Library& curl = library();
+    return curl.error.empty() ? exchangeOrThrow(curl, request) : HttpResponse{};
   } catch (const std::bad_alloc&) {
     return {};
   }
+}
+
+const std::string& CurlHttpTransport::loadError() { return library().error; }
+
+const CurlHttpTransport::Library& CurlHttpTransport::library() {
+  std::call_once(_loading, [this] { _library = std::make_unique<const Library>(_names); });
+  return *_library;
 }
 
 }  // namespace zt

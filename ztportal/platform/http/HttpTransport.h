@@ -13,26 +13,26 @@ struct HttpHeader {
   std::string_view value;
 };
 
-/// One request. Nothing in it is copied; all of it lives until the exchange is over.
+/// Views only; the strings must live until the exchange is over.
 struct HttpRequest {
   std::string_view url;     ///< absolute, http or https
   std::string_view method;  ///< "GET" or "POST"
   std::span<const HttpHeader> headers;
   std::optional<std::string_view> body;
-  std::chrono::milliseconds timeout;  ///< for all of it: name look-up, connection and answer
+  std::chrono::milliseconds timeout;  ///< for all of it: name look-up, connection and response
 };
 
 struct HttpResponse {
-  int status = 0;    ///< 0: no whole answer arrived
+  int status = 0;    ///< 0: no complete response arrived
   std::string body;  ///< the bytes as they came; empty with status 0
 };
 
-/// Asks HTTP servers: one request, one whole answer, on the caller's thread.
+/// An HTTP client: one request, one complete response, on the caller's thread.
 class HttpTransport {
  public:
   virtual ~HttpTransport() = default;
 
-  /// Sends `request` and waits for its answer, redirects followed (to http and https only).
+  /// Sends `request` and waits for the response, following redirects (to http and https only).
   /// Every failure (no such host, refused, timed out, cut off, larger than the limit of the
   /// implementation) gives status 0.
   virtual HttpResponse exchange(const HttpRequest& request) = 0;

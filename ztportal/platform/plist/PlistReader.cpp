@@ -7,8 +7,8 @@
 #include <limits>
 #include <memory>
 
+#include "ztportal/base/Utf8.h"
 #include "ztportal/platform/Free.h"
-#include "ztportal/platform/xml/Utf8.h"
 
 namespace zt {
 

@@ -13,8 +13,8 @@
 #include <system_error>
 #include <utility>
 
+#include "ztportal/base/FileDescriptor.h"
 #include "ztportal/base/ZtException.h"
-#include "ztportal/platform/files/Descriptor.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace zt {
@@ -27,22 +27,22 @@ ZtException notStarted(const std::string& program, int error) {
 }
 
 struct Pipe {
-  Descriptor readEnd;
-  Descriptor writeEnd;
+  FileDescriptor readEnd;
+  FileDescriptor writeEnd;
 };
 
 /// `descriptor`, or a copy of it, at a number that is none of the three standard streams'. A host
 /// may have closed some of those, and the child's are put in place one after the other.
-Descriptor beyondStandardStreams(Descriptor descriptor) {
+FileDescriptor beyondStandardStreams(FileDescriptor descriptor) {
   if (descriptor.number() > STDERR_FILENO) return descriptor;
-  return Descriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  return FileDescriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
 }
 
 Pipe openPipe(const std::string& program) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw notStarted(program, errno);
-  Descriptor readEnd(ends[0]);
-  Descriptor writeEnd(ends[1]);
+  FileDescriptor readEnd(ends[0]);
+  FileDescriptor writeEnd(ends[1]);
   readEnd = beyondStandardStreams(std::move(readEnd));
   writeEnd = beyondStandardStreams(std::move(writeEnd));
   if (!readEnd.isOpen() || !writeEnd.isOpen()) throw notStarted(program, EMFILE);
@@ -57,11 +57,14 @@ class FileActions {
   FileActions& operator=(const FileActions&) = delete;
   ~FileActions() { ::posix_spawn_file_actions_destroy(&_actions); }
 
-  void copy(const Descriptor& from, int to) {
+  void copy(const FileDescriptor& from, int to) {
     check(::posix_spawn_file_actions_adddup2(&_actions, from.number(), to));
   }
   void open(int number, const char* path, int flags) {
     check(::posix_spawn_file_actions_addopen(&_actions, number, path, flags, 0));
+  }
+  void closeFrom(int number) {
+    check(::posix_spawn_file_actions_addclosefrom_np(&_actions, number));
   }
   const posix_spawn_file_actions_t* get() const { return &_actions; }
 
@@ -159,6 +162,7 @@ std::unique_ptr<RunningChild> LinuxChildProcess::start(
   actions.copy(input.readEnd, STDIN_FILENO);
   actions.copy(output.writeEnd, STDOUT_FILENO);
   actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
+  actions.closeFrom(STDERR_FILENO + 1);
   const SignalAttributes attributes;
 
   pid_t process = -1;

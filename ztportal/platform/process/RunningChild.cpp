@@ -10,7 +10,7 @@
 
 namespace zt {
 
-RunningChild::RunningChild(pid_t process, Descriptor input, Descriptor output)
+RunningChild::RunningChild(pid_t process, FileDescriptor input, FileDescriptor output)
     : _process(process), _input(std::move(input)), _output(std::move(output)) {}
 
 RunningChild::~RunningChild() {

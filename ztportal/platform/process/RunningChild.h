@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "ztportal/platform/files/Descriptor.h"
+#include "ztportal/base/FileDescriptor.h"
 
 namespace zt {
 
@@ -12,7 +12,7 @@ namespace zt {
 /// the end of this object, after both were closed. Used by one thread.
 class RunningChild {
  public:
-  RunningChild(pid_t process, Descriptor input, Descriptor output);
+  RunningChild(pid_t process, FileDescriptor input, FileDescriptor output);
   RunningChild(const RunningChild&) = delete;
   RunningChild& operator=(const RunningChild&) = delete;
   ~RunningChild();
@@ -22,8 +22,8 @@ class RunningChild {
 
  private:
   pid_t _process;
-  Descriptor _input;
-  Descriptor _output;
+  FileDescriptor _input;
+  FileDescriptor _output;
 };
 
 }  // namespace zt

@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
+#include "ztportal/base/Utf8.h"
 #include "ztportal/platform/Free.h"
 #include "ztportal/platform/xml/TextEncoding.h"
-#include "ztportal/platform/xml/Utf8.h"
 #include "ztportal/platform/xml/XmlText.h"
 #include "ztportal/platform/xml/XmlTree.h"
 

@@ -12,7 +12,7 @@
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
 #include "tests/support/TemporaryFolder.h"
-#include "ztportal/platform/files/Descriptor.h"
+#include "ztportal/base/FileDescriptor.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 
 // Folders and files below a root where someone may have planted what leads out of it.
@@ -89,7 +89,7 @@ TEST_F(LinuxFilesBelowTest, OnlyRegularFilesAreWrittenTo) {
   ASSERT_EQ(::mkfifo(_root.path("fifo").c_str(), 0600), 0);
   fs::create_directory(_root.path("folder"));
   EXPECT_FALSE(_files.writeBelow(_root.path(), "fifo", "x")) << "and does not wait for a reader";
-  const zt::Descriptor reader(::open(_root.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
+  const zt::FileDescriptor reader(::open(_root.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
   EXPECT_FALSE(_files.writeBelow(_root.path(), "fifo", "x")) << "nor gives it anything";
   EXPECT_FALSE(_files.writeBelow(_root.path(), "folder", "x"));
   EXPECT_TRUE(fs::is_fifo(_root.path("fifo")));

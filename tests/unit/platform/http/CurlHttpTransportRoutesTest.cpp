@@ -67,21 +67,6 @@ TEST_F(CurlHttpTransportRoutes, LeavesItsConnectionOutOfProgramsThatTheHostStart
   EXPECT_EQ(found, 1);
 }
 
-TEST_F(CurlHttpTransportRoutes, LeavesNothingElseForProgramsThatTheHostStarts) {
-  // libcurl once left a pair of sockets of its own open to them.
-  const auto inherited = [] {
-    int count = 0;
-    for (int number = 0; number < 1024; ++number) count += fcntl(number, F_GETFD) == 0 ? 1 : 0;
-    return count;
-  };
-  std::thread([this, &inherited] {
-    RawHttpServer server({ok("")});
-    const int before = inherited();
-    ASSERT_EQ(get(server.url("/")).status, 200);
-    EXPECT_EQ(inherited(), before);
-  }).join();
-}
-
 TEST_F(CurlHttpTransportRoutes, TakesARedirectedAnswerThatIsCutShortForNone) {
   for (const char* bytes : {"", "HTTP/1.1", "HTTP/1.1 200 OK\r\n", "HTTP/1.1 200 OK\r\nX: y"}) {
     RawHttpServer server(

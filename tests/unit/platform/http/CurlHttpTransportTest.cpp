@@ -221,4 +221,30 @@ TEST_F(CurlHttpTransport, DoesNotTakeHeadersWithoutEnd) {
   EXPECT_EQ(get(server.url("/")).status, 0);
 }
 
+TEST_F(CurlHttpTransport, LoadsTheFirstLibraryThatIsThere) {
+  RawHttpServer server({ok("reached")});
+  zt::CurlHttpTransport transport({"libzt-none.so.1", "libcurl.so.4"});
+  EXPECT_EQ(transport.exchange({server.url("/"), "GET", {}, std::nullopt, 20s}).body, "reached");
+  EXPECT_EQ(transport.loadError(), "");
+  EXPECT_EQ(_transport.loadError(), "");
+}
+
+TEST_F(CurlHttpTransport, FailsEveryRequestWithoutLibcurl) {
+  RawHttpServer server({ok("reached")});
+  zt::CurlHttpTransport transport({"libzt-none.so.1", "libzt-none.so.2"});
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_EQ(transport.exchange({server.url("/"), "GET", {}, std::nullopt, 20s}).status, 0);
+  }
+  EXPECT_EQ(server.connections(), 0);
+  EXPECT_EQ(transport.loadError(),
+            "libzt-none.so.1: cannot open shared object file: No such file or directory; "
+            "libzt-none.so.2: cannot open shared object file: No such file or directory");
+}
+
+TEST_F(CurlHttpTransport, RefusesALibraryThatIsNotLibcurl) {
+  zt::CurlHttpTransport transport({"libc.so.6"});
+  EXPECT_EQ(transport.exchange({"http://127.0.0.1:1/", "GET", {}, std::nullopt, 20s}).status, 0);
+  EXPECT_THAT(transport.loadError(), testing::HasSubstr("undefined symbol: curl_easy_cleanup"));
+}
+
 }  // namespace

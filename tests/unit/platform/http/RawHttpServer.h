@@ -78,7 +78,7 @@ class RawHttpServer {
 
   void acceptAll() {
     while (wait(_port.socket(), -1)) {
-      Descriptor connection = _port.accept();
+      FileDescriptor connection = _port.accept();
       if (!connection.isOpen()) continue;
       ++_connections;
       _threads.emplace_back(
