@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 
 namespace zt::test {
 
@@ -89,7 +89,7 @@ class BroadcastReceiver {
  public:
   BroadcastReceiver() {
     const ScopedEnvironment listen(kListenForBroadcasts, "1");
-    _process = std::make_unique<ChildProcess>(
+    _process = std::make_unique<Subprocess>(
         std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe").string()});
     if (_process->readLine(kPatience) != "ready") throw std::runtime_error("no receiver");
   }
@@ -100,7 +100,7 @@ class BroadcastReceiver {
  private:
   static constexpr std::chrono::seconds kPatience{60};
 
-  std::unique_ptr<ChildProcess> _process;
+  std::unique_ptr<Subprocess> _process;
 };
 
 }  // namespace zt::test

@@ -5,7 +5,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Subprocess.h"
 
 namespace zt::test {
 
@@ -22,10 +22,10 @@ class SessionBus {
   }
 
   const std::string& address() const { return _address; }
-  ChildProcess& process() { return _daemon; }
+  Subprocess& process() { return _daemon; }
 
  private:
-  ChildProcess _daemon;
+  Subprocess _daemon;
   std::string _address;
 };
 

@@ -1,12 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/integration/ztinbox/SchemaCheck.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 // Every answer of the API against its description, and every answer that is described.
@@ -67,7 +69,7 @@ class OpenApiTest : public ::testing::Test {
  protected:
   OpenApiTest() {
     auto client = _inbox.newClient();
-    _document = json::parse(client.Get("/api/v1/openapi.json")->body);
+    _document = json::parse(client.get("/api/v1/openapi.json")->body);
     for (const auto& [path, methods] : _document.at("paths").items()) {
       for (const auto& [method, operation] : methods.items()) {
         if (method == "parameters") continue;
@@ -80,7 +82,7 @@ class OpenApiTest : public ::testing::Test {
 
   void post(const std::string& path, const std::string& report) const {
     auto client = _inbox.newClient();
-    ASSERT_TRUE(client.Post(path, report, "text/xml"));
+    ASSERT_TRUE(client.post(path, report, "text/xml"));
   }
 
   void check(const Request& request) {
