@@ -10,27 +10,29 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/package/examples/MarkdownBlocks.h"
-#include "tests/support/Child.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/Markdown.h"
+#include "tests/support/Printing.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/plist/PropertyList.h"
 
-// The blocks of docs/: descriptions are rendered and compared with the texts behind them, commands
-// are run and their output compared.
+// The code blocks in docs/: descriptions are rendered and compared with the texts that follow them,
+// commands are run and their output is compared.
 
 namespace {
 
-using zt::test::blocksOf;
-using zt::test::Child;
 using zt::test::Inbox;
 using zt::test::MarkdownBlock;
+using zt::test::markdownBlocks;
+using zt::test::runProgram;
 using zt::test::TemporaryFolder;
 
-/// The IDs of documents and machines differ each time. Each of a document's examples stands for the
-/// one that came in its place.
+/// Report and machine IDs differ in each run. Translates between the IDs in a document's examples
+/// and those of this run.
 class Identities {
  public:
-  /// `actual` with the IDs of the document, in which `expected` stands.
+  /// `actual` with the IDs of the document, which `expected` is a part of.
   std::string asDocumented(std::string actual, const std::string& expected) {
     const std::vector<std::string> documented = newIn(expected, _actual);
     const std::vector<std::string> found = newIn(actual, _documented);
@@ -40,7 +42,7 @@ class Identities {
     }
     return replaced(std::move(actual), _documented);
   }
-  /// A documented command with the IDs that came.
+  /// A documented command with the IDs of this run.
   std::string asFound(std::string command) const { return replaced(std::move(command), _actual); }
 
  private:
@@ -70,11 +72,11 @@ class Identities {
   Map _documented;
 };
 
-/// Ada, who follows a document from its beginning to its end.
+/// Follows a document from its beginning to its end.
 class Reader {
  public:
   void read(const std::string& document) {
-    for (const MarkdownBlock& block : blocksOf(document)) {
+    for (const MarkdownBlock& block : markdownBlocks(document)) {
       SCOPED_TRACE(document + ":" + std::to_string(block.line));
       if (block.language == "json") {
         ASSERT_FALSE(block.name.empty()) << "a description needs a file name";
@@ -96,15 +98,15 @@ class Reader {
  private:
   /// Standard output and standard error of a command line.
   std::string run(const std::string& command) const {
-    Child shell(
-        "/bin/bash", {"-c", "exec 2>&1; cd; " + command},
-        std::vector<std::string>{
-            "HOME=" + _home.path(), "PATH=" + zt::test::paths::kBuild + "/bin" + ":/usr/bin:/bin",
-            "TZ=Europe/Berlin", "LC_ALL=en_US.UTF-8", "http_proxy=" + _inbox.url(),
-            "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"});
-    std::string output = shell.waitForOutput();
-    shell.wait();
-    return output;
+    return runProgram(
+               "/bin/bash", {"-c", "exec 2>&1; cd; " + command},
+               {.environment =
+                    std::vector<std::string>{
+                        "HOME=" + _home.path(),
+                        "PATH=" + zt::test::paths::kBuild + "/bin" + ":/usr/bin:/bin",
+                        "TZ=Europe/Berlin", "LC_ALL=en_US.UTF-8", "http_proxy=" + _inbox.url(),
+                        "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}})
+        .output;
   }
 
   void compare(const MarkdownBlock& block) {
@@ -157,6 +159,15 @@ TEST(DocumentExamplesTest, OfTheStore) {
   Reader reader;
   reader.read(zt::test::paths::kSource + "/docs/store.md");
   EXPECT_GE(reader.count(), 5) << "the blocks are not found";
+}
+
+TEST(DocumentExamplesTest, OfTheNotification) {
+  const auto blocks = markdownBlocks(zt::test::paths::kSource + "/docs/notification.md");
+  ASSERT_EQ(blocks.size(), 1U);
+  ASSERT_EQ(blocks[0].language, "xml");
+  const auto entries = zt::parsePropertyList(blocks[0].content);
+  ASSERT_TRUE(entries.has_value());
+  EXPECT_EQ(entries->at("ztTestMode"), "1");
 }
 
 }  // namespace

@@ -1,18 +1,28 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
 #include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <memory>
+#include <sstream>
+#include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
+#include "TestPaths.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/ztportal.h"
 
-// Each public header's example as code, line by line, and what it does.
+// The examples in the comments of the public headers, line by line, and what they do. The last test
+// finds each line of the headers in this file.
 
 namespace {
 
@@ -163,6 +173,172 @@ TEST(HeaderExamplesTest, ZtPortalData) {
   bool accepted = document->reportToServer();
   EXPECT_TRUE(accepted);
   EXPECT_EQ(inbox.reports().size(), 1U);
+}
+
+class HeaderPoolExamplesTest : public testing::Test {
+ protected:
+  std::string text() const { return document->getSoapString(); }
+
+  ScopedEnvironment _noBus{"DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus"};
+  std::shared_ptr<ZtPortalData> document = localDocument();
+};
+
+TEST_F(HeaderPoolExamplesTest, Deinstallations) {
+  auto pool = document->addPoolDeinstallation(ZtDate::now());
+  pool->setSuccessfull(0);
+  pool->setEndTime(ZtDate::now());
+  EXPECT_THAT(text(), HasSubstr("Pool=\"DEINSTALLATION\""));
+}
+
+TEST_F(HeaderPoolExamplesTest, Initializations) {
+  auto pool = document->addPoolInitialization(ZtDate::now());
+  pool->setEndResultString("ready");
+  pool->setEndResultCode("0");
+  pool->setEndTime(ZtDate::now());
+  EXPECT_THAT(text(), HasSubstr(">ready<"));
+}
+
+TEST_F(HeaderPoolExamplesTest, Diagnoses) {
+  auto diagnose = document->addPoolDiagnose(ZtDate::now());
+  {
+    auto step = diagnose->addStep(ZtDate::now(), "DNS", ZtPortalDiagnoseManual);
+    step->setCancelledRepair(1);
+  }
+  auto step = diagnose->addStep(ZtDate::now(), "DNS", ZtPortalDiagnoseAutomatic);
+  step->setStepMessageString("no name server");
+  step->setSuccessfullRepair(0);
+  EXPECT_THAT(text(), HasSubstr(">no name server<"));
+}
+
+TEST_F(HeaderPoolExamplesTest, ConnectionManagers) {
+  auto usage = document->addPoolConnectionManager(ZtDate::now());
+  usage->setDeviceIMEI("356938035643809");
+  usage->setMobileConnections(12);
+  EXPECT_THAT(text(), HasSubstr(">356938035643809<"));
+}
+
+TEST_F(HeaderPoolExamplesTest, Computers) {
+  auto computer = document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
+  computer->addFirewallApp("firewalld", "1.3.3")->setIsEnabled(1);
+  auto browser = computer->addBrowser("Firefox ESR", "128.3.0", 1);
+  auto client = computer->addEMailClient("Thunderbird", "128.3.0", 1);
+  {
+    auto app = computer->addAntivirusApp("ClamAV", "1.0.7");
+    app->setAppCompany("Example");
+    app->setIsUpToDate(1);
+  }
+  auto app = computer->addFirewallApp("firewalld", "1.3.3");
+  app->setIsEnabled(1);
+  EXPECT_EQ(computer->browsers()->back(), browser);
+  EXPECT_EQ(computer->emailClients()->back(), client);
+  EXPECT_THAT(text(), HasSubstr(">ClamAV<"));
+}
+
+/// The run of the facade's header; true when it was accepted.
+void reportSetup(bool& done) {
+  auto report = ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_ZT, nullptr);
+  if (!report) return;
+  report->startReport("setup");
+  auto step = report->poolExecution()->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter);
+  step->setStepMessageCode("0");
+  (*report->installDataString())["EDITION"] = "Home";
+  (*report->installDataBOOL())["DESKTOP_ICON"] = "yes";
+  report->stopReport("finish");
+  bool accepted = report->sendReport(true);
+  done = accepted;
+}
+
+TEST_F(HeaderPoolExamplesTest, ZtReport) {
+  zt::test::Inbox inbox;
+  const ScopedEnvironment proxy("http_proxy", inbox.url().c_str());
+  bool accepted = false;
+  reportSetup(accepted);
+  EXPECT_TRUE(accepted);
+  ASSERT_EQ(inbox.reports().size(), 1U);
+  EXPECT_THAT(inbox.raw(1), HasSubstr(">DESKTOP_ICON<"));
+}
+
+TEST_F(HeaderPoolExamplesTest, ZtApplicationIds) {
+  const ScopedEnvironment proxy("http_proxy", "http://127.0.0.1:1");
+  auto report =
+      ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_NORVANTEL, REP_APPID_NORVANTEL_REPAIRTOOL);
+  EXPECT_EQ(report->appId(), REP_APPID_NORVANTEL_REPAIRTOOL);
+}
+
+std::string contentOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  if (content.empty()) throw std::runtime_error("cannot read " + path);
+  return content;
+}
+
+std::vector<std::string> linesOf(const std::string& text) {
+  std::istringstream stream(text);
+  std::vector<std::string> lines;
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+/// `line` without a comment at its end; "//" in a literal begins none.
+std::string_view withoutComment(std::string_view line) {
+  bool isInText = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '"' && (i == 0 || line[i - 1] != '\\')) isInText = !isInText;
+    if (!isInText && line.substr(i).starts_with("//")) return line.substr(0, i);
+  }
+  return line;
+}
+
+/// Lines are broken and indented differently in a comment and here.
+std::string withoutBlanks(std::string_view text) {
+  std::string dense;
+  std::ranges::copy_if(text, std::back_inserter(dense),
+                       [](unsigned char byte) { return std::isspace(byte) == 0; });
+  return dense;
+}
+
+/// The code of the examples in `header`, line by line: comment lines that are indented by four.
+std::vector<std::string> exampleLines(const std::string& header) {
+  constexpr std::string_view kExample = "///     ";
+  std::vector<std::string> lines;
+  for (const std::string& line : linesOf(contentOf(header))) {
+    const std::size_t begin = line.find_first_not_of(' ');
+    if (begin == line.npos || line.compare(begin, kExample.size(), kExample) != 0) continue;
+    std::string code =
+        withoutBlanks(withoutComment(std::string_view(line).substr(begin + kExample.size())));
+    if (!code.empty()) lines.push_back(code);
+  }
+  return lines;
+}
+
+std::vector<std::string> publicHeaders() {
+  std::vector<std::string> headers;
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(zt::test::paths::kPublicHeaders)) {
+    if (entry.is_regular_file()) headers.push_back(entry.path().string());
+  }
+  return headers;
+}
+
+std::string codeThatRuns() {
+  std::string code;
+  const std::string path = zt::test::paths::kSource + "/tests/package/HeaderExamplesTest.cpp";
+  for (const std::string& line : linesOf(contentOf(path))) {
+    code += withoutBlanks(withoutComment(line));
+  }
+  return code;
+}
+
+TEST(HeaderExamplesTest, RunEachLineOfTheHeaders) {
+  const std::string code = codeThatRuns();
+  std::size_t count = 0;
+  for (const std::string& header : publicHeaders()) {
+    for (const std::string& line : exampleLines(header)) {
+      EXPECT_NE(code.find(line), code.npos) << header << ": " << line;
+      ++count;
+    }
+  }
+  EXPECT_GT(count, 40U) << "the examples are not found";
 }
 
 }  // namespace

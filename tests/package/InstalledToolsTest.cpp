@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/support/Child.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 // The programs installed in the folder that the environment variable ZT_PROGRAMS names. The
@@ -21,7 +21,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using zt::test::Child;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 const std::string kDescription = zt::test::paths::kSource + "/examples/reports/installation.json";
@@ -34,18 +34,19 @@ std::string program(const std::string& name) {
 
 class InstalledToolsTest : public testing::Test {
  protected:
-  Child start(const std::string& program, std::vector<std::string> arguments) const {
+  Subprocess start(const std::string& program, std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), program);
     std::vector<std::string> environment{"XDG_DATA_HOME=" + _data.path(), "PATH=/usr/bin:/bin",
                                          "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"};
     if (const char* libraries = std::getenv("ZT_LIBRARIES")) {
       environment.push_back(std::string("LD_LIBRARY_PATH=") + libraries);
     }
-    return Child(program, std::move(arguments), std::move(environment));
+    return Subprocess(std::move(arguments), {.environment = std::move(environment)});
   }
 
   /// What an installed program writes; it has to succeed.
   std::string output(const std::string& program, std::vector<std::string> arguments) const {
-    Child child = start(program, std::move(arguments));
+    Subprocess child = start(program, std::move(arguments));
     std::string text = child.waitForOutput();
     EXPECT_EQ(child.waitForErrors(), "");
     EXPECT_EQ(child.wait(), 0);
@@ -78,7 +79,7 @@ TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
-  Child inbox = start(program("ztinbox"), {"--listen", "127.0.0.1:0"});
+  Subprocess inbox = start(program("ztinbox"), {"--listen", "127.0.0.1:0"});
   const std::string greeting = inbox.waitForLines(1);
   ASSERT_THAT(greeting, StartsWith("ztinbox: listening on http://127.0.0.1:"));
   const std::size_t begin = greeting.find("http");
