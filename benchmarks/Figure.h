@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -9,13 +12,13 @@ namespace zt::bench {
 struct Figure {
   std::string name;
   std::string ours;
-  std::string peer;   // what it is measured beside, and that one's measure
-  std::string limit;  // what is to be reached
+  std::string peer;  ///< its name and measure
+  std::string limit;
   std::string ratio;
-  bool holds = false;
+  bool passes = false;
 };
 
-/// A measure in words: 14.3, "ns".
+/// A measure with its unit, such as "14.3 ns".
 std::string measure(double value, const std::string& unit);
 
 /// What a figure is measured beside.
@@ -33,16 +36,30 @@ Figure timesFaster(double limit, const std::string& name, double ours, const Pee
 /// At least `limit` times the peer's rate.
 Figure atLeastTimes(double limit, const std::string& name, double ours, const Peer& peer,
                     const std::string& unit);
-/// At most `limit` by itself.
+/// At most `limit`, without a peer.
 Figure atMost(double limit, const std::string& name, double ours, const std::string& unit);
 
-/// The table as Markdown, its columns aligned.
-std::string table(const std::vector<Figure>& figures);
+using Work = std::function<void()>;
 
-// What is measured, each in a file of its own. Each raises std::runtime_error when it cannot be
-// measured, for example since a peer's text is another one.
+double secondsOf(const Work& work);
+
+/// The seconds that each of `works` takes at best. They take turns, so that other programs on the
+/// machine disturb all of them, and the least of many rounds is what each takes undisturbed.
+///
+///     const auto best = fastest(100, {ours, theirs});    // best[0] / best[1]
+std::vector<double> fastest(std::size_t rounds, const std::vector<Work>& works);
+
+/// The memory that this thread got from `new` so far.
+struct Allocations {
+  std::uint64_t count;
+  std::int64_t bytesInUse;  ///< as requested, without the allocator's overhead
+};
+Allocations allocations();
+
+// The groups of figures. Each throws std::runtime_error when it cannot be measured, for example
+// when a peer writes another text.
 std::vector<Figure> fieldFigures();
-std::vector<Figure> timeStampFigures();
+std::vector<Figure> timestampFigures();
 std::vector<Figure> requestFigures();
 std::vector<Figure> millionFieldsFigures();
 std::vector<Figure> deliveryFigures();

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "benchmarks/figures/Figure.h"
-#include "tests/integration/ztinbox/RawClient.h"
-#include "tests/support/ChildProcess.h"
+#include "benchmarks/Figure.h"
+#include "tests/support/LoopbackClient.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 // Reports of 20 kB from 8 connections, kept in the inbox's database, beside the same server
@@ -23,7 +23,7 @@ namespace {
 constexpr int kRounds = 3;
 constexpr std::chrono::seconds kPatience{60};
 
-/// The number behind `before` in `text`.
+/// The number after `before` in `text`.
 double numberBehind(std::string_view text, std::string_view before) {
   const std::size_t at = text.find(before);
   if (at == std::string_view::npos) throw std::runtime_error("no number: " + std::string(text));
@@ -33,34 +33,33 @@ double numberBehind(std::string_view text, std::string_view before) {
 class Server {
  public:
   explicit Server(const std::string& program)
-      : _child({program, "--listen", "127.0.0.1:0", "--data", _folder.path(), "--max", "1000000"}) {
-    const std::string line = _child.readLine(kPatience).value_or(program + " does not start");
+      : _process(
+            {program, "--listen", "127.0.0.1:0", "--data", _folder.path(), "--max", "1000000"}) {
+    const std::string line = _process.readLine(kPatience).value_or(program + " does not start");
     _port = static_cast<int>(numberBehind(line, "127.0.0.1:"));
   }
 
-  /// Reports a second that the server took from 8 connections for two seconds.
+  /// The rate at which the server takes reports from 8 connections, measured for two seconds.
   double rate() {
-    test::ChildProcess load({ZT_INBOX_LOAD, std::to_string(_port), "8", "2", "20000"});
+    test::Subprocess load({ZT_INBOX_LOAD, std::to_string(_port), "8", "2", "20000"});
     const std::string line = load.readLine(kPatience).value_or("");
     _answered += static_cast<std::uint64_t>(numberBehind(line, ""));
     return numberBehind(line, " s: ");
   }
 
-  /// What it does of itself, such as bringing its index up to date, waits until goOn().
-  void pause() const { ::kill(_child.pid(), SIGSTOP); }
-  void goOn() const { ::kill(_child.pid(), SIGCONT); }
+  /// Stops the server, including background work such as its index, until goOn().
+  void pause() const { _process.signal(SIGSTOP); }
+  void goOn() const { _process.signal(SIGCONT); }
 
   /// Whether each answered report is kept.
   bool hasKeptAll() const {
-    test::RawClient client(_port);
-    client.send("GET /api/v1/stats HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(_port) +
-                "\r\nConnection: close\r\n\r\n");
-    return numberBehind(client.receiveAll(), "\"reports\":") == static_cast<double>(_answered);
+    const auto stats = test::HttpClient(_port).get("/api/v1/stats");
+    return stats && numberBehind(stats->body, "\"reports\":") == static_cast<double>(_answered);
   }
 
  private:
   test::TemporaryFolder _folder;
-  test::ChildProcess _child;
+  test::Subprocess _process;
   int _port = 0;
   std::uint64_t _answered = 0;
 };

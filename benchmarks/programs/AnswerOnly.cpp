@@ -1,12 +1,12 @@
 #include "tools/ztinbox/soap/Intake.h"
 
-// An inbox that answers and keeps nothing, as the peer of the one that keeps: linked with this
-// before the inbox's own intake.
+// Makes an inbox that responds and keeps nothing, as the peer of the one that keeps: the linker
+// takes this definition in place of the inbox's own.
 
 namespace zt::inbox {
 
 Reaction Intake::receive(const Incoming& /*incoming*/) {
-  static_cast<void>(_store);  // which is what is left out
+  static_cast<void>(_store);  // unused here
   const std::lock_guard lock(_order);
   return _behaviour.next();
 }

@@ -1,6 +1,6 @@
 #include <unistd.h>
 
-// A program that does nothing; with an argument it stays until it is killed, to be looked at.
+// A program that does nothing; with an argument it waits until it is killed, to be measured.
 
 int main(int count, char** /*words*/) {
   if (count == 2 && ::write(STDOUT_FILENO, "\n", 1) == 1) ::pause();

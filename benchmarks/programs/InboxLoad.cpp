@@ -7,14 +7,14 @@
 #include <thread>
 #include <vector>
 
-#include "tests/integration/ztinbox/RawClient.h"
+#include "tests/support/LoopbackClient.h"
 
-// How many reports a second a running inbox takes from several clients at once:
+// Measures how many reports a second a running inbox takes from several clients at once:
 //
 //     zt_inbox_load PORT CONNECTIONS SECONDS BYTES
 //
-// Each client waits for the answer to its report before it posts the next one, as hosts do. Every
-// report has an ID of its own, and words of its own in its values.
+// Each client waits for the response to its report before it posts the next one, as hosts do. Every
+// report has its own ID and its own words in its values.
 
 namespace {
 
