@@ -44,20 +44,20 @@ class InstalledToolsTest : public testing::Test {
     return Subprocess(std::move(arguments), {.environment = std::move(environment)});
   }
 
-  /// What an installed program writes; it has to succeed.
+  /// The output of an installed program, which has to succeed.
   std::string output(const std::string& program, std::vector<std::string> arguments) const {
-    Subprocess child = start(program, std::move(arguments));
-    std::string text = child.waitForOutput();
-    EXPECT_EQ(child.waitForErrors(), "");
-    EXPECT_EQ(child.wait(), 0);
+    Subprocess process = start(program, std::move(arguments));
+    std::string text = process.waitForOutput();
+    EXPECT_EQ(process.waitForErrors(), "");
+    EXPECT_EQ(process.wait(), 0);
     return text;
   }
 
-  /// The text without what differs from run to run: the report's ID and moments.
-  static std::string withoutIdAndMoments(const std::string& text) {
+  /// The text without the report ID and timestamps, which differ between runs.
+  static std::string withoutIdAndTimestamps(const std::string& text) {
     static const std::regex reportId("(<ReportID[^>]*>)[^<]*");
-    static const std::regex moment(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
-    return std::regex_replace(std::regex_replace(text, reportId, "$1"), moment, "");
+    static const std::regex timestamp(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
+    return std::regex_replace(std::regex_replace(text, reportId, "$1"), timestamp, "");
   }
 
   TemporaryFolder _data;
@@ -74,8 +74,8 @@ TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
   const std::vector<std::string> render{"render", kDescription};
   const std::string rendered = output(program("ztreport"), render);
   EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
-  EXPECT_EQ(withoutIdAndMoments(rendered),
-            withoutIdAndMoments(output(zt::test::paths::kReportProgram, render)));
+  EXPECT_EQ(withoutIdAndTimestamps(rendered),
+            withoutIdAndTimestamps(output(zt::test::paths::kReportProgram, render)));
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {

@@ -9,7 +9,7 @@
 
 namespace zt::test {
 
-/// A session bus of the test's own, ended with its scope.
+/// A private session bus, ended with its scope.
 ///
 ///     SessionBus bus;
 ///     ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str());
