@@ -1,7 +1,6 @@
 # Builds the project in SOURCE in the folder BINARY, against the installation in PREFIX or, when the
-# OPTIONS say so, the library's sources. With EXPECTED, its program `consumer` has to print what
-# stands in that file; with REFUSED, the project must not get so far: its configuration fails with a
-# message that matches.
+# OPTIONS say so, the library's sources. With EXPECTED, its program `consumer` has to print the content
+# of that file; with REFUSED, its configuration has to fail with a message that matches.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -23,7 +22,7 @@ endif()
 
 run(${configure})
 if(EXPECTED)
-  # Of the library's own sources nothing that the program does not need.
+  # Only the parts of the library's sources that the program needs.
   set(target --target consumer)
 endif()
 run("${CMAKE_COMMAND}" --build "${BINARY}" ${target})

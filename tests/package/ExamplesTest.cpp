@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/support/Child.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 // The programs of examples/, built against the installed library, on a machine whose only way out
@@ -21,32 +21,27 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using zt::test::Child;
 using zt::test::Inbox;
+using zt::test::ProgramResult;
+using zt::test::runProgram;
 using zt::test::TemporaryFolder;
 
-struct Ended {
-  int status;
-  std::string output;
-  std::string errors;
-};
+using Pools = std::vector<std::string>;
 
 class ExamplesTest : public testing::Test {
  protected:
-  Ended run(const std::string& example, std::vector<std::string> arguments = {}) {
-    Child program(zt::test::paths::kExamples + "." + example + "/" + example, std::move(arguments),
-                  std::vector<std::string>{"XDG_DATA_HOME=" + _data.path(),
-                                           "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
-                                           "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"});
-    std::string output = program.waitForOutput();
-    std::string errors = program.waitForErrors();
-    return {program.wait(), std::move(output), std::move(errors)};
+  ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
+    return runProgram(
+        zt::test::paths::kExamples + "." + example + "/" + example, arguments,
+        {.environment = std::vector<std::string>{
+             "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
+             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   }
 
   /// Pool types of every report that the inbox has, oldest first.
-  std::vector<nlohmann::json> receivedPools() {
-    std::vector<nlohmann::json> pools;
-    for (const auto& report : _inbox.reports()) pools.push_back(report.at("pools"));
+  std::vector<Pools> receivedPools() {
+    std::vector<Pools> pools;
+    for (const auto& report : _inbox.reports()) pools.push_back(report.pools);
     std::ranges::reverse(pools);
     return pools;
   }
@@ -63,25 +58,25 @@ class ExamplesTest : public testing::Test {
 };
 
 TEST_F(ExamplesTest, InstallerSendsItsRun) {
-  const Ended installer = run("installer");
+  const ProgramResult installer = run("installer");
   EXPECT_EQ(installer.output,
             "The server accepted the report.\n"
             "Saved reports of earlier runs: 0 sent, 0 left.\n");
   EXPECT_EQ(installer.status, 0);
-  EXPECT_THAT(receivedPools(), ElementsAre(nlohmann::json({"COMPUTER_SYSTEM", "EXECUTION"})));
+  EXPECT_THAT(receivedPools(), ElementsAre(Pools{"COMPUTER_SYSTEM", "EXECUTION"}));
   const auto report = _inbox.reports().at(0);
-  EXPECT_EQ(report.at("customerId"), "Kelvane");
-  EXPECT_EQ(report.at("applicationVersion"), "2.1.77");
-  const std::string request = _inbox.raw(report.at("number"));
+  EXPECT_EQ(report.customerId, "Kelvane");
+  EXPECT_EQ(report.applicationVersion, "2.1.77");
+  const std::string request = _inbox.raw(report.number);
   EXPECT_THAT(request, HasSubstr(">42 files<"));
   EXPECT_THAT(request, HasSubstr(">DESKTOP_ICON<"));
 }
 
 TEST_F(ExamplesTest, InstallerReportsToTheCustomerThatItIsToldAbout) {
   EXPECT_EQ(run("installer", {"Norvantel"}).status, 0);
-  EXPECT_EQ(_inbox.reports().at(0).at("customerId"), "Norvantel");
+  EXPECT_EQ(_inbox.reports().at(0).customerId, "Norvantel");
 
-  const Ended unknown = run("installer", {"norvantel"});
+  const ProgramResult unknown = run("installer", {"norvantel"});
   EXPECT_EQ(unknown.errors, "installer: there is no customer \"norvantel\"\n");
   EXPECT_EQ(unknown.status, 2);
   EXPECT_EQ(_inbox.reports().size(), 1U);
@@ -89,7 +84,7 @@ TEST_F(ExamplesTest, InstallerReportsToTheCustomerThatItIsToldAbout) {
 
 TEST_F(ExamplesTest, InstallerSavesWhatIsRefusedAndSendsItTheNextTime) {
   _inbox.behave(R"({"answer": "refuse"})");
-  const Ended refused = run("installer");
+  const ProgramResult refused = run("installer");
   EXPECT_THAT(refused.output,
               MatchesRegex("The server did not accept the report. It is saved as\n"
                            "  .*/Kelvane/Example Installer/reports/\\{.*\\}.ztr\n"));
@@ -97,7 +92,7 @@ TEST_F(ExamplesTest, InstallerSavesWhatIsRefusedAndSendsItTheNextTime) {
   EXPECT_EQ(savedReports("Example Installer"), 1U);
 
   _inbox.behave(R"({"answer": "accept"})");
-  const Ended accepted = run("installer");
+  const ProgramResult accepted = run("installer");
   EXPECT_EQ(accepted.output,
             "The server accepted the report.\n"
             "Saved reports of earlier runs: 1 sent, 0 left.\n");
@@ -106,36 +101,35 @@ TEST_F(ExamplesTest, InstallerSavesWhatIsRefusedAndSendsItTheNextTime) {
 }
 
 TEST_F(ExamplesTest, DiagnoseSendsWhatItFound) {
-  const Ended diagnose = run("diagnose");
+  const ProgramResult diagnose = run("diagnose");
   EXPECT_THAT(diagnose.output, HasSubstr(" Route: "));
   EXPECT_THAT(diagnose.output, HasSubstr(" Disk: "));
   EXPECT_THAT(diagnose.output, HasSubstr("ok      Report folder: reports are saved in " +
                                          _data.path("Kelvane/Example Diagnose/reports\n")));
   EXPECT_THAT(diagnose.output, HasSubstr("\nThe server accepted the report.\n"));
   EXPECT_EQ(diagnose.status, 0);
-  EXPECT_THAT(receivedPools(), ElementsAre(nlohmann::json({"DIAGNOSE"})));
-  const std::string request = _inbox.raw(_inbox.reports().at(0).at("number"));
+  EXPECT_THAT(receivedPools(), ElementsAre(Pools{"DIAGNOSE"}));
+  const std::string request = _inbox.raw(_inbox.reports().at(0).number);
   EXPECT_THAT(request, HasSubstr(">AUTOMATIC<"));
 }
 
 TEST_F(ExamplesTest, DiagnoseSavesWhatIsRefused) {
   _inbox.behave(R"({"answer": "refuse"})");
-  const Ended diagnose = run("diagnose");
+  const ProgramResult diagnose = run("diagnose");
   EXPECT_THAT(diagnose.output, HasSubstr("\nThe server did not accept the report; it is saved.\n"));
   EXPECT_EQ(diagnose.status, 1);
   EXPECT_EQ(savedReports("Example Diagnose"), 1U);
 }
 
 TEST_F(ExamplesTest, ConnectionManagerCountsEachPeriodFromZero) {
-  const Ended manager = run("connection-manager");
+  const ProgramResult manager = run("connection-manager");
   EXPECT_EQ(manager.output,
             "Connections: 2, messages: 1. The server accepted the report.\n"
             "Connections: 1, messages: 0. The server accepted the report.\n");
   EXPECT_EQ(manager.status, 0);
-  EXPECT_THAT(receivedPools(), ElementsAre(nlohmann::json({"CONNECTIONMANAGER"}),
-                                           nlohmann::json({"CONNECTIONMANAGER"})));
+  EXPECT_THAT(receivedPools(), ElementsAre(Pools{"CONNECTIONMANAGER"}, Pools{"CONNECTIONMANAGER"}));
   for (const auto& report : _inbox.reports()) {
-    EXPECT_THAT(_inbox.raw(report.at("number")), HasSubstr(">356938035643809<"))
+    EXPECT_THAT(_inbox.raw(report.number), HasSubstr(">356938035643809<"))
         << "the device stays the same";
   }
 }

@@ -1,12 +1,12 @@
-# Installs the build in BUILD into PREFIX, component by component, where no test finds it by chance:
-# it is installed elsewhere and moved, and nothing in it may know where it was built or installed.
+# Installs the build in BUILD component by component, and moves the installation to PREFIX. No file in
+# it may contain the path where it was built or installed.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
 set(first "${PREFIX}.first")
 file(REMOVE_RECURSE "${PREFIX}" "${first}")
 
-# What each component brings, told by the folder and the beginning of a file's name.
+# Every file of a component matches a pattern.
 function(expect_component component pattern)
   run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${first}/${component}" --component ${component})
   file(GLOB_RECURSE files RELATIVE "${first}/${component}" "${first}/${component}/*")
@@ -16,7 +16,7 @@ function(expect_component component pattern)
   set(strangers ${files})
   list(FILTER strangers EXCLUDE REGEX "${pattern}")
   if(strangers)
-    message(FATAL_ERROR "the component ${component} has ${strangers}")
+    message(FATAL_ERROR "the component ${component} has the unexpected files ${strangers}")
   endif()
 endfunction()
 expect_component(

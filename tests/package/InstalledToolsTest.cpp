@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/support/Child.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 // The programs installed in the folder that the environment variable ZT_PROGRAMS names. The
@@ -21,7 +21,7 @@ namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using zt::test::Child;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 const std::string kDescription = zt::test::paths::kSource + "/examples/reports/installation.json";
@@ -34,29 +34,30 @@ std::string program(const std::string& name) {
 
 class InstalledToolsTest : public testing::Test {
  protected:
-  Child start(const std::string& program, std::vector<std::string> arguments) const {
+  Subprocess start(const std::string& program, std::vector<std::string> arguments) const {
+    arguments.insert(arguments.begin(), program);
     std::vector<std::string> environment{"XDG_DATA_HOME=" + _data.path(), "PATH=/usr/bin:/bin",
                                          "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"};
     if (const char* libraries = std::getenv("ZT_LIBRARIES")) {
       environment.push_back(std::string("LD_LIBRARY_PATH=") + libraries);
     }
-    return Child(program, std::move(arguments), std::move(environment));
+    return Subprocess(std::move(arguments), {.environment = std::move(environment)});
   }
 
-  /// What an installed program writes; it has to succeed.
+  /// The output of an installed program, which has to succeed.
   std::string output(const std::string& program, std::vector<std::string> arguments) const {
-    Child child = start(program, std::move(arguments));
-    std::string text = child.waitForOutput();
-    EXPECT_EQ(child.waitForErrors(), "");
-    EXPECT_EQ(child.wait(), 0);
+    Subprocess process = start(program, std::move(arguments));
+    std::string text = process.waitForOutput();
+    EXPECT_EQ(process.waitForErrors(), "");
+    EXPECT_EQ(process.wait(), 0);
     return text;
   }
 
-  /// The text without what differs from run to run: the report's ID and moments.
-  static std::string withoutIdAndMoments(const std::string& text) {
+  /// The text without the report ID and timestamps, which differ between runs.
+  static std::string withoutIdAndTimestamps(const std::string& text) {
     static const std::regex reportId("(<ReportID[^>]*>)[^<]*");
-    static const std::regex moment(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
-    return std::regex_replace(std::regex_replace(text, reportId, "$1"), moment, "");
+    static const std::regex timestamp(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
+    return std::regex_replace(std::regex_replace(text, reportId, "$1"), timestamp, "");
   }
 
   TemporaryFolder _data;
@@ -73,12 +74,12 @@ TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
   const std::vector<std::string> render{"render", kDescription};
   const std::string rendered = output(program("ztreport"), render);
   EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
-  EXPECT_EQ(withoutIdAndMoments(rendered),
-            withoutIdAndMoments(output(zt::test::paths::kReportProgram, render)));
+  EXPECT_EQ(withoutIdAndTimestamps(rendered),
+            withoutIdAndTimestamps(output(zt::test::paths::kReportProgram, render)));
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
-  Child inbox = start(program("ztinbox"), {"--listen", "127.0.0.1:0"});
+  Subprocess inbox = start(program("ztinbox"), {"--listen", "127.0.0.1:0"});
   const std::string greeting = inbox.waitForLines(1);
   ASSERT_THAT(greeting, StartsWith("ztinbox: listening on http://127.0.0.1:"));
   const std::size_t begin = greeting.find("http");

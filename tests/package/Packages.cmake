@@ -17,7 +17,7 @@ foreach(package IN LISTS packages)
   run(dpkg-deb -x "${package}" "${ROOT}")
 endforeach()
 
-# In the system's own folders nothing has to say where the library is.
+# The loader finds the library in the system's own folders.
 file(GLOB programs "${ROOT}/usr/bin/*")
 foreach(program IN LISTS programs)
   run(readelf --dynamic "${program}")

@@ -1,6 +1,6 @@
-# Compiles and links the program SOURCE by what pkg-config says of the installation in PREFIX, whose
-# files for it are in the folder FILES; with STATIC, linked with the static library. It has to print
-# what stands in EXPECTED.
+# Compiles and links the program SOURCE with the flags that pkg-config prints for the installation whose
+# files are in the folder FILES; with STATIC, linked with the static library. It has to print the
+# content of EXPECTED.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -15,10 +15,10 @@ expect_equal("the version" "${output}" "${VERSION}\n")
 run(pkg-config ${static} --cflags --libs ztportal)
 separate_arguments(flags UNIX_COMMAND "${output}")
 if(STATIC)
-  # The linker takes the shared one of two libraries of a name, unless it is told which file.
+  # The linker prefers the shared library unless the file is named.
   list(TRANSFORM flags REPLACE "^-lztportal$" "-l:libztportal.a")
 else()
-  # A host is not linked with what the library needs.
+  # A host is not linked with the libraries that the library needs.
   run(pkg-config --libs-only-l ztportal)
   string(STRIP "${output}" output)
   expect_equal("the linked libraries" "${output}" "-lztportal")

@@ -15,19 +15,19 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 
 namespace zt::test {
 
 inline constexpr const char* kListenForBroadcasts = "ZT_TEST_LISTEN_FOR_BROADCASTS";
 
-/// A text with its length before it, so that no two lists of texts look the same.
+/// A string with its length before it, so that different lists of strings look different.
 inline std::string countedText(const std::string& text) {
   return std::to_string(text.size()) + ":" + text + ",";
 }
 
-/// The end of a line is the end of a broadcast, so those within are written "\\n".
+/// Each broadcast is one line, so line ends within it are written as "\\n".
 inline std::string onOneLine(const std::string& text) {
   std::string line;
   for (const char byte : text) {
@@ -40,7 +40,7 @@ inline std::string onOneLine(const std::string& text) {
   return line;
 }
 
-/// What `BroadcastReceiver` tells of a broadcast of the library.
+/// A broadcast as `BroadcastReceiver` returns it.
 inline std::string broadcastLine(const std::string& name, const std::string& object,
                                  const std::map<std::string, std::string>& userInfo) {
   std::string line = countedText("/com/kelvane/ZtPortal") + countedText("com.kelvane.ZtPortal") +
@@ -49,7 +49,7 @@ inline std::string broadcastLine(const std::string& name, const std::string& obj
   return onOneLine(line);
 }
 
-inline int tellSignal(sd_bus_message* message, void*, sd_bus_error*) {
+inline int printSignal(sd_bus_message* message, void*, sd_bus_error*) {
   const char* object = nullptr;
   std::string line = countedText(sd_bus_message_get_path(message)) +
                      countedText(sd_bus_message_get_interface(message)) +
@@ -68,15 +68,15 @@ inline int tellSignal(sd_bus_message* message, void*, sd_bus_error*) {
   return 0;
 }
 
-/// A test program started with the variable set is a receiver of broadcasts and nothing else: it
-/// says "ready" and then each signal as one line, until it is killed.
+/// A test program started with the variable set only receives broadcasts: it prints "ready" and
+/// then each signal as one line, until it is killed.
 inline const bool kIsListening = [] {
   if (std::getenv(kListenForBroadcasts) == nullptr) return false;
   sd_bus* bus = nullptr;
   const bool isListening =
       sd_bus_open_user(&bus) >= 0 &&
       sd_bus_match_signal(bus, nullptr, nullptr, nullptr, "com.kelvane.ZtPortal", nullptr,
-                          tellSignal, nullptr) >= 0;
+                          printSignal, nullptr) >= 0;
   std::puts(isListening ? "ready" : "cannot listen");
   std::fflush(stdout);
   while (sd_bus_process(bus, nullptr) >= 0) sd_bus_wait(bus, UINT64_MAX);
@@ -89,18 +89,18 @@ class BroadcastReceiver {
  public:
   BroadcastReceiver() {
     const ScopedEnvironment listen(kListenForBroadcasts, "1");
-    _process = std::make_unique<ChildProcess>(
+    _process = std::make_unique<Subprocess>(
         std::vector<std::string>{std::filesystem::read_symlink("/proc/self/exe").string()});
     if (_process->readLine(kPatience) != "ready") throw std::runtime_error("no receiver");
   }
 
-  /// The next broadcast as a `broadcastLine`, once it is there.
+  /// Waits for the next broadcast; as a `broadcastLine`.
   std::optional<std::string> next() { return _process->readLine(kPatience); }
 
  private:
   static constexpr std::chrono::seconds kPatience{60};
 
-  std::unique_ptr<ChildProcess> _process;
+  std::unique_ptr<Subprocess> _process;
 };
 
 }  // namespace zt::test

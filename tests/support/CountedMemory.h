@@ -2,9 +2,9 @@
 
 namespace zt::test {
 
-// The global operator new and delete of ztportal_unit_test keep these two counts for each thread.
+// The global operators new and delete of ztportal_unit_test keep these two counts for each thread.
 
-/// Allocations that still succeed; negative: all of them.
+/// How many more allocations succeed; negative: all of them.
 extern thread_local long allocationsLeft;
 /// Allocations made and not freed yet.
 extern thread_local long allocationsHeld;

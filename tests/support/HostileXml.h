@@ -12,8 +12,8 @@ inline std::string repeated(std::string_view text, int times) {
   return result;
 }
 
-/// A document type declaration of ten entities, each made of ten of the one before: the last one,
-/// "&e9;", stands for a thousand million texts.
+/// A document type declaration of ten entities, each of which expands to ten of the previous one:
+/// the last one, "&e9;", expands to 10^9 strings.
 inline std::string growingEntities(std::string_view root) {
   std::string text = "<!DOCTYPE " + std::string(root) + " [<!ENTITY e0 'http://report.test/'>";
   for (int i = 1; i < 10; ++i) {

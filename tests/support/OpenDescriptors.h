@@ -6,7 +6,7 @@
 
 namespace zt::test {
 
-/// How many descriptors this process has open, the one that counts them included.
+/// How many file descriptors this process has open, including the one that this function opens.
 inline std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
                        std::filesystem::directory_iterator());

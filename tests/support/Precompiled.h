@@ -1,4 +1,4 @@
-// What nearly every test includes, compiled once a test program.
+// The headers that nearly every test includes, compiled once for each test program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

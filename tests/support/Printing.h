@@ -5,8 +5,8 @@
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
 
-// How GoogleTest shows the library's values. Found by argument-dependent look-up, so they stand in
-// the values' own namespace.
+// How GoogleTest prints the library's values. It finds these functions by argument-dependent
+// lookup, so they are in the namespace of the values.
 
 inline void PrintTo(const ZtString& text, std::ostream* out) {
   if (text.isNull()) {

@@ -8,8 +8,8 @@
 
 namespace zt::test {
 
-/// Sets a variable of the environment, or unsets it when `value` is null, and puts back at the end
-/// of the scope what was there before. No other thread may read the environment meanwhile.
+/// Sets an environment variable, or unsets it when `value` is null, and restores its old value at
+/// the end of the scope. No other thread may read the environment meanwhile.
 ///
 ///     ScopedEnvironment zone{"TZ", "Europe/Berlin"};
 class ScopedEnvironment {

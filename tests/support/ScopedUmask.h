@@ -6,7 +6,7 @@
 
 namespace zt::test {
 
-/// Another umask for a scope; it is the whole process's.
+/// Changes the umask of the process for a scope.
 class ScopedUmask {
  public:
   explicit ScopedUmask(mode_t mask) : _before(::umask(mask)) {}
@@ -18,7 +18,7 @@ class ScopedUmask {
   mode_t _before;
 };
 
-/// The permissions of what is at `path`, 0 when there is nothing.
+/// The permissions of the file at `path`; 0 when there is none.
 inline mode_t modeOf(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return 0;

@@ -5,11 +5,11 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Subprocess.h"
 
 namespace zt::test {
 
-/// A session bus of the test's own, ended with its scope.
+/// A private session bus, ended with its scope.
 ///
 ///     SessionBus bus;
 ///     ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str());
@@ -22,10 +22,10 @@ class SessionBus {
   }
 
   const std::string& address() const { return _address; }
-  ChildProcess& process() { return _daemon; }
+  Subprocess& process() { return _daemon; }
 
  private:
-  ChildProcess _daemon;
+  Subprocess _daemon;
   std::string _address;
 };
 

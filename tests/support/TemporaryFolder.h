@@ -11,7 +11,7 @@
 
 namespace zt::test {
 
-/// A fresh empty folder, removed with all in it at the end.
+/// A new empty folder, removed with its content at the end of the scope.
 class TemporaryFolder {
  public:
   TemporaryFolder() : _path((std::filesystem::temp_directory_path() / "zt-test-XXXXXX").string()) {
@@ -27,7 +27,7 @@ class TemporaryFolder {
   const std::string& path() const { return _path; }
   std::string path(std::string_view name) const { return _path + "/" + std::string(name); }
 
-  /// Writes a file, with the folders above it, and returns its path.
+  /// Writes a file, creates its parent folders, and returns its path.
   std::string write(std::string_view name, std::string_view content) const {
     std::string file = path(name);
     std::filesystem::create_directories(std::filesystem::path(file).parent_path());

@@ -28,7 +28,7 @@ class BundledHostTest : public RealPortalTest {
   }
 
   int run(const std::string& program) {
-    return ChildProcess({program, inbox.configurationUrl()}).wait();
+    return Subprocess({program, inbox.configurationUrl()}).wait();
   }
 
   static std::string beginningOfBroadcast(const std::string& object) {
@@ -67,9 +67,8 @@ TEST_F(BundledHostTest, ItsStoreCarriesTheNameOfItsBundle) {
   EXPECT_EQ(run(program), 1);
   EXPECT_THAT(LinuxFiles().list(data.path("Kelvane/Made up/reports")), Optional(SizeIs(1)));
   const auto report = inbox.reports().at(0);
-  EXPECT_EQ(content(data.path("Kelvane/Made up/reports/" +
-                              report.at("reportId").get<std::string>() + ".ztr")),
-            inbox.raw(report.at("number")));
+  EXPECT_EQ(content(data.path("Kelvane/Made up/reports/" + report.reportId + ".ztr")),
+            inbox.raw(report.number));
 }
 
 TEST_F(BundledHostTest, OutsideABundleTheProgramsNameServes) {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace zt::test {
@@ -59,7 +59,7 @@ class CompanionBundle {
  private:
   PrivateFolder _folder;
   std::string _program;
-  std::optional<ChildProcess> _process;
+  std::optional<Subprocess> _process;
 };
 
 }  // namespace zt::test

@@ -2,8 +2,8 @@
 #include <string>
 
 #include "tests/integration/library/RealPortalTest.h"
-#include "tests/integration/library/ReportingServer.h"
 #include "tests/support/BroadcastReceiver.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
 #include "ztportal/platform/time/DateText.h"
 
@@ -30,8 +30,8 @@ TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerHasAnswered) {
   std::optional<std::string> told;
   // The post is answered only once the broadcast is there: one that was sent after the answer, or
   // after the client gave up, would leave the report unaccepted.
-  const ReportingServer server([this, &told](Asked asked) {
-    if (asked == Asked::Report) told = _receiver.next();
+  const ReportingServer server([this, &told](RequestKind asked) {
+    if (asked == RequestKind::Report) told = _receiver.next();
   });
   const auto document = makeReport(server.configurationUrl());
   const std::string before = shortDateAndTime(ZtDate::now());

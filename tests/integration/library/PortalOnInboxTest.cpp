@@ -23,7 +23,7 @@ class PortalOnInboxTest : public RealPortalTest {
   /// The bytes of every report that the inbox received, the newest first.
   static std::vector<std::string> received(Inbox& inbox) {
     std::vector<std::string> requests;
-    for (const auto& report : inbox.reports()) requests.push_back(inbox.raw(report.at("number")));
+    for (const auto& report : inbox.reports()) requests.push_back(inbox.raw(report.number));
     return requests;
   }
 
@@ -31,7 +31,7 @@ class PortalOnInboxTest : public RealPortalTest {
   static std::vector<std::string> receivedFiles(Inbox& inbox) {
     std::vector<std::string> names;
     for (const auto& report : inbox.reports()) {
-      names.insert(names.begin(), report.at("reportId").get<std::string>() + ".ztr");
+      names.insert(names.begin(), report.reportId + ".ztr");
     }
     return names;
   }
@@ -53,13 +53,13 @@ TEST_F(PortalOnInboxTest, AnAcceptedReportIsWithTheServerAlone) {
   EXPECT_TRUE(document->reportToServer());
   EXPECT_THAT(received(inbox), ElementsAre(document->getSoapString()));
   const auto report = inbox.reports().at(0);
-  EXPECT_EQ(report.at("reportId"), std::string(document->reportId().view()));
-  EXPECT_EQ(report.at("machineId"), std::string(document->machineId().view()));
-  EXPECT_EQ(report.at("customerId"), "Kelvane");
-  EXPECT_EQ(report.at("applicationId"), kApplicationId);
-  EXPECT_EQ(report.at("applicationVersion"), "2.1.77");
-  EXPECT_EQ(report.at("pools"), nlohmann::json({"CUSTOM"}));
-  EXPECT_EQ(report.at("test"), false);
+  EXPECT_EQ(report.reportId, std::string(document->reportId().view()));
+  EXPECT_EQ(report.machineId, std::string(document->machineId().view()));
+  EXPECT_EQ(report.customerId, "Kelvane");
+  EXPECT_EQ(report.applicationId, kApplicationId);
+  EXPECT_EQ(report.applicationVersion, "2.1.77");
+  EXPECT_EQ(report.pools, std::vector<std::string>{"CUSTOM"});
+  EXPECT_FALSE(report.isTest);
   EXPECT_THAT(stored(), IsEmpty());
 }
 

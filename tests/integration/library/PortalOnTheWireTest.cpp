@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/integration/library/RealPortalTest.h"
-#include "tests/integration/library/ReportingServer.h"
+#include "tests/support/LoopbackServer.h"
 
 // The bytes of the three requests, and every answer that a broken network can make of a healthy
 // one.
@@ -17,7 +17,7 @@ using std::chrono_literals::operator""s;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Clock = std::chrono::steady_clock;
-using Then = RawAnswer::Then;
+using Then = LoopbackResponse::Then;
 
 constexpr std::size_t kLargest = std::size_t{16} * 1024 * 1024;
 
@@ -68,7 +68,7 @@ TEST_F(PortalOnTheWireTest, ThreeRequestsOfTheseBytesAreMade) {
 /// An answer that is not the healthy one. `body` is the healthy one's.
 struct Fault {
   const char* name;
-  std::function<RawAnswer(const std::string& body, const std::string& host)> answer;
+  std::function<LoopbackResponse(const std::string& body, const std::string& host)> answer;
 };
 
 std::string half(const std::string& body) {
@@ -87,39 +87,39 @@ const std::vector<Fault>& faults() {
   static const std::vector<Fault> all = {
       {"half a body",
        [](auto& body, auto&) {
-         return RawAnswer{half(body), Then::Close};
+         return LoopbackResponse{half(body), Then::Close};
        }},
       {"a body without its last byte",
        [](auto& body, auto&) {
-         return RawAnswer{unfinished(body), Then::Close};
+         return LoopbackResponse{unfinished(body), Then::Close};
        }},
       {"a reset before the last byte",
        [](auto& body, auto&) {
-         return RawAnswer{unfinished(body), Then::Reset};
+         return LoopbackResponse{unfinished(body), Then::Reset};
        }},
       {"half a head",
        [](auto&, auto&) {
-         return RawAnswer{"HTTP/1.1 200 OK\r\nContent-Le", Then::Close};
+         return LoopbackResponse{"HTTP/1.1 200 OK\r\nContent-Le", Then::Close};
        }},
       {"no byte",
        [](auto&, auto&) {
-         return RawAnswer{"", Then::Close};
+         return LoopbackResponse{"", Then::Close};
        }},
       {"a reset",
        [](auto&, auto&) {
-         return RawAnswer{"", Then::Reset};
+         return LoopbackResponse{"", Then::Reset};
        }},
       {"silence",
        [](auto&, auto&) {
-         return RawAnswer{"", Then::Hang};
+         return LoopbackResponse{"", Then::Hang};
        }},
       {"silence before the last byte",
        [](auto& body, auto&) {
-         return RawAnswer{unfinished(body), Then::Hang};
+         return LoopbackResponse{unfinished(body), Then::Hang};
        }},
       {"no HTTP",
        [](auto& body, auto&) {
-         return RawAnswer{body, Then::Close};
+         return LoopbackResponse{body, Then::Close};
        }},
       {"nothing in it", [](auto&, auto&) { return success(""); }},
       {"invalid UTF-8", [](auto& body, auto&) { return success(body + "<!--\xff-->"); }},
@@ -127,18 +127,18 @@ const std::vector<Fault>& faults() {
        [](auto& body, auto&) { return success(padded(body, kLargest + 1)); }},
       {"a redirect to ftp",
        [](auto&, auto& host) {
-         return RawAnswer{"HTTP/1.1 302 Found\r\nLocation: ftp://" + host +
-                          "/answer.xml\r\nContent-Length: 0\r\n\r\n"};
+         return LoopbackResponse{"HTTP/1.1 302 Found\r\nLocation: ftp://" + host +
+                                 "/answer.xml\r\nContent-Length: 0\r\n\r\n"};
        }},
       {"a redirect without an end",
        [](auto&, auto& host) {
-         return RawAnswer{"HTTP/1.1 307 Temporary Redirect\r\nLocation: http://" + host +
-                          "/soap\r\nContent-Length: 0\r\n\r\n"};
+         return LoopbackResponse{"HTTP/1.1 307 Temporary Redirect\r\nLocation: http://" + host +
+                                 "/soap\r\nContent-Length: 0\r\n\r\n"};
        }},
       {"status 500 with the right body",
        [](auto& body, auto&) {
-         return RawAnswer{"HTTP/1.1 500 Internal Server Error\r\nContent-Length: " +
-                          std::to_string(body.size()) + "\r\n\r\n" + body};
+         return LoopbackResponse{"HTTP/1.1 500 Internal Server Error\r\nContent-Length: " +
+                                 std::to_string(body.size()) + "\r\n\r\n" + body};
        }},
   };
   return all;
@@ -164,11 +164,11 @@ std::ostream& operator<<(std::ostream& out, const Life& life) {
 
 class PortalOnABrokenWireTest : public PortalOnTheWireTest {
  protected:
-  void expectEachFaultToEndIn(Asked asked, const Life& expected) {
+  void expectEachFaultToEndIn(RequestKind asked, const Life& expected) {
     for (const Fault& fault : faults()) {
       SCOPED_TRACE(std::string(fault.name) + " for the " + nameOf(asked));
       ReportingServer server;
-      server.misanswer(asked, fault.answer(server.healthyBody(asked), server.host()));
+      server.setResponse(asked, fault.answer(server.healthyBody(asked), server.host()));
       const auto start = Clock::now();
       const auto document = makeReport(server.configurationUrl());
       const auto made = Clock::now();
@@ -181,29 +181,30 @@ class PortalOnABrokenWireTest : public PortalOnTheWireTest {
         EXPECT_EQ(content(fileOf(*document)), document->getSoapString());
       }
       const auto requests = server.requests();
-      EXPECT_EQ(std::ranges::count(requests, Asked::Report, whatIsAsked) > 0,
+      EXPECT_EQ(std::ranges::count(requests, RequestKind::Report, kindOf) > 0,
                 expected.gotConfiguration);
     }
   }
 };
 
 TEST_F(PortalOnABrokenWireTest, WithoutAConfigurationNothingIsSent) {
-  expectEachFaultToEndIn(Asked::Configuration, {false, false, false});
+  expectEachFaultToEndIn(RequestKind::Configuration, {false, false, false});
 }
 
 TEST_F(PortalOnABrokenWireTest, WithoutAVersionTheReportIsSentAllTheSame) {
-  expectEachFaultToEndIn(Asked::Version, {true, false, true});
+  expectEachFaultToEndIn(RequestKind::Version, {true, false, true});
 }
 
 TEST_F(PortalOnABrokenWireTest, WithoutAnAcceptanceTheReportIsSaved) {
-  expectEachFaultToEndIn(Asked::Report, {true, true, false});
+  expectEachFaultToEndIn(RequestKind::Report, {true, true, false});
 }
 
 TEST_F(PortalOnTheWireTest, AnAnswerOf16MiBIsTaken) {
-  for (const Asked asked : {Asked::Configuration, Asked::Version, Asked::Report}) {
+  for (const RequestKind asked :
+       {RequestKind::Configuration, RequestKind::Version, RequestKind::Report}) {
     SCOPED_TRACE(nameOf(asked));
     ReportingServer server;
-    server.misanswer(asked, success(padded(server.healthyBody(asked), kLargest)));
+    server.setResponse(asked, success(padded(server.healthyBody(asked), kLargest)));
     EXPECT_EQ(lifeOf(*makeReport(server.configurationUrl())), (Life{true, true, true}));
   }
 }
@@ -211,9 +212,9 @@ TEST_F(PortalOnTheWireTest, AnAnswerOf16MiBIsTaken) {
 TEST_F(PortalOnTheWireTest, ARedirectToHttpIsFollowed) {
   const ReportingServer server;
   ReportingServer redirecting;
-  redirecting.misanswer(Asked::Configuration,
-                        {"HTTP/1.1 302 Found\r\nLocation: " + server.configurationUrl() +
-                         "\r\nContent-Length: 0\r\n\r\n"});
+  redirecting.setResponse(RequestKind::Configuration,
+                          {"HTTP/1.1 302 Found\r\nLocation: " + server.configurationUrl() +
+                           "\r\nContent-Length: 0\r\n\r\n"});
   EXPECT_EQ(lifeOf(*makeReport(redirecting.configurationUrl())), (Life{true, true, true}));
 }
 

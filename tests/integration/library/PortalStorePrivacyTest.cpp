@@ -6,10 +6,10 @@
 #include <string>
 
 #include "tests/integration/library/RealPortalTest.h"
-#include "tests/integration/library/ReportingServer.h"
-#include "tests/support/ForkedChild.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/ScopedUmask.h"
+#include "tests/support/Subprocess.h"
 
 // Saved reports are their owner's alone, and stay where they belong.
 
@@ -41,7 +41,7 @@ TEST_F(PortalStorePrivacyTest, AnotherUserSeesNothingOfSavedReports) {
   const std::string file = fileOf(*report);
   ASSERT_TRUE(content(file));
   ASSERT_EQ(::chmod(data.path().c_str(), 0755), 0);
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     constexpr uid_t kNobody = 65534;
     if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) return kNotPermitted;
     // The folder of the host can be seen, what is in the store cannot.

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/integration/library/RealPortalTest.h"
-#include "tests/support/ForkedChild.h"
+#include "tests/support/Subprocess.h"
 
 // The offline store on file systems that take no more. Each is made in a forked child, whose exit
 // status says which expectation failed.
@@ -50,7 +50,7 @@ class PortalStoreTest : public RealPortalTest {
 };
 
 TEST_F(PortalStoreTest, AFullFileSystemIsLeftWithoutHalfAReport) {
-  const int failed = inForkedChild([this] {
+  const int failed = inForkedProcess([this] {
     if (!mountDataFolder("size=64k")) return kNotPermitted;
     return saveLargeAmongOthers();
   });
@@ -59,7 +59,7 @@ TEST_F(PortalStoreTest, AFullFileSystemIsLeftWithoutHalfAReport) {
 }
 
 TEST_F(PortalStoreTest, ALimitOnFilesLeavesNoHalfReport) {
-  const int failed = inForkedChild([this] {
+  const int failed = inForkedProcess([this] {
     ::signal(SIGXFSZ, SIG_IGN);
     const rlimit limit{64 * 1024, 64 * 1024};
     if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return kNotPermitted;
@@ -70,7 +70,7 @@ TEST_F(PortalStoreTest, ALimitOnFilesLeavesNoHalfReport) {
 }
 
 TEST_F(PortalStoreTest, AReadOnlyStoreIsSilent) {
-  const int failed = inForkedChild([this] {
+  const int failed = inForkedProcess([this] {
     if (!mountDataFolder("")) return kNotPermitted;
     const auto first = makeReport(kNoServer);
     first->saveReport();

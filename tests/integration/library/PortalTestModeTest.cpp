@@ -42,8 +42,7 @@ class PortalTestModeTest : public RealPortalTest {
   /// The last report: "customer, test or not".
   static std::string lastOf(Inbox& inbox) {
     const auto report = inbox.reports().at(0);
-    return report.at("customerId").get<std::string>() +
-           (report.at("test").get<bool>() ? ", test" : ", no test");
+    return report.customerId + (report.isTest ? ", test" : ", no test");
   }
 
   Inbox inbox;
@@ -59,7 +58,7 @@ TEST_F(PortalTestModeTest, ReportsAreTestsWhileTheCompanionRuns) {
     companion.start();
     EXPECT_TRUE(document->reportToServer());
     EXPECT_EQ(lastOf(inbox), "Kelvane_Test, test");
-    EXPECT_EQ(inbox.raw(inbox.reports().at(0).at("number")), document->getSoapString());
+    EXPECT_EQ(inbox.raw(inbox.reports().at(0).number), document->getSoapString());
 
     companion.stop();
     EXPECT_TRUE(document->reportToServer());
@@ -73,7 +72,7 @@ TEST_F(PortalTestModeTest, ARefusedTestIsSavedWithItsSuffix) {
   companion.start();
   const auto document = makeReport(inbox.configurationUrl());
   EXPECT_FALSE(document->reportToServer());
-  EXPECT_EQ(content(fileOf(*document)), inbox.raw(inbox.reports().at(0).at("number")));
+  EXPECT_EQ(content(fileOf(*document)), inbox.raw(inbox.reports().at(0).number));
   EXPECT_THAT(content(fileOf(*document)).value_or(""), HasSubstr(">Kelvane_Test</CustomerID>"));
 }
 

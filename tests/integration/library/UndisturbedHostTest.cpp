@@ -13,12 +13,11 @@
 #include "TestPaths.h"
 #include "tests/integration/library/HostState.h"
 #include "tests/integration/library/RealPortalTest.h"
-#include "tests/integration/library/ReportingServer.h"
-#include "tests/support/Child.h"
 #include "tests/support/Inbox.h"
-#include "tests/support/LoopbackPort.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/ScopedUmask.h"
+#include "tests/support/Subprocess.h"
 
 // A host finds its process as it was before, whatever it runs as.
 
@@ -77,9 +76,9 @@ class UndisturbedHostTest : public RealPortalTest {
 
   Outcome run(const std::string& configurationUrl, const std::string& condition) const {
     const std::string file = data.path("changes");
-    Child host(zt::test::paths::kWatchedHost, {configurationUrl, condition, file});
-    const std::string output = host.waitForOutput() + host.waitForErrors();
-    return {host.wait(), content(file).value_or("nothing was written"), output};
+    const ProgramResult host =
+        runProgram(zt::test::paths::kWatchedHost, {configurationUrl, condition, file});
+    return {host.status, content(file).value_or("nothing was written"), host.output + host.errors};
   }
 };
 
@@ -119,8 +118,8 @@ TEST_F(UndisturbedHostTest, IsNotEndedByAServerThatLeavesInTheMiddleOfARequest) 
 
   const LeavingServer leaving;
   ReportingServer server;
-  server.misanswer(Asked::Configuration,
-                   success("<c><defSOAP>" + leaving.url() + "</defSOAP></c>"));
+  server.setResponse(RequestKind::Configuration,
+                     success("<c><defSOAP>" + leaving.url() + "</defSOAP></c>"));
   const Outcome left = run(server.configurationUrl(), "plain");
   EXPECT_EQ(left.status, 1);
   EXPECT_EQ(left.changes + left.output, "");

@@ -3,12 +3,13 @@
 #include <chrono>
 #include <csignal>
 #include <memory>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 namespace {
@@ -21,7 +22,7 @@ using Clock = std::chrono::steady_clock;
 
 void post(const Inbox& inbox, const SampleReport& report) {
   auto client = inbox.newClient();
-  ASSERT_TRUE(client.Post("/soap", report.text(), "text/xml"));
+  ASSERT_TRUE(client.post("/soap", report.text(), "text/xml"));
 }
 
 /// A client of the event stream; takes the chunks apart (RFC 9112, section 7.1).
@@ -105,7 +106,7 @@ TEST(EventsTest, TellsEachNewReport) {
   const std::string event = events.nextEvent();
   constexpr std::string_view kStart = "id: 2\nevent: report\ndata: ";
   ASSERT_TRUE(event.starts_with(kStart)) << event;
-  EXPECT_EQ(json::parse(event.substr(kStart.size())), inbox.reports()[1]);
+  EXPECT_EQ(json::parse(event.substr(kStart.size())), json::parse(inbox.reportList())[1]);
   EXPECT_EQ(idOf(events.nextEvent()), "id: 3");
 }
 
@@ -113,7 +114,7 @@ TEST(EventsTest, GoesOnWhereTheClientWas) {
   const Inbox inbox;
   for (int i = 0; i < 120; ++i) post(inbox, SampleReport());
   auto client = inbox.newClient();
-  client.Delete("/api/v1/reports/119");
+  client.remove("/api/v1/reports/119");
   const struct {
     const char* query;
     const char* headers;
@@ -142,12 +143,12 @@ TEST(EventsTest, TellsWhenReportsAreDeletedOrMarked) {
   EXPECT_EQ(events.next(), "retry: 1000");
   auto client = inbox.newClient();
   const std::string changed = "event: changed\ndata: {}";
-  client.Put("/api/v1/reports/1/read", R"({"read": true})", "application/json");
+  client.put("/api/v1/reports/1/read", R"({"read": true})", "application/json");
   EXPECT_EQ(events.nextEvent(), changed);
-  client.Delete("/api/v1/reports/2");
+  client.remove("/api/v1/reports/2");
   EXPECT_EQ(events.nextEvent(), changed);
-  client.Delete("/api/v1/reports/2");
-  client.Delete("/api/v1/reports");
+  client.remove("/api/v1/reports/2");
+  client.remove("/api/v1/reports");
   EXPECT_EQ(events.nextEvent(), changed);
   post(inbox, SampleReport());
   EXPECT_EQ(idOf(events.nextEvent()), "id: 4") << "what changed nothing is not told";
@@ -177,11 +178,11 @@ TEST(EventsTest, EndsWithTheProgram) {
     clients.back()->next();
   }
   const auto start = Clock::now();
-  inbox.child().signal(SIGTERM);
-  EXPECT_EQ(inbox.child().wait(), 0);
+  inbox.process().signal(SIGTERM);
+  EXPECT_EQ(inbox.process().wait(), 0);
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(10));
   for (const auto& client : clients) EXPECT_EQ(client->next(), "");
-  EXPECT_EQ(inbox.child().waitForErrors(), "");
+  EXPECT_EQ(inbox.process().waitForErrors(), "");
 }
 
 TEST(EventsTest, AReaderThatTakesNothingHoldsUpNobody) {

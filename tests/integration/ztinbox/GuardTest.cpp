@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 namespace {

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
 #include <set>
 #include <string>
 #include <vector>
@@ -20,8 +22,8 @@ constexpr std::size_t kLargest = 64UL * 1024 * 1024;
 
 std::string get(const Inbox& inbox, const std::string& path) {
   auto client = inbox.newClient();
-  client.set_read_timeout(60);
-  const auto answer = client.Get(path);
+  client.setTimeout(60);
+  const auto answer = client.get(path);
   EXPECT_TRUE(answer) << path;
   if (!answer) return "";
   EXPECT_EQ(answer->status, 200) << path << answer->body.substr(0, 500);
@@ -31,9 +33,8 @@ std::string get(const Inbox& inbox, const std::string& path) {
 /// Posts the report and expects it back; the details of it.
 json keep(const Inbox& inbox, const std::string& report) {
   auto client = inbox.newClient();
-  client.set_read_timeout(60);
-  client.set_write_timeout(60);
-  const auto answer = client.Post("/soap", report, "text/xml");
+  client.setTimeout(60);
+  const auto answer = client.post("/soap", report, "text/xml");
   EXPECT_TRUE(answer);
   if (!answer) return {};
   EXPECT_NE(answer->body.find(">true<"), std::string::npos);
@@ -78,17 +79,17 @@ TEST(HostileReportTest, AnAnswerRunsAndLoadsNothingInABrowser) {
   for (const char* path :
        {"/", "/nothing", "/api/v1/reports", "/api/v1/reports/1", "/api/v1/reports/1/raw",
         "/api/v1/reports/2", "/api/v1/openapi.json", "/reporting/kelvane.xml", "/soap"}) {
-    const auto answer = client.Get(path);
+    const auto answer = client.get(path);
     ASSERT_TRUE(answer) << path;
-    EXPECT_EQ(answer->get_header_value("Content-Security-Policy"),
+    EXPECT_EQ(answer->header("Content-Security-Policy"),
               "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; font-src "
               "'self'; connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors "
               "'none'")
         << path;
-    EXPECT_EQ(answer->get_header_value("X-Content-Type-Options"), "nosniff") << path;
-    EXPECT_EQ(answer->get_header_value_count("X-Content-Type-Options"), 1U) << path;
-    EXPECT_EQ(answer->get_header_value("Cross-Origin-Resource-Policy"), "same-origin") << path;
-    EXPECT_EQ(answer->get_header_value("Referrer-Policy"), "no-referrer") << path;
+    EXPECT_EQ(answer->header("X-Content-Type-Options"), "nosniff") << path;
+    EXPECT_EQ(answer->headers("X-Content-Type-Options").size(), 1U) << path;
+    EXPECT_EQ(answer->header("Cross-Origin-Resource-Policy"), "same-origin") << path;
+    EXPECT_EQ(answer->header("Referrer-Policy"), "no-referrer") << path;
   }
 }
 
@@ -100,7 +101,7 @@ TEST(HostileReportTest, TerminalEscapesDoNotReachTheTerminal) {
   report.applicationId = report.applicationVersion = report.value = report.name = escapes;
   report.pools = {"\x1b[31m"};
   keep(inbox, report.text());
-  const std::string lines = inbox.child().waitForLines(2);
+  const std::string lines = inbox.process().waitForLines(2);
   EXPECT_EQ(std::ranges::count(lines, '\n'), 2);
   const std::set<char> characters(lines.begin(), lines.end());
   for (const char character : characters) {

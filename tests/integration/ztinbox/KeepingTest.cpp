@@ -1,17 +1,20 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
 #include <mutex>
+#include <nlohmann/json.hpp>
 #include <random>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
@@ -20,10 +23,10 @@
 namespace {
 
 using nlohmann::json;
-using zt::test::Child;
 using zt::test::Inbox;
 using zt::test::RawClient;
 using zt::test::SampleReport;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 bool isAccepted(const std::string& answer) { return answer.find(">true<") != std::string::npos; }
@@ -45,7 +48,7 @@ std::string randomText(std::size_t size) {
 
 json getJson(const Inbox& inbox, const std::string& path) {
   auto client = inbox.newClient();
-  const auto answer = client.Get(path);
+  const auto answer = client.get(path);
   return answer ? json::parse(answer->body) : json();
 }
 
@@ -96,8 +99,8 @@ TEST(KeepingTest, NoAcceptedReportIsLostWhenTheProgramIsKilled) {
     Inbox inbox({"--data", folder.path(), "--max", "100000"});
     Posting posting(inbox.port(), round);
     while (posting.count() < 40) std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    inbox.child().signal(SIGKILL);
-    EXPECT_EQ(inbox.child().wait(), -SIGKILL);
+    inbox.process().signal(SIGKILL);
+    EXPECT_EQ(inbox.process().wait(), 128 + SIGKILL);
     for (const SampleReport& report : posting.end()) accepted.push_back(report);
   }
   ASSERT_GE(accepted.size(), 120U);
@@ -105,9 +108,9 @@ TEST(KeepingTest, NoAcceptedReportIsLostWhenTheProgramIsKilled) {
   Inbox inbox({"--data", folder.path(), "--max", "100000"});
   std::map<std::string, std::uint64_t> numbers;
   std::uint64_t last = 0;
-  for (const json& report : inbox.reports()) {
-    EXPECT_TRUE(numbers.emplace(report["reportId"], report["number"]).second) << "kept twice";
-    last = std::max(last, report["number"].get<std::uint64_t>());
+  for (const auto& report : inbox.reports()) {
+    EXPECT_TRUE(numbers.emplace(report.reportId, report.number).second) << "kept twice";
+    last = std::max(last, report.number);
   }
   for (const SampleReport& report : accepted) {
     ASSERT_TRUE(numbers.contains(report.reportId)) << report.reportId;
@@ -133,19 +136,19 @@ TEST(KeepingTest, ReportsStayWhenTheProgramEnds) {
   Inbox inbox({"--data", folder.path("a/b")});
   EXPECT_EQ(inbox.raw(1), report.text());
   EXPECT_TRUE(isAccepted(postedTo(inbox.port(), report.text())));
-  EXPECT_EQ(inbox.reports()[0]["duplicateOf"], 1);
+  EXPECT_EQ(inbox.reports()[0].duplicateOf, 1U);
   inbox.waitFor(1);
   auto client = inbox.newClient();
-  EXPECT_EQ(client.Get("/api/v1/wait?count=2&timeout=0")->status, 408) << "since the start";
+  EXPECT_EQ(client.get("/api/v1/wait?count=2&timeout=0")->status, 408) << "since the start";
 }
 
 TEST(KeepingTest, WhatCannotBeKeptIsNotAccepted) {
   const TemporaryFolder folder;
   // Files of more than 2 MiB cannot be written.
-  Child child("/bin/sh", {"-c",
-                          "trap '' XFSZ; ulimit -f 4096; exec \"$0\" --listen 127.0.0.1:0 "
-                          "--data \"$1\"",
-                          zt::test::paths::kInboxProgram, folder.path()});
+  Subprocess child({"/bin/sh", "-c",
+                    "trap '' XFSZ; ulimit -f 4096; exec \"$0\" --listen 127.0.0.1:0 "
+                    "--data \"$1\"",
+                    zt::test::paths::kInboxProgram, folder.path()});
   const std::string line = child.waitForLines(1);
   const int port = std::stoi(line.substr(line.rfind(':') + 1));
   SampleReport large;
@@ -190,12 +193,13 @@ TEST(KeepingTest, TheUsersDataFolderIsTheDefault) {
        folder.path("x/.local/share/ztinbox")},
   };
   for (const auto& row : rows) {
-    Child child(zt::test::paths::kInboxProgram, {"--listen", "127.0.0.1:0"}, row.environment);
+    Subprocess child({zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0"},
+                     {.environment = row.environment});
     child.waitForLines(1);
     EXPECT_TRUE(std::filesystem::exists(row.data + "/reports.db")) << row.data;
   }
-  Child homeless(zt::test::paths::kInboxProgram, {"--listen", "127.0.0.1:0"},
-                 std::vector<std::string>{});
+  Subprocess homeless({zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0"},
+                      {.environment = std::vector<std::string>{}});
   EXPECT_EQ(homeless.wait(), 3);
   EXPECT_EQ(homeless.waitForErrors(),
             "ztinbox: no home folder to keep reports in: --data names one\n");

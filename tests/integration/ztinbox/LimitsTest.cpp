@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 namespace {
@@ -26,12 +26,11 @@ std::string reportOfSize(std::size_t size) {
 TEST(LimitsTest, TakesAReportOf64MiB) {
   Inbox inbox;
   auto client = inbox.newClient();
-  client.set_write_timeout(30);
   const std::string report = reportOfSize(kLargest);
-  const auto answer = client.Post("/soap", report, "text/xml");
+  const auto answer = client.post("/soap", report, "text/xml");
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->status, 200);
-  EXPECT_EQ(inbox.reports()[0]["size"], kLargest);
+  EXPECT_EQ(inbox.reports()[0].size, kLargest);
   EXPECT_EQ(inbox.raw(1) == report, true);
 }
 

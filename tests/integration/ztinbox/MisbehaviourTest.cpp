@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <string>
 #include <vector>
 
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 namespace {
@@ -69,7 +71,7 @@ TEST(MisbehaviourTest, AnErrorHasTheGivenStatus) {
     EXPECT_EQ(statusOf(seen), row.line);
     EXPECT_EQ(bodyOf(seen), row.body) << row.status;
   }
-  EXPECT_EQ(inbox.reports()[5]["answer"], "error 503");
+  EXPECT_EQ(inbox.reports()[5].answer, "error 503");
 }
 
 TEST(MisbehaviourTest, ADroppedConnectionIsResetWithoutAByte) {
@@ -77,7 +79,7 @@ TEST(MisbehaviourTest, ADroppedConnectionIsResetWithoutAByte) {
   const Seen seen = seenAfterReport(inbox);
   EXPECT_EQ(seen.bytes, "");
   EXPECT_EQ(seen.end, End::kReset);
-  EXPECT_EQ(inbox.reports()[0]["answer"], "dropped");
+  EXPECT_EQ(inbox.reports()[0].answer, "dropped");
 }
 
 TEST(MisbehaviourTest, ATruncatedAnswerEndsBeforeItSaysAnything) {
@@ -88,7 +90,7 @@ TEST(MisbehaviourTest, ATruncatedAnswerEndsBeforeItSaysAnything) {
   EXPECT_TRUE(seen.bytes.ends_with("<ns1:postPoolDa")) << seen.bytes;
   EXPECT_EQ(seen.bytes.find("true"), std::string::npos);
   EXPECT_EQ(seen.end, End::kOrderly);
-  EXPECT_EQ(inbox.reports()[0]["answer"], "truncated");
+  EXPECT_EQ(inbox.reports()[0].answer, "truncated");
 }
 
 TEST(MisbehaviourTest, AHangingReportGetsNoAnswer) {
@@ -101,7 +103,7 @@ TEST(MisbehaviourTest, AHangingReportGetsNoAnswer) {
   client.endSending();
   EXPECT_EQ(client.receiveAll(), "") << "the client gave up";
   EXPECT_EQ(client.end(), End::kOrderly);
-  EXPECT_EQ(inbox.reports()[0]["answer"], "no answer");
+  EXPECT_EQ(inbox.reports()[0].answer, "no answer");
 }
 
 TEST(MisbehaviourTest, HangingClientsDoNotBlockOthers) {
@@ -115,8 +117,8 @@ TEST(MisbehaviourTest, HangingClientsDoNotBlockOthers) {
   inbox.waitFor(kClients);
   inbox.behave(R"({"answer": "accept"})");
   EXPECT_EQ(statusOf(seenAfterReport(inbox)), "HTTP/1.1 200 OK");
-  inbox.child().signal(SIGTERM);
-  EXPECT_EQ(inbox.child().wait(), 0);
+  inbox.process().signal(SIGTERM);
+  EXPECT_EQ(inbox.process().wait(), 0);
 }
 
 TEST(MisbehaviourTest, ConfigurationAndVersionStayHealthy) {
@@ -126,7 +128,7 @@ TEST(MisbehaviourTest, ConfigurationAndVersionStayHealthy) {
               "<versioninfo>ztinbox 1.0.0</versioninfo>")
         << answer;
     auto client = inbox.newClient();
-    const auto configuration = client.Get("/reporting/kelvane.xml");
+    const auto configuration = client.get("/reporting/kelvane.xml");
     ASSERT_TRUE(configuration) << answer;
     EXPECT_EQ(configuration->status, 200) << answer;
   }
@@ -146,7 +148,7 @@ TEST(MisbehaviourTest, TheSameSeedGivesTheSameFaults) {
     for (int i = 0; i < 8; ++i) seenAfterReport(inbox);
     std::string answers;
     for (const auto& report : inbox.reports()) {
-      answers.insert(0, report["answer"].get<std::string>() + ", ");
+      answers.insert(0, report.answer + ", ");
     }
     runs.push_back(answers);
   }

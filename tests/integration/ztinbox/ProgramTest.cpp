@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
 #include <sstream>
 #include <string>
@@ -8,47 +9,38 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/integration/ztinbox/RawClient.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
 namespace {
 
 using testing::MatchesRegex;
-using zt::test::Child;
 using zt::test::Inbox;
 using zt::test::postRequest;
 using zt::test::RawClient;
 using zt::test::reportWithId;
 using zt::test::SampleReport;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 constexpr const char* kTime = "20[0-9][0-9]-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]";
 
 void post(const Inbox& inbox, const std::string& path, const std::string& report) {
   auto client = inbox.newClient();
-  client.Post(path, report, "text/xml");
+  client.post(path, report, "text/xml");
 }
 
-struct Finished {
-  int status = 0;
-  std::string output;
-  std::string errors;
-};
+using Finished = zt::test::ProgramResult;
 
 Finished run(const std::vector<std::string>& arguments) {
-  Child child(zt::test::paths::kInboxProgram, arguments);
-  Finished result;
-  result.status = child.wait();
-  result.output = child.waitForOutput();
-  result.errors = child.waitForErrors();
-  return result;
+  return zt::test::runProgram(zt::test::paths::kInboxProgram, arguments);
 }
 
 /// The lines about reports, each without its time.
 std::string linesOf(Inbox& inbox, std::size_t count) {
-  std::string output = inbox.child().waitForLines(count + 1);
+  std::string output = inbox.process().waitForLines(count + 1);
   EXPECT_EQ(output.substr(0, output.find('\n')), "ztinbox: listening on " + inbox.url());
   output.erase(0, output.find('\n') + 1);
   std::string lines;
@@ -134,8 +126,8 @@ TEST(ProgramTest, HostileTextsDoNotReachTheTerminal) {
 TEST(ProgramTest, EndsCleanlyOnSignals) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const TemporaryFolder folder;
-    Child child(zt::test::paths::kInboxProgram,
-                {"--listen", "127.0.0.1:0", "--data", folder.path()});
+    Subprocess child(
+        {zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0", "--data", folder.path()});
     child.waitForLines(1);
     child.signal(signal);
     EXPECT_EQ(child.wait(), 0) << signal;
@@ -159,9 +151,9 @@ TEST(ProgramTest, EndsCleanlyWhileClientsHang) {
   RawClient unfinished(inbox.port());
   ASSERT_TRUE(unfinished.send("POST /soap HTTP/1.1\r\nContent-Length: 100\r\n\r\nx"));
 
-  inbox.child().signal(SIGTERM);
-  EXPECT_EQ(inbox.child().wait(), 0);
-  EXPECT_EQ(inbox.child().waitForErrors(), "");
+  inbox.process().signal(SIGTERM);
+  EXPECT_EQ(inbox.process().wait(), 0);
+  EXPECT_EQ(inbox.process().waitForErrors(), "");
   EXPECT_EQ(hanging.receiveAll(), "");
   EXPECT_EQ(slow.receiveAll(), "");
 }
@@ -169,12 +161,11 @@ TEST(ProgramTest, EndsCleanlyWhileClientsHang) {
 TEST(ProgramTest, KeepsServingWhenNobodyReadsItsLines) {
   Inbox inbox;
   auto client = inbox.newClient();
-  client.set_keep_alive(true);
-  inbox.child().stopReadingOutput();
+  inbox.process().stopReadingOutput();
   const std::string report = SampleReport().text();
-  for (int i = 0; i < 1'000; ++i) ASSERT_TRUE(client.Post("/soap", report, "text/xml")) << i;
-  inbox.child().signal(SIGTERM);
-  EXPECT_EQ(inbox.child().wait(), 0);
+  for (int i = 0; i < 1'000; ++i) ASSERT_TRUE(client.post("/soap", report, "text/xml")) << i;
+  inbox.process().signal(SIGTERM);
+  EXPECT_EQ(inbox.process().wait(), 0);
 }
 
 TEST(ProgramTest, RefusesWrongUsage) {

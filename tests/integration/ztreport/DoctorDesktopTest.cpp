@@ -1,8 +1,8 @@
 #include <optional>
 
 #include "tests/integration/library/CompanionBundle.h"
-#include "tests/integration/library/ReportingServer.h"
 #include "tests/integration/ztreport/DoctorTest.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
 
 // Session bus, companion and test mode, each in its good and its bad case. A program of its own,
@@ -97,7 +97,8 @@ TEST_F(DoctorDesktopTest, FindsTheTestMode) {
 TEST_F(DoctorDesktopTest, FindsATestModeWithoutATestUrl) {
   CompanionBundle companion(ghostList("1"));
   companion.start();
-  _server.misanswer(Asked::Configuration, success("<c><defSOAP>http://127.0.0.1:1/</defSOAP></c>"));
+  _server.setResponse(RequestKind::Configuration,
+                      success("<c><defSOAP>http://127.0.0.1:1/</defSOAP></c>"));
   const Diagnosis diagnosis = examine(_server.configurationUrl());
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(diagnosis.findings.at("report URL"),

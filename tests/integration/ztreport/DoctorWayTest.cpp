@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
-#include "tests/integration/library/ReportingServer.h"
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
 
 // The way to the server, each check in its good and its bad case.
@@ -21,7 +21,7 @@ constexpr const char* kUnsteady =
     " -> see whether the server or the way to it is slow: all of an answer has to be there within "
     "two seconds";
 
-RawAnswer status(const std::string& line) {
+LoopbackResponse status(const std::string& line) {
   return {"HTTP/1.1 " + line + "\r\nContent-Length: 0\r\n\r\n"};
 }
 
@@ -71,8 +71,8 @@ TEST_F(DoctorWayTest, AWellMachineIsWellInEveryLine) {
   EXPECT_EQ(program.fileCount(), 0U);
   const auto requests = server.requests();
   ASSERT_EQ(requests.size(), 2U);
-  EXPECT_EQ(whatIsAsked(requests[0]), Asked::Configuration);
-  EXPECT_EQ(whatIsAsked(requests[1]), Asked::Version);
+  EXPECT_EQ(kindOf(requests[0]), RequestKind::Configuration);
+  EXPECT_EQ(kindOf(requests[1]), RequestKind::Version);
 }
 
 TEST_F(DoctorWayTest, ItsJsonSaysTheSame) {
@@ -207,7 +207,7 @@ TEST_F(DoctorWayTest, FindsAProxyInCapitals) {
 }
 
 TEST_F(DoctorWayTest, SaysWhyNoConfigurationIsRead) {
-  const std::pair<RawAnswer, std::string> rows[] = {
+  const std::pair<LoopbackResponse, std::string> rows[] = {
       {status("404 Not Found"), "failed: the server answers with status 404"},
       {status("503 Service Unavailable"), "failed: the server answers with status 503"},
       {success("garbage"),
@@ -216,12 +216,12 @@ TEST_F(DoctorWayTest, SaysWhyNoConfigurationIsRead) {
       {success("<a>\n<b>\xE4</b></a>"),
        "failed: the answer is no XML (line 2, column 4: a byte that is not UTF-8)"},
       {success(""), "failed: the answer is no XML (line 1, column 1: Document is empty)"},
-      {{"", RawAnswer::Then::Close}, "failed: Empty reply from server"},
-      {{"", RawAnswer::Then::Hang}, "failed: no answer within two seconds"},
+      {{"", LoopbackResponse::Then::Close}, "failed: Empty reply from server"},
+      {{"", LoopbackResponse::Then::Hang}, "failed: no answer within two seconds"},
   };
   for (const auto& [answer, finding] : rows) {
     ReportingServer server;
-    server.misanswer(Asked::Configuration, answer);
+    server.setResponse(RequestKind::Configuration, answer);
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
     EXPECT_EQ(diagnosis.findings.at("configuration"),
@@ -237,7 +237,7 @@ TEST_F(DoctorWayTest, FindsAConfigurationWithoutAReportUrl) {
   for (const char* body : {"<c/>", "<c><defSOAP/></c>", "<c><defSOAP> \n </defSOAP></c>",
                            "<c><d><defSOAP>http://127.0.0.1/</defSOAP></d></c>"}) {
     ReportingServer server;
-    server.misanswer(Asked::Configuration, success(body));
+    server.setResponse(RequestKind::Configuration, success(body));
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
     EXPECT_EQ(diagnosis.findings.at("configuration"),
@@ -248,12 +248,12 @@ TEST_F(DoctorWayTest, FindsAConfigurationWithoutAReportUrl) {
 }
 
 TEST_F(DoctorWayTest, FindsAServerThatAnswersOnlyNowAndThen) {
-  for (const Asked once : {Asked::Configuration, Asked::Version}) {
+  for (const RequestKind once : {RequestKind::Configuration, RequestKind::Version}) {
     ReportingServer server;
-    server.misanswerOnce(once, status("500 Later"));
+    server.setResponseOnce(once, status("500 Later"));
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
-    if (once == Asked::Configuration) {
+    if (once == RequestKind::Configuration) {
       EXPECT_EQ(diagnosis.findings.at("configuration"),
                 std::string("failed: read only when it was asked for a second time") + kUnsteady);
     } else {
@@ -273,7 +273,7 @@ TEST_F(DoctorWayTest, FindsAReportUrlThatCannotBeUsed) {
   };
   for (const auto& [body, finding] : rows) {
     ReportingServer server;
-    server.misanswer(Asked::Configuration, success(body));
+    server.setResponse(RequestKind::Configuration, success(body));
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
     EXPECT_EQ(diagnosis.findings.at("configuration"), "ok: read");
@@ -284,7 +284,7 @@ TEST_F(DoctorWayTest, FindsAReportUrlThatCannotBeUsed) {
 TEST_F(DoctorWayTest, SaysWhyThereIsNoVersion) {
   const std::string reach = " runs, and whether a firewall lets this machine through";
   const struct {
-    RawAnswer answer;
+    LoopbackResponse answer;
     std::string before;
     std::string after;
   } rows[] = {
@@ -294,7 +294,7 @@ TEST_F(DoctorWayTest, SaysWhyThereIsNoVersion) {
        "failed: the answer is no XML (line 1, column 1: Start tag expected, '<' not found) -> see "
        "whether the server at ",
        reach},
-      {{"", RawAnswer::Then::Reset},
+      {{"", LoopbackResponse::Then::Reset},
        "failed: Recv failure: Connection reset by peer -> see whether the server at ",
        reach},
       {success("<v><versioninfo>7</versioninfo></v>"),
@@ -306,7 +306,7 @@ TEST_F(DoctorWayTest, SaysWhyThereIsNoVersion) {
   };
   for (const auto& row : rows) {
     ReportingServer server;
-    server.misanswer(Asked::Version, row.answer);
+    server.setResponse(RequestKind::Version, row.answer);
     const Diagnosis diagnosis = examine(server.configurationUrl());
     EXPECT_EQ(diagnosis.status, 1);
     EXPECT_EQ(diagnosis.findings.at("report URL"), "ok: http://" + server.host() + "/soap");
@@ -317,15 +317,15 @@ TEST_F(DoctorWayTest, SaysWhyThereIsNoVersion) {
 
 TEST_F(DoctorWayTest, AsksASecondTimeAsTheLibraryDoes) {
   ReportingServer server;
-  server.misanswer(Asked::Version, status("503 No"));
+  server.setResponse(RequestKind::Version, status("503 No"));
   examine(server.configurationUrl());
-  server.misanswer(Asked::Configuration, status("404 No"));
+  server.setResponse(RequestKind::Configuration, status("404 No"));
   examine(server.configurationUrl());
   const auto requests = server.requests();
   ASSERT_EQ(requests.size(), 5U);
-  EXPECT_EQ(whatIsAsked(requests[1]), Asked::Version);
+  EXPECT_EQ(kindOf(requests[1]), RequestKind::Version);
   EXPECT_EQ(requests[1], requests[2]);
-  EXPECT_EQ(whatIsAsked(requests[3]), Asked::Configuration);
+  EXPECT_EQ(kindOf(requests[3]), RequestKind::Configuration);
   EXPECT_EQ(requests[3], requests[4]);
 }
 

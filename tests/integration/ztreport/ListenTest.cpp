@@ -17,8 +17,6 @@
 namespace {
 
 using nlohmann::json;
-using zt::test::Child;
-using zt::test::ChildProcess;
 using zt::test::contentOf;
 using zt::test::describedFlatReport;
 using zt::test::describedReport;
@@ -26,6 +24,7 @@ using zt::test::Finished;
 using zt::test::Inbox;
 using zt::test::ReportProgram;
 using zt::test::SessionBus;
+using zt::test::Subprocess;
 
 constexpr const char* kGreeting = "ztreport: listening on the session bus\n";
 
@@ -34,9 +33,10 @@ class ListenTest : public testing::Test {
   ListenTest() { program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address()); }
 
   /// The program, once it listens.
-  std::unique_ptr<Child> listen() const {
-    auto child = std::make_unique<Child>(zt::test::paths::kReportProgram,
-                                         std::vector<std::string>{"listen"}, program.environment());
+  std::unique_ptr<Subprocess> listen() const {
+    auto child = std::make_unique<Subprocess>(
+        std::vector<std::string>{zt::test::paths::kReportProgram, "listen"},
+        zt::test::SubprocessOptions{.environment = program.environment()});
     EXPECT_EQ(child->waitForErrorLines(1), kGreeting);
     return child;
   }
@@ -46,7 +46,7 @@ class ListenTest : public testing::Test {
     std::vector<std::string> arguments{"dbus-send", "--bus=" + bus.address(), "--type=signal", path,
                                        name};
     arguments.insert(arguments.end(), values.begin(), values.end());
-    ASSERT_EQ(ChildProcess(arguments).wait(), 0);
+    ASSERT_EQ(Subprocess(arguments).wait(), 0);
   }
 
   SessionBus bus;
@@ -124,7 +124,7 @@ TEST_F(ListenTest, SaysWhenThereIsNoSessionBus) {
 
 TEST_F(ListenTest, SaysWhenTheBusGoesAway) {
   const auto child = listen();
-  bus.process().kill(SIGTERM);
+  bus.process().signal(SIGTERM);
   EXPECT_EQ(child->wait(), 3);
   EXPECT_EQ(child->waitForOutput(), "");
   EXPECT_THAT(child->waitForErrors(),
@@ -133,8 +133,8 @@ TEST_F(ListenTest, SaysWhenTheBusGoesAway) {
 }
 
 TEST_F(ListenTest, SaysWhenItsOutputCannotBeWritten) {
-  Child child(zt::test::paths::kReportProgram, {"listen"}, program.environment(),
-              {.output = "/dev/full"});
+  Subprocess child({zt::test::paths::kReportProgram, "listen"},
+                   {.environment = program.environment(), .output = "/dev/full"});
   ASSERT_EQ(child.waitForErrorLines(1), kGreeting);
   const std::string file = program.write("report.json", describedFlatReport());
   EXPECT_EQ(program.run({"send", file, "--config-url", "http://127.0.0.1:1/"}).status, 1);

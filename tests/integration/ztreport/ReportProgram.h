@@ -13,17 +13,12 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/support/Child.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
 namespace zt::test {
 
-/// How a program ended.
-struct Finished {
-  int status = -1;
-  std::string output;
-  std::string errors;
-};
+using Finished = ProgramResult;
 
 inline std::string contentOf(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -56,13 +51,10 @@ class ReportProgram {
   std::string path(std::string_view name) const { return _folder.path(name); }
   const std::string& folder() const { return _folder.path(); }
 
-  Finished run(const std::vector<std::string>& arguments, const ChildFiles& files = {}) const {
-    Child child(zt::test::paths::kReportProgram, arguments, environment(), files);
-    Finished result;
-    result.output = child.waitForOutput();
-    result.errors = child.waitForErrors();
-    result.status = child.wait();
-    return result;
+  /// `options` name files; the environment is this one's.
+  Finished run(const std::vector<std::string>& arguments, SubprocessOptions options = {}) const {
+    options.environment = environment();
+    return runProgram(paths::kReportProgram, arguments, std::move(options));
   }
 
   /// Adds "NAME=VALUE" to what the program finds in its environment, before or in the place of what

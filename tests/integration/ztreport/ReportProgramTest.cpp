@@ -23,7 +23,8 @@ class ReportProgramTest : public testing::Test {
  protected:
   /// The program fails with this message alone, and leaves nothing behind.
   void expectFailure(const std::vector<std::string>& arguments, int status,
-                     const std::string& message, const zt::test::ChildFiles& files = {}) const {
+                     const std::string& message,
+                     const zt::test::SubprocessOptions& files = {}) const {
     const Finished result = program.run(arguments, files);
     const std::string shown = testing::PrintToString(arguments);
     EXPECT_EQ(result.status, status) << shown;
@@ -254,7 +255,7 @@ TEST_F(ReportProgramTest, SaysWhichFileCannotBeRead) {
 
 TEST_F(ReportProgramTest, SaysWhenItsOutputCannotBeWritten) {
   const std::string file = program.write("report.json", describedReport());
-  const zt::test::ChildFiles full{.output = "/dev/full"};
+  const zt::test::SubprocessOptions full{.output = "/dev/full"};
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{"render", file},
                                              {"render", "--plain", file},

@@ -10,7 +10,7 @@
 
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
-#include "tests/support/LoopbackPort.h"
+#include "tests/support/LoopbackServer.h"
 
 namespace {
 
@@ -88,7 +88,7 @@ TEST_F(SendTest, DeliversWhatItRenders) {
   EXPECT_EQ(result.errors, "");
   const auto reports = inbox.reports();
   ASSERT_EQ(reports.size(), 1U);
-  const std::string text = inbox.raw(reports[0]["number"]);
+  const std::string text = inbox.raw(reports[0].number);
   EXPECT_EQ(result.output, "accepted: " + reportIdOf(text) + "\n");
   EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
   EXPECT_EQ(program.fileCount(), 0U);
@@ -132,7 +132,7 @@ TEST_F(SendTest, SavesWhatIsNotConfirmed) {
     } else {
       ASSERT_EQ(reports.size(), 1U);
     }
-    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report["number"]), text);
+    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report.number), text);
   }
 }
 
@@ -145,7 +145,7 @@ TEST_F(SendTest, WaitsTwoSecondsForAnAnswer) {
   const std::string text = expectSaved(result, "no confirmation from " + inbox.url() + "/soap");
   const auto reports = inbox.reports();
   ASSERT_EQ(reports.size(), 1U);
-  EXPECT_EQ(inbox.raw(reports[0]["number"]), text);
+  EXPECT_EQ(inbox.raw(reports[0].number), text);
 }
 
 TEST_F(SendTest, SavesWhenTheServerIsOutOfReach) {

@@ -19,13 +19,13 @@ namespace {
 
 using testing::HasSubstr;
 using testing::Not;
-using zt::test::ChildFiles;
 using zt::test::crlf;
 using zt::test::Finished;
 using zt::test::plainField;
 using zt::test::plainLines;
 using zt::test::plainPool;
 using zt::test::ReportProgram;
+using zt::test::SubprocessOptions;
 
 const std::string kReport = crlf(plainLines(plainPool(plainField("EDITION", "Home"))));
 
@@ -37,14 +37,15 @@ const std::string kTree =
 class ShowTest : public testing::Test {
  protected:
   void expectFailure(const std::vector<std::string>& arguments, int status,
-                     const std::string& message, const ChildFiles& files = {}) const {
+                     const std::string& message, const SubprocessOptions& files = {}) const {
     const Finished result = program.run(arguments, files);
     const std::string shown = testing::PrintToString(arguments);
     EXPECT_EQ(result.status, status) << shown;
     EXPECT_EQ(result.errors, "ztreport: " + message + "\n") << shown;
     EXPECT_EQ(result.output, "") << shown;
   }
-  void expectTree(const std::vector<std::string>& arguments, const ChildFiles& files = {}) const {
+  void expectTree(const std::vector<std::string>& arguments,
+                  const SubprocessOptions& files = {}) const {
     const Finished result = program.run(arguments, files);
     EXPECT_EQ(result.errors, "") << testing::PrintToString(arguments);
     EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments);

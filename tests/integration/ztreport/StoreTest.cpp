@@ -105,7 +105,7 @@ TEST_F(StoreTest, SendsUpToTheFirstReportThatIsNotAccepted) {
   expectResent(inbox, 1, "1 sent, 2 left\n");
   auto reports = inbox.reports();
   ASSERT_EQ(reports.size(), 2U);  // newest first
-  const std::string sent = program.storeFolder() + "/" + reports[1]["reportId"].get<std::string>();
+  const std::string sent = program.storeFolder() + "/" + reports[1].reportId;
   EXPECT_FALSE(std::filesystem::exists(sent + ".ztr"));
 
   inbox.clear();
@@ -123,7 +123,7 @@ TEST_F(StoreTest, SendsWhatWasSaved) {
   expectResent(inbox, 0, "1 sent, 0 left\n");
   const auto reports = inbox.reports();
   ASSERT_EQ(reports.size(), 1U);
-  EXPECT_EQ(reportIdOf(inbox.raw(reports[0]["number"])), reportIdOf(text));
+  EXPECT_EQ(reportIdOf(inbox.raw(reports[0].number)), reportIdOf(text));
 }
 
 TEST_F(StoreTest, KeepsAllThatCannotBeSent) {

@@ -1,5 +1,5 @@
-// Uses a part of each room of the library, and an exception that crosses its border, and prints
-// what expected.txt holds.
+// Uses a part of each module and an exception that the library throws, and prints the content of
+// expected.txt.
 
 #include <ztportal/ztportal.h>
 

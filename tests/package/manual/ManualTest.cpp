@@ -9,7 +9,7 @@
 
 #include "TestPaths.h"
 #include "tests/integration/ztreport/ReportProgram.h"
-#include "tests/support/Child.h"
+#include "tests/support/Subprocess.h"
 
 // The manual pages and completions as they are installed, against the programs' --help, and in the
 // shells themselves.
@@ -35,7 +35,7 @@ const Program kPrograms[] = {{"ztreport", zt::test::paths::kReportProgram},
 
 /// What a tool says, both ways; it has to succeed.
 std::string said(const std::vector<std::string>& words) {
-  Child child(words.front(), {words.begin() + 1, words.end()});
+  zt::test::Subprocess child(words);
   std::string text = child.waitForOutput() + child.waitForErrors();
   EXPECT_EQ(child.wait(), 0) << testing::PrintToString(words) << text;
   return text;

@@ -3,7 +3,7 @@
 
 #include <cstdlib>
 
-#include "tests/support/ForkedChild.h"
+#include "tests/support/Subprocess.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/broadcast/LinuxBroadcast.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
@@ -55,7 +55,7 @@ void endWithWhatThePlatformSays() {
 }
 
 TEST(LinuxPlatformTest, AnswersWhileTheProgramEnds) {
-  const int failed = zt::test::inForkedChild([] {
+  const int failed = zt::test::inForkedProcess([] {
     // Runs after the destructors of all that is made from here on.
     std::atexit(endWithWhatThePlatformSays);
     systemPlatform();

@@ -11,8 +11,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/Printing.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/system/ZtHost.h"
 
@@ -74,7 +74,7 @@ std::vector<std::string> answersOf(const std::string& path, const std::string& k
                                    const std::optional<std::string>& named = std::nullopt) {
   std::vector<std::string> environment{std::string(kAsked) + "=" + keys};
   if (named) environment.push_back(std::string(kNamed) + "=" + *named);
-  zt::test::ChildProcess host({path}, environment);
+  zt::test::Subprocess host({path}, {.environment = environment});
   std::vector<std::string> lines;
   while (const auto line = host.readLine(std::chrono::seconds(60))) lines.push_back(*line);
   return lines;

@@ -14,11 +14,10 @@
 #include <utility>
 
 #include "tests/support/BroadcastReceiver.h"
-#include "tests/support/ChildProcess.h"
-#include "tests/support/ForkedChild.h"
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/SessionBus.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/broadcast/LinuxBroadcast.h"
 
@@ -26,11 +25,11 @@ namespace {
 
 using zt::LinuxBroadcast;
 using zt::test::BroadcastReceiver;
-using zt::test::ChildProcess;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::openDescriptors;
 using zt::test::ScopedEnvironment;
 using zt::test::SessionBus;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 using UserInfo = std::map<std::string, ZtString>;
 using Clock = std::chrono::steady_clock;
@@ -129,15 +128,15 @@ TEST_F(LinuxBroadcastOnABusTest, LosesNoMessageAndKeepsTheirOrder) {
 }
 
 TEST_F(LinuxBroadcastOnABusTest, ABusThatHangsDoesNotHoldTheCallerUp) {
-  _bus.process().kill(SIGSTOP);
+  _bus.process().signal(SIGSTOP);
   const auto start = Clock::now();
   post(kName, std::string(8 * 1024 * 1024, 'x'), {});
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(30));
-  _bus.process().kill(SIGCONT);
+  _bus.process().signal(SIGCONT);
 }
 
 TEST_F(LinuxBroadcastOnABusTest, ABusThatEndedIsNone) {
-  _bus.process().kill(SIGKILL);
+  _bus.process().signal(SIGKILL);
   _bus.process().wait();
   post(kName, "object", {{"key", "value"}});
 }
@@ -161,7 +160,7 @@ TEST_F(LinuxBroadcastOnABusTest, AThreadsConnectionEndsWithIt) {
 
 TEST_F(LinuxBroadcastOnABusTest, AChildProcessOpensItsOwn) {
   post(kName, "parent", {});
-  EXPECT_EQ(inForkedChild([this] {
+  EXPECT_EQ(inForkedProcess([this] {
               _broadcast.post(kName, "child", {});
               return 0;
             }),
@@ -173,7 +172,7 @@ TEST_F(LinuxBroadcastOnABusTest, AChildProcessOpensItsOwn) {
 }
 
 TEST_F(LinuxBroadcastOnABusTest, NeverStandsInThePlaceOfAClosedStream) {
-  EXPECT_EQ(inForkedChild([this] {
+  EXPECT_EQ(inForkedProcess([this] {
               ::close(STDIN_FILENO);
               _broadcast.post(kName, "object", {});
               return ::fcntl(STDIN_FILENO, F_GETFD) < 0 ? 0 : 1;
@@ -187,7 +186,7 @@ TEST_F(LinuxBroadcastTest, ABusThatWasStartedAnewGetsTheNextMessage) {
   const std::string path = "unix:path=" + folder.path("bus");
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", path.c_str());
   for (const char* object : {"first", "second"}) {
-    ChildProcess daemon(
+    Subprocess daemon(
         {"dbus-daemon", "--session", "--nofork", "--print-address", "--address=" + path});
     ASSERT_TRUE(daemon.readLine(kPatience).has_value());
     BroadcastReceiver receiver;
@@ -199,8 +198,8 @@ TEST_F(LinuxBroadcastTest, ABusThatWasStartedAnewGetsTheNextMessage) {
 TEST_F(LinuxBroadcastTest, FindsTheBusInTheUsersRuntimeFolder) {
   const TemporaryFolder folder;
   const ScopedEnvironment runtime("XDG_RUNTIME_DIR", folder.path().c_str());
-  ChildProcess daemon({"dbus-daemon", "--session", "--nofork", "--print-address",
-                       "--address=unix:path=" + folder.path("bus")});
+  Subprocess daemon({"dbus-daemon", "--session", "--nofork", "--print-address",
+                     "--address=unix:path=" + folder.path("bus")});
   ASSERT_TRUE(daemon.readLine(kPatience).has_value());
   const ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", nullptr);
   BroadcastReceiver receiver;

@@ -4,23 +4,21 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/Child.h"
+#include "tests/support/Subprocess.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "tests/unit/platform/process/HelperRun.h"
 #include "ztportal/platform/process/LibexecFolder.h"
 
 namespace {
 
-using zt::test::Child;
-using zt::test::HelperRun;
 using zt::test::MadeUpDesktop;
+using zt::test::ProgramResult;
 
 class ApplicationsHelperTest : public testing::Test {
  protected:
-  static HelperRun run(const std::vector<std::string>& arguments) {
-    return zt::test::runHelper("ztportal-applications", arguments);
+  static ProgramResult run(const std::vector<std::string>& arguments) {
+    return zt::test::runProgram(zt::libexecFolder() + "/ztportal-applications", arguments);
   }
-  static HelperRun answer(const std::vector<std::string>& texts) {
+  static ProgramResult answer(const std::vector<std::string>& texts) {
     std::string output;
     for (const std::string& text : texts) output += text + '\0';
     return {0, output, ""};
@@ -28,7 +26,7 @@ class ApplicationsHelperTest : public testing::Test {
 
   MadeUpDesktop _desktop;
   std::string _program = _desktop.program("usr/bin/some program");
-  const HelperRun _none{1, "", ""};
+  const ProgramResult _none{1, "", ""};
 };
 
 TEST_F(ApplicationsHelperTest, TellsPathNameAndWords) {
@@ -48,7 +46,7 @@ TEST_F(ApplicationsHelperTest, TakesTheFirstUsableEntryUpToAHiddenOne) {
   const std::string missing = _desktop.path("missing.desktop");
   const std::string unusable = _desktop.entry("unusable.desktop", "Name=Some\nExec=missing\n");
   const std::string hidden = _desktop.entry("hidden.desktop", name + "Hidden=true\n");
-  const HelperRun told = answer({good, "Some", "some program"});
+  const ProgramResult told = answer({good, "Some", "some program"});
   EXPECT_EQ(run({"entry", missing, unusable, good, hidden}), told);
   EXPECT_EQ(run({"entry", unusable, hidden, good}), _none);
   EXPECT_EQ(run({"entry", missing}), _none);
@@ -64,9 +62,9 @@ TEST_F(ApplicationsHelperTest, SaysNothingWhenThereIsNoDefault) {
 }
 
 TEST_F(ApplicationsHelperTest, AnswersNothingElse) {
-  const HelperRun usage{2, "",
-                        "ztportal-applications: usage: ztportal-applications default SCHEME\n"
-                        "                              ztportal-applications entry FILE...\n"};
+  const ProgramResult usage{2, "",
+                            "ztportal-applications: usage: ztportal-applications default SCHEME\n"
+                            "                              ztportal-applications entry FILE...\n"};
   const std::vector<std::string> rows[] = {{},
                                            {"--help"},
                                            {"entry"},
@@ -79,10 +77,10 @@ TEST_F(ApplicationsHelperTest, AnswersNothingElse) {
 
 TEST_F(ApplicationsHelperTest, SaysWhenItCannotWrite) {
   const std::string file = _desktop.entry("some.desktop", "Name=Some\n");
-  Child child(zt::libexecFolder() + "/ztportal-applications", {"entry", file}, std::nullopt,
-              {.output = "/dev/full"});
-  EXPECT_EQ(child.waitForErrors(), "ztportal-applications: cannot write the answer\n");
-  EXPECT_EQ(child.wait(), 3);
+  const ProgramResult result = zt::test::runProgram(zt::libexecFolder() + "/ztportal-applications",
+                                                    {"entry", file}, {.output = "/dev/full"});
+  EXPECT_EQ(result.errors, "ztportal-applications: cannot write the answer\n");
+  EXPECT_EQ(result.status, 3);
 }
 
 }  // namespace

@@ -12,7 +12,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 
@@ -23,7 +23,7 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using zt::LinuxRunningApplications;
 using zt::RunningApplication;
-using zt::test::ChildProcess;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 std::string infoPlist(const std::string& entries) {
@@ -84,7 +84,7 @@ TEST_F(LinuxRunningApplicationsTest, ListsAProgramThatRunsInABundle) {
   const std::string program = makeProgram("Some.app/Contents/Linux/some");
   EXPECT_THAT(running(), IsEmpty());
   {
-    const ChildProcess process({program, "60"});
+    const Subprocess process({program, "60"});
     EXPECT_THAT(running(), ElementsAre("com.example.some " + bundle));
   }
   EXPECT_THAT(running(), IsEmpty());
@@ -94,9 +94,9 @@ TEST_F(LinuxRunningApplicationsTest, ListsABundleOnceForEachOfItsProcesses) {
   const std::string bundle = makeBundle("Some.app", identified("com.example.some"));
   const std::string program = makeProgram("Some.app/Contents/Linux/some");
   const std::string helper = makeProgram("Some.app/Contents/Linux/deeper/helper");
-  const ChildProcess first({program, "60"});
-  const ChildProcess second({program, "60"});
-  const ChildProcess third({helper, "60"});
+  const Subprocess first({program, "60"});
+  const Subprocess second({program, "60"});
+  const Subprocess third({helper, "60"});
   const std::string expected = "com.example.some " + bundle;
   EXPECT_THAT(running(), ElementsAre(expected, expected, expected));
 }
@@ -105,19 +105,19 @@ TEST_F(LinuxRunningApplicationsTest, AProcessCountsForItsNearestBundle) {
   makeBundle("Outer.app", identified("com.example.outer"));
   const std::string inner =
       makeBundle("Outer.app/Contents/Inner.app", identified("com.example.inner"));
-  const ChildProcess process({makeProgram("Outer.app/Contents/Inner.app/program"), "60"});
+  const Subprocess process({makeProgram("Outer.app/Contents/Inner.app/program"), "60"});
   EXPECT_THAT(running(), ElementsAre("com.example.inner " + inner));
 }
 
 TEST_F(LinuxRunningApplicationsTest, DoesNotListAProcessOutsideAnyBundle) {
   makeBundle("Some.app", identified("com.example.some"));
-  const ChildProcess process({makeProgram("program"), "60"});
+  const Subprocess process({makeProgram("program"), "60"});
   EXPECT_THAT(running(), IsEmpty());
 }
 
 TEST_F(LinuxRunningApplicationsTest, ABundleMayHaveNoIdentifier) {
   const std::string bundle = makeBundle("Some.app", infoPlist(""));
-  const ChildProcess process({makeProgram("Some.app/program"), "60"});
+  const Subprocess process({makeProgram("Some.app/program"), "60"});
   const std::vector<RunningApplication> applications = LinuxRunningApplications().list();
   const auto found = std::find_if(applications.begin(), applications.end(),
                                   [&](const auto& each) { return each.bundlePath == bundle; });
@@ -128,15 +128,15 @@ TEST_F(LinuxRunningApplicationsTest, ABundleMayHaveNoIdentifier) {
 TEST_F(LinuxRunningApplicationsTest, AReplacedExecutableStillCountsForItsBundle) {
   const std::string bundle = makeBundle("Some.app", identified("com.example.some"));
   const std::string program = makeProgram("Some.app/program");
-  const ChildProcess process({program, "60"});
+  const Subprocess process({program, "60"});
   std::filesystem::remove(program);
   EXPECT_THAT(running(), ElementsAre("com.example.some " + bundle));
 }
 
 TEST_F(LinuxRunningApplicationsTest, AProcessThatEndedButWasNotWaitedForIsLeftOut) {
   makeBundle("Some.app", identified("com.example.some"));
-  const ChildProcess process({makeProgram("Some.app/program"), "60"});
-  process.kill(SIGKILL);
+  const Subprocess process({makeProgram("Some.app/program"), "60"});
+  process.signal(SIGKILL);
   siginfo_t ended{};
   ASSERT_EQ(::waitid(P_PID, static_cast<id_t>(process.pid()), &ended, WEXITED | WNOWAIT), 0);
   EXPECT_THAT(running(), IsEmpty());

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "tests/support/Printing.h"
+#include "tests/support/Subprocess.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "tests/unit/platform/process/HelperRun.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
 
@@ -21,9 +21,9 @@ namespace {
 
 using zt::InstalledApplications;
 using zt::LinuxInstalledApplications;
-using zt::test::HelperRun;
 using zt::test::MadeUpDesktop;
-using zt::test::runHelper;
+using zt::test::ProgramResult;
+using zt::test::runProgram;
 
 constexpr std::array<std::string_view, 3> kIdentifiers{"org.mozilla.firefox", "com.google.Chrome",
                                                        "org.mozilla.thunderbird"};
@@ -130,15 +130,17 @@ TEST_F(PreparedApplicationsTest, TheProgramLeadsEachOfSeveralAnswersByTheNumberO
     return output;
   };
   EXPECT_EQ(
-      runHelper("ztportal-applications",
-                {"several", "2", "entry", file, "2", "default", "mailto", "2", "default", "http"}),
-      (HelperRun{0, terminated({"4", file, "Fire", "some", "%u", "0", "3", other, "Other", "some"}),
-                 ""}));
+      runProgram(zt::libexecFolder() + "/ztportal-applications",
+                 {"several", "2", "entry", file, "2", "default", "mailto", "2", "default", "http"}),
+      (ProgramResult{
+          0, terminated({"4", file, "Fire", "some", "%u", "0", "3", other, "Other", "some"}), ""}));
   // What is no question ends the answers.
-  EXPECT_EQ(runHelper("ztportal-applications", {"several", "2", "default", "mailto", "1", "other"}),
-            (HelperRun{0, terminated({"0"}), ""}));
-  EXPECT_EQ(runHelper("ztportal-applications", {"several", "3", "default", "mailto"}),
-            (HelperRun{0, "", ""}));
+  EXPECT_EQ(runProgram(zt::libexecFolder() + "/ztportal-applications",
+                       {"several", "2", "default", "mailto", "1", "other"}),
+            (ProgramResult{0, terminated({"0"}), ""}));
+  EXPECT_EQ(runProgram(zt::libexecFolder() + "/ztportal-applications",
+                       {"several", "3", "default", "mailto"}),
+            (ProgramResult{0, "", ""}));
 }
 
 }  // namespace

@@ -4,14 +4,14 @@
 
 #include <string>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "ztportal/platform/files/HomeFolder.h"
 
 namespace {
 
 using zt::homeFolder;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::ScopedEnvironment;
 
@@ -34,7 +34,7 @@ TEST(HomeFolderTest, IsThatOfTheUserDatabaseWithoutAnAbsolutePath) {
 
 TEST(HomeFolderTest, IsEmptyForAUserThatTheDatabaseDoesNotKnow) {
   const ScopedEnvironment home("HOME", nullptr);
-  const int failed = inForkedChild([] {
+  const int failed = inForkedProcess([] {
     constexpr uid_t kUnknown = 3'999'999'999;
     if (::getpwuid(kUnknown) != nullptr || ::setuid(kUnknown) != 0) return kNotPermitted;
     return homeFolder().empty() ? 0 : 1;

@@ -8,9 +8,9 @@
 #include <optional>
 #include <string>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/base/FileDescriptor.h"
 #include "ztportal/platform/files/LinuxFiles.h"
@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 using testing::IsEmpty;
 using testing::Optional;
 using zt::LinuxFiles;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::modeOf;
 using zt::test::openDescriptors;
@@ -105,7 +105,7 @@ TEST_F(LinuxFilesBelowTest, TheRootMayBeALink) {
 
 TEST_F(LinuxFilesBelowTest, FoldersCanBeUsedByAUserWithoutSpecialRightsWhateverTheUmask) {
   ASSERT_EQ(::chmod(_root.path().c_str(), 0777), 0);
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     constexpr uid_t kNobody = 65534;
     if (::getuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
       return kNotPermitted;

@@ -15,9 +15,9 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 
@@ -26,7 +26,7 @@ namespace {
 using testing::IsEmpty;
 using testing::Optional;
 using zt::LinuxFiles;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::modeOf;
 using zt::test::openDescriptors;
@@ -127,7 +127,7 @@ TEST_F(LinuxFilesTest, AFileBeyondTheSizeLimitIsNotLeftBehind) {
   const std::string link = _folder.path("link");
   const std::string target = _folder.write("target", "before");
   std::filesystem::create_symlink("target", link);
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     ::signal(SIGXFSZ, SIG_IGN);
     const struct rlimit limit { 100'000, 100'000 };
     if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return kNotPermitted;
@@ -145,7 +145,7 @@ TEST_F(LinuxFilesTest, AFileBeyondTheSizeLimitIsNotLeftBehind) {
 }
 
 TEST_F(LinuxFilesTest, AFileOnAFullFileSystemIsNotLeftBehind) {
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     if (!mountTmpfs(_folder.path(), "size=64k")) return kNotPermitted;
     if (!_files.write(_folder.path("small"), "fits")) return 1;
     if (_files.write(_folder.path("large"), std::string(1024 * 1024, 'x'))) return 2;
@@ -164,7 +164,7 @@ TEST_F(LinuxFilesTest, ADeviceThatTakesNothingIsNotRemoved) {
 }
 
 TEST_F(LinuxFilesTest, NothingIsChangedOnAReadOnlyFileSystem) {
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     if (!mountTmpfs(_folder.path(), "")) return kNotPermitted;
     const std::string file = _folder.write("file", "kept");
     if (::mount("none", _folder.path().c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, "") != 0) {
@@ -189,7 +189,7 @@ TEST_F(LinuxFilesTest, NothingIsChangedWithoutTheRightTo) {
   const std::string secret = _folder.path("secret");
   _folder.write("secret/file", "kept");
   ASSERT_EQ(::chmod(secret.c_str(), 0), 0);
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     constexpr uid_t kNobody = 65534;
     if (::getuid() == 0 && (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0)) {
       return kNotPermitted;

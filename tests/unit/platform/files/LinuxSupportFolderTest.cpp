@@ -7,15 +7,15 @@
 #include <ostream>
 #include <string>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "ztportal/platform/files/LinuxSupportFolder.h"
 
 namespace {
 
 using zt::kUserDomain;
 using zt::LinuxSupportFolder;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::ScopedEnvironment;
 
@@ -59,7 +59,7 @@ TEST(LinuxSupportFolderTest, AsksTheUserDatabaseWithoutAHome) {
 TEST(LinuxSupportFolderTest, IsMissingForAUserThatTheDatabaseDoesNotKnow) {
   const ScopedEnvironment dataHome("XDG_DATA_HOME", nullptr);
   const ScopedEnvironment home("HOME", nullptr);
-  const int failed = inForkedChild([] {
+  const int failed = inForkedProcess([] {
     constexpr uid_t kUnknown = 3'999'999'999;
     if (::getpwuid(kUnknown) != nullptr || ::setuid(kUnknown) != 0) return kNotPermitted;
     return LinuxSupportFolder().path(kUserDomain) ? 1 : 0;

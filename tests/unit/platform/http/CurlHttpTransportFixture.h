@@ -10,14 +10,14 @@
 #include <string_view>
 #include <vector>
 
-#include "tests/unit/platform/http/RawHttpServer.h"
+#include "tests/support/LoopbackServer.h"
 #include "ztportal/platform/http/CurlHttpTransport.h"
 
 namespace zt::test {
 
 using std::chrono_literals::operator""ms;
 using std::chrono_literals::operator""s;
-using Then = RawAnswer::Then;
+using Then = LoopbackResponse::Then;
 
 inline constexpr std::size_t kLargest = std::size_t{16} * 1024 * 1024;
 
@@ -48,17 +48,17 @@ inline std::string withLength(std::string_view status, std::string_view body) {
   answer += "\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
   return answer += body;
 }
-inline RawAnswer ok(std::string_view body, Then then = Then::Keep) {
+inline LoopbackResponse ok(std::string_view body, Then then = Then::Keep) {
   return {withLength("200 OK", body), then};
 }
-inline RawAnswer redirect(std::string_view status, const std::string& location) {
+inline LoopbackResponse redirect(std::string_view status, const std::string& location) {
   return {"HTTP/1.1 " + std::string(status) + "\r\nLocation: " + location +
           "\r\nContent-Length: 0\r\n\r\n"};
 }
 
 /// A loopback port that nobody listens on.
 inline std::string refusingUrl() {
-  const RawHttpServer ended(std::vector<RawAnswer>{});
+  const LoopbackServer ended(std::vector<LoopbackResponse>{});
   return ended.url("/");
 }
 

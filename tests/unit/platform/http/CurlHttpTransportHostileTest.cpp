@@ -15,16 +15,16 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 using zt::HttpHeader;
+using zt::test::LoopbackResponse;
+using zt::test::LoopbackServer;
 using zt::test::ok;
-using zt::test::RawAnswer;
-using zt::test::RawHttpServer;
 using zt::test::redirect;
 
 constexpr const char* kAuthorization = "Authorization: ";
 
 class CurlHttpTransportHostile : public zt::test::CurlHttpTransportFixture {
  protected:
-  static std::string withUser(const RawHttpServer& server, std::string_view path) {
+  static std::string withUser(const LoopbackServer& server, std::string_view path) {
     return "http://user:password@" + server.host() + std::string(path);
   }
 };
@@ -32,8 +32,8 @@ class CurlHttpTransportHostile : public zt::test::CurlHttpTransportFixture {
 // Credentials.
 
 TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressGoToItsServerAlone) {
-  RawHttpServer other({ok("there")});
-  RawHttpServer server({redirect("302 Found", other.url("/"))});
+  LoopbackServer other({ok("there")});
+  LoopbackServer server({redirect("302 Found", other.url("/"))});
   EXPECT_EQ(get(withUser(server, "/")).body, "there");
   // "user:password" in Base64
   EXPECT_THAT(server.requests(),
@@ -42,7 +42,7 @@ TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressGoToItsServerAlone) {
 }
 
 TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressGoToNoOtherNameOfItsServer) {
-  RawHttpServer server([](const std::string& request) {
+  LoopbackServer server([](const std::string& request) {
     const bool isFirst = request.starts_with("GET /first ");
     const std::string port = request.substr(request.find("127.0.0.1:") + 10, 5);
     return isFirst ? redirect("302 Found", "http://localhost:" + port + "/second") : ok("there");
@@ -55,11 +55,11 @@ TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressGoToNoOtherNameOfItsServe
 
 TEST_F(CurlHttpTransportHostile, ARedirectCannotLogInAnywhere) {
   for (const char* status : {"302 Found", "307 Temporary Redirect", "308 Permanent Redirect"}) {
-    RawHttpServer other({ok("there")});
+    LoopbackServer other({ok("there")});
     for (const std::string& location :
          {"http://admin:admin@" + other.host() + "/", "http://admin@" + other.host() + "/",
           "//admin:admin@" + other.host() + "/"}) {
-      RawHttpServer server({redirect(status, location), redirect(status, location)});
+      LoopbackServer server({redirect(status, location), redirect(status, location)});
       EXPECT_EQ(get(server.url("/")).status, 0) << status << location;
       EXPECT_EQ(post(server.url("/"), "body").status, 0) << status << location;
     }
@@ -68,8 +68,8 @@ TEST_F(CurlHttpTransportHostile, ARedirectCannotLogInAnywhere) {
 }
 
 TEST_F(CurlHttpTransportHostile, AServerThatAsksForCredentialsGetsNone) {
-  RawHttpServer server([](const std::string&) {
-    return RawAnswer{
+  LoopbackServer server([](const std::string&) {
+    return LoopbackResponse{
         "HTTP/1.1 401 Unauthorized\r\nWWW-Authenticate: Negotiate\r\nWWW-Authenticate: "
         "NTLM\r\nWWW-Authenticate: Basic realm=\"r\"\r\nContent-Length: 0\r\n\r\n"};
   });
@@ -80,7 +80,7 @@ TEST_F(CurlHttpTransportHostile, AServerThatAsksForCredentialsGetsNone) {
 // Headers.
 
 TEST_F(CurlHttpTransportHostile, AnAddressAddsNoHeader) {
-  RawHttpServer server([](const std::string&) { return ok("reached"); });
+  LoopbackServer server([](const std::string&) { return ok("reached"); });
   for (const char* path : {"/\r\nX-Added: 1", "/\nX-Added: 1", "/\rX-Added: 1",
                            "/ HTTP/1.1\r\nX-Added: 1\r\n\r\n", "/\tX-Added: 1", "/\x01"}) {
     EXPECT_EQ(get(server.url(path)).status, 0) << testing::PrintToString(path);
@@ -95,7 +95,7 @@ TEST_F(CurlHttpTransportHostile, AnAddressAddsNoHeader) {
 }
 
 TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressAddNoHeader) {
-  RawHttpServer server([](const std::string&) { return ok("reached"); });
+  LoopbackServer server([](const std::string&) { return ok("reached"); });
   get("http://a%0d%0aX-Added:%201:b@" + server.host() + "/");
   for (const std::string& request : server.requests()) {
     EXPECT_THAT(request, Not(HasSubstr("X-Added")));
@@ -105,7 +105,7 @@ TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressAddNoHeader) {
 TEST_F(CurlHttpTransportHostile, ARedirectAddsNoHeader) {
   for (const char* location : {"/there\rX-Added: 1", "/there\tX-Added: 1", "/there%0d%0aX-Added:1",
                                "/there HTTP/1.1\tX-Added: 1"}) {
-    RawHttpServer server([location](const std::string& request) {
+    LoopbackServer server([location](const std::string& request) {
       return request.starts_with("GET / ") ? redirect("302 Found", location) : ok("there");
     });
     get(server.url("/"));
@@ -118,7 +118,7 @@ TEST_F(CurlHttpTransportHostile, ARedirectAddsNoHeader) {
 }
 
 TEST_F(CurlHttpTransportHostile, ABodyThatLooksLikeARequestIsOneBody) {
-  RawHttpServer server({ok("taken")});
+  LoopbackServer server({ok("taken")});
   const std::string body = "\r\n\r\nPOST /other HTTP/1.1\r\nContent-Length: 0\r\n\r\n0\r\n\r\n";
   const HttpHeader headers[] = {{"Content-Type", "application/xml"}};
   EXPECT_EQ(post(server.url("/"), body, headers).body, "taken");

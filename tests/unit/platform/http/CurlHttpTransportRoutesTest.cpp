@@ -1,9 +1,14 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
 #include <sys/wait.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
+#include <thread>
 
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 
@@ -15,9 +20,9 @@ using testing::ElementsAre;
 using testing::SizeIs;
 using zt::HttpHeader;
 using zt::HttpResponse;
+using zt::test::LoopbackResponse;
+using zt::test::LoopbackServer;
 using zt::test::ok;
-using zt::test::RawAnswer;
-using zt::test::RawHttpServer;
 using zt::test::redirect;
 using zt::test::refusingUrl;
 using zt::test::Then;
@@ -25,7 +30,7 @@ using zt::test::Then;
 class CurlHttpTransportRoutes : public zt::test::CurlHttpTransportFixture {};
 
 TEST_F(CurlHttpTransportRoutes, KeepsItsConnectionForTheNextExchange) {
-  RawHttpServer server({ok("1"), ok("2"), ok("3")});
+  LoopbackServer server({ok("1"), ok("2"), ok("3")});
   EXPECT_EQ(get(server.url("/a")).body, "1");
   EXPECT_EQ(post(server.url("/b"), "x").body, "2");
   zt::CurlHttpTransport another;
@@ -34,7 +39,7 @@ TEST_F(CurlHttpTransportRoutes, KeepsItsConnectionForTheNextExchange) {
 }
 
 TEST_F(CurlHttpTransportRoutes, CarriesNothingOverToTheNextExchange) {
-  RawHttpServer server(
+  LoopbackServer server(
       {{"HTTP/1.1 200 OK\r\nSet-Cookie: a=b\r\nContent-Length: 0\r\n\r\n"}, ok(""), ok("")});
   const HttpHeader headers[] = {{"X-Once", "1"}};
   EXPECT_EQ(post(server.url("/"), "body", headers).status, 200);
@@ -44,7 +49,7 @@ TEST_F(CurlHttpTransportRoutes, CarriesNothingOverToTheNextExchange) {
 }
 
 TEST_F(CurlHttpTransportRoutes, ConnectsAnewWhereTheServerHasClosedTheConnection) {
-  RawHttpServer server({ok("1", Then::Close), ok("2", Then::Reset), ok("3")});
+  LoopbackServer server({ok("1", Then::Close), ok("2", Then::Reset), ok("3")});
   EXPECT_EQ(get(server.url("/")).body, "1");
   EXPECT_EQ(post(server.url("/"), "x").body, "2");
   EXPECT_EQ(post(server.url("/"), "y").body, "3");
@@ -53,7 +58,7 @@ TEST_F(CurlHttpTransportRoutes, ConnectsAnewWhereTheServerHasClosedTheConnection
 }
 
 TEST_F(CurlHttpTransportRoutes, LeavesItsConnectionOutOfProgramsThatTheHostStarts) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   ASSERT_EQ(get(server.url("/")).status, 200);
   int found = 0;
   for (int descriptor = 0; descriptor < 1024; ++descriptor) {
@@ -69,15 +74,15 @@ TEST_F(CurlHttpTransportRoutes, LeavesItsConnectionOutOfProgramsThatTheHostStart
 
 TEST_F(CurlHttpTransportRoutes, TakesARedirectedAnswerThatIsCutShortForNone) {
   for (const char* bytes : {"", "HTTP/1.1", "HTTP/1.1 200 OK\r\n", "HTTP/1.1 200 OK\r\nX: y"}) {
-    RawHttpServer server(
+    LoopbackServer server(
         {redirect("302 Found", "/there"), {bytes, Then::Close}, {bytes, Then::Close}});
     EXPECT_EQ(get(server.url("/")).status, 0) << bytes;
   }
 }
 
 TEST_F(CurlHttpTransportRoutes, CountsAllRedirectsInOneTime) {
-  RawHttpServer server([](const std::string&) {
-    RawAnswer answer = redirect("302 Found", "/again");
+  LoopbackServer server([](const std::string&) {
+    LoopbackResponse answer = redirect("302 Found", "/again");
     answer.perByte = 3ms;
     return answer;
   });
@@ -86,7 +91,7 @@ TEST_F(CurlHttpTransportRoutes, CountsAllRedirectsInOneTime) {
 }
 
 TEST_F(CurlHttpTransportRoutes, FollowsRedirects) {
-  RawHttpServer server(
+  LoopbackServer server(
       {redirect("302 Found", "/b"), redirect("301 Moved Permanently", "c?d=e"), ok("there")});
   const HttpResponse answer = get(server.url("/a"));
   EXPECT_EQ(answer.status, 200);
@@ -106,7 +111,7 @@ TEST_F(CurlHttpTransportRoutes, MakesAGetOfARedirectedPostAsBrowsersDo) {
                     {"307 Temporary Redirect", true},
                     {"308 Permanent Redirect", true}};
   for (const auto& row : rows) {
-    RawHttpServer server({redirect(row.status, "/b"), ok("there")});
+    LoopbackServer server({redirect(row.status, "/b"), ok("there")});
     EXPECT_EQ(post(server.url("/a"), "body").body, "there") << row.status;
     const std::string common = "/b HTTP/1.1\r\nHost: " + server.host() + "\r\nAccept: */*\r\n";
     EXPECT_EQ(server.requests().at(1), row.staysPost
@@ -119,7 +124,7 @@ TEST_F(CurlHttpTransportRoutes, MakesAGetOfARedirectedPostAsBrowsersDo) {
 TEST_F(CurlHttpTransportRoutes, FollowsNoRedirectToAnotherScheme) {
   for (const char* location : {"ftp://127.0.0.1/x", "file:///etc/hostname", "FILE:///etc/hostname",
                                "gopher://127.0.0.1/", "ldap://127.0.0.1/", "data:,x"}) {
-    RawHttpServer server({redirect("302 Found", location)});
+    LoopbackServer server({redirect("302 Found", location)});
     const HttpResponse answer = get(server.url("/"));
     EXPECT_EQ(answer.status, 0) << location;
     EXPECT_EQ(answer.body, "") << location;
@@ -127,13 +132,13 @@ TEST_F(CurlHttpTransportRoutes, FollowsNoRedirectToAnotherScheme) {
 }
 
 TEST_F(CurlHttpTransportRoutes, EndsARedirectLoop) {
-  RawHttpServer server([](const std::string&) { return redirect("302 Found", "/again"); });
+  LoopbackServer server([](const std::string&) { return redirect("302 Found", "/again"); });
   EXPECT_EQ(get(server.url("/")).status, 0);
   EXPECT_THAT(server.requests(), SizeIs(11));
 }
 
 TEST_F(CurlHttpTransportRoutes, AsksOnlyHttpServers) {
-  RawHttpServer server([](const std::string&) { return ok("reached"); });
+  LoopbackServer server([](const std::string&) { return ok("reached"); });
   const std::string urls[] = {"",
                               "/",
                               server.host(),
@@ -158,12 +163,12 @@ TEST_F(CurlHttpTransportRoutes, AsksOnlyHttpServers) {
 }
 
 TEST_F(CurlHttpTransportRoutes, HasNoAnswerOfAServerWithoutTls) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   EXPECT_EQ(get("https://" + server.host() + "/", 2s).status, 0);
 }
 
 TEST_F(CurlHttpTransportRoutes, AsksTheProxyOfTheEnvironment) {
-  RawHttpServer proxy({ok("from the proxy")});
+  LoopbackServer proxy({ok("from the proxy")});
   setenv("http_proxy", ("http://" + proxy.host()).c_str(), 1);
   EXPECT_EQ(get("http://config.kelvane.example/reporting/kelvane.xml").body, "from the proxy");
   EXPECT_THAT(proxy.requests(),
@@ -174,8 +179,8 @@ TEST_F(CurlHttpTransportRoutes, AsksTheProxyOfTheEnvironment) {
 }
 
 TEST_F(CurlHttpTransportRoutes, AsksNoProxyForTheHostsThatTheEnvironmentExcepts) {
-  RawHttpServer proxy({ok("from the proxy")});
-  RawHttpServer server({ok("from the server")});
+  LoopbackServer proxy({ok("from the proxy")});
+  LoopbackServer server({ok("from the server")});
   setenv("http_proxy", ("http://" + proxy.host()).c_str(), 1);
   setenv("no_proxy", "other.example,127.0.0.1", 1);
   EXPECT_EQ(get(server.url("/")).body, "from the server");
@@ -185,7 +190,7 @@ TEST_F(CurlHttpTransportRoutes, AsksNoProxyForTheHostsThatTheEnvironmentExcepts)
 }
 
 TEST_F(CurlHttpTransportRoutes, ServesThreadsAtOnceWithAConnectionEach) {
-  RawHttpServer server(
+  LoopbackServer server(
       [](const std::string& request) { return ok(request.substr(request.find("\r\n\r\n") + 4)); });
   constexpr int kThreads = 4;
   constexpr int kExchanges = 25;
@@ -207,7 +212,7 @@ TEST_F(CurlHttpTransportRoutes, ServesThreadsAtOnceWithAConnectionEach) {
 
 TEST_F(CurlHttpTransportRoutes, ClosesTheConnectionWithItsThread) {
   std::atomic<int> ended{0};
-  RawHttpServer server({ok("1"), ok("2")});
+  LoopbackServer server({ok("1"), ok("2")});
   for (int i = 0; i < 2; ++i) {
     std::thread([&] { ended += get(server.url("/")).status; }).join();
   }
@@ -222,7 +227,7 @@ TEST_F(CurlHttpTransportRoutes, ClosesTheConnectionWithItsThread) {
 }
 
 TEST_F(CurlHttpTransportRoutes, LeavesTheParentsConnectionAloneInAChild) {
-  RawHttpServer server({ok("parent"), ok("child"), ok("parent again")});
+  LoopbackServer server({ok("parent"), ok("child"), ok("parent again")});
   ASSERT_EQ(get(server.url("/1")).body, "parent");
 
   const pid_t child = fork();

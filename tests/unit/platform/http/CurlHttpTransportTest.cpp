@@ -13,16 +13,16 @@ using testing::SizeIs;
 using zt::HttpHeader;
 using zt::HttpResponse;
 using zt::test::kLargest;
+using zt::test::LoopbackResponse;
+using zt::test::LoopbackServer;
 using zt::test::ok;
-using zt::test::RawAnswer;
-using zt::test::RawHttpServer;
 using zt::test::Then;
 using zt::test::withLength;
 
 class CurlHttpTransport : public zt::test::CurlHttpTransportFixture {};
 
 TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAGetAndFewMore) {
-  RawHttpServer server({ok("x")});
+  LoopbackServer server({ok("x")});
   const HttpHeader headers[] = {{"Content-Type", "text/xml; charset=UTF-8"},
                                 {"User-Agent", "Setup/2.1"}};
   const std::string url = server.url("/reporting/kelvane.xml?a=1");
@@ -40,7 +40,7 @@ TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAGetAndFewMore) {
 }
 
 TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAPostAndFewMore) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   const HttpHeader headers[] = {{"Content-Type", "text/xml; charset=UTF-8"},
                                 {"User-Agent", "Setup/2.1"}};
   const HttpResponse answer = post(server.url("/soap"), "<a>\xC3\xA4</a>", headers);
@@ -59,7 +59,7 @@ TEST_F(CurlHttpTransport, SendsTheGivenHeadersOfAPostAndFewMore) {
 }
 
 TEST_F(CurlHttpTransport, SendsNoHeaderOfItsOwnWithAnEmptyPost) {
-  RawHttpServer server({ok(""), ok("")});
+  LoopbackServer server({ok(""), ok("")});
   const std::string expected =
       "POST / HTTP/1.1\r\nHost: " + server.host() + "\r\nAccept: */*\r\nContent-Length: 0\r\n\r\n";
   EXPECT_EQ(post(server.url("/"), "").status, 200);
@@ -68,7 +68,7 @@ TEST_F(CurlHttpTransport, SendsNoHeaderOfItsOwnWithAnEmptyPost) {
 }
 
 TEST_F(CurlHttpTransport, SendsALargePostAtOnceWithEveryByte) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   std::string body(3'000'000, 'x');
   body[1'000'000] = '\0';
   EXPECT_EQ(post(server.url("/"), body).status, 200);
@@ -78,7 +78,7 @@ TEST_F(CurlHttpTransport, SendsALargePostAtOnceWithEveryByte) {
 }
 
 TEST_F(CurlHttpTransport, SendsAHeaderWithoutValue) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   const HttpHeader headers[] = {{"SOAPAction", ""}};
   EXPECT_EQ(post(server.url("/"), "", headers).status, 200);
   EXPECT_THAT(server.requests(),
@@ -87,7 +87,7 @@ TEST_F(CurlHttpTransport, SendsAHeaderWithoutValue) {
 }
 
 TEST_F(CurlHttpTransport, SendsNothingWithALineEndInAHeader) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   for (const HttpHeader& header : {HttpHeader{"A", "1\r\nB: 2"}, HttpHeader{"A\nB", "1"}}) {
     EXPECT_EQ(post(server.url("/"), "", {&header, 1}).status, 0);
   }
@@ -95,7 +95,7 @@ TEST_F(CurlHttpTransport, SendsNothingWithALineEndInAHeader) {
 }
 
 TEST_F(CurlHttpTransport, DoesNotSendWhatIsNeitherGetNorPost) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   for (const char* method : {"", "get", "PUT", "DELETE"}) {
     EXPECT_EQ(_transport.exchange({server.url("/"), method, {}, std::nullopt, 20s}).status, 0);
   }
@@ -125,7 +125,7 @@ TEST_F(CurlHttpTransport, HandsStatusAndBodyThrough) {
       {"HTTP/1.0 200 OK\r\n\r\nup to the end", 200, "up to the end"},
   };
   for (const auto& row : rows) {
-    RawHttpServer server({{row.answer, Then::Close}});
+    LoopbackServer server({{row.answer, Then::Close}});
     const HttpResponse answer = get(server.url("/"));
     EXPECT_EQ(answer.status, row.status) << row.answer;
     EXPECT_EQ(answer.body, row.body) << row.answer;
@@ -154,7 +154,7 @@ TEST_F(CurlHttpTransport, TakesWhatIsNoWholeAnswerForNone) {
   };
   for (const char* bytes : answers) {
     for (const Then then : {Then::Close, Then::Reset}) {
-      RawHttpServer server({{bytes, then}});
+      LoopbackServer server({{bytes, then}});
       const HttpResponse answer = get(server.url("/"));
       EXPECT_EQ(answer.status, 0) << bytes;
       EXPECT_EQ(answer.body, "") << bytes;
@@ -164,15 +164,15 @@ TEST_F(CurlHttpTransport, TakesWhatIsNoWholeAnswerForNone) {
 }
 
 TEST_F(CurlHttpTransport, GivesUpWhenTheTimeIsOver) {
-  const RawAnswer answers[] = {
+  const LoopbackResponse answers[] = {
       {"", Then::Hang},
       {"HTTP/1.1 200 OK\r\n", Then::Hang},
       {"HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\n12345", Then::Hang},
       {withLength("200 OK", std::string(1000, 'x')), Then::Close, 20ms},
       {"HTTP/1.1 200 OK\r\nX: " + std::string(1000, 'x') + "\r\n\r\n", Then::Close, 20ms},
   };
-  for (const RawAnswer& raw : answers) {
-    RawHttpServer server({raw});
+  for (const LoopbackResponse& raw : answers) {
+    LoopbackServer server({raw});
     const auto start = std::chrono::steady_clock::now();
     const HttpResponse answer = get(server.url("/"), 300ms);
     EXPECT_EQ(answer.status, 0) << raw.bytes;
@@ -183,13 +183,13 @@ TEST_F(CurlHttpTransport, GivesUpWhenTheTimeIsOver) {
 }
 
 TEST_F(CurlHttpTransport, WorksAgainAfterATimeOut) {
-  RawHttpServer server({{"", Then::Hang}, ok("fine")});
+  LoopbackServer server({{"", Then::Hang}, ok("fine")});
   EXPECT_EQ(get(server.url("/"), 100ms).status, 0);
   EXPECT_EQ(get(server.url("/")).body, "fine");
 }
 
 TEST_F(CurlHttpTransport, HasNoAnswerWithoutTime) {
-  RawHttpServer server({ok("")});
+  LoopbackServer server({ok("")});
   EXPECT_EQ(get(server.url("/"), 0ms).status, 0);
   EXPECT_EQ(get(server.url("/"), -1ms).status, 0);
   EXPECT_EQ(server.connections(), 0);
@@ -199,11 +199,11 @@ TEST_F(CurlHttpTransport, HasNoAnswerWithoutTime) {
 TEST_F(CurlHttpTransport, TakesAnAnswerUpToItsLimit) {
   const std::string largest(kLargest, 'x');
   const std::string chunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n";
-  RawHttpServer server({ok(largest),
-                        {chunked + "1000000\r\n" + largest + "\r\n0\r\n\r\n"},
-                        ok(largest + 'x', Then::Close),
-                        {chunked + "1000001\r\n" + largest + "x\r\n0\r\n\r\n", Then::Close},
-                        {"HTTP/1.1 200 OK\r\n\r\n" + largest + 'x', Then::Close}});
+  LoopbackServer server({ok(largest),
+                         {chunked + "1000000\r\n" + largest + "\r\n0\r\n\r\n"},
+                         ok(largest + 'x', Then::Close),
+                         {chunked + "1000001\r\n" + largest + "x\r\n0\r\n\r\n", Then::Close},
+                         {"HTTP/1.1 200 OK\r\n\r\n" + largest + 'x', Then::Close}});
   EXPECT_TRUE(get(server.url("/")).body == largest);
   EXPECT_TRUE(get(server.url("/")).body == largest);
   for (int i = 0; i < 3; ++i) {
@@ -217,7 +217,7 @@ TEST_F(CurlHttpTransport, TakesAnAnswerUpToItsLimit) {
 TEST_F(CurlHttpTransport, DoesNotTakeHeadersWithoutEnd) {
   std::string headers = "HTTP/1.1 200 OK\r\n";
   while (headers.size() < 1'200'000) headers += "X-More: " + std::string(1000, 'x') + "\r\n";
-  RawHttpServer server({{headers + "Content-Length: 0\r\n\r\n", Then::Close}});
+  LoopbackServer server({{headers + "Content-Length: 0\r\n\r\n", Then::Close}});
   EXPECT_EQ(get(server.url("/")).status, 0);
 }
 

@@ -8,14 +8,14 @@
 #include <utility>
 #include <vector>
 
-#include "tests/support/ChildProcess.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/identity/LinuxGestalt.h"
 
 namespace {
 
 using zt::LinuxGestalt;
-using zt::test::ChildProcess;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 using Numbers = std::optional<std::array<std::int32_t, 3>>;
@@ -206,15 +206,15 @@ TEST(LinuxGestaltTest, OtherSelectorsFail) {
 
 /// This machine's version as the shell reads it, "12 11 0"; as the distribution refines it.
 std::string versionByTheShell() {
-  ChildProcess shell({"/bin/sh", "-c",
-                      "if [ -r /etc/os-release ]; then . /etc/os-release; "
-                      "else . /usr/lib/os-release; fi; full=$VERSION_ID; finer=; "
-                      "if [ \"$ID\" = debian ]; then finer=$(cat /etc/debian_version); fi; "
-                      "for file in /etc/redhat-release /etc/centos-release; do "
-                      "if [ -z \"$finer\" ] && [ -r $file ]; then "
-                      "finer=$(sed 's/.*release \\([0-9.]*\\).*/\\1/' $file); fi; done; "
-                      "case $finer in \"$full\".*) full=$finer;; esac; "
-                      "echo \"$full\" | awk -F. '{print $1 + 0, $2 + 0, $3 + 0}'"});
+  Subprocess shell({"/bin/sh", "-c",
+                    "if [ -r /etc/os-release ]; then . /etc/os-release; "
+                    "else . /usr/lib/os-release; fi; full=$VERSION_ID; finer=; "
+                    "if [ \"$ID\" = debian ]; then finer=$(cat /etc/debian_version); fi; "
+                    "for file in /etc/redhat-release /etc/centos-release; do "
+                    "if [ -z \"$finer\" ] && [ -r $file ]; then "
+                    "finer=$(sed 's/.*release \\([0-9.]*\\).*/\\1/' $file); fi; done; "
+                    "case $finer in \"$full\".*) full=$finer;; esac; "
+                    "echo \"$full\" | awk -F. '{print $1 + 0, $2 + 0, $3 + 0}'"});
   return shell.readLine(std::chrono::seconds(10)).value_or("no answer");
 }
 

@@ -9,17 +9,16 @@
 #include <string>
 #include <system_error>
 
-#include "tests/support/ChildProcess.h"
-#include "tests/support/ForkedChild.h"
+#include "tests/support/Subprocess.h"
 #include "ztportal/platform/identity/LinuxMachineIdentity.h"
 
 namespace {
 
 using testing::MatchesRegex;
 using zt::LinuxMachineIdentity;
-using zt::test::ChildProcess;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
+using zt::test::Subprocess;
 
 std::string lowerWithoutHyphens(std::string text) {
   std::erase(text, '-');
@@ -46,7 +45,7 @@ TEST_F(LinuxMachineIdentityTest, IsAUuidInUpperCase) {
 TEST_F(LinuxMachineIdentityTest, IsTheSameForEveryCallAndUser) {
   const ZtString uuid = LinuxMachineIdentity().platformUUID();
   EXPECT_EQ(LinuxMachineIdentity().platformUUID(), uuid);
-  const int failed = inForkedChild([&] {
+  const int failed = inForkedProcess([&] {
     constexpr uid_t kNobody = 65534;
     if (::setgid(kNobody) != 0 || ::setuid(kNobody) != 0) return kNotPermitted;
     return LinuxMachineIdentity().platformUUID() == uuid ? 0 : 1;
@@ -63,7 +62,7 @@ TEST_F(LinuxMachineIdentityTest, DoesNotGiveTheMachinesOwnIdAway) {
 TEST_F(LinuxMachineIdentityTest, IsWhatSystemdDerivesForTheLibrary) {
   const std::string option = std::string("--app-specific=") + LinuxMachineIdentity::kApplicationId;
   try {
-    ChildProcess tool({"systemd-id128", "machine-id", option});
+    Subprocess tool({"systemd-id128", "machine-id", option});
     EXPECT_EQ(tool.readLine(std::chrono::seconds(10)),
               lowerWithoutHyphens(std::string(LinuxMachineIdentity().platformUUID().view())));
   } catch (const std::system_error& error) {

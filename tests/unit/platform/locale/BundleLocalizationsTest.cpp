@@ -7,16 +7,16 @@
 #include <optional>
 #include <string>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/locale/BundleLocalizations.h"
 
 namespace {
 
 using zt::BundleLocalizations;
-using zt::test::ChildProcess;
 using zt::test::ScopedEnvironment;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 constexpr const char* kTellLocalizations = "ZT_TEST_TELL_LOCALIZATIONS";
@@ -45,7 +45,7 @@ class BundleLocalizationsTest : public testing::Test {
     const ScopedEnvironment telling(kTellLocalizations, "1");
     const ScopedEnvironment locale("LC_ALL", "en_US.UTF-8");
     const ScopedEnvironment language("LANGUAGE", languages);
-    ChildProcess copy({program});
+    Subprocess copy({program});
     const std::optional<std::string> told = copy.readLine(std::chrono::seconds(60));
     EXPECT_EQ(copy.wait(), 0);
     return told.value_or("");

@@ -6,39 +6,35 @@
 
 #include <filesystem>
 #include <map>
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "tests/support/Child.h"
-#include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
-#include "tests/unit/platform/process/HelperRun.h"
 #include "ztportal/platform/process/LibexecFolder.h"
 #include "ztportal/platform/process/LinuxChildProcess.h"
 
 namespace {
 
 using zt::LinuxChildProcess;
-using zt::test::Child;
-using zt::test::HelperRun;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
+using zt::test::ProgramResult;
 using zt::test::ScopedEnvironment;
 using zt::test::TemporaryFolder;
 
-HelperRun run(const std::vector<std::string>& arguments) {
-  return zt::test::runHelper("dscl", arguments);
+ProgramResult run(const std::vector<std::string>& arguments) {
+  return zt::test::runProgram(zt::libexecFolder() + "/dscl", arguments);
 }
 
-HelperRun group(const std::string& home) { return run({".", "-read", home, "PrimaryGroupID"}); }
+ProgramResult group(const std::string& home) { return run({".", "-read", home, "PrimaryGroupID"}); }
 
-HelperRun answer(gid_t number) {
+ProgramResult answer(gid_t number) {
   return {0, "PrimaryGroupID: " + std::to_string(number) + "\n", ""};
 }
 
-HelperRun nobodyLivesIn(const std::string& home) {
+ProgramResult nobodyLivesIn(const std::string& home) {
   return {56, "", "dscl: " + home + ": no user has this home folder\n"};
 }
 
@@ -73,17 +69,18 @@ TEST(DsclTest, AnswersNothingElse) {
       {".", "-list", "/root", "PrimaryGroupID"},
       {"/Local", "-read", "/root", "PrimaryGroupID"},
   };
-  const HelperRun usage{2, "", "dscl: usage: dscl . -read HOME PrimaryGroupID\n"};
+  const ProgramResult usage{2, "", "dscl: usage: dscl . -read HOME PrimaryGroupID\n"};
   for (const auto& row : rows) EXPECT_EQ(run(row), usage) << testing::PrintToString(row);
 }
 
 TEST(DsclTest, SaysWhenItCannotWrite) {
   const passwd* const self = ::getpwuid(::getuid());
   ASSERT_NE(self, nullptr);
-  Child child(zt::libexecFolder() + "/dscl", {".", "-read", self->pw_dir, "PrimaryGroupID"},
-              std::nullopt, {.output = "/dev/full"});
-  EXPECT_EQ(child.waitForErrors(), "dscl: cannot write the answer\n");
-  EXPECT_EQ(child.wait(), 3);
+  const ProgramResult result =
+      zt::test::runProgram(zt::libexecFolder() + "/dscl",
+                           {".", "-read", self->pw_dir, "PrimaryGroupID"}, {.output = "/dev/full"});
+  EXPECT_EQ(result.errors, "dscl: cannot write the answer\n");
+  EXPECT_EQ(result.status, 3);
 }
 
 /// In the place of the machine's own, for the rest of the process; whether that may be done.
@@ -105,7 +102,7 @@ TEST(DsclTest, OfSeveralUsersWithOneHomeTheOneThatAsksWinsElseTheFirst) {
   const struct {
     uid_t user;
     std::string home;
-    HelperRun expected;
+    ProgramResult expected;
   } rows[] = {
       {30002, "/home/shared", answer(32)},
       {30003, "/home/shared", answer(33)},
@@ -118,7 +115,7 @@ TEST(DsclTest, OfSeveralUsersWithOneHomeTheOneThatAsksWinsElseTheFirst) {
       {30004, "/home/shared/more", nobodyLivesIn("/home/shared/more")},
   };
   for (const auto& row : rows) {
-    const int status = inForkedChild([&] {
+    const int status = inForkedProcess([&] {
       if (!putUsers(folder, users) || ::setuid(row.user) != 0) return kNotPermitted;
       return group(row.home) == row.expected ? 0 : 1;
     });

@@ -7,15 +7,15 @@
 #include <optional>
 #include <string>
 
-#include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/process/Executable.h"
 
 namespace {
 
-using zt::test::ChildProcess;
 using zt::test::ScopedEnvironment;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 constexpr const char* kTellPath = "ZT_TEST_TELL_EXECUTABLE_PATH";
@@ -35,7 +35,7 @@ std::optional<std::string> toldBy(const std::string& path, const char* how) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::filesystem::copy_file("/proc/self/exe", path);
   const ScopedEnvironment environment(kTellPath, how);
-  ChildProcess copy({path});
+  Subprocess copy({path});
   std::optional<std::string> told = copy.readLine(std::chrono::seconds(60));
   EXPECT_EQ(copy.wait(), 0);
   return told;

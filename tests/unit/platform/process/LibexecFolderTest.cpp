@@ -11,16 +11,16 @@
 #include <string>
 
 #include "TestPaths.h"
-#include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/Free.h"
 #include "ztportal/platform/process/LibexecFolder.h"
 
 namespace {
 
-using zt::test::ChildProcess;
 using zt::test::ScopedEnvironment;
+using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
 constexpr const char* kTellFolder = "ZT_TEST_TELL_LIBEXEC_FOLDER";
@@ -53,7 +53,7 @@ class LibexecFolderTest : public testing::Test {
   /// What a copy of this program, which the library is linked into, finds.
   std::optional<std::string> foundByProgram(const std::string& name) {
     const ScopedEnvironment tell(kTellFolder, "");
-    ChildProcess program({copy("/proc/self/exe", name)});
+    Subprocess program({copy("/proc/self/exe", name)});
     return program.readLine(std::chrono::seconds(60));
   }
 

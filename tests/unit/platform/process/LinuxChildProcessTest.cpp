@@ -17,8 +17,8 @@
 #include <thread>
 #include <vector>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/process/LinuxChildProcess.h"
@@ -27,7 +27,7 @@ namespace {
 
 using testing::ElementsAreArray;
 using zt::LinuxChildProcess;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::ScopedEnvironment;
 using zt::test::TemporaryFolder;
 
@@ -108,7 +108,7 @@ TEST(LinuxChildProcessTest, TheChildGetsNoOtherDescriptorOfTheLibrary) {
 
 TEST(LinuxChildProcessTest, WorksForAHostWithoutStandardStreams) {
   for (unsigned closed = 0; closed < 8; ++closed) {
-    const int status = inForkedChild([&] {
+    const int status = inForkedProcess([&] {
       for (int number = 0; number < 3; ++number) {
         if ((closed & (1U << static_cast<unsigned>(number))) != 0) ::close(number);
       }
@@ -138,7 +138,7 @@ TEST(LinuxChildProcessTest, RaisesWhenTheProgramCannotBeStarted) {
 
 TEST(LinuxChildProcessTest, RaisesWhenThereIsNoDescriptorLeft) {
   for (const rlim_t left : {0U, 1U, 2U, 3U}) {
-    const int status = inForkedChild([&] {
+    const int status = inForkedProcess([&] {
       // The undefined-behaviour sanitizer needs descriptors of its own for the first calls.
       if (!failureOf("/bin/true").empty() || failureOf("/nowhere").empty()) return 3;
       const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
@@ -160,7 +160,7 @@ TEST(LinuxChildProcessTest, RaisesWhenThereIsNoDescriptorLeft) {
 }
 
 TEST(LinuxChildProcessTest, LeavesNothingBehind) {
-  const int status = inForkedChild([] {
+  const int status = inForkedProcess([] {
     const std::size_t descriptors = entriesOf("/proc/self/fd");
     const std::size_t threads = entriesOf("/proc/self/task");
     for (int i = 0; i < 10; ++i) {
@@ -175,7 +175,7 @@ TEST(LinuxChildProcessTest, LeavesNothingBehind) {
 }
 
 TEST(LinuxChildProcessTest, WorksForAHostThatIgnoresItsChildren) {
-  const int status = inForkedChild([] {
+  const int status = inForkedProcess([] {
     ::signal(SIGCHLD, SIG_IGN);
     // The shell waits for a child of its own, and would not get its status with SIGCHLD ignored.
     return outputOf("(exit 7); echo $?") == "7\n" ? 0 : 1;
@@ -184,7 +184,7 @@ TEST(LinuxChildProcessTest, WorksForAHostThatIgnoresItsChildren) {
 }
 
 TEST(LinuxChildProcessTest, WorksForAHostThatWaitsForEveryChildItself) {
-  const int status = inForkedChild([] {
+  const int status = inForkedProcess([] {
     struct sigaction action {};
     action.sa_handler = [](int) {
       const int error = errno;
@@ -199,7 +199,7 @@ TEST(LinuxChildProcessTest, WorksForAHostThatWaitsForEveryChildItself) {
 }
 
 TEST(LinuxChildProcessTest, TheChildsSignalsAreAsAProgramExpectsThem) {
-  const int status = inForkedChild([] {
+  const int status = inForkedProcess([] {
     for (const int number : {SIGPIPE, SIGCHLD, SIGHUP}) ::signal(number, SIG_IGN);
     sigset_t all;
     ::sigfillset(&all);
@@ -219,7 +219,7 @@ TEST(LinuxChildProcessTest, TheChildsSignalsAreAsAProgramExpectsThem) {
 }
 
 TEST(LinuxChildProcessTest, IsNotDisturbedBySignals) {
-  const int status = inForkedChild([] {
+  const int status = inForkedProcess([] {
     struct sigaction action {};
     action.sa_handler = [](int) {};
     ::sigaction(SIGALRM, &action, nullptr);  // without SA_RESTART: calls are interrupted

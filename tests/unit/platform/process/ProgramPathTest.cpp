@@ -3,15 +3,15 @@
 #include <filesystem>
 #include <string>
 
-#include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 
 using zt::programPath;
-using zt::test::inForkedChild;
+using zt::test::inForkedProcess;
 using zt::test::MadeUpDesktop;
 using zt::test::ScopedEnvironment;
 
@@ -58,7 +58,7 @@ TEST_F(ProgramPathTest, ANameWithASlashIsThePath) {
 
 TEST_F(ProgramPathTest, AnEmptyPlaceIsTheWorkingFolder) {
   _desktop.program("a/one");
-  const int status = inForkedChild([this] {
+  const int status = inForkedProcess([this] {
     std::filesystem::current_path(_a);
     for (const std::string& path : {std::string(), ":" + _b, _b + ":", _b + "::" + _b}) {
       if (in(path, "one") != "./one") return 1;

@@ -6,8 +6,8 @@
 
 #include "TestPaths.h"
 #include "tests/integration/ztreport/ReportProgram.h"
-#include "tests/integration/ztreport/TerminalChild.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/Subprocess.h"
 
 // What `ztreport resend` shows on standard error while it sends.
 
@@ -15,8 +15,8 @@ namespace {
 
 using zt::test::describedFlatReport;
 using zt::test::Inbox;
+using zt::test::ProgramResult;
 using zt::test::ReportProgram;
-using zt::test::TerminalChild;
 
 class ProgressTest : public testing::Test {
  protected:
@@ -24,11 +24,12 @@ class ProgressTest : public testing::Test {
     const std::string file = program.write("report.json", describedFlatReport());
     for (int i = 0; i < count; ++i) ASSERT_EQ(program.run({"save", file}).status, 0);
   }
-  TerminalChild resend(const Inbox& inbox, const std::string& terminal) const {
+  ProgramResult resend(const Inbox& inbox, const std::string& terminal) const {
     auto environment = program.environment();
     if (!terminal.empty()) environment.push_back("TERM=" + terminal);
-    return {{zt::test::paths::kReportProgram, "resend", "--config-url", inbox.configurationUrl()},
-            environment};
+    return zt::test::runProgram(
+        zt::test::paths::kReportProgram, {"resend", "--config-url", inbox.configurationUrl()},
+        {.environment = environment, .output = "/dev/null", .errorsToTerminal = true});
   }
 
   ReportProgram program;
@@ -37,9 +38,9 @@ class ProgressTest : public testing::Test {
 TEST_F(ProgressTest, IsOneLineThatIsGoneAtTheEnd) {
   save(2);
   const Inbox inbox;
-  const TerminalChild child = resend(inbox, "xterm");
-  EXPECT_EQ(child.status(), 0);
-  EXPECT_THAT(child.shown(),
+  const ProgramResult result = resend(inbox, "xterm");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.errors,
               testing::MatchesRegex("\r\033\\[K0 sent, 2 left, 0\\.0 a second"
                                     "\r\033\\[K1 sent, 1 left, [0-9]+\\.[0-9] a second"
                                     "\r\033\\[K2 sent, 0 left, [0-9]+\\.[0-9] a second"
@@ -50,9 +51,9 @@ TEST_F(ProgressTest, StopsWithTheFirstReportThatIsNotAccepted) {
   save(3);
   Inbox inbox;
   inbox.behave(R"({"answer": "accept", "scenario": [{"answer": "accept"}, {"answer": "refuse"}]})");
-  const TerminalChild child = resend(inbox, "xterm");
-  EXPECT_EQ(child.status(), 1);
-  EXPECT_THAT(child.shown(),
+  const ProgramResult result = resend(inbox, "xterm");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.errors,
               testing::MatchesRegex("\r\033\\[K0 sent, 3 left, 0\\.0 a second"
                                     "\r\033\\[K1 sent, 2 left, [0-9]+\\.[0-9] a second"
                                     "\r\033\\[K"));
@@ -61,16 +62,16 @@ TEST_F(ProgressTest, StopsWithTheFirstReportThatIsNotAccepted) {
 
 TEST_F(ProgressTest, IsQuietWithoutReports) {
   const Inbox inbox;
-  EXPECT_EQ(resend(inbox, "xterm").shown(), "");
+  EXPECT_EQ(resend(inbox, "xterm").errors, "");
 }
 
 TEST_F(ProgressTest, IsQuietOnATerminalThatCannotGoBack) {
   const Inbox inbox;
   for (const char* terminal : {"dumb", ""}) {
     save(1);
-    const TerminalChild child = resend(inbox, terminal);
-    EXPECT_EQ(child.shown(), "") << terminal;
-    EXPECT_EQ(child.status(), 0);
+    const ProgramResult result = resend(inbox, terminal);
+    EXPECT_EQ(result.errors, "") << terminal;
+    EXPECT_EQ(result.status, 0);
     EXPECT_TRUE(program.stored().empty());
   }
 }

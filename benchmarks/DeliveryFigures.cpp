@@ -1,0 +1,279 @@
+#include <benchmark/benchmark.h>
+#include <curl/curl.h>
+#include <dirent.h>
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <systemd/sd-bus.h>
+#include <unistd.h>
+
+#include <array>
+#include <climits>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "benchmarks/Figure.h"
+#include "benchmarks/LoopbackServer.h"
+#include "benchmarks/Reports.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/SessionBus.h"
+#include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/Free.h"
+#include "ztportal/platform/desktop/LinuxRunningApplications.h"
+
+// One delivery, one walk of the process table and the resending of a store, each beside the same
+// calls without the library.
+
+namespace zt::bench {
+
+namespace {
+
+namespace fs = std::filesystem;
+
+std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* body) {
+  static_cast<std::string*>(body)->append(bytes, size);
+  return size;
+}
+
+/// Posts with libcurl over a connection that is kept.
+class BarePost {
+ public:
+  BarePost() { curl_easy_setopt(_handle.get(), CURLOPT_WRITEFUNCTION, takeBody); }
+
+  void post(const std::string& url, const std::string& body) {
+    std::string response;
+    curl_easy_setopt(_handle.get(), CURLOPT_URL, url.c_str());
+    curl_easy_setopt(_handle.get(), CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
+    curl_easy_setopt(_handle.get(), CURLOPT_POSTFIELDS, body.data());
+    curl_easy_setopt(_handle.get(), CURLOPT_WRITEDATA, &response);
+    if (curl_easy_perform(_handle.get()) != CURLE_OK || response.empty()) {
+      throw std::runtime_error("libcurl got no response");
+    }
+  }
+
+ private:
+  const std::unique_ptr<CURL, Free<curl_easy_cleanup>> _handle{curl_easy_init()};
+};
+
+/// Opens the session bus, sends one signal with `text` and closes the bus once it is sent.
+void sendBareSignal(const std::string& text) {
+  sd_bus* opened = nullptr;
+  if (sd_bus_open_user(&opened) < 0) throw std::runtime_error("no session bus");
+  const std::unique_ptr<sd_bus, Free<sd_bus_flush_close_unref>> bus(opened);
+  if (sd_bus_emit_signal(opened, "/com/kelvane/ZtPortal", "com.kelvane.ZtPortal",
+                         "ZtPortalGhostNotification", "sa{ss}", "bench", 3, "version", "1", "date",
+                         "21.11.26, 12:00", "request", text.c_str()) < 0) {
+    throw std::runtime_error("the signal cannot be sent");
+  }
+}
+
+/// Reads the process table and each process's link to its executable; how many processes there are.
+std::size_t walkBareProcessTable() {
+  std::size_t processes = 0;
+  const std::unique_ptr<DIR, Free<closedir>> folder(opendir("/proc"));
+  std::array<char, PATH_MAX> target;
+  while (const dirent* entry = readdir(folder.get())) {
+    if (entry->d_name[0] < '0' || entry->d_name[0] > '9') continue;
+    const std::string link = std::string(entry->d_name) + "/exe";
+    ++processes;
+    if (readlinkat(dirfd(folder.get()), link.c_str(), target.data(), target.size()) < 0) continue;
+  }
+  return processes;
+}
+
+/// What libxml2 writes of what it parsed.
+std::string parseAndWriteBare(const std::string& text) {
+  const std::unique_ptr<xmlDoc, Free<xmlFreeDoc>> document(
+      xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, XML_PARSE_NONET));
+  if (document == nullptr) throw std::runtime_error("libxml2 cannot parse a saved report");
+  xmlChar* written = nullptr;
+  int size = 0;
+  xmlDocDumpMemory(document.get(), &written, &size);
+  const std::unique_ptr<xmlChar, Free<free>> bytes(written);
+  return {reinterpret_cast<const char*>(written), static_cast<std::size_t>(size)};
+}
+
+/// A session bus and a data folder of the measurement's own, in force for a scope.
+class Desktop {
+ public:
+  const test::TemporaryFolder& dataFolder() const { return _data; }
+
+ private:
+  test::TemporaryFolder _data;
+  test::SessionBus _bus;
+  test::ScopedEnvironment _address{"DBUS_SESSION_BUS_ADDRESS", _bus.address().c_str()};
+  test::ScopedEnvironment _dataHome{"XDG_DATA_HOME", _data.path().c_str()};
+  test::ScopedEnvironment _proxy{"http_proxy", nullptr};
+};
+
+constexpr const char* kPeer = "same calls without the library";
+constexpr std::size_t kBytes = 20'000;
+constexpr int kLookUps = 3;
+
+constexpr std::size_t kProcesses = 1000;
+
+/// As many sleeping processes as make `kProcesses` on the whole machine.
+class SleepingProcesses {
+ public:
+  SleepingProcesses() {
+    for (std::size_t running = walkBareProcessTable(); running < kProcesses; ++running) {
+      const pid_t process = ::fork();
+      if (process < 0) throw std::runtime_error("no 1,000 processes");
+      if (process == 0) sleepUntilKilled();
+      _processes.push_back(process);
+    }
+  }
+  SleepingProcesses(const SleepingProcesses&) = delete;
+  SleepingProcesses& operator=(const SleepingProcesses&) = delete;
+  ~SleepingProcesses() {
+    for (const pid_t process : _processes) ::kill(process, SIGKILL);
+    for (const pid_t process : _processes) ::waitpid(process, nullptr, 0);
+  }
+
+ private:
+  [[noreturn]] static void sleepUntilKilled() {
+    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    for (;;) ::pause();
+  }
+
+  std::vector<pid_t> _processes;
+};
+
+constexpr std::size_t kReports = 10'000;
+constexpr std::size_t kFewReports = 100;
+constexpr double kMebibyte = 1024.0 * 1024.0;
+
+std::string contentOf(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  std::ostringstream content;
+  content << stream.rdbuf();
+  return content.str();
+}
+
+/// Saved reports, each of its own bytes on the disk, to be put into the store again and again.
+class SavedReports {
+ public:
+  SavedReports(const test::TemporaryFolder& folder, const std::string& text)
+      : _folder(folder.path("saved")), _store(std::string(ZtPortalData::reportFolder().view())) {
+    for (std::size_t i = 0; i < kReports; ++i) {
+      folder.write("saved/{" + std::to_string(i) + "}.ztr", text);
+    }
+  }
+
+  void fillStore(std::size_t count) const {
+    for (const fs::directory_entry& file : fs::directory_iterator(_folder)) {
+      if (count-- == 0) return;
+      fs::create_hard_link(file.path(), _store / file.path().filename());
+    }
+  }
+  void expectEmptyStore() const {
+    if (!fs::is_empty(_store)) throw std::runtime_error("saved reports were not accepted");
+  }
+  const fs::path& store() const { return _store; }
+
+ private:
+  fs::path _folder;
+  fs::path _store;
+};
+
+/// A line of /proc/self/status, in bytes.
+double memory(const std::string& name) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with(name)) return std::stod(line.substr(name.size())) * 1024.0;
+  }
+  throw std::runtime_error("no " + name + " in /proc/self/status");
+}
+
+/// Sets the peak of the resident memory back to its present size.
+void forgetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
+
+}  // namespace
+
+/// One delivery of a report of 20 kB. It looks up the test mode three times: for the text, for the
+/// way to the server, and for the post.
+std::vector<Figure> deliveryFigures() {
+  const LoopbackServer server;
+  const Desktop desktop;
+  setEnvironment();
+  const auto report = reportOfSize(server.configurationUrl(), kBytes);
+  const std::string text = report->getSoapString();
+  const std::string url = server.reportUrl();
+  BarePost post;
+  const Work ours = [&] {
+    if (!report->reportToServer()) throw std::runtime_error("a report was not accepted");
+  };
+  const Work theirs = [&] {
+    for (int i = 0; i < kLookUps; ++i) walkBareProcessTable();
+    sendBareSignal(text);
+    post.post(url, text);
+  };
+  const std::vector<double> best = fastest(1500, {ours, theirs});
+  return {atMostTimes(1.15, "one delivery of a 20 kB report", best[0] * 1e6, {kPeer, best[1] * 1e6},
+                      "us")};
+}
+
+/// One walk of the process table of a machine with 1,000 processes.
+std::vector<Figure> processWalkFigures() {
+  const SleepingProcesses processes;
+  LinuxRunningApplications applications;
+  const std::vector<double> best =
+      fastest(400, {[&] { benchmark::DoNotOptimize(applications.list()); },
+                    [] { benchmark::DoNotOptimize(walkBareProcessTable()); }});
+  return {atMostTimes(1.2, "a process table of 1,000 walked", best[0] * 1e6,
+                      {"folder and links read", best[1] * 1e6}, "us")};
+}
+
+/// A store of 10,000 saved reports of 20 kB, sent again: beside the same calls, and beside the same
+/// calls with the look-up of the test mode before each post.
+std::vector<Figure> resendFigures() {
+  const LoopbackServer server;
+  const Desktop desktop;
+  setEnvironment();
+  const auto report = reportOfSize(server.configurationUrl(), kBytes);
+  const SavedReports saved(desktop.dataFolder(), report->getSoapString());
+  BarePost post;
+  const auto resend = [&](std::size_t count) {
+    saved.fillStore(count);
+    const double seconds = secondsOf([&] { report->sendSavedReports(); });
+    saved.expectEmptyStore();
+    return seconds;
+  };
+  const auto resendBare = [&](bool withLookUps) {
+    saved.fillStore(kReports);
+    return secondsOf([&] {
+      for (const fs::directory_entry& file : fs::directory_iterator(saved.store())) {
+        if (withLookUps) walkBareProcessTable();
+        const std::string text = parseAndWriteBare(contentOf(file.path()));
+        sendBareSignal(text);
+        post.post(server.reportUrl(), text);
+        fs::remove(file.path());
+      }
+    });
+  };
+
+  resend(kFewReports);
+  forgetPeak();
+  const double before = memory("VmRSS:");
+  const double ours = resend(kReports);
+  const double growth = memory("VmHWM:") - before;
+  const double parts = resendBare(false);
+  const double partsAndLookUps = resendBare(true);
+  const auto each = [](double seconds) { return seconds * 1e6 / kReports; };
+  return {
+      atMostTimes(1.15, "resending 10,000 reports of 20 kB, each", each(ours), {kPeer, each(parts)},
+                  "us"),
+      atMostTimes(1.15, "resending 10,000 reports of 20 kB, each", each(ours),
+                  {"with the look-ups", each(partsAndLookUps)}, "us"),
+      atMost(2, "memory of resending 10,000 beyond 100", growth / kMebibyte, "MiB"),
+  };
+}
+
+}  // namespace zt::bench

@@ -1,0 +1,114 @@
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <fstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "benchmarks/Figure.h"
+#include "benchmarks/LoopbackServer.h"
+#include "benchmarks/Reports.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/files/HomeFolder.h"
+#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/LinuxChildProcess.h"
+
+// What takes the time of whole processes: the first report, a host that never reports, the probe.
+
+namespace zt::bench {
+
+namespace {
+
+/// Runs a program to its end. Without the pipes and threads of `test::Subprocess`, whose time would
+/// count.
+void run(std::vector<std::string> words) {
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  pid_t process = -1;
+  int status = -1;
+  if (::posix_spawnp(&process, arguments[0], nullptr, nullptr, arguments.data(), environ) != 0 ||
+      ::waitpid(process, &status, 0) != process || status != 0) {
+    throw std::runtime_error(words[0] + " failed");
+  }
+}
+
+/// The resident memory of a program that has just started, in MiB; pages that it shares count.
+double residentMemory(const std::string& program) {
+  test::Subprocess host({program, "stay"});
+  if (!host.readLine(std::chrono::seconds(10))) throw std::runtime_error(program + " is gone");
+  std::ifstream rollup("/proc/" + std::to_string(host.pid()) + "/smaps_rollup");
+  constexpr std::string_view kName = "Rss:";
+  for (std::string line; std::getline(rollup, line);) {
+    if (line.starts_with(kName)) return std::stod(line.substr(kName.size())) / 1024.0;
+  }
+  throw std::runtime_error("no memory of " + program);
+}
+
+}  // namespace
+
+/// From the start of a process to its first accepted report, beside curl making the same three
+/// requests. There is no session bus, since curl broadcasts nothing.
+std::vector<Figure> firstReportFigures() {
+  const LoopbackServer server;
+  const test::TemporaryFolder folder;
+  const test::ScopedEnvironment bus("DBUS_SESSION_BUS_ADDRESS", nullptr);
+  const test::ScopedEnvironment runtime("XDG_RUNTIME_DIR", nullptr);
+  const test::ScopedEnvironment proxy("http_proxy", nullptr);
+  const std::string version = folder.write("version", "<getVersionInfo/>");
+  const auto report = emptyReport();
+  report->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
+  const std::string text = folder.write("report", report->generateXml(nullptr, true));
+  const auto curl = [&](std::vector<std::string> more) {
+    more.insert(more.begin(), {"curl", "-s", "-o", "/dev/null"});
+    run(more);
+  };
+  const std::vector<double> best =
+      fastest(80, {[&] {
+                     run({ZT_FIRST_REPORT, server.configurationUrl()});
+                   },
+                   [&] {
+                     curl({server.configurationUrl()});
+                     curl({"--data-binary", "@" + version, server.reportUrl()});
+                     curl({"--data-binary", "@" + text, server.reportUrl()});
+                   }});
+  return {atMostTimes(1.0, "process start to first accepted report", best[0] * 1e3,
+                      {"three curl processes", best[1] * 1e3}, "ms")};
+}
+
+/// What a host that never reports pays for the shared library.
+std::vector<Figure> idleHostFigures() {
+  const std::vector<double> best =
+      fastest(300, {[] { run({ZT_IDLE_HOST}); }, [] { run({ZT_EMPTY_PROGRAM}); }});
+  const double added = (best[0] - best[1]) * 1e3;
+  const double memory = residentMemory(ZT_IDLE_HOST);
+  Figure start = atMost(2, "start-up added to a host that never reports", added, "ms");
+  start.peer = "empty program: " + measure(best[1] * 1e3, "ms");
+  Figure all = atMost(1, "memory added to it", memory - residentMemory(ZT_EMPTY_PROGRAM), "MiB");
+  all.peer = "empty program";
+  Figure own = atMost(1, "memory added to it", memory - residentMemory(ZT_RUNTIME_PROGRAM), "MiB");
+  own.peer = "empty program with the C++ runtime";
+  return {start, all, own};
+}
+
+/// The inventory of this machine beside the shell that it asks for the user's group.
+std::vector<Figure> probeFigures() {
+  setEnvironment();
+  LinuxChildProcess shell(libexecFolder());
+  const std::string command =
+      "dscl . -read " + homeFolder() + " PrimaryGroupID | awk '{ print $2 }'";
+  const std::vector<double> best =
+      fastest(150, {[] { ZtPortalPoolComputerSystem::initWithValues(ZtDate::now(), true); },
+                    [&] {
+                      shell.output("/bin/bash", {"-c", command});
+                    }});
+  return {atMostTimes(1.3, "the probe", best[0] * 1e3, {"its subprocess", best[1] * 1e3}, "ms")};
+}
+
+}  // namespace zt::bench

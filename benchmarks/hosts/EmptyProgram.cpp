@@ -1,8 +1,0 @@
-#include <unistd.h>
-
-// A program that does nothing; with an argument it stays until it is killed, to be looked at.
-
-int main(int count, char** /*words*/) {
-  if (count == 2 && ::write(STDOUT_FILENO, "\n", 1) == 1) ::pause();
-  return 0;
-}

@@ -1,0 +1,69 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <regex>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "TestPaths.h"
+#include "tests/support/LoopbackServer.h"
+#include "tests/support/Markdown.h"
+#include "tests/support/Subprocess.h"
+#include "tests/support/TemporaryFolder.h"
+
+// Runs docs/getting-started.md from its first block to its last.
+
+namespace {
+
+using testing::HasSubstr;
+using zt::test::runProgram;
+
+std::string replaced(std::string text, std::string_view what, const std::string& with) {
+  for (std::size_t at = text.find(what); at != std::string::npos;
+       at = text.find(what, at + with.size())) {
+    text.replace(at, what.size(), with);
+  }
+  return text;
+}
+
+TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) {
+  const zt::test::TemporaryFolder folder;
+  using zt::test::LoopbackPort;
+  const std::string port = std::to_string(LoopbackPort(LoopbackPort::Refuses).number());
+  std::filesystem::create_directory(folder.path("hello"));
+  // The first commands build the library in the clone; this build replaces theirs.
+  std::string script = "set -euo pipefail\ncd " + zt::test::paths::kSource + "\n";
+  bool isFirst = true;
+  for (const auto& block :
+       zt::test::markdownBlocks(zt::test::paths::kSource + "/docs/getting-started.md")) {
+    if (!block.name.empty()) {
+      folder.write("hello/" + block.name, block.content);
+    } else if (block.language == "sh") {
+      std::string commands = replaced(block.content, ":8025", ":" + port);
+      if (isFirst) {
+        EXPECT_THAT(commands, HasSubstr("script/build release\n"));
+        commands = replaced(commands, "script/build release\n", "");
+        commands = replaced(commands, "build/release", zt::test::paths::kBuild);
+        commands += "cd " + folder.path() + "\n";
+      }
+      isFirst = false;
+      script += commands;
+    }
+  }
+  const std::string file = folder.write("script.sh", script);
+  const auto [status, output, errors] =
+      runProgram("/bin/bash", {file},
+                 {.environment = std::vector<std::string>{"PATH=/usr/bin:/bin", "LC_ALL=C",
+                                                          "HOME=" + folder.path(),
+                                                          "PREFIX=" + folder.path("prefix")}});
+  EXPECT_EQ(status, 0) << script << output << errors;
+  EXPECT_THAT(output, HasSubstr("Hello\nreported\n"));
+  EXPECT_THAT(output, HasSubstr("\"customerId\":\"Kelvane\""));
+  EXPECT_THAT(output, HasSubstr("Hello\nkept for later\n{"));
+  EXPECT_TRUE(std::regex_search(output, std::regex("\\{[0-9A-F-]{36}\\}\\.ztr\n"))) << output;
+  EXPECT_THAT(output, HasSubstr("\n1 sent, 0 left\n"));
+}
+
+}  // namespace

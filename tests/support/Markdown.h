@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace zt::test {
+
+/// A fenced block of a Markdown file. Its file name stands behind the language, or alone in a line
+/// before the block, as "`main.cpp`:".
+///
+///     ```json report.json
+///     {"pools": []}
+///     ```
+struct MarkdownBlock {
+  std::string language;  ///< "json"
+  std::string name;      ///< "report.json", empty without one
+  std::string content;   ///< whole lines
+  int line = 0;          ///< of the first of them in the file
+};
+
+/// Throws std::runtime_error when the file cannot be read or its last block has no end.
+std::vector<MarkdownBlock> markdownBlocks(const std::string& file);
+
+}  // namespace zt::test
