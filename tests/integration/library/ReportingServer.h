@@ -12,7 +12,7 @@
 
 namespace zt::test {
 
-/// The three requests of a document's life.
+/// The three requests of a document.
 enum class Asked { Configuration, Version, Report };
 
 inline const char* nameOf(Asked asked) {
@@ -31,7 +31,7 @@ inline Asked whatIsAsked(std::string_view request) {
   return request.find("<getVersionInfo") != std::string_view::npos ? Asked::Version : Asked::Report;
 }
 
-/// An answer of status 200, and what becomes of the connection.
+/// A response of status 200, and what happens to the connection afterwards.
 inline RawAnswer success(std::string_view body, RawAnswer::Then then = RawAnswer::Then::Keep) {
   std::string bytes = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) +
                       "\r\nContent-Type: text/xml\r\n\r\n";
@@ -43,10 +43,10 @@ inline constexpr std::string_view kAcceptance =
     "<Envelope><Body><ns1:postPoolDatasResponse><return>true</return>"
     "</ns1:postPoolDatasResponse></Body></Envelope>";
 
-/// A reporting server whose bytes are the test's own. It is healthy but for what `misanswer` says.
+/// A reporting server that is healthy except for the responses set by `misanswer`.
 class ReportingServer {
  public:
-  /// `beforeAnswer` is called when a request has arrived, on the server's thread.
+  /// `beforeAnswer` is called on the server's thread when a request has arrived.
   explicit ReportingServer(std::function<void(Asked)> beforeAnswer = [](Asked) {})
       : _beforeAnswer(std::move(beforeAnswer)),
         _server([this](const std::string& request) { return answer(request); }) {}
@@ -55,7 +55,7 @@ class ReportingServer {
   std::string host() const { return _server.host(); }
   std::vector<std::string> requests() const { return _server.requests(); }
 
-  /// What a healthy server says.
+  /// The body of a healthy response.
   std::string healthyBody(Asked asked) const {
     if (asked == Asked::Version) return "<versioninfo>7.3</versioninfo>";
     if (asked == Asked::Report) return std::string(kAcceptance);
@@ -67,7 +67,7 @@ class ReportingServer {
     const std::lock_guard lock(_mutex);
     _answers[asked] = std::move(answer);
   }
-  /// Answers so to the first request of the kind alone.
+  /// Only for the next request of the kind.
   void misanswerOnce(Asked asked, RawAnswer answer) {
     const std::lock_guard lock(_mutex);
     _firstAnswers[asked] = std::move(answer);

@@ -243,9 +243,9 @@ TEST_F(ZtReportTest, SavedReportsAreResentWithTheDocumentsResult) {
 TEST_F(ZtReportTest, AnExceptionOfThePlatformIsFalseAndOthersReachTheCaller) {
   const auto facade = made();
   facade->startReport("setup");
-  platform.broadcast_.onPost = zt::test::raise;
+  platform.broadcast_.onPost = zt::test::throwZtException;
   EXPECT_FALSE(facade->sendReport(true));
-  platform.broadcast_.onPost = zt::test::raiseForeign;
+  platform.broadcast_.onPost = zt::test::throwForeign;
   EXPECT_THROW(facade->sendReport(true), zt::test::ForeignError);
 }
 
