@@ -149,7 +149,6 @@ ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& rela
       zt::supportFolder(static_cast<std::int16_t>(domain & 0xFFFFU), relativePath.view()));
 }
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): an operation of a document.
 ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command) {
   return zt::ReportingServer::exchange(url, command);
 }
@@ -168,7 +167,6 @@ ZtString ZtPortalData::_getServerVersion() { return _server->readVersion(); }
 
 // Delivery and offline store.
 
-// NOLINTNEXTLINE(readability-convert-member-functions-to-static): an operation of a document.
 bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
 
 void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }

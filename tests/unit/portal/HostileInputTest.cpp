@@ -77,53 +77,28 @@ class HostileInputTest : public PortalTest {
   const std::string _hugeName = std::string(1'000'000, 'n');
 };
 
-// Configurations.
+// The parser's own tests have more of these; here one of a kind shows what a document does with it.
 
-TEST_F(HostileInputTest, AConfigurationWithGrowingEntitiesIsNotRead) {
-  expectNotConfiguredBy(growingEntities("c") + "<c><defSOAP>&e9;</defSOAP></c>");
-  expectNotConfiguredBy(growingEntities("c") + "<c><defSOAP b='&e9;'>http://r/</defSOAP></c>");
-  expectNotConfiguredBy(growingEntities("c") + "<c><defSOAP>http://r/</defSOAP>&e9;</c>");
-}
-
-TEST_F(HostileInputTest, AConfigurationIncludesNoFile) {
-  for (const std::string& declaration :
-       {"<!DOCTYPE c [<!ENTITY e SYSTEM 'file://" + _secret + "'>]>",
-        "<!DOCTYPE c [<!ENTITY e PUBLIC 'p' '" + _secret + "'>]>",
-        "<!DOCTYPE c SYSTEM '" + _types + "'>",
-        "<!DOCTYPE c [<!ENTITY % p SYSTEM '" + _types + "'>%p;]>",
-        "<!DOCTYPE c SYSTEM 'http://config.test/types.dtd'>"s}) {
-    expectNotConfiguredBy(declaration +
-                          "<c><defSOAP>&e;</defSOAP><defTestSOAP>&e;</defTestSOAP></c>");
-  }
-  expectNotConfiguredBy(
-      "<c xmlns:xi='http://www.w3.org/2001/XInclude'><defSOAP><xi:include "
-      "parse='text' href='" +
-      _secret + "'/></defSOAP></c>");
-}
-
-TEST_F(HostileInputTest, ADeepConfigurationOrOneWithHugeNamesIsNotRead) {
+TEST_F(HostileInputTest, AHostileConfigurationIsNotRead) {
   const std::string url = "<defSOAP>http://r/</defSOAP>";
-  expectNotConfiguredBy("<c>" + nested(100'000, "") + url + "</c>");
-  expectNotConfiguredBy("<c><defSOAP>" + nested(100'000, "http://r/") + "</defSOAP></c>");
-  expectNotConfiguredBy(repeated("<c>", 1'000'000));
-  expectNotConfiguredBy("<" + _hugeName + ">" + url + "</" + _hugeName + ">");
-  expectNotConfiguredBy("<c><" + _hugeName + "/>" + url + "</c>");
-  expectNotConfiguredBy("<c " + _hugeName + "='1'>" + url + "</c>");
-  expectNotConfiguredBy("<c xmlns:" + _hugeName + "='urn:n'>" + url + "</c>");
-  expectNotConfiguredBy("<c>&" + _hugeName + ";" + url + "</c>");
-  expectNotConfiguredBy("<c><?" + _hugeName + "?>" + url + "</c>");
-}
-
-TEST_F(HostileInputTest, AConfigurationInAnotherEncodingThanUtf8OrWithANulByteIsNotRead) {
-  const std::string latin1 = "<c><defSOAP>http://r\xE4/</defSOAP></c>";
   for (const std::string& text :
-       {latin1, "<?xml version='1.0' encoding='ISO-8859-1'?>" + latin1,
-        "<c><defSOAP>http://\xC0\xAE/</defSOAP></c>"s,
-        "<c><defSOAP>http://\xED\xA0\x80/</defSOAP></c>"s, "\xFF\xFE<\0c\0>\0<\0/\0c\0>\0"s,
-        "+ADw-c+AD4APA-defSOAP+AD4-http://r/+ADw-/defSOAP+AD4APA-/c+AD4-"s,
+       {growingEntities("c") + "<c><defSOAP>&e9;</defSOAP></c>",
+        growingEntities("c") + "<c><defSOAP b='&e9;'>http://r/</defSOAP></c>",
+        "<!DOCTYPE c [<!ENTITY e SYSTEM 'file://" + _secret + "'>]><c><defSOAP>&e;</defSOAP></c>",
+        "<!DOCTYPE c SYSTEM '" + _types + "'><c><defSOAP>&e;</defSOAP></c>",
+        "<!DOCTYPE c SYSTEM 'http://config.test/types.dtd'><c><defSOAP>&e;</defSOAP></c>"s,
+        "<c xmlns:xi='http://www.w3.org/2001/XInclude'><defSOAP><xi:include parse='text' href='" +
+            _secret + "'/></defSOAP></c>",
+        "<c>" + nested(100'000, "") + url + "</c>",
+        "<c><defSOAP>" + nested(100'000, "http://r/") + "</defSOAP></c>",
+        repeated("<c>", 1'000'000), "<" + _hugeName + ">" + url + "</" + _hugeName + ">",
+        "<c " + _hugeName + "='1'>" + url + "</c>", "<c>&" + _hugeName + ";" + url + "</c>",
+        // Another encoding than UTF-8.
+        "<?xml version='1.0' encoding='ISO-8859-1'?><c><defSOAP>http://r\xE4/</defSOAP></c>"s,
+        "<c><defSOAP>http://\xC0\xAE/</defSOAP></c>"s, "\xFF\xFE<\0c\0>\0<\0/\0c\0>\0"s,
+        // A NUL byte.
         "<c><defSOAP>http://r/\0.test/</defSOAP></c>"s, "<c><defSOAP>http://r/&#0;</defSOAP></c>"s,
-        "<c><def\0SOAP>http://r/</def\0SOAP></c>"s, "<c><defSOAP>http://r/</defSOAP></c>\0"s,
-        "\0<c><defSOAP>http://r/</defSOAP></c>"s}) {
+        "<c><def\0SOAP>http://r/</def\0SOAP></c>"s, "<c><defSOAP>http://r/</defSOAP></c>\0"s}) {
     expectNotConfiguredBy(text);
   }
 }
@@ -132,23 +107,16 @@ TEST_F(HostileInputTest, ALongUrlAndADeclaredEncodingAreNoFaults) {
   const std::string url = "http://report.test/" + std::string(1'000'000, 'a');
   configuration = {200, "<c><defSOAP>" + url + "</defSOAP></c>"};
   EXPECT_TRUE(made()->reportUrl() == url);
-  configuration = {200,
-                   "<?xml version='1.0' encoding='UTF-7'?><c><defSOAP>http://report.test/soap"
-                   "</defSOAP></c>"};
-  EXPECT_EQ(made()->reportUrl(), "http://report.test/soap");
+  configuration = {200, "<?xml version='1.0' encoding='UTF-7'?><c><defSOAP>u</defSOAP></c>"};
+  EXPECT_EQ(made()->reportUrl(), "u");
 }
-
-// Versions.
 
 TEST_F(HostileInputTest, AHostileVersionIsNone) {
   for (const std::string& text :
        {growingEntities("versioninfo") + "<versioninfo>&e9;</versioninfo>",
-        growingEntities("versioninfo") + "<versioninfo a='&e9;'>7</versioninfo>",
         "<!DOCTYPE versioninfo [<!ENTITY e SYSTEM 'file://" + _secret +
             "'>]><versioninfo>&e;</versioninfo>",
         "<!DOCTYPE versioninfo SYSTEM '" + _types + "'><versioninfo>&e;</versioninfo>",
-        "<!DOCTYPE versioninfo [<!ENTITY % p SYSTEM '" + _types +
-            "'>%p;]><versioninfo>&e;</versioninfo>",
         "<versioninfo>" + nested(100'000, "7") + "</versioninfo>",
         "<versioninfo " + _hugeName + "='1'>7</versioninfo>",
         "<versioninfo><" + _hugeName + "/>7</versioninfo>", "<versioninfo>\xE4</versioninfo>"s,
@@ -158,8 +126,6 @@ TEST_F(HostileInputTest, AHostileVersionIsNone) {
     expectOfflineWith(text);
   }
 }
-
-// Responses to a report.
 
 TEST_F(HostileInputTest, AResponseToAReportIsNotParsed) {
   const std::pair<std::string, bool> rows[] = {
@@ -175,13 +141,6 @@ TEST_F(HostileInputTest, AResponseToAReportIsNotParsed) {
     report = {200, response};
     EXPECT_EQ(document->reportToServer(), isAccepted) << response.substr(0, 100);
   }
-}
-
-// Saved reports.
-
-TEST_F(HostileInputTest, ASavedReportWithGrowingEntitiesIsNotSent) {
-  expectNotSent(growingEntities("a") + "<a>&e9;</a>");
-  expectNotSent(growingEntities("a") + "<a b='&e9;'/>");
 }
 
 TEST_F(HostileInputTest, ASavedReportIsSentWithTheNameOfAnotherFileAndNotItsContent) {
@@ -200,14 +159,17 @@ TEST_F(HostileInputTest, ADeepSavedReportOrOneWithHugeNamesIsSentUnlessItHasDecl
   }
 }
 
-TEST_F(HostileInputTest, ASavedReportWithBytesOutsideItsEncodingIsNotSent) {
+TEST_F(HostileInputTest, AHostileSavedReportIsNotSent) {
   for (const std::string& content :
-       {"<a>\xE4</a>"s, "<?xml version='1.0' encoding='US-ASCII'?><a>\xC3\xA4</a>"s,
+       {growingEntities("a") + "<a>&e9;</a>", growingEntities("a") + "<a b='&e9;'/>",
+        // Bytes outside the encoding.
+        "<a>\xE4</a>"s, "<?xml version='1.0' encoding='US-ASCII'?><a>\xC3\xA4</a>"s,
         "<?xml version='1.0' encoding='UTF-16'?><a/>"s,
         "<?xml version='1.0' encoding='x-unknown'?><a/>"s,
         "<?xml version='1.0' encoding='../../etc/passwd'?><a/>"s,
-        "\xFF\xFE<\0a\0>\0\0\xD8<\0/\0a\0>\0"s, "<a>\0</a>"s, "<a/>\0"s, "<a/>\0<b/>"s, "\0<a/>"s,
-        "<a>&#0;</a>"s}) {
+        "\xFF\xFE<\0a\0>\0\0\xD8<\0/\0a\0>\0"s,
+        // A NUL byte.
+        "<a>\0</a>"s, "<a/>\0"s, "<a/>\0<b/>"s, "\0<a/>"s, "<a>&#0;</a>"s}) {
     expectNotSent(content);
   }
 }
