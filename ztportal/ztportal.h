@@ -2,7 +2,7 @@
 
 /// Reports the runs of a desktop application to its customer's reporting server.
 ///
-/// This header has all of the library's public interface. A host makes a document, fills it with
+/// This header is the whole public interface of the library. A host makes a document, fills it with
 /// pools, and sends it:
 ///
 ///     auto document = ZtPortalData::initWithValues(configurationUrl, false, "Kelvane",
@@ -11,13 +11,13 @@
 ///     document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
 ///     bool accepted = document->reportToServer();
 ///
-/// What the server does not accept is kept as a file in the user's data folder, and sent again by
-/// `ZtPortalData::sendSavedReports` of any later document. `ZtReport` does all of it for one run of
-/// an application.
+/// Reports that the server does not accept are kept as files in the user's data folder;
+/// `ZtPortalData::sendSavedReports` of any later document sends them again. `ZtReport` does all of
+/// this for one run of an application.
 ///
-/// Everything works on the caller's thread and may be used by several threads, each with its own
-/// objects. The library prints nothing, starts no thread and ends no program; a host knows by
-/// return values, and by the exception `ZtException`, what went wrong.
+/// Everything runs on the caller's thread. Several threads may use the library, each with its own
+/// objects. The library prints nothing, starts no thread and ends no program; it reports failures
+/// by return values and by the exception `ZtException`.
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

@@ -2,7 +2,9 @@
 #include <array>
 #include <charconv>
 #include <limits>
+#include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -10,15 +12,87 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
+#include "ztportal/platform/Platform.h"
+#include "ztportal/platform/files/HomeFolder.h"
+#include "ztportal/platform/locale/PreferredLanguages.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
-#include "ztportal/system/Probe.h"
 #include "ztportal/system/ZtApplicationIdentifiers.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
 // How the computer-system pool fills itself from the machine.
 
 namespace {
+
+using zt::Platform;
+using Info = zt::InstalledApplications::Info;
+
+ZtString valueOf(const Info& info, const std::string& key) {
+  const auto found = info.find(key);
+  return found != info.end() ? found->second : ZtString();
+}
+
+/// Whether the user's primary group is 80 or 20, as the directory service names it for the home
+/// folder. 20 counts deliberately: it is the group of every user on some machines, and their
+/// reports have always said so.
+bool isUserAdmin() {
+  // The path reaches the shell unquoted, blanks and quotes included.
+  std::string command;
+  zt::appendText(command, "dscl . -read ", zt::homeFolder(),
+                 " PrimaryGroupID | awk '{ print $2 }'");
+  const std::string output =
+      Platform::current().childProcess().output("/bin/bash", {"-c", command});
+  const std::string_view group = zt::trimmed(output);
+  return group == "80" || group == "20";
+}
+
+/// An application as an inventory lists it. Its name and version may be missing.
+struct ProbedApplication {
+  ZtString identifier;
+  ZtString name;
+  ZtString version;
+};
+
+/// The applications of the machine. Used by one thread, and only while the current platform is.
+class ProbedApplications {
+ public:
+  /// Looks up each application when it is asked for.
+  ProbedApplications() : _applications(Platform::current().installedApplications()) {}
+  /// Starts looking up these applications at once, in parallel to the caller.
+  ProbedApplications(std::span<const std::string_view> bundleIdentifiers,
+                     std::span<const std::string_view> urls)
+      : _prepared(Platform::current().installedApplications().prepared(bundleIdentifiers, urls)),
+        _applications(_prepared ? *_prepared : Platform::current().installedApplications()) {}
+
+  /// The installed application of a bundle identifier. `identifier` of the result is the
+  /// application's own.
+  std::optional<ProbedApplication> installed(std::string_view bundleIdentifier) const {
+    const std::optional<std::string> path = _applications.withIdentifier(bundleIdentifier);
+    if (!path) return std::nullopt;
+    const std::optional<Info> info = _applications.info(*path);
+    if (!info) return std::nullopt;
+    return ProbedApplication{valueOf(*info, "CFBundleIdentifier"), valueOf(*info, "CFBundleName"),
+                             valueOf(*info, "CFBundleShortVersionString")};
+  }
+
+  /// Path of the application that opens `url` ("http:", "mailto:") for the user; missing when none.
+  ZtString defaultPath(std::string_view url) const {
+    const auto path = _applications.defaultFor(url);
+    return path ? ZtString(*path) : nullptr;
+  }
+
+  /// The bundle identifier of the application at `path`; empty when there is no path or no
+  /// application, missing when the application has no identifier.
+  ZtString identifierAt(const ZtString& path) const {
+    if (path.isNull()) return "";
+    const auto info = _applications.info(std::string(path.view()));
+    return info ? valueOf(*info, "CFBundleIdentifier") : ZtString("");
+  }
+
+ private:
+  std::unique_ptr<zt::InstalledApplications> _prepared;  // null where nothing is gained by it
+  zt::InstalledApplications& _applications;
+};
 
 constexpr std::array kEMailClients{&APP_MAIL_IDENT, &APP_TBIRD_IDENT, &APP_ENTOURAGE_IDENT,
                                    &APP_OUTLOOK_IDENT};
@@ -28,8 +102,8 @@ constexpr std::array kBrowsers{&APP_SAFARI_IDENT, &APP_FIREFOX_IDENT, &APP_OPERA
 constexpr std::string_view kEMailUrl = "mailto:";
 constexpr std::string_view kBrowserUrl = "http:";
 
-/// All that the inventory will ask about applications, which is begun beside the shell's answer.
-zt::ProbedApplications beginApplications() {
+/// Starts looking up all applications of the inventory, in parallel to the shell command.
+ProbedApplications beginApplications() {
   std::vector<std::string_view> identifiers;
   identifiers.reserve(kEMailClients.size() + kBrowsers.size());
   for (const ZtString* identifier : kEMailClients) identifiers.push_back(identifier->view());
@@ -50,7 +124,7 @@ std::int32_t leadingNumber(std::string_view text) {
 /// that is installed. The default is told by what an application calls itself, not by what was
 /// looked for.
 template <class Add>
-void eachInstalled(const zt::ProbedApplications& applications,
+void eachInstalled(const ProbedApplications& applications,
                    const std::array<const ZtString*, 4>& identifiers, std::string_view url,
                    Add add) {
   const ZtString defaultIdentifier = applications.identifierAt(applications.defaultPath(url));
@@ -77,13 +151,13 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
   zt::appendText(version, "MACOS ", infoOf(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER).printed());
   setOsVersion(version);
   setServicePack(leadingNumber(infoOf(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK).view()));
-  const std::optional<ZtString> language = zt::preferredLanguageCode();
+  const std::vector<std::string> languages = zt::preferredLanguages();
   // Without a language the check ends early, and the pool lists no applications.
-  const zt::ProbedApplications applications =
-      language ? beginApplications() : zt::ProbedApplications();
+  const ProbedApplications applications =
+      languages.empty() ? ProbedApplications() : beginApplications();
   setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
-  if (!language) return;
-  _osLanguage = _userLanguage = zt::languageOfCode(language->view());
+  if (languages.empty()) return;
+  _osLanguage = _userLanguage = zt::languageOfCode(languages.front());
 
   eachInstalled(applications, kEMailClients, kEMailUrl,
                 [this](const auto&... application) { addEMailClient(application...); });
@@ -94,15 +168,15 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
 }
 
 bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {
-  return zt::isUserAdmin();
+  return isUserAdmin();
 } catch (const ZtException&) {
   return false;
 }
 
 ZtString ZtPortalPoolComputerSystem::_getDefaultBrowserApp() const {
-  return zt::ProbedApplications().defaultPath(kBrowserUrl);
+  return ProbedApplications().defaultPath(kBrowserUrl);
 }
 
 ZtString ZtPortalPoolComputerSystem::_getDefaultEMailClientApp() const {
-  return zt::ProbedApplications().defaultPath(kEMailUrl);
+  return ProbedApplications().defaultPath(kEMailUrl);
 }

@@ -1,41 +1,36 @@
 #include "ztportal/portal/ZtPortalData.h"
 
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
+#include "ztportal/platform/Platform.h"
 #include "ztportal/platform/identity/RandomUuid.h"
 #include "ztportal/pools/ListAccess.h"
-#include "ztportal/pools/Markup.h"
-#include "ztportal/portal/SoapEnvelope.h"
+#include "ztportal/portal/Companion.h"
+#include "ztportal/portal/ReportStore.h"
+#include "ztportal/portal/ReportingServer.h"
+#include "ztportal/portal/RequestText.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
-// The document and its envelope.
-
 namespace {
-
-constexpr zt::Tag kReport("<reportData", "com_Report", ">\r\n");
-constexpr zt::Tag kReportId("  <ReportID", zt::kXsdString, ">");
-constexpr zt::Tag kMachineId("  <MachineID", zt::kXsdString, ">");
-constexpr zt::Tag kCustomerId("  <CustomerID", zt::kXsdString, ">");
-constexpr zt::Tag kApplicationId("  <ApplicationID", zt::kXsdString, ">");
-constexpr zt::Tag kApplicationVersion("  <ApplicationVersion", zt::kXsdString, ">");
-constexpr zt::Tag kPools("  <Datas", "com_Pools", ">\r\n");
-
-constexpr std::string_view kLineEnd = "\r\n";
-constexpr std::string_view kSoapIndent = "       ";
-// Where the pools stand: deeper than `reportData` by four.
-constinit const ZtString kSoapPoolPrefix = ZtString::constant<"           ">();
-constinit const ZtString kPlainPoolPrefix = ZtString::constant<"    ">();
-
-/// Room for a typical report: an inventory, forty steps and thirty facts take 64 KiB.
-constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
 
 ZtString braced(const ZtString& id) {
   std::string text;
   zt::appendText(text, "{", id.printed(), "}");
   return text;
+}
+
+ZtString machineIdentifier() {
+  const auto infos = ZtSystemInfos::getSystemInfos();
+  const auto uuid = infos.find(std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view()));
+  return braced(uuid != infos.end() ? uuid->second : ZtString());
+}
+
+ZtString orMissing(const std::optional<std::string>& text) {
+  return text ? ZtString(*text) : nullptr;
 }
 
 }  // namespace
@@ -52,21 +47,21 @@ std::shared_ptr<ZtPortalData> ZtPortalData::initWithValues(const ZtString& confi
 ZtPortalData::ZtPortalData(Creation /*creation*/, ZtString configurationUrl,
                            bool cacheConfiguration, ZtString customerId, ZtString applicationId,
                            ZtString applicationVersion)
-    : _configurationUrl(std::move(configurationUrl)),
+    : _reportId(braced(createUUID())),
+      _machineId(machineIdentifier()),
       _customerId(std::move(customerId)),
       _applicationId(std::move(applicationId)),
-      _reportId(braced(createUUID())),
       _applicationVersion(std::move(applicationVersion)),
+      _server(std::make_unique<zt::ReportingServer>(std::move(configurationUrl))),
       _cacheConfiguration(cacheConfiguration) {
-  _systemInfos = ZtSystemInfos::getSystemInfos();
-  const auto uuid = _systemInfos.find(std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view()));
-  _machineId = braced(uuid != _systemInfos.end() ? uuid->second : ZtString());
-  _initHttp(_configurationUrl, _cacheConfiguration);
+  _initHttp(_server->configurationUrl(), _cacheConfiguration);
 }
 
 ZtPortalData::~ZtPortalData() = default;
 
 ZtString ZtPortalData::createUUID() { return zt::randomUuid(); }
+
+// Pools.
 
 template <class Pool, class... Arguments>
 std::shared_ptr<Pool> ZtPortalData::_addPool(const Arguments&... arguments) try {
@@ -119,52 +114,126 @@ const std::shared_ptr<ZtPortalPool>& ZtPortalData::_pool(std::int32_t index) con
   return zt::entryAt(_pools, index);
 }
 
-std::string ZtPortalData::getSoapString() {
-  if (!_mutexEnabled()) return generateXml(_xmlData, true);
+// Request text.
 
-  const ZtString remembered = _customerId;
-  if (!remembered.isNull()) _customerId = std::string(remembered.view()) + "_Test";
-  std::string text = generateXml(_xmlData, true);
-  if (!remembered.empty()) _customerId = remembered;
+std::string ZtPortalData::getSoapString() {
+  if (!_mutexEnabled()) return generateXml(nullptr, true);
+
+  const ZtString given = _customerId;
+  _customerId = zt::testCustomerId(given);
+  std::string text = generateXml(nullptr, true);
+  if (!given.empty()) _customerId = given;
   return text;
 }
 
 std::string ZtPortalData::generateXml(const ZtString& /*text*/, bool soap) const try {
-  const std::string_view indent = soap ? kSoapIndent : std::string_view();
-  std::string xml;
-  xml.reserve(kUsualSize);
-  const auto header = [&](const zt::Tag& tag, const ZtString& value, std::string_view end) {
-    zt::appendText(xml, indent, tag.text(soap), value.printed(), end);
-  };
-
-  if (soap) {
-    zt::appendText(xml, zt::kEnvelopeStart, kLineEnd, zt::kBodyStart, kLineEnd,  //
-                   "    <postPoolDatas", zt::kReportingNamespace, zt::kPostEncoding, ">\r\n");
-  } else {
-    xml += "<?xml version=\"1.0\"?>\r\n";
-  }
-  zt::appendText(xml, indent, kReport.text(soap));
-  header(kReportId, _reportId, "</ReportID>\r\n");
-  header(kMachineId, _machineId, "</MachineID>\r\n");
-  header(kCustomerId, _customerId, "</CustomerID>\r\n");
-  header(kApplicationId, _applicationId, "</ApplicationID>\r\n");
-  header(kApplicationVersion, _applicationVersion, "</ApplicationVersion>\r\n");
-  zt::appendText(xml, indent, kPools.text(soap));
-
-  const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
-  // Without pools the last index is the largest there is, the first look-up raises, and so an
-  // empty document has no text at all. Hosts know an empty report by it.
-  const std::uint64_t last = std::uint64_t{_pools.size()} - 1;
-  for (std::uint64_t index = 0; index <= last; ++index) {
-    _pool(static_cast<std::int32_t>(index))->addToXml(poolPrefix, xml, soap);
-  }
-
-  zt::appendText(xml, indent, "  </Datas>\r\n", indent, "</reportData>\r\n");
-  if (soap) {
-    zt::appendText(xml, "    </postPoolDatas>\r\n", zt::kBodyEnd, kLineEnd, zt::kEnvelopeEnd,
-                   kLineEnd);
-  }
-  return xml;
+  return zt::reportText({_reportId, _machineId, _customerId, _applicationId, _applicationVersion},
+                        _pools, soap);
 } catch (const ZtException&) {
   return "";
+}
+
+// Configuration and transport.
+
+const ZtString& ZtPortalData::reportUrl() const { return _server->reportUrl(); }
+const ZtString& ZtPortalData::reportTestUrl() const { return _server->testUrl(); }
+const ZtString& ZtPortalData::configurationUrl() const { return _server->configurationUrl(); }
+const ZtString& ZtPortalData::serverVersion() const { return _server->version(); }
+bool ZtPortalData::gotConfiguration() const { return _server->gotConfiguration(); }
+bool ZtPortalData::online() const { return _server->online(); }
+
+ZtString ZtPortalData::_localSupportFolder() { return orMissing(zt::hostFolder()); }
+
+ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& relativePath) {
+  return orMissing(
+      zt::supportFolder(static_cast<std::int16_t>(domain & 0xFFFFU), relativePath.view()));
+}
+
+ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command) {
+  return zt::ReportingServer::exchange(url, command);
+}
+
+void ZtPortalData::_initHttp(const ZtString& /*url*/, bool cacheConfiguration) {
+  _server->connect(cacheConfiguration);
+}
+
+bool ZtPortalData::_getConfiguration(const ZtString& /*url*/, bool cacheConfiguration) {
+  return _server->readConfiguration(cacheConfiguration);
+}
+
+ZtString ZtPortalData::_getReportUrl() const { return _server->url(); }
+
+ZtString ZtPortalData::_getServerVersion() { return _server->readVersion(); }
+
+// Delivery and offline store.
+
+bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
+
+void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }
+
+bool ZtPortalData::reportToServer() try {
+  const ZtString request = getSoapString();
+  _notifyGhost(request);
+  // Only a document that once had a URL tries again to get online.
+  if (!_getReportUrl().empty() && !_server->isReady()) {
+    _initHttp(_server->configurationUrl(), _cacheConfiguration);
+  }
+  if (_server->send(request)) return true;
+  saveReport();
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+bool ZtPortalData::reportToFile(const ZtString& path) try {
+  if (path.isNull()) return false;
+  zt::Platform::current().files().write(std::string(path.view()), getSoapString());
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+void ZtPortalData::saveReport() try {
+  if (const auto store = zt::ReportStore::open()) store->save(_reportId, getSoapString());
+} catch (const ZtException&) {
+  // Deliberately silent; a caller that must know looks for the file.
+}
+
+bool ZtPortalData::sendSavedReports() try {
+  const auto store = zt::ReportStore::open();
+  if (!store) return false;
+  for (const std::string& file : store->files()) {
+    if (!sendSavedReport(file)) return false;
+    zt::ReportStore::remove(file);
+  }
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+bool ZtPortalData::sendSavedReport(const ZtString& path) try {
+  if (!_server->isReady()) _initHttp(_server->configurationUrl(), _cacheConfiguration);
+  if (path.empty() || !_server->online()) return false;
+
+  const auto saved = zt::ReportStore::request(std::string(path.view()));
+  if (!saved) return false;
+  const ZtString request = *saved;
+  _notifyGhost(request);
+  return _server->send(request);
+} catch (const ZtException&) {
+  return false;
+}
+
+ZtString ZtPortalData::reportFile() const { return _getReportFile(); }
+
+ZtString ZtPortalData::reportFolder() { return _getReportFolder(); }
+
+ZtString ZtPortalData::_getReportFile() const {
+  const auto store = zt::ReportStore::open();
+  return store ? ZtString(store->fileOf(_reportId)) : nullptr;
+}
+
+ZtString ZtPortalData::_getReportFolder() {
+  const auto store = zt::ReportStore::open();
+  return store ? ZtString(store->folder()) : nullptr;
 }

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -17,7 +16,11 @@
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 #include "ztportal/pools/ZtPortalPoolInitialization.h"
 
-/// The report document: the identity of a report, its pools, and its way to the server.
+namespace zt {
+class ReportingServer;
+}
+
+/// The report document: the identity of a report, its pools, and its delivery to the server.
 ///
 ///     auto document = ZtPortalData::initWithValues(configurationUrl, false, "Kelvane",
 ///                                                  "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}",
@@ -26,19 +29,19 @@
 ///     bool accepted = document->reportToServer();
 ///
 /// Lifecycle:
-/// - made: the configuration document is read and the server asked for its version, which takes up
-///   to two requests of two seconds each; it is made all the same when neither answers;
+/// - made: reads the configuration document and asks the server for its version, in up to two
+///   requests of two seconds each; making it succeeds even if neither gets a response;
 /// - filled: pools are added, never removed, and may be changed at any time;
 /// - sent (`reportToServer`): accepted, or else saved as a file in the offline store; or saved
 ///   without sending (`saveReport`);
-/// - resent: `sendSavedReports` of any later document sends what the store holds.
+/// - resent: `sendSavedReports` of any later document sends the reports in the store.
 ///
 /// The store is the folder `Kelvane/<name of the host>/reports` in the user's application-support
-/// folder, one file a report, `{<report ID>}.ztr`. It is not locked: two processes that resend at
+/// folder, one file per report, `{<report ID>}.ztr`. It is not locked: two processes that resend at
 /// the same time may send a file twice.
 ///
-/// A document is used by one thread at a time; different documents by any threads. Nothing is
-/// printed, no thread started.
+/// A document is used by one thread at a time; different documents by any threads. It prints
+/// nothing and starts no thread.
 class ZT_EXPORT ZtPortalData {
   struct Creation {
     explicit Creation() = default;
@@ -47,7 +50,7 @@ class ZT_EXPORT ZtPortalData {
  public:
   /// Makes a document with a fresh report ID. `configurationUrl` names the customer's
   /// configuration document (http or https); with `cacheConfiguration` a local copy of it is tried
-  /// first. Identifiers are kept as they are, missing ones are written "(null)".
+  /// first. Identifiers are kept unchanged; missing ones are written "(null)".
   static std::shared_ptr<ZtPortalData> initWithValues(const ZtString& configurationUrl,
                                                       bool cacheConfiguration,
                                                       const ZtString& customerId,
@@ -63,11 +66,11 @@ class ZT_EXPORT ZtPortalData {
   /// A fresh random UUID (RFC 4122) in upper case, without braces.
   static ZtString createUUID();
 
-  /// Each adds a pool at the end and returns it for filling, null when it could not be added. The
-  /// document owns it.
+  /// Each adds a pool at the end and returns it for filling, or null if it could not be added. The
+  /// document owns the pool.
   std::shared_ptr<ZtPortalPool> addPool(const ZtString& poolType, const ZtDate& timeStamp);
   std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystem(const ZtDate& timeStamp);
-  /// With `autoCheck` the pool is filled from the machine at once, for which a child process runs.
+  /// With `autoCheck` the pool is filled from the machine at once, which runs a subprocess.
   std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystemWithAutoCheck(
       const ZtDate& timeStamp, bool autoCheck);
   std::shared_ptr<ZtPortalPoolExecution> addPoolExecution(const ZtDate& timeStamp);
@@ -76,13 +79,12 @@ class ZT_EXPORT ZtPortalData {
   std::shared_ptr<ZtPortalPoolDiagnose> addPoolDiagnose(const ZtDate& timeStamp);
   std::shared_ptr<ZtPortalPoolConnectionManager> addPoolConnectionManager(const ZtDate& timeStamp);
 
-  /// The complete SOAP 1.1 request `postPoolDatas`, lines ended by CR LF. Empty for a document
-  /// without pools. In test mode the customer ID carries the suffix "_Test" for the time of the
-  /// call; an empty customer ID deliberately stays "_Test" afterwards, as servers have always
-  /// seen it.
+  /// The complete SOAP 1.1 request `postPoolDatas`; lines end with CR LF. Empty for a document
+  /// without pools. In test mode the customer ID has the suffix "_Test" during the call. An empty
+  /// customer ID deliberately stays "_Test" afterwards: servers rely on it.
   std::string getSoapString();
   /// The SOAP request, or without `soap` the same body as plain XML. `text` is ignored. Empty for
-  /// a document without pools and when a pool raises a `ZtException` while it is written.
+  /// a document without pools and when a pool throws a `ZtException` while it is written.
   std::string generateXml(const ZtString& text, bool soap) const;
 
   /// Broadcasts the request, then posts it to the server. True when the server accepted it;
@@ -91,44 +93,44 @@ class ZT_EXPORT ZtPortalData {
   /// Writes the request to the file at `path` (UTF-8, replaced in place). Always false, also after
   /// a success, so that callers do not come to rely on it.
   bool reportToFile(const ZtString& path);
-  /// Writes the request to its file in the offline store, unless the file says just that already.
+  /// Writes the request to its file in the offline store, unless the file is already identical.
   /// Failures are silent.
   void saveReport();
   /// Sends the files of the store in the order in which the system lists them, removes each
-  /// accepted one, and stops at the first that is not. Always false, also when all were sent:
-  /// what is left is in the store to see.
+  /// accepted one, and stops at the first that is not accepted. Always false, also when all were
+  /// accepted; the store shows what is left.
   bool sendSavedReports();
   /// Sends one saved report; the file stays. True when the server accepted it; false also for a
-  /// file that is no well-formed XML.
+  /// file that is not well-formed XML.
   bool sendSavedReport(const ZtString& path);
 
-  /// Path of this report's file in the store, which need not be there yet; missing when the store
-  /// has no folder. The folder is created.
+  /// Path of this report's file in the store, whether the file exists or not; missing when the
+  /// store has no folder. Creates the folder.
   ZtString reportFile() const;
-  /// The store's folder, created if need be; missing when that fails.
+  /// The store's folder, created if it does not exist; missing when that fails.
   static ZtString reportFolder();
 
-  // The state, for hosts to look at. URLs are empty until a configuration was read.
+  // The state, read-only. URLs are empty until a configuration was read.
   const ZtString& reportId() const { return _reportId; }
   const ZtString& machineId() const { return _machineId; }
   const ZtString& customerId() const { return _customerId; }
   const ZtString& applicationId() const { return _applicationId; }
   const ZtString& applicationVersion() const { return _applicationVersion; }
-  const ZtString& reportUrl() const { return _reportUrl; }
-  const ZtString& reportTestUrl() const { return _reportTestUrl; }
-  const ZtString& configurationUrl() const { return _configurationUrl; }
-  /// What the server last said its version is; missing until it did.
-  const ZtString& serverVersion() const { return _serverVersion; }
-  bool gotConfiguration() const { return _gotConfiguration; }
-  /// Whether the server answered with its version.
-  bool online() const { return _online; }
+  const ZtString& reportUrl() const;
+  const ZtString& reportTestUrl() const;
+  const ZtString& configurationUrl() const;
+  /// The version that the server last returned; missing before that.
+  const ZtString& serverVersion() const;
+  bool gotConfiguration() const;
+  /// Whether the server returned its version.
+  bool online() const;
   /// The pools now, in the order in which they were added.
   std::vector<std::shared_ptr<ZtPortalPool>> pools() const { return _pools; }
 
  private:
   friend struct ZtTestAccess;
 
-  // Document and envelope.
+  // Pools.
   const std::shared_ptr<ZtPortalPool>& _pool(std::int32_t index) const;
   template <class Pool, class... Arguments>
   std::shared_ptr<Pool> _addPool(const Arguments&... arguments);
@@ -146,24 +148,14 @@ class ZT_EXPORT ZtPortalData {
   bool _mutexEnabled() const;
   ZtString _getReportFile() const;
   static ZtString _getReportFolder();
-  bool _deliver(const ZtString& request);
   static void _notifyGhost(const ZtString& request);
-  void _writeReport(const ZtString& path);
 
   std::vector<std::shared_ptr<ZtPortalPool>> _pools;
-  std::map<std::string, ZtString> _systemInfos;
-  ZtString _appPath;  // never set; see the configuration's local copy
-  ZtString _xmlData;  // never set; what generateXml ignores
-  ZtString _reportUrl = ZtString::constant<"">();
-  ZtString _reportTestUrl = ZtString::constant<"">();
-  ZtString _configurationUrl;
+  ZtString _reportId;
   ZtString _machineId;
   ZtString _customerId;
   ZtString _applicationId;
-  ZtString _reportId;
   ZtString _applicationVersion;
-  ZtString _serverVersion;
-  bool _gotConfiguration = false;
-  bool _online = false;
+  std::unique_ptr<zt::ReportingServer> _server;
   bool _cacheConfiguration;
 };

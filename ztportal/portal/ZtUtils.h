@@ -9,7 +9,7 @@
 #include "ztportal/base/ZtString.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
-/// Look-ups among the direct children of an XML node; none looks any deeper.
+/// Lookups among the direct children of an XML node, never deeper.
 ///
 ///     auto document = ZtXMLDocument::parse(text);
 ///     auto url = ZtUtils::childNamed(*document->rootElement(), "defSOAP");
@@ -18,11 +18,12 @@ class ZT_EXPORT ZtUtils {
  public:
   ZtUtils() = delete;
 
-  /// The first child whose name, prefix included, is exactly `name`. Texts and comments have none.
+  /// The first child whose name, prefix included, is exactly `name`. Texts and comments have no
+  /// name.
   static std::optional<ZtXMLNode> childNamed(const ZtXMLNode& node, const ZtString& name);
 
-  /// The first child whose name in lower case matches `pattern`: "*" stands for any run of
-  /// characters, "?" for one character, all else for itself. The pattern is not lowered, so one
+  /// The first child whose name in lower case matches `pattern`: "*" matches any run of characters,
+  /// "?" one character, everything else itself. The pattern is not converted to lower case, so one
   /// with a capital letter matches nothing.
   static std::optional<ZtXMLNode> childNamedLike(const ZtXMLNode& node, const ZtString& pattern);
 

@@ -1,13 +1,40 @@
 #include "ztportal/report/ZtReport.h"
 
-#include <string_view>
+#include <array>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
-#include "ztportal/report/CustomerTable.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace {
+
+struct Customer {
+  ZtString id;
+  ZtString url;  // of the configuration document
+  ZtString defaultApplicationId;
+};
+
+/// The customer with exactly this ID; null for any other text and for a missing one.
+const Customer* customerWithId(const ZtString& id) {
+  // Created at the first use and never destroyed: hosts report from their own static objects, too.
+  // The vendor's own default ID is longer than a GUID.
+  static const auto& table = *new std::array<Customer, 5>{{
+      {REP_CUSTOMERID_ZT, REP_URL_ZT,
+       ZtString::constant<"{51414B0C-9B14-4AE3-AEAF-77084476EDED-AD32-B53E40FB73D93A3C}">()},
+      {REP_CUSTOMERID_NORVANTEL, REP_URL_NORVANTEL,
+       ZtString::constant<"{4AC1FFA7-0D5B-4B01-82CF-4A7F3D8C7A31}">()},
+      {REP_CUSTOMERID_BRISALINK, REP_URL_BRISALINK,
+       ZtString::constant<"{9D5A644A-C47F-46E1-957B-59702FFEE53A}">()},
+      {REP_CUSTOMERID_CAVOMEDIA, REP_URL_CAVOMEDIA,
+       ZtString::constant<"{55F8F5AD-4F4C-4935-B4D4-4A72885500BA}">()},
+      {REP_CUSTOMERID_QUILLNET, REP_URL_QUILLNET,
+       ZtString::constant<"{3A261E04-A188-45CB-9783-32CFE041B4A3}">()},
+  }};
+  for (const Customer& row : table) {
+    if (row.id == id) return &row;
+  }
+  return nullptr;
+}
 
 ZtString hostVersion() {
   std::string version;
@@ -16,7 +43,7 @@ ZtString hostVersion() {
   return version;
 }
 
-/// Gives every fact to `add`, then forgets them: what was reported once is not reported again.
+/// Calls `add` for every fact, then clears them: no fact is reported twice.
 template <class Add>
 void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
   if (facts == nullptr) return;
@@ -28,7 +55,7 @@ void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
 
 std::shared_ptr<ZtReport> ZtReport::initWithCustomerAndGuid(const ZtString& customer,
                                                             const ZtString& guid) {
-  const zt::Customer* const row = zt::customerWithId(customer);
+  const Customer* const row = customerWithId(customer);
   if (row == nullptr) return nullptr;
   return std::make_shared<ZtReport>(Creation{}, guid.empty() ? row->defaultApplicationId : guid,
                                     row->id, row->url);

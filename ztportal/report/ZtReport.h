@@ -12,8 +12,8 @@
 #include "ztportal/report/ZtApplicationIds.h"
 #include "ztportal/report/ZtReportConstants.h"
 
-/// One run of a host application, reported as a whole: the computer it ran on, its course, and the
-/// facts that it found.
+/// One run of a host application, reported as a whole: the computer, the steps of the run and the
+/// facts that the host recorded.
 ///
 ///     auto report = ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_ZT, nullptr);
 ///     if (!report) return;                       // no such customer
@@ -25,11 +25,15 @@
 ///     report->stopReport("finish");
 ///     bool accepted = report->sendReport(true);
 ///
-/// Lifecycle: made for a customer, which reads the configuration, asks the server for its version
-/// and takes the inventory of the computer; started and stopped; sent or saved. Other pools (a
-/// diagnose run, a connection manager's counters) are added to `data()`.
+/// Lifecycle:
+/// - made for a customer: reads the configuration, asks the server for its version and takes the
+///   inventory of the computer;
+/// - started and stopped;
+/// - sent or saved.
 ///
-/// A report is used by one thread at a time. Nothing is printed, no thread started.
+/// Other pools (a diagnose run, a connection manager's counters) are added to `data()`.
+///
+/// A report is used by one thread at a time. It prints nothing and starts no thread.
 class ZT_EXPORT ZtReport {
   struct Creation {
     explicit Creation() = default;
@@ -38,10 +42,10 @@ class ZT_EXPORT ZtReport {
  public:
   using Facts = std::map<std::string, ZtString>;
 
-  /// Makes a report of the customer with the ID `customer`, letter for letter; null for a customer
-  /// that the library does not know, before anything else happens. `guid` is the ID of the
-  /// application; when it is missing or empty the customer's default is taken. The version that is
-  /// reported is the host's (see `ZtHost`), "short version.build version".
+  /// Makes a report for the customer with exactly the ID `customer`; null for an unknown customer,
+  /// before anything else happens. `guid` is the ID of the application; if it is missing or empty,
+  /// the customer's default is used. The reported version is the host's (see `ZtHost`), "short
+  /// version.build version".
   static std::shared_ptr<ZtReport> initWithCustomerAndGuid(const ZtString& customer,
                                                            const ZtString& guid);
 
@@ -50,19 +54,20 @@ class ZT_EXPORT ZtReport {
   ZtReport& operator=(const ZtReport&) = delete;
   ~ZtReport();
 
-  /// The run begins now at `startPoint`, the host's own name of a place. The execution pool is
-  /// added the first time; a second call gives it a new start.
+  /// The run starts now at `startPoint`, a name of the host's choice. The first call adds the
+  /// execution pool; later calls replace its start point and time.
   void startReport(const ZtString& startPoint);
-  /// The run ends now at `endPoint`. Nothing happens before a start.
+  /// The run ends now at `endPoint`. Does nothing before a start.
   void stopReport(const ZtString& endPoint);
 
   /// Moves the installation facts into the execution pool, then with `send` posts the report: true
-  /// when the server accepted it, otherwise it is in the offline store. Without `send` it is saved
-  /// there at once, and the result is always true, deliberately also when the file could not be
-  /// written: hosts end their run with it. Facts of a run that was never started are dropped.
+  /// when the server accepted it, otherwise the report is in the offline store. Without `send` it
+  /// is saved there at once; the result is then always true, deliberately also when the file could
+  /// not be written: hosts end their run with it. Facts of a run that was never started are
+  /// dropped.
   bool sendReport(bool send);
 
-  /// Sends what the offline store holds; always false, as `ZtPortalData::sendSavedReports`.
+  /// Sends the reports in the offline store; always false, like `ZtPortalData::sendSavedReports`.
   bool sendSavedReports();
 
   const ZtString& appId() const { return _appId; }
@@ -74,15 +79,15 @@ class ZT_EXPORT ZtReport {
   /// The report document.
   std::shared_ptr<ZtPortalData> data() const { return _data; }
   void setData(std::shared_ptr<ZtPortalData> value) { _data = std::move(value); }
-  /// The course of the run; null until it is started.
+  /// The execution pool; null until the run is started.
   std::shared_ptr<ZtPortalPoolExecution> poolExecution() const { return _poolExecution; }
   void setPoolExecution(std::shared_ptr<ZtPortalPoolExecution> value) {
     _poolExecution = std::move(value);
   }
-  /// Facts to be reported as string fields, for the host to fill.
+  /// Facts to report as string fields, filled in by the host.
   std::shared_ptr<Facts> installDataString() const { return _installDataString; }
   void setInstallDataString(std::shared_ptr<Facts> value) { _installDataString = std::move(value); }
-  /// Facts to be reported as boolean fields: "yes" in any letter case is true, all else false.
+  /// Facts to report as boolean fields: "yes" in any letter case is true, all else false.
   std::shared_ptr<Facts> installDataBOOL() const { return _installDataBOOL; }
   void setInstallDataBOOL(std::shared_ptr<Facts> value) { _installDataBOOL = std::move(value); }
 

@@ -3,8 +3,8 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// The customers that the library knows, and the URLs of their configuration documents. The host
-/// of the URLs is chosen when the library is built (`ZT_CONFIGURATION_HOST`).
+/// The IDs of the known customers and the URLs of their configuration documents. The host of the
+/// URLs is a build option (`ZT_CONFIGURATION_HOST`).
 extern ZT_EXPORT const ZtString REP_CUSTOMERID_ZT;
 extern ZT_EXPORT const ZtString REP_URL_ZT;
 extern ZT_EXPORT const ZtString REP_CUSTOMERID_NORVANTEL;

@@ -3,8 +3,8 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// Bundle identifiers of the e-mail clients and web browsers that the inventory of a computer
-/// looks for, in the order in which it lists them.
+/// Bundle identifiers of the e-mail clients and web browsers that the inventory of a computer looks
+/// for, in the order of the inventory.
 extern ZT_EXPORT const ZtString APP_MAIL_IDENT;
 extern ZT_EXPORT const ZtString APP_TBIRD_IDENT;
 extern ZT_EXPORT const ZtString APP_ENTOURAGE_IDENT;

@@ -12,8 +12,8 @@ namespace {
 
 using Info = std::map<std::string, ZtString>;
 
-/// What the host said of itself; null as long as it said nothing. Never destroyed, since hosts
-/// report from their own static destructors, too.
+/// The information that the host passed; null before that. Never destroyed, since hosts also report
+/// from static destructors.
 ZtAtomic<std::shared_ptr<const Info>>& givenInfo() {
   static auto* const info = new ZtAtomic<std::shared_ptr<const Info>>();
   return *info;

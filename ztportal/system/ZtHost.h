@@ -6,11 +6,11 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// Who the host application is. Its name decides the folder of its saved reports, name and version
-/// go into every notification and report.
+/// The identity of the host application. Its name determines the folder of its saved reports; every
+/// broadcast carries its name and version.
 ///
 /// An application inside a bundle (a folder with `Contents/Info.plist` above the executable) is
-/// known by it. One outside any bundle names itself, once, before it makes its first report:
+/// identified by the bundle. Any other names itself, once, before it makes its first report:
 ///
 ///     ZtHost::setBundleInfo({{"CFBundleName", "Setup"},
 ///                            {"CFBundleShortVersionString", "2.1"},
@@ -21,10 +21,10 @@ class ZT_EXPORT ZtHost {
  public:
   ZtHost() = delete;
 
-  /// Replaces all that is known of the host, also what its bundle says.
+  /// Replaces everything known about the host, its bundle's information included.
   static void setBundleInfo(std::map<std::string, ZtString> info);
 
-  /// The value of a key, from `setBundleInfo` or else from the main bundle; missing for a key that
-  /// is not there. "CFBundleName" is never missing for that: it is then the executable's file name.
+  /// The value of a key from `setBundleInfo`, or if that was never called from the main bundle.
+  /// Missing for an unknown key, except "CFBundleName": that is then the executable's file name.
   static ZtString bundleInfo(const std::string& key);
 };

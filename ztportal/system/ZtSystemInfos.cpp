@@ -22,7 +22,7 @@ struct Version {
 
 constexpr Version kUnknownVersion{10, 0, 0};
 
-/// From here on a version has three selectors of its own; below, it is four packed digits.
+/// From this version on there are three separate selectors; earlier ones are four packed digits.
 constexpr std::int32_t kFirstVersionWithSelectors = 0x1040;
 
 Version unpacked(std::int32_t packed) {

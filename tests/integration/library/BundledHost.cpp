@@ -1,7 +1,7 @@
 #include "ztportal/ztportal.h"
 
-// A host as an application is one: it says nothing of itself, its bundle does. Sends one report to
-// the server of the configuration URL that is its argument.
+// BundledHost CONFIGURATION-URL: a host that is identified by its bundle, not by ZtHost. Sends one
+// report; ends with 0 when it was accepted.
 
 int main(int count, char** arguments) {
   if (count != 2) return 2;

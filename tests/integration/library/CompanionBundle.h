@@ -14,8 +14,8 @@
 
 namespace zt::test {
 
-/// A folder that, where mounting is permitted, only this process and its children see as it is:
-/// a companion that runs from it does not put other hosts of the machine into test mode.
+/// A folder whose content, where mounting is permitted, is visible only to this process and its
+/// subprocesses: a companion that runs from it does not put other hosts into test mode.
 class PrivateFolder {
  public:
   PrivateFolder() {
@@ -37,10 +37,10 @@ class PrivateFolder {
   bool _isMounted = false;
 };
 
-/// The companion application as a bundle, with a running process in it as long as wanted.
+/// The bundle of a companion application, which runs between start() and stop().
 class CompanionBundle {
  public:
-  /// `ghost` is the content of its property list, if it has one.
+  /// `ghost` is the content of its property list; without one there is no list.
   explicit CompanionBundle(const std::optional<std::string>& ghost) {
     const TemporaryFolder& folder = _folder.folder();
     folder.write("Ghost/Contents/Info.plist",

@@ -7,7 +7,7 @@
 #include "tests/support/SessionBus.h"
 #include "ztportal/platform/time/DateText.h"
 
-// What another process on the session bus learns of a report, and when.
+// The broadcasts that another process on the session bus receives, and when.
 
 namespace zt::test {
 namespace {
@@ -26,12 +26,12 @@ class PortalBroadcastTest : public RealPortalTest {
   BroadcastReceiver _receiver;
 };
 
-TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerHasAnswered) {
-  std::optional<std::string> told;
-  // The post is answered only once the broadcast is there: one that was sent after the answer, or
-  // after the client gave up, would leave the report unaccepted.
-  const ReportingServer server([this, &told](RequestKind asked) {
-    if (asked == RequestKind::Report) told = _receiver.next();
+TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerResponds) {
+  std::optional<std::string> received;
+  // The server responds only after the broadcast arrived. A broadcast after the response, or after
+  // the time-out, would leave the report unaccepted.
+  const ReportingServer server([this, &received](RequestKind asked) {
+    if (asked == RequestKind::Report) received = _receiver.next();
   });
   const auto document = makeReport(server.configurationUrl());
   const std::string before = shortDateAndTime(ZtDate::now());
@@ -39,10 +39,10 @@ TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerHasAnswered) {
   const std::string after = shortDateAndTime(ZtDate::now());
   EXPECT_EQ(server.requests().size(), 3U);
   const std::string request = document->getSoapString();
-  EXPECT_THAT(told, AnyOf(lineOf(before, request), lineOf(after, request)));
+  EXPECT_THAT(received, AnyOf(lineOf(before, request), lineOf(after, request)));
 }
 
-TEST_F(PortalBroadcastTest, IsSentForAReportThatNoServerTakes) {
+TEST_F(PortalBroadcastTest, IsSentAlsoWithoutAServer) {
   const auto document = makeReport("");
   const std::string before = shortDateAndTime(ZtDate::now());
   EXPECT_FALSE(document->reportToServer());

@@ -22,8 +22,8 @@ namespace zt::test {
 
 inline constexpr const char* kApplicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
 
-/// The host "Setup" 2.1 on this very machine, with a data folder of the test's own, no proxy and
-/// no session bus.
+/// The host "Setup" 2.1 on the real platform, with a temporary data folder, no proxy and no session
+/// bus.
 class RealPortalTest : public ::testing::Test {
  protected:
   RealPortalTest() {
@@ -41,7 +41,7 @@ class RealPortalTest : public ::testing::Test {
                                         "2.1.77");
   }
 
-  /// One that has something to report.
+  /// A document with a pool.
   static std::shared_ptr<ZtPortalData> makeReport(const ZtString& configurationUrl) {
     auto document = makeDocument(configurationUrl);
     document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "gr\xc3\xbc\xc3\x9f");

@@ -1,22 +1,149 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <clocale>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
+#include <map>
+#include <sstream>
 #include <string>
 
-#include "tests/integration/library/HostState.h"
 #include "ztportal/ztportal.h"
 
-// WatchedHost CONFIGURATION-URL CONDITION FILE: a host that runs under a condition, does all that a
-// host does with the library, and writes to FILE what that changed in its process, a line each.
-// Ends with 0 when the report was accepted, 1 when it was not, 2 for wrong arguments.
+// WatchedHost CONFIGURATION-URL CONDITION FILE: a host that uses the whole library under a
+// condition and writes to FILE what that changed in its process, one change per line. Ends with 0
+// when the report was accepted, 1 when it was not, 2 for wrong arguments.
 
 namespace {
 
-bool bring(const std::string& condition) {
+/// What a library could change in its process, by name: threads, signals, locale, working
+/// directory, environment, file descriptors, subprocesses.
+using HostState = std::map<std::string, std::string>;
+
+constexpr const char* kDescriptor = "descriptor ";
+constexpr const char* kPair = " pair";
+/// A flag that the C library adds to every action, also to a restored one.
+constexpr int kRestorer = 0x04000000;
+
+template <class... Values>
+std::string joined(const Values&... values) {
+  std::ostringstream text;
+  ((text << values << ' '), ...);
+  return text.str();
+}
+
+void addSignals(HostState& state) {
+  for (int number = 1; number < NSIG; ++number) {
+    struct sigaction action {};
+    if (::sigaction(number, nullptr, &action) != 0) continue;
+    state["signal " + std::to_string(number)] =
+        joined(reinterpret_cast<const void*>(action.sa_handler), action.sa_flags & ~kRestorer);
+  }
+  sigset_t blocked;
+  ::sigprocmask(SIG_BLOCK, nullptr, &blocked);
+  std::string mask;
+  for (int number = 1; number < NSIG; ++number)
+    mask += ::sigismember(&blocked, number) == 1 ? '1' : '0';
+  state["signal mask"] = mask;
+}
+
+void addStatus(HostState& state) {
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    for (const char* name : {"Umask:", "Threads:", "Uid:", "Gid:", "CapEff:", "Seccomp:"}) {
+      if (line.starts_with(name)) state[name] = line;
+    }
+  }
+}
+
+std::string descriptorText(int number) {
+  char target[512];
+  const std::string link = "/proc/self/fd/" + std::to_string(number);
+  const ssize_t length = ::readlink(link.c_str(), target, sizeof(target));
+  std::string text(target, length < 0 ? 0 : static_cast<std::size_t>(length));
+  text += ::fcntl(number, F_GETFD) == FD_CLOEXEC ? " closed in programs" : " inherited";
+  sockaddr_storage address{};
+  socklen_t size = sizeof(address);
+  if (::getsockname(number, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+      address.ss_family != AF_UNIX) {
+    text += " network";
+  }
+  // One of a socketpair(2): a UNIX socket whose peer has no address.
+  size = sizeof(address);
+  if (::getpeername(number, reinterpret_cast<sockaddr*>(&address), &size) == 0 &&
+      address.ss_family == AF_UNIX && size == sizeof(sa_family_t)) {
+    text += kPair;
+  }
+  const int flags = ::fcntl(number, F_GETFL);
+  // Other processes may write to a shared file, such as a test runner's log, in the meantime.
+  const off_t place = (flags & O_ACCMODE) == O_WRONLY ? 0 : ::lseek(number, 0, SEEK_CUR);
+  return joined(text, flags, place);
+}
+
+void addDescriptors(HostState& state) {
+  const int limit = static_cast<int>(::sysconf(_SC_OPEN_MAX));
+  for (int number = 0; number < limit; ++number) {
+    if (::fcntl(number, F_GETFD) < 0) continue;
+    state[kDescriptor + std::to_string(number)] = descriptorText(number);
+  }
+}
+
+bool isKeptByTheLibrary(const std::string& name, const std::string& text) {
+  if (!name.starts_with(kDescriptor)) return false;
+  // libcurl has a pair of sockets for itself, which it leaves open to subprocesses.
+  if (text.find(kPair) != std::string::npos) return true;
+  if (text.find(" inherited") != std::string::npos) return false;
+  const bool isStandard = std::stoi(name.substr(std::string(kDescriptor).size())) <= STDERR_FILENO;
+  return !isStandard || text.find(" network") == std::string::npos;
+}
+
+HostState stateOfThisProcess() {
+  HostState state;
+  addStatus(state);
+  addSignals(state);
+  addDescriptors(state);
+  state["locale"] = std::setlocale(LC_ALL, nullptr);
+  state["working directory"] = std::filesystem::current_path().string();
+  for (char** variable = environ; *variable != nullptr; ++variable)
+    state["environment"] += joined(*variable);
+  itimerval timer{};
+  ::getitimer(ITIMER_REAL, &timer);
+  state["timer"] = joined(timer.it_value.tv_sec, timer.it_interval.tv_sec);
+  rlimit limit{};
+  ::getrlimit(RLIMIT_NOFILE, &limit);
+  state["limit of file descriptors"] = joined(limit.rlim_cur, limit.rlim_max);
+  state["subprocess"] = ::waitpid(-1, nullptr, WNOHANG) < 0 && errno == ECHILD ? "none" : "left";
+  return state;
+}
+
+/// One line per difference. File descriptors that the library keeps for its connection are none,
+/// unless other programs inherit them or a connection has the number of a standard stream.
+std::string differences(const HostState& before, const HostState& after) {
+  std::string lines;
+  for (const auto& [name, text] : before) {
+    const auto now = after.find(name);
+    if (now == after.end()) {
+      lines += name + ": gone, was " + text + "\n";
+    } else if (now->second != text) {
+      lines += name + ": " + text + " became " + now->second + "\n";
+    }
+  }
+  for (const auto& [name, text] : after) {
+    if (!before.contains(name) && !isKeptByTheLibrary(name, text)) {
+      lines += name + ": new, " + text + "\n";
+    }
+  }
+  return lines;
+}
+
+bool apply(const std::string& condition) {
   if (condition == "plain") return true;
   if (condition == "closed streams") {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::close(stream);
@@ -32,7 +159,7 @@ bool bring(const std::string& condition) {
     return true;
   }
   if (condition == "little memory") {
-    // What is mapped already, and 64 MiB more.
+    // 64 MiB more than is mapped already.
     std::size_t pages = 0;
     std::ifstream("/proc/self/statm") >> pages;
     const rlim_t size = pages * static_cast<rlim_t>(::sysconf(_SC_PAGESIZE)) + (rlim_t{64} << 20U);
@@ -65,12 +192,12 @@ bool report(const char* configurationUrl, const std::string& copy) {
 }  // namespace
 
 int main(int count, char** arguments) {
-  if (count != 4 || !bring(arguments[2])) return 2;
+  if (count != 4 || !apply(arguments[2])) return 2;
   const std::string file = arguments[3];
-  const zt::test::HostState before = zt::test::stateOfThisProcess();
+  const HostState before = stateOfThisProcess();
   const bool accepted = report(arguments[1], file + ".report");
-  const std::string changes = zt::test::differences(before, zt::test::stateOfThisProcess());
-  // The number of a standard stream would be the file's where those are closed.
+  const std::string changes = differences(before, stateOfThisProcess());
+  // The condition may have left no file descriptor for the file.
   for (int number = 3; number < 1024; ++number) ::close(number);
   std::ofstream(file) << changes;
   return accepted ? 0 : 1;

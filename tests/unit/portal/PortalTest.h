@@ -5,9 +5,11 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "tests/support/Printing.h"
@@ -21,9 +23,9 @@
 namespace zt::test {
 
 inline constexpr const char* kConfigurationUrl = "http://config.test/reporting/kelvane.xml";
-inline constexpr const char* kReportUrl = "http://report.test/soap";
-inline constexpr const char* kTestUrl = "http://report.test/soap-test";
 inline constexpr const char* kApplicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
+inline constexpr const char* kReports = "/home/user/.local/share/Kelvane/Setup/reports";
+inline constexpr const char* kLocalCopy = "(null)configuration.xml";
 
 inline constexpr const char* kAccepted =
     "<SOAP-ENV:Envelope><SOAP-ENV:Body><ns1:postPoolDatasResponse><return>TRUE</return>"
@@ -32,78 +34,98 @@ inline constexpr const char* kRefused =
     "<SOAP-ENV:Envelope><SOAP-ENV:Body><ns1:postPoolDatasResponse><return>FALSE</return>"
     "</ns1:postPoolDatasResponse></SOAP-ENV:Body></SOAP-ENV:Envelope>";
 
-/// An exception of a kind that the library does not know and lets pass.
+// Entries of PortalTest::steps.
+inline constexpr const char* kGet = "GET http://config.test/reporting/kelvane.xml";
+inline constexpr const char* kVersion = "version http://report.test/soap";
+inline constexpr const char* kReport = "report http://report.test/soap";
+inline constexpr const char* kBroadcast = "broadcast";
+
+/// An exception that the library does not know and lets pass.
 struct ForeignError : std::runtime_error {
   ForeignError() : std::runtime_error("foreign") {}
 };
 
-[[noreturn]] inline void raise() { throw ZtException("PLATFORM", "The platform raises"); }
-[[noreturn]] inline void raiseForeign() { throw ForeignError(); }
+[[noreturn]] inline void throwZtException() { throw ZtException("PLATFORM", "of a test"); }
+[[noreturn]] inline void throwForeign() { throw ForeignError(); }
 
-/// A text of source lines with the line ends of a report.
-inline std::string crlf(std::string_view lines) {
-  std::string text;
-  for (const char byte : lines) {
-    if (byte == '\n') text += '\r';
-    text += byte;
+/// Files of another object. The observer is called before each operation, with "read /a" or
+/// "write /a", and may throw.
+class ObservedFiles final : public Files {
+ public:
+  using Observer = std::function<void(const std::string& operation)>;
+
+  /// Does not own `files`.
+  ObservedFiles(Files& files, Observer observer) : _files(files), _observer(std::move(observer)) {}
+
+  bool exists(const std::string& path) override { return observed("exists ", path).exists(path); }
+  bool isFolder(const std::string& path) override {
+    return observed("isFolder ", path).isFolder(path);
   }
-  return text;
-}
+  bool createFolders(const std::string& path) override {
+    return observed("createFolders ", path).createFolders(path);
+  }
+  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
+    return observed("createFolders ", root + "/" + relative).createFoldersBelow(root, relative);
+  }
+  std::optional<std::vector<std::string>> list(const std::string& folder) override {
+    return observed("list ", folder).list(folder);
+  }
+  std::optional<std::string> read(const std::string& path) override {
+    return observed("read ", path).read(path);
+  }
+  bool write(const std::string& path, std::string_view content) override {
+    return observed("write ", path).write(path, content);
+  }
+  bool writeBelow(const std::string& root, const std::string& relative,
+                  std::string_view content) override {
+    return observed("write ", root + "/" + relative).writeBelow(root, relative, content);
+  }
+  bool remove(const std::string& path) override { return observed("remove ", path).remove(path); }
 
-/// What a document asks of a made-up machine "Setup" 2.1, whose configuration server and reporting
-/// server answer as the members say. `steps` is what happened, in order: "GET <url>",
-/// "version <url>", "report <url>" and "broadcast".
+ private:
+  Files& observed(const char* operation, const std::string& path) {
+    _observer(operation + path);
+    return _files;
+  }
+
+  Files& _files;
+  Observer _observer;
+};
+
+/// The host "Setup" 2.1 on a fake machine, whose configuration server and reporting server respond
+/// as the members say. `steps` records what happened, in order: "GET <url>", "version <url>",
+/// "report <url>" and "broadcast".
 class PortalTest : public ::testing::Test {
  protected:
   PortalTest() {
     ZtHost::setBundleInfo({{"CFBundleName", "Setup"}, {"CFBundleShortVersionString", "2.1"}});
-    platform.http_.answer = [this](const auto& asked) { return answerTo(asked); };
-    platform.broadcast_.onPost = [this] { steps.emplace_back("broadcast"); };
+    platform.http_.answer = [this](const auto& asked) { return responseTo(asked); };
+    platform.broadcast_.onPost = [this] { steps.emplace_back(kBroadcast); };
   }
 
-  /// Made with the servers as they are, then forgotten how.
-  std::shared_ptr<ZtPortalData> makeDocument(const ZtString& customerId = "Kelvane") {
-    auto document = ZtPortalData::initWithValues(kConfigurationUrl, false, customerId,
+  /// A document made with the servers as they are; the steps of its making are cleared.
+  std::shared_ptr<ZtPortalData> makeDocument(const ZtString& customerId = "Kelvane",
+                                             bool cacheConfiguration = false) {
+    auto document = ZtPortalData::initWithValues(kConfigurationUrl, cacheConfiguration, customerId,
                                                  kApplicationId, "2.1.77");
     forget();
     return document;
   }
-
-  std::shared_ptr<ZtPortalData> makeDocumentWithPool(const ZtString& customerId = "Kelvane") {
-    auto document = makeDocument(customerId);
+  std::shared_ptr<ZtPortalData> makeDocumentWithPool(const ZtString& customerId = "Kelvane",
+                                                     bool cacheConfiguration = false) {
+    auto document = makeDocument(customerId, cacheConfiguration);
     document->addPool("CUSTOM", ZtDate());
     return document;
   }
 
-  /// The request of `makeDocumentWithPool`, as it shows the customer.
-  static std::string requestOf(const ZtPortalData& document, std::string_view customer) {
-    return crlf(
-        R"(<SOAP-ENV:Envelope xmlns:SOAP-ENV="http://schemas.xmlsoap.org/soap/envelope/" xmlns:SOAP-ENC="http://schemas.xmlsoap.org/soap/encoding/" xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance" xmlns:xsd="http://www.w3.org/2001/XMLSchema">
-  <SOAP-ENV:Body>
-    <postPoolDatas xmlns:m="http://reporting.kelvane.example/portal" SOAP-ENV:encodingStyle="http://schemas.xmlsoap.org/soap/encoding/">
-       <reportData xsi:type="com_Report">
-         <ReportID xsi:type="xsd:string">)" +
-        std::string(document.reportId().view()) + R"(</ReportID>
-         <MachineID xsi:type="xsd:string">{564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5}</MachineID>
-         <CustomerID xsi:type="xsd:string">)" +
-        std::string(customer) + R"(</CustomerID>
-         <ApplicationID xsi:type="xsd:string">{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}</ApplicationID>
-         <ApplicationVersion xsi:type="xsd:string">2.1.77</ApplicationVersion>
-         <Datas xsi:type="com_Pools">
-           <Data xsi:type="com_Pool" Pool="CUSTOM">
-             <Date xsi:type="xsd:dateTime">(null)</Date>
-             <Fields xsi:type="com_Fields"/>
-           </Data>
-         </Datas>
-       </reportData>
-    </postPoolDatas>
-  </SOAP-ENV:Body>
-</SOAP-ENV:Envelope>
-)");
-  }
-
   static std::string requestOf(const ZtPortalData& document) {
-    return requestOf(document, "Kelvane");
+    return document.generateXml(nullptr, true);
+  }
+  /// With another customer ID in it.
+  static std::string requestOf(const ZtPortalData& document, const std::string& customerId) {
+    std::string request = requestOf(document);
+    const std::size_t start = request.find('>', request.find("<CustomerID")) + 1;
+    return request.replace(start, request.find("</CustomerID>") - start, customerId);
   }
 
   void forget() {
@@ -112,8 +134,17 @@ class PortalTest : public ::testing::Test {
     platform.broadcast_.posted.clear();
   }
 
-  /// No server answers.
   void cutOff() { configuration = version = report = HttpResponse{}; }
+
+  /// Replaces the files by ones that call `observer`.
+  void observeFiles(ObservedFiles::Observer observer) {
+    _observed = std::make_unique<ObservedFiles>(platform.files_, std::move(observer));
+    platform.replacedFiles = _observed.get();
+  }
+  std::string inStore(const std::string& name) { return std::string(kReports) + "/" + name; }
+  std::vector<std::string> namesInStore() {
+    return platform.files_.list(kReports).value_or(std::vector<std::string>());
+  }
 
   ScopedEnvironment zone{"TZ", "UTC"};
   ScopedEnvironment locale{"LC_ALL", "C"};
@@ -124,11 +155,11 @@ class PortalTest : public ::testing::Test {
                              "</configuration>"};
   HttpResponse version{200, "<versioninfo>7.1</versioninfo>"};
   HttpResponse report{200, kAccepted};
-  std::function<HttpResponse(const std::string& body)> reportAnswer;  // goes before `report`
+  std::string refusedBody = "none";  // a report that is refused whatever `report` is
   std::vector<std::string> steps;
 
  private:
-  HttpResponse answerTo(const FakeHttpTransport::Asked& asked) {
+  HttpResponse responseTo(const FakeHttpTransport::Asked& asked) {
     if (!asked.body) {
       steps.push_back("GET " + asked.url);
       return configuration;
@@ -138,8 +169,10 @@ class PortalTest : public ::testing::Test {
       return version;
     }
     steps.push_back("report " + asked.url);
-    return reportAnswer ? reportAnswer(*asked.body) : report;
+    return *asked.body == refusedBody ? HttpResponse{200, kRefused} : report;
   }
+
+  std::unique_ptr<ObservedFiles> _observed;
 };
 
 }  // namespace zt::test

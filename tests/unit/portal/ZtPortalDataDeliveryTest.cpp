@@ -1,371 +1,335 @@
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
-#include "tests/unit/portal/ObservedFiles.h"
 #include "tests/unit/portal/PortalTest.h"
 #include "ztportal/platform/files/FailingFiles.h"
-#include "ztportal/platform/time/DateText.h"
+
+// Sending, saving and resending of documents.
 
 namespace zt::test {
 namespace {
 
-using ::testing::AnyOf;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Pair;
-
-constexpr const char* kReports = "/home/user/.local/share/Kelvane/Setup/reports";
-constexpr const char* kGet = "GET http://config.test/reporting/kelvane.xml";
-constexpr const char* kVersion = "version http://report.test/soap";
-constexpr const char* kReport = "report http://report.test/soap";
 
 class ZtPortalDataDeliveryTest : public PortalTest {
  protected:
-  /// The content of this report's file in the store; nothing when it is not there.
-  std::optional<std::string> saved(const ZtPortalData& document) {
-    return platform.files_.read(std::string(kReports) + "/" +
-                                std::string(document.reportId().view()) + ".ztr");
+  std::string fileOf(const ZtPortalData& sent) {
+    return inStore(std::string(sent.reportId().view()) + ".ztr");
   }
-  std::vector<std::string> namesInStore() {
-    return platform.files_.list(kReports).value_or(std::vector<std::string>());
+  /// The content of the report's file in the store; nothing when there is none.
+  std::optional<std::string> saved(const ZtPortalData& sent) {
+    return platform.files_.read(fileOf(sent));
   }
+  /// Puts a file into the store and returns its path.
+  std::string store(const std::string& name, const std::string& content) {
+    platform.files_.createFolders(kReports);
+    platform.files_.write(inStore(name), content);
+    return inStore(name);
+  }
+  std::vector<std::string> postedBodies() {
+    std::vector<std::string> bodies;
+    for (const auto& asked : platform.http_.asked) bodies.push_back(asked.body.value_or("(none)"));
+    return bodies;
+  }
+  /// A document that has a URL but is offline, because the version was missing at its creation.
+  std::shared_ptr<ZtPortalData> makeOfflineDocument(bool cacheConfiguration = false) {
+    const HttpResponse good = std::exchange(version, HttpResponse{});
+    auto offline = makeDocumentWithPool("Kelvane", cacheConfiguration);
+    version = good;
+    return offline;
+  }
+
+  std::shared_ptr<ZtPortalData> document = makeDocumentWithPool();
 };
-
-// What counts as accepted.
-
-TEST_F(ZtPortalDataDeliveryTest, AcceptsByTheNameOfTheResponseAndTheWordTrue) {
-  struct Row {
-    HttpResponse answer;
-    bool accepted;
-  };
-  const Row rows[] = {
-      {{200, kAccepted}, true},
-      {{299, kAccepted}, true},
-      {{200, "<ns1:postPoolDatasResponse><return>TRUE</return></ns1:postPoolDatasResponse>"}, true},
-      {{200, "<postPoolDatasResponse>true</postPoolDatasResponse>"}, true},
-      {{200, "POSTPOOLDATASRESPONSE TRUE"}, true},
-      {{200, "postpooldatasresponse true"}, true},
-      {{200, "PoStPoOlDaTaSrEsPoNsE tRuE"}, true},
-      {{200, "postpooldatasresponsetrue"}, true},
-      {{200, "not XML: true, says <the postPoolDatasResponse"}, true},
-      {{200, "<x construed='1'><postPoolDatasResponse>no</postPoolDatasResponse></x>"}, true},
-      {{200, "\xC3\x84\xF0\x9F\x98\x80 postPoolDatasResponse True \xC3\x96"}, true},
-      {{200, "<PostPoolDatasResponse><return>false</return></PostPoolDatasResponse>"}, false},
-      {{200, kRefused}, false},
-      {{200, "<return>true</return>"}, false},
-      {{200, "postPoolDatasRespons true"}, false},
-      {{200, "ostPoolDatasResponse true"}, false},
-      {{200, "postPoolDatas Response true"}, false},
-      {{200, "postPoolDatasResponse tru"}, false},
-      {{200, "postPoolDatasResponse rue"}, false},
-      {{200, "postPoolDatasResponse t rue"}, false},
-      {{200, "postPoolDatasResponse 1"}, false},
-      {{200, ""}, false},
-      {{200, std::string(kAccepted) + "\xE4"}, false},
-      {{199, kAccepted}, false},
-      {{300, kAccepted}, false},
-      {{404, kAccepted}, false},
-      {{500, kAccepted}, false},
-      {{0, ""}, false},
-  };
-  for (const Row& row : rows) {
-    const auto document = makeDocumentWithPool();
-    report = row.answer;
-    EXPECT_EQ(document->reportToServer(), row.accepted) << row.answer.status << row.answer.body;
-    EXPECT_EQ(saved(*document).has_value(), !row.accepted) << row.answer.status << row.answer.body;
-  }
-}
 
 // reportToServer.
 
-TEST_F(ZtPortalDataDeliveryTest, BroadcastsTheRequestThenPostsIt) {
-  const auto document = makeDocumentWithPool();
+TEST_F(ZtPortalDataDeliveryTest, AnAcceptedReportIsBroadcastThenPostedAndNotSaved) {
   EXPECT_TRUE(document->reportToServer());
-  EXPECT_THAT(steps, ElementsAre("broadcast", kReport));
-  ASSERT_EQ(platform.http_.asked.size(), 1U);
-  EXPECT_EQ(platform.http_.asked.front().method, "POST");
-  EXPECT_EQ(platform.http_.asked.front().body, requestOf(*document));
+  EXPECT_THAT(steps, ElementsAre(kBroadcast, kReport));
+  EXPECT_THAT(postedBodies(), ElementsAre(requestOf(*document)));
   ASSERT_EQ(platform.broadcast_.posted.size(), 1U);
   EXPECT_EQ(platform.broadcast_.posted.front().userInfo.at("request"), requestOf(*document));
-}
-
-TEST_F(ZtPortalDataDeliveryTest, AnAcceptedReportIsNotSaved) {
-  const auto document = makeDocumentWithPool();
-  EXPECT_TRUE(document->reportToServer());
   EXPECT_THAT(namesInStore(), IsEmpty());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ARefusedReportIsTheOneFileInTheStore) {
-  const auto document = makeDocumentWithPool();
+TEST_F(ZtPortalDataDeliveryTest, ARefusedReportIsThenTheOneFileInTheStore) {
   report = {200, kRefused};
+  observeFiles([this](const std::string& step) {
+    if (step.starts_with("write ")) steps.push_back(step);
+  });
   EXPECT_FALSE(document->reportToServer());
+  EXPECT_THAT(steps, ElementsAre(kBroadcast, kReport, "write " + fileOf(*document)));
   EXPECT_THAT(namesInStore(), ElementsAre(std::string(document->reportId().view()) + ".ztr"));
-  EXPECT_EQ(saved(*document), requestOf(*document));
   EXPECT_EQ(saved(*document), document->getSoapString());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, AReportIsSavedWhenTheTransportRaises) {
-  const auto document = makeDocumentWithPool();
-  platform.http_.answer = [](const auto&) -> HttpResponse { raise(); };
+TEST_F(ZtPortalDataDeliveryTest, AReportWithoutAResponseIsSaved) {
+  report = {200, ""};
+  EXPECT_FALSE(document->reportToServer());
+  EXPECT_EQ(saved(*document), requestOf(*document));
+  document = makeDocumentWithPool();
+  platform.http_.answer = [](const auto&) -> HttpResponse { throwZtException(); };
   EXPECT_FALSE(document->reportToServer());
   EXPECT_EQ(saved(*document), requestOf(*document));
 }
 
-TEST_F(ZtPortalDataDeliveryTest, AReportIsSavedAfterItWasPosted) {
-  const auto document = makeDocumentWithPool();
-  report = {200, kRefused};
-  ObservedFiles files(platform.files_, [this](const std::string& step) {
-    if (step.starts_with("write ")) steps.push_back(step);
-  });
-  platform.replacedFiles = &files;
-  document->reportToServer();
-  EXPECT_THAT(steps, ElementsAre("broadcast", kReport,
-                                 "write " + std::string(kReports) + "/" +
-                                     std::string(document->reportId().view()) + ".ztr"));
-}
-
-TEST_F(ZtPortalDataDeliveryTest, AReportIsNeitherPostedNorSavedWhenTheBroadcastRaises) {
-  const auto document = makeDocumentWithPool();
-  platform.broadcast_.onPost = &raise;
+TEST_F(ZtPortalDataDeliveryTest, AReportIsNeitherPostedNorSavedWhenTheBroadcastThrows) {
+  platform.broadcast_.onPost = &throwZtException;
   EXPECT_FALSE(document->reportToServer());
   EXPECT_THAT(steps, IsEmpty());
   EXPECT_EQ(saved(*document), std::nullopt);
 }
 
-TEST_F(ZtPortalDataDeliveryTest, LetsForeignExceptionsOutOfReporting) {
-  const auto document = makeDocumentWithPool();
-  platform.http_.answer = [](const auto&) -> HttpResponse { raiseForeign(); };
-  EXPECT_THROW(document->reportToServer(), ForeignError);
-  platform.broadcast_.onPost = &raiseForeign;
-  EXPECT_THROW(document->reportToServer(), ForeignError);
-}
-
 TEST_F(ZtPortalDataDeliveryTest, AReportWithoutPoolsIsPostedAndSavedAsAnEmptyText) {
-  const auto document = makeDocument();
+  document = makeDocument();
   report = {200, kRefused};
   EXPECT_FALSE(document->reportToServer());
-  ASSERT_EQ(platform.http_.asked.size(), 1U);
+  EXPECT_THAT(postedBodies(), ElementsAre(""));
   EXPECT_EQ(platform.http_.asked.front().method, "POST");
-  EXPECT_EQ(platform.http_.asked.front().body, "");
   EXPECT_EQ(platform.broadcast_.posted.front().userInfo.at("request"), "");
   EXPECT_EQ(saved(*document), "");
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ADocumentWithoutUrlDoesNotTryAgainToGetOnline) {
-  const HttpResponse before = configuration;
-  configuration = HttpResponse{};
-  const auto document = makeDocumentWithPool();
-  configuration = before;
+TEST_F(ZtPortalDataDeliveryTest, WithoutAUrlItDoesNotTryAgainToGetOnline) {
+  const HttpResponse good = std::exchange(configuration, HttpResponse{});
+  document = makeDocumentWithPool();
+  configuration = good;
   report = HttpResponse{};
   EXPECT_FALSE(document->reportToServer());
-  EXPECT_THAT(steps, ElementsAre("broadcast", "report "));
+  EXPECT_THAT(steps, ElementsAre(kBroadcast, "report "));
   EXPECT_EQ(saved(*document), requestOf(*document));
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ADocumentWithUrlThatIsOfflineTriesAgainAndUsesTheNewUrl) {
-  version = HttpResponse{};
-  const auto document = makeDocumentWithPool();
-  ASSERT_TRUE(document->gotConfiguration());
-  ASSERT_FALSE(document->online());
+TEST_F(ZtPortalDataDeliveryTest, WithAUrlButOfflineItTriesAgainAndUsesTheNewUrl) {
+  document = makeOfflineDocument();
   configuration = {200, "<c><defSOAP>http://new.test/</defSOAP></c>"};
-  version = {200, "<versioninfo>7.2</versioninfo>"};
   EXPECT_TRUE(document->reportToServer());
-  EXPECT_THAT(
-      steps, ElementsAre("broadcast", kGet, "version http://new.test/", "report http://new.test/"));
+  EXPECT_THAT(steps,
+              ElementsAre(kBroadcast, kGet, "version http://new.test/", "report http://new.test/"));
   EXPECT_TRUE(document->online());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ADocumentThatStaysOfflineIsPostedAllTheSame) {
+TEST_F(ZtPortalDataDeliveryTest, AReportThatStaysOfflineIsPostedAllTheSame) {
   version = HttpResponse{};
-  const auto document = makeDocumentWithPool();
+  document = makeDocumentWithPool();
   EXPECT_TRUE(document->reportToServer());
-  EXPECT_THAT(steps, ElementsAre("broadcast", kGet, kVersion, kReport));
+  EXPECT_THAT(steps, ElementsAre(kBroadcast, kGet, kVersion, kReport));
   EXPECT_FALSE(document->online());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, TryingAgainUsesTheLocalCopyIfTheDocumentWasMadeForIt) {
-  version = HttpResponse{};
-  const auto document =
-      ZtPortalData::initWithValues(kConfigurationUrl, true, "Kelvane", kApplicationId, "2.1.77");
-  document->addPool("CUSTOM", ZtDate());
-  forget();
-  ASSERT_TRUE(platform.files_.write("(null)configuration.xml",
-                                    "<c><defSOAP>http://local.test/</defSOAP></c>"));
+TEST_F(ZtPortalDataDeliveryTest, TryingAgainUsesTheLocalCopyWithTheCacheFlag) {
+  document = makeOfflineDocument(true);
+  const auto resending = makeOfflineDocument(true);
+  platform.files_.write(kLocalCopy, "<c><defSOAP>http://local.test/</defSOAP></c>");
   document->reportToServer();
   EXPECT_THAT(steps,
-              ElementsAre("broadcast", "version http://local.test/", "report http://local.test/"));
+              ElementsAre(kBroadcast, "version http://local.test/", "report http://local.test/"));
+  forget();
+  EXPECT_TRUE(resending->sendSavedReport(store("one.ztr", "<one/>")));
+  EXPECT_THAT(steps,
+              ElementsAre("version http://local.test/", kBroadcast, "report http://local.test/"));
 }
 
-// The notification.
-
-TEST_F(ZtPortalDataDeliveryTest, TheNotificationTellsHostVersionDateAndRequest) {
-  const auto document = makeDocumentWithPool();
-  const std::string before = shortDateAndTime(ZtDate::now());
-  document->reportToServer();
-  const std::string after = shortDateAndTime(ZtDate::now());
-  ASSERT_EQ(platform.broadcast_.posted.size(), 1U);
-  const auto& message = platform.broadcast_.posted.front();
-  EXPECT_EQ(message.name, "ZtPortalGhostNotification");
-  EXPECT_EQ(message.object, "Setup");
-  EXPECT_THAT(message.userInfo, ElementsAre(Pair("date", AnyOf(ZtString(before), ZtString(after))),
-                                            Pair("request", ZtString(requestOf(*document))),
-                                            Pair("version", ZtString("2.1"))));
+TEST_F(ZtPortalDataDeliveryTest, ForeignExceptionsPass) {
+  const std::string path = store("one.ztr", "<one/>");
+  platform.http_.answer = [](const auto&) -> HttpResponse { throwForeign(); };
+  EXPECT_THROW(document->reportToServer(), ForeignError);
+  platform.broadcast_.onPost = &throwForeign;
+  EXPECT_THROW(document->reportToServer(), ForeignError);
+  EXPECT_THROW(document->sendSavedReport(path), ForeignError);
+  EXPECT_THROW(document->sendSavedReports(), ForeignError);
+  platform.runningApplications_.onList = &throwForeign;
+  EXPECT_THROW(document->getSoapString(), ForeignError);
+  observeFiles([](const std::string&) { throwForeign(); });
+  EXPECT_THROW(document->saveReport(), ForeignError);
+  EXPECT_THROW(document->reportToFile("/report.xml"), ForeignError);
 }
 
-TEST_F(ZtPortalDataDeliveryTest, TheNotificationLeavesMissingWhatTheHostDoesNotSay) {
-  ZtHost::setBundleInfo({{"CFBundleName", nullptr}});
-  makeDocumentWithPool()->reportToServer();
-  ASSERT_EQ(platform.broadcast_.posted.size(), 1U);
-  EXPECT_TRUE(platform.broadcast_.posted.front().object.isNull());
-  EXPECT_TRUE(platform.broadcast_.posted.front().userInfo.at("version").isNull());
-}
+// saveReport and reportToFile.
 
-TEST_F(ZtPortalDataDeliveryTest, NothingIsBroadcastBeforeAReportGoesOut) {
-  const auto document = makeDocumentWithPool();
-  document->saveReport();
-  document->reportToFile("/report.xml");
-  document->getSoapString();
-  EXPECT_THAT(platform.broadcast_.posted, IsEmpty());
-}
-
-// Saving.
-
-TEST_F(ZtPortalDataDeliveryTest, SavesTheRequestUnderTheReportId) {
-  const auto document = makeDocumentWithPool();
+TEST_F(ZtPortalDataDeliveryTest, SavingOverwritesTheFileOfTheReportAndSendsNothing) {
   document->saveReport();
   EXPECT_EQ(saved(*document), requestOf(*document));
-  EXPECT_THAT(steps, IsEmpty());
-}
-
-TEST_F(ZtPortalDataDeliveryTest, SavingTwiceLeavesOneFileWithTheLaterText) {
-  const auto document = makeDocumentWithPool();
-  document->saveReport();
   document->pools().front()->setPoolType("OTHER");
   document->saveReport();
   EXPECT_EQ(namesInStore().size(), 1U);
   EXPECT_EQ(saved(*document), document->getSoapString());
+  EXPECT_THAT(steps, IsEmpty());
 }
 
-// A report that was saved whole was lost when the host saved it once more, as sending a saved one
-// does, and the disk was full or the host killed by then: the file was emptied first.
-TEST_F(ZtPortalDataDeliveryTest, AReportThatIsSavedWholeIsNotWrittenAgain) {
-  const auto document = makeDocumentWithPool();
-  document->saveReport();
-  FailingFiles files(platform.files_);
-  files.failAlways(FailingFiles::Operation::WriteMidway);
-  platform.replacedFiles = &files;
-  document->saveReport();
-  EXPECT_EQ(saved(*document), document->getSoapString());
-}
-
-TEST_F(ZtPortalDataDeliveryTest, SavingIsSilentWhenItFails) {
-  const auto document = makeDocumentWithPool();
-  FailingFiles files(platform.files_);
-  files.failAlways(FailingFiles::Operation::Write);
-  platform.replacedFiles = &files;
-  document->saveReport();
-  EXPECT_THAT(namesInStore(), IsEmpty());
-}
-
-TEST_F(ZtPortalDataDeliveryTest, SavingIsSilentWhenTheFilesRaise) {
-  const auto document = makeDocumentWithPool();
-  ObservedFiles files(platform.files_, [](const std::string&) { raise(); });
-  platform.replacedFiles = &files;
+TEST_F(ZtPortalDataDeliveryTest, SavingIsSilentWhenTheFilesThrow) {
+  observeFiles([](const std::string&) { throwZtException(); });
   EXPECT_NO_THROW(document->saveReport());
   report = {200, kRefused};
   EXPECT_FALSE(document->reportToServer());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, NothingIsWrittenWithoutAStore) {
-  const auto document = makeDocumentWithPool();
-  platform.supportFolder_.folder = std::nullopt;
-  std::vector<std::string> operations;
-  ObservedFiles files(platform.files_,
-                      [&](const std::string& operation) { operations.push_back(operation); });
-  platform.replacedFiles = &files;
-  document->saveReport();
-  EXPECT_THAT(operations, IsEmpty());
-}
-
-TEST_F(ZtPortalDataDeliveryTest, NothingIsWrittenElsewhereWhenTheUsersFolderMovesMeanwhile) {
-  for (const char* moved : {"/home/user/.local/shar", "/home/user/.local/share/elsewhere", "/"}) {
-    platform.files_.createFolders(moved);
-    for (const std::size_t question : {2U, 3U}) {
-      const auto document = makeDocumentWithPool();
-      platform.supportFolder_.askedDomains.clear();
-      platform.supportFolder_.folder = "/home/user/.local/share";
-      platform.supportFolder_.movesAt = question;
-      platform.supportFolder_.moved = moved;
-      const auto before = platform.files_.list(moved);
-      document->saveReport();
-      EXPECT_EQ(platform.supportFolder_.askedDomains.size(), question) << moved;
-      EXPECT_EQ(saved(*document), std::nullopt) << moved << question;
-      EXPECT_EQ(platform.files_.list(moved), before) << moved << question;
-    }
-  }
-}
-
-TEST_F(ZtPortalDataDeliveryTest, LetsForeignExceptionsOutOfSaving) {
-  const auto document = makeDocumentWithPool();
-  ObservedFiles files(platform.files_, [](const std::string&) { raiseForeign(); });
-  platform.replacedFiles = &files;
-  EXPECT_THROW(document->saveReport(), ForeignError);
-  EXPECT_THROW(document->reportToFile("/report.xml"), ForeignError);
-}
-
-TEST_F(ZtPortalDataDeliveryTest, WritesTheRequestToAFileAndSaysFalse) {
-  const auto document = makeDocumentWithPool();
+TEST_F(ZtPortalDataDeliveryTest, ReportToFileReturnsFalseAlsoAfterWriting) {
   EXPECT_FALSE(document->reportToFile("/report.xml"));
   EXPECT_EQ(platform.files_.read("/report.xml"), requestOf(*document));
   EXPECT_FALSE(platform.files_.exists(kReports));
-}
-
-TEST_F(ZtPortalDataDeliveryTest, SaysFalseWhenTheFileCannotBeWritten) {
-  const auto document = makeDocumentWithPool();
   EXPECT_FALSE(document->reportToFile("/no/such/folder/report.xml"));
-  std::vector<std::string> operations;
-  ObservedFiles files(platform.files_, [&](const std::string& operation) {
-    operations.push_back(operation);
-    raise();
+  observeFiles([this](const std::string& operation) {
+    steps.push_back(operation);
+    throwZtException();
   });
-  platform.replacedFiles = &files;
   EXPECT_FALSE(document->reportToFile("/report.xml"));
   EXPECT_FALSE(document->reportToFile(nullptr));
-  EXPECT_THAT(operations, ElementsAre("write /report.xml"));
+  EXPECT_THAT(steps, ElementsAre("write /report.xml")) << "nothing is broadcast";
 }
 
-// The store.
+// sendSavedReport.
 
-TEST_F(ZtPortalDataDeliveryTest, TheStoreIsTheFolderReportsOfTheHost) {
-  EXPECT_EQ(ZtTestAccess::getReportFolder(), "/home/user/.local/share/Kelvane/Setup/reports");
-  EXPECT_TRUE(platform.files_.isFolder(kReports));
-  EXPECT_EQ(ZtPortalData::reportFolder(), "/home/user/.local/share/Kelvane/Setup/reports");
+TEST_F(ZtPortalDataDeliveryTest, ASavedReportIsBroadcastThenPostedAndStays) {
+  const std::string path = store("one.ztr", "<one/>");
+  EXPECT_TRUE(document->sendSavedReport(path));
+  EXPECT_THAT(steps, ElementsAre(kBroadcast, kReport));
+  EXPECT_THAT(postedBodies(), ElementsAre("<one/>"));
+  EXPECT_EQ(platform.http_.asked.front().method, "POST");
+  EXPECT_EQ(platform.broadcast_.posted.front().userInfo.at("request"), "<one/>");
+  report = {200, kRefused};
+  EXPECT_FALSE(document->sendSavedReport(path));
+  EXPECT_EQ(platform.files_.read(path), "<one/>");
 }
 
-TEST_F(ZtPortalDataDeliveryTest, TheFileOfAReportNeedNotBeThere) {
-  const auto document = makeDocument();
-  const std::string expected = "/home/user/.local/share/Kelvane/Setup/reports/" +
-                               std::string(document->reportId().view()) + ".ztr";
-  EXPECT_EQ(document->reportFile(), expected);
-  EXPECT_EQ(ZtTestAccess::getReportFile(*document), expected);
-  EXPECT_TRUE(platform.files_.isFolder(kReports));
-  EXPECT_FALSE(platform.files_.exists(expected));
+TEST_F(ZtPortalDataDeliveryTest, AReportOfAnotherDocumentIsSentWithLineFeedsAlone) {
+  const auto other = makeDocumentWithPool("Brisalink");
+  other->saveReport();
+  EXPECT_TRUE(document->sendSavedReport(other->reportFile()));
+  std::string expected = requestOf(*other);
+  std::erase(expected, '\r');
+  EXPECT_THAT(postedBodies(), ElementsAre(expected));
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ThereIsNoStoreWithoutASupportFolder) {
-  const auto document = makeDocument();
-  platform.supportFolder_.folder = std::nullopt;
-  EXPECT_TRUE(ZtPortalData::reportFolder().isNull());
-  EXPECT_TRUE(document->reportFile().isNull());
+TEST_F(ZtPortalDataDeliveryTest, AFileThatCannotBeReadOrParsedIsNeverSent) {
+  for (const char* path : {"/no/such.ztr", "/", "", static_cast<const char*>(nullptr)}) {
+    EXPECT_FALSE(document->sendSavedReport(path));
+  }
+  EXPECT_FALSE(document->sendSavedReport(store("one.ztr", "<br><p>needs a repair</p>")));
+  EXPECT_THAT(steps, IsEmpty());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, ThereIsNoStoreWhenItsFolderCannotBeMade) {
-  const auto document = makeDocument();
-  ASSERT_TRUE(platform.files_.createFolders("/home/user/.local/share/Kelvane/Setup"));
-  ASSERT_TRUE(platform.files_.write(kReports, "a file in its place"));
-  EXPECT_TRUE(ZtPortalData::reportFolder().isNull());
-  EXPECT_TRUE(document->reportFile().isNull());
+TEST_F(ZtPortalDataDeliveryTest, AnOfflineDocumentTriesAgainWhateverItsUrlAndPath) {
+  const std::string path = store("one.ztr", "<one/>");
+  const HttpResponse good = configuration;
+  configuration = HttpResponse{};
+  document = makeDocument();
+  configuration = good;
+  EXPECT_TRUE(document->sendSavedReport(path));
+  EXPECT_THAT(steps, ElementsAre(kGet, kVersion, kBroadcast, kReport));
+
+  document = makeOfflineDocument();
+  EXPECT_FALSE(document->sendSavedReport(nullptr));
+  EXPECT_THAT(steps, ElementsAre(kGet, kVersion));
+  EXPECT_TRUE(document->online());
+
+  configuration = {200, "<c><defSOAP/></c>"};  // takes the configuration back
+  ZtTestAccess::getConfiguration(*document, kConfigurationUrl, false);
+  configuration = good;
+  forget();
+  EXPECT_TRUE(document->sendSavedReport(path));
+  EXPECT_THAT(steps, ElementsAre(kGet, kVersion, kBroadcast, kReport));
+}
+
+TEST_F(ZtPortalDataDeliveryTest, ADocumentThatStaysOfflineSendsAndRemovesNothing) {
+  store("1.ztr", "<one/>");
+  store("2.ztr", "<two/>");
+  version = HttpResponse{};
+  document = makeDocument();
+  EXPECT_FALSE(document->sendSavedReport(inStore("1.ztr")));
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(steps, ElementsAre(kGet, kVersion, kGet, kVersion));
+  EXPECT_THAT(namesInStore(), ElementsAre("1.ztr", "2.ztr"));
+}
+
+TEST_F(ZtPortalDataDeliveryTest, ASavedReportIsNotAcceptedWhenThePlatformThrows) {
+  const std::string path = store("one.ztr", "<one/>");
+  platform.broadcast_.onPost = &throwZtException;
+  EXPECT_FALSE(document->sendSavedReport(path));
+  EXPECT_THAT(steps, IsEmpty()) << "posted without the broadcast";
+  platform.broadcast_.onPost = nullptr;
+  platform.http_.answer = [](const auto&) -> HttpResponse { throwZtException(); };
+  EXPECT_FALSE(document->sendSavedReport(path));
+  observeFiles([](const std::string&) { throwZtException(); });
+  EXPECT_FALSE(document->sendSavedReport(path));
+}
+
+// sendSavedReports.
+
+TEST_F(ZtPortalDataDeliveryTest, AllAcceptedReportsAreRemovedInTheOrderOfTheListing) {
+  store("b.ztr", "<b/>");
+  store("c.ztr", "<c/>");
+  store("a.ztr", "<a/>");
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(postedBodies(), ElementsAre("<b/>", "<c/>", "<a/>"));
+  EXPECT_THAT(namesInStore(), IsEmpty());
+}
+
+TEST_F(ZtPortalDataDeliveryTest, TheSecondOfThreeStopsItWhenRefusedOrMalformed) {
+  const std::pair<const char*, std::vector<std::string>> rows[] = {{"<two/>", {"<one/>", "<two/>"}},
+                                                                   {"<two>malformed", {"<one/>"}}};
+  refusedBody = "<two/>";
+  for (const auto& [second, posted] : rows) {
+    forget();
+    store("1.ztr", "<one/>");
+    store("2.ztr", second);
+    store("3.ztr", "<three/>");
+    EXPECT_FALSE(document->sendSavedReports());
+    EXPECT_EQ(postedBodies(), posted);
+    EXPECT_THAT(namesInStore(), ElementsAre("2.ztr", "3.ztr")) << second;
+    for (const char* name : {"2.ztr", "3.ztr"}) platform.files_.remove(inStore(name));
+  }
+}
+
+TEST_F(ZtPortalDataDeliveryTest, AFileWithoutTheEndingIsNeitherSentNorRemoved) {
+  store("a.xml", "<other/>");
+  store("1.ztr", "<one/>");
+  std::vector<std::string> operations;
+  observeFiles([&](const std::string& operation) {
+    if (!operation.starts_with("exists ") && !operation.starts_with("isFolder ") &&
+        !operation.starts_with("createFolders ")) {
+      operations.push_back(operation);
+    }
+  });
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(operations, ElementsAre("list " + std::string(kReports), "read " + inStore("1.ztr"),
+                                      "remove " + inStore("1.ztr")));
+  EXPECT_THAT(namesInStore(), ElementsAre("a.xml"));
+}
+
+TEST_F(ZtPortalDataDeliveryTest, AnEmptyStoreMakesNoRequest) {
+  cutOff();
+  document = makeDocument();
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(steps, IsEmpty());
+}
+
+TEST_F(ZtPortalDataDeliveryTest, ContinuesWhenAnAcceptedFileCannotBeRemoved) {
+  store("1.ztr", "<one/>");
+  store("2.ztr", "<two/>");
+  FailingFiles files(platform.files_);
+  files.failOnce(FailingFiles::Operation::Remove, 1);
+  platform.replacedFiles = &files;
+  EXPECT_FALSE(document->sendSavedReports());
+  EXPECT_THAT(postedBodies(), ElementsAre("<one/>", "<two/>"));
+  EXPECT_THAT(namesInStore(), ElementsAre("1.ztr"));
+}
+
+TEST_F(ZtPortalDataDeliveryTest, EndsWhenThePlatformThrows) {
+  store("1.ztr", "<one/>");
+  store("2.ztr", "<two/>");
+  for (const char* throwing : {"list ", "remove "}) {
+    observeFiles([&](const std::string& operation) {
+      if (operation.starts_with(throwing)) throwZtException();
+    });
+    EXPECT_FALSE(document->sendSavedReports()) << throwing;
+  }
+  EXPECT_THAT(postedBodies(), ElementsAre("<one/>"));
+  EXPECT_THAT(namesInStore(), ElementsAre("1.ztr", "2.ztr"));
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -21,46 +22,36 @@ ZtXMLNode rootOf(std::string_view text) {
   return *document->rootElement();
 }
 
-/// The text of what was found; a missing one when nothing was.
+/// The text of the node; missing when there is none.
 ZtString textOf(const std::optional<ZtXMLNode>& node) { return node ? node->text() : ZtString(); }
 
-ZtString named(std::string_view text, const ZtString& name) {
-  return textOf(ZtUtils::childNamed(rootOf(text), name));
-}
-
-ZtString namedLike(std::string_view text, const ZtString& pattern) {
-  return textOf(ZtUtils::childNamedLike(rootOf(text), pattern));
-}
-
-// childNamed.
-
-TEST(ZtUtilsTest, ChildNamedIsTheFirstChildOfThatName) {
-  EXPECT_EQ(named("<r><a>1</a><b>2</b><b>3</b></r>", "b"), "2");
-  EXPECT_EQ(named("<r>text<!--b--><?p i?><b>2</b></r>", "b"), "2");
-}
-
-TEST(ZtUtilsTest, ChildNamedComparesNamesExactly) {
-  EXPECT_EQ(named("<r><DefSOAP>1</DefSOAP></r>", "defSOAP"), nullptr);
-  EXPECT_EQ(named("<r><defSOAPs>1</defSOAPs></r>", "defSOAP"), nullptr);
-  EXPECT_EQ(named("<r><defSOA>1</defSOA></r>", "defSOAP"), nullptr);
-  EXPECT_EQ(named("<r><defSOAP>1</defSOAP></r>", "def*"), nullptr);
-}
-
-TEST(ZtUtilsTest, ChildNamedTakesThePrefixForAPartOfTheName) {
-  const char* text = "<r xmlns:n='urn:n'><n:a>1</n:a></r>";
-  EXPECT_EQ(named(text, "a"), nullptr);
-  EXPECT_EQ(named(text, "n:a"), "1");
-}
-
-TEST(ZtUtilsTest, ChildNamedLooksNoDeeperThanTheChildren) {
-  EXPECT_EQ(named("<r><a><b>1</b></a></r>", "b"), nullptr);
-  EXPECT_EQ(named("<r/>", "r"), nullptr);
-}
-
-TEST(ZtUtilsTest, ChildNamedNeverFindsWhatHasNoName) {
-  EXPECT_EQ(named("<r>text<!--comment--></r>", nullptr), nullptr);
-  EXPECT_EQ(named("<r>text<!--comment--></r>", ""), nullptr);
-  EXPECT_EQ(named("<r>text</r>", "text"), nullptr);
+TEST(ZtUtilsTest, ChildNamedIsTheFirstDirectChildOfExactlyThatName) {
+  const struct {
+    const char* text;
+    ZtString name;
+    ZtString expected;
+  } rows[] = {
+      {"<r><a>1</a><b>2</b><b>3</b></r>", "b", "2"},
+      {"<r>text<!--b--><?p i?><b>2</b></r>", "b", "2"},
+      {"<r><DefSOAP>1</DefSOAP></r>", "defSOAP", nullptr},
+      {"<r><defSOAPs>1</defSOAPs></r>", "defSOAP", nullptr},
+      {"<r><defSOA>1</defSOA></r>", "defSOAP", nullptr},
+      {"<r><defSOAP>1</defSOAP></r>", "def*", nullptr},
+      // The prefix is a part of the name.
+      {"<r xmlns:n='urn:n'><n:a>1</n:a></r>", "a", nullptr},
+      {"<r xmlns:n='urn:n'><n:a>1</n:a></r>", "n:a", "1"},
+      // Neither a grandchild nor the node itself.
+      {"<r><a><b>1</b></a></r>", "b", nullptr},
+      {"<r/>", "r", nullptr},
+      // Texts and comments have no name.
+      {"<r>text<!--comment--></r>", nullptr, nullptr},
+      {"<r>text<!--comment--></r>", "", nullptr},
+      {"<r>text</r>", "text", nullptr},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(textOf(ZtUtils::childNamed(rootOf(row.text), row.name)), row.expected)
+        << row.text << " " << row.name.printed();
+  }
 }
 
 TEST(ZtUtilsTest, ChildNamedOfADocumentFindsItsRoot) {
@@ -70,32 +61,28 @@ TEST(ZtUtilsTest, ChildNamedOfADocumentFindsItsRoot) {
   EXPECT_EQ(textOf(ZtUtils::childNamed(document->documentNode(), "a")), nullptr);
 }
 
-// childNamedLike.
-
-TEST(ZtUtilsTest, ChildNamedLikeMatchesTheLoweredName) {
-  const char* answer =
+TEST(ZtUtilsTest, ChildNamedLikeIsTheFirstDirectChildWhoseLowerCaseNameMatches) {
+  constexpr const char* kResponse =
       "<b xmlns:ns1='urn:n'><other>0</other>"
       "<ns1:postPoolDatasResponse>1</ns1:postPoolDatasResponse></b>";
-  EXPECT_EQ(namedLike(answer, "*postpooldatasresponse*"), "1");
-  EXPECT_EQ(namedLike(answer, "*PostPoolDatas*"), nullptr);
-}
-
-TEST(ZtUtilsTest, ChildNamedLikeIsTheFirstChildThatMatches) {
-  EXPECT_EQ(namedLike("<r>text<!--a--><a1>1</a1><a2>2</a2></r>", "a?"), "1");
-  EXPECT_EQ(namedLike("<r><a1>1</a1><A2>2</A2></r>", "*2"), "2");
-}
-
-TEST(ZtUtilsTest, ChildNamedLikeLooksNoDeeperThanTheChildren) {
-  EXPECT_EQ(namedLike("<r><a><b>1</b></a></r>", "b*"), nullptr);
-}
-
-TEST(ZtUtilsTest, ChildNamedLikeNeverFindsWhatHasNoName) {
-  EXPECT_EQ(namedLike("<r>text<!--comment--></r>", "*"), nullptr);
-  EXPECT_EQ(namedLike("<r>text<!--comment--></r>", ""), nullptr);
-}
-
-TEST(ZtUtilsTest, ChildNamedLikeFindsNothingForAMissingPattern) {
-  EXPECT_EQ(namedLike("<r><a>1</a></r>", nullptr), nullptr);
+  const struct {
+    const char* text;
+    ZtString pattern;
+    ZtString expected;
+  } rows[] = {
+      {kResponse, "*postpooldatasresponse*", "1"},
+      {kResponse, "*PostPoolDatas*", nullptr},
+      {"<r>text<!--a--><a1>1</a1><a2>2</a2></r>", "a?", "1"},
+      {"<r><a1>1</a1><A2>2</A2></r>", "*2", "2"},
+      {"<r><a><b>1</b></a></r>", "b*", nullptr},
+      {"<r>text<!--comment--></r>", "*", nullptr},
+      {"<r>text<!--comment--></r>", "", nullptr},
+      {"<r><a>1</a></r>", nullptr, nullptr},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(textOf(ZtUtils::childNamedLike(rootOf(row.text), row.pattern)), row.expected)
+        << row.text << " " << row.pattern.printed();
+  }
 }
 
 TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
@@ -167,36 +154,24 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
   for (const Row& row : rows) {
     const std::string text =
         "<r><" + std::string(row.name) + ">1</" + std::string(row.name) + "></r>";
-    EXPECT_EQ(namedLike(text, row.pattern), row.matches ? ZtString("1") : ZtString())
+    EXPECT_EQ(textOf(ZtUtils::childNamedLike(rootOf(text), row.pattern)),
+              row.matches ? ZtString("1") : ZtString())
         << row.name << " like " << row.pattern;
   }
 }
 
-// childrenAsStrings.
-
-TEST(ZtUtilsTest, ChildrenAsStringsHasOneTextAChild) {
-  EXPECT_THAT(ZtUtils::childrenAsStrings(rootOf("<r>one<a>two<b>three</b></a>four<c/></r>")),
-              ElementsAre(ZtString("one"), ZtString("twothree"), ZtString("four"), ZtString("")));
-}
-
-TEST(ZtUtilsTest, ChildrenAsStringsOfAnEmptyNodeIsEmpty) {
+TEST(ZtUtilsTest, ChildrenAsStringsHasOneEntryPerChildTextNodesIncluded) {
+  EXPECT_THAT(
+      ZtUtils::childrenAsStrings(rootOf("<r>one<a>two<b>three</b></a>four<c/><!--five--></r>")),
+      ElementsAre(ZtString("one"), ZtString("twothree"), ZtString("four"), ZtString(""),
+                  ZtString("five")));
   EXPECT_THAT(ZtUtils::childrenAsStrings(rootOf("<r/>")), IsEmpty());
 }
-
-TEST(ZtUtilsTest, ChildrenAsStringsHasTheTextsOfComments) {
-  EXPECT_THAT(ZtUtils::childrenAsStrings(rootOf("<r><a>1</a><!--note--></r>")),
-              ElementsAre(ZtString("1"), ZtString("note")));
-}
-
-// nodesContentAsDictionary.
 
 TEST(ZtUtilsTest, NodesContentAsDictionaryGathersTheAttributesOfAllChildrenOfThatName) {
   EXPECT_THAT(
       ZtUtils::nodesContentAsDictionary(rootOf("<r><item a='1'/><item a='2' b='3'/></r>"), "item"),
       ElementsAre(Pair("a", ZtString("2")), Pair("b", ZtString("3"))));
-}
-
-TEST(ZtUtilsTest, NodesContentAsDictionaryLeavesOtherNodesOut) {
   EXPECT_THAT(ZtUtils::nodesContentAsDictionary(
                   rootOf("<r z='0'>text<Item a='1'/><other b='2'/><d><item c='3'/></d>"
                          "<item e='&amp;5' f=''/></r>"),

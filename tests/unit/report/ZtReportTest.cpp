@@ -83,7 +83,7 @@ TEST_F(ZtReportTest, MakesADocumentOfTheCustomerWithAnInventoryOfTheComputer) {
   EXPECT_FALSE(computer->timeStamp().isNull());
 }
 
-TEST_F(ZtReportTest, WithoutAGuidTheCustomersDefaultIsTaken) {
+TEST_F(ZtReportTest, WithoutAGuidTheCustomersDefaultIsUsed) {
   const ZtString byDefault = made()->appId();
   EXPECT_EQ(byDefault.view().size(), 60U);
   EXPECT_EQ(ZtReport::initWithCustomerAndGuid("Kelvane", "")->appId(), byDefault);
@@ -121,7 +121,7 @@ TEST_F(ZtReportTest, EveryCustomerHasItsUrlAndDefaultId) {
   }
 }
 
-TEST_F(ZtReportTest, AnUnknownCustomerHasNoReportAndNoTraffic) {
+TEST_F(ZtReportTest, AnUnknownCustomerHasNoReportAndMakesNoRequest) {
   for (const ZtString& customer : {ZtString("kelvane"), ZtString("KELVANE"), ZtString("Cavomedia"),
                                    ZtString("Kelvane "), ZtString(""), ZtString()}) {
     EXPECT_EQ(ZtReport::initWithCustomerAndGuid(customer, "{MINE}"), nullptr) << customer.printed();
@@ -130,7 +130,7 @@ TEST_F(ZtReportTest, AnUnknownCustomerHasNoReportAndNoTraffic) {
   EXPECT_TRUE(platform.gestalt_.asked.empty());
 }
 
-TEST_F(ZtReportTest, AHostWithoutAShortVersionHasNullInItsPlace) {
+TEST_F(ZtReportTest, AHostWithoutAShortVersionHasNullInstead) {
   ZtHost::setBundleInfo({{"CFBundleName", "Setup"}, {"CFBundleVersion", "77"}});
   EXPECT_EQ(made()->data()->applicationVersion(), "(null).77");
   ZtHost::setBundleInfo({{"CFBundleName", "Setup"}});
@@ -153,7 +153,7 @@ TEST_F(ZtReportTest, ARunBeginsAndEnds) {
   EXPECT_GE(execution->endTime(), execution->startTime());
 }
 
-TEST_F(ZtReportTest, ASecondStartKeepsTheExecutionAndGivesItANewStart) {
+TEST_F(ZtReportTest, ASecondStartKeepsTheExecutionPoolWithANewStart) {
   const auto facade = made();
   facade->startReport("first");
   const auto execution = facade->poolExecution();
@@ -212,7 +212,7 @@ TEST_F(ZtReportTest, BeforeAStartFactsAreDroppedAndTheReportIsSent) {
   EXPECT_TRUE(facade->installDataBOOL()->empty());
 }
 
-TEST_F(ZtReportTest, SendingSaysWhatTheServerSaid) {
+TEST_F(ZtReportTest, SendingReturnsTheResultOfReportToServer) {
   const auto facade = made();
   EXPECT_TRUE(facade->sendReport(true));
   EXPECT_EQ(savedReports(), 0U);
@@ -240,12 +240,12 @@ TEST_F(ZtReportTest, SavedReportsAreResentWithTheDocumentsResult) {
   EXPECT_EQ(savedReports(), 0U);
 }
 
-TEST_F(ZtReportTest, AnExceptionOfThePlatformIsFalseAndOthersReachTheCaller) {
+TEST_F(ZtReportTest, AnExceptionOfThePlatformIsFalseAndOthersPass) {
   const auto facade = made();
   facade->startReport("setup");
-  platform.broadcast_.onPost = zt::test::raise;
+  platform.broadcast_.onPost = zt::test::throwZtException;
   EXPECT_FALSE(facade->sendReport(true));
-  platform.broadcast_.onPost = zt::test::raiseForeign;
+  platform.broadcast_.onPost = zt::test::throwForeign;
   EXPECT_THROW(facade->sendReport(true), zt::test::ForeignError);
 }
 
@@ -287,7 +287,7 @@ TEST_F(ZtReportTest, WithoutADocumentOrFactsItDoesNothing) {
   EXPECT_TRUE(steps.empty());
 }
 
-TEST_F(ZtReportTest, ApplicationIdsAreThoseThatServersKnow) {
+TEST_F(ZtReportTest, ApplicationIdsAreTheKnownOnes) {
   const struct {
     const ZtString& id;
     std::string_view text;

@@ -13,7 +13,7 @@
 
 namespace {
 
-// A host's own constants are made of the library's, in whatever order the files are initialised.
+// Hosts build their own constants from the library's, whatever the order of initialisation.
 const ZtString kGhostReadAtStart = GHOST_BUNDLE_IDENT;
 const std::string kFolderReadAtStart = std::string(COMPANY_NAME.view()) + "/" +
                                        std::string(APP_SUBFOLDERNAME.view()) + "/" +

@@ -21,11 +21,11 @@ namespace {
 constexpr const char* kNamed = "ZT_TEST_HOST_NAMED";
 constexpr const char* kAsked = "ZT_TEST_HOST_ASKED";
 
-/// What a host is can be told once in a process only, and depends on where its executable stands.
-/// So with the variable `kAsked` set, this program is no test but such a host: it names itself as
-/// `kNamed` says, if at all, prints a line for each key that it is asked for, and ends. It does so
-/// in a static initialiser, where hosts may use the library already.
-bool answersAsAHost() {
+/// The identity of a host depends on the path of its executable and is read once per process. So
+/// with the variable `kAsked` set, this program is not a test but such a host: it names itself
+/// `kNamed`, if that is set, prints a line for each key in `kAsked`, and exits. It does so in a
+/// static initialiser, since hosts may use the library there.
+bool runsAsAHost() {
   const char* const asked = std::getenv(kAsked);
   if (asked == nullptr) return false;
   if (const char* const named = std::getenv(kNamed)) {
@@ -40,7 +40,7 @@ bool answersAsAHost() {
   std::exit(0);
 }
 
-const bool kIsHost = answersAsAHost();
+const bool kIsHost = runsAsAHost();
 
 constexpr const char* kInfoPlist = R"(<?xml version="1.0" encoding="UTF-8"?>
 <plist version="1.0">
@@ -69,9 +69,9 @@ void copyThisProgramTo(const std::string& path) {
   std::filesystem::copy_file("/proc/self/exe", path);
 }
 
-/// The lines that the program at `path` answers as a host.
-std::vector<std::string> answersOf(const std::string& path, const std::string& keys,
-                                   const std::optional<std::string>& named = std::nullopt) {
+/// The lines that the program at `path` prints as a host.
+std::vector<std::string> linesOf(const std::string& path, const std::string& keys,
+                                 const std::optional<std::string>& named = std::nullopt) {
   std::vector<std::string> environment{std::string(kAsked) + "=" + keys};
   if (named) environment.push_back(std::string(kNamed) + "=" + *named);
   zt::test::Subprocess host({path}, {.environment = environment});
@@ -83,19 +83,19 @@ std::vector<std::string> answersOf(const std::string& path, const std::string& k
 TEST(ZtHostTest, AHostOutsideAnyBundleHasTheNameOfItsExecutableAndNothingElse) {
   const zt::test::TemporaryFolder folder;
   copyThisProgramTo(folder.path("bin/my setup"));
-  EXPECT_EQ(answersOf(folder.path("bin/my setup"),
-                      "CFBundleName CFBundleShortVersionString CFBundleVersion CFBundleNam"),
+  EXPECT_EQ(linesOf(folder.path("bin/my setup"),
+                    "CFBundleName CFBundleShortVersionString CFBundleVersion CFBundleNam"),
             (std::vector<std::string>{"CFBundleName=my setup", "CFBundleShortVersionString=missing",
                                       "CFBundleVersion=missing", "CFBundleNam=missing"}));
 }
 
-TEST(ZtHostTest, AHostInABundleIsKnownByIt) {
+TEST(ZtHostTest, AHostInABundleIsIdentifiedByIt) {
   const zt::test::TemporaryFolder folder;
   folder.write("Setup.app/Contents/Info.plist", kInfoPlist);
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/bin/setup"));
   EXPECT_EQ(
-      answersOf(folder.path("Setup.app/Contents/Linux/bin/setup"),
-                "CFBundleName CFBundleShortVersionString CFBundleVersion ANumber Other"),
+      linesOf(folder.path("Setup.app/Contents/Linux/bin/setup"),
+              "CFBundleName CFBundleShortVersionString CFBundleVersion ANumber Other"),
       (std::vector<std::string>{"CFBundleName=Sch\xC3\xB6n & Gut", "CFBundleShortVersionString=2.1",
                                 "CFBundleVersion=77", "ANumber=missing", "Other=missing"}));
 }
@@ -104,23 +104,23 @@ TEST(ZtHostTest, AHostInABundleWithoutANameHasThatOfItsExecutable) {
   const zt::test::TemporaryFolder folder;
   folder.write("Setup.app/Contents/Info.plist", kInfoPlistWithoutName);
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/setup"));
-  EXPECT_EQ(answersOf(folder.path("Setup.app/Contents/Linux/setup"),
-                      "CFBundleName CFBundleShortVersionString CFBundleVersion"),
+  EXPECT_EQ(linesOf(folder.path("Setup.app/Contents/Linux/setup"),
+                    "CFBundleName CFBundleShortVersionString CFBundleVersion"),
             (std::vector<std::string>{"CFBundleName=setup", "CFBundleShortVersionString=missing",
                                       "CFBundleVersion=78"}));
 }
 
-TEST(ZtHostTest, WhatTheHostSaysReplacesAllOfItsBundle) {
+TEST(ZtHostTest, SetBundleInfoReplacesAllOfTheBundle) {
   const zt::test::TemporaryFolder folder;
   folder.write("Setup.app/Contents/Info.plist", kInfoPlist);
   copyThisProgramTo(folder.path("Setup.app/Contents/Linux/setup"));
-  EXPECT_EQ(answersOf(folder.path("Setup.app/Contents/Linux/setup"),
-                      "CFBundleName CFBundleShortVersionString CFBundleVersion", "Mine"),
+  EXPECT_EQ(linesOf(folder.path("Setup.app/Contents/Linux/setup"),
+                    "CFBundleName CFBundleShortVersionString CFBundleVersion", "Mine"),
             (std::vector<std::string>{"CFBundleName=Mine", "CFBundleShortVersionString=missing",
                                       "CFBundleVersion=missing"}));
 }
 
-// --- what a host says of itself, in this process ---------------------------------------------
+// setBundleInfo, in this process.
 
 class ZtHostThatNamesItselfTest : public ::testing::Test {
  protected:
@@ -128,11 +128,11 @@ class ZtHostThatNamesItselfTest : public ::testing::Test {
     return std::filesystem::read_symlink("/proc/self/exe").filename().string();
   }
 
-  // Nothing said any more is not possible; this is the nearest to it.
+  // Information once set cannot be unset; an empty one comes closest.
   ~ZtHostThatNamesItselfTest() override { ZtHost::setBundleInfo({}); }
 };
 
-TEST_F(ZtHostThatNamesItselfTest, IsKnownByWhatItSays) {
+TEST_F(ZtHostThatNamesItselfTest, IsIdentifiedByTheGivenInformation) {
   ZtHost::setBundleInfo({{"CFBundleName", "Setup"},
                          {"CFBundleShortVersionString", "2.1"},
                          {"CFBundleVersion", "77"},
@@ -145,7 +145,7 @@ TEST_F(ZtHostThatNamesItselfTest, IsKnownByWhatItSays) {
   EXPECT_TRUE(ZtHost::bundleInfo("").isNull());
 }
 
-TEST_F(ZtHostThatNamesItselfTest, HasTheNameOfItsExecutableWhenItSaysNone) {
+TEST_F(ZtHostThatNamesItselfTest, HasTheNameOfItsExecutableByDefault) {
   ZtHost::setBundleInfo({{"CFBundleVersion", "77"}});
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), executableName());
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleVersion"), "77");
@@ -154,21 +154,21 @@ TEST_F(ZtHostThatNamesItselfTest, HasTheNameOfItsExecutableWhenItSaysNone) {
   EXPECT_TRUE(ZtHost::bundleInfo("CFBundleVersion").isNull());
 }
 
-TEST_F(ZtHostThatNamesItselfTest, MaySayThatItHasNoName) {
+TEST_F(ZtHostThatNamesItselfTest, MayHaveNoName) {
   ZtHost::setBundleInfo({{"CFBundleName", nullptr}});
   EXPECT_TRUE(ZtHost::bundleInfo("CFBundleName").isNull());
   ZtHost::setBundleInfo({{"CFBundleName", ""}});
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "");
 }
 
-TEST_F(ZtHostThatNamesItselfTest, TheLastWordReplacesAllBeforeIt) {
+TEST_F(ZtHostThatNamesItselfTest, TheLastInformationReplacesAllBeforeIt) {
   ZtHost::setBundleInfo({{"CFBundleName", "First"}, {"CFBundleVersion", "1"}});
   ZtHost::setBundleInfo({{"CFBundleName", "Second"}});
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "Second");
   EXPECT_TRUE(ZtHost::bundleInfo("CFBundleVersion").isNull());
 }
 
-TEST_F(ZtHostThatNamesItselfTest, MayBeAskedWhileAnotherThreadNamesIt) {
+TEST_F(ZtHostThatNamesItselfTest, MayBeReadWhileAnotherThreadSetsIt) {
   ZtHost::setBundleInfo({{"CFBundleName", "First"}});
   std::thread writer([] {
     for (int round = 0; round < 500; ++round) {

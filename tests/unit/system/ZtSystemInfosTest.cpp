@@ -12,11 +12,6 @@
 
 namespace {
 
-// Read while the program starts, whichever file is initialised first.
-const std::string kKeysReadAtStart = std::string(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER.view()) +
-                                     " " + std::string(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK.view()) +
-                                     " " + std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view());
-
 constexpr std::uint32_t kSysv = 0x73797376;  // 'sysv'
 constexpr std::uint32_t kSys1 = 0x73797331;  // 'sys1'
 constexpr std::uint32_t kSys2 = 0x73797332;  // 'sys2'
@@ -53,7 +48,7 @@ class ZtSystemInfosTest : public ::testing::Test {
   zt::test::FakePlatform _machine;
 };
 
-// --- version ----------------------------------------------------------------------------------
+// Version.
 
 TEST_F(ZtSystemInfosTest, AVersionBelow1040IsFourPackedDigits) {
   struct Row {
@@ -75,14 +70,14 @@ TEST_F(ZtSystemInfosTest, AVersionBelow1040IsFourPackedDigits) {
       {std::numeric_limits<std::int32_t>::min(), {0, 0, 0}},
   };
   for (const Row& row : table) {
-    // The other selectors have answers too, which must not be asked for.
+    // The other selectors have values too but must not be asked.
     answer({{kSysv, row.packed}, {kSys1, 1}, {kSys2, 2}, {kSys3, 3}});
     EXPECT_EQ(systemVersion(), row.expected) << row.packed;
     EXPECT_EQ(_machine.gestalt_.asked, Selectors{kSysv}) << row.packed;
   }
 }
 
-TEST_F(ZtSystemInfosTest, From1040OnAVersionHasThreeSelectorsOfItsOwn) {
+TEST_F(ZtSystemInfosTest, From1040OnAVersionHasThreeSelectors) {
   for (const std::int32_t packed :
        {0x1040, 0x1041, 0x1068, 0x2000, std::numeric_limits<std::int32_t>::max()}) {
     answer({{kSysv, packed}, {kSys1, 12}, {kSys2, 11}, {kSys3, 7}});
@@ -91,7 +86,7 @@ TEST_F(ZtSystemInfosTest, From1040OnAVersionHasThreeSelectorsOfItsOwn) {
   }
 }
 
-TEST_F(ZtSystemInfosTest, TheThreeAnswersAreTakenAsTheyAre) {
+TEST_F(ZtSystemInfosTest, TheThreeValuesAreReturnedUnchanged) {
   answer({{kSysv, 0x1040},
           {kSys1, std::numeric_limits<std::int32_t>::max()},
           {kSys2, -5},
@@ -99,7 +94,7 @@ TEST_F(ZtSystemInfosTest, TheThreeAnswersAreTakenAsTheyAre) {
   EXPECT_EQ(systemVersion(), (Version{2147483647, -5, std::numeric_limits<std::int32_t>::min()}));
 }
 
-TEST_F(ZtSystemInfosTest, AFailingSelectorGivesTenZeroZeroAndTheLaterOnesAreNotAsked) {
+TEST_F(ZtSystemInfosTest, AfterAFailingSelectorTheVersionIsTenZeroZeroAndNoOtherIsAsked) {
   struct Row {
     Answers answers;
     Selectors asked;
@@ -148,7 +143,7 @@ TEST_F(ZtSystemInfosTest, NullPointersAreSkippedOnEveryPath) {
   }
 }
 
-TEST_F(ZtSystemInfosTest, EveryCallAsksAfresh) {
+TEST_F(ZtSystemInfosTest, EveryCallAsksAnew) {
   answer({{kSysv, 0x1039}});
   EXPECT_EQ(systemVersion(), (Version{10, 3, 9}));
   answer({{kSysv, 0x1028}});
@@ -157,9 +152,7 @@ TEST_F(ZtSystemInfosTest, EveryCallAsksAfresh) {
   EXPECT_EQ(systemVersion(), (Version{10, 0, 0}));
 }
 
-// --- UUID -------------------------------------------------------------------------------------
-
-TEST_F(ZtSystemInfosTest, ThePlatformUuidIsGivenAsItIs) {
+TEST_F(ZtSystemInfosTest, ThePlatformUuidIsReturnedUnchanged) {
   for (const ZtString& uuid : {ZtString("564D1E2A-77C0-4B0E-9A55-0F1D6A5293E5"),
                                ZtString("lower {braces} kept"), ZtString(""), ZtString()}) {
     _machine.machineIdentity_.uuid = uuid;
@@ -167,19 +160,7 @@ TEST_F(ZtSystemInfosTest, ThePlatformUuidIsGivenAsItIs) {
   }
 }
 
-// --- infos ------------------------------------------------------------------------------------
-
-TEST_F(ZtSystemInfosTest, TheKeysAreTheirOwnNames) {
-  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER, "ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER");
-  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK, "ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK");
-  EXPECT_EQ(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID, "ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID");
-}
-
-TEST_F(ZtSystemInfosTest, TheKeysMayBeReadInStaticInitialisers) {
-  EXPECT_EQ(kKeysReadAtStart,
-            "ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK "
-            "ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID");
-}
+// The dictionary.
 
 TEST_F(ZtSystemInfosTest, TheInfosAreVersionServicePackAndUuid) {
   answer({{kSysv, 0x1068}, {kSys1, 10}, {kSys2, 6}, {kSys3, 8}});
@@ -191,7 +172,7 @@ TEST_F(ZtSystemInfosTest, TheInfosAreVersionServicePackAndUuid) {
   EXPECT_EQ(ZtSystemInfos::getSystemInfos(), expected);
 }
 
-TEST_F(ZtSystemInfosTest, TheInfosOfAnUnknownVersionSayTenZero) {
+TEST_F(ZtSystemInfosTest, TheInfosOfAnUnknownVersionHaveTenZero) {
   const Infos expected{
       {"ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER", "10.0"},
       {"ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK", "0"},
@@ -225,90 +206,50 @@ TEST_F(ZtSystemInfosTest, TheInfosAskForTheVersionOnce) {
   EXPECT_EQ(_machine.gestalt_.asked, (Selectors{kSysv, kSys1, kSys2, kSys3}));
 }
 
-// --- language ---------------------------------------------------------------------------------
+// Language.
 
-TEST_F(ZtSystemInfosTest, TheLanguageIsTheHostsBestLocalizationIfThatIsAnIsoCode) {
-  _machine.localizations_.preferred = {"fr", "en"};
-  ZtString language = nullptr;
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "fr");
-}
-
-TEST_F(ZtSystemInfosTest, TheBestLocalizationReplacesWhatTheCallerHadPutThere) {
-  _machine.localizations_.preferred = {"fr"};
-  ZtString language = "mine";
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "fr");
-}
-
-TEST_F(ZtSystemInfosTest, TheLocalizationIsMadeCanonicalFirst) {
-  _machine.localizations_.preferred = {"English"};
-  _machine.userLocale_.canonical = {{"English", "en"}};
-  ZtString language = nullptr;
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "en");
-}
-
-TEST_F(ZtSystemInfosTest, AnIsoCodeThatIsNoneWhenMadeCanonicalDoesNotCount) {
-  _machine.localizations_.preferred = {"fr"};
-  _machine.userLocale_.canonical = {{"fr", "fr-FR"}};
-  ZtString language = nullptr;
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "de");
-}
-
-TEST_F(ZtSystemInfosTest, ACallersLanguageSurvivesALocalizationWithAScript) {
-  _machine.localizations_.preferred = {"zh-Hans", "fr"};
-  ZtString language = "mine";
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "mine");
-}
-
-TEST_F(ZtSystemInfosTest, WithoutACallersLanguageALocalizationWithAScriptGivesTheLocales) {
-  _machine.localizations_.preferred = {"zh-Hans", "fr"};
-  for (const ZtString& before : {ZtString(), ZtString("")}) {
-    ZtString language = before;
-    ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-    EXPECT_EQ(language, "de");
-  }
-}
-
-TEST_F(ZtSystemInfosTest, ALocalizationThatNamesNoLanguageGivesTheLocales) {
-  _machine.localizations_.preferred = {"Base"};
-  _machine.userLocale_.canonical = {{"Base", nullptr}};
-  ZtString language = nullptr;
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "de");
-}
-
-TEST_F(ZtSystemInfosTest, WithoutLocalizationsTheLanguageIsTheLocales) {
-  for (const ZtString& before : {ZtString(), ZtString("")}) {
-    ZtString language = before;
-    ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-    EXPECT_EQ(language, "de");
-  }
-}
-
-TEST_F(ZtSystemInfosTest, WithoutLocalizationsACallersLanguageSurvives) {
-  ZtString language = "mine";
-  ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-  EXPECT_EQ(language, "mine");
-}
-
-TEST_F(ZtSystemInfosTest, WithoutAnyAnswerTheLanguageIsEnglish) {
-  for (const ZtString& ofLocale : {ZtString(), ZtString("")}) {
-    for (const ZtString& before : {ZtString(), ZtString("")}) {
-      _machine.userLocale_.language = ofLocale;
-      ZtString language = before;
-      ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
-      EXPECT_EQ(language, "en");
+TEST_F(ZtSystemInfosTest, TheLanguageIsTheBestLocalizationThenTheCallersThenTheLocalesThenEnglish) {
+  const struct {
+    std::vector<ZtString> localizations;
+    ZtString canonical;  // form of the first one
+    ZtString ofLocale;
+    ZtString before;
+    ZtString expected;
+  } rows[] = {
+      {{"fr", "en"}, "fr", "de", nullptr, "fr"},
+      {{"fr"}, "fr", "de", "mine", "fr"},
+      {{"English"}, "en", "de", nullptr, "en"},
+      // No ISO code, or none in its canonical form.
+      {{"fr"}, "fr-FR", "de", nullptr, "de"},
+      {{"zh-Hans", "fr"}, "zh-Hans", "de", "mine", "mine"},
+      {{"zh-Hans", "fr"}, "zh-Hans", "de", nullptr, "de"},
+      {{"zh-Hans", "fr"}, "zh-Hans", "de", "", "de"},
+      {{"Base"}, nullptr, "de", nullptr, "de"},
+      {{}, nullptr, "de", nullptr, "de"},
+      {{}, nullptr, "de", "", "de"},
+      {{}, nullptr, "de", "mine", "mine"},
+      {{}, nullptr, nullptr, nullptr, "en"},
+      {{}, nullptr, nullptr, "", "en"},
+      {{}, nullptr, "", nullptr, "en"},
+      {{}, nullptr, "", "", "en"},
+  };
+  for (const auto& row : rows) {
+    _machine.localizations_.preferred = row.localizations;
+    _machine.userLocale_.canonical.clear();
+    if (!row.localizations.empty()) {
+      const std::string first(row.localizations.front().view());
+      _machine.userLocale_.canonical = {{first, row.canonical}};
     }
+    _machine.userLocale_.language = row.ofLocale;
+    ZtString language = row.before;
+    ZtSystemInfos::getPreferredLanguage(&language, nullptr, nullptr);
+    EXPECT_EQ(language, row.expected) << &row - rows;
   }
 }
 
-// --- country ----------------------------------------------------------------------------------
+// Country.
 
-TEST_F(ZtSystemInfosTest, GivesLanguageCountryAndItsName) {
+TEST_F(ZtSystemInfosTest, ReturnsLanguageCountryAndItsName) {
   ZtString language;
   ZtString country;
   ZtString name;
@@ -319,14 +260,14 @@ TEST_F(ZtSystemInfosTest, GivesLanguageCountryAndItsName) {
   EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{"DE"});
 }
 
-TEST_F(ZtSystemInfosTest, TheCountryIsGivenWithoutItsNameAndWithoutTheLanguage) {
+TEST_F(ZtSystemInfosTest, TheCountryDoesNotNeedItsNameOrTheLanguage) {
   ZtString country = "before";
   ZtSystemInfos::getPreferredLanguage(nullptr, &country, nullptr);
   EXPECT_EQ(country, "DE");
   EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
 }
 
-TEST_F(ZtSystemInfosTest, TheNameOfTheCountryAloneIsNeverGiven) {
+TEST_F(ZtSystemInfosTest, TheNameOfTheCountryIsNotSetWithoutTheCountry) {
   ZtString name = "before";
   ZtSystemInfos::getPreferredLanguage(nullptr, nullptr, &name);
   EXPECT_EQ(name, "before");
@@ -337,7 +278,7 @@ TEST_F(ZtSystemInfosTest, TheNameOfTheCountryAloneIsNeverGiven) {
   EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
 }
 
-TEST_F(ZtSystemInfosTest, ALocaleWithoutACountryTakesAwayWhatTheCallerHadPutThere) {
+TEST_F(ZtSystemInfosTest, ALocaleWithoutACountryClearsTheCallersValues) {
   _machine.userLocale_.country = nullptr;
   _machine.userLocale_.name = nullptr;
   ZtString country = "before";
@@ -348,7 +289,7 @@ TEST_F(ZtSystemInfosTest, ALocaleWithoutACountryTakesAwayWhatTheCallerHadPutTher
   EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{nullptr});
 }
 
-TEST_F(ZtSystemInfosTest, NothingIsWantedAndNothingIsGiven) {
+TEST_F(ZtSystemInfosTest, NullPointersForEverythingAreAllowed) {
   ZtSystemInfos::getPreferredLanguage(nullptr, nullptr, nullptr);
   EXPECT_EQ(_machine.userLocale_.askedCountries, std::vector<ZtString>{});
   ZtSystemInfos::getSystemVersionMajor(nullptr, nullptr, nullptr);

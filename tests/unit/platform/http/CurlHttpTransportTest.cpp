@@ -222,7 +222,7 @@ TEST_F(CurlHttpTransport, DoesNotTakeHeadersWithoutEnd) {
 }
 
 TEST_F(CurlHttpTransport, LoadsTheFirstLibraryThatIsThere) {
-  RawHttpServer server({ok("reached")});
+  LoopbackServer server({ok("reached")});
   zt::CurlHttpTransport transport({"libzt-none.so.1", "libcurl.so.4"});
   EXPECT_EQ(transport.exchange({server.url("/"), "GET", {}, std::nullopt, 20s}).body, "reached");
   EXPECT_EQ(transport.loadError(), "");
@@ -230,7 +230,7 @@ TEST_F(CurlHttpTransport, LoadsTheFirstLibraryThatIsThere) {
 }
 
 TEST_F(CurlHttpTransport, FailsEveryRequestWithoutLibcurl) {
-  RawHttpServer server({ok("reached")});
+  LoopbackServer server({ok("reached")});
   zt::CurlHttpTransport transport({"libzt-none.so.1", "libzt-none.so.2"});
   for (int i = 0; i < 2; ++i) {
     EXPECT_EQ(transport.exchange({server.url("/"), "GET", {}, std::nullopt, 20s}).status, 0);

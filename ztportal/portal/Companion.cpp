@@ -1,0 +1,57 @@
+#include "ztportal/portal/Companion.h"
+
+#include <optional>
+#include <string>
+
+#include "ztportal/base/ZtException.h"
+#include "ztportal/platform/Platform.h"
+#include "ztportal/platform/plist/Bundle.h"
+#include "ztportal/platform/plist/PropertyList.h"
+#include "ztportal/platform/time/DateText.h"
+#include "ztportal/portal/ZtPortalConstants.h"
+#include "ztportal/system/ZtHost.h"
+
+namespace zt {
+
+namespace {
+
+/// The value of "ztTestMode" in the companion's property list: nothing without a list or an entry,
+/// a missing string for a value that is not a string.
+std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
+  const std::optional<Bundle> bundle = Bundle::at(bundlePath);
+  if (!bundle) return std::nullopt;
+  const std::optional<std::string> path = bundle->resource("ghost", "plist");
+  if (!path) return std::nullopt;
+  const std::optional<std::string> content = Platform::current().files().read(*path);
+  if (!content) return std::nullopt;
+  const auto entries = parsePropertyList(*content);
+  if (!entries) return std::nullopt;
+  const auto entry = entries->find("ztTestMode");
+  if (entry == entries->end()) return std::nullopt;
+  return entry->second;
+}
+
+}  // namespace
+
+bool testModeIsOn() try {
+  for (const auto& application : Platform::current().runningApplications().list()) {
+    if (application.bundleIdentifier != GHOST_BUNDLE_IDENT) continue;
+    const std::optional<ZtString> entry = testModeEntry(application.bundlePath);
+    if (!entry) continue;
+    if (entry->isNull()) return false;
+    if (*entry == "1") return true;
+  }
+  return false;
+} catch (const ZtException&) {
+  return false;
+}
+
+void broadcastRequest(const ZtString& request) {
+  Platform::current().broadcast().post(
+      "ZtPortalGhostNotification", ZtHost::bundleInfo("CFBundleName"),
+      {{"version", ZtHost::bundleInfo("CFBundleShortVersionString")},
+       {"date", shortDateAndTime(ZtDate::now())},
+       {"request", request}});
+}
+
+}  // namespace zt

@@ -1,0 +1,110 @@
+#include "ztportal/portal/ReportingServer.h"
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ztportal/base/Text.h"
+#include "ztportal/base/Utf8.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/platform/Platform.h"
+#include "ztportal/platform/xml/ZtXMLDocument.h"
+#include "ztportal/portal/Companion.h"
+#include "ztportal/portal/RequestText.h"
+#include "ztportal/portal/ZtPortalConstants.h"
+#include "ztportal/portal/ZtUtils.h"
+
+namespace zt {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTimeout{2000};
+
+constexpr std::array<HttpHeader, 2> kHeaders{
+    {{"Content-Type", "application/xml"}, {"User-Agent", "Kelvane portal service (osx)"}}};
+
+ZtString trimmedText(const ZtXMLNode& node) {
+  const ZtString text = node.text();
+  return trimmed(text.view());
+}
+
+/// Its name is deliberate: the folder of the local copy was never set, and installers put the copy
+/// where the library has always looked for it, "(null)configuration.xml" in the working directory.
+std::shared_ptr<ZtXMLDocument> localConfiguration() {
+  std::string path;
+  appendText(path, ZtString().printed(), APP_CONFIGURATIONFILE.view());
+  const std::optional<std::string> content = Platform::current().files().read(path);
+  return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
+}
+
+/// The name of the response element and the word true may be anywhere, so that servers which word
+/// the rest differently are accepted too.
+bool isAccepted(const ZtString& response) {
+  return containsAnyCase(response.view(), "postpooldatasresponse") &&
+         containsAnyCase(response.view(), "true");
+}
+
+}  // namespace
+
+void ReportingServer::connect(bool tryLocalCopy) {
+  if (readConfiguration(tryLocalCopy)) _online = !readVersion().empty();
+}
+
+bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
+  std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
+  if (document == nullptr) {
+    const ZtString response = exchange(_configurationUrl, nullptr);
+    if (!response.isNull()) document = ZtXMLDocument::parse(response.view());
+  }
+  if (document == nullptr) return false;
+  const std::optional<ZtXMLNode> root = document->rootElement();
+  if (!root) return false;
+
+  bool isRead = false;
+  if (const auto url = ZtUtils::childNamed(*root, "defSOAP")) {
+    _reportUrl = trimmedText(*url);
+    _gotConfiguration = isRead = !_reportUrl.empty();
+  }
+  if (const auto url = ZtUtils::childNamed(*root, "defTestSOAP")) _testUrl = trimmedText(*url);
+  return isRead;
+} catch (const ZtException&) {
+  return false;
+}
+
+ZtString ReportingServer::readVersion() try {
+  const ZtString response = exchange(url(), versionRequest());
+  if (response.isNull()) return nullptr;
+  const auto document = ZtXMLDocument::parse(response.view());
+  if (document == nullptr) return nullptr;
+  const auto version = ZtUtils::childNamed(document->documentNode(), "versioninfo");
+  if (!version) return nullptr;
+  _version = trimmedText(*version);
+  return _version;
+} catch (const ZtException&) {
+  return "";
+}
+
+bool ReportingServer::send(const ZtString& request) const {
+  return isAccepted(exchange(url(), request));
+}
+
+ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) try {
+  HttpRequest request;
+  request.url = url.view();
+  request.method = body.isNull() ? "GET" : "POST";
+  request.headers = kHeaders;
+  if (!body.isNull()) request.body = body.view();
+  request.timeout = kTimeout;
+
+  const HttpResponse response = Platform::current().http().exchange(request);
+  if (response.status < 200 || response.status > 299) return "";
+  return isUtf8(response.body) ? ZtString(response.body) : nullptr;
+} catch (const ZtException&) {
+  return "";
+}
+
+ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }
+
+}  // namespace zt

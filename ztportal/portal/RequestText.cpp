@@ -1,0 +1,110 @@
+#include "ztportal/portal/RequestText.h"
+
+#include <array>
+#include <cstddef>
+#include <string_view>
+
+#include "ztportal/base/Text.h"
+#include "ztportal/pools/Markup.h"
+
+namespace zt {
+
+namespace {
+
+// The envelope of both requests (SOAP 1.1), without line ends.
+constexpr std::string_view kEnvelopeStart =
+    "<SOAP-ENV:Envelope"
+    " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">";
+constexpr std::string_view kEnvelopeEnd = "</SOAP-ENV:Envelope>";
+constexpr std::string_view kBodyStart = "  <SOAP-ENV:Body>";
+constexpr std::string_view kBodyEnd = "  </SOAP-ENV:Body>";
+
+/// Both requests declare the prefix "m" but do not use it: servers expect the unprefixed name.
+constexpr std::string_view kReportingNamespace =
+    " xmlns:m=\"http://reporting.kelvane.example/portal\"";
+
+// Only one of the requests ends the URI with a slash. Servers compare the texts, so each request
+// keeps its own form.
+constexpr std::string_view kPostEncoding =
+    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\"";
+constexpr std::string_view kVersionEncoding =
+    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding\"";
+
+struct HeaderLine {
+  Tag start;
+  ZtString ReportHeader::*value;
+  std::string_view end;
+};
+
+constexpr std::array<HeaderLine, 5> kHeaderLines{{
+    {Tag("  <ReportID", kXsdString, ">"), &ReportHeader::reportId, "</ReportID>\r\n"},
+    {Tag("  <MachineID", kXsdString, ">"), &ReportHeader::machineId, "</MachineID>\r\n"},
+    {Tag("  <CustomerID", kXsdString, ">"), &ReportHeader::customerId, "</CustomerID>\r\n"},
+    {Tag("  <ApplicationID", kXsdString, ">"), &ReportHeader::applicationId,
+     "</ApplicationID>\r\n"},
+    {Tag("  <ApplicationVersion", kXsdString, ">"), &ReportHeader::applicationVersion,
+     "</ApplicationVersion>\r\n"},
+}};
+
+constexpr Tag kReport("<reportData", "com_Report", ">\r\n");
+constexpr Tag kPools("  <Datas", "com_Pools", ">\r\n");
+
+constexpr std::string_view kLineEnd = "\r\n";
+constexpr std::string_view kSoapIndent = "       ";
+// The indent of the pools: four blanks more than `reportData`.
+constinit const ZtString kSoapPoolPrefix = ZtString::constant<"           ">();
+constinit const ZtString kPlainPoolPrefix = ZtString::constant<"    ">();
+
+/// Enough for a typical report: an inventory, forty steps and thirty facts take 64 KiB.
+constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
+
+}  // namespace
+
+std::string reportText(const ReportHeader& header,
+                       const std::vector<std::shared_ptr<ZtPortalPool>>& pools, bool soap) {
+  if (pools.empty()) return "";  // hosts recognise an empty report by its empty text
+  const std::string_view indent = soap ? kSoapIndent : std::string_view();
+  std::string xml;
+  xml.reserve(kUsualSize);
+
+  if (soap) {
+    appendText(xml, kEnvelopeStart, kLineEnd, kBodyStart, kLineEnd,  //
+               "    <postPoolDatas", kReportingNamespace, kPostEncoding, ">\r\n");
+  } else {
+    xml += "<?xml version=\"1.0\"?>\r\n";
+  }
+  appendText(xml, indent, kReport.text(soap));
+  for (const HeaderLine& line : kHeaderLines) {
+    appendText(xml, indent, line.start.text(soap), (header.*line.value).printed(), line.end);
+  }
+  appendText(xml, indent, kPools.text(soap));
+
+  const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
+  for (const auto& pool : pools) pool->addToXml(poolPrefix, xml, soap);
+
+  appendText(xml, indent, "  </Datas>\r\n", indent, "</reportData>\r\n");
+  if (soap) {
+    appendText(xml, "    </postPoolDatas>\r\n", kBodyEnd, kLineEnd, kEnvelopeEnd, kLineEnd);
+  }
+  return xml;
+}
+
+ZtString testCustomerId(const ZtString& customerId) {
+  if (customerId.isNull()) return nullptr;
+  std::string id;
+  appendText(id, customerId.view(), "_Test");
+  return id;
+}
+
+std::string versionRequest() {
+  std::string request;
+  appendText(request, kEnvelopeStart, kBodyStart,                                 //
+             "    <getVersionInfo", kReportingNamespace, kVersionEncoding, "/>",  //
+             kBodyEnd, kEnvelopeEnd);
+  return request;
+}
+
+}  // namespace zt
