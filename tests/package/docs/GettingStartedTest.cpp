@@ -51,7 +51,7 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) 
   const zt::test::TemporaryFolder folder;
   const std::string port = freePort();
   std::filesystem::create_directory(folder.path("hello"));
-  // The first commands are those in the clone; this build stands in the place of the one they make.
+  // The first block builds the clone. The test installs this build instead.
   std::string script = "set -euo pipefail\ncd " + zt::test::paths::kSource + "\n";
   bool isFirst = true;
   for (const auto& block :
@@ -61,9 +61,11 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) 
     } else if (block.language == "sh") {
       std::string commands = replaced(block.content, ":8025", ":" + port);
       if (isFirst) {
-        EXPECT_THAT(commands, HasSubstr("script/build release\n"));
-        commands = replaced(commands, "script/build release\n", "");
-        commands = replaced(commands, "build/release", zt::test::paths::kBuild);
+        const std::string build = "cmake -B build\ncmake --build build\n";
+        EXPECT_THAT(commands, HasSubstr(build));
+        commands = replaced(commands, build, "");
+        commands =
+            replaced(commands, "--install build ", "--install " + zt::test::paths::kBuild + " ");
         commands += "cd " + folder.path() + "\n";
       }
       isFirst = false;
