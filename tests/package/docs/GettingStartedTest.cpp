@@ -51,7 +51,7 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) 
   const zt::test::TemporaryFolder folder;
   const std::string port = freePort();
   std::filesystem::create_directory(folder.path("hello"));
-  // The first block builds the clone. The test installs this build instead.
+  // The first commands are those in the clone; this build stands in the place of the one they make.
   std::string script = "set -euo pipefail\ncd " + zt::test::paths::kSource + "\n";
   bool isFirst = true;
   for (const auto& block :
