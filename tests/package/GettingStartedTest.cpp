@@ -43,9 +43,11 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) 
     } else if (block.language == "sh") {
       std::string commands = replaced(block.content, ":8025", ":" + port);
       if (isFirst) {
-        EXPECT_THAT(commands, HasSubstr("script/build release\n"));
-        commands = replaced(commands, "script/build release\n", "");
-        commands = replaced(commands, "build/release", zt::test::paths::kBuild);
+        const std::string build = "cmake -B build\ncmake --build build\n";
+        EXPECT_THAT(commands, HasSubstr(build));
+        commands = replaced(commands, build, "");
+        commands =
+            replaced(commands, "--install build ", "--install " + zt::test::paths::kBuild + " ");
         commands += "cd " + folder.path() + "\n";
       }
       isFirst = false;
