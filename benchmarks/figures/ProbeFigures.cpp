@@ -4,9 +4,9 @@
 #include "benchmarks/ExecutionPoolPeers.h"
 #include "benchmarks/figures/Fastest.h"
 #include "benchmarks/figures/Figure.h"
-#include "ztportal/platform/files/HomeFolder.h"
-#include "ztportal/platform/process/LibexecFolder.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/files/SupportFolder.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 // The inventory of this machine beside the shell that it asks for the user's group.
 

@@ -5,7 +5,7 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
-#include "ztportal/platform/identity/RandomUuid.h"
+#include "ztportal/platform/identity/MachineIdentity.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"
 #include "ztportal/portal/SoapEnvelope.h"

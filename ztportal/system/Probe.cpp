@@ -4,8 +4,8 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/files/HomeFolder.h"
-#include "ztportal/platform/locale/PreferredLanguages.h"
+#include "ztportal/platform/files/SupportFolder.h"
+#include "ztportal/platform/locale/Languages.h"
 
 namespace zt {
 
@@ -23,7 +23,7 @@ bool isUserAdmin() {
   std::string command;
   appendText(command, "dscl . -read ", homeFolder(), " PrimaryGroupID | awk '{ print $2 }'");
   const std::string answer =
-      Platform::current().childProcess().output("/bin/bash", {"-c", command});
+      Platform::current().subprocesses().output("/bin/bash", {"-c", command});
   const std::string_view group = trimmed(answer);
   return group == "80" || group == "20";
 }

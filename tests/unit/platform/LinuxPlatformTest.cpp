@@ -9,13 +9,11 @@
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 #include "ztportal/platform/files/LinuxFiles.h"
-#include "ztportal/platform/files/LinuxSupportFolder.h"
 #include "ztportal/platform/http/CurlHttpTransport.h"
 #include "ztportal/platform/identity/LinuxGestalt.h"
 #include "ztportal/platform/identity/LinuxMachineIdentity.h"
-#include "ztportal/platform/locale/BundleLocalizations.h"
 #include "ztportal/platform/locale/IcuUserLocale.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 namespace {
 

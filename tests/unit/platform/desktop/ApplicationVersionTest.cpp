@@ -5,7 +5,7 @@
 
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
 #include "ztportal/platform/desktop/ApplicationVersion.h"
-#include "ztportal/platform/desktop/DesktopEntryFiles.h"
+#include "ztportal/platform/desktop/DesktopEntries.h"
 
 namespace {
 

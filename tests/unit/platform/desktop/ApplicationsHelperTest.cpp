@@ -7,7 +7,7 @@
 #include "tests/support/Child.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
 #include "tests/unit/platform/process/HelperRun.h"
-#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "ztportal/platform/desktop/DesktopEntryFiles.h"
+#include "ztportal/platform/desktop/DesktopEntries.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ztportal/platform/desktop/DesktopIds.h"
+#include "ztportal/platform/desktop/DesktopEntries.h"
 
 namespace {
 

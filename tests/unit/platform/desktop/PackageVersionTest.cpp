@@ -4,8 +4,8 @@
 #include <vector>
 
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "ztportal/platform/desktop/PackageVersion.h"
-#include "ztportal/platform/files/RegularFile.h"
+#include "ztportal/platform/desktop/ApplicationVersion.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 
 namespace {
 

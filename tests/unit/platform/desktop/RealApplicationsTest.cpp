@@ -9,7 +9,7 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 namespace {
 

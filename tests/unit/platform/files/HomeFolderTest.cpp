@@ -6,7 +6,7 @@
 
 #include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
-#include "ztportal/platform/files/HomeFolder.h"
+#include "ztportal/platform/files/SupportFolder.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 #include "tests/support/ForkedChild.h"
 #include "tests/support/ScopedEnvironment.h"
-#include "ztportal/platform/files/LinuxSupportFolder.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <set>
 #include <string>
 
-#include "ztportal/platform/identity/RandomUuid.h"
+#include "ztportal/platform/identity/MachineIdentity.h"
 #include "ztportal/platform/identity/UuidText.h"
 
 namespace {

@@ -10,7 +10,7 @@
 #include "tests/support/ChildProcess.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
-#include "ztportal/platform/locale/BundleLocalizations.h"
+#include "ztportal/platform/locale/IcuUserLocale.h"
 
 namespace {
 

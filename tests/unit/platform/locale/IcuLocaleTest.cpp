@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ztportal/platform/locale/IcuLocale.h"
+#include "ztportal/platform/locale/PosixLocale.h"
 
 namespace {
 

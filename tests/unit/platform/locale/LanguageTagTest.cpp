@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ztportal/platform/locale/LanguageTag.h"
+#include "ztportal/platform/locale/Languages.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ztportal/platform/locale/LocalizationMatch.h"
+#include "ztportal/platform/locale/Languages.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/support/ScopedEnvironment.h"
-#include "ztportal/platform/locale/PreferredLanguages.h"
+#include "ztportal/platform/locale/Languages.h"
 
 namespace {
 

@@ -15,8 +15,8 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/platform/process/HelperRun.h"
-#include "ztportal/platform/process/LibexecFolder.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 

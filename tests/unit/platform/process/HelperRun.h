@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "tests/support/Child.h"
-#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace zt::test {
 

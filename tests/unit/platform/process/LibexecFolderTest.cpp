@@ -15,7 +15,7 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/Free.h"
-#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ztportal/platform/xml/TextEncoding.h"
+#include "ztportal/platform/xml/XmlText.h"
 
 namespace {
 

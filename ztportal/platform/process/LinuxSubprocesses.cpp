@@ -1,8 +1,9 @@
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 #include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,8 +32,8 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-/// `descriptor`, or a copy of it, at a number that is none of the three standard streams'. A host
-/// may have closed some of those, and the child's are put in place one after the other.
+/// `descriptor`, or a copy of it, whose number is not that of a standard stream. A host may have
+/// closed some of those, and the subprocess's are put in place one after the other.
 FileDescriptor beyondStandardStreams(FileDescriptor descriptor) {
   if (descriptor.number() > STDERR_FILENO) return descriptor;
   return FileDescriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
@@ -49,7 +50,7 @@ Pipe openPipe(const std::string& program) {
   return {std::move(readEnd), std::move(writeEnd)};
 }
 
-/// What happens to the child's descriptors between its start and its program.
+/// How the subprocess's file descriptors are set up.
 class FileActions {
  public:
   FileActions() { check(::posix_spawn_file_actions_init(&_actions)); }
@@ -76,7 +77,7 @@ class FileActions {
   posix_spawn_file_actions_t _actions{};
 };
 
-/// No signal blocked, and those that a program relies on with their default effects.
+/// No signal blocked, and those that a program relies on with their default actions.
 class SignalAttributes {
  public:
   SignalAttributes() {
@@ -99,8 +100,7 @@ class SignalAttributes {
   posix_spawnattr_t _attributes{};
 };
 
-/// The host's environment with `libexec` at the end of `PATH`. Reads the host's own texts as long
-/// as it lives.
+/// The host's environment with `libexec` at the end of `PATH`. It points to the host's own strings.
 class Environment {
  public:
   explicit Environment(const std::string& libexec) {
@@ -128,7 +128,7 @@ class Environment {
   std::vector<char*> _pointers;
 };
 
-/// The words as the system takes them; they end at their first NUL byte, so none may have one.
+/// `words`, none of which may contain a NUL byte, in the form of execve(2).
 std::vector<char*> pointersTo(std::vector<std::string>& words) {
   std::vector<char*> pointers;
   pointers.reserve(words.size() + 1);
@@ -141,14 +141,35 @@ bool hasNul(const std::string& text) { return text.find('\0') != std::string::np
 
 }  // namespace
 
-LinuxChildProcess::LinuxChildProcess(std::string libexec) : _libexec(std::move(libexec)) {}
+RunningSubprocess::RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output)
+    : _process(process), _input(std::move(input)), _output(std::move(output)) {}
 
-std::string LinuxChildProcess::output(const std::string& program,
+RunningSubprocess::~RunningSubprocess() {
+  _output.close();
+  _input.close();
+  while (::waitpid(_process, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+std::string RunningSubprocess::readToEnd() const {
+  std::string text;
+  std::array<char, std::size_t{16} * 1024> block;
+  for (;;) {
+    const ssize_t count = ::read(_output.number(), block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(count));
+  }
+}
+
+LinuxSubprocesses::LinuxSubprocesses(std::string libexec) : _libexec(std::move(libexec)) {}
+
+std::string LinuxSubprocesses::output(const std::string& program,
                                       const std::vector<std::string>& arguments) {
   return start(program, arguments)->readToEnd();
 }
 
-std::unique_ptr<RunningChild> LinuxChildProcess::start(
+std::unique_ptr<RunningSubprocess> LinuxSubprocesses::start(
     const std::string& program, const std::vector<std::string>& arguments) const {
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
@@ -169,8 +190,8 @@ std::unique_ptr<RunningChild> LinuxChildProcess::start(
   const int error = ::posix_spawn(&process, program.c_str(), actions.get(), attributes.get(),
                                   argv.data(), environment.get());
   if (error != 0) throw notStarted(program, error);
-  return std::make_unique<RunningChild>(process, std::move(input.writeEnd),
-                                        std::move(output.readEnd));
+  return std::make_unique<RunningSubprocess>(process, std::move(input.writeEnd),
+                                             std::move(output.readEnd));
 }
 
 }  // namespace zt
