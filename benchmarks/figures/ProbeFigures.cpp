@@ -14,7 +14,7 @@ namespace zt::bench {
 
 std::vector<Figure> probeFigures() {
   setEnvironment();
-  LinuxChildProcess child(libexecFolder());
+  LinuxSubprocesses child(libexecFolder());
   const std::string command =
       "dscl . -read " + homeFolder() + " PrimaryGroupID | awk '{ print $2 }'";
   const std::vector<double> best =

@@ -37,7 +37,7 @@ TEST(LinuxPlatformTest, AnswersWithTheSystem) {
   EXPECT_TRUE(isA<zt::BundleLocalizations>(platform.localizations()));
   EXPECT_TRUE(isA<zt::IcuUserLocale>(platform.userLocale()));
   EXPECT_TRUE(isA<zt::LinuxInstalledApplications>(platform.installedApplications()));
-  EXPECT_TRUE(isA<zt::LinuxChildProcess>(platform.childProcess()));
+  EXPECT_TRUE(isA<zt::LinuxSubprocesses>(platform.subprocesses()));
 }
 
 TEST(LinuxPlatformTest, IsOneObjectAndTheOneInForce) {

@@ -11,9 +11,6 @@
 
 namespace zt {
 
-namespace {
-
-/// RFC 4122, in upper case.
 ZtString uuidText(std::span<const std::uint8_t, 16> bytes) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
@@ -30,8 +27,6 @@ ZtString uuidText(std::span<const std::uint8_t, 16> bytes) {
   }
   return std::string_view(text.data(), text.size());
 }
-
-}  // namespace
 
 ZtString LinuxMachineIdentity::platformUUID() {
   sd_id128_t application{};

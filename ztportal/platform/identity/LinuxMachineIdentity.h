@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "ztportal/platform/identity/MachineIdentity.h"
 
 namespace zt {
@@ -14,5 +17,9 @@ class LinuxMachineIdentity final : public MachineIdentity {
 
   ZtString platformUUID() override;
 };
+
+/// A UUID (RFC 4122) in upper case, with the bytes in the order of the text:
+/// "0F1D6A52-93E5-4E0B-8D57-5A2C7D3B9E11".
+ZtString uuidText(std::span<const std::uint8_t, 16> bytes);
 
 }  // namespace zt

@@ -20,7 +20,7 @@
 
 namespace {
 
-using zt::LinuxChildProcess;
+using zt::LinuxSubprocesses;
 using zt::test::Child;
 using zt::test::HelperRun;
 using zt::test::inForkedChild;
@@ -130,7 +130,7 @@ TEST(DsclTest, OfSeveralUsersWithOneHomeTheOneThatAsksWinsElseTheFirst) {
 /// What the library's question gives for a home folder, as its shell gets it.
 std::string printedGroup(const std::string& home) {
   const std::string command = "dscl . -read " + home + " PrimaryGroupID | awk '{ print $2 }'";
-  return LinuxChildProcess().output("/bin/bash", {"-c", command});
+  return LinuxSubprocesses().output("/bin/bash", {"-c", command});
 }
 
 TEST(DsclTest, AnswersTheLibrarysQuestion) {
@@ -162,7 +162,7 @@ TEST(DsclTest, TheSystemsOwnProgramGoesFirst) {
 
 TEST(DsclTest, WithoutTheLibrarysProgramsThereIsNoAnswer) {
   const ScopedEnvironment path("PATH", "/usr/bin:/bin");
-  EXPECT_EQ(LinuxChildProcess("").output("/bin/bash", {"-c", "dscl . -read /root PrimaryGroupID"}),
+  EXPECT_EQ(LinuxSubprocesses("").output("/bin/bash", {"-c", "dscl . -read /root PrimaryGroupID"}),
             "");
 }
 
