@@ -15,9 +15,9 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
-#include "ztportal/platform/files/HomeFolder.h"
-#include "ztportal/platform/process/LibexecFolder.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/files/SupportFolder.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 // What takes the time of whole processes: the first report, a host that never reports, the probe.
 
@@ -100,7 +100,7 @@ std::vector<Figure> idleHostFigures() {
 /// The inventory of this machine beside the shell that it asks for the user's group.
 std::vector<Figure> probeFigures() {
   setEnvironment();
-  LinuxChildProcess shell(libexecFolder());
+  LinuxSubprocesses shell(libexecFolder());
   const std::string command =
       "dscl . -read " + homeFolder() + " PrimaryGroupID | awk '{ print $2 }'";
   const std::vector<double> best =

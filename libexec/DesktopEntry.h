@@ -11,24 +11,24 @@
 
 namespace zt {
 
-/// A desktop entry, judged as GIO does. GIO's own class would look into all folders of entries and
-/// watch them, only to read this one: that takes longer than all else here. Part of the programs,
-/// not of the library.
+/// A desktop entry, with the rules of GIO. GIO's own class reads and watches all folders of entries
+/// for a single one, which takes longer than everything else here. Part of the helper programs, not
+/// of the library.
 ///
 ///     const DesktopEntry entry = DesktopEntry::inFile("/usr/share/applications/mail.desktop");
 ///     if (entry.isUsable()) use(entry.name(), entry.command());
 class DesktopEntry {
  public:
-  /// An entry that cannot be read is there all the same: neither hidden nor usable.
+  /// An entry that cannot be read is neither hidden nor usable.
   static DesktopEntry inFile(const char* path);
   static DesktopEntry inText(std::string_view text);
 
   bool isHidden() const;
-  /// Whether it is an application whose program is on this machine.
+  /// Whether it is an application whose program is installed.
   bool isUsable() const;
-  /// In the user's language; empty when the entry has none.
+  /// In the user's language; empty if the entry has none.
   std::string name() const;
-  /// The words of the command line, quotes taken off; none when they cannot be told.
+  /// The words of the command line, unquoted; none if it is malformed.
   std::vector<std::string> command() const;
 
  private:

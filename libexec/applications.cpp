@@ -1,17 +1,17 @@
-// Answers what only GLib and GIO know of the desktop, in a process of its own: GIO starts threads,
-// which a host must not get from the library.
+// Looks up desktop applications by GIO, in a process of its own: GIO starts threads, which the
+// library must not do in a host.
 //
 //     ztportal-applications default SCHEME    the user's default application for a URL scheme
 //     ztportal-applications entry FILE...     the application of the first usable desktop entry;
-//                                             one that says it is hidden is the end of the list
+//                                             a hidden one ends the list
 //     ztportal-applications several [COUNT QUESTION]...
-//                                             many of these at once, each led by the number of its
-//                                             words; for the library alone
+//                                             several of these, each preceded by the number of its
+//                                             words; only for the library
 //
-// An answer is a list of texts, each followed by a NUL byte: the entry's path, the name in the
-// user's language (empty when the entry has none) and the words of its command. Without an
-// application nothing is written, and the exit status is 1. Of several questions each answer is led
-// by the number of its texts, and the exit status is 0.
+// An answer is a list of strings, each followed by a NUL byte: the entry's path, the name in the
+// user's language (empty if the entry has none) and the words of its command. Without an
+// application nothing is written, and the exit status is 1. For several questions each answer is
+// preceded by the number of its strings, and the exit status is 0.
 
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
@@ -37,7 +37,7 @@ constexpr int kMachineFailed = 3;
 
 using AppInfo = std::unique_ptr<GDesktopAppInfo, zt::Free<g_object_unref>>;
 
-/// The texts of an answer; none without an application.
+/// The strings of an answer; none without an application.
 using Answer = std::vector<std::string>;
 using Words = std::span<char* const>;
 
@@ -64,7 +64,7 @@ Answer defaultFor(const char* scheme) {
   return firstUsable({&word, 1});
 }
 
-/// Nothing for words that ask nothing.
+/// Nothing for words that are no question.
 std::optional<Answer> answerTo(Words question) {
   const std::string_view kind = question.size() >= 2 ? question[0] : "";
   const bool hasScheme = question.size() == 2 && *question[1] != '\0';
@@ -79,7 +79,7 @@ std::string written(const Answer& texts) {
   return bytes;
 }
 
-/// The answers to several questions, up to the first that is none.
+/// The answers to several questions, up to the first that is invalid.
 std::string answersTo(Words questions) {
   std::string bytes;
   while (!questions.empty()) {

@@ -1,10 +1,10 @@
-// Answers the one query of the directory service that the library asks, on systems that have no
-// program of this name, from the user database:
+// Replaces the directory service's program of this name on systems without it, for the one query
+// that the library uses. It reads the user database:
 //
 //     dscl . -read HOME PrimaryGroupID        prints "PrimaryGroupID: 1000"
 //
-// for the user whose home folder is HOME. Of several the user that runs this wins, else the first
-// in the database.
+// for the user whose home folder is HOME. If there are several, the user that runs this program
+// takes precedence, then the first one in the database.
 
 #include <pwd.h>
 #include <unistd.h>
@@ -13,24 +13,21 @@
 #include <optional>
 #include <string_view>
 
+#include "ztportal/base/Text.h"
+
 namespace {
 
 constexpr int kWrongUsage = 2;
 constexpr int kMachineFailed = 3;
-/// As the directory service's own program: the low byte of 14136, the number of eDSRecordNotFound.
+/// As the directory service's own program: the low byte of 14136, eDSRecordNotFound.
 constexpr int kNoRecord = 56;
 
-std::string_view withoutTrailingSlashes(std::string_view path) {
-  while (path.size() > 1 && path.ends_with('/')) path.remove_suffix(1);
-  return path;
-}
-
 bool livesIn(const passwd& user, std::string_view home) {
-  return user.pw_dir != nullptr && withoutTrailingSlashes(user.pw_dir) == home;
+  return user.pw_dir != nullptr && zt::withoutTrailingSlashes(user.pw_dir) == home;
 }
 
 std::optional<gid_t> primaryGroupOf(std::string_view home) {
-  // Asked by number: large directories do not list their users.
+  // Looked up by number, since large directories do not list their users.
   const passwd* const self = ::getpwuid(::getuid());
   if (self != nullptr && livesIn(*self, home)) return self->pw_gid;
 
@@ -53,7 +50,7 @@ int main(int count, char** words) {
     std::cerr << "dscl: usage: dscl . -read HOME PrimaryGroupID\n";
     return kWrongUsage;
   }
-  const std::optional<gid_t> group = primaryGroupOf(withoutTrailingSlashes(words[3]));
+  const std::optional<gid_t> group = primaryGroupOf(zt::withoutTrailingSlashes(words[3]));
   if (!group) {
     std::cerr << "dscl: " << words[3] << ": no user has this home folder\n";
     return kNoRecord;

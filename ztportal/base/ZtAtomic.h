@@ -6,15 +6,15 @@
 #include <utility>
 
 /// An atomic property: a reader on one thread sees the whole old or the whole new value of a
-/// writer on another, never a mixture. Sequences of reads and writes are not made safe by it.
+/// writer on another, never a mixture. It does not make sequences of reads and writes safe.
 ///
 ///     ZtAtomic<ZtString> _startPoint{""};
 ///     ZtString startPoint() const { return _startPoint.load(); }
 ///     void setStartPoint(ZtString value) { _startPoint.store(std::move(value)); }
 ///
 /// Small trivial values (`ZtDate`) are single atomic words. Counted references (`ZtString`,
-/// `std::shared_ptr`) are guarded for the few instructions that copy or swap them; what they
-/// replaced is released outside of that.
+/// `std::shared_ptr`) are guarded by a spin lock while they are copied or swapped; the replaced
+/// value is released outside the lock.
 template <class T>
 class ZtAtomic {
  public:
@@ -32,8 +32,8 @@ class ZtAtomic {
     const Guard guard(_busy);
     std::swap(_value, value);
   }
-  /// The value itself, for an operation during which no other thread may write anyway: a guarded
-  /// look costs more than writing a short text.
+  /// The value itself, for an operation during which no other thread may write: a guarded read
+  /// costs more than writing a short string.
   const T& unguarded() const { return _value; }
 
  private:

@@ -5,7 +5,7 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// The one exception class that the library raises and catches: a name and a reason.
+/// The only exception class that the library throws and catches: a name and a reason.
 ///
 ///     try {
 ///       document->pools().front()->field(7);

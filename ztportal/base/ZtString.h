@@ -11,22 +11,22 @@
 
 #include "ztportal/base/ZtExport.h"
 
-/// A text that may be missing: UTF-8, immutable and shared.
+/// A string that may be missing: UTF-8, immutable and shared.
 ///
-/// Copies share one text, so a copy costs one counted reference and no memory. A missing text is
-/// not the empty text: it equals only another missing one, and writers print it as "(null)".
+/// Copies share their bytes, so a copy costs one counted reference and no memory. A missing string
+/// is not the empty string: it equals only another missing one, and writers print it as "(null)".
 ///
 ///     ZtString edition = "Home";
-///     ZtString same = edition;                 // the same text, not a copy of it
+///     ZtString same = edition;                 // shares the bytes
 ///     ZtString none = nullptr;                 // missing
 ///     bool known = !none.isNull();             // false
 ///     std::string line{edition.view()};
 ///
-/// Threads: one object is used by one thread at a time; copies that share a text may be used by
-/// any threads at once. Texts may be made and used in static initialisers of any file.
+/// Threads: one object is used by one thread at a time; different threads may use copies that share
+/// their bytes. Static initialisers of any file may create and use strings.
 class ZT_EXPORT ZtString {
  private:
-  /// The counted text; its bytes follow it directly.
+  /// The counted header; the bytes follow it directly.
   struct Text {
     std::atomic<std::size_t> holders;  // kConstant: lives as long as the program, not counted
     std::size_t length;
@@ -36,12 +36,13 @@ class ZT_EXPORT ZtString {
   /// A string literal as a template argument.
   template <std::size_t N>
   struct Literal {
-    // NOLINTNEXTLINE(google-explicit-constructor): it is deduced from the literal itself.
+    // NOLINTNEXTLINE(google-explicit-constructor): deduced from the literal.
     consteval Literal(const char (&literal)[N]) { std::copy_n(literal, N, bytes); }
     char bytes[N];
   };
 
-  /// A text in the program's own data, where its bytes follow it as they do in allocated memory.
+  /// A string in the program's data segment, where the bytes follow the header as in allocated
+  /// memory.
   template <Literal kLiteral>
   struct ConstantText {
     consteval ConstantText() : text{kConstant, sizeof(bytes) - 1} {
@@ -56,7 +57,7 @@ class ZT_EXPORT ZtString {
   };
 
  public:
-  /// A missing text.
+  /// A missing string.
   constexpr ZtString() noexcept = default;
   constexpr ZtString(std::nullptr_t) noexcept {}  // NOLINT(google-explicit-constructor)
   /// A copy of the NUL-terminated `text`; missing for a null pointer.
@@ -65,7 +66,7 @@ class ZT_EXPORT ZtString {
   ZtString(std::string_view text);    // NOLINT(google-explicit-constructor)
   ZtString(const std::string& text);  // NOLINT(google-explicit-constructor)
 
-  /// A text made by the compiler, for constants that other files' static initialisers may use:
+  /// A compile-time string, for constants that other files' static initialisers may use:
   ///
   ///     constinit const ZtString GREETING = ZtString::constant<"hello">();
   template <Literal kLiteral>
@@ -89,16 +90,16 @@ class ZT_EXPORT ZtString {
   }
 
   bool isNull() const noexcept { return _text == nullptr; }
-  /// Missing or without a byte.
+  /// Missing or without bytes.
   bool empty() const noexcept { return _text == nullptr || _text->length == 0; }
 
-  /// The bytes, valid while any holder of this text lives; empty for a missing text.
+  /// The bytes, valid as long as any copy exists; empty for a missing string.
   std::string_view view() const noexcept {
     if (_text == nullptr) return {};
     return {reinterpret_cast<const char*>(_text + 1), _text->length};
   }
 
-  /// The bytes as every writer prints them: "(null)" for a missing text.
+  /// The bytes as writers print them: "(null)" for a missing string.
   std::string_view printed() const noexcept { return _text == nullptr ? "(null)" : view(); }
 
   friend bool operator==(const ZtString& left, const ZtString& right) noexcept {
@@ -116,7 +117,7 @@ class ZT_EXPORT ZtString {
   }
   friend bool operator==(const ZtString& left, std::nullptr_t) noexcept { return left.isNull(); }
 
-  /// Byte order; a missing text comes before every other.
+  /// Byte order; a missing string comes before all others.
   friend std::strong_ordering operator<=>(const ZtString& left, const ZtString& right) noexcept {
     if (left.isNull() || right.isNull()) return right.isNull() <=> left.isNull();
     return left.view() <=> right.view();

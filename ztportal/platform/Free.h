@@ -2,7 +2,7 @@
 
 namespace zt {
 
-/// Deleter that hands an object of a foreign library back to it:
+/// Deleter for objects of foreign libraries:
 ///
 ///     using Buffer = std::unique_ptr<xmlBuffer, Free<xmlBufferFree>>;
 template <auto kFree>

@@ -3,13 +3,11 @@
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 #include "ztportal/platform/files/LinuxFiles.h"
-#include "ztportal/platform/files/LinuxSupportFolder.h"
 #include "ztportal/platform/http/CurlHttpTransport.h"
 #include "ztportal/platform/identity/LinuxGestalt.h"
 #include "ztportal/platform/identity/LinuxMachineIdentity.h"
-#include "ztportal/platform/locale/BundleLocalizations.h"
 #include "ztportal/platform/locale/IcuUserLocale.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 namespace zt {
 
@@ -27,7 +25,7 @@ class LinuxPlatform final : public Platform {
   Localizations& localizations() override { return _localizations; }
   UserLocale& userLocale() override { return _userLocale; }
   InstalledApplications& installedApplications() override { return _installedApplications; }
-  ChildProcess& childProcess() override { return _childProcess; }
+  Subprocesses& subprocesses() override { return _subprocesses; }
 
  private:
   CurlHttpTransport _http;
@@ -40,13 +38,13 @@ class LinuxPlatform final : public Platform {
   BundleLocalizations _localizations;
   IcuUserLocale _userLocale;
   LinuxInstalledApplications _installedApplications;
-  LinuxChildProcess _childProcess;
+  LinuxSubprocesses _subprocesses;
 };
 
 }  // namespace
 
 Platform& systemPlatform() {
-  // Never destroyed: a host's static destructors may still report.
+  // Never destroyed, so that a host's static destructors may still report.
   static Platform& platform = *new LinuxPlatform;
   return platform;
 }

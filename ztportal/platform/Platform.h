@@ -8,16 +8,15 @@
 #include "ztportal/platform/http/HttpTransport.h"
 #include "ztportal/platform/identity/Gestalt.h"
 #include "ztportal/platform/identity/MachineIdentity.h"
-#include "ztportal/platform/locale/Localizations.h"
 #include "ztportal/platform/locale/UserLocale.h"
-#include "ztportal/platform/process/ChildProcess.h"
+#include "ztportal/platform/process/Subprocesses.h"
 
 namespace zt {
 
-/// All that the library asks of the machine and that a test may want to answer otherwise. What
-/// is a function of its arguments and the environment (XML, dates, property lists) is not here.
+/// What the library needs from the operating system and what tests replace by fakes. Functions of
+/// their arguments and the environment (XML, dates, property lists) are not part of it.
 ///
-/// The answers have no state that their users could see, so one object serves all threads.
+/// The objects have no visible state, so they serve all threads.
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -32,12 +31,12 @@ class Platform {
   virtual Localizations& localizations() = 0;
   virtual UserLocale& userLocale() = 0;
   virtual InstalledApplications& installedApplications() = 0;
-  virtual ChildProcess& childProcess() = 0;
+  virtual Subprocesses& subprocesses() = 0;
 
-  /// The platform in force: the machine's own, unless a test has put another one in its place.
+  /// The operating system's platform, unless a test has replaced it.
   static Platform& current();
 
-  /// Puts another platform in the place of the machine's own for a scope.
+  /// Replaces the current platform for a scope.
   class Substitute {
    public:
     explicit Substitute(Platform& platform);
@@ -50,7 +49,7 @@ class Platform {
   };
 };
 
-/// The machine's own answers; each system's folder defines it.
+/// Implemented once for each operating system.
 Platform& systemPlatform();
 
 }  // namespace zt

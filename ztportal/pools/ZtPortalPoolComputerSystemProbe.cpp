@@ -13,8 +13,8 @@
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/files/HomeFolder.h"
-#include "ztportal/platform/locale/PreferredLanguages.h"
+#include "ztportal/platform/files/SupportFolder.h"
+#include "ztportal/platform/locale/Languages.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
 #include "ztportal/system/ZtApplicationIdentifiers.h"
@@ -41,7 +41,7 @@ bool isUserAdmin() {
   zt::appendText(command, "dscl . -read ", zt::homeFolder(),
                  " PrimaryGroupID | awk '{ print $2 }'");
   const std::string output =
-      Platform::current().childProcess().output("/bin/bash", {"-c", command});
+      Platform::current().subprocesses().output("/bin/bash", {"-c", command});
   const std::string_view group = zt::trimmed(output);
   return group == "80" || group == "20";
 }

@@ -7,7 +7,7 @@
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/identity/RandomUuid.h"
+#include "ztportal/platform/identity/MachineIdentity.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/ReportStore.h"

@@ -2,7 +2,7 @@
 
 #include <string_view>
 
-#include "ztportal/platform/locale/LowerCase.h"
+#include "ztportal/platform/locale/UserLocale.h"
 
 namespace {
 

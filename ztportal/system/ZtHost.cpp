@@ -6,7 +6,7 @@
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/platform/plist/Bundle.h"
-#include "ztportal/platform/process/Executable.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 

@@ -9,13 +9,11 @@
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 #include "ztportal/platform/files/LinuxFiles.h"
-#include "ztportal/platform/files/LinuxSupportFolder.h"
 #include "ztportal/platform/http/CurlHttpTransport.h"
 #include "ztportal/platform/identity/LinuxGestalt.h"
 #include "ztportal/platform/identity/LinuxMachineIdentity.h"
-#include "ztportal/platform/locale/BundleLocalizations.h"
 #include "ztportal/platform/locale/IcuUserLocale.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 namespace {
 
@@ -39,7 +37,7 @@ TEST(LinuxPlatformTest, AnswersWithTheSystem) {
   EXPECT_TRUE(isA<zt::BundleLocalizations>(platform.localizations()));
   EXPECT_TRUE(isA<zt::IcuUserLocale>(platform.userLocale()));
   EXPECT_TRUE(isA<zt::LinuxInstalledApplications>(platform.installedApplications()));
-  EXPECT_TRUE(isA<zt::LinuxChildProcess>(platform.childProcess()));
+  EXPECT_TRUE(isA<zt::LinuxSubprocesses>(platform.subprocesses()));
 }
 
 TEST(LinuxPlatformTest, IsOneObjectAndTheOneInForce) {

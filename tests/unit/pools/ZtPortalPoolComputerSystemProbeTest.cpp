@@ -52,7 +52,7 @@ class ZtPortalPoolComputerSystemProbeTest : public zt::test::PoolsFixture {
     return ZtPortalPoolComputerSystem::initWithValues(kNoon, true);
   }
   bool isAdmin(const char* answer) {
-    _platform.childProcess_.answer = answer;
+    _platform.subprocesses_.answer = answer;
     return ZtTestAccess::isCurrentUserAnAdmin(
         *ZtPortalPoolComputerSystem::initWithValues(kNoon, false));
   }
@@ -135,7 +135,7 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, AsksForClientsBeforeBrowsersInTheOrd
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, ItsQuestionsAreBegunBesideTheShellsAnswer) {
   Texts begun;
-  _platform.childProcess_.onRun = [&] { begun = _platform.installedApplications_.begun; };
+  _platform.subprocesses_.onRun = [&] { begun = _platform.installedApplications_.begun; };
   probed();
   EXPECT_EQ(begun, (Texts{"com.apple.mail", "org.mozilla.thunderbird", "com.microsoft.Entourage",
                           "com.microsoft.Outlook", "com.apple.Safari", "org.mozilla.firefox",
@@ -176,16 +176,16 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, WhatAnApplicationDoesNotTellIsMissin
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, AsksTheShellForTheGroupOfTheHomeFolder) {
   probed();
-  ASSERT_EQ(_platform.childProcess_.runs.size(), 1U);
-  EXPECT_EQ(_platform.childProcess_.runs[0].program, "/bin/bash");
-  EXPECT_EQ(_platform.childProcess_.runs[0].arguments,
+  ASSERT_EQ(_platform.subprocesses_.runs.size(), 1U);
+  EXPECT_EQ(_platform.subprocesses_.runs[0].program, "/bin/bash");
+  EXPECT_EQ(_platform.subprocesses_.runs[0].arguments,
             (Texts{"-c", "dscl . -read /home/anna PrimaryGroupID | awk '{ print $2 }'"}));
 }
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, TheHomeFolderReachesTheShellAsItIs) {
   const zt::test::ScopedEnvironment home("HOME", "/home/a b'c");
   probed();
-  EXPECT_EQ(_platform.childProcess_.runs[0].arguments[1],
+  EXPECT_EQ(_platform.subprocesses_.runs[0].arguments[1],
             "dscl . -read /home/a b'c PrimaryGroupID | awk '{ print $2 }'");
 }
 
@@ -197,13 +197,13 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, TheGroups80And20AreAdministratorsAnd
        {"", "\n", "0", "8", "800", "2", "200", "1000\n", "80 20", "+80", "020", "80.", "\xFF"}) {
     EXPECT_FALSE(isAdmin(answer)) << answer;
   }
-  _platform.childProcess_.answer = "20\n";
+  _platform.subprocesses_.answer = "20\n";
   EXPECT_EQ(probed()->isAdmin(), 1);
 }
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, AChildThatCannotBeStartedIsNoAdministrator) {
   _platform.installedApplications_.install("com.apple.Safari", "/apps/Safari", "Safari", "5");
-  _platform.childProcess_.onRun = [] { throw ZtException("PLATFORM", "no such program"); };
+  _platform.subprocesses_.onRun = [] { throw ZtException("PLATFORM", "no such program"); };
   const auto pool = probed();
   EXPECT_EQ(pool->isAdmin(), 0);
   EXPECT_EQ(told(*pool->browsers()), (Texts{"Safari 5"})) << "the check goes on";
@@ -211,7 +211,7 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, AChildThatCannotBeStartedIsNoAdminis
 
 TEST_F(ZtPortalPoolComputerSystemProbeTest, WithoutALanguageItStopsBeforeTheApplications) {
   _platform.installedApplications_.install("com.apple.Safari", "/apps/Safari", "Safari", "5");
-  _platform.childProcess_.answer = "80";
+  _platform.subprocesses_.answer = "80";
   speak("C");
   const auto pool = probed();
   EXPECT_EQ(pool->osVersion(), "MACOS 10.6");
@@ -241,7 +241,7 @@ TEST_F(ZtPortalPoolComputerSystemProbeTest, OtherExceptionsReachTheCaller) {
     throw std::runtime_error("foreign");
   };
   EXPECT_THROW(pool->checkComputerSystem(), std::runtime_error);
-  _platform.childProcess_.onRun = [] { throw std::runtime_error("foreign"); };
+  _platform.subprocesses_.onRun = [] { throw std::runtime_error("foreign"); };
   EXPECT_THROW(pool->checkComputerSystem(), std::runtime_error);
 }
 

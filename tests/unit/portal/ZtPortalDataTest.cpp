@@ -176,9 +176,9 @@ TEST_F(ZtPortalDataTest, OnlyAnInventoryWithAutoCheckChecksTheMachine) {
   const auto document = makeDocument();
   EXPECT_EQ(document->addPoolComputerSystem(ZtDate())->osName(), "");
   EXPECT_EQ(document->addPoolComputerSystemWithAutoCheck(ZtDate(), false)->osName(), "");
-  EXPECT_TRUE(platform.childProcess_.runs.empty());
+  EXPECT_TRUE(platform.subprocesses_.runs.empty());
   EXPECT_EQ(document->addPoolComputerSystemWithAutoCheck(ZtDate(), true)->osName(), "MACOS");
-  EXPECT_EQ(platform.childProcess_.runs.size(), 1U);
+  EXPECT_EQ(platform.subprocesses_.runs.size(), 1U);
 }
 
 TEST_F(ZtPortalDataTest, OwnsItsPoolsAndListsThemAsASnapshot) {

@@ -7,13 +7,13 @@
 
 namespace zt {
 
-/// Tells other processes of the same user what happens.
+/// Sends messages to other processes of the same user.
 class Broadcast {
  public:
   virtual ~Broadcast() = default;
 
-  /// Hands the message named `name` out at once, without waiting for any receiver. Where there is
-  /// nothing to hand it to, nothing happens. Missing texts are sent as "(null)".
+  /// Sends the message `name` without waiting for any receiver. If there is no receiver, nothing
+  /// happens. Missing strings are sent as "(null)".
   virtual void post(const ZtString& name, const ZtString& object,
                     const std::map<std::string, ZtString>& userInfo) = 0;
 };

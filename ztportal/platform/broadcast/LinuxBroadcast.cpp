@@ -11,6 +11,8 @@
 #include <string_view>
 #include <utility>
 
+#include "ztportal/platform/Free.h"
+
 namespace zt {
 
 namespace {
@@ -19,20 +21,9 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds kPatience{2};
 
-struct CloseBus {
-  void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
-};
-using Bus = std::unique_ptr<sd_bus, CloseBus>;
-
-struct ReleaseMessage {
-  void operator()(sd_bus_message* message) const { sd_bus_message_unref(message); }
-};
-using Message = std::unique_ptr<sd_bus_message, ReleaseMessage>;
-
-struct ReleaseCall {
-  void operator()(sd_bus_slot* call) const { sd_bus_slot_unref(call); }
-};
-using Call = std::unique_ptr<sd_bus_slot, ReleaseCall>;
+using Bus = std::unique_ptr<sd_bus, Free<sd_bus_close_unref>>;
+using Message = std::unique_ptr<sd_bus_message, Free<sd_bus_message_unref>>;
+using Call = std::unique_ptr<sd_bus_slot, Free<sd_bus_slot_unref>>;
 
 Bus openSessionBus() {
   sd_bus* bus = nullptr;
@@ -51,7 +42,7 @@ bool appendEntry(sd_bus_message* message, std::string_view key, std::string_view
          sd_bus_message_close_container(message) >= 0;
 }
 
-/// Null when the texts cannot stand in a message.
+/// Null if a message cannot contain the strings.
 Message makeSignal(sd_bus* bus, const std::string& member, const ZtString& object,
                    const std::map<std::string, ZtString>& userInfo) {
   sd_bus_message* created = nullptr;
@@ -69,8 +60,8 @@ Message makeSignal(sd_bus* bus, const std::string& member, const ZtString& objec
   return message;
 }
 
-int noteAnswer(sd_bus_message*, void* answered, sd_bus_error*) {
-  *static_cast<bool*>(answered) = true;
+int noteReply(sd_bus_message*, void* hasReplied, sd_bus_error*) {
+  *static_cast<bool*>(hasReplied) = true;
   return 0;
 }
 
@@ -81,32 +72,31 @@ void processUntil(sd_bus* bus, const bool& done, Clock::time_point deadline) {
     const auto left =
         std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
     if (left <= 0) return;
-    // A wait that a signal cut short is like one that ended: there is another look at the bus.
+    // A signal may interrupt the wait; then the bus is processed again.
     if (progress == 0) sd_bus_wait(bus, static_cast<std::uint64_t>(left));
   }
 }
 
-/// Sends the signal and waits until the bus has it; false when it cannot be made or does not get
-/// there.
+/// Sends the signal and waits until the bus has received it; false on failure.
 bool send(sd_bus* bus, const std::string& member, const ZtString& object,
           const std::map<std::string, ZtString>& userInfo, Clock::time_point deadline) {
   const Message message = makeSignal(bus, member, object, userInfo);
   if (!message || sd_bus_send(bus, message.get(), nullptr) < 0) return false;
-  // A bus that finds the connection closed while it still reads may drop what it has not read.
-  // It answers in order, so with the answer to this call it has the signal whole.
-  bool answered = false;
+  // A bus may drop unread data of a connection that is closed. It replies in order, so its reply to
+  // this call means that it has received the signal.
+  bool hasReplied = false;
   sd_bus_slot* call = nullptr;
   if (sd_bus_call_method_async(bus, &call, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                               "org.freedesktop.DBus", "GetId", noteAnswer, &answered,
+                               "org.freedesktop.DBus", "GetId", noteReply, &hasReplied,
                                nullptr) < 0) {
     return false;
   }
   const Call held(call);
-  processUntil(bus, answered, deadline);
-  return answered;
+  processUntil(bus, hasReplied, deadline);
+  return hasReplied;
 }
 
-/// What decides which bus is the user's, and in which process.
+/// What a connection is for: the process and the environment that names the bus.
 struct BusPlace {
   pid_t process = ::getpid();
   std::optional<std::string> address = variable("DBUS_SESSION_BUS_ADDRESS");
@@ -119,8 +109,8 @@ struct BusPlace {
   bool operator==(const BusPlace&) const = default;
 };
 
-/// The thread's connection, between two messages. When the thread ends it is closed, and what is
-/// still sent later, by a destructor that runs behind this one, has a connection for itself.
+/// The thread's connection, between two messages. It is closed when the thread ends; a destructor
+/// that runs later opens its own connection for each message.
 class BusKeeper {
  public:
   BusKeeper() = default;
@@ -128,14 +118,14 @@ class BusKeeper {
   BusKeeper& operator=(const BusKeeper&) = delete;
   ~BusKeeper() { isThreadEnding = true; }
 
-  /// The kept connection; null when there is none to the bus of `place`.
+  /// The connection to the bus of `place`; null if there is none.
   Bus take(const BusPlace& place) {
     Bus bus = std::move(_bus);
     return bus && _place == place ? std::move(bus) : nullptr;
   }
 
   void keep(Bus bus, BusPlace place) {
-    // Where the host has closed its standard streams, its next output would go to the bus.
+    // If the host has closed its standard streams, its next output would go to the bus.
     if (sd_bus_get_fd(bus.get()) <= STDERR_FILENO) return;
     _bus = std::move(bus);
     _place = std::move(place);
@@ -166,7 +156,7 @@ void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
     if (!BusKeeper::isThreadEnding) keeper.keep(std::move(bus), std::move(place));
     return true;
   };
-  // A bus that was started anew has closed the connection to the one before it.
+  // The kept connection is closed if the bus has been restarted.
   if (!BusKeeper::isThreadEnding && sentBy(keeper.take(place))) return;
   if (Clock::now() < deadline) sentBy(openSessionBus());
 }

@@ -4,16 +4,16 @@
 
 namespace zt {
 
-/// A signal on the user's D-Bus session bus: member `name`, signature "sa{ss}", that is the object
-/// and the user information. To watch them:
+/// A signal on the user's D-Bus session bus: member `name`, signature "sa{ss}" (the object and the
+/// user information). To watch them:
 ///
 ///     dbus-monitor "interface='com.kelvane.ZtPortal'"
 ///
 /// A thread's connection to the bus stays open for its next message, until the thread ends or the
-/// environment names another bus; a child process opens its own. A call returns when the bus has
-/// the message, and after two seconds at the latest. Nothing is sent, and nothing else happens,
-/// when there is no session bus or it refuses, when `name` is no D-Bus member name, when a text is
-/// not UTF-8 or has a NUL byte in it, or when the message is larger than a bus takes (128 MiB).
+/// environment names another bus; a forked process opens its own. A call returns when the bus has
+/// received the message, and after two seconds at the latest. Nothing is sent, and there is no
+/// error, if there is no session bus or it refuses, if `name` is no D-Bus member name, if a string
+/// is not UTF-8 or contains a NUL byte, or if the message exceeds the limit of D-Bus (128 MiB).
 /// Without state: one object serves all threads.
 class LinuxBroadcast final : public Broadcast {
  public:

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <system_error>
 
-#include "ztportal/platform/files/LinuxSupportFolder.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace zt {
@@ -31,7 +31,7 @@ void addOnce(std::vector<std::string>& folders, const fs::path& folder) {
   }
 }
 
-/// The command that env(1) runs in the end; `command` itself when it does not begin with that.
+/// The command that env(1) runs; `command` itself if it does not start with env.
 Words withoutEnv(const Words& command) {
   if (command.empty() || nameOf(command.front()) != "env") return command;
   auto word = command.begin() + 1;
@@ -42,7 +42,7 @@ Words withoutEnv(const Words& command) {
   return {word, command.end()};
 }
 
-/// flatpak-run(1): the application is the first word behind "run" that is no option.
+/// flatpak-run(1): the application is the first word after "run" that is no option.
 ApplicationFiles filesOfFlatpak(const Words& command, const std::string& root) {
   constexpr std::string_view kCommandOption = "--command=";
   std::string name;
@@ -66,8 +66,8 @@ ApplicationFiles filesOfFlatpak(const Words& command, const std::string& root) {
   return files;
 }
 
-/// The folder of the Snap whose program has the path `program`: what stands in a folder "snap/bin"
-/// is named after the Snap, or after it and its application ("chromium.chromedriver").
+/// The folder of the Snap whose program has the path `program`: a file in a folder "snap/bin" is
+/// named after the Snap, or after it and its application ("chromium.chromedriver").
 std::optional<fs::path> snapOf(const fs::path& program) {
   const fs::path bin = program.parent_path();
   if (bin.filename() != "bin" || bin.parent_path().filename() != "snap") return std::nullopt;

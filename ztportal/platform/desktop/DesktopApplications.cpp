@@ -1,15 +1,132 @@
 #include "ztportal/platform/desktop/DesktopApplications.h"
 
+#include <charconv>
+#include <cstddef>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
 #include <utility>
+#include <vector>
 
 #include "ztportal/base/ZtException.h"
-#include "ztportal/platform/desktop/DesktopAnswers.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace zt {
 
+/// The replies of `ztportal-applications` to several questions, read when the first of them is
+/// needed. Used by one thread.
+class DesktopAnswers {
+ public:
+  using Question = DesktopApplications::Question;
+  using Answer = std::optional<DesktopApplication>;
+
+  /// The arguments that ask the program all `questions`.
+  static Question words(const std::vector<Question>& questions);
+  /// The answer in `output`, which is the reply to a single question.
+  static Answer parse(std::string_view output);
+
+  /// `program` has been started with the arguments for `questions`.
+  DesktopAnswers(std::vector<Question> questions, std::unique_ptr<RunningSubprocess> program);
+
+  /// The answer, valid as long as this object; null if the program did not reply to `question`.
+  const Answer* find(const Question& question);
+
+ private:
+  void readAll();
+
+  std::vector<Question> _questions;
+  std::unique_ptr<RunningSubprocess> _program;  // null once its output has been read
+  std::map<Question, Answer> _answers;
+};
+
+namespace {
+
+/// Removes the next string, which a NUL byte ends, from `rest`; nothing if there is none.
+std::optional<std::string_view> takeText(std::string_view& rest) {
+  const std::size_t end = rest.find('\0');
+  if (end == std::string_view::npos) return std::nullopt;
+  const std::string_view text = rest.substr(0, end);
+  rest.remove_prefix(end + 1);
+  return text;
+}
+
+std::vector<std::string> textsOf(std::string_view output) {
+  std::vector<std::string> texts;
+  while (const auto text = takeText(output)) texts.emplace_back(*text);
+  return texts;
+}
+
+DesktopAnswers::Answer applicationOf(std::vector<std::string> texts) {
+  constexpr std::size_t kBeforeCommand = 2;
+  if (texts.size() < kBeforeCommand) return std::nullopt;
+  DesktopApplication application;
+  application.entry = std::move(texts[0]);
+  if (!texts[1].empty()) application.name = texts[1];
+  application.command.assign(std::make_move_iterator(texts.begin() + kBeforeCommand),
+                             std::make_move_iterator(texts.end()));
+  return application;
+}
+
+/// Removes the strings of an answer, which follow their number; nothing if they are incomplete.
+std::optional<std::vector<std::string>> takeTexts(std::string_view& rest) {
+  const auto number = takeText(rest);
+  std::size_t count = 0;
+  if (!number ||
+      std::from_chars(number->data(), number->data() + number->size(), count).ec != std::errc()) {
+    return std::nullopt;
+  }
+  std::vector<std::string> texts;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto text = takeText(rest);
+    if (!text) return std::nullopt;
+    texts.emplace_back(*text);
+  }
+  return texts;
+}
+
+}  // namespace
+
+DesktopAnswers::Question DesktopAnswers::words(const std::vector<Question>& questions) {
+  Question words{"several"};
+  for (const Question& question : questions) {
+    words.push_back(std::to_string(question.size()));
+    words.insert(words.end(), question.begin(), question.end());
+  }
+  return words;
+}
+
+DesktopAnswers::Answer DesktopAnswers::parse(std::string_view output) {
+  return applicationOf(textsOf(output));
+}
+
+DesktopAnswers::DesktopAnswers(std::vector<Question> questions,
+                               std::unique_ptr<RunningSubprocess> program)
+    : _questions(std::move(questions)), _program(std::move(program)) {}
+
+const DesktopAnswers::Answer* DesktopAnswers::find(const Question& question) {
+  if (_program != nullptr) readAll();
+  const auto found = _answers.find(question);
+  return found != _answers.end() ? &found->second : nullptr;
+}
+
+void DesktopAnswers::readAll() {
+  const std::string output = _program->readToEnd();
+  _program.reset();
+  std::string_view rest = output;
+  for (const Question& question : _questions) {
+    auto texts = takeTexts(rest);
+    if (!texts) return;
+    const Answer& answer = _answers[question] = applicationOf(*std::move(texts));
+    // An entry that was found is usable, so this also answers the question for it alone.
+    if (answer) _answers[DesktopApplications::questionForFirstOf({answer->entry})] = answer;
+  }
+}
+
 DesktopApplications::DesktopApplications(std::string libexec)
-    : _program(libexec + "/ztportal-applications"), _childProcess(std::move(libexec)) {}
+    : _program(libexec + "/ztportal-applications"), _subprocesses(std::move(libexec)) {}
 
 std::optional<DesktopApplication> DesktopApplications::firstOf(
     const std::vector<std::string>& files) {
@@ -38,9 +155,9 @@ DesktopApplications DesktopApplications::asking(const std::vector<Question>& que
   if (questions.empty() || programPath(_program).empty()) return prepared;
   try {
     prepared._answers = std::make_shared<DesktopAnswers>(
-        questions, _childProcess.start(_program, DesktopAnswers::words(questions)));
+        questions, _subprocesses.start(_program, DesktopAnswers::words(questions)));
   } catch (const ZtException&) {
-    // Whoever asks will see.
+    // The questions are asked one by one, and fail then.
   }
   return prepared;
 }
@@ -50,7 +167,7 @@ std::optional<DesktopApplication> DesktopApplications::ask(const Question& quest
   if (_answers != nullptr) {
     if (const DesktopAnswers::Answer* known = _answers->find(question)) return *known;
   }
-  return DesktopAnswers::parse(_childProcess.output(_program, question));
+  return DesktopAnswers::parse(_subprocesses.output(_program, question));
 }
 
 }  // namespace zt

@@ -6,9 +6,7 @@
 
 #include "ztportal/platform/desktop/ApplicationFiles.h"
 #include "ztportal/platform/desktop/ApplicationVersion.h"
-#include "ztportal/platform/desktop/DesktopEntryFiles.h"
-#include "ztportal/platform/desktop/DesktopIds.h"
-#include "ztportal/platform/files/HomeFolder.h"
+#include "ztportal/platform/desktop/DesktopEntries.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/plist/Bundle.h"
 

@@ -39,7 +39,7 @@ bool isProcessNumber(std::string_view name) {
                                       [](char digit) { return digit >= '0' && digit <= '9'; });
 }
 
-/// Text of the link `process`/exe, in `buffer`; empty when it cannot be read whole.
+/// The target of the link `process`/exe, in `buffer`; empty if it cannot be read completely.
 std::string_view executableOf(int processTable, std::string_view process,
                               std::array<char, PATH_MAX>& buffer) {
   constexpr std::string_view kLink = "/exe";
@@ -54,11 +54,11 @@ std::string_view executableOf(int processTable, std::string_view process,
 
 std::string_view folderOf(std::string_view path) { return path.substr(0, path.rfind('/')); }
 
-/// The bundles met in one walk.
+/// The bundles found in one walk over the process table.
 class BundlesOfWalk {
  public:
   /// The application whose bundle is the nearest at or above `folder`, an absolute path without
-  /// its last slash; null when there is none. Valid as long as this object.
+  /// its last slash; null if there is none. Valid as long as this object.
   const RunningApplication* applicationAround(std::string_view folder) {
     const auto known = _ofFolder.find(folder);
     if (known != _ofFolder.end()) return known->second;
@@ -73,7 +73,7 @@ class BundlesOfWalk {
   }
 
  private:
-  /// Most folders are not one, and this says so without a look at the folders above.
+  /// A cheap check that excludes most folders.
   bool mayBeBundle(std::string_view folder) {
     _infoPath.assign(folder).append("/Contents/Info.plist");
     return ::access(_infoPath.c_str(), F_OK) == 0;
@@ -93,7 +93,7 @@ class BundlesOfWalk {
 
   ByText<const RunningApplication*> _ofFolder;
   ByText<std::optional<RunningApplication>> _ofBundle;
-  std::string _infoPath;  // kept for its memory
+  std::string _infoPath;  // a member to reuse its memory
 };
 
 }  // namespace

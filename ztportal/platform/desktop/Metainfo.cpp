@@ -10,7 +10,6 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
-#include "ztportal/platform/files/RegularFile.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
 namespace zt {
@@ -50,7 +49,7 @@ bool isOf(const ZtXMLNode& component, std::string_view desktopId, std::string_vi
   return false;
 }
 
-/// A whole number at the start of `text`, which is taken off it.
+/// Removes a whole number from the start of `text`.
 std::optional<std::int64_t> takeNumber(std::string_view& text) {
   std::int64_t number = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -69,7 +68,7 @@ std::optional<std::int64_t> startOfDay(std::string_view date) {
   date.remove_prefix(1);
   const auto day = takeNumber(date);
   if (!day) return std::nullopt;
-  // The types of a date below keep the last bits of any number.
+  // The types of a date below truncate any number.
   const bool isDate =
       *year >= 0 && *year <= 9999 && *month >= 1 && *month <= 12 && *day >= 1 && *day <= 31;
   if (!isDate) return std::nullopt;
@@ -80,7 +79,7 @@ std::optional<std::int64_t> startOfDay(std::string_view date) {
   return std::chrono::seconds(std::chrono::sys_days(whole).time_since_epoch()).count();
 }
 
-std::int64_t momentOf(const ZtXMLNode& release) {
+std::int64_t timeOf(const ZtXMLNode& release) {
   constexpr std::int64_t kLongAgo = std::numeric_limits<std::int64_t>::min();
   const ZtString timestamp = attribute(release, "timestamp");
   std::string_view digits = timestamp.view();
@@ -90,16 +89,16 @@ std::int64_t momentOf(const ZtXMLNode& release) {
 
 std::string newestOf(const ZtXMLNode& component) {
   std::string version;
-  std::int64_t moment = 0;
+  std::int64_t newest = 0;
   for (const ZtXMLNode& list : component.children()) {
     if (list.name() != "releases") continue;
     for (const ZtXMLNode& release : list.children()) {
       const ZtString each = attribute(release, "version");
       if (release.name() != "release" || each.empty()) continue;
-      const std::int64_t time = momentOf(release);
-      if (!version.empty() && time <= moment) continue;
+      const std::int64_t time = timeOf(release);
+      if (!version.empty() && time <= newest) continue;
       version = each.view();
-      moment = time;
+      newest = time;
     }
   }
   return version;
@@ -109,7 +108,7 @@ std::string newestOf(const ZtXMLNode& component) {
 
 std::string newestReleaseIn(std::string_view content, std::string_view desktopId) {
   const std::string_view withoutEnding = desktopId.substr(0, desktopId.rfind(".desktop"));
-  // Most files are not about it, and this says so without parsing them.
+  // Most files are about other applications and need not be parsed.
   if (content.find(withoutEnding) == std::string_view::npos) return {};
   const auto document = ZtXMLDocument::parseFileContent(content);
   const auto component = document ? document->rootElement() : std::nullopt;

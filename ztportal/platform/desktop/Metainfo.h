@@ -6,10 +6,10 @@
 
 namespace zt {
 
-/// The version of an application's newest release, as its metainfo file (AppStream) tells it; empty
-/// when no file in the folders `metainfo` and `appdata` of `dataFolders` has the desktop ID as its
+/// The version of an application's newest release according to its metainfo file (AppStream); empty
+/// if no file in the folders `metainfo` and `appdata` of `dataFolders` has the desktop ID as its
 /// `<launchable>` or `<id>` and a release. Releases without a date are older than those with one;
-/// of equals the one that stands first is the newest, as is the custom.
+/// of equals the first is the newest, as is the custom.
 std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId);
 
 /// The same for the content of one metainfo file.

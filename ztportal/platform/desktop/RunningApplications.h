@@ -7,19 +7,19 @@
 
 namespace zt {
 
-/// A running process whose executable stands in a bundle.
+/// A running process whose executable is in a bundle.
 struct RunningApplication {
   ZtString bundleIdentifier;  ///< "CFBundleIdentifier" of the bundle; missing if it has none
   std::string bundlePath;
 };
 
-/// The applications that run now, as far as the user may see them.
+/// The running applications that the user may see.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;
 
-  /// One entry a process, in the order of the system's process table. A process that vanishes
-  /// meanwhile or is not the user's to read is left out.
+  /// One entry for each process, in the order of the system's process table. A process that ends
+  /// meanwhile, or that the user may not inspect, is skipped.
   virtual std::vector<RunningApplication> list() = 0;
 };
 

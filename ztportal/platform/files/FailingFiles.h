@@ -12,15 +12,15 @@
 
 namespace zt::test {
 
-/// Other files, of which chosen operations fail.
+/// A decorator that makes chosen operations fail.
 ///
 ///     FakeFiles memory;
 ///     FailingFiles files(memory);
 ///     files.failOnce(FailingFiles::Operation::Write, 3);   // the third write from now on
 ///     files.failAlways(FailingFiles::Operation::List);
 ///
-/// A failed operation has no effect on the files beneath, except `WriteMidway`, a write that
-/// fails after it has begun: it leaves no file, as a full disk does.
+/// A failed operation has no effect on the underlying files, except `WriteMidway`, a write that
+/// fails after it has begun: it leaves no file, as with a full disk.
 class FailingFiles final : public Files {
  public:
   enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove };

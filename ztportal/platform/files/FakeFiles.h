@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -10,12 +11,13 @@
 #include <vector>
 
 #include "ztportal/platform/files/Files.h"
+#include "ztportal/platform/files/SupportFolder.h"
 
 namespace zt::test {
 
-/// Files and folders in memory, with "/" there from the start. Relative paths start at "/"; there
-/// are no links, modes or devices. `list` gives the entries in the order in which they were made.
-/// May be used by several threads.
+/// Files and folders in memory, initially only "/". Relative paths start at "/"; there are no
+/// links, modes or devices. `list` returns the entries in the order of their creation. Any number
+/// of threads may use it.
 class FakeFiles final : public Files {
  public:
   bool exists(const std::string& path) override {
@@ -107,7 +109,7 @@ class FakeFiles final : public Files {
     bool isFolder() const { return !content; }
   };
 
-  /// The names in `path`, "/" being none; nothing for a text that is no path.
+  /// The names in `path`, none for "/"; nothing if it is no path.
   static std::optional<Names> namesOf(std::string_view path) {
     if (path.empty() || path.find('\0') != std::string_view::npos) return std::nullopt;
     Names names;
@@ -143,6 +145,22 @@ class FakeFiles final : public Files {
 
   mutable std::mutex _mutex;
   std::map<Names, Entry> _entries{{Names{}, Entry{}}};
+};
+
+/// The user domain's folder is `folder`. From call number `movesAt` on, if that is not 0, it is
+/// `moved`.
+class FakeSupportFolder final : public SupportFolder {
+ public:
+  std::optional<std::string> path(std::int16_t domain) override {
+    askedDomains.push_back(domain);
+    if (askedDomains.size() == movesAt) folder = moved;
+    return domain == kUserDomain ? folder : std::nullopt;
+  }
+
+  std::optional<std::string> folder = "/home/user/.local/share";
+  std::size_t movesAt = 0;
+  std::optional<std::string> moved;
+  std::vector<std::int16_t> askedDomains;
 };
 
 }  // namespace zt::test

@@ -1,16 +1,21 @@
 #include "ztportal/platform/files/LinuxFiles.h"
 
 #include <fcntl.h>
+#include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
 #include <utility>
+#include <vector>
+
+#include "ztportal/base/FileDescriptor.h"
 
 namespace zt {
 
@@ -18,75 +23,65 @@ namespace {
 
 constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
 
-/// The system ends a path at its first NUL byte and would find another file than the one named.
+/// The system would cut a path off at its first NUL byte.
 bool canNameAFile(const std::string& path) {
   return !path.empty() && path.find('\0') == std::string::npos;
 }
 
 class OpenFile {
  public:
-  /// `path` starts at `folder`, a descriptor, unless it is absolute.
+  OpenFile() = default;
+  /// `path` is relative to `folder`, a file descriptor, unless it is absolute.
   OpenFile(int folder, const std::string& path, int flags, mode_t mode = 0) {
+    int number = -1;
     do {
-      _descriptor = ::openat(folder, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
-    } while (_descriptor < 0 && errno == EINTR);
-  }
-  OpenFile(OpenFile&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
-  OpenFile& operator=(OpenFile&& other) noexcept {
-    std::swap(_descriptor, other._descriptor);
-    return *this;
-  }
-  OpenFile(const OpenFile&) = delete;
-  OpenFile& operator=(const OpenFile&) = delete;
-  ~OpenFile() {
-    if (isOpen()) ::close(_descriptor);
+      number = ::openat(folder, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+    } while (number < 0 && errno == EINTR);
+    _descriptor = FileDescriptor(number);
   }
 
-  static OpenFile none() { return {}; }
-  bool isOpen() const { return _descriptor >= 0; }
-  int descriptor() const { return _descriptor; }
+  bool isOpen() const { return _descriptor.isOpen(); }
+  int descriptor() const { return _descriptor.number(); }
   bool isRegular() const {
     struct stat status {};
-    return ::fstat(_descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return ::fstat(descriptor(), &status) == 0 && S_ISREG(status.st_mode);
   }
   bool writeAll(std::string_view content) const {
     while (!content.empty()) {
-      const ssize_t written = ::write(_descriptor, content.data(), content.size());
+      const ssize_t written = ::write(descriptor(), content.data(), content.size());
       if (written < 0 && errno == EINTR) continue;
       if (written < 0) return false;
       content.remove_prefix(static_cast<std::size_t>(written));
     }
     return true;
   }
-  /// Whether the system took everything: some file systems tell of a full disk only now. A signal
-  /// that cuts this short loses nothing: the descriptor is gone, and the content on its way.
-  bool close() { return ::close(std::exchange(_descriptor, -1)) == 0 || errno == EINTR; }
+  /// Whether the system accepted all data: some file systems report a full disk only now. EINTR is
+  /// no failure: the descriptor is closed, and the data is on its way.
+  bool close() { return ::close(_descriptor.release()) == 0 || errno == EINTR; }
 
  private:
-  OpenFile() = default;
-
-  int _descriptor = -1;
+  FileDescriptor _descriptor;
 };
 
 enum class Links { Follow, Refuse };
 
-/// Opens the file `name` of `folder`, which is made when it is missing. Where links are refused,
-/// everything else that is no regular file is, too.
+/// Opens the file `name` of `folder`, which is created if it is missing. If links are refused, so
+/// is everything else that is no regular file.
 OpenFile openForWriting(int folder, const std::string& name, Links links) {
   constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
   OpenFile created(folder, name, O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
   if (created.isOpen()) {
-    // Gives back what the umask took from the owner. A file system without modes may refuse; the
-    // content is kept all the same.
+    // The umask may have removed the owner's permissions. A file system without modes may refuse,
+    // which does no harm.
     ::fchmod(created.descriptor(), kOwnerOnly);
     return created;
   }
   if (errno != EEXIST) return created;
   if (links == Links::Follow) return {folder, name, O_WRONLY | O_TRUNC};
-  // A FIFO without a reader would hold up the opening.
+  // Opening a FIFO without a reader would block.
   OpenFile found(folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK);
   if (found.isOpen() && (!found.isRegular() || ::ftruncate(found.descriptor(), 0) != 0)) {
-    return OpenFile::none();
+    return {};
   }
   return found;
 }
@@ -98,14 +93,14 @@ bool writeTo(int folder, const std::string& name, Links links, std::string_view 
   if (file.writeAll(content)) {
     if (file.close()) return true;
   } else if (isRegular) {
-    // Reaches the content where the name is a link to it, too.
+    // Also empties the target of a link.
     [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
   }
   if (isRegular) ::unlinkat(folder, name.c_str(), 0);
   return false;
 }
 
-/// Makes the folder `name` unless it is there. Its owner may use it whatever the umask.
+/// Creates the folder `name` unless it exists. Its owner may use it whatever the umask.
 void makeFolder(int above, const std::string& name, mode_t mode) {
   if (::mkdirat(above, name.c_str(), mode) != 0) return;
   struct stat status {};
@@ -114,8 +109,8 @@ void makeFolder(int above, const std::string& name, mode_t mode) {
   ::fchmodat(above, name.c_str(), (status.st_mode & 07777U) | S_IRWXU, 0);
 }
 
-/// Goes down from `root` to the folder `relative` below it and follows no link there. Missing ones
-/// are made when there is a mode for them.
+/// Opens the folder `relative` below `root` without following links below `root`. Missing folders
+/// are created with `newMode`, if there is one.
 OpenFile openFolderBelow(const std::string& root, std::string_view relative,
                          std::optional<mode_t> newMode = std::nullopt) {
   constexpr int kFolder = O_PATH | O_DIRECTORY;
@@ -128,6 +123,22 @@ OpenFile openFolderBelow(const std::string& root, std::string_view relative,
     folder = OpenFile(folder.descriptor(), name, kFolder | O_NOFOLLOW);
   }
   return folder;
+}
+
+bool isAbsolute(const char* path) { return path != nullptr && path[0] == '/'; }
+
+std::string homeOfUserDatabase() {
+  constexpr std::size_t kFirstSize = 1024;
+  constexpr std::size_t kLargestSize = kFirstSize * 1024;
+  for (std::size_t size = kFirstSize; size <= kLargestSize; size *= 2) {
+    std::vector<char> texts(size);
+    struct passwd entry {};
+    struct passwd* found = nullptr;
+    const int error = ::getpwuid_r(::getuid(), &entry, texts.data(), texts.size(), &found);
+    if (error == ERANGE || error == EINTR) continue;
+    return found != nullptr && isAbsolute(found->pw_dir) ? found->pw_dir : "";
+  }
+  return {};
 }
 
 }  // namespace
@@ -200,6 +211,27 @@ bool LinuxFiles::writeBelow(const std::string& root, const std::string& relative
 bool LinuxFiles::remove(const std::string& path) {
   std::error_code error;
   return canNameAFile(path) && std::filesystem::remove(path, error);
+}
+
+std::optional<std::string> regularFile(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
+  return LinuxFiles().read(path);
+}
+
+std::string homeFolder() {
+  const char* const home = std::getenv("HOME");
+  return isAbsolute(home) ? home : homeOfUserDatabase();
+}
+
+std::optional<std::string> LinuxSupportFolder::path(std::int16_t domain) {
+  if (domain != kUserDomain) return std::nullopt;
+  const char* const dataFolder = std::getenv("XDG_DATA_HOME");
+  if (dataFolder != nullptr && dataFolder[0] == '/') return dataFolder;
+  std::string home = homeFolder();
+  if (home.empty()) return std::nullopt;
+  if (home.back() != '/') home += '/';
+  return home += ".local/share";
 }
 
 }  // namespace zt

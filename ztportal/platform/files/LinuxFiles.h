@@ -1,12 +1,15 @@
 #pragma once
 
+#include <optional>
+#include <string>
+
 #include "ztportal/platform/files/Files.h"
+#include "ztportal/platform/files/SupportFolder.h"
 
 namespace zt {
 
-/// The file system through the standard library and POSIX. Without state: one object serves all
-/// threads. Links are followed unless an operation says otherwise; a path with a NUL byte in it
-/// names nothing.
+/// The file system. Links are followed unless an operation says otherwise; a path with a NUL byte
+/// names no file. Without state: one object serves all threads.
 class LinuxFiles final : public Files {
  public:
   bool exists(const std::string& path) override;
@@ -17,13 +20,25 @@ class LinuxFiles final : public Files {
   bool createFoldersBelow(const std::string& root, const std::string& relative) override;
   std::optional<std::vector<std::string>> list(const std::string& folder) override;
   std::optional<std::string> read(const std::string& path) override;
-  /// A new file gets mode 0600, an existing one keeps its mode. A device or FIFO is written to
-  /// and never removed.
+  /// A new file gets mode 0600, an existing one keeps its mode. A device or FIFO is written to but
+  /// never removed.
   bool write(const std::string& path, std::string_view content) override;
   bool writeBelow(const std::string& root, const std::string& relative,
                   std::string_view content) override;
-  /// Removes a file, a link or an empty folder; false when there is none.
+  /// Removes a file, a link or an empty folder.
   bool remove(const std::string& path) override;
+};
+
+/// The content of `path`; nothing if it cannot be read or is no regular file (reading a device may
+/// never end).
+std::optional<std::string> regularFile(const std::string& path);
+
+/// The user's data folder (XDG base directories): `$XDG_DATA_HOME`, or `.local/share` in the user's
+/// home, which is `$HOME` or else the one of the user database. A variable that holds no absolute
+/// path counts as unset. Reads the environment at each call.
+class LinuxSupportFolder final : public SupportFolder {
+ public:
+  std::optional<std::string> path(std::int16_t domain) override;
 };
 
 }  // namespace zt

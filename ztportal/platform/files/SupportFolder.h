@@ -6,17 +6,21 @@
 
 namespace zt {
 
-/// Codes of the folder domains. Only the user's has an answer on Linux.
+/// Code of the user's folder domain, the only one that Linux has a folder for.
 inline constexpr std::int16_t kUserDomain = -32763;
 
-/// Where applications keep data that they make themselves.
+/// The folder for the data of applications.
 class SupportFolder {
  public:
   virtual ~SupportFolder() = default;
 
-  /// Absolute path of the domain's application-support folder, whether it exists or not; nothing
-  /// for a domain that the system has no such folder for.
+  /// Absolute path of the domain's application-support folder, which may not exist; nothing for a
+  /// domain without such a folder.
   virtual std::optional<std::string> path(std::int16_t domain) = 0;
 };
+
+/// The user's home folder: `$HOME`, or else that of the user database; empty if neither is an
+/// absolute path.
+std::string homeFolder();
 
 }  // namespace zt

@@ -11,8 +11,8 @@
 
 namespace zt::test {
 
-/// Answers by a function of the test, and remembers what was asked. Without a function no server
-/// answers.
+/// Answers by a function of the test and records the requests. Without a function every request
+/// fails.
 class FakeHttpTransport final : public HttpTransport {
  public:
   struct Asked {

@@ -5,7 +5,7 @@
 
 namespace zt {
 
-/// Selector of four characters, the first one in the highest byte.
+/// The selector for a code of four characters, the first one in the highest byte.
 constexpr std::uint32_t gestaltSelector(const char (&code)[5]) {
   std::uint32_t selector = 0;
   for (int i = 0; i < 4; ++i) selector = selector << 8U | static_cast<unsigned char>(code[i]);
@@ -17,12 +17,12 @@ inline constexpr std::uint32_t kGestaltSystemVersionMajor = gestaltSelector("sys
 inline constexpr std::uint32_t kGestaltSystemVersionMinor = gestaltSelector("sys2");
 inline constexpr std::uint32_t kGestaltSystemVersionBugFix = gestaltSelector("sys3");
 
-/// Numbers about the operating system, by selector.
+/// Numbers that describe the operating system, by selector.
 class Gestalt {
  public:
   virtual ~Gestalt() = default;
 
-  /// The number behind `selector`; nothing when the system cannot tell.
+  /// The number for `selector`; nothing if it is unknown.
   virtual std::optional<std::int32_t> ask(std::uint32_t selector) = 0;
 };
 

@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 
 namespace zt {
@@ -15,12 +16,12 @@ namespace zt {
 namespace {
 
 struct Version {
-  std::array<std::int32_t, 3> numbers{};  // those that the text does not have are 0
+  std::array<std::int32_t, 3> numbers{};  // 0 where the text has none
   std::size_t count = 0;
 };
 
-/// The first three numbers with dots between that `text` begins with; nothing when there is none
-/// or one is too large.
+/// Up to three numbers, separated by dots, at the start of `text`; nothing if there is none or one
+/// is too large.
 std::optional<Version> leadingVersion(std::string_view text) {
   Version version;
   const char* const end = text.data() + text.size();
@@ -45,7 +46,7 @@ bool refines(const Version& finer, const Version& version) {
 
 bool isBlank(char character) { return character == ' ' || character == '\t' || character == '\r'; }
 
-/// What a shell makes of the right-hand side of an assignment; nothing for an open quote.
+/// The right-hand side of an assignment as a shell reads it; nothing for an open quote.
 std::optional<std::string> unquoted(std::string_view text) {
   constexpr std::string_view kEscapedInQuotes = "\\\"$`";
   std::string value;
@@ -78,8 +79,7 @@ struct Release {
 Release parseRelease(std::string_view text) {
   Release release;
   while (!text.empty()) {
-    std::string_view line = text.substr(0, text.find('\n'));
-    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    std::string_view line = takeLine(text);
     while (!line.empty() && isBlank(line.front())) line.remove_prefix(1);
     const std::size_t equals = line.find('=');
     if (line.starts_with('#') || equals == std::string_view::npos) continue;
@@ -114,7 +114,7 @@ class ReleaseFiles {
  private:
   std::optional<std::string> read(const char* path) { return _files.read(_root + path); }
 
-  /// Distributions derived from Debian have the file, too, with Debian's number in it.
+  /// Distributions derived from Debian have the file, too, with Debian's number.
   std::optional<Version> debianVersion(const Release& release) {
     if (release.id != "debian") return std::nullopt;
     const std::optional<std::string> text = read("/etc/debian_version");

@@ -1,18 +1,25 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
+
 #include "ztportal/platform/identity/MachineIdentity.h"
 
 namespace zt {
 
-/// An ID derived from the machine's own (machine-id(5)), which itself never leaves the machine:
-/// systemd hashes it with this library's application ID, so no other application's derived ID
-/// is the same and none leads back. Missing on a machine without an initialized ID.
+/// An ID derived from the machine's own (machine-id(5)), which must stay private: systemd hashes it
+/// with this library's application ID, so that it matches no other application's ID and cannot be
+/// traced back. Missing on a machine without an initialized ID.
 class LinuxMachineIdentity final : public MachineIdentity {
  public:
-  /// Made up once, at random. A change makes every machine a new one for the receivers.
+  /// Chosen at random. A change makes every machine a new one for the receivers.
   static constexpr const char* kApplicationId = "9ec2c3fe78ec432995cd460970e9a439";
 
   ZtString platformUUID() override;
 };
+
+/// A UUID (RFC 4122) in upper case, with the bytes in the order of the text:
+/// "0F1D6A52-93E5-4E0B-8D57-5A2C7D3B9E11".
+ZtString uuidText(std::span<const std::uint8_t, 16> bytes);
 
 }  // namespace zt

@@ -1,15 +1,19 @@
 #include "ztportal/platform/locale/IcuUserLocale.h"
 
 #include <unicode/locid.h>
+#include <unicode/stringpiece.h>
 #include <unicode/unistr.h>
 
+#include <optional>
 #include <string>
 
-#include "ztportal/platform/locale/IcuLocale.h"
-#include "ztportal/platform/locale/LanguageTag.h"
+#include "ztportal/platform/locale/Languages.h"
 #include "ztportal/platform/locale/PosixLocale.h"
+#include "ztportal/platform/plist/Bundle.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace zt {
+
 namespace {
 
 icu::Locale userLocale() { return {icuLocaleName(userLocaleName("LC_TIME")).c_str()}; }
@@ -49,6 +53,21 @@ bool IcuUserLocale::isIsoLanguageCode(const ZtString& identifier) {
     if (identifier == *code) return true;
   }
   return false;
+}
+
+std::vector<ZtString> BundleLocalizations::preferredLocalizations() {
+  const std::optional<Bundle> bundle = Bundle::above(executablePath());
+  if (!bundle) return {};
+  return matchLocalizations(bundle->localizations(), preferredLanguages(),
+                            bundle->info("CFBundleDevelopmentRegion"));
+}
+
+std::string lowerCase(std::string_view text) {
+  icu::UnicodeString unicode = icu::UnicodeString::fromUTF8(
+      icu::StringPiece(text.data(), static_cast<int32_t>(text.size())));
+  std::string lower;
+  unicode.toLower(icu::Locale::getRoot()).toUTF8String(lower);
+  return lower;
 }
 
 }  // namespace zt

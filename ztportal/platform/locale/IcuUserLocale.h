@@ -1,12 +1,14 @@
 #pragma once
 
+#include <vector>
+
 #include "ztportal/platform/locale/UserLocale.h"
 
 namespace zt {
 
 /// The locale that the environment names (the first of `LC_ALL`, `LC_TIME` and `LANG` that is set
 /// and not empty) and the languages and countries of the Unicode data. "C" and "POSIX" have neither
-/// language nor country; they name countries in English.
+/// language nor country; the names of countries are then English.
 class IcuUserLocale final : public UserLocale {
  public:
   ZtString languageCode() override;
@@ -15,6 +17,13 @@ class IcuUserLocale final : public UserLocale {
 
   ZtString canonicalLanguageIdentifier(const ZtString& localization) override;
   bool isIsoLanguageCode(const ZtString& identifier) override;
+};
+
+/// The localizations of the bundle above the running executable, matched with the languages of the
+/// environment. Both are read at each call.
+class BundleLocalizations final : public Localizations {
+ public:
+  std::vector<ZtString> preferredLocalizations() override;
 };
 
 }  // namespace zt

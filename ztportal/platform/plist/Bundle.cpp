@@ -23,7 +23,7 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
-/// The content of `file`; nothing when it is no file, unreadable or too large to be meant.
+/// The content of `file`; nothing if it is no regular file, unreadable or implausibly large.
 std::optional<std::string> readInfo(const fs::path& file) {
   if (!isFile(file)) return std::nullopt;
   std::ifstream stream(file, std::ios::binary);

@@ -11,7 +11,7 @@
 namespace zt {
 
 /// An application as a folder: `Contents/Info.plist`, `Contents/Resources/`, and the executable
-/// anywhere below the folder.
+/// anywhere below.
 ///
 ///     if (auto bundle = Bundle::above("/opt/Setup.app/Contents/Linux/setup")) {
 ///       bundle->path();                       // "/opt/Setup.app"
@@ -19,15 +19,15 @@ namespace zt {
 ///     }
 class Bundle {
  public:
-  /// The bundle that `path` is the folder of; nothing unless its `Info.plist` can be read.
+  /// The bundle in the folder `path`; nothing unless its `Info.plist` can be read.
   static std::optional<Bundle> at(const std::string& path);
   /// The nearest bundle above the file `executable`.
   static std::optional<Bundle> above(const std::string& executable);
-  /// The path alone of the nearest bundle above `executable`, without reading its `Info.plist`.
+  /// The path of the nearest bundle above `executable`, without reading its `Info.plist`.
   static std::optional<std::string> pathAbove(const std::string& executable);
 
   const std::string& path() const { return _path; }
-  /// A string of `Info.plist`; missing when it is absent or of another kind.
+  /// A string of `Info.plist`; missing if it is absent or of another kind.
   ZtString info(const std::string& key) const;
   const PropertyListStrings& info() const { return _info; }
 

@@ -9,11 +9,11 @@
 
 namespace zt {
 
-/// Strings of a property list's top-level dictionary. A value of another kind is there, but
+/// The strings of a property list's top-level dictionary. The value of any other kind of entry is
 /// missing.
 using PropertyListStrings = std::map<std::string, ZtString>;
 
-/// Reads a property list, XML or binary. Nothing when `data` is neither or its top level is not a
+/// Reads a property list, XML or binary. Nothing if `data` is neither or its top level is not a
 /// dictionary.
 std::optional<PropertyListStrings> parsePropertyList(std::string_view data);
 

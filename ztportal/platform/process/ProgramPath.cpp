@@ -1,9 +1,12 @@
 #include "ztportal/platform/process/ProgramPath.h"
 
+#include <dlfcn.h>
+#include <link.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
+#include <climits>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -14,12 +17,70 @@ namespace zt {
 
 namespace {
 
+namespace fs = std::filesystem;
+
+/// The folder of a shared object that was loaded by a relative path, as it was at that time; empty
+/// if the loader does not know.
+std::string folderWhenLoaded(const char* name) {
+  void* const object = ::dlopen(name, RTLD_LAZY | RTLD_NOLOAD);
+  if (object == nullptr) return {};
+  std::array<char, PATH_MAX> folder{};
+  if (::dlinfo(object, RTLD_DI_ORIGIN, folder.data()) != 0) folder.front() = '\0';
+  ::dlclose(object);
+  return folder.data();
+}
+
+bool isFolder(const fs::path& path) {
+  std::error_code ignored;
+  return fs::is_directory(path, ignored);
+}
+
 bool isProgram(const std::string& path) {
   std::error_code ignored;
-  return std::filesystem::is_regular_file(path, ignored) && ::access(path.c_str(), X_OK) == 0;
+  return fs::is_regular_file(path, ignored) && ::access(path.c_str(), X_OK) == 0;
+}
+
+/// Absolute path of the file that this code was loaded from, a shared library or the program that
+/// it is linked into, even if the working directory has changed since; links are not resolved.
+std::string fileOfThisCode() {
+  static const char kHere = '\0';
+  Dl_info ignored{};
+  void* found = nullptr;
+  if (::dladdr1(&kHere, &ignored, &found, RTLD_DL_LINKMAP) == 0) return executablePath();
+  // The loader's name for the program itself is empty.
+  const char* const name = static_cast<const link_map*>(found)->l_name;
+  if (name == nullptr || *name == '\0') return executablePath();
+  const fs::path file = name;
+  if (file.is_absolute()) return name;
+  return fs::path(folderWhenLoaded(name)) / file.filename();
 }
 
 }  // namespace
+
+std::string executablePath() {
+  constexpr std::string_view kDeletedMark = " (deleted)";
+  std::error_code error;
+  std::string path = fs::read_symlink("/proc/self/exe", error).string();
+  if (error) return {};
+  // The kernel marks a deleted file; but a file may also have such a name.
+  if (path.ends_with(kDeletedMark) && !fs::exists(path, error)) {
+    path.resize(path.size() - kDeletedMark.size());
+  }
+  return path;
+}
+
+std::string libexecFolder() {
+  std::error_code error;
+  const fs::path file = fs::canonical(fileOfThisCode(), error);
+  if (!error) {
+    const fs::path above = file.parent_path().parent_path();
+    for (const fs::path& prefix : {above, above.parent_path()}) {
+      const fs::path folder = prefix / "libexec" / "ztportal";
+      if (isFolder(folder)) return folder.string();
+    }
+  }
+  return isFolder(ZT_LIBEXEC_FOLDER) ? ZT_LIBEXEC_FOLDER : "";
+}
 
 std::string standardPath() {
   std::array<char, 1024> text{};

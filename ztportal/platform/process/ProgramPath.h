@@ -4,11 +4,27 @@
 
 namespace zt {
 
-/// The folders that programs are looked for in when the environment has no `PATH` (confstr(3)).
+/// Absolute path of the executable of this process; empty if it is unknown.
+std::string executablePath();
+
+/// Absolute path of the folder with the programs that the library starts (`dscl`,
+/// `ztportal-applications`); empty if there is none.
+///
+/// It is relative to the file that this code was loaded from, a shared library or the program that
+/// it is linked into, so that an installation can be moved as a whole:
+///
+///     /usr/lib/libztportal.so.1                     /usr/libexec/ztportal
+///     /usr/lib/x86_64-linux-gnu/libztportal.so.1    /usr/libexec/ztportal
+///     /opt/setup/bin/setup                          /opt/setup/libexec/ztportal
+///
+/// or else the one in the installation prefix of the build.
+std::string libexecFolder();
+
+/// The value of `PATH` to use if the environment has none (confstr(3)).
 std::string standardPath();
 
-/// The file that is run for `name` as the first word of a command: itself when it has a slash, else
-/// the first such program in `PATH`; empty when there is none that may be run.
+/// The file that is run for `name` as the first word of a command: itself if it has a slash, else
+/// the first such program in `PATH`; empty if none may be run.
 std::string programPath(const std::string& name);
 
 }  // namespace zt

@@ -6,7 +6,7 @@
 namespace zt {
 namespace {
 
-/// "00" to "99", one behind the other.
+/// "00" to "99", concatenated.
 constexpr std::array<char, 200> kTwoDigits = [] {
   std::array<char, 200> digits{};
   for (std::size_t i = 0; i < 100; ++i) {

@@ -11,13 +11,12 @@ namespace zt {
 inline constexpr std::chrono::year kFirstCivilYear{1};
 inline constexpr std::chrono::year kLastCivilYear{9999};
 
-/// Writes moments on a clock that counts from 1970-01-01T00:00:00.000, by the Gregorian calendar,
-/// always in 23 characters: "2026-11-21T13:00:00.000". Keeps the text of the day, since the next
-/// moment is nearly always one of the same day.
+/// Writes milliseconds since 1970-01-01T00:00:00.000 by the Gregorian calendar, always in 23
+/// characters: "2026-11-21T13:00:00.000". Keeps the characters of the day, since the next timestamp
+/// is nearly always of the same day.
 class CivilTimeWriter {
  public:
-  /// Appends the moment `sinceEpoch`, whose year must be one of 1 to 9999. Grows `text`, allocates
-  /// nothing else.
+  /// `sinceEpoch` must be in the years 1 to 9999. Only growing `text` allocates memory.
   void append(std::string& text, std::chrono::milliseconds sinceEpoch);
 
  private:
@@ -26,7 +25,7 @@ class CivilTimeWriter {
                              '0', ':', '0', '0', ':', '0', '0', '.', '0', '0', '0'};
 };
 
-/// Appends one moment.
+/// Appends one timestamp.
 void appendCivilTime(std::string& text, std::chrono::milliseconds sinceEpoch);
 
 }  // namespace zt

@@ -13,15 +13,15 @@ namespace zt {
 ///
 ///     2026-11-21T13:00:00.000GMT+1
 ///
-/// A `TZ` that names no zone of the Unicode data, such as the POSIX form
-/// "CET-1CEST,M3.5.0,M10.5.0/3", gives the hour and the zone name of the C library.
+/// For a `TZ` that is not in the Unicode data, such as the POSIX form "CET-1CEST,M3.5.0,M10.5.0/3",
+/// the hour and the zone name are those of the C library.
 /// A missing date appends nothing.
 void appendTimestamp(std::string& text, ZtDate date);
 
 class TimestampWriter;
 
-/// Appends many time stamps of one text, as `appendTimestamp` does one, but looks at the
-/// environment only once. Used by one thread.
+/// Appends timestamps like `appendTimestamp`, but reads the environment only once. Used by one
+/// thread.
 class Timestamps {
  public:
   Timestamps();
@@ -31,7 +31,7 @@ class Timestamps {
   std::shared_ptr<TimestampWriter> _writer;
 };
 
-/// `date` in short date style and short time style of the user's locale and time zone, found as
+/// `date` in the short styles of date and time of the user's locale and time zone, determined as
 /// above; empty for a missing date.
 std::string shortDateAndTime(ZtDate date);
 

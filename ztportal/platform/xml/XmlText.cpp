@@ -1,7 +1,12 @@
 #include "ztportal/platform/xml/XmlText.h"
 
+#include <unicode/ucnv.h>
+#include <unicode/unistr.h>
+
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 
 namespace zt {
 
@@ -13,7 +18,7 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kNowhere = std::string_view::npos;
 
-/// What a file starts with, and what that tells. Longer beginnings stand before their prefixes.
+/// First bytes of a file and the encoding that they mean. Longer ones precede their prefixes.
 struct Beginning {
   std::string_view bytes;
   std::string_view encoding;
@@ -34,8 +39,8 @@ bool isEncodingName(std::string_view name) {
   return true;
 }
 
-/// The encoding's name within `declaration`, a part of it; empty when it names none. A malformed
-/// name is left to the parser to complain about.
+/// The encoding's name, a view into `declaration`; empty without one. The parser reports malformed
+/// names.
 std::string_view declaredEncoding(std::string_view declaration) {
   constexpr std::string_view kKey = "encoding";
   const std::size_t key = declaration.find(kKey);
@@ -118,6 +123,24 @@ XmlPlace xmlPlace(std::string_view text, std::size_t offset) {
     place.column -= name.size();
   }
   return place;
+}
+
+std::optional<std::string> utf8From(std::string_view bytes, const std::string& encoding) {
+  // For an empty name ICU uses the encoding of the process's locale.
+  if (encoding.empty()) return std::nullopt;
+  if (bytes.size() > std::numeric_limits<std::int32_t>::max()) return std::nullopt;
+
+  UErrorCode status = U_ZERO_ERROR;
+  const icu::LocalUConverterPointer converter(ucnv_open(encoding.c_str(), &status));
+  ucnv_setToUCallBack(converter.getAlias(), UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr,
+                      &status);
+  const icu::UnicodeString text(bytes.data(), static_cast<std::int32_t>(bytes.size()),
+                                converter.getAlias(), status);
+  if (U_FAILURE(status) || text.isBogus()) return std::nullopt;
+
+  std::string utf8;
+  text.toUTF8String(utf8);
+  return utf8;
 }
 
 }  // namespace zt

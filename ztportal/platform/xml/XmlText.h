@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,7 +11,7 @@ namespace zt {
 std::string_view xmlDeclaration(std::string_view text);
 
 /// Name of the encoding of a file's content by its byte order mark, its first bytes or its XML
-/// declaration (XML 1.0, appendix F); "UTF-8" when none of them tells.
+/// declaration (XML 1.0, appendix F); "UTF-8" by default.
 std::string xmlFileEncoding(std::string_view bytes);
 
 /// `text`, an XML document in UTF-8, as an XML processor sees it: without byte order mark, with
@@ -18,13 +19,19 @@ std::string xmlFileEncoding(std::string_view bytes);
 /// names, if it names one.
 std::string xmlTextInUtf8(std::string_view text);
 
-/// A place in a text; both from 1, the column in characters.
+/// A position in a text; both from 1, the column in characters.
 struct XmlPlace {
   std::size_t line;
   std::size_t column;
 };
 
-/// Where in `text` the byte stands that has the index `offset` in `xmlTextInUtf8(text)`.
+/// The position in `text` of the byte with the index `offset` in `xmlTextInUtf8(text)`.
 XmlPlace xmlPlace(std::string_view text, std::size_t offset);
+
+/// `bytes`, text in the character set `encoding` (a name or alias registered with IANA), as UTF-8.
+/// Nothing for an unknown character set or a byte that is invalid in it.
+///
+///     utf8From("gr\xFC\xDF", "ISO-8859-1")     // "grüß"
+std::optional<std::string> utf8From(std::string_view bytes, const std::string& encoding);
 
 }  // namespace zt

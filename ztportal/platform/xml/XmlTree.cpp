@@ -5,17 +5,137 @@
 #include <libxml/tree.h>
 #include <libxml/xmlsave.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
 #include <new>
+#include <optional>
 #include <string_view>
+#include <unordered_map>
 
 #include "ztportal/platform/Free.h"
-#include "ztportal/platform/xml/XmlEntities.h"
 
 namespace zt {
 
 namespace {
+
+const xmlNode* asNode(const void* node) { return static_cast<const xmlNode*>(node); }
+const xmlDoc* asTree(const void* tree) { return static_cast<const xmlDoc*>(tree); }
+
+/// What a document may come to with its entities replaced: kFactor times its length or
+/// kAlwaysAllowed bytes of text and nodes, whichever is more, and kDepth entities nested in each
+/// other.
+constexpr std::size_t kFactor = 10;
+constexpr std::size_t kAlwaysAllowed = 1'000'000;
+constexpr int kDepth = 40;
+
+std::size_t expansionLimit(std::size_t length) {
+  return std::max(kAlwaysAllowed, kFactor * length);
+}
+
+/// The entity declared in the document that the entity reference `node` refers to; null if it is
+/// not declared or external.
+const xmlNode* referencedEntity(const xmlNode& node) {
+  const auto* entity = reinterpret_cast<const xmlEntity*>(node.children);
+  const bool isInternal = entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY;
+  return isInternal ? reinterpret_cast<const xmlNode*>(entity) : nullptr;
+}
+
+bool isText(const xmlNode& node) {
+  return node.type == XML_TEXT_NODE || node.type == XML_CDATA_SECTION_NODE;
+}
+
+bool isEntered(const xmlNode& node, const xmlNode& top) {
+  if (node.type == XML_ELEMENT_NODE) return true;
+  return &node == &top && node.type != XML_ENTITY_REF_NODE && node.type != XML_DTD_NODE;
+}
+
+/// The node after `node` in document order, in the tree whose top is `top`; null after the last
+/// one. Trees may be too deep for a recursion.
+const xmlNode* following(const xmlNode* node, const xmlNode& top) {
+  if (isEntered(*node, top) && node->children != nullptr) return node->children;
+  for (; node != &top; node = node->parent) {
+    if (node->next != nullptr) return node->next;
+  }
+  return nullptr;
+}
+
+/// The size of a part of a document with its entities replaced.
+struct Extent {
+  std::size_t size = 0;  ///< one for each byte of text and each node
+  int depth = 0;         ///< of entities nested in each other
+};
+
+/// Measures how a tree would grow without expanding it.
+class Expansion {
+ public:
+  explicit Expansion(std::size_t limit) : _limit(limit) {}
+
+  /// The extent of `top` and all below it, which is nested in `outer` entities; nothing beyond the
+  /// limits.
+  std::optional<Extent> of(const xmlNode& top, int outer) {
+    Extent whole;
+    for (const xmlNode* node = &top; node != nullptr; node = following(node, top)) {
+      if (!add(whole, ofOne(*node, outer))) return std::nullopt;
+      if (node->type != XML_ELEMENT_NODE) continue;
+      for (const xmlAttr* attribute = node->properties; attribute != nullptr;
+           attribute = attribute->next) {
+        if (!add(whole, of(*asNode(attribute), outer))) return std::nullopt;
+      }
+    }
+    return whole;
+  }
+
+ private:
+  std::optional<Extent> ofOne(const xmlNode& node, int outer) {
+    if (isText(node)) return Extent{1 + static_cast<std::size_t>(xmlStrlen(node.content)), 0};
+    if (node.type != XML_ENTITY_REF_NODE) return Extent{1, 0};
+    const xmlNode* entity = referencedEntity(node);
+    return entity == nullptr ? Extent{1, 0} : ofEntity(*entity, outer);
+  }
+
+  std::optional<Extent> ofEntity(const xmlNode& entity, int outer) {
+    if (outer >= kDepth) return std::nullopt;
+    const auto known = _known.find(&entity);
+    if (known != _known.end()) return known->second;
+    std::optional<Extent> extent = of(entity, outer + 1);
+    if (!extent || ++extent->depth > kDepth) return std::nullopt;
+    _known.emplace(&entity, *extent);
+    return extent;
+  }
+
+  bool add(Extent& whole, const std::optional<Extent>& part) const {
+    if (!part || part->size > _limit - whole.size) return false;
+    whole.size += part->size;
+    whole.depth = std::max(whole.depth, part->depth);
+    return true;
+  }
+
+  std::size_t _limit;
+  std::unordered_map<const xmlNode*, Extent> _known;
+};
+
+bool expandsWithin(std::size_t limit, const xmlDoc& tree) {
+  if (tree.intSubset == nullptr || tree.intSubset->entities == nullptr) return true;
+  return Expansion(limit).of(*asNode(&tree), 0).has_value();
+}
+
+/// Appends the text of `top` and all below it, with entity references replaced. The tree has passed
+/// `expandsWithin`.
+void appendText(std::string& text, const xmlNode& top) {
+  if (top.type == XML_COMMENT_NODE || top.type == XML_PI_NODE) {
+    if (top.content != nullptr) text += reinterpret_cast<const char*>(top.content);
+    return;
+  }
+  for (const xmlNode* part = &top; part != nullptr; part = following(part, top)) {
+    if (isText(*part)) {
+      if (part->content != nullptr) text += reinterpret_cast<const char*>(part->content);
+    } else if (part->type == XML_ENTITY_REF_NODE) {
+      const xmlNode* entity = referencedEntity(*part);
+      if (entity != nullptr) appendText(text, *entity);
+    }
+  }
+}
 
 using Context = std::unique_ptr<xmlParserCtxt, Free<xmlFreeParserCtxt>>;
 using Tree = std::unique_ptr<xmlDoc, Free<xmlFreeDoc>>;
@@ -26,7 +146,7 @@ constexpr int kQuietAndAlone =
 constexpr int kContent = kQuietAndAlone | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 constexpr int kForm = kQuietAndAlone | XML_PARSE_HUGE;
 
-// Keeps what libxml2 tells this thread's other users of their last error.
+/// Restores the last error that libxml2 reports to other users of this thread.
 class LastErrorKept {
  public:
   LastErrorKept() {
@@ -43,21 +163,21 @@ class LastErrorKept {
   xmlError _error{};
 };
 
-// XML_PARSE_HUGE switches the guard against growing entities off, so it ends where a document type
-// declaration, the only place to declare entities, begins.
+// XML_PARSE_HUGE switches libxml2's guard against growing entities off, so it is cleared at the
+// document type declaration, the only place that declares entities.
 void beginDocumentType(void* context, const xmlChar* name, const xmlChar* publicId,
                        const xmlChar* systemId) {
   static_cast<xmlParserCtxt*>(context)->options &= ~XML_PARSE_HUGE;
   xmlSAX2InternalSubset(context, name, publicId, systemId);
 }
 
-/// What the parameter entities of one document may still come to.
+/// The size that the parameter entities of one document may still reach.
 struct ParameterEntities {
   std::size_t left;
   bool refused = false;
 };
 
-/// What the handlers of one parse share.
+/// Shared by the handlers of one parse.
 struct Parse {
   const xmlParserCtxt* parser;  // of the document; entities have parsers of their own
   ParameterEntities parameterEntities;
@@ -69,17 +189,17 @@ std::string firstLine(const char* message) {
   return std::string(text.substr(0, text.find('\n')));
 }
 
-// Stands before the handlers that a host may have set for its own use of libxml2. Only the first
-// error counts: what follows it is often its consequence.
+// Replaces the handlers that a host may have set for its own use of libxml2. Only the first error
+// counts: later ones often follow from it.
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
   if (error->level != XML_ERR_FATAL || parse->fault) return;
   parse->fault = XmlFault{firstLine(error->message), std::nullopt};
   if (parse->parser->inputNr < 1) return;
-  // The text itself, below the entities that may be read at the moment.
+  // The text itself, not an entity that the parser is reading.
   const xmlParserInput* input = parse->parser->inputTab[0];
   const xmlChar* at = input->cur;
-  // An end tag that ends another element has been read by now.
+  // The parser reports a wrong end tag after reading it.
   if (error->code == XML_ERR_TAG_NAME_MISMATCH && context == parse->parser) {
     do {
       --at;
@@ -88,9 +208,9 @@ void noteError(void* context, xmlErrorPtr error) {
   parse->fault->offset = input->consumed + static_cast<std::size_t>(at - input->base);
 }
 
-// Each reference to a parameter entity is parsed anew, and libxml2 never comes back from some that
-// stand in each other. Those are refused, like those that grow beyond the limit: to the parser
-// they are not declared.
+// Each reference to a parameter entity is parsed anew, and libxml2 does not return from some that
+// are nested in each other. Those are refused, like those that grow beyond the limit: for the
+// parser they are not declared.
 xmlEntityPtr parameterEntity(void* context, const xmlChar* name) {
   const auto* parser = static_cast<const xmlParserCtxt*>(context);
   ParameterEntities* entities = &static_cast<Parse*>(parser->_private)->parameterEntities;
@@ -105,22 +225,20 @@ xmlEntityPtr parameterEntity(void* context, const xmlChar* name) {
   return entity;
 }
 
-const xmlNode* asNode(const void* node) { return static_cast<const xmlNode*>(node); }
-const xmlDoc* asTree(const void* tree) { return static_cast<const xmlDoc*>(tree); }
-
 ZtString qualified(const xmlChar* name, const xmlNs* space) {
   const char* local = reinterpret_cast<const char*>(name);
   if (space == nullptr || space->prefix == nullptr) return local;
   return std::string(reinterpret_cast<const char*>(space->prefix)) + ':' + local;
 }
 
-// The siblings from `node` on; with `Content`, what entities stand for instead of the references.
+/// Lists `node` and its next siblings; for `Content` with the entities' nodes instead of the
+/// references.
 void listSiblings(std::vector<const void*>& list, const xmlNode* node, ZtXMLKeep keep) {
   for (; node != nullptr; node = node->next) {
     if (keep == ZtXMLKeep::Form || node->type != XML_ENTITY_REF_NODE) {
       list.push_back(node);
-    } else if (const void* entity = referencedEntity(node)) {
-      listSiblings(list, asNode(entity)->children, keep);
+    } else if (const xmlNode* entity = referencedEntity(*node)) {
+      listSiblings(list, entity->children, keep);
     }
   }
 }
@@ -150,11 +268,11 @@ void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault) {
     fault = parse.fault.value_or(XmlFault{"not well-formed", std::nullopt});
     return nullptr;
   }
-  if (parse.parameterEntities.refused || !expandsWithin(limit, tree.get())) {
+  if (parse.parameterEntities.refused || !expandsWithin(limit, *tree)) {
     fault = {"its entities grow beyond measure", std::nullopt};
     return nullptr;
   }
-  // Without it, characters beyond ASCII are written as references in attributes.
+  // Otherwise libxml2 writes characters beyond ASCII as references in attributes.
   if (tree->encoding == nullptr) tree->encoding = xmlCharStrdup("UTF-8");
   return tree.release();
 }
@@ -186,7 +304,7 @@ ZtString xmlNodeName(const void* node) {
 
 std::string xmlNodeText(const void* node) {
   std::string text;
-  appendNodeText(text, node);
+  appendText(text, *asNode(node));
   return text;
 }
 

@@ -10,12 +10,12 @@
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
 // The trees behind ZtXMLDocument, which are libxml2's. A `tree` is the address of a parsed
-// document, a `node` that of the document or of anything in it; both are good until the tree is
-// released.
+// document, a `node` that of the document or of anything in it; both are valid until the tree is
+// released. Entity references remain references in the tree; the functions below replace them.
 
 namespace zt {
 
-/// Why a text is refused, and the index of the byte where that shows, if it shows at one.
+/// Why a text is refused, and the index of the byte at fault, if it is a single one.
 struct XmlFault {
   std::string reason;
   std::optional<std::size_t> offset;
@@ -31,7 +31,7 @@ void releaseXmlTree(void* tree);
 std::string xmlTreeText(const void* tree);
 const void* xmlTreeRoot(const void* tree);
 
-// What ZtXMLNode's operations of the same names say.
+// As ZtXMLNode's operations of the same names.
 ZtString xmlNodeName(const void* node);
 std::string xmlNodeText(const void* node);
 std::vector<const void*> xmlNodeChildren(const void* node, ZtXMLKeep keep);

@@ -4,7 +4,6 @@
 
 #include "ztportal/base/Utf8.h"
 #include "ztportal/platform/Free.h"
-#include "ztportal/platform/xml/TextEncoding.h"
 #include "ztportal/platform/xml/XmlText.h"
 #include "ztportal/platform/xml/XmlTree.h"
 
@@ -15,8 +14,8 @@ using Tree = std::unique_ptr<void, zt::Free<zt::releaseXmlTree>>;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// Tells the caller who wants to know where in `text`, as it was given, the fault is.
-void tell(ZtXMLError* error, const XmlFault& fault, std::string_view text) {
+/// Sets `error`, unless it is null, for a fault in `text`.
+void report(ZtXMLError* error, const XmlFault& fault, std::string_view text) {
   if (error == nullptr) return;
   *error = {0, 0, fault.reason};
   if (!fault.offset) return;
@@ -48,23 +47,23 @@ std::vector<std::pair<ZtString, ZtString>> ZtXMLNode::attributes() const {
 
 std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXMLKeep keep,
                                                     ZtXMLError* error) {
-  // libxml2 takes a NUL after the root element for the end of the text.
+  // libxml2 would stop reading at a NUL byte after the root element.
   const std::size_t good = std::min(text.find('\0'), zt::utf8Length(text));
   if (good < text.size()) {
     const char* reason = text[good] == '\0' ? "a NUL byte" : "a byte that is not UTF-8";
-    tell(error, {reason, text.size()}, text.substr(0, good));
+    report(error, {reason, text.size()}, text.substr(0, good));
     return nullptr;
   }
   std::string source = zt::xmlTextInUtf8(text);
-  // libxml2 skips one, too; but behind the first it is a character that no document begins with.
+  // libxml2 skips one, too; but a second one is a character that no document starts with.
   if (source.starts_with(kByteOrderMark)) {
-    tell(error, {"a second byte order mark", 0}, text);
+    report(error, {"a second byte order mark", 0}, text);
     return nullptr;
   }
   XmlFault fault;
   Tree tree(zt::parseXmlTree(source, keep, fault));
   if (!tree) {
-    tell(error, fault, text);
+    report(error, fault, text);
     return nullptr;
   }
   if (keep == ZtXMLKeep::Content) source.resize(zt::xmlDeclaration(source).size());
@@ -77,7 +76,7 @@ std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parseFileContent(std::string_view 
   if (encoding == "UTF-8") return parse(bytes, keep, error);
   const std::optional<std::string> text = zt::utf8From(bytes, encoding);
   if (text) return parse(*text, keep, error);
-  tell(error, {"not in its encoding, " + encoding, std::nullopt}, bytes);
+  report(error, {"not in its encoding, " + encoding, std::nullopt}, bytes);
   return nullptr;
 }
 

@@ -13,8 +13,8 @@
 
 class ZtXMLDocument;
 
-/// A place in a parsed XML document: the document itself, an element, a text, a comment. A light
-/// handle that is copied freely and keeps its document alive.
+/// A node of a parsed XML document: the document itself, an element, a text, a comment. A cheap
+/// handle that keeps its document alive.
 ///
 ///     auto document = ZtXMLDocument::parse("<a><ns:b key='1'>two</ns:b></a>");
 ///     ZtXMLNode root = *document->rootElement();
@@ -25,15 +25,15 @@ class ZtXMLDocument;
 class ZT_EXPORT ZtXMLNode {
  public:
   /// The name as written, prefix included; the target of a processing instruction; missing for
-  /// all else (texts, comments, entity references, the document and its type declaration).
+  /// other nodes (texts, comments, entity references, the document and its type declaration).
   ZtString name() const;
-  /// The concatenated text of the node and all below it, what entity references stand for
-  /// included; for a comment or a processing instruction its content. Never missing.
+  /// The concatenated text of the node and all below it, with entity references replaced; for a
+  /// comment or a processing instruction its content. Never missing.
   ZtString text() const;
   /// The direct children in document order. Of a document: its top-level nodes.
   std::vector<ZtXMLNode> children() const;
-  /// Names, as written, and values of an element's attributes in document order, namespace
-  /// declarations and defaults of the document type declaration not among them.
+  /// Names, as written, and values of an element's attributes in document order, without namespace
+  /// declarations and the defaults of the document type declaration.
   std::vector<std::pair<ZtString, ZtString>> attributes() const;
 
  private:
@@ -46,36 +46,36 @@ class ZT_EXPORT ZtXMLNode {
 
 /// What a parse keeps of the text.
 enum class ZtXMLKeep {
-  /// The content: blank texts between elements are dropped, CDATA sections become text, and the
-  /// nodes that an entity stands for take the place of its references. Elements nested deeper than
-  /// 256 are refused; single texts above 10 MB may be.
+  /// The content: blank texts between elements are dropped, CDATA sections become text, and entity
+  /// references are replaced by the entity's nodes. Elements nested deeper than 256 are refused;
+  /// single texts above 10 MB may be.
   Content,
-  /// All of it, so that the document can be written back as it was. Without a document type
-  /// declaration any depth and any length is taken; with one the limits of `Content` hold.
+  /// All of it, so that the document can be written back unchanged. Without a document type
+  /// declaration depth and length are unlimited; with one the limits of `Content` apply.
   Form
 };
 
-/// Why a text is no XML document, and where that shows first.
+/// Why a text is no XML document, and where the first error is.
 struct ZtXMLError {
-  std::size_t line = 0;    ///< from 1; 0 where no one place is at fault
+  std::size_t line = 0;    ///< from 1; 0 if no single place is at fault
   std::size_t column = 0;  ///< in characters, from 1; 0 with line 0
   ZtString reason;         ///< one line in English; may quote the text
 };
 
 /// A parsed XML 1.0 document, immutable. Nothing is fetched for it: no external entity, no DTD.
-/// A text whose entities would grow beyond measure is refused like a malformed one. A prefix that
-/// no namespace is declared for is no error. Nothing is printed. A document and its nodes may be
-/// used by any threads at once.
+/// A text whose entities would expand excessively is refused like a malformed one. A prefix without
+/// a namespace declaration is no error. Nothing is printed. Any number of threads may use a
+/// document and its nodes at once.
 class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocument> {
  public:
-  /// Parses `text`, which is UTF-8 whatever its XML declaration says. Null when it is not
-  /// well-formed or longer than 2 GiB; then, unless it is null, `error` is set.
+  /// Parses `text`, which is UTF-8 whatever its XML declaration says. Null if it is not well-formed
+  /// or longer than 2 GiB; then `error`, unless it is null, is set.
   static std::shared_ptr<ZtXMLDocument> parse(std::string_view text,
                                               ZtXMLKeep keep = ZtXMLKeep::Content,
                                               ZtXMLError* error = nullptr);
-  /// Parses the content of a file, in the encoding of its byte order mark or else the one that it
-  /// declares (UTF-8 when it does not). Null also for an unknown encoding. The place of an error
-  /// is one in the file as an editor shows it.
+  /// Parses the content of a file in the encoding of its byte order mark or else of its declaration
+  /// (by default UTF-8). Null also for an unknown encoding. The position of an error is that in the
+  /// file as an editor shows it.
   static std::shared_ptr<ZtXMLDocument> parseFileContent(std::string_view bytes,
                                                          ZtXMLKeep keep = ZtXMLKeep::Content,
                                                          ZtXMLError* error = nullptr);
@@ -88,13 +88,13 @@ class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocumen
   ZtXMLNode documentNode() const;
   std::optional<ZtXMLNode> rootElement() const;
 
-  /// The document as XML text in UTF-8. An XML declaration stands in it only if there was one, and
-  /// the declaration names an encoding (then "UTF-8") only if it did.
+  /// The document as XML text in UTF-8. It has an XML declaration only if the parsed text had one,
+  /// and an encoding in the declaration (then "UTF-8") only if that had one.
   ///
-  /// Parsed with `ZtXMLKeep::Form` it is the parsed text again, byte for byte but for the encoding,
-  /// a byte order mark, which is dropped, and the line ends, which are line feeds as for every XML
-  /// processor. With `ZtXMLKeep::Content` it is the content written anew: attributes
-  /// in double quotes, `<a/>` for an empty element, no white space outside the root element.
+  /// With `ZtXMLKeep::Form` it is the parsed text, byte for byte except for the encoding, a byte
+  /// order mark, which is dropped, and the line ends, which are line feeds as for every XML
+  /// processor. With `ZtXMLKeep::Content` it is the content formatted anew: attributes in double
+  /// quotes, `<a/>` for an empty element, no white space outside the root element.
   std::string xmlText() const;
 
  private:

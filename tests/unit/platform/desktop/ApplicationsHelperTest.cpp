@@ -6,7 +6,7 @@
 
 #include "tests/support/Subprocess.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 

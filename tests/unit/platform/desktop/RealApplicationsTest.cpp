@@ -9,21 +9,21 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
 
 namespace {
 
 using testing::ElementsAre;
 using testing::Pair;
-using zt::LinuxChildProcess;
 using zt::LinuxInstalledApplications;
+using zt::LinuxSubprocesses;
 using zt::test::ScopedEnvironment;
 using zt::test::TemporaryFolder;
 
 /// The version of an installed Debian package, without epoch and revision; missing when it is not
 /// installed.
 ZtString debianVersion(const std::string& package) {
-  const std::string output = LinuxChildProcess("").output(
+  const std::string output = LinuxSubprocesses("").output(
       "/bin/sh", {"-c", "dpkg-query -W -f '${source:Upstream-Version}' " + package});
   const std::string version = output.substr(output.find(':') + 1);
   return version.empty() ? ZtString() : ZtString(version);

@@ -6,18 +6,19 @@
 
 #include <filesystem>
 #include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
-#include "ztportal/platform/process/LibexecFolder.h"
-#include "ztportal/platform/process/LinuxChildProcess.h"
+#include "ztportal/platform/process/LinuxSubprocesses.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
 
-using zt::LinuxChildProcess;
+using zt::LinuxSubprocesses;
 using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::ProgramResult;
@@ -127,7 +128,7 @@ TEST(DsclTest, OfSeveralUsersWithOneHomeTheOneThatAsksWinsElseTheFirst) {
 /// What the library's question gives for a home folder, as its shell gets it.
 std::string printedGroup(const std::string& home) {
   const std::string command = "dscl . -read " + home + " PrimaryGroupID | awk '{ print $2 }'";
-  return LinuxChildProcess().output("/bin/bash", {"-c", command});
+  return LinuxSubprocesses().output("/bin/bash", {"-c", command});
 }
 
 TEST(DsclTest, AnswersTheLibrarysQuestion) {
@@ -159,7 +160,7 @@ TEST(DsclTest, TheSystemsOwnProgramGoesFirst) {
 
 TEST(DsclTest, WithoutTheLibrarysProgramsThereIsNoAnswer) {
   const ScopedEnvironment path("PATH", "/usr/bin:/bin");
-  EXPECT_EQ(LinuxChildProcess("").output("/bin/bash", {"-c", "dscl . -read /root PrimaryGroupID"}),
+  EXPECT_EQ(LinuxSubprocesses("").output("/bin/bash", {"-c", "dscl . -read /root PrimaryGroupID"}),
             "");
 }
 

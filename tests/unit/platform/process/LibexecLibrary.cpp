@@ -1,6 +1,6 @@
 #include <string>
 
-#include "ztportal/platform/process/LibexecFolder.h"
+#include "ztportal/platform/process/ProgramPath.h"
 
 /// The folder with the library's programs, as seen from the shared library that this is part of.
 extern "C" __attribute__((visibility("default"))) const char* zt_libexec_folder();

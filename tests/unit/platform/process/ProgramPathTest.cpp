@@ -1,11 +1,21 @@
+#include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
+#include <memory>
+#include <optional>
 #include <string>
 
+#include "TestPaths.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
+#include "tests/support/TemporaryFolder.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
+#include "ztportal/platform/Free.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
@@ -14,6 +24,159 @@ using zt::programPath;
 using zt::test::inForkedProcess;
 using zt::test::MadeUpDesktop;
 using zt::test::ScopedEnvironment;
+using zt::test::Subprocess;
+using zt::test::TemporaryFolder;
+
+constexpr const char* kTellPath = "ZT_TEST_TELL_EXECUTABLE_PATH";
+
+/// A copy of this program that is started with the variable set says where it is and does nothing
+/// else; with "deleted" it deletes its own file before.
+const bool kIsTellingPath = [] {
+  const char* how = std::getenv(kTellPath);
+  if (how == nullptr) return false;
+  if (std::string(how) == "deleted") std::filesystem::remove(zt::executablePath());
+  std::puts(zt::executablePath().c_str());
+  std::exit(0);
+}();
+
+/// What a copy of this program at `path` says.
+std::optional<std::string> toldBy(const std::string& path, const char* how) {
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+  std::filesystem::copy_file("/proc/self/exe", path);
+  const ScopedEnvironment environment(kTellPath, how);
+  Subprocess copy({path});
+  std::optional<std::string> told = copy.readLine(std::chrono::seconds(60));
+  EXPECT_EQ(copy.wait(), 0);
+  return told;
+}
+
+class ExecutableTest : public testing::Test {
+ protected:
+  ExecutableTest() : _root(std::filesystem::canonical(_folder.path()).string()) {}
+
+  TemporaryFolder _folder;
+  std::string _root;
+};
+
+TEST_F(ExecutableTest, IsThisProgram) {
+  const std::string path = zt::executablePath();
+  EXPECT_TRUE(path.starts_with('/')) << path;
+  EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe")) << path;
+}
+
+TEST_F(ExecutableTest, MayBeLong) {
+  std::string path = _root;
+  for (int i = 0; i < 15; ++i) path += "/" + std::string(200, static_cast<char>('a' + i));
+  EXPECT_EQ(toldBy(path + "/program", ""), path + "/program");
+}
+
+TEST_F(ExecutableTest, MayHaveAnyName) {
+  const std::string path = _root + "/\xc3\xa4 \xff (1)/program (x)";
+  EXPECT_EQ(toldBy(path, ""), path);
+}
+
+TEST_F(ExecutableTest, KeepsItsPathWhenItIsDeleted) {
+  EXPECT_EQ(toldBy(_root + "/program", "deleted"), _root + "/program");
+  EXPECT_FALSE(std::filesystem::exists(_root + "/program"));
+}
+
+TEST_F(ExecutableTest, MayBeNamedLikeADeletedFile) {
+  const std::string path = _root + "/program (deleted)";
+  EXPECT_EQ(toldBy(path, ""), path);
+  std::filesystem::remove(path);
+  EXPECT_EQ(toldBy(path, "deleted"), path);
+}
+
+constexpr const char* kTellFolder = "ZT_TEST_TELL_LIBEXEC_FOLDER";
+
+/// A copy of this program that is started with the variable set says where it finds the folder.
+const bool kIsTelling = [] {
+  if (std::getenv(kTellFolder) == nullptr) return false;
+  std::puts(zt::libexecFolder().c_str());
+  std::fflush(stdout);
+  ::_exit(0);
+}();
+
+class LibexecFolderTest : public testing::Test {
+ protected:
+  LibexecFolderTest() : _root(std::filesystem::canonical(_folder.path()).string()) {}
+
+  std::string makeFolder(const std::string& name) {
+    std::filesystem::create_directories(_root + "/" + name);
+    return _root + "/" + name;
+  }
+
+  /// A copy of `file` at `name`.
+  std::string copy(const std::string& file, const std::string& name) {
+    std::string path = _root + "/" + name;
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::filesystem::copy_file(file, path);
+    return path;
+  }
+
+  /// What a copy of this program, which the library is linked into, finds.
+  std::optional<std::string> foundByProgram(const std::string& name) {
+    const ScopedEnvironment tell(kTellFolder, "");
+    Subprocess program({copy("/proc/self/exe", name)});
+    return program.readLine(std::chrono::seconds(60));
+  }
+
+  /// What a copy of a shared library with the code in it finds.
+  std::string foundByLibrary(const std::string& name) {
+    const std::string path = copy(zt::test::paths::kLibexecLibrary, name);
+    const std::unique_ptr<void, zt::Free<::dlclose>> library(::dlopen(path.c_str(), RTLD_NOW));
+    if (!library) return ::dlerror();
+    using Function = const char*();
+    auto* const function = reinterpret_cast<Function*>(::dlsym(library.get(), "zt_libexec_folder"));
+    return function != nullptr ? function() : "no such function";
+  }
+
+  TemporaryFolder _folder;
+  std::string _root;
+};
+
+TEST_F(LibexecFolderTest, HoldsTheProgramsOfThisBuild) {
+  EXPECT_EQ(::access((zt::libexecFolder() + "/dscl").c_str(), X_OK), 0) << zt::libexecFolder();
+}
+
+TEST_F(LibexecFolderTest, StandsBesideTheFolderOfTheProgram) {
+  const std::string libexec = makeFolder("libexec/ztportal");
+  EXPECT_EQ(foundByProgram("bin/program"), libexec);
+}
+
+TEST_F(LibexecFolderTest, StandsBesideTheFolderOfTheLibrary) {
+  const std::string libexec = makeFolder("prefix/libexec/ztportal");
+  EXPECT_EQ(foundByLibrary("prefix/lib/libsome.so"), libexec);
+  EXPECT_EQ(foundByLibrary("prefix/lib64/libsome.so"), libexec);
+  EXPECT_EQ(foundByLibrary("prefix/lib/x86_64-linux-gnu/libsome.so"), libexec);
+}
+
+TEST_F(LibexecFolderTest, TheNearestCounts) {
+  const std::string near = makeFolder("a/b/libexec/ztportal");
+  makeFolder("a/libexec/ztportal");
+  EXPECT_EQ(foundByLibrary("a/b/lib/libsome.so"), near);
+}
+
+TEST_F(LibexecFolderTest, LinksToTheLibraryAreFollowed) {
+  const std::string libexec = makeFolder("real/libexec/ztportal");
+  copy(zt::test::paths::kLibexecLibrary, "real/lib/libsome.so.1");
+  makeFolder("elsewhere");
+  std::filesystem::create_symlink(_root + "/real/lib/libsome.so.1",
+                                  _root + "/elsewhere/libsome.so");
+  const std::unique_ptr<void, zt::Free<::dlclose>> library(
+      ::dlopen((_root + "/elsewhere/libsome.so").c_str(), RTLD_NOW));
+  ASSERT_NE(library, nullptr);
+  using Function = const char*();
+  EXPECT_EQ(reinterpret_cast<Function*>(::dlsym(library.get(), "zt_libexec_folder"))(), libexec);
+}
+
+TEST_F(LibexecFolderTest, LastIsWhereTheBuildWasToBeInstalled) {
+  const std::string configured = zt::test::paths::kLibexecFolder;
+  const std::string expected = std::filesystem::is_directory(configured) ? configured : "";
+  EXPECT_EQ(foundByProgram("bin/program"), expected);
+  _folder.write("libexec/ztportal", "a file");
+  EXPECT_EQ(foundByLibrary("lib/libsome.so"), expected);
+}
 
 class ProgramPathTest : public testing::Test {
  protected:

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "ztportal/platform/broadcast/Broadcast.h"
+
+namespace zt::test {
+
+class FakeBroadcast final : public Broadcast {
+ public:
+  struct Message {
+    ZtString name;
+    ZtString object;
+    std::map<std::string, ZtString> userInfo;
+  };
+
+  void post(const ZtString& name, const ZtString& object,
+            const std::map<std::string, ZtString>& userInfo) override {
+    posted.push_back({name, object, userInfo});
+    if (onPost) onPost();
+  }
+
+  std::vector<Message> posted;
+  std::function<void()> onPost;  // may throw
+};
+
+}  // namespace zt::test

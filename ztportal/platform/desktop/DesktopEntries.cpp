@@ -1,0 +1,159 @@
+#include "ztportal/platform/desktop/DesktopEntries.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <filesystem>
+#include <optional>
+#include <system_error>
+
+#include "ztportal/base/Text.h"
+#include "ztportal/platform/files/LinuxFiles.h"
+
+namespace zt {
+
+namespace {
+
+constexpr std::string_view kEnding = ".desktop";
+
+struct DesktopId {
+  std::string_view bundleIdentifier;
+  std::string_view desktopId;
+};
+
+/// In order of precedence. Beta and nightly channels are other applications.
+constexpr DesktopId kDesktopIds[] = {
+    {"org.mozilla.firefox", "firefox.desktop"},              // most distributions, the vendor
+    {"org.mozilla.firefox", "firefox-esr.desktop"},          // Debian, openSUSE
+    {"org.mozilla.firefox", "org.mozilla.firefox.desktop"},  // Flatpak, Fedora
+    {"org.mozilla.firefox", "firefox_firefox.desktop"},      // Snap
+    {"org.mozilla.firefox", "mozilla-firefox.desktop"},      // older Fedora
+
+    {"org.mozilla.thunderbird", "thunderbird.desktop"},                  // most distributions
+    {"org.mozilla.thunderbird", "thunderbird-esr.desktop"},              // openSUSE
+    {"org.mozilla.thunderbird", "net.thunderbird.Thunderbird.desktop"},  // Fedora
+    {"org.mozilla.thunderbird", "org.mozilla.thunderbird.desktop"},      // Flatpak, Fedora 40
+    {"org.mozilla.thunderbird", "org.mozilla.thunderbird_esr.desktop"},  // Flatpak
+    {"org.mozilla.thunderbird", "org.mozilla.Thunderbird.desktop"},      // Flatpak until 2026
+    {"org.mozilla.thunderbird", "thunderbird_thunderbird.desktop"},      // Snap
+    {"org.mozilla.thunderbird", "mozilla-thunderbird.desktop"},          // older Fedora
+
+    {"com.operasoftware.Opera", "opera.desktop"},            // the vendor
+    {"com.operasoftware.Opera", "opera-stable.desktop"},     // by the name of the package
+    {"com.operasoftware.Opera", "com.opera.Opera.desktop"},  // Flatpak
+    {"com.operasoftware.Opera", "opera_opera.desktop"},      // Snap
+
+    {"com.google.Chrome", "google-chrome.desktop"},         // the vendor
+    {"com.google.Chrome", "google-chrome-stable.desktop"},  // by the name of the package
+    {"com.google.Chrome", "com.google.Chrome.desktop"},     // Flatpak, the vendor's newer packages
+};
+
+bool isTaken(std::string_view desktopId) {
+  for (const DesktopId& each : kDesktopIds) {
+    if (each.desktopId == desktopId) return true;
+  }
+  return false;
+}
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kApplications = "/applications/";
+
+std::string joined(std::string_view start, std::string_view end) {
+  std::string path;
+  appendText(path, start, end);
+  return path;
+}
+
+/// Adds an absolute path. Relative ones in the variables are invalid by definition.
+void addFolder(std::vector<std::string>& folders, std::string_view folder) {
+  folder = withoutTrailingSlashes(folder);
+  if (!folder.starts_with('/')) return;
+  if (std::find(folders.begin(), folders.end(), folder) != folders.end()) return;
+  folders.emplace_back(folder);
+}
+
+/// The file of the ID `rest` in `folder`, which ends in a slash.
+std::optional<std::string> entryIn(const std::string& folder, std::string_view rest) {
+  std::error_code ignored;
+  std::string file = joined(folder, rest);
+  if (fs::is_regular_file(file, ignored)) return file;
+  for (std::size_t dash = rest.find('-'); dash != std::string_view::npos;
+       dash = rest.find('-', dash + 1)) {
+    std::string below = folder;
+    below.append(rest.substr(0, dash)).append("/");
+    if (dash == 0 || !fs::is_directory(below, ignored)) continue;
+    if (auto found = entryIn(below, rest.substr(dash + 1))) return found;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier) {
+  std::vector<std::string> ids;
+  for (const DesktopId& each : kDesktopIds) {
+    if (each.bundleIdentifier == bundleIdentifier) ids.emplace_back(each.desktopId);
+  }
+  if (!ids.empty() || bundleIdentifier.empty()) return ids;
+  std::string own(bundleIdentifier);
+  own += kEnding;
+  if (!isTaken(own)) ids.push_back(own);
+  return ids;
+}
+
+std::string bundleIdentifierOf(std::string_view desktopId) {
+  for (const DesktopId& each : kDesktopIds) {
+    if (each.desktopId == desktopId) return std::string(each.bundleIdentifier);
+  }
+  if (desktopId.ends_with(kEnding)) desktopId.remove_suffix(kEnding.size());
+  return std::string(desktopId);
+}
+
+std::vector<std::string> dataFolders(const std::string& root) {
+  std::vector<std::string> folders;
+  const std::optional<std::string> own = LinuxSupportFolder().path(kUserDomain);
+  if (own) addFolder(folders, *own);
+
+  const char* const variable = std::getenv("XDG_DATA_DIRS");
+  std::string_view rest = variable != nullptr ? variable : "";
+  if (rest.empty()) {
+    addFolder(folders, joined(root, "/usr/local/share"));
+    addFolder(folders, joined(root, "/usr/share"));
+  }
+  while (!rest.empty()) {
+    const std::size_t colon = std::min(rest.find(':'), rest.size());
+    addFolder(folders, rest.substr(0, colon));
+    rest.remove_prefix(std::min(colon + 1, rest.size()));
+  }
+
+  if (own) addFolder(folders, joined(*own, "/flatpak/exports/share"));
+  addFolder(folders, joined(root, "/var/lib/flatpak/exports/share"));
+  addFolder(folders, joined(root, "/var/lib/snapd/desktop"));
+  return folders;
+}
+
+std::vector<std::string> desktopEntryFiles(const std::vector<std::string>& dataFolders,
+                                           std::string_view desktopId) {
+  std::vector<std::string> files;
+  if (desktopId.find('/') != std::string_view::npos) return files;
+  for (const std::string& folder : dataFolders) {
+    if (auto file = entryIn(joined(folder, kApplications), desktopId)) {
+      files.push_back(*std::move(file));
+    }
+  }
+  return files;
+}
+
+std::string desktopIdOf(const std::vector<std::string>& dataFolders, const std::string& path) {
+  for (const std::string& folder : dataFolders) {
+    const std::string start = joined(folder, kApplications);
+    if (!path.starts_with(start)) continue;
+    std::string id = path.substr(start.size());
+    std::replace(id.begin(), id.end(), '/', '-');
+    return id;
+  }
+  return path.substr(path.rfind('/') + 1);
+}
+
+}  // namespace zt

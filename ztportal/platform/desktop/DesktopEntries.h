@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zt {
+
+/// The desktop IDs that an application with a bundle identifier may have, as a distribution
+/// package, from its vendor, as Flatpak and as Snap, in order of precedence. Any other identifier
+/// is that of the entry of its own name:
+///
+///     desktopIdsOf("org.mozilla.firefox")    "firefox.desktop", "firefox-esr.desktop", ...
+///     desktopIdsOf("chromium")               "chromium.desktop"
+///     desktopIdsOf("com.apple.Safari")       "com.apple.Safari.desktop", which nobody installs
+///
+/// A desktop ID (freedesktop.org, desktop entries) is the file's path below `applications` with
+/// dashes for slashes. Letter case matters.
+std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier);
+
+/// The reverse: each desktop ID belongs to one identifier.
+///
+///     bundleIdentifierOf("firefox-esr.desktop")    "org.mozilla.firefox"
+///     bundleIdentifierOf("chromium.desktop")       "chromium"
+std::string bundleIdentifierOf(std::string_view desktopId);
+
+/// The folders with the shared data of applications: `$XDG_DATA_HOME` and `$XDG_DATA_DIRS` or their
+/// defaults (XDG base directories), then those that Flatpak and Snap export to, which are missing
+/// in the environment of a session that started before their installation. `root` is the root
+/// folder of the system's files; it does not apply to the variables.
+std::vector<std::string> dataFolders(const std::string& root);
+
+/// The files of a desktop ID in `dataFolders`, in order of precedence. As a dash in the ID may mean
+/// a slash, "kde4-mail.desktop" is `applications/kde4-mail.desktop` or
+/// `applications/kde4/mail.desktop`.
+std::vector<std::string> desktopEntryFiles(const std::vector<std::string>& dataFolders,
+                                           std::string_view desktopId);
+
+/// The desktop ID of the file `path`; its name if it is not in `dataFolders`.
+std::string desktopIdOf(const std::vector<std::string>& dataFolders, const std::string& path);
+
+}  // namespace zt

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "ztportal/base/FileDescriptor.h"
+#include "ztportal/platform/process/ProgramPath.h"
+#include "ztportal/platform/process/Subprocesses.h"
+
+namespace zt {
+
+/// A program that `LinuxSubprocesses` started, with our ends of its pipes. The destructor closes
+/// both and waits for the program to end. Used by one thread.
+class RunningSubprocess {
+ public:
+  RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output);
+  RunningSubprocess(const RunningSubprocess&) = delete;
+  RunningSubprocess& operator=(const RunningSubprocess&) = delete;
+  ~RunningSubprocess();
+
+  /// All that it writes to its standard output until it closes that, without a time limit.
+  std::string readToEnd() const;
+
+ private:
+  pid_t _process;
+  FileDescriptor _input;
+  FileDescriptor _output;
+};
+
+/// Starts programs by posix_spawn(3). The subprocess has
+///
+/// - a pipe as its standard input, open and empty until its output has ended;
+/// - a pipe as its standard output;
+/// - `/dev/null` as its standard error: the library prints nothing;
+/// - no other open file;
+/// - no blocked signal, and SIGPIPE and SIGCHLD with their default actions, whatever the host does
+///   with them;
+/// - the host's environment with the library's folder of programs at the end of `PATH`, so that the
+///   system's programs take precedence. Without `PATH` it is the system's standard one (confstr(3))
+///   and that folder. A folder with a colon in its path cannot be added.
+///
+/// The subprocess is waited for after its output has ended; its exit status is ignored. A host may
+/// ignore SIGCHLD or wait for all subprocesses itself. Without state: one object serves all
+/// threads.
+class LinuxSubprocesses final : public Subprocesses {
+ public:
+  /// `libexec` is the folder at the end of `PATH`; empty for none.
+  explicit LinuxSubprocesses(std::string libexec = libexecFolder());
+
+  std::string output(const std::string& program,
+                     const std::vector<std::string>& arguments) override;
+
+  /// Starts the program in the same way and returns at once; never null.
+  std::unique_ptr<RunningSubprocess> start(const std::string& program,
+                                           const std::vector<std::string>& arguments) const;
+
+ private:
+  std::string _libexec;
+};
+
+}  // namespace zt
