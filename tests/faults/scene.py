@@ -103,6 +103,8 @@ class Scene:
         for number in range(3):
             self.run("save", seed=number)
         self._saved = self.stored()
+        if len(self._saved) != 3:
+            raise RuntimeError("reports cannot be saved even without faults")
 
     def close(self):
         self.inbox.kill()
