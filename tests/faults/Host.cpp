@@ -1,18 +1,62 @@
-#include "tests/faults/Host.h"
+// The host program of script/faults: one operation of the library in a process of its own.
+//
+//     zt_fault_host OPERATION CONFIGURATION-URL JOURNAL SEED [--stop]
+//
+// OPERATION is send, save, resave, resend or probe. With --stop the process stops itself before the
+// operation, so that strace can attach and count system calls from there.
 
-#include <stdlib.h>
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
+#include <csignal>
 #include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <exception>
+#include <memory>
+#include <random>
+#include <string>
+#include <string_view>
+#include <thread>
 
+#include "ztportal/portal/ZtPortalData.h"
 #include "ztportal/system/ZtHost.h"
-
-namespace zt::torture {
 
 namespace {
 
-constexpr const char* kApplicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
-constexpr const char* kNoBus = "unix:path=/nonexistent/bus";
+enum Outcome : std::int32_t { kBegun, kReady, kNotAccepted, kAccepted, kThrew, kNoDocument };
+
+/// A mapped file of this size through which the host reports what it does: this needs no system
+/// call that could be made to fail, and survives a kill.
+struct Journal {
+  std::int32_t outcome;
+  std::int32_t descriptors;  ///< how many more are open after the operation
+  std::int32_t children;     ///< 1: there are subprocesses left after the operation
+  std::int32_t size;         ///< of the text in bytes
+  std::array<char, (std::size_t{8} << 20U) - 16> text;  ///< the request text, or the exception's
+
+  void keep(std::string_view kept) {
+    size = static_cast<std::int32_t>(std::min(kept.size(), text.size()));
+    std::memcpy(text.data(), kept.data(), static_cast<std::size_t>(size));
+  }
+};
+
+class Random {
+ public:
+  explicit Random(std::uint64_t seed) : _numbers(seed) {}
+  /// 0 to `limit` - 1.
+  std::uint64_t below(std::uint64_t limit) { return _numbers() % limit; }
+
+ private:
+  std::mt19937_64 _numbers;
+};
 
 constexpr std::array<const char*, 8> kTexts{"",
                                             "x",
@@ -23,15 +67,7 @@ constexpr std::array<const char*, 8> kTexts{"",
                                             "\ttab",
                                             "line\nbreak"};
 
-void setOrUnset(const char* name, const std::string& value) {
-  if (value.empty()) {
-    ::unsetenv(name);
-  } else {
-    ::setenv(name, value.c_str(), 1);
-  }
-}
-
-/// Most are short; some do not fit into one segment, a few not into the sockets' buffers.
+/// Most are short; some exceed a network segment, a few the sockets' buffers.
 std::string anyText(Random& random) {
   const std::uint64_t kind = random.below(400);
   std::string text = kTexts[random.below(kTexts.size())];
@@ -40,72 +76,97 @@ std::string anyText(Random& random) {
   return text;
 }
 
-void addCustom(ZtPortalData& document, Random& random) {
-  const auto pool = document.addPool("CUSTOM", ZtDate::now());
-  for (std::uint64_t field = random.below(6); field > 0; --field) {
-    pool->addString("VALUE" + std::to_string(field), anyText(random));
-    pool->addInteger("NUMBER", static_cast<std::int32_t>(random.below(1'000'000)));
+/// Adds pools without arrays and markup, which the store cannot send again.
+void fill(ZtPortalData& document, Random& random) {
+  for (std::uint64_t pools = random.below(4) + 1; pools > 0; --pools) {
+    if (random.below(2) == 0) {
+      const auto pool = document.addPool("CUSTOM", ZtDate::now());
+      for (std::uint64_t field = random.below(6); field > 0; --field) {
+        pool->addString("VALUE" + std::to_string(field), anyText(random));
+        pool->addInteger("NUMBER", static_cast<std::int32_t>(random.below(1'000'000)));
+      }
+    } else {
+      const auto pool = document.addPoolExecution(ZtDate::now());
+      pool->setEndResultString(anyText(random));
+      for (std::uint64_t step = random.below(30); step > 0; --step) {
+        pool->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter)
+            ->setStepMessageString(anyText(random));
+      }
+    }
   }
 }
 
-void addExecution(ZtPortalData& document, Random& random) {
-  const auto pool = document.addPoolExecution(ZtDate::now());
-  pool->setStartPoint("setup");
-  pool->setEndResultString(anyText(random));
-  for (std::uint64_t step = random.below(30); step > 0; --step) {
-    pool->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter)->setStepMessageString(anyText(random));
+std::shared_ptr<ZtPortalData> makeDocument(const char* url) {
+  return ZtPortalData::initWithValues(url, false, "Kelvane",
+                                      "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}", "2.1.77");
+}
+
+/// True for an accepted report.
+bool act(std::string_view operation, ZtPortalData& document) {
+  if (operation == "send") return document.reportToServer();
+  if (operation == "resend") document.sendSavedReports();
+  if (operation == "save" || operation == "resave") document.saveReport();
+  return false;
+}
+
+void run(std::string_view operation, const char* url, Random random, bool stops, Journal& journal) {
+  std::shared_ptr<ZtPortalData> document;
+  if (operation == "resave") {
+    document = makeDocument(url);
+    fill(*document, random);
+    document->saveReport();
+    journal.keep(document->getSoapString());
+  }
+  ::prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY);
+  if (stops) ::raise(SIGSTOP);  // this thread stops at once, and the others with it
+  try {
+    if (!document) document = makeDocument(url);
+    if (!document) {
+      journal.outcome = kNoDocument;
+      return;
+    }
+    if (operation == "send" || operation == "save") fill(*document, random);
+    if (operation == "probe") document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
+    journal.keep(document->getSoapString());
+    journal.outcome = kReady;
+    journal.outcome = act(operation, *document) ? kAccepted : kNotAccepted;
+  } catch (const std::exception& error) {
+    journal.keep(error.what());
+    journal.outcome = kThrew;
   }
 }
 
-void addDiagnose(ZtPortalData& document, Random& random) {
-  document.addPoolDiagnose(ZtDate::now())->addString("FOUND", anyText(random));
+/// Counts with a system call that the C library does not use, so that none of the library's is
+/// mistaken for it.
+std::int32_t openDescriptors() {
+  constexpr int kMost = 64;
+  std::int32_t count = 0;
+  struct stat status {};
+  for (int descriptor = 0; descriptor < kMost; ++descriptor) {
+    if (::syscall(SYS_fstat, descriptor, &status) == 0) ++count;
+  }
+  return count;
 }
-
-void addConnectionManager(ZtPortalData& document, Random& random) {
-  document.addPoolConnectionManager(ZtDate::now())->addBOOL("ROAMS", ZtBOOL(random.below(2)));
-}
-
-using AddPool = void (*)(ZtPortalData&, Random&);
-constexpr std::array<AddPool, 4> kPools{addCustom, addExecution, addDiagnose, addConnectionManager};
 
 }  // namespace
 
-void becomeHost(const HostSettings& settings) {
-  ZtHost::setBundleInfo({{"CFBundleName", "Torture"}, {"CFBundleShortVersionString", "1.0"}});
-  for (const char* name : {"https_proxy", "all_proxy", "no_proxy", "HTTPS_PROXY", "ALL_PROXY",
-                           "NO_PROXY", "XDG_RUNTIME_DIR"}) {
-    ::unsetenv(name);
-  }
-  ::setenv("LANG", "de_DE.UTF-8", 1);  // without a language a probe ends early
-  setOrUnset("XDG_DATA_HOME", settings.dataFolder);
-  setOrUnset("http_proxy", settings.proxy);
-  setOrUnset("DBUS_SESSION_BUS_ADDRESS",
-             settings.sessionBus.empty() ? kNoBus : settings.sessionBus);
+int main(int argc, char** argv) {
+  if (argc < 5) return 2;
+  const int file = ::open(argv[3], O_RDWR | O_CLOEXEC);
+  void* const mapped =
+      ::mmap(nullptr, sizeof(Journal), PROT_READ | PROT_WRITE, MAP_SHARED, file, 0);
+  ::close(file);
+  if (mapped == MAP_FAILED) return 2;
+  auto& journal = *static_cast<Journal*>(mapped);
+  ZtHost::setBundleInfo({{"CFBundleName", "Faults"}, {"CFBundleShortVersionString", "1.0"}});
+
+  const std::int32_t before = openDescriptors();
+  // The library closes its connections with the thread that used them.
+  std::thread([&] {
+    run(argv[1], argv[2], Random(std::stoull(argv[4])), argc > 5, journal);
+  }).join();
+  journal.descriptors = openDescriptors() - before;
+  siginfo_t status{};
+  journal.children = ::waitid(P_ALL, 0, &status, WEXITED | WNOHANG | WNOWAIT) == 0 ? 1 : 0;
+  return 0;
 }
-
-std::string storeFolder(const std::string& dataFolder) {
-  return dataFolder + "/Kelvane/Torture/reports";
-}
-
-std::string textOf(const ZtString& text) { return std::string(text.view()); }
-
-std::string fileNameOf(const ZtPortalData& document) {
-  return textOf(document.reportId()) + ".ztr";
-}
-
-std::shared_ptr<ZtPortalData> makeDocument(const std::string& url) {
-  return ZtPortalData::initWithValues(url, false, "Kelvane", kApplicationId, "2.1.77");
-}
-
-void fill(ZtPortalData& document, Random& random) {
-  for (std::uint64_t pool = random.below(4) + 1; pool > 0; --pool) {
-    kPools[random.below(kPools.size())](document, random);
-  }
-}
-
-std::string resentText(std::string written) {
-  std::erase(written, '\r');
-  return written;
-}
-
-}  // namespace zt::torture

@@ -1,0 +1,438 @@
+"""Fault injection into a host of the library; docs/reliability.md says what it shows.
+
+script/faults builds what this needs and runs it.
+"""
+
+import argparse
+import collections
+import concurrent.futures
+import os
+import random
+import re
+import signal
+import subprocess
+import sys
+import threading
+import time
+
+from relay import Relay
+from scene import ACCEPTED, EXCHANGE_TIMEOUT, NO_DOCUMENT, NOT_ACCEPTED, THREW, Scene
+
+CONFIGURATION_URL = "http://config.kelvane.example/reporting/kelvane.xml"
+OPERATIONS = {  # name: (operation of the host, answer of the server, whether the store exists)
+    "send": ("send", "accept", True),
+    "send, refused": ("send", "refuse", True),
+    "send, refused, no store yet": ("send", "refuse", False),
+    "save": ("save", "accept", True),
+    "save, no store yet": ("save", "accept", False),
+    "save again": ("resave", "accept", True),
+    "resend": ("resend", "accept", True),
+    "probe": ("probe", "accept", True),
+}
+
+
+class Broken(Exception):
+    """A broken promise."""
+
+
+def check(condition, promise):
+    if not condition:
+        raise Broken(promise)
+
+
+def resent(text):
+    """What arrives when the file `text` is sent again: XML has one line end only."""
+    return text.replace(b"\r", b"")
+
+
+def judge_records(scene, known):
+    """The server has no other text than those that were written; the accepted ones by report ID."""
+    accepted = {}
+    for report_id, text, is_accepted in scene.inbox.records():
+        check(text in known, f"the server has a text that nobody wrote: {text[:60]} ({len(text)} bytes)")
+        if is_accepted:
+            accepted[report_id] = text
+    return accepted
+
+
+def judge_others(before, after, own):
+    """Every file of the store but `own` is as it was."""
+    for name in before.keys() | after.keys() - {own}:
+        check(name in after or name == own, f"another file of the store is gone: {name}")
+        check(name in before or name == own, f"the store has a file too many: {name}")
+        check(name == own or after[name] == before[name], f"another file was changed: {name}")
+
+
+def judge_report(scene, run, before):
+    """Whether the server has accepted the run's report, and what the store has of it."""
+    after = scene.stored()
+    judge_others(before, after, run.file)
+    accepted = judge_records(scene, {run.text})
+    if run.outcome == ACCEPTED:
+        check(run.report_id in accepted, "accepted, but the server does not have it")
+        check(run.file not in after, "accepted, but stored all the same")
+    return run.report_id in accepted, after.get(run.file)
+
+
+def judge_resent(scene, before):
+    """Each report of `before` is in the store unchanged, or with the server and no longer stored."""
+    after = scene.stored()
+    accepted = judge_records(scene, {resent(text) for text in before.values()})
+    for name, text in before.items():
+        if name in after:
+            check(after[name] == text, f"a stored report was changed: {name}")
+        else:
+            check(accepted.get(name.removesuffix(".ztr")) == resent(text), f"lost: {name}")
+    check(after.keys() <= before.keys(), "the store has a file too many")
+
+
+def judge_recovery(scene, torn=None):
+    """Without faults all that is stored arrives, except for the file `torn`."""
+    scene.inbox.clear()
+    scene.inbox.behave()
+    before = scene.stored()
+    scene.resend()
+    whole = {name: text for name, text in before.items() if name != torn}
+    after = scene.stored()
+    if torn:
+        check(after.pop(torn, None) == before[torn], "the torn file was touched")
+        (scene.store / torn).unlink()
+        scene.resend()
+    judge_resent(scene, whole)
+    left = [name for name in scene.stored() if name.endswith(".ztr")]
+    check(not left, f"a stored report cannot be sent again: {left}")
+
+
+# Campaign "faults": a system call fails once or from then on.
+
+PASSING = {"EINTR", "EAGAIN"}  # interruptions, which must cost nothing
+ERRORS = {  # what a call can fail with; the first error can also last
+    "access": ["EACCES"],
+    "clone": ["EAGAIN"],
+    "clone3": ["EAGAIN"],
+    "close": ["EIO", "ENOSPC", "EINTR"],
+    "connect": ["ENETUNREACH", "ECONNREFUSED", "ETIMEDOUT", "EINTR"],
+    "execve": ["ENOENT", "ENOMEM"],
+    "ftruncate": ["EIO", "EINTR"],
+    "getrandom": ["ENOSYS", "EINTR"],
+    "mkdirat": ["EROFS", "ENOSPC", "EACCES"],
+    "openat": ["EMFILE", "EACCES", "EIO", "EINTR"],
+    "pipe2": ["EMFILE", "ENFILE"],
+    "poll": ["ENOMEM", "EINTR"],
+    "read": ["EIO", "EINTR"],
+    "recvfrom": ["ECONNRESET", "EAGAIN", "EINTR"],
+    "recvmsg": ["ECONNRESET", "EAGAIN", "EINTR"],
+    "sendmsg": ["ECONNRESET", "EPIPE", "EAGAIN", "EINTR"],
+    "sendto": ["ECONNRESET", "EPIPE", "EAGAIN", "EINTR"],
+    "socket": ["EMFILE", "ENOBUFS"],
+    "socketpair": ["EMFILE"],
+    "unlink": ["EROFS", "EACCES", "EIO"],
+    "unlinkat": ["EROFS", "EACCES", "EIO"],
+    "wait4": ["ECHILD", "EINTR"],
+    "write": ["ENOSPC", "EIO", "EINTR"],
+}
+OTHER_ERRORS = ["EIO"]
+MEMORY = {"mmap", "mprotect"}  # whose failure reaches the host as std::bad_alloc
+# Calls that report no error, those whose failure the C library treats as a broken system, and those
+# that only main() of the host makes.
+EXEMPT = {"brk", "exit", "exit_group", "fstat", "futex", "getegid", "geteuid", "getgid", "getpgrp",
+          "getpid", "getppid", "gettid", "getuid", "rt_sigreturn", "set_tid_address", "waitid"}
+
+
+def system_calls(log):
+    """How often the thread or process with the most calls of a kind makes it, by kind."""
+    counts = collections.Counter(
+        call.groups() for call in (re.match(r"(\d+) +(\w+)\(", line) for line in log) if call)
+    most = collections.Counter()
+    for (_, name), count in counts.items():
+        most[name] = max(most[name], count)
+    return {name: count for name, count in most.items() if name not in EXEMPT}
+
+
+def start(scene, name, **options):
+    """Runs the operation `name` from its initial state; the run, and the store as it was before."""
+    operation, answer, with_store = OPERATIONS[name]
+    scene.prepare(answer, with_store)
+    before = scene.stored()
+    asks = operation in ("send", "resend")
+    return scene.run(operation, scene.url() if asks else "", **options), before
+
+
+def judge_operation(scene, name, run, before, usual=False, may_lose=False, may_throw=False):
+    """Checks a run that was not killed; `usual`: nothing disturbed it."""
+    check(run.status == 0, f"the host ends with {run.status}")
+    out_of_memory = may_throw and run.text == b"std::bad_alloc"
+    check(run.outcome != THREW or out_of_memory, f"throws {run.text}")
+    if run.outcome in (THREW, NO_DOCUMENT):
+        return judge_others(before, scene.stored(), None)
+    if name == "resend":
+        judge_resent(scene, before)
+        check(not usual or scene.stored().keys() == {"notes.txt"}, "not all was sent")
+    elif name == "probe":
+        check(run.text.endswith(b"</SOAP-ENV:Envelope>\r\n"), "the probe's text is cut short")
+        check(not usual or b">Firefox<" in run.text, "the probe misses the browser")
+    else:
+        with_server, stored = judge_report(scene, run, before)
+        check(stored in (None, run.text), "the stored report is not as written")
+        check(with_server or stored or may_lose, "lost: neither with the server nor in the store")
+        check(not usual or (run.outcome == ACCEPTED) == (name == "send"), "not the usual result")
+    judge_recovery(scene)
+
+
+def fault_cases(scene):
+    """(operation, call and error, what to inject or the largest size of a file)."""
+    for name in OPERATIONS:
+        run, before = start(scene, name, trace="all")
+        judge_operation(scene, name, run, before, usual=run.seconds < EXCHANGE_TIMEOUT)
+        for call, count in system_calls(run.log).items():
+            if (name, call) == ("probe", "close"):
+                continue  # strace leaves the descriptor open, and a pipe's reader waits for its end
+            errors = ERRORS.get(call, OTHER_ERRORS)
+            for error, plus in [(error, "") for error in errors] + [(errors[0], "+")]:
+                for number in range(1, count + 1):
+                    yield name, (call, error + plus), f"{call}:error={error}:when={number}{plus}"
+        if name in ("save", "send, refused"):
+            for limit in range(0, len(run.text), 101):
+                yield name, ("full disk", "EFBIG"), limit
+
+
+def try_fault(scene, name, kind, fault):
+    call, error = kind
+    if call == "full disk":
+        run, before = start(scene, name, size_limit=(fault, False))
+        judge_operation(scene, name, run, before, may_lose=True)
+        return [call]
+    run, before = start(scene, name, inject=fault)
+    struck = [line for line in run.log if "(INJECTED)" in line]
+    in_store = any(str(scene.home) in line for line in struck)
+    judge_operation(
+        scene, name, run, before, usual=not struck and run.seconds < EXCHANGE_TIMEOUT,
+        may_lose=in_store and error not in PASSING and name != "save again", may_throw=call in MEMORY)
+    # A close() that is made to fail does not close.
+    check(call == "close" or run.descriptors <= 0, f"{run.descriptors} more descriptors are open")
+    check(call == "wait4" or not run.children, "a subprocess is left behind")
+    return [call if struck else "not reached"]
+
+
+# Campaign "kills": the host is killed at a file call, or in the middle of writing.
+
+def kill_cases(scene):
+    for name in OPERATIONS:
+        if name == "probe":
+            continue
+        run, _ = start(scene, name, trace="%file,%desc")
+        for call, count in system_calls(run.log).items():
+            for number in range(1, count + 1):
+                yield name, call, f"{call}:signal=KILL:when={number}"
+        if name in ("save", "send, refused"):
+            for limit in range(0, len(run.text), 23):
+                yield name, "in the middle of a write", limit
+
+
+def try_kill(scene, name, kind, kill):
+    midway = kind == "in the middle of a write"
+    run, before = start(scene, name, **({"size_limit": (kill, True)} if midway else {"inject": kill}))
+    check(run.status in (0, -signal.SIGKILL, -signal.SIGXFSZ), f"the host ends with {run.status}")
+    torn = None
+    if name == "resend":
+        judge_resent(scene, before)
+    else:
+        _, stored = judge_report(scene, run, before)
+        if stored not in (None, run.text):
+            check(run.text.startswith(stored), "the stored file is no part of the report")
+            torn = run.file
+        check(name != "save again" or stored == run.text, "lost while it was saved again")
+    judge_recovery(scene, torn)
+    return [kind if run.status else "not reached"] + (["torn files"] if torn else [])
+
+
+# Campaign "delivery": the server and the network fail.
+
+def any_byte(draw):
+    return draw.randrange(900)  # of a response, which has about that many
+
+
+STATUSES = [200, 201, 202, 204, 205, 206, 299, 300, 301, 302, 303, 304, 307, 308, 400, 401, 403, 404,
+            407, 408, 413, 429, 500, 502, 503, 504]
+KINDS = [  # weight, name, settings; a function draws its setting
+    (200, "no fault", {}),
+    (80, "refused", {"answer": "refuse"}),
+    (80, "garbage", {"answer": "garbage"}),
+    (200, "status", {"answer": lambda draw: f"error:{draw.choice(STATUSES)}"}),
+    (40, "dropped", {"answer": "drop"}),
+    (40, "truncated", {"answer": "truncate"}),
+    (6, "hangs", {"answer": "hang"}),
+    (30, "slow", {"slow": lambda draw: draw.randint(1, 50)}),
+    (6, "slower than the time-out", {"slow": 60_000, "loses": True}),
+    (30, "unreachable", {"unreachable": True}),
+    (40, "interim status first", {"relay": "interim"}),
+    (40, "reset before the request", {"relay": "reset before request"}),
+    (40, "reset before the response", {"relay": "reset", "loses": True}),
+    (80, "reset in the response", {"relay": "reset", "amount": any_byte, "loses": True}),
+    (40, "reset after the response", {"relay": "reset after", "loses": True}),
+    (80, "cut in the response", {"relay": "cut", "amount": any_byte, "loses": True}),
+    (30, "byte by byte", {"relay": "drip", "amount": lambda draw: draw.randrange(300), "loses": True}),
+    (6, "byte by byte, beyond the time-out", {"relay": "drip", "amount": 20_000, "loses": True}),
+    (60, "configuration or version reset", {"relay": "reset", "amount": any_byte, "early": True}),
+    (60, "configuration or version cut", {"relay": "cut", "amount": any_byte, "early": True}),
+    (4, "configuration or version hangs", {"relay": "hang", "early": True}),
+    (20, "server killed before the report", {"relay": "kill first", "loses": True}),
+    (60, "server killed at the report",
+     {"relay": "kill", "amount": lambda draw: draw.randrange(4000), "loses": True}),
+]
+
+
+class Delivery(Scene):
+    """A scene whose host reaches the server through a relay and keeps its store between reports."""
+
+    def __init__(self, options):
+        super().__init__(options)
+        self.prepare("accept", with_store=False)
+        self._relay = Relay(self.inbox.port, lambda: self.inbox.kill())
+        self.seed = options.seed
+        self._written = {}  # texts of stored reports by file name
+
+    def deliver(self, number):
+        draw = random.Random(f"{self.seed} {number}")
+        kind = draw.choices(KINDS, [kind[0] for kind in KINDS])[0]
+        plan = {key: value(draw) if callable(value) else value for key, value in kind[2].items()}
+        self.inbox.behave(answer=plan.get("answer", "accept"), slow=plan.get("slow", 0))
+        exchange = draw.choice(["configuration", "version"]) if "early" in plan else "report"
+        self._relay.play(plan.get("relay"), exchange, plan.get("amount", 0))
+        port = 1 if "unreachable" in plan else self._relay.port
+        run = self.run("send", CONFIGURATION_URL, seed=draw.getrandbits(32),
+                       proxy=f"http://127.0.0.1:{port}")
+        if str(plan.get("relay")).startswith("kill"):
+            self.restart_inbox()
+        try:
+            return [kind[1], self._judge(run, plan)]
+        except Broken as broken:
+            raise Broken(f"{kind[1]} {plan}: {broken}") from None
+
+    def restart_inbox(self):
+        """The same data on another port, as after a restart of the machine."""
+        self.inbox.kill()
+        self.start_inbox()
+        self._relay.server_port = self.inbox.port
+
+    def _judge(self, run, plan):
+        check(run.status == 0 and run.outcome in (ACCEPTED, NOT_ACCEPTED), f"ends with {run.status}")
+        stored = self.stored().get(run.file)
+        check(stored in (None, run.text), "the stored report is not as written")
+        records = [r for r in self.inbox.records(newest=10) if r[0] == run.report_id]
+        check(all(text == run.text for _, text, _ in records), "the server has another text")
+        with_server = any(accepted for _, _, accepted in records)
+        if stored:
+            self._written[run.file] = run.text
+        if run.outcome == ACCEPTED:
+            check(with_server and not stored, f"accepted; server: {with_server}, stored: {bool(stored)}")
+            return "accepted"
+        check(stored, "lost: neither accepted nor in the store")
+        loses = "loses" in plan or run.seconds >= EXCHANGE_TIMEOUT
+        check(not with_server or loses, "accepted by the server, and stored all the same")
+        return "both" if with_server else "stored"
+
+    def finish(self):
+        """All that is stored arrives when the store is sent again."""
+        self._relay.play()
+        self.inbox.behave()
+        self.inbox.clear()
+        check(self.stored() == self._written, "the store does not have what was stored")
+        self.resend()
+        check(not self.stored(), "a stored report cannot be sent again")
+        arrived = judge_records(self, {resent(text) for text in self._written.values()})
+        for name, text in self._written.items():
+            check(arrived.get(name.removesuffix(".ztr")) == resent(text), f"lost: {name}")
+        return {"sent again": len(arrived)}
+
+
+CAMPAIGNS = {  # name: its scene, its cases, and what tries one and returns the figures to count
+    "delivery": (Delivery, lambda scene: ((number,) for number in range(2000)), Delivery.deliver),
+    "faults": (Scene, fault_cases, try_fault),
+    "kills": (Scene, kill_cases, try_kill),
+}
+
+
+def sampled(cases, seed):
+    """The cases in random order, but one of each kind first, then a second of each, and so on."""
+    random.Random(seed).shuffle(cases)
+    seen = collections.Counter()
+    ranks = {}
+    for case in cases:
+        ranks[case] = seen[case[:-1]]
+        seen[case[:-1]] += 1
+    return sorted(cases, key=ranks.get)
+
+
+def run_campaign(name, options):
+    """Tries the cases of a campaign in several scenes at a time; whether every promise was kept."""
+    kind, list_cases, attempt = CAMPAIGNS[name]
+    scenes = [kind(options) for _ in range(os.cpu_count())]
+    cases = [case for case in list_cases(scenes[0]) if re.search(options.only, str(case))]
+    began = time.monotonic()
+    deadline = began + options.seconds if options.seconds else float("inf")
+    pending = iter(sampled(cases, options.seed))
+    figures, lock = collections.Counter(), threading.Lock()
+
+    def attempt_all(scene):
+        while time.monotonic() < deadline:
+            with lock:
+                case = next(pending, None)
+            if case is None:
+                return
+            try:
+                counted = attempt(scene, *case)
+            except Broken as promise:
+                counted = ["BROKEN"]
+                print(f"  {name}: {case}: {promise}", flush=True)
+            with lock:
+                figures.update(["cases"] + counted)
+
+    with concurrent.futures.ThreadPoolExecutor() as pool:
+        list(pool.map(attempt_all, scenes))
+    for scene in scenes:
+        try:
+            figures.update(scene.finish())
+        except Broken as promise:
+            figures["BROKEN"] += 1
+            print(f"  {name}: at the end: {promise}")
+        scene.close()
+    tried, broken = figures.pop("cases", 0), figures.pop("BROKEN", 0)
+    print(f"{name}: {tried} of {len(cases)} cases in {time.monotonic() - began:.0f} s, {broken} broken: "
+          + ", ".join(f"{key} {value}" for key, value in figures.most_common()), flush=True)
+    return tried > 0 and not broken
+
+
+def leave_other_processes():
+    """Goes on in a PID namespace, if permitted: the library looks at all processes that it sees."""
+    command = ["unshare", "--pid", "--fork", "--mount-proc", "--kill-child"]
+    command += ["--map-root-user"] if os.geteuid() else []
+    if subprocess.run(command + ["true"], stderr=subprocess.DEVNULL).returncode == 0:
+        os.execvp(command[0], command + [sys.executable, *sys.argv, "--alone"])
+
+
+def main():
+    parser = argparse.ArgumentParser(prog="script/faults", description=__doc__)
+    parser.add_argument("campaigns", nargs="*", metavar="CAMPAIGN", help=" ".join(CAMPAIGNS))
+    parser.add_argument("--seconds", type=float, help="a limit on all campaigns together")
+    parser.add_argument("--seed", type=int, default=1, help="of the faults and of their order")
+    parser.add_argument("--only", default="", metavar="REGEX", help="only the cases that match")
+    parser.add_argument("--host", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--inbox", required=True, help=argparse.SUPPRESS)
+    parser.add_argument("--alone", action="store_true", help=argparse.SUPPRESS)
+    options = parser.parse_args()
+    if not options.alone:
+        leave_other_processes()
+    campaigns = options.campaigns or CAMPAIGNS
+    if options.seconds:
+        options.seconds /= len(campaigns)
+    for name in campaigns:
+        if name not in CAMPAIGNS:
+            parser.error(f"no campaign {name}: there are {', '.join(CAMPAIGNS)}")
+    kept = [run_campaign(name, options) for name in campaigns]
+    print("script/faults: " + ("every promise was kept" if all(kept) else "A PROMISE WAS BROKEN"))
+    return 0 if all(kept) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main())
