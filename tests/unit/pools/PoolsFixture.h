@@ -9,10 +9,11 @@
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtException.h"
 
 namespace zt::test {
 
-/// Texts of dates are those of Greenwich, whatever the machine is set to.
+/// Dates are written in UTC and the C locale, whatever the machine is set to.
 class PoolsFixture : public ::testing::Test {
  private:
   ScopedEnvironment _zone{"TZ", "UTC"};
@@ -26,7 +27,7 @@ inline constexpr ZtDate kLater = ZtDate::fromMilliseconds(1795262401250);
 /// Written "1970-01-01T00:00:00.000UTC".
 inline constexpr ZtDate kEpoch = ZtDate::fromMilliseconds(0);
 
-/// A text of these lines, each of them ended by carriage return and line feed.
+/// These lines, each ending with CR LF.
 inline std::string lines(std::initializer_list<std::string_view> all) {
   std::string text;
   for (const std::string_view line : all) {
@@ -34,6 +35,17 @@ inline std::string lines(std::initializer_list<std::string_view> all) {
     text += "\r\n";
   }
   return text;
+}
+
+/// "NAME: reason" of the `ZtException` that `call` throws.
+template <class Call>
+std::string thrownBy(Call call) {
+  try {
+    call();
+  } catch (const ZtException& error) {
+    return std::string(error.name().view()) + ": " + std::string(error.reason().view());
+  }
+  return "nothing";
 }
 
 /// What `writer` (a field, a pool) appends to an empty text.
