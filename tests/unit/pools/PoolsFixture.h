@@ -2,9 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
-#include <string_view>
 
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
@@ -26,16 +24,6 @@ inline constexpr ZtDate kNoon = ZtDate::fromMilliseconds(1795262400123);
 inline constexpr ZtDate kLater = ZtDate::fromMilliseconds(1795262401250);
 /// Written "1970-01-01T00:00:00.000UTC".
 inline constexpr ZtDate kEpoch = ZtDate::fromMilliseconds(0);
-
-/// These lines, each ending with CR LF.
-inline std::string lines(std::initializer_list<std::string_view> all) {
-  std::string text;
-  for (const std::string_view line : all) {
-    text += line;
-    text += "\r\n";
-  }
-  return text;
-}
 
 /// "NAME: reason" of the `ZtException` that `call` throws.
 template <class Call>
