@@ -10,7 +10,7 @@ namespace zt {
 
 namespace {
 
-/// By number, from neutral on.
+/// By number, starting with neutral.
 constinit const std::array<ZtString, ZtLanguageVietnamese> kNames{
     ZtString::constant<"NEUTRAL">(),    ZtString::constant<"AFRIKAANS">(),
     ZtString::constant<"ALBANIAN">(),   ZtString::constant<"ARABIC">(),
@@ -43,7 +43,7 @@ struct Code {
   ZtLanguage language;
 };
 
-/// British English is not here, and "en-BG" is, as it has always been: servers group by these.
+/// Deliberately without British English and with "en-BG": servers group reports by these codes.
 constexpr std::array<Code, 51> kCodes{{
     {"af", ZtLanguageAfrikaans},     {"sq", ZtLanguageAlbanian},
     {"ar", ZtLanguageArabic},        {"eu", ZtLanguageBasque},

@@ -7,12 +7,12 @@
 
 namespace zt {
 
-/// The name of a `ZtLanguage` in reports; empty for other numbers, and for Serbian, which is
-/// deliberately without one: servers have never known a name for it.
+/// The name of a `ZtLanguage` in reports; empty for other numbers and, deliberately,
+/// for Serbian: servers have never had a name for it.
 const ZtString& languageName(std::uint64_t language);
 
-/// The `ZtLanguage` of a language code (a BCP 47 tag such as "pt-BR"); neutral for a code that the
-/// table does not hold letter for letter.
+/// The `ZtLanguage` of a language code (a BCP 47 tag such as "pt-BR"); neutral for a code that is
+/// not exactly in the table.
 std::uint64_t languageOfCode(std::string_view code);
 
 }  // namespace zt

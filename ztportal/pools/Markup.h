@@ -3,20 +3,24 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <string>
 #include <string_view>
 
-/// The literals of the report's text, each of them once.
+#include "ztportal/base/ZtBOOL.h"
+
+/// The literals of the report's text, each of them once, and the lines of a single field.
 namespace zt {
 
 inline constexpr std::string_view kSoapTypeAttribute = "xsi:type=\"";
 
-/// A start tag in the two forms of a report: with its SOAP type attribute, and plain.
+/// A start tag in the two forms of a report, with its SOAP type attribute and plain.
 ///
 ///     kName.text(true)     "<Name xsi:type=\"xsd:string\">"
 ///     kName.text(false)    "<Name>"
 class Tag {
  public:
-  /// `open` is all up to the attribute, `rest` all behind it.
+  /// `open` is the text before the attribute, `rest` the text after it.
   consteval Tag(std::string_view open, std::string_view soapType, std::string_view rest) {
     addTo(_soap, _soapSize, open);
     addTo(_soap, _soapSize, " ");
@@ -66,8 +70,8 @@ inline constexpr std::string_view kNameEnd = "</Name>\r\n";
 inline constexpr Tag kValue("  <Value", kXsdString, ">");
 inline constexpr std::string_view kValueEnd = "</Value>\r\n";
 
-// The two end tags of a generic array that do not match their start tags. Every server that reads
-// these reports expects them so.
+// Deliberately not the end tags of <Name> and <Field>: the servers that read generic arrays expect
+// these.
 inline constexpr std::string_view kArrayNameEnd = "</Date>\r\n";
 inline constexpr std::string_view kArrayEnd = "</Data>\r\n";
 
@@ -87,5 +91,37 @@ inline constexpr std::string_view kPoolEnd = "</Data>\r\n";
 inline constexpr std::string_view kTrue = "TRUE";
 inline constexpr std::string_view kFalse = "FALSE";
 inline constexpr std::string_view kNull = "(null)";
+
+/// Appends the four lines of one value field.
+///
+///     <Field FieldType="string">
+///       <Name>Result</Name>
+///       <Value>OK</Value>
+///     </Field>
+void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
+                 std::string_view value, bool soap);
+
+/// The constant text of a field's lines before and after its value.
+void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
+                      std::string_view name, bool soap);
+void appendFieldEnd(std::string& xml, std::string_view prefix);
+
+/// The text of a number, without allocating a string.
+class NumberText {
+ public:
+  /// Decimal, with a minus sign if negative.
+  explicit NumberText(std::int32_t number);
+  /// Two digits after a point, whatever the locale, rounded as C's "%.2f" does.
+  explicit NumberText(float number);
+
+  std::string_view view() const { return {_text.data(), _size}; }
+
+ private:
+  std::array<char, 48> _text;
+  std::size_t _size;
+};
+
+/// Only a byte of exactly 1 is true.
+constexpr std::string_view booleanText(ZtBOOL value) { return value == 1 ? kTrue : kFalse; }
 
 }  // namespace zt

@@ -1,7 +1,6 @@
 #include "ztportal/pools/PoolWriter.h"
 
 #include "ztportal/base/Text.h"
-#include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/Markup.h"
 
 namespace zt {
@@ -11,7 +10,7 @@ namespace {
 constexpr std::size_t kFieldDepth = 4;
 constexpr std::size_t kRecordFieldDepth = 8;
 
-/// Room for the lead and for the columns of the records with the most of them.
+/// Space for the lead and the columns of any record.
 constexpr std::size_t kUsualPieces = 2048;
 
 }  // namespace
@@ -51,8 +50,8 @@ void PoolWriter::endFields() { appendText(_xml, lead(0), kFieldsEnd); }
 
 void PoolWriter::noFields() { appendText(_xml, lead(0), kNoFields.text(_soap)); }
 
-// What a field's lines have before its value is appended in one piece, and what they have behind it
-// with the next field's or the record's end: in a record both are the same for each of the list.
+// In a record, the text between two values is appended in one piece, since it is the same for every
+// record of the list.
 
 inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view name) {
   if (_column == _columnCount) addColumn(type, name);
@@ -61,61 +60,63 @@ inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view
   return {_pieces.data() + begin, _columnEnds[_column] - begin};
 }
 
-inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view value) {
+inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view text) {
   if (_inRecords) {
     _xml += nextColumn(type, name);
-    _xml += value;
+    _xml += text;
   } else {
-    appendField(_xml, lead(kFieldDepth), type, name, value, _soap);
+    appendField(_xml, lead(kFieldDepth), type, name, text, _soap);
   }
 }
 
-void PoolWriter::string(std::string_view name, std::string_view value) {
-  field(kStringField, name, value);
+void PoolWriter::value(std::string_view name, std::string_view text) {
+  field(kStringField, name, text);
 }
 
-void PoolWriter::string(std::string_view name, const ZtAtomic<ZtString>& value) {
-  field(kStringField, name, value.unguarded().printed());
+void PoolWriter::value(std::string_view name, const ZtAtomic<ZtString>& text) {
+  field(kStringField, name, text.unguarded().printed());
 }
 
-void PoolWriter::date(std::string_view name, const ZtAtomic<ZtDate>& value) {
+void PoolWriter::value(std::string_view name, const ZtAtomic<ZtDate>& date) {
   if (_inRecords) {
     _xml += nextColumn(kStringField, name);
-    appendDate(value.load());
+    appendDate(date.load());
   } else {
     appendFieldStart(_xml, lead(kFieldDepth), kStringField, name, _soap);
-    appendDate(value.load());
+    appendDate(date.load());
     appendFieldEnd(_xml, lead(kFieldDepth));
   }
 }
 
-void PoolWriter::integer(std::string_view name, std::int32_t value) {
-  field(kIntegerField, name, NumberText(value).view());
+void PoolWriter::value(std::string_view name, std::int32_t number) {
+  field(kIntegerField, name, NumberText(number).view());
 }
 
-void PoolWriter::boolean(std::string_view name, ZtBOOL value) {
-  field(kBooleanField, name, booleanText(value));
+void PoolWriter::value(std::string_view name, ZtBOOL flag) {
+  field(kBooleanField, name, booleanText(flag));
 }
 
-void PoolWriter::beginRecords(std::string_view name) {
+void PoolWriter::beginRecords(std::string_view name, std::size_t count) {
   appendText(_xml, lead(kFieldDepth), kArrayField.text(_soap),  //
              lead(kFieldDepth), kName.text(_soap), name, kNameEnd);
   _inRecords = true;
+  _recordCount = count;
   _pieces.resize(_columnEnds[0]);
   _columnCount = 0;
   _column = 0;
   _recordEndSize = 0;
 }
 
-/// Makes room for the next piece, as the lead that is appended to it is in the same memory.
-void PoolWriter::makeRoomForPiece(std::string_view name) {
+/// Reserves space for the next piece: the lead that is appended to `_pieces` is a part of it, so a
+/// reallocation in between would leave the lead dangling.
+void PoolWriter::reservePiece(std::string_view name) {
   constexpr std::size_t kLines = 6;  // no piece has more
   constexpr std::size_t kLongestLine = 64;
   _pieces.reserve(_pieces.size() + kLines * (_columnEnds[0] + kLongestLine) + name.size());
 }
 
 void PoolWriter::addColumn(const Tag& type, std::string_view name) {
-  makeRoomForPiece(name);
+  reservePiece(name);
   if (_columnCount == 0) {
     appendText(_pieces, lead(kFieldDepth), kFields.text(_soap));
   } else {
@@ -126,13 +127,23 @@ void PoolWriter::addColumn(const Tag& type, std::string_view name) {
   _columnEnds.at(_columnCount) = _pieces.size();
 }
 
+/// Reserves what the markup of the other records will take, so that a long list does not move the
+/// text over and over. The eighth more is for short values; long ones are left to the growth of the
+/// string, since the first record says nothing about their length.
+void PoolWriter::reserveMarkup() {
+  const std::size_t markup = (_recordCount - 1) * (_pieces.size() - _columnEnds[0]);
+  const std::size_t needed = _xml.size() + markup + markup / 8;
+  if (needed > _xml.capacity()) _xml.reserve(needed);
+}
+
 void PoolWriter::endRecord() {
   const std::size_t begin = _columnEnds[_columnCount];
   if (_recordEndSize == 0) {
-    makeRoomForPiece({});
+    reservePiece({});
     appendFieldEnd(_pieces, lead(kRecordFieldDepth));
     appendText(_pieces, lead(kFieldDepth), kFieldsEnd);
     _recordEndSize = _pieces.size() - begin;
+    reserveMarkup();
   }
   _xml.append(_pieces, begin, _recordEndSize);
   _column = 0;

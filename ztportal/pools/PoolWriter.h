@@ -1,31 +1,31 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtString.h"
 #include "ztportal/platform/time/DateText.h"
-#include "ztportal/pools/EachEntry.h"
-#include "ztportal/pools/FieldText.h"
+#include "ztportal/pools/FieldTable.h"
+#include "ztportal/pools/Markup.h"
 
 namespace zt {
 
-/// Writes what the frames of all pools have in common: the Data, Date and Fields lines, the fixed
-/// fields, and arrays of records. A pool's own writing then reads like the table of its fields:
+/// Writes a pool: the Data, Date and Fields lines, the fields of its table, and arrays of records.
 ///
 ///     PoolWriter pool(prefix, xml, soap);
 ///     pool.begin(poolType(), timeStamp());
 ///     pool.beginFields();
-///     pool.string("START_POINT", _startPoint);
-///     pool.boolean("CANCELLED", _cancelled);
-///     pool.records("INSTALLATIONSTEPS", _steps);   // each step writes its own fields
+///     pool.fieldsOf(*this);
 ///     addFieldsToXml(pool.fieldPrefix(), xml, soap);
 ///     pool.endFields();
 ///     pool.end();
@@ -44,48 +44,71 @@ class PoolWriter {
   /// The one line of a pool that has no field.
   void noFields();
 
-  void string(std::string_view name, std::string_view value);
-  void string(std::string_view name, const ZtAtomic<ZtString>& value);
-  /// A string field with the text of a time stamp.
-  void date(std::string_view name, const ZtAtomic<ZtDate>& value);
-  void integer(std::string_view name, std::int32_t value);
-  void boolean(std::string_view name, ZtBOOL value);
-
-  /// An array of records, one group of fields each, which a record's `addFieldsTo` writes: the
-  /// same fields in the same order for every record. Nothing at all is written for an empty list.
-  template <class List>
-  void records(std::string_view name, const List& list) {
-    if (list.empty()) return;
-    beginRecords(name);
-    eachEntry(list, _xml, [this](const auto& record) {
-      record.addFieldsTo(*this);
-      endRecord();
-    });
-    endRecords();
+  /// The fields of a pool or record in the order of its table.
+  template <class Object>
+  void fieldsOf(const Object& object) {
+    eachField<Object>([this, &object](const auto& row) { this->write(row, object); });
   }
 
-  /// The same for a list that may be missing, which is an empty one.
-  template <class List>
-  void records(std::string_view name, const std::shared_ptr<List>& list) {
-    if (list != nullptr) records(name, *list);
-  }
-
-  /// Where the pool's generic fields start.
+  /// The prefix of the pool's generic fields.
   ZtString fieldPrefix() const;
 
  private:
-  void field(const Tag& type, std::string_view name, std::string_view value);
+  void write(const FalseField& row, const auto& /*object*/) { value(row.wireName, ZtBOOL{0}); }
+  template <class Owner, class Member, bool kWritten>
+  void write(const Field<Owner, Member, kWritten>& row, const std::type_identity_t<Owner>& object) {
+    if constexpr (kWritten && std::is_same_v<Member, std::uint64_t>) {
+      value(row.wireName, row.enumeration->nameOf(object.*row.member).view());
+    } else if constexpr (kWritten) {
+      value(row.wireName, object.*row.member);
+    }
+  }
 
-  void beginRecords(std::string_view name);
+  void value(std::string_view name, std::string_view text);
+  void value(std::string_view name, const ZtAtomic<ZtString>& text);
+  /// A string field with the text of a date.
+  void value(std::string_view name, const ZtAtomic<ZtDate>& date);
+  void value(std::string_view name, std::int32_t number);
+  void value(std::string_view name, ZtBOOL flag);
+
+  /// An array of records, one group of fields each. Null records are skipped, and nothing at all is
+  /// written for an empty or missing list.
+  template <class Record>
+  void value(std::string_view name, const std::vector<std::shared_ptr<Record>>& list) {
+    if (list.empty()) return;
+    const auto nulls = std::count(list.begin(), list.end(), nullptr);
+    beginRecords(name, list.size() - static_cast<std::size_t>(nulls));
+    for (const auto& record : list) {
+      if (record == nullptr) continue;
+      fieldsOf(*record);
+      endRecord();
+    }
+    endRecords();
+  }
+  template <class Record>
+  void value(std::string_view name,
+             const std::shared_ptr<std::vector<std::shared_ptr<Record>>>& list) {
+    if (list != nullptr) value(name, *list);
+  }
+  template <class Record>
+  void value(std::string_view name,
+             const ZtAtomic<std::shared_ptr<std::vector<std::shared_ptr<Record>>>>& list) {
+    value(name, list.load());
+  }
+
+  void field(const Tag& type, std::string_view name, std::string_view text);
+
+  void beginRecords(std::string_view name, std::size_t count);
   void endRecord();
   void endRecords();
   std::string_view nextColumn(const Tag& type, std::string_view name);
   void addColumn(const Tag& type, std::string_view name);
-  void makeRoomForPiece(std::string_view name);
+  void reservePiece(std::string_view name);
+  void reserveMarkup();
 
   void appendDate(ZtDate date);
 
-  /// The start of a line, `depth` blanks behind the pool's own.
+  /// The start of a line that is indented `depth` blanks more than the pool.
   std::string_view lead(std::size_t depth) const;
 
   /// More than any record has.
@@ -96,14 +119,27 @@ class PoolWriter {
   std::size_t _prefixSize;
   Timestamps _timestamps;
   bool _inRecords = false;
-  // First the prefix and the blanks of the deepest line. Then what stands before each value of a
-  // record, and behind the last one, which is the same for all records of a list: put together for
-  // the first one.
+  // The prefix and the blanks of the deepest line; then, for the list being written, the text
+  // before each value of a record and the text after the last one. They are the same for all
+  // records of a list and are put together while the first one is written.
   std::string _pieces;
-  std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, the lead's own first
+  std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, first that of the lead
+  std::size_t _recordCount = 0;                             // of the list
   std::size_t _columnCount = 0;
-  std::size_t _column = 0;  // the next one of the record being written
+  std::size_t _column = 0;  // the next one in the current record
   std::size_t _recordEndSize = 0;
 };
+
+/// Writes a typed pool: its frame, the fields of its table and then its generic fields.
+template <class Pool>
+void writePool(const Pool& pool, const ZtString& prefix, std::string& xml, bool soap) {
+  PoolWriter writer(prefix, xml, soap);
+  writer.begin(pool.poolType(), pool.timeStamp());
+  writer.beginFields();
+  writer.fieldsOf(pool);
+  pool.addFieldsToXml(writer.fieldPrefix(), xml, soap);
+  writer.endFields();
+  writer.end();
+}
 
 }  // namespace zt

@@ -3,7 +3,7 @@
 #include <cstdint>
 
 /// Languages of a system and its user, as reports number them. Other numbers are kept, and written
-/// as an empty text.
+/// as an empty value.
 enum ZtLanguage : std::uint64_t {
   ZtLanguageNeutral = 1,
   ZtLanguageAfrikaans = 2,

@@ -4,7 +4,6 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/time/DateText.h"
-#include "ztportal/pools/FieldText.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/Markup.h"
 

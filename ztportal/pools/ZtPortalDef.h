@@ -9,7 +9,7 @@
 #include "ztportal/base/ZtString.h"
 #include "ztportal/pools/ZtLanguage.h"
 
-/// Kinds of a step of an execution. Numbers beyond these are kept, and written as an empty text.
+/// Kinds of a step of an execution. Numbers beyond these are kept, and written as an empty value.
 enum ZtPortalStepType : std::uint64_t {
   ZtPortalStepEnter = 0,
   ZtPortalStepLeave = 1,
@@ -18,14 +18,14 @@ enum ZtPortalStepType : std::uint64_t {
   ZtPortalStepError = 4
 };
 
-/// Kinds of a step of a diagnose run. Numbers beyond these are kept, and written as an empty text.
+/// Kinds of a step of a diagnose run. Numbers beyond these are kept, and written as an empty value.
 enum ZtPortalDiagnoseType : std::uint64_t {
   ZtPortalDiagnoseManual = 0,
   ZtPortalDiagnoseAutomatic = 1,
   ZtPortalDiagnoseRIS = 2
 };
 
-/// The writers of single values, and the texts of dates and enumerations.
+/// The writers of single values, and the strings for dates and enumerations.
 ///
 /// A writer appends one field to `xml`, four lines that end with CR LF and start with `prefix`
 /// (blanks, as a rule). With `soap` the start tags carry their SOAP 1.1 types. Names and values
@@ -38,12 +38,12 @@ enum ZtPortalDiagnoseType : std::uint64_t {
 ///     //   <Value>OK</Value>
 ///     // </Field>
 ///
-/// Any thread may call any operation, with a text of its own.
+/// Any thread may call any operation, with a string of its own.
 class ZT_EXPORT ZtPortalDef {
  public:
   ZtPortalDef() = delete;
 
-  /// An attribute for a start tag: a blank and `params` with `soap`, the empty text without.
+  /// An attribute for a start tag: a blank and `params` with `soap`, otherwise the empty string.
   static ZtString appendSOAPParams(bool soap, const ZtString& params);
 
   /// `date` by the pattern "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35) in the process's time zone
@@ -63,11 +63,11 @@ class ZT_EXPORT ZtPortalDef {
   static void addBOOLFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
                                 ZtBOOL value, bool soap);
 
-  /// "ENTER", "LEAVE", "EXIT", "INFO" or "ERROR"; the empty text for any other number.
+  /// "ENTER", "LEAVE", "EXIT", "INFO" or "ERROR"; the empty string for any other number.
   static ZtString stepTypeToString(std::uint64_t stepType);
-  /// "MANUAL", "AUTOMATIC" or "RIS"; the empty text for any other number.
+  /// "MANUAL", "AUTOMATIC" or "RIS"; the empty string for any other number.
   static ZtString diagnoseTypeToString(std::uint64_t diagnoseType);
-  /// The name of a `ZtLanguage`, "GERMAN" for example; the empty text for any other number and,
-  /// deliberately, for Serbian: servers have never known a name for it.
+  /// The name of a `ZtLanguage`, "GERMAN" for example; the empty string for any other number and,
+  /// deliberately, for Serbian: servers have never had a name for it.
   static ZtString languageToString(std::uint64_t language);
 };

@@ -11,21 +11,26 @@
 #include "ztportal/base/ZtString.h"
 #include "ztportal/pools/ZtPortalPoolArray.h"
 
-/// One typed block of a report: a type, a time stamp and a tree of named fields. A generic pool
-/// carries what no typed pool has room for; the typed pools derive from it and write fields of
-/// their own ahead of the generic ones.
+namespace zt {
+template <class Object>
+struct Fields;
+}
+
+/// One typed block of a report: a type, a timestamp and a tree of named fields. A generic pool
+/// carries values for which no typed pool exists; the typed pools derive from it and write fields
+/// of their own before the generic ones.
 ///
 ///     auto pool = document->addPool("CUSTOM", ZtDate::now());
 ///     pool->addString("RESULT", "OK");
 ///     pool->addArray("COUNTS")->addInteger("COPIED", 7);
 ///
-/// Lifecycle: made by the report document, which owns it; filled at any time; written with the
-/// values of that moment, as often as the document is written; gone with the document.
-/// It is filled and written by one thread at a time; single reads and writes of `fields`,
-/// `poolType` and `timeStamp` are atomic.
+/// Lifecycle: the report document makes it and owns it; the host fills it at any time; whenever the
+/// document is written, the pool writes its current values; it is destroyed with the document.
+/// One thread at a time may fill and write it; single reads and writes of `fields`, `poolType` and
+/// `timeStamp` are atomic.
 class ZT_EXPORT ZtPortalPool {
  protected:
-  /// Lets only this family of classes construct; others call the creating functions.
+  /// Only this class and those derived from it can construct; others call the static functions.
   struct Creation {
     explicit Creation() = default;
   };
@@ -42,12 +47,12 @@ class ZT_EXPORT ZtPortalPool {
   /// Appends the whole pool to `xml`, each line starting with `prefix` and ending with CR LF;
   /// with `soap` the start tags carry their SOAP types.
   virtual void addToXml(const ZtString& prefix, std::string& xml, bool soap) const;
-  /// Appends the generic fields alone, each starting at `prefix`.
+  /// Appends the generic fields alone, each line starting with `prefix`.
   void addFieldsToXml(const ZtString& prefix, std::string& xml, bool soap) const;
 
-  /// The generic field at `index`; raises as `ZtPortalPoolArray::field`.
+  /// The generic field at `index`; throws as `ZtPortalPoolArray::field`.
   std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
-  /// Each adds a generic field at the end and returns it, null when it could not be added.
+  /// Each adds a generic field at the end and returns it, null if it cannot be added.
   std::shared_ptr<ZtPortalPoolArray> addArray(const ZtString& name);
   std::shared_ptr<ZtPortalPoolString> addString(const ZtString& name, ZtString value);
   std::shared_ptr<ZtPortalPoolInteger> addInteger(const ZtString& name, std::int32_t value);
@@ -55,7 +60,7 @@ class ZT_EXPORT ZtPortalPool {
   std::shared_ptr<ZtPortalPoolBOOL> addBOOL(const ZtString& name, ZtBOOL value);
 
   /// The root of the generic fields, an array named "Root"; its own name is never written. A pool
-  /// whose root was replaced by a null pointer has no generic fields and takes none.
+  /// whose root is set to null has no generic fields and accepts none.
   std::shared_ptr<ZtPortalPoolArray> fields() const { return _fields.load(); }
   void setFields(std::shared_ptr<ZtPortalPoolArray> value) { _fields.store(std::move(value)); }
   ZtString poolType() const { return _poolType.load(); }
@@ -64,6 +69,8 @@ class ZT_EXPORT ZtPortalPool {
   void setTimeStamp(const ZtDate& value) { _timeStamp.store(value); }
 
  private:
+  friend struct zt::Fields<ZtPortalPool>;
+
   ZtAtomic<std::shared_ptr<ZtPortalPoolArray>> _fields;
   ZtAtomic<ZtString> _poolType;
   ZtAtomic<ZtDate> _timeStamp;

@@ -9,17 +9,18 @@
 #include "ztportal/base/ZtString.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
-/// An antivirus application of the inventory of the computer.
+/// An antivirus application in the inventory of the computer.
 ///
 ///     auto app = computer->addAntivirusApp("ClamAV", "1.0.7");
 ///     app->setAppCompany("Example");
 ///     app->setIsUpToDate(1);
 ///
 /// A new record has an empty company and is neither enabled nor up to date. Single reads and writes
-/// of texts are atomic.
+/// of strings are atomic.
 class ZT_EXPORT ZtPortalPoolAntivirusApp {
   struct Creation {
     explicit Creation() = default;
@@ -46,8 +47,7 @@ class ZT_EXPORT ZtPortalPoolAntivirusApp {
   void setIsUpToDate(ZtBOOL value) { _isUpToDate = value; }
 
  private:
-  friend class zt::PoolWriter;
-  void addFieldsTo(zt::PoolWriter& record) const;
+  friend struct zt::Fields<ZtPortalPoolAntivirusApp>;
 
   ZtAtomic<ZtString> _appName;
   ZtAtomic<ZtString> _appVersion;

@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "ztportal/base/Text.h"
-#include "ztportal/pools/EachEntry.h"
 #include "ztportal/pools/ListAccess.h"
 #include "ztportal/pools/Markup.h"
 
@@ -48,8 +47,9 @@ void ZtPortalPoolArray::addToXml(const ZtString& prefix, std::string& xml, bool 
 void ZtPortalPoolArray::addChildrenToXml(const ZtString& prefix, std::string& xml,
                                          bool soap) const {
   if (_mutableFields == nullptr) return;
-  zt::eachEntry(*_mutableFields, xml,
-                [&](const ZtPortalPoolField& child) { child.addToXml(prefix, xml, soap); });
+  for (const auto& child : *_mutableFields) {
+    if (child != nullptr) child->addToXml(prefix, xml, soap);
+  }
 }
 
 ZtPortalPoolArray::Fields ZtPortalPoolArray::fields() const {

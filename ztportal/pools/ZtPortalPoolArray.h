@@ -17,9 +17,9 @@
 ///     disks->addInteger("SIZE_GB", 512);
 ///     disks->field(1)->fieldName();            // "SIZE_GB"
 ///
-/// When it is written, its name is closed by `</Date>` and the array itself by `</Data>`. Neither
-/// matches its start tag; servers read these lines as they stand, so both are kept on purpose. A
-/// report with such an array is therefore no well-formed XML.
+/// Its text closes the name with `</Date>` and the array itself with `</Data>`. Neither matches its
+/// start tag; servers expect exactly these lines, so both are deliberate. A report with such an
+/// array is therefore not well-formed XML.
 class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
  public:
   using Fields = std::vector<std::shared_ptr<ZtPortalPoolField>>;
@@ -31,21 +31,21 @@ class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
 
   void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
 
-  /// The children now, in the order in which they were added; what is added later is not in it.
+  /// A snapshot of the children, in the order in which they were added.
   Fields fields() const;
-  /// The live list of children, shared: a change of it changes the array. An array whose list was
-  /// replaced by a null pointer has no children and takes none.
+  /// The live list of children, shared: a change of it changes the array. An array whose list is
+  /// set to null has no children and accepts none.
   const std::shared_ptr<Fields>& mutableFields() const { return _mutableFields; }
   void setMutableFields(std::shared_ptr<Fields> value) { _mutableFields = std::move(value); }
 
-  /// The child at `index`. Raises `ZtException` "OUT_OF_BOUNDS" for a negative index or one above
-  /// the last; in an array without children every other index raises the list's own range error,
-  /// which has another name. Callers tell the two apart.
+  /// The child at `index`. Throws `ZtException` "OUT_OF_BOUNDS" for a negative index or one above
+  /// the last; in an array without children every other index throws the list's own range error,
+  /// which has another name. Callers distinguish the two.
   std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
-  /// Removes the child at `index`; raises as `field`, and then changes nothing.
+  /// Removes the child at `index`; throws as `field`, and then changes nothing.
   void deleteField(std::int32_t index);
 
-  /// Each adds a child at the end and returns it, null when it could not be added. Names need be
+  /// Each adds a child at the end and returns it, null if it cannot be added. Names need be
   /// neither unique nor present.
   std::shared_ptr<ZtPortalPoolArray> addArray(const ZtString& name);
   std::shared_ptr<ZtPortalPoolString> addString(const ZtString& name, ZtString value);

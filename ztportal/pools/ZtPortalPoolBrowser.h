@@ -9,15 +9,16 @@
 #include "ztportal/base/ZtString.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
-/// A web browser of the inventory of the computer.
+/// A web browser in the inventory of the computer.
 ///
 ///     auto browser = computer->addBrowser("Firefox ESR", "128.3.0", 1);
 ///
-/// `isStandard` marks the one that the user opens web addresses with; a new record is not marked.
-/// Single reads and writes of texts are atomic.
+/// `isStandard` marks the user's default browser; a new record is not marked.
+/// Single reads and writes of strings are atomic.
 class ZT_EXPORT ZtPortalPoolBrowser {
   struct Creation {
     explicit Creation() = default;
@@ -40,8 +41,7 @@ class ZT_EXPORT ZtPortalPoolBrowser {
   void setIsStandard(ZtBOOL value) { _isStandard = value; }
 
  private:
-  friend class zt::PoolWriter;
-  void addFieldsTo(zt::PoolWriter& record) const;
+  friend struct zt::Fields<ZtPortalPoolBrowser>;
 
   ZtAtomic<ZtString> _appName;
   ZtAtomic<ZtString> _appVersion;

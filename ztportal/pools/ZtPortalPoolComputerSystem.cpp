@@ -1,8 +1,7 @@
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
 
 #include "ztportal/base/ZtException.h"
-#include "ztportal/pools/LanguageTable.h"
-#include "ztportal/pools/WritePool.h"
+#include "ztportal/pools/PoolWriter.h"
 
 namespace {
 
@@ -31,7 +30,7 @@ std::shared_ptr<ZtPortalPoolComputerSystem> ZtPortalPoolComputerSystem::initWith
 
 ZtPortalPoolComputerSystem::ZtPortalPoolComputerSystem(Creation creation, const ZtDate& timeStamp,
                                                        bool autoCheck)
-    : ZtPortalPool(creation, "COMPUTER_SYSTEM", timeStamp) {
+    : ZtPortalPool(creation, zt::Fields<ZtPortalPoolComputerSystem>::kType, timeStamp) {
   if (autoCheck) checkComputerSystem();
 }
 
@@ -39,19 +38,7 @@ ZtPortalPoolComputerSystem::~ZtPortalPoolComputerSystem() = default;
 
 void ZtPortalPoolComputerSystem::addToXml(const ZtString& prefix, std::string& xml,
                                           bool soap) const {
-  zt::writePool(*this, prefix, xml, soap, [this](zt::PoolWriter& pool) {
-    pool.string("OS_NAME", _osName);
-    pool.string("OS_VERSION", _osVersion);
-    pool.integer("OS_SERVICEPACK", _servicePack);
-    pool.string("OS_LANGUAGE", zt::languageName(_osLanguage).view());
-    pool.string("USER_LANGUAGE", zt::languageName(_userLanguage).view());
-    pool.boolean("USER_ISADMIN", _isAdmin);
-    pool.records("BROWSERS", browsers());
-    pool.records("EMAILCLIENTS", emailClients());
-    pool.boolean("WINDOWS_FIREWALL_ENABLED", 0);
-    pool.records("FIREWALLAPPS", firewallApps());
-    pool.records("ANTIVIRUSAPP", antivirusApps());
-  });
+  zt::writePool(*this, prefix, xml, soap);
 }
 
 std::shared_ptr<ZtPortalPoolBrowser> ZtPortalPoolComputerSystem::addBrowser(const ZtString& name,
@@ -76,3 +63,46 @@ std::shared_ptr<ZtPortalPoolFirewallApp> ZtPortalPoolComputerSystem::addFirewall
     const ZtString& name, const ZtString& version) {
   return addRecord(firewallApps(), name, version, kAsItIs);
 }
+
+std::shared_ptr<ZtPortalPoolBrowser> ZtPortalPoolBrowser::initWithNameAndVersion(
+    const ZtString& name, const ZtString& version) {
+  return std::make_shared<ZtPortalPoolBrowser>(Creation{}, name, version);
+}
+
+ZtPortalPoolBrowser::ZtPortalPoolBrowser(Creation /*creation*/, ZtString name, ZtString version)
+    : _appName(std::move(name)), _appVersion(std::move(version)) {}
+
+ZtPortalPoolBrowser::~ZtPortalPoolBrowser() = default;
+
+std::shared_ptr<ZtPortalPoolEMailClient> ZtPortalPoolEMailClient::initWithNameAndVersion(
+    const ZtString& name, const ZtString& version) {
+  return std::make_shared<ZtPortalPoolEMailClient>(Creation{}, name, version);
+}
+
+ZtPortalPoolEMailClient::ZtPortalPoolEMailClient(Creation /*creation*/, ZtString name,
+                                                 ZtString version)
+    : _appName(std::move(name)), _appVersion(std::move(version)) {}
+
+ZtPortalPoolEMailClient::~ZtPortalPoolEMailClient() = default;
+
+std::shared_ptr<ZtPortalPoolFirewallApp> ZtPortalPoolFirewallApp::initWithNameAndVersion(
+    const ZtString& name, const ZtString& version) {
+  return std::make_shared<ZtPortalPoolFirewallApp>(Creation{}, name, version);
+}
+
+ZtPortalPoolFirewallApp::ZtPortalPoolFirewallApp(Creation /*creation*/, ZtString name,
+                                                 ZtString version)
+    : _appName(std::move(name)), _appVersion(std::move(version)) {}
+
+ZtPortalPoolFirewallApp::~ZtPortalPoolFirewallApp() = default;
+
+std::shared_ptr<ZtPortalPoolAntivirusApp> ZtPortalPoolAntivirusApp::initWithNameAndVersion(
+    const ZtString& name, const ZtString& version) {
+  return std::make_shared<ZtPortalPoolAntivirusApp>(Creation{}, name, version);
+}
+
+ZtPortalPoolAntivirusApp::ZtPortalPoolAntivirusApp(Creation /*creation*/, ZtString name,
+                                                   ZtString version)
+    : _appName(std::move(name)), _appVersion(std::move(version)) {}
+
+ZtPortalPoolAntivirusApp::~ZtPortalPoolAntivirusApp() = default;

@@ -22,7 +22,7 @@
 ///     auto computer = document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
 ///     computer->addFirewallApp("firewalld", "1.3.3")->setIsEnabled(1);
 ///
-/// A new pool knows nothing: its texts are empty or missing, its languages neutral, its lists
+/// A new pool knows nothing: its strings are empty or missing, its languages neutral, its lists
 /// empty. `checkComputerSystem` fills it from the running machine.
 class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
  public:
@@ -44,13 +44,12 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
 
   /// Fills the pool from the machine: operating system, languages, rights, and the installed
   /// e-mail clients and web browsers of a fixed list, with the user's default ones marked. It runs
-  /// a child process and waits for it. Applications are added to those already in the lists, so a
-  /// second call lists them twice. What cannot be found out ends the check silently; what was found
-  /// until then stays.
+  /// a subprocess and waits for it. Applications are added to those already in the lists, so a
+  /// second call lists them twice. The first failure ends the check silently; earlier values stay.
   void checkComputerSystem();
 
-  /// Each adds a record at the end of its list and returns it, null when it could not be added.
-  /// Nothing looks for duplicates.
+  /// Each adds a record at the end of its list and returns it, null if it cannot be added.
+  /// Duplicates are kept.
   std::shared_ptr<ZtPortalPoolBrowser> addBrowser(const ZtString& name, const ZtString& version,
                                                   ZtBOOL isStandard);
   std::shared_ptr<ZtPortalPoolEMailClient> addEMailClient(const ZtString& name,
@@ -61,8 +60,8 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   std::shared_ptr<ZtPortalPoolFirewallApp> addFirewallApp(const ZtString& name,
                                                           const ZtString& version);
 
-  /// The lists themselves, which the host may change. A list replaced by a null pointer is empty
-  /// and takes no record.
+  /// The lists themselves, which the host may change. A list set to null is empty and
+  /// accepts no record.
   std::shared_ptr<Browsers> browsers() const { return _browsers.load(); }
   void setBrowsers(std::shared_ptr<Browsers> value) { _browsers.store(std::move(value)); }
   std::shared_ptr<EMailClients> emailClients() const { return _emailClients.load(); }
@@ -86,7 +85,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   /// For the host alone; no report carries it.
   ZtString osBuildString() const { return _osBuildString.load(); }
   void setOsBuildString(ZtString value) { _osBuildString.store(std::move(value)); }
-  /// Languages are a `ZtLanguage` or any other number, which is written as an empty text.
+  /// Languages are a `ZtLanguage` or any other number, which is written as an empty value.
   std::uint64_t osLanguage() const { return _osLanguage; }
   void setOsLanguage(std::uint64_t value) { _osLanguage = value; }
   std::uint64_t userLanguage() const { return _userLanguage; }
@@ -99,6 +98,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   void setIsAdmin(ZtBOOL value) { _isAdmin = value; }
 
  private:
+  friend struct zt::Fields<ZtPortalPoolComputerSystem>;
   friend struct ZtTestAccess;
   bool _isCurrentUserAnAdmin() const;
   ZtString _getDefaultBrowserApp() const;

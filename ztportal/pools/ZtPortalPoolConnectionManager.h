@@ -16,7 +16,7 @@
 ///     usage->setDeviceIMEI("356938035643809");
 ///     usage->setMobileConnections(12);
 ///
-/// A new pool has empty texts, counters of zero, and no IMEI and IMSI: these two are written
+/// A new pool has empty strings, counters of zero, and no IMEI and IMSI: these two are written
 /// "(null)" until they are set. Every counter is written, whatever its value.
 class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
  public:
@@ -29,8 +29,8 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
 
   void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
 
-  /// Starts a new period: all counters are zero, the texts empty, the networks unknown. IMEI and
-  /// IMSI deliberately stay, since device and card do. Time stamp and generic fields stay, too.
+  /// Starts a new period: all counters are zero, the strings empty, the networks unknown. IMEI
+  /// and IMSI deliberately stay, since device and card do; timestamp and generic fields stay, too.
   void clear();
 
   ZtString deviceModel() const { return _deviceModel.load(); }
@@ -59,7 +59,7 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
   void setReceivedSMSReports(std::int32_t value) { _receivedSMSReports = value; }
   std::int32_t manualRegistrationsFailed() const { return _manualRegistrationsFailed; }
   void setManualRegistrationsFailed(std::int32_t value) { _manualRegistrationsFailed = value; }
-  /// Names of the networks; null when unknown. Never a part of a report.
+  /// Names of the networks; null when unknown. In no report.
   std::shared_ptr<const Networks> registeredRoamNetworks() const {
     return _registeredRoamNetworks.load();
   }
@@ -84,7 +84,7 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
   void setMobileRoamingConnectionsFailed(std::int32_t value) {
     _mobileRoamingConnectionsFailed = value;
   }
-  /// Bytes sent and received. Never a part of a report.
+  /// Bytes sent and received. In no report.
   std::int64_t mobileVolumeHome() const { return _mobileVolumeHome; }
   void setMobileVolumeHome(std::int64_t value) { _mobileVolumeHome = value; }
   std::int64_t mobileVolumeRoaming() const { return _mobileVolumeRoaming; }
@@ -99,6 +99,8 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
   }
 
  private:
+  friend struct zt::Fields<ZtPortalPoolConnectionManager>;
+
   ZtAtomic<ZtString> _deviceModel;
   ZtAtomic<ZtString> _deviceManufacturer;
   ZtAtomic<ZtString> _deviceIMEI;

@@ -12,7 +12,7 @@
 ///     pool->setSuccessfull(0);
 ///     pool->setEndTime(ZtDate::now());
 ///
-/// A new pool starts and ends at its own time stamp, is successful and has empty texts.
+/// A new pool starts and ends at its own timestamp, is successful and has empty strings.
 class ZT_EXPORT ZtPortalPoolDeinstallation final : public ZtPortalPool, public ZtPortalRunResult {
  public:
   static std::shared_ptr<ZtPortalPoolDeinstallation> initWithValues(const ZtDate& timeStamp);

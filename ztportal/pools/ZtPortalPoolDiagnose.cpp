@@ -2,7 +2,7 @@
 
 #include "ztportal/base/ZtException.h"
 #include "ztportal/pools/ListAccess.h"
-#include "ztportal/pools/WritePool.h"
+#include "ztportal/pools/PoolWriter.h"
 
 std::shared_ptr<ZtPortalPoolDiagnose> ZtPortalPoolDiagnose::initWithValues(
     const ZtDate& timeStamp) {
@@ -10,13 +10,12 @@ std::shared_ptr<ZtPortalPoolDiagnose> ZtPortalPoolDiagnose::initWithValues(
 }
 
 ZtPortalPoolDiagnose::ZtPortalPoolDiagnose(Creation creation, const ZtDate& timeStamp)
-    : ZtPortalPool(creation, "DIAGNOSE", timeStamp) {}
+    : ZtPortalPool(creation, zt::Fields<ZtPortalPoolDiagnose>::kType, timeStamp) {}
 
 ZtPortalPoolDiagnose::~ZtPortalPoolDiagnose() = default;
 
 void ZtPortalPoolDiagnose::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
-  zt::writePool(*this, prefix, xml, soap,
-                [this](zt::PoolWriter& pool) { pool.records("DIAGNOSESTEPS", *_diagnoseSteps); });
+  zt::writePool(*this, prefix, xml, soap);
 }
 
 std::shared_ptr<ZtPortalPoolDiagnoseStep> ZtPortalPoolDiagnose::diagnoseStep(
@@ -33,3 +32,14 @@ std::shared_ptr<ZtPortalPoolDiagnoseStep> ZtPortalPoolDiagnose::addStep(const Zt
 } catch (const ZtException&) {
   return nullptr;
 }
+
+std::shared_ptr<ZtPortalPoolDiagnoseStep> ZtPortalPoolDiagnoseStep::initWithValues(
+    const ZtDate& timeStamp, const ZtString& name, std::uint64_t type) {
+  return std::make_shared<ZtPortalPoolDiagnoseStep>(Creation{}, timeStamp, name, type);
+}
+
+ZtPortalPoolDiagnoseStep::ZtPortalPoolDiagnoseStep(Creation /*creation*/, ZtDate timeStamp,
+                                                   ZtString name, std::uint64_t type)
+    : _stepName(std::move(name)), _timeStamp(timeStamp), _diagnoseType(type) {}
+
+ZtPortalPoolDiagnoseStep::~ZtPortalPoolDiagnoseStep() = default;

@@ -34,5 +34,7 @@ class ZT_EXPORT ZtPortalPoolDiagnose final : public ZtPortalPool {
   std::shared_ptr<Steps> diagnoseSteps() const { return _diagnoseSteps; }
 
  private:
+  friend struct zt::Fields<ZtPortalPoolDiagnose>;
+
   const std::shared_ptr<Steps> _diagnoseSteps = std::make_shared<Steps>();
 };

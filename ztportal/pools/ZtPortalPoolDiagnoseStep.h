@@ -12,25 +12,26 @@
 #include "ztportal/pools/ZtPortalDef.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
 /// One step of a diagnose run. A new step counts as repaired until the host says otherwise; it is
-/// not cancelled and its texts are empty. The message code is text.
+/// not cancelled and its strings are empty. The message code is a string.
 ///
 ///     auto step = diagnose->addStep(ZtDate::now(), "DNS", ZtPortalDiagnoseAutomatic);
 ///     step->setStepMessageString("no name server");
 ///     step->setSuccessfullRepair(0);
 ///
-/// The time stamp is the host's own: deliberately, no report carries it. Single reads and writes of
-/// texts and dates are atomic.
+/// The timestamp is for the host alone: deliberately, no report carries it. Single reads and writes
+/// of strings and dates are atomic.
 class ZT_EXPORT ZtPortalPoolDiagnoseStep {
   struct Creation {
     explicit Creation() = default;
   };
 
  public:
-  /// `type` is a `ZtPortalDiagnoseType` or any other number, which is written as an empty text.
+  /// `type` is a `ZtPortalDiagnoseType` or any other number, which is written as an empty value.
   static std::shared_ptr<ZtPortalPoolDiagnoseStep> initWithValues(const ZtDate& timeStamp,
                                                                   const ZtString& name,
                                                                   std::uint64_t type);
@@ -54,15 +55,14 @@ class ZT_EXPORT ZtPortalPoolDiagnoseStep {
   void setSuccessfullRepair(ZtBOOL value) { _successfullRepair = value; }
   ZtBOOL cancelledRepair() const { return _cancelledRepair; }
   void setCancelledRepair(ZtBOOL value) { _cancelledRepair = value; }
-  /// A text and a flag for the host's own use.
+  /// A string and a flag for the host's own use.
   ZtString optionalString() const { return _optionalString.load(); }
   void setOptionalString(ZtString value) { _optionalString.store(std::move(value)); }
   ZtBOOL optionalBoolean() const { return _optionalBoolean; }
   void setOptionalBoolean(ZtBOOL value) { _optionalBoolean = value; }
 
  private:
-  friend class zt::PoolWriter;
-  void addFieldsTo(zt::PoolWriter& record) const;
+  friend struct zt::Fields<ZtPortalPoolDiagnoseStep>;
 
   ZtAtomic<ZtString> _stepName;
   ZtAtomic<ZtDate> _timeStamp;

@@ -2,7 +2,7 @@
 
 #include "ztportal/base/ZtException.h"
 #include "ztportal/pools/ListAccess.h"
-#include "ztportal/pools/WritePool.h"
+#include "ztportal/pools/PoolWriter.h"
 
 std::shared_ptr<ZtPortalPoolExecution> ZtPortalPoolExecution::initWithValues(
     const ZtDate& timeStamp) {
@@ -10,22 +10,13 @@ std::shared_ptr<ZtPortalPoolExecution> ZtPortalPoolExecution::initWithValues(
 }
 
 ZtPortalPoolExecution::ZtPortalPoolExecution(Creation creation, const ZtDate& timeStamp)
-    : ZtPortalPool(creation, "EXECUTION", timeStamp), ZtPortalRunResult(timeStamp) {}
+    : ZtPortalPool(creation, zt::Fields<ZtPortalPoolExecution>::kType, timeStamp),
+      ZtPortalRunResult(timeStamp) {}
 
 ZtPortalPoolExecution::~ZtPortalPoolExecution() = default;
 
 void ZtPortalPoolExecution::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
-  zt::writePool(*this, prefix, xml, soap, [this](zt::PoolWriter& pool) {
-    pool.string("INSTALLATION_TYPE", _executionType);
-    pool.string("START_POINT", _startPoint);
-    addStartTimeTo(pool);
-    pool.string("END_POINT", _endPoint);
-    addEndTimeTo(pool);
-    addResultTo(pool);
-    pool.boolean("CANCELLED", _cancelled);
-    addSuccessTo(pool);
-    pool.records("INSTALLATIONSTEPS", _executionSteps);
-  });
+  zt::writePool(*this, prefix, xml, soap);
 }
 
 std::shared_ptr<ZtPortalPoolExecutionStep> ZtPortalPoolExecution::addStep(const ZtDate& timeStamp,
@@ -47,3 +38,14 @@ std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> ZtPortalPoolExecution::e
     const {
   return _executionSteps;
 }
+
+std::shared_ptr<ZtPortalPoolExecutionStep> ZtPortalPoolExecutionStep::initWithValues(
+    const ZtDate& timeStamp, const ZtString& name, std::uint64_t type) {
+  return std::make_shared<ZtPortalPoolExecutionStep>(Creation{}, timeStamp, name, type);
+}
+
+ZtPortalPoolExecutionStep::ZtPortalPoolExecutionStep(Creation /*creation*/, ZtDate timeStamp,
+                                                     ZtString name, std::uint64_t type)
+    : _stepName(std::move(name)), _timeStamp(timeStamp), _stepType(type) {}
+
+ZtPortalPoolExecutionStep::~ZtPortalPoolExecutionStep() = default;

@@ -18,8 +18,8 @@
 ///     execution->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter);
 ///     execution->setEndResultCode("0");
 ///
-/// A new pool starts and ends at its own time stamp, is successful, not cancelled, of the type
-/// "Standard", and has empty texts.
+/// A new pool starts and ends at its own timestamp, is successful, not cancelled, of the type
+/// "Standard", and its strings are empty.
 class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool, public ZtPortalRunResult {
  public:
   static std::shared_ptr<ZtPortalPoolExecution> initWithValues(const ZtDate& timeStamp);
@@ -29,13 +29,13 @@ class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool, public ZtPort
 
   void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
 
-  /// Adds a step at the end and returns it, null when it could not be added. `type` is a
-  /// `ZtPortalStepType` or any other number, which is written as an empty text.
+  /// Adds a step at the end and returns it, null if it cannot be added. `type` is a
+  /// `ZtPortalStepType` or any other number, which is written as an empty value.
   std::shared_ptr<ZtPortalPoolExecutionStep> addStep(const ZtDate& timeStamp,
                                                      const ZtString& stepName, std::uint64_t type);
-  /// The step at `index`; raises as `ZtPortalPoolArray::field`.
+  /// The step at `index`; throws as `ZtPortalPoolArray::field`.
   std::shared_ptr<ZtPortalPoolExecutionStep> executionStep(std::int32_t index) const;
-  /// The steps now; what is added later is not in it.
+  /// A snapshot of the steps.
   std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> executionSteps() const;
 
   ZtString startPoint() const { return _startPoint.load(); }
@@ -48,6 +48,8 @@ class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool, public ZtPort
   void setExecutionType(ZtString value) { _executionType.store(std::move(value)); }
 
  private:
+  friend struct zt::Fields<ZtPortalPoolExecution>;
+
   std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> _executionSteps;
   ZtAtomic<ZtString> _startPoint{ZtString::constant<"">()};
   ZtAtomic<ZtString> _endPoint{ZtString::constant<"">()};

@@ -11,23 +11,24 @@
 #include "ztportal/pools/ZtPortalDef.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
-/// One step of an execution. Its message and code are empty at first; the code is text.
+/// One step of an execution. Its message and code are empty at first; the code is a string.
 ///
 ///     auto step = execution->addStep(ZtDate::now(), "Copy", ZtPortalStepError);
 ///     step->setStepMessageString("disk full");
 ///     step->setStepMessageCode("28");
 ///
-/// Single reads and writes of texts and dates are atomic.
+/// Single reads and writes of strings and dates are atomic.
 class ZT_EXPORT ZtPortalPoolExecutionStep {
   struct Creation {
     explicit Creation() = default;
   };
 
  public:
-  /// `type` is a `ZtPortalStepType` or any other number, which is written as an empty text.
+  /// `type` is a `ZtPortalStepType` or any other number, which is written as an empty value.
   static std::shared_ptr<ZtPortalPoolExecutionStep> initWithValues(const ZtDate& timeStamp,
                                                                    const ZtString& name,
                                                                    std::uint64_t type);
@@ -49,8 +50,7 @@ class ZT_EXPORT ZtPortalPoolExecutionStep {
   void setStepMessageCode(ZtString value) { _stepMessageCode.store(std::move(value)); }
 
  private:
-  friend class zt::PoolWriter;
-  void addFieldsTo(zt::PoolWriter& record) const;
+  friend struct zt::Fields<ZtPortalPoolExecutionStep>;
 
   ZtAtomic<ZtString> _stepMessageCode{ZtString::constant<"">()};
   ZtAtomic<ZtString> _stepMessageString{ZtString::constant<"">()};

@@ -10,11 +10,11 @@
 /// A named field of a pool. Without a value of any kind it is a bare field; the value fields and
 /// the array derive from it.
 ///
-/// A field is owned by the array that it was added to and shared with whoever holds it. It is
-/// filled and written by one thread at a time.
+/// The array that a field was added to and everyone who holds it share the field. One thread at a
+/// time may fill and write it.
 class ZT_EXPORT ZtPortalPoolField {
  protected:
-  /// Lets only this family of classes construct; others call the creating functions.
+  /// Only this class and those derived from it can construct; others call the static functions.
   struct Creation {
     explicit Creation() = default;
   };
@@ -27,12 +27,12 @@ class ZT_EXPORT ZtPortalPoolField {
   ZtPortalPoolField& operator=(const ZtPortalPoolField&) = delete;
   virtual ~ZtPortalPoolField();
 
-  /// Appends the field's lines to `xml`, each of them starting with `prefix` and ending with
+  /// Appends the field's lines to `xml`, each line starting with `prefix` and ending with
   /// CR LF; with `soap` the start tags carry their SOAP types.
   virtual void addToXml(const ZtString& prefix, std::string& xml, bool soap) const;
 
   const ZtString& fieldName() const { return _fieldName; }
-  /// The name is kept as it is: any text, missing ("(null)" when written), several times the same.
+  /// Any string, not necessarily unique; a missing one is written as "(null)".
   void setFieldName(ZtString value) { _fieldName = std::move(value); }
 
  private:

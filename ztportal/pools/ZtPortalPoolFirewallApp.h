@@ -9,15 +9,16 @@
 #include "ztportal/base/ZtString.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
-/// A firewall application of the inventory of the computer.
+/// A firewall application in the inventory of the computer.
 ///
 ///     auto app = computer->addFirewallApp("firewalld", "1.3.3");
 ///     app->setIsEnabled(1);
 ///
-/// A new record has an empty company and is not enabled. Single reads and writes of texts are
+/// A new record has an empty company and is not enabled. Single reads and writes of strings are
 /// atomic.
 class ZT_EXPORT ZtPortalPoolFirewallApp {
   struct Creation {
@@ -43,8 +44,7 @@ class ZT_EXPORT ZtPortalPoolFirewallApp {
   void setIsEnabled(ZtBOOL value) { _isEnabled = value; }
 
  private:
-  friend class zt::PoolWriter;
-  void addFieldsTo(zt::PoolWriter& record) const;
+  friend struct zt::Fields<ZtPortalPoolFirewallApp>;
 
   ZtAtomic<ZtString> _appName;
   ZtAtomic<ZtString> _appVersion;

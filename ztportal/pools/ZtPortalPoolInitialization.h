@@ -6,13 +6,13 @@
 #include "ztportal/pools/ZtPortalPool.h"
 #include "ztportal/pools/ZtPortalRunResult.h"
 
-/// The first set-up of a product. Pool type "INITIALIZATION".
+/// The first setup of a product. Pool type "INITIALIZATION".
 ///
 ///     auto pool = document->addPoolInitialization(ZtDate::now());
 ///     pool->setEndResultString("ready");
 ///     pool->setEndTime(ZtDate::now());
 ///
-/// A new pool starts and ends at its own time stamp, is successful and has empty texts.
+/// A new pool starts and ends at its own timestamp, is successful and has empty strings.
 class ZT_EXPORT ZtPortalPoolInitialization final : public ZtPortalPool, public ZtPortalRunResult {
  public:
   static std::shared_ptr<ZtPortalPoolInitialization> initWithValues(const ZtDate& timeStamp);

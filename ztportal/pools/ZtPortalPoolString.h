@@ -3,7 +3,7 @@
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/pools/ZtPortalPoolField.h"
 
-/// A field with a text. Reads and writes of the text are atomic.
+/// A field with a string. Reads and writes of the value are atomic.
 class ZT_EXPORT ZtPortalPoolString final : public ZtPortalPoolField {
  public:
   static std::shared_ptr<ZtPortalPoolString> initWithNameAndValue(const ZtString& name,

@@ -1,22 +1,39 @@
 #include "ztportal/pools/ZtPortalRunResult.h"
 
 #include "ztportal/pools/PoolWriter.h"
+#include "ztportal/pools/ZtPortalPoolDeinstallation.h"
+#include "ztportal/pools/ZtPortalPoolInitialization.h"
 
-void ZtPortalRunResult::addStartTimeTo(zt::PoolWriter& pool) const {
-  pool.date("START_TIME", _startTime);
+// The two pools that hold the result of a run and nothing else.
+
+std::shared_ptr<ZtPortalPoolDeinstallation> ZtPortalPoolDeinstallation::initWithValues(
+    const ZtDate& timeStamp) {
+  return std::make_shared<ZtPortalPoolDeinstallation>(Creation{}, timeStamp);
 }
 
-void ZtPortalRunResult::addEndTimeTo(zt::PoolWriter& pool) const {
-  pool.date("END_TIME", _endTime);
+ZtPortalPoolDeinstallation::ZtPortalPoolDeinstallation(Creation creation, const ZtDate& timeStamp)
+    : ZtPortalPool(creation, zt::Fields<ZtPortalPoolDeinstallation>::kType, timeStamp),
+      ZtPortalRunResult(timeStamp) {}
+
+ZtPortalPoolDeinstallation::~ZtPortalPoolDeinstallation() = default;
+
+void ZtPortalPoolDeinstallation::addToXml(const ZtString& prefix, std::string& xml,
+                                          bool soap) const {
+  zt::writePool(*this, prefix, xml, soap);
 }
 
-void ZtPortalRunResult::addResultTo(zt::PoolWriter& pool) const {
-  pool.string("END_RESULTSTRING", _endResultString);
-  pool.string("END_RESULTCODE", _endResultCode);
-  pool.string("END_ERRORMESSAGESTRING", _endErrorMessageString);
-  pool.string("END_ERRORMESSAGECODE", _endErrorMessageCode);
+std::shared_ptr<ZtPortalPoolInitialization> ZtPortalPoolInitialization::initWithValues(
+    const ZtDate& timeStamp) {
+  return std::make_shared<ZtPortalPoolInitialization>(Creation{}, timeStamp);
 }
 
-void ZtPortalRunResult::addSuccessTo(zt::PoolWriter& pool) const {
-  pool.boolean("SUCCESSFULL", _successfull);
+ZtPortalPoolInitialization::ZtPortalPoolInitialization(Creation creation, const ZtDate& timeStamp)
+    : ZtPortalPool(creation, zt::Fields<ZtPortalPoolInitialization>::kType, timeStamp),
+      ZtPortalRunResult(timeStamp) {}
+
+ZtPortalPoolInitialization::~ZtPortalPoolInitialization() = default;
+
+void ZtPortalPoolInitialization::addToXml(const ZtString& prefix, std::string& xml,
+                                          bool soap) const {
+  zt::writePool(*this, prefix, xml, soap);
 }

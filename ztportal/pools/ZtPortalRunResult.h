@@ -9,18 +9,19 @@
 #include "ztportal/base/ZtString.h"
 
 namespace zt {
-class PoolWriter;
+template <class Object>
+struct Fields;
 }
 
 /// How a run went: when it began and ended, with what result and error, and whether it succeeded.
-/// A part of the pools that describe a run; hosts reach it through them:
+/// A base class of the pools that describe a run; hosts use it through them:
 ///
 ///     auto pool = document->addPoolInitialization(ZtDate::now());
 ///     pool->setEndResultCode("0");
 ///     pool->setEndTime(ZtDate::now());
 ///
-/// A new run starts and ends at one time, is successful and has empty texts. Result and error
-/// codes are text. Single reads and writes of texts and dates are atomic.
+/// A new run starts and ends at one time, is successful and has empty strings. Result and error
+/// codes are strings. Single reads and writes of strings and dates are atomic.
 class ZT_EXPORT ZtPortalRunResult {
  public:
   ZtPortalRunResult(const ZtPortalRunResult&) = delete;
@@ -45,13 +46,9 @@ class ZT_EXPORT ZtPortalRunResult {
   explicit ZtPortalRunResult(const ZtDate& time) : _startTime(time), _endTime(time) {}
   ~ZtPortalRunResult() = default;
 
-  // The fields of a report in the order in which every run writes them.
-  void addStartTimeTo(zt::PoolWriter& pool) const;
-  void addEndTimeTo(zt::PoolWriter& pool) const;
-  void addResultTo(zt::PoolWriter& pool) const;
-  void addSuccessTo(zt::PoolWriter& pool) const;
-
  private:
+  friend struct zt::Fields<ZtPortalRunResult>;
+
   ZtAtomic<ZtDate> _startTime;
   ZtAtomic<ZtDate> _endTime;
   ZtAtomic<ZtString> _endResultString{ZtString::constant<"">()};

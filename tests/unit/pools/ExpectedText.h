@@ -6,7 +6,7 @@
 
 namespace zt::test {
 
-/// What a pool should write, put together line by line and independently of the library:
+/// The text that a pool should write, built line by line and independently of the library:
 ///
 ///     ExpectedText text(true, 4);       // with SOAP types, four blanks before the pool
 ///     text.beginPool("DIAGNOSE", "2026-11-21T12:00:00.123UTC");

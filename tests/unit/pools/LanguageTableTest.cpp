@@ -99,13 +99,4 @@ TEST(LanguageTableTest, TheEnumerationHasTheNumbers) {
   static_assert(sizeof(ZtLanguage) == 8);
 }
 
-TEST(LanguageTableTest, DiagnoseTypesHaveTheirNumbersAndTexts) {
-  EXPECT_EQ(ZtPortalDiagnoseManual, 0U);
-  EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(0), "MANUAL");
-  EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(1), "AUTOMATIC");
-  EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(2), "RIS");
-  EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(3), "");
-  EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(~std::uint64_t{0}), "");
-}
-
 }  // namespace

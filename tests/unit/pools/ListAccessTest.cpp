@@ -6,11 +6,12 @@
 #include <memory>
 #include <vector>
 
-#include "tests/support/Printing.h"
-#include "ztportal/base/ZtException.h"
+#include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ListAccess.h"
 
 namespace {
+
+using zt::test::thrownBy;
 
 constexpr std::int32_t kLowest = std::numeric_limits<std::int32_t>::min();
 constexpr std::int32_t kHighest = std::numeric_limits<std::int32_t>::max();
@@ -24,55 +25,33 @@ TEST(ListAccessTest, EveryPositionInTheListIsItself) {
   EXPECT_EQ(zt::checkedPosition(5, std::numeric_limits<std::size_t>::max()), 5U);
 }
 
-TEST(ListAccessTest, AWrongIndexIsOutOfBoundsAndNamedWithoutASign) {
-  struct Row {
+TEST(ListAccessTest, AWrongIndexIsOutOfBoundsAndAnEmptyListHasARangeErrorOfItsOwn) {
+  const struct {
     std::int32_t index;
     std::size_t count;
-    const char* reason;
+    const char* thrown;
+  } rows[] = {
+      {-1, 3, "OUT_OF_BOUNDS: Index (4294967295) out of bounds"},
+      {-1, 0, "OUT_OF_BOUNDS: Index (4294967295) out of bounds"},
+      {-2, 1, "OUT_OF_BOUNDS: Index (4294967294) out of bounds"},
+      {kLowest, 3, "OUT_OF_BOUNDS: Index (2147483648) out of bounds"},
+      {kLowest, 0, "OUT_OF_BOUNDS: Index (2147483648) out of bounds"},
+      {1, 1, "OUT_OF_BOUNDS: Index (1) out of bounds"},
+      {3, 3, "OUT_OF_BOUNDS: Index (3) out of bounds"},
+      {4, 3, "OUT_OF_BOUNDS: Index (4) out of bounds"},
+      {kHighest, 3, "OUT_OF_BOUNDS: Index (2147483647) out of bounds"},
+      {kHighest, std::size_t{2147483647}, "OUT_OF_BOUNDS: Index (2147483647) out of bounds"},
+      {0, 0, "LIST_RANGE: Index 0 in an empty list"},
+      {1, 0, "LIST_RANGE: Index 1 in an empty list"},
+      {kHighest, 0, "LIST_RANGE: Index 2147483647 in an empty list"},
   };
-  const Row table[] = {
-      {-1, 3, "Index (4294967295) out of bounds"},
-      {-1, 0, "Index (4294967295) out of bounds"},
-      {-2, 1, "Index (4294967294) out of bounds"},
-      {kLowest, 3, "Index (2147483648) out of bounds"},
-      {kLowest, 0, "Index (2147483648) out of bounds"},
-      {1, 1, "Index (1) out of bounds"},
-      {3, 3, "Index (3) out of bounds"},
-      {4, 3, "Index (4) out of bounds"},
-      {kHighest, 3, "Index (2147483647) out of bounds"},
-      {kHighest, std::size_t{2147483647}, "Index (2147483647) out of bounds"},
-  };
-  for (const Row& row : table) {
-    try {
-      zt::checkedPosition(row.index, row.count);
-      ADD_FAILURE() << "nothing raised for " << row.index << " of " << row.count;
-    } catch (const ZtException& error) {
-      EXPECT_EQ(error.name(), "OUT_OF_BOUNDS") << row.index << " of " << row.count;
-      EXPECT_EQ(error.reason(), row.reason);
-    }
+  for (const auto& row : rows) {
+    EXPECT_EQ(thrownBy([&row] { zt::checkedPosition(row.index, row.count); }), row.thrown)
+        << row.index << " of " << row.count;
   }
 }
 
-TEST(ListAccessTest, AnEmptyListRaisesARangeErrorOfItsOwn) {
-  struct Row {
-    std::int32_t index;
-    const char* reason;
-  };
-  const Row table[] = {{0, "Index 0 in an empty list"},
-                       {1, "Index 1 in an empty list"},
-                       {kHighest, "Index 2147483647 in an empty list"}};
-  for (const Row& row : table) {
-    try {
-      zt::checkedPosition(row.index, 0);
-      ADD_FAILURE() << "nothing raised for " << row.index;
-    } catch (const ZtException& error) {
-      EXPECT_EQ(error.name(), "LIST_RANGE") << row.index;
-      EXPECT_EQ(error.reason(), row.reason);
-    }
-  }
-}
-
-TEST(ListAccessTest, GivesTheEntryItself) {
+TEST(ListAccessTest, ReturnsTheEntryItself) {
   const std::vector<std::shared_ptr<int>> list{std::make_shared<int>(1), nullptr,
                                                std::make_shared<int>(3)};
   EXPECT_EQ(zt::entryAt(list, 0), list[0]);

@@ -2,17 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include <initializer_list>
 #include <string>
-#include <string_view>
 
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtException.h"
 
 namespace zt::test {
 
-/// Texts of dates are those of Greenwich, whatever the machine is set to.
+/// Dates are written in UTC and the C locale, whatever the machine is set to.
 class PoolsFixture : public ::testing::Test {
  private:
   ScopedEnvironment _zone{"TZ", "UTC"};
@@ -26,14 +25,15 @@ inline constexpr ZtDate kLater = ZtDate::fromMilliseconds(1795262401250);
 /// Written "1970-01-01T00:00:00.000UTC".
 inline constexpr ZtDate kEpoch = ZtDate::fromMilliseconds(0);
 
-/// A text of these lines, each of them ended by carriage return and line feed.
-inline std::string lines(std::initializer_list<std::string_view> all) {
-  std::string text;
-  for (const std::string_view line : all) {
-    text += line;
-    text += "\r\n";
+/// "NAME: reason" of the `ZtException` that `call` throws.
+template <class Call>
+std::string thrownBy(Call call) {
+  try {
+    call();
+  } catch (const ZtException& error) {
+    return std::string(error.name().view()) + ": " + std::string(error.reason().view());
   }
-  return text;
+  return "nothing";
 }
 
 /// What `writer` (a field, a pool) appends to an empty text.

@@ -1,14 +1,9 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdio>
-#include <cstring>
 #include <limits>
-#include <locale>
-#include <random>
 #include <string>
 #include <thread>
-#include <utility>
 #include <vector>
 
 #include "tests/unit/pools/PoolsFixture.h"
@@ -16,31 +11,19 @@
 
 namespace {
 
-using namespace std::string_view_literals;
 using zt::test::kEpoch;
 using zt::test::kNoon;
 using zt::test::ScopedEnvironment;
 
 class ZtPortalDefTest : public zt::test::PoolsFixture {};
 
-// The whole text of one plain field at column 0.
-std::string plainField(const std::string& type, const std::string& name, const std::string& value) {
-  return "<Field FieldType=\"" + type + "\">\r\n  <Name>" + name + "</Name>\r\n  <Value>" + value +
-         "</Value>\r\n</Field>\r\n";
-}
-
-TEST_F(ZtPortalDefTest, AnAttributeIsABlankAndTheTextWithSoap) {
+TEST_F(ZtPortalDefTest, AnAttributeIsABlankAndTheTextWithSoapAndEmptyWithout) {
   EXPECT_EQ(ZtPortalDef::appendSOAPParams(true, "xsi:type=\"com_Field\""),
             " xsi:type=\"com_Field\"");
-  EXPECT_EQ(ZtPortalDef::appendSOAPParams(true, "a"), " a");
   EXPECT_EQ(ZtPortalDef::appendSOAPParams(true, ""), " ");
   EXPECT_EQ(ZtPortalDef::appendSOAPParams(true, nullptr), " (null)");
-}
-
-TEST_F(ZtPortalDefTest, AnAttributeIsEmptyWithoutSoap) {
   EXPECT_EQ(ZtPortalDef::appendSOAPParams(false, "xsi:type=\"com_Field\""), "");
   EXPECT_EQ(ZtPortalDef::appendSOAPParams(false, ""), "");
-  EXPECT_EQ(ZtPortalDef::appendSOAPParams(false, nullptr), "");
   EXPECT_FALSE(ZtPortalDef::appendSOAPParams(false, nullptr).isNull());
 }
 
@@ -91,14 +74,12 @@ TEST_F(ZtPortalDefTest, TheZoneIsAskedAfreshForEveryDate) {
 
 TEST_F(ZtPortalDefTest, ManyThreadsMayWriteTextsOfTheirOwn) {
   const ZtString name = "SHARED";
-  const ZtString value = "value";
   std::vector<std::string> texts(4);
   std::vector<std::thread> threads;
   threads.reserve(texts.size());
   for (std::string& text : texts) {
-    threads.emplace_back([&text, &name, &value] {
+    threads.emplace_back([&text, &name] {
       for (int round = 0; round < 50; ++round) {
-        ZtPortalDef::addStringFieldToXml("", text, name, value, false);
         ZtPortalDef::addStringFieldToXml("", text, name, ZtPortalDef::stringFromDate(kNoon), false);
       }
     });
@@ -106,37 +87,36 @@ TEST_F(ZtPortalDefTest, ManyThreadsMayWriteTextsOfTheirOwn) {
   for (std::thread& thread : threads) thread.join();
   std::string expected;
   for (int round = 0; round < 50; ++round) {
-    expected += plainField("string", "SHARED", "value");
-    expected += plainField("string", "SHARED", "2026-11-21T12:00:00.123UTC");
+    expected +=
+        "<Field FieldType=\"string\">\r\n  <Name>SHARED</Name>\r\n"
+        "  <Value>2026-11-21T12:00:00.123UTC</Value>\r\n</Field>\r\n";
   }
   for (const std::string& text : texts) EXPECT_EQ(text, expected);
 }
 
-TEST_F(ZtPortalDefTest, StepTypesHaveTheirNumbersAndTexts) {
-  EXPECT_EQ(std::uint64_t{ZtPortalStepEnter}, 0U);
-  EXPECT_EQ(std::uint64_t{ZtPortalStepLeave}, 1U);
-  EXPECT_EQ(std::uint64_t{ZtPortalStepExit}, 2U);
-  EXPECT_EQ(std::uint64_t{ZtPortalStepInfo}, 3U);
-  EXPECT_EQ(std::uint64_t{ZtPortalStepError}, 4U);
-  EXPECT_EQ(ZtPortalDef::stepTypeToString(0), "ENTER");
-  EXPECT_EQ(ZtPortalDef::stepTypeToString(1), "LEAVE");
-  EXPECT_EQ(ZtPortalDef::stepTypeToString(2), "EXIT");
-  EXPECT_EQ(ZtPortalDef::stepTypeToString(3), "INFO");
-  EXPECT_EQ(ZtPortalDef::stepTypeToString(4), "ERROR");
-}
-
-TEST_F(ZtPortalDefTest, OtherStepTypesHaveTheEmptyText) {
-  const std::uint64_t table[] = {5,
-                                 6,
-                                 7,
-                                 255,
-                                 std::uint64_t{1} << 32U,
-                                 (std::uint64_t{1} << 32U) + 1,
-                                 std::numeric_limits<std::uint64_t>::max()};
-  for (const std::uint64_t type : table) {
-    EXPECT_EQ(ZtPortalDef::stepTypeToString(type), "") << type;
-    EXPECT_FALSE(ZtPortalDef::stepTypeToString(type).isNull()) << type;
+TEST_F(ZtPortalDefTest, TypesOfStepsHaveTheirNumbersAndTextsAndOthersTheEmptyText) {
+  struct Row {
+    std::uint64_t number;
+    const char* stepType;
+    const char* diagnoseType;
+  };
+  const Row table[] = {{ZtPortalStepEnter, "ENTER", "MANUAL"},
+                       {ZtPortalStepLeave, "LEAVE", "AUTOMATIC"},
+                       {ZtPortalStepExit, "EXIT", "RIS"},
+                       {ZtPortalStepInfo, "INFO", ""},
+                       {ZtPortalStepError, "ERROR", ""},
+                       {5, "", ""},
+                       {255, "", ""},
+                       {(std::uint64_t{1} << 32U) + 1, "", ""},
+                       {std::numeric_limits<std::uint64_t>::max(), "", ""}};
+  for (const Row& row : table) {
+    EXPECT_EQ(ZtPortalDef::stepTypeToString(row.number), row.stepType) << row.number;
+    EXPECT_EQ(ZtPortalDef::diagnoseTypeToString(row.number), row.diagnoseType) << row.number;
   }
+  EXPECT_EQ(std::uint64_t{ZtPortalStepEnter}, 0U);
+  EXPECT_EQ(std::uint64_t{ZtPortalStepError}, 4U);
+  EXPECT_EQ(std::uint64_t{ZtPortalDiagnoseManual}, 0U);
+  EXPECT_EQ(std::uint64_t{ZtPortalDiagnoseRIS}, 2U);
 }
 
 }  // namespace

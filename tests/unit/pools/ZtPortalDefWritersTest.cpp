@@ -7,115 +7,103 @@
 #include <locale>
 #include <random>
 #include <string>
-#include <thread>
 #include <utility>
-#include <vector>
 
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalDef.h"
 
+// The writers of single fields. Other tests of pools need not repeat how values are written.
+
 namespace {
 
-using namespace std::string_view_literals;
+class ZtPortalDefWritersTest : public zt::test::PoolsFixture {
+ protected:
+  static std::string stringField(const ZtString& name, const ZtString& value) {
+    std::string xml;
+    ZtPortalDef::addStringFieldToXml("", xml, name, value, false);
+    return xml;
+  }
+  static std::string floatField(float value) {
+    std::string xml;
+    ZtPortalDef::addFloatFieldToXml("", xml, "F", value, false);
+    return xml;
+  }
+  /// The four kinds of fields with these names and prefixes.
+  static std::string allFields(const ZtString& prefix, const ZtString& name) {
+    std::string xml;
+    ZtPortalDef::addStringFieldToXml(prefix, xml, name, "V", false);
+    ZtPortalDef::addIntegerFieldToXml(prefix, xml, name, 3, false);
+    ZtPortalDef::addFloatFieldToXml(prefix, xml, name, 1.0F, false);
+    ZtPortalDef::addBOOLFieldToXml(prefix, xml, name, 1, false);
+    return xml;
+  }
 
-class ZtPortalDefWritersTest : public zt::test::PoolsFixture {};
+  /// The plain text of one field.
+  static std::string plain(const std::string& type, const std::string& name,
+                           const std::string& value, const std::string& prefix = "") {
+    return prefix + "<Field FieldType=\"" + type + "\">\r\n" + prefix + "  <Name>" + name +
+           "</Name>\r\n" + prefix + "  <Value>" + value + "</Value>\r\n" + prefix + "</Field>\r\n";
+  }
+  static std::string allPlain(const std::string& prefix, const std::string& name) {
+    return plain("string", name, "V", prefix) + plain("integer", name, "3", prefix) +
+           plain("float", name, "1.00", prefix) + plain("boolean", name, "TRUE", prefix);
+  }
 
-// The whole text of one plain field at column 0.
-std::string plainField(const std::string& type, const std::string& name, const std::string& value) {
-  return "<Field FieldType=\"" + type + "\">\r\n  <Name>" + name + "</Name>\r\n  <Value>" + value +
-         "</Value>\r\n</Field>\r\n";
-}
+  static float floatFromBits(std::uint32_t bits) {
+    float value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+  }
+};
 
-std::string plainFloat(float value) {
-  std::string xml;
-  ZtPortalDef::addFloatFieldToXml("", xml, "F", value, false);
-  return xml;
-}
-
-float floatFromBits(std::uint32_t bits) {
-  float value = 0;
-  std::memcpy(&value, &bits, sizeof value);
-  return value;
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesAStringFieldWithSoap) {
-  std::string xml;
+TEST_F(ZtPortalDefWritersTest, WritesFieldsOfEveryTypeWithSoap) {
+  std::string xml = "old";
   ZtPortalDef::addStringFieldToXml("    ", xml, "Result", "OK", true);
+  ZtPortalDef::addIntegerFieldToXml("  ", xml, "COUNT", 7, true);
+  ZtPortalDef::addFloatFieldToXml("   ", xml, "RATIO", 2.5F, true);
+  ZtPortalDef::addBOOLFieldToXml("", xml, "DONE", 1, true);
   EXPECT_EQ(xml,
-            "    <Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n"
+            "old    <Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n"
             "      <Name xsi:type=\"xsd:string\">Result</Name>\r\n"
             "      <Value xsi:type=\"xsd:string\">OK</Value>\r\n"
-            "    </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesAStringFieldPlainWithoutAnyAttributeButItsType) {
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("    ", xml, "Result", "OK", false);
-  EXPECT_EQ(xml,
-            "    <Field FieldType=\"string\">\r\n"
-            "      <Name>Result</Name>\r\n"
-            "      <Value>OK</Value>\r\n"
-            "    </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesAnIntegerFieldWithSoap) {
-  std::string xml;
-  ZtPortalDef::addIntegerFieldToXml("  ", xml, "COUNT", 7, true);
-  EXPECT_EQ(xml,
+            "    </Field>\r\n"
             "  <Field xsi:type=\"com_Field\" FieldType=\"integer\">\r\n"
             "    <Name xsi:type=\"xsd:string\">COUNT</Name>\r\n"
             "    <Value xsi:type=\"xsd:string\">7</Value>\r\n"
-            "  </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesAnIntegerFieldPlain) {
-  std::string xml;
-  ZtPortalDef::addIntegerFieldToXml("  ", xml, "COUNT", -7, false);
-  EXPECT_EQ(xml,
-            "  <Field FieldType=\"integer\">\r\n"
-            "    <Name>COUNT</Name>\r\n"
-            "    <Value>-7</Value>\r\n"
-            "  </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesAFloatFieldWithSoap) {
-  std::string xml;
-  ZtPortalDef::addFloatFieldToXml("   ", xml, "RATIO", 2.5F, true);
-  EXPECT_EQ(xml,
+            "  </Field>\r\n"
             "   <Field xsi:type=\"com_Field\" FieldType=\"float\">\r\n"
             "     <Name xsi:type=\"xsd:string\">RATIO</Name>\r\n"
             "     <Value xsi:type=\"xsd:string\">2.50</Value>\r\n"
-            "   </Field>\r\n");
+            "   </Field>\r\n"
+            "<Field xsi:type=\"com_Field\" FieldType=\"boolean\">\r\n"
+            "  <Name xsi:type=\"xsd:string\">DONE</Name>\r\n"
+            "  <Value xsi:type=\"xsd:string\">TRUE</Value>\r\n"
+            "</Field>\r\n");
 }
 
-TEST_F(ZtPortalDefWritersTest, WritesAFloatFieldPlain) {
-  std::string xml;
+TEST_F(ZtPortalDefWritersTest, WritesFieldsPlainWithoutAnyAttributeButTheirType) {
+  std::string xml = "old";
+  ZtPortalDef::addStringFieldToXml("    ", xml, "Result", "OK", false);
+  ZtPortalDef::addIntegerFieldToXml("  ", xml, "COUNT", -7, false);
   ZtPortalDef::addFloatFieldToXml("   ", xml, "RATIO", -2.5F, false);
+  ZtPortalDef::addBOOLFieldToXml("", xml, "DONE", 0, false);
   EXPECT_EQ(xml,
+            "old    <Field FieldType=\"string\">\r\n"
+            "      <Name>Result</Name>\r\n"
+            "      <Value>OK</Value>\r\n"
+            "    </Field>\r\n"
+            "  <Field FieldType=\"integer\">\r\n"
+            "    <Name>COUNT</Name>\r\n"
+            "    <Value>-7</Value>\r\n"
+            "  </Field>\r\n"
             "   <Field FieldType=\"float\">\r\n"
             "     <Name>RATIO</Name>\r\n"
             "     <Value>-2.50</Value>\r\n"
-            "   </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesABooleanFieldWithSoap) {
-  std::string xml;
-  ZtPortalDef::addBOOLFieldToXml(" ", xml, "DONE", 1, true);
-  EXPECT_EQ(xml,
-            " <Field xsi:type=\"com_Field\" FieldType=\"boolean\">\r\n"
-            "   <Name xsi:type=\"xsd:string\">DONE</Name>\r\n"
-            "   <Value xsi:type=\"xsd:string\">TRUE</Value>\r\n"
-            " </Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, WritesABooleanFieldPlain) {
-  std::string xml;
-  ZtPortalDef::addBOOLFieldToXml(" ", xml, "DONE", 0, false);
-  EXPECT_EQ(xml,
-            " <Field FieldType=\"boolean\">\r\n"
-            "   <Name>DONE</Name>\r\n"
-            "   <Value>FALSE</Value>\r\n"
-            " </Field>\r\n");
+            "   </Field>\r\n"
+            "<Field FieldType=\"boolean\">\r\n"
+            "  <Name>DONE</Name>\r\n"
+            "  <Value>FALSE</Value>\r\n"
+            "</Field>\r\n");
 }
 
 TEST_F(ZtPortalDefWritersTest, WritesIntegersInDecimalDigits) {
@@ -131,7 +119,7 @@ TEST_F(ZtPortalDefWritersTest, WritesIntegersInDecimalDigits) {
   for (const auto& [value, expected] : table) {
     std::string xml;
     ZtPortalDef::addIntegerFieldToXml("", xml, "I", value, false);
-    EXPECT_EQ(xml, plainField("integer", "I", expected)) << value;
+    EXPECT_EQ(xml, plain("integer", "I", expected)) << value;
   }
 }
 
@@ -172,7 +160,7 @@ TEST_F(ZtPortalDefWritersTest, WritesFloatsWithTwoDigitsAfterThePoint) {
       {floatFromBits(0xFFC00000), "-nan"},
   };
   for (const auto& [value, expected] : table) {
-    EXPECT_EQ(plainFloat(value), plainField("float", "F", expected)) << value;
+    EXPECT_EQ(floatField(value), plain("float", "F", expected)) << value;
   }
 }
 
@@ -185,130 +173,53 @@ TEST_F(ZtPortalDefWritersTest, RoundsFloatsAsTheCLibraryDoes) {
                                    : static_cast<float>(static_cast<std::int32_t>(bits)) / 1e6F;
     char expected[64];
     std::snprintf(expected, sizeof expected, "%1.2f", static_cast<double>(value));
-    ASSERT_EQ(plainFloat(value), plainField("float", "F", expected)) << "bits " << bits;
+    ASSERT_EQ(floatField(value), plain("float", "F", expected)) << "bits " << bits;
   }
 }
 
-TEST_F(ZtPortalDefWritersTest, WritesNumbersTheSameWhateverTheLocaleOfTheProgram) {
+TEST_F(ZtPortalDefWritersTest, WritesNumbersTheSameInEveryLocaleOfTheProgram) {
   struct Grouping final : std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
     std::string do_grouping() const override { return "\3"; }
   };
   const std::locale before = std::locale::global(std::locale(std::locale(), new Grouping));
-  std::string xml;
-  ZtPortalDef::addFloatFieldToXml("", xml, "F", 1234567.5F, false);
+  std::string xml = floatField(1234567.5F);
   ZtPortalDef::addIntegerFieldToXml("", xml, "I", 1234567, false);
   std::locale::global(before);
-  EXPECT_EQ(xml, plainField("float", "F", "1234567.50") + plainField("integer", "I", "1234567"));
+  EXPECT_EQ(xml, plain("float", "F", "1234567.50") + plain("integer", "I", "1234567"));
 }
 
 TEST_F(ZtPortalDefWritersTest, OnlyAByteOfExactlyOneIsTrue) {
-  for (int byte = -128; byte <= 127; ++byte) {
+  for (int byte = -128; byte <= 255; ++byte) {
     std::string xml;
     ZtPortalDef::addBOOLFieldToXml("", xml, "B", static_cast<ZtBOOL>(byte), false);
-    EXPECT_EQ(xml, plainField("boolean", "B", byte == 1 ? "TRUE" : "FALSE")) << byte;
+    EXPECT_EQ(xml, plain("boolean", "B", byte == 1 ? "TRUE" : "FALSE")) << byte;
   }
 }
 
-TEST_F(ZtPortalDefWritersTest, TheByte255IsFalse) {
-  std::string xml;
-  ZtPortalDef::addBOOLFieldToXml("", xml, "B", static_cast<ZtBOOL>(255), false);
-  EXPECT_EQ(xml, plainField("boolean", "B", "FALSE"));
-}
-
-TEST_F(ZtPortalDefWritersTest, AnEmptyPrefixStartsAtTheFirstColumn) {
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, "N", "V", true);
-  EXPECT_EQ(xml,
-            "<Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n"
-            "  <Name xsi:type=\"xsd:string\">N</Name>\r\n"
-            "  <Value xsi:type=\"xsd:string\">V</Value>\r\n"
-            "</Field>\r\n");
-}
-
-TEST_F(ZtPortalDefWritersTest, EveryLineStartsWithThePrefixWhateverItIs) {
-  struct Row {
-    ZtString prefix;
-    std::string written;
-  };
-  const Row table[] = {{"\t", "\t"},
-                       {"ab", "ab"},
-                       {"<&>", "<&>"},
-                       {std::string(100, ' '), std::string(100, ' ')},
-                       {nullptr, "(null)"}};
-  for (const Row& row : table) {
-    const std::string& p = row.written;
-    const auto expected = [&p](const std::string& type, const std::string& value) {
-      return p + "<Field FieldType=\"" + type + "\">\r\n" + p + "  <Name>N</Name>\r\n" + p +
-             "  <Value>" + value + "</Value>\r\n" + p + "</Field>\r\n";
-    };
-    std::string xml;
-    ZtPortalDef::addStringFieldToXml(row.prefix, xml, "N", "V", false);
-    EXPECT_EQ(xml, expected("string", "V"));
-    xml.clear();
-    ZtPortalDef::addIntegerFieldToXml(row.prefix, xml, "N", 3, false);
-    EXPECT_EQ(xml, expected("integer", "3"));
-    xml.clear();
-    ZtPortalDef::addFloatFieldToXml(row.prefix, xml, "N", 1.0F, false);
-    EXPECT_EQ(xml, expected("float", "1.00"));
-    xml.clear();
-    ZtPortalDef::addBOOLFieldToXml(row.prefix, xml, "N", 1, false);
-    EXPECT_EQ(xml, expected("boolean", "TRUE"));
+TEST_F(ZtPortalDefWritersTest, EveryLineStartsWithThePrefix) {
+  const std::string blanks(100, ' ');
+  for (const std::string& prefix :
+       {std::string("\t"), std::string("ab"), std::string("<&>"), blanks}) {
+    EXPECT_EQ(allFields(prefix, "N"), allPlain(prefix, "N"));
   }
+  EXPECT_EQ(allFields(nullptr, "N"), allPlain("(null)", "N"));
 }
 
-TEST_F(ZtPortalDefWritersTest, MissingNamesAndValuesAreWrittenAsNull) {
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, nullptr, nullptr, false);
-  EXPECT_EQ(xml, plainField("string", "(null)", "(null)"));
-  xml.clear();
-  ZtPortalDef::addIntegerFieldToXml("", xml, nullptr, 1, false);
-  EXPECT_EQ(xml, plainField("integer", "(null)", "1"));
-  xml.clear();
-  ZtPortalDef::addFloatFieldToXml("", xml, nullptr, 1.0F, false);
-  EXPECT_EQ(xml, plainField("float", "(null)", "1.00"));
-  xml.clear();
-  ZtPortalDef::addBOOLFieldToXml("", xml, nullptr, 1, false);
-  EXPECT_EQ(xml, plainField("boolean", "(null)", "TRUE"));
+TEST_F(ZtPortalDefWritersTest, MissingNamesAndValuesAreWrittenAsNullAndEmptyOnesStayEmpty) {
+  EXPECT_EQ(allFields("", nullptr), allPlain("", "(null)"));
+  EXPECT_EQ(stringField(nullptr, nullptr), plain("string", "(null)", "(null)"));
+  EXPECT_EQ(stringField("", ""), plain("string", "", ""));
 }
 
-TEST_F(ZtPortalDefWritersTest, EmptyNamesAndValuesStayEmpty) {
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, "", "", false);
-  EXPECT_EQ(xml, plainField("string", "", ""));
-}
-
-TEST_F(ZtPortalDefWritersTest, NothingIsEscaped) {
-  const std::string markup = "a < b && \"c\" > 'd' ]]> <!-- &amp; %@ %s %d";
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, markup, markup, false);
-  EXPECT_EQ(xml, plainField("string", markup, markup));
-}
-
-TEST_F(ZtPortalDefWritersTest, EveryByteIsWrittenAsItIs) {
+TEST_F(ZtPortalDefWritersTest, NamesAndValuesAreWrittenByteForByte) {
   std::string bytes = "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80";  // a umlaut, euro sign, a smiley
   for (int byte = 0; byte <= 255; ++byte) bytes += static_cast<char>(byte);
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, bytes, bytes, false);
-  EXPECT_EQ(xml, plainField("string", bytes, bytes));
-}
-
-TEST_F(ZtPortalDefWritersTest, LongValuesAreWrittenWhole) {
-  const std::string value(100'000, 'x');
-  std::string xml;
-  ZtPortalDef::addStringFieldToXml("", xml, "LONG", value, false);
-  EXPECT_EQ(xml, plainField("string", "LONG", value));
-}
-
-TEST_F(ZtPortalDefWritersTest, WritersLeaveTheOldText) {
-  std::string xml = "old text";
-  ZtPortalDef::addStringFieldToXml("", xml, "S", "V", false);
-  ZtPortalDef::addIntegerFieldToXml("", xml, "I", 1, false);
-  ZtPortalDef::addFloatFieldToXml("", xml, "F", 1.0F, false);
-  ZtPortalDef::addBOOLFieldToXml("", xml, "B", 1, false);
-  EXPECT_EQ(xml, "old text" + plainField("string", "S", "V") + plainField("integer", "I", "1") +
-                     plainField("float", "F", "1.00") + plainField("boolean", "B", "TRUE"));
+  for (const std::string& text : {std::string("a < b && \"c\" > 'd' ]]> <!-- &amp; %@ %s %d"),
+                                  bytes, std::string(100'000, 'x')}) {
+    EXPECT_EQ(stringField(text, text), plain("string", text, text));
+  }
 }
 
 }  // namespace

@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <cstdint>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolArray.h"
@@ -12,7 +10,6 @@
 
 namespace {
 
-using zt::test::lines;
 using zt::test::written;
 
 class ZtPortalPoolArrayTextTest : public zt::test::PoolsFixture {};
@@ -40,21 +37,6 @@ TEST_F(ZtPortalPoolArrayTextTest, AnArrayWithoutAListIsWrittenAsEmpty) {
             "  <Name>THREE</Date>\r\n"
             "  <Fields/>\r\n"
             "</Data>\r\n");
-}
-
-TEST_F(ZtPortalPoolArrayTextTest, WritesItsChildrenFourBlanksDeeperPlain) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  array->addInteger("COUNT", 7);
-  EXPECT_EQ(written(*array, "        ", false),
-            "        <Field FieldType=\"array\">\r\n"
-            "          <Name>LIST</Date>\r\n"
-            "          <Fields>\r\n"
-            "            <Field FieldType=\"integer\">\r\n"
-            "              <Name>COUNT</Name>\r\n"
-            "              <Value>7</Value>\r\n"
-            "            </Field>\r\n"
-            "          </Fields>\r\n"
-            "        </Data>\r\n");
 }
 
 TEST_F(ZtPortalPoolArrayTextTest, WritesChildrenOfEveryKindWithSoap) {
@@ -139,7 +121,7 @@ TEST_F(ZtPortalPoolArrayTextTest, WritesAHundredLevels) {
   EXPECT_EQ(written(*outer, "", false), expected);
 }
 
-TEST_F(ZtPortalPoolArrayTextTest, NullChildrenAreLeftOut) {
+TEST_F(ZtPortalPoolArrayTextTest, NullChildrenAreSkipped) {
   const auto array = ZtPortalPoolArray::initWithName("LIST");
   array->mutableFields()->push_back(nullptr);
   EXPECT_EQ(written(*array, "", false),
@@ -162,59 +144,42 @@ TEST_F(ZtPortalPoolArrayTextTest, NullChildrenAreLeftOut) {
             "</Data>\r\n");
 }
 
-TEST_F(ZtPortalPoolArrayTextTest, WritesAnyPrefixAndNameAsTheyAre) {
-  const auto array = ZtPortalPoolArray::initWithName("<&>");
-  array->addInteger("I", 1);
-  EXPECT_EQ(written(*array, "\t", false),
-            "\t<Field FieldType=\"array\">\r\n"
-            "\t  <Name><&></Date>\r\n"
-            "\t  <Fields>\r\n"
-            "\t    <Field FieldType=\"integer\">\r\n"
-            "\t      <Name>I</Name>\r\n"
-            "\t      <Value>1</Value>\r\n"
-            "\t    </Field>\r\n"
-            "\t  </Fields>\r\n"
-            "\t</Data>\r\n");
-  array->setFieldName(nullptr);
-  EXPECT_EQ(written(*array, nullptr, false),
-            "(null)<Field FieldType=\"array\">\r\n"
-            "(null)  <Name>(null)</Date>\r\n"
-            "(null)  <Fields>\r\n"
-            "(null)    <Field FieldType=\"integer\">\r\n"
-            "(null)      <Name>I</Name>\r\n"
-            "(null)      <Value>1</Value>\r\n"
-            "(null)    </Field>\r\n"
-            "(null)  </Fields>\r\n"
-            "(null)</Data>\r\n");
+TEST_F(ZtPortalPoolArrayTextTest, WritesAnyPrefixAndNameUnchanged) {
+  const struct {
+    ZtString prefix;
+    ZtString name;
+    std::string writtenPrefix;
+    std::string writtenName;
+  } rows[] = {{"\t", "<&>", "\t", "<&>"}, {nullptr, nullptr, "(null)", "(null)"}};
+  for (const auto& row : rows) {
+    const auto array = ZtPortalPoolArray::initWithName(row.name);
+    array->addInteger("SAME", 1);
+    array->addInteger("SAME", 2);
+    const std::string& p = row.writtenPrefix;
+    const auto child = [&p](const char* value) {
+      return p + "    <Field FieldType=\"integer\">\r\n" + p + "      <Name>SAME</Name>\r\n" + p +
+             "      <Value>" + value + "</Value>\r\n" + p + "    </Field>\r\n";
+    };
+    EXPECT_EQ(written(*array, row.prefix, false),
+              p + "<Field FieldType=\"array\">\r\n" +                 //
+                  p + "  <Name>" + row.writtenName + "</Date>\r\n" +  //
+                  p + "  <Fields>\r\n" + child("1") + child("2") +    //
+                  p + "  </Fields>\r\n" +                             //
+                  p + "</Data>\r\n");
+  }
 }
 
-TEST_F(ZtPortalPoolArrayTextTest, WritesTheChildrenOfTheMomentAfterTheOldText) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  const auto child = array->addString("S", "before");
-  std::string xml = "old";
-  child->setData("now");
-  array->addToXml("", xml, false);
-  EXPECT_EQ(xml,
-            "old<Field FieldType=\"array\">\r\n"
-            "  <Name>LIST</Date>\r\n"
-            "  <Fields>\r\n"
-            "    <Field FieldType=\"string\">\r\n"
-            "      <Name>S</Name>\r\n"
-            "      <Value>now</Value>\r\n"
-            "    </Field>\r\n"
-            "  </Fields>\r\n"
-            "</Data>\r\n");
-}
-
-TEST_F(ZtPortalPoolArrayTextTest, WritesChildrenThatAreAnotherArraysToo) {
+TEST_F(ZtPortalPoolArrayTextTest, AppendsTheCurrentChildrenAlsoThoseOfAnotherArray) {
   const auto shared = ZtPortalPoolInteger::initWithNameAndValue("I", 1);
   const auto first = ZtPortalPoolArray::initWithName("FIRST");
   const auto second = ZtPortalPoolArray::initWithName("SECOND");
   first->mutableFields()->push_back(shared);
   second->mutableFields()->push_back(shared);
   shared->setData(2);
-  EXPECT_EQ(written(*second, "", false),
-            "<Field FieldType=\"array\">\r\n"
+  std::string xml = "old";
+  second->addToXml("", xml, false);
+  EXPECT_EQ(xml,
+            "old<Field FieldType=\"array\">\r\n"
             "  <Name>SECOND</Date>\r\n"
             "  <Fields>\r\n"
             "    <Field FieldType=\"integer\">\r\n"

@@ -64,7 +64,7 @@ struct Device {
 
 class ZtPortalPoolConnectionManagerTest : public zt::test::PoolsFixture {
  protected:
-  /// The device and the counters, counter by counter what `value` says.
+  /// The device and the counters; `value` returns that of each counter.
   template <class Value>
   static ExpectedText expected(bool soap, const Device& device, Value value) {
     ExpectedText text(soap);
@@ -90,13 +90,17 @@ TEST_F(ZtPortalPoolConnectionManagerTest, ANewPoolWritesEmptyTextsNoImeiNoImsiAn
   EXPECT_EQ(written(*_pool, "", false), expected(false, {}, zero).endPool());
 }
 
-TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlace) {
+TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlaceAndGenericFieldsFollow) {
   for (std::size_t index = 0; index < kCounters.size(); ++index) {
     ((*_pool).*kCounters[index].set)(static_cast<std::int32_t>(index) + 100);
     EXPECT_EQ(((*_pool).*kCounters[index].get)(), static_cast<std::int32_t>(index) + 100);
   }
+  _pool->addBOOL("PREPAID", 1);
   const auto value = [](std::size_t index) { return std::to_string(index + 100); };
-  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, value).endPool());
+  for (const bool soap : {true, false}) {
+    EXPECT_EQ(written(*_pool, "", soap),
+              expected(soap, {}, value).field("boolean", "PREPAID", "TRUE").endPool());
+  }
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, EveryTextHasItsFieldInItsPlace) {
@@ -158,12 +162,6 @@ TEST_F(ZtPortalPoolConnectionManagerTest, ACounterOfMinusOneIsWrittenSo) {
     return index == 17 ? "-2147483648" : "0";
   };
   EXPECT_EQ(written(*_pool, "", false), expected(false, {}, value).endPool());
-}
-
-TEST_F(ZtPortalPoolConnectionManagerTest, GenericFieldsFollowTheCounters) {
-  _pool->addBOOL("PREPAID", 1);
-  EXPECT_EQ(written(*_pool, "", true),
-            expected(true, {}, zero).field("boolean", "PREPAID", "TRUE").endPool());
 }
 
 }  // namespace

@@ -5,10 +5,10 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <vector>
 
 #include "tests/unit/pools/PoolsFixture.h"
-#include "ztportal/base/ZtException.h"
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 
@@ -17,102 +17,87 @@ namespace {
 using zt::test::kEpoch;
 using zt::test::kLater;
 using zt::test::kNoon;
+using zt::test::thrownBy;
 
 class ZtPortalPoolExecutionTest : public zt::test::PoolsFixture {
  protected:
-  static std::string raisedByStep(const ZtPortalPoolExecution& pool, std::int32_t index) {
-    try {
-      pool.executionStep(index);
-    } catch (const ZtException& error) {
-      return std::string(error.name().view()) + ": " + std::string(error.reason().view());
-    }
-    return "nothing";
-  }
+  std::shared_ptr<ZtPortalPoolExecution> _pool = ZtPortalPoolExecution::initWithValues(kNoon);
+};
+
+/// The accessors of the strings of an execution.
+struct StringAccessors {
+  ZtString (ZtPortalPoolExecution::*get)() const;
+  void (ZtPortalPoolExecution::*set)(ZtString);
+};
+using Pool = ZtPortalPoolExecution;
+const StringAccessors kStrings[] = {
+    {&Pool::startPoint, &Pool::setStartPoint},
+    {&Pool::endPoint, &Pool::setEndPoint},
+    {&Pool::endResultString, &Pool::setEndResultString},
+    {&Pool::endResultCode, &Pool::setEndResultCode},
+    {&Pool::endErrorMessageString, &Pool::setEndErrorMessageString},
+    {&Pool::endErrorMessageCode, &Pool::setEndErrorMessageCode},
+    {&Pool::executionType, &Pool::setExecutionType},
 };
 
 TEST_F(ZtPortalPoolExecutionTest, BeginsAndEndsAtItsTimeStampWithDefaults) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  EXPECT_EQ(pool->poolType(), "EXECUTION");
-  EXPECT_EQ(pool->timeStamp(), kNoon);
-  EXPECT_EQ(pool->startTime(), kNoon);
-  EXPECT_EQ(pool->endTime(), kNoon);
-  EXPECT_EQ(pool->startPoint(), "");
-  EXPECT_EQ(pool->endPoint(), "");
-  EXPECT_EQ(pool->endResultString(), "");
-  EXPECT_EQ(pool->endResultCode(), "");
-  EXPECT_EQ(pool->endErrorMessageString(), "");
-  EXPECT_EQ(pool->endErrorMessageCode(), "");
-  EXPECT_EQ(pool->successfull(), 1);
-  EXPECT_EQ(pool->cancelled(), 0);
-  EXPECT_EQ(pool->executionType(), "Standard");
-  EXPECT_TRUE(pool->executionSteps().empty());
-  EXPECT_EQ(pool->fields()->fieldName(), "Root");
-  EXPECT_TRUE(pool->fields()->fields().empty());
+  EXPECT_EQ(_pool->poolType(), "EXECUTION");
+  EXPECT_EQ(_pool->timeStamp(), kNoon);
+  EXPECT_EQ(_pool->startTime(), kNoon);
+  EXPECT_EQ(_pool->endTime(), kNoon);
+  EXPECT_EQ(_pool->startPoint(), "");
+  EXPECT_EQ(_pool->endPoint(), "");
+  EXPECT_EQ(_pool->endResultString(), "");
+  EXPECT_EQ(_pool->endResultCode(), "");
+  EXPECT_EQ(_pool->endErrorMessageString(), "");
+  EXPECT_EQ(_pool->endErrorMessageCode(), "");
+  EXPECT_EQ(_pool->successfull(), 1);
+  EXPECT_EQ(_pool->cancelled(), 0);
+  EXPECT_EQ(_pool->executionType(), "Standard");
+  EXPECT_TRUE(_pool->executionSteps().empty());
+  EXPECT_EQ(_pool->fields()->fieldName(), "Root");
+  EXPECT_TRUE(_pool->fields()->fields().empty());
 }
 
 TEST_F(ZtPortalPoolExecutionTest, TakesEachValueWithoutChangingAnother) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  pool->setStartPoint("a");
-  pool->setEndPoint("b");
-  pool->setStartTime(kLater);
-  pool->setEndTime(kEpoch);
-  pool->setEndResultString("c");
-  pool->setEndResultCode("d");
-  pool->setEndErrorMessageString("e");
-  pool->setEndErrorMessageCode("f");
-  pool->setSuccessfull(2);
-  pool->setCancelled(-1);
-  pool->setExecutionType("g");
-  EXPECT_EQ(pool->startPoint(), "a");
-  EXPECT_EQ(pool->endPoint(), "b");
-  EXPECT_EQ(pool->startTime(), kLater);
-  EXPECT_EQ(pool->endTime(), kEpoch);
-  EXPECT_EQ(pool->endResultString(), "c");
-  EXPECT_EQ(pool->endResultCode(), "d");
-  EXPECT_EQ(pool->endErrorMessageString(), "e");
-  EXPECT_EQ(pool->endErrorMessageCode(), "f");
-  EXPECT_EQ(pool->successfull(), 2);
-  EXPECT_EQ(pool->cancelled(), -1);
-  EXPECT_EQ(pool->executionType(), "g");
-  EXPECT_EQ(pool->timeStamp(), kNoon);
-  EXPECT_EQ(pool->poolType(), "EXECUTION");
+  int number = 0;
+  for (const StringAccessors& string : kStrings) ((*_pool).*string.set)(std::to_string(number++));
+  _pool->setStartTime(kLater);
+  _pool->setEndTime(kEpoch);
+  _pool->setSuccessfull(2);
+  _pool->setCancelled(-1);
+  number = 0;
+  for (const StringAccessors& string : kStrings) {
+    EXPECT_EQ(((*_pool).*string.get)(), std::to_string(number++));
+  }
+  EXPECT_EQ(_pool->startTime(), kLater);
+  EXPECT_EQ(_pool->endTime(), kEpoch);
+  EXPECT_EQ(_pool->successfull(), 2);
+  EXPECT_EQ(_pool->cancelled(), -1);
+  EXPECT_EQ(_pool->timeStamp(), kNoon);
+  EXPECT_EQ(_pool->poolType(), "EXECUTION");
 }
 
 TEST_F(ZtPortalPoolExecutionTest, TakesMissingValues) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  pool->setStartPoint(nullptr);
-  pool->setEndPoint(nullptr);
-  pool->setStartTime(ZtDate());
-  pool->setEndTime(ZtDate());
-  pool->setEndResultString(nullptr);
-  pool->setEndResultCode(nullptr);
-  pool->setEndErrorMessageString(nullptr);
-  pool->setEndErrorMessageCode(nullptr);
-  pool->setExecutionType(nullptr);
-  EXPECT_TRUE(pool->startPoint().isNull());
-  EXPECT_TRUE(pool->endPoint().isNull());
-  EXPECT_TRUE(pool->startTime().isNull());
-  EXPECT_TRUE(pool->endTime().isNull());
-  EXPECT_TRUE(pool->endResultString().isNull());
-  EXPECT_TRUE(pool->endResultCode().isNull());
-  EXPECT_TRUE(pool->endErrorMessageString().isNull());
-  EXPECT_TRUE(pool->endErrorMessageCode().isNull());
-  EXPECT_TRUE(pool->executionType().isNull());
+  for (const StringAccessors& string : kStrings) {
+    ((*_pool).*string.set)(nullptr);
+    EXPECT_TRUE(((*_pool).*string.get)().isNull());
+  }
+  _pool->setStartTime(ZtDate());
+  _pool->setEndTime(ZtDate());
+  EXPECT_TRUE(_pool->startTime().isNull());
+  EXPECT_TRUE(_pool->endTime().isNull());
 }
 
 TEST_F(ZtPortalPoolExecutionTest, ALaterTimeStampLeavesStartAndEnd) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  pool->setTimeStamp(kLater);
-  EXPECT_EQ(pool->startTime(), kNoon);
-  EXPECT_EQ(pool->endTime(), kNoon);
+  _pool->setTimeStamp(kLater);
+  EXPECT_EQ(_pool->startTime(), kNoon);
+  EXPECT_EQ(_pool->endTime(), kNoon);
 }
 
-// --- steps ------------------------------------------------------------------------------------
-
 TEST_F(ZtPortalPoolExecutionTest, AddsStepsAtTheEndAndReturnsThem) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  const auto first = pool->addStep(kNoon, "Copy", ZtPortalStepEnter);
-  const auto second = pool->addStep(kLater, "Move", 7);
+  const auto first = _pool->addStep(kNoon, "Copy", ZtPortalStepEnter);
+  const auto second = _pool->addStep(kLater, "Move", 7);
   ASSERT_NE(first, nullptr);
   ASSERT_NE(second, nullptr);
   EXPECT_EQ(first->timeStamp(), kNoon);
@@ -122,36 +107,31 @@ TEST_F(ZtPortalPoolExecutionTest, AddsStepsAtTheEndAndReturnsThem) {
   EXPECT_EQ(second->stepName(), "Move");
   EXPECT_EQ(second->stepType(), 7U);
   const std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> expected{first, second};
-  EXPECT_EQ(pool->executionSteps(), expected);
-  EXPECT_EQ(pool->executionStep(0), first);
-  EXPECT_EQ(pool->executionStep(1), second);
+  EXPECT_EQ(_pool->executionSteps(), expected);
+  EXPECT_EQ(_pool->executionStep(0), first);
+  EXPECT_EQ(_pool->executionStep(1), second);
 }
 
 TEST_F(ZtPortalPoolExecutionTest, ASnapshotOfTheStepsDoesNotContainWhatIsAddedLater) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  const auto step = pool->addStep(kNoon, "Copy", 0);
-  const auto snapshot = pool->executionSteps();
-  pool->addStep(kNoon, "Move", 0);
+  const auto step = _pool->addStep(kNoon, "Copy", 0);
+  const auto snapshot = _pool->executionSteps();
+  _pool->addStep(kNoon, "Move", 0);
   ASSERT_EQ(snapshot.size(), 1U);
   step->setStepName("Renamed");
   EXPECT_EQ(snapshot.front()->stepName(), "Renamed");
 }
 
-TEST_F(ZtPortalPoolExecutionTest, AWrongStepIndexIsOutOfBounds) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  EXPECT_EQ(raisedByStep(*pool, -1), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
-  pool->addStep(kNoon, "Copy", 0);
-  EXPECT_EQ(raisedByStep(*pool, -1), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
-  EXPECT_EQ(raisedByStep(*pool, std::numeric_limits<std::int32_t>::min()),
-            "OUT_OF_BOUNDS: Index (2147483648) out of bounds");
-  EXPECT_EQ(raisedByStep(*pool, 1), "OUT_OF_BOUNDS: Index (1) out of bounds");
-  EXPECT_EQ(raisedByStep(*pool, 2), "OUT_OF_BOUNDS: Index (2) out of bounds");
-}
-
-TEST_F(ZtPortalPoolExecutionTest, WithoutStepsEveryOtherIndexRaisesTheListsOwnRangeError) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  EXPECT_EQ(raisedByStep(*pool, 0), "LIST_RANGE: Index 0 in an empty list");
-  EXPECT_EQ(raisedByStep(*pool, 9), "LIST_RANGE: Index 9 in an empty list");
+TEST_F(ZtPortalPoolExecutionTest, AWrongStepIndexThrows) {
+  const auto thrownByStep = [this](std::int32_t index) {
+    return thrownBy([this, index] { _pool->executionStep(index); });
+  };
+  EXPECT_EQ(thrownByStep(-1), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+  EXPECT_EQ(thrownByStep(0), "LIST_RANGE: Index 0 in an empty list");
+  EXPECT_EQ(thrownByStep(9), "LIST_RANGE: Index 9 in an empty list");
+  _pool->addStep(kNoon, "Copy", 0);
+  EXPECT_EQ(thrownByStep(-1), "OUT_OF_BOUNDS: Index (4294967295) out of bounds");
+  EXPECT_EQ(thrownByStep(1), "OUT_OF_BOUNDS: Index (1) out of bounds");
+  EXPECT_EQ(thrownByStep(0), "nothing");
 }
 
 TEST_F(ZtPortalPoolExecutionTest, ReleasesItsStepsAtItsEnd) {
@@ -164,36 +144,78 @@ TEST_F(ZtPortalPoolExecutionTest, ReleasesItsStepsAtItsEnd) {
   EXPECT_TRUE(watch.expired());
 }
 
-TEST_F(ZtPortalPoolExecutionTest, ItsTextsAndTimesMayBeReadWhileAnotherThreadSetsThem) {
-  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
-  pool->setExecutionType("");
-  std::thread writer([&pool] {
+TEST_F(ZtPortalPoolExecutionTest, ItsValuesAndThoseOfAStepMayBeReadWhileAnotherThreadSetsThem) {
+  for (const StringAccessors& string : kStrings) ((*_pool).*string.set)("");
+  const auto step = _pool->addStep(kNoon, "", 0);
+  std::thread writer([this, &step] {
     for (int round = 0; round < 500; ++round) {
       const char* const text = round % 2 != 0 ? "" : "text";
-      pool->setStartPoint(text);
-      pool->setEndPoint(text);
-      pool->setStartTime(round % 2 != 0 ? kNoon : kLater);
-      pool->setEndTime(round % 2 != 0 ? kNoon : kLater);
-      pool->setEndResultString(text);
-      pool->setEndResultCode(text);
-      pool->setEndErrorMessageString(text);
-      pool->setEndErrorMessageCode(text);
-      pool->setExecutionType(text);
+      const ZtDate date = round % 2 != 0 ? kNoon : kLater;
+      for (const StringAccessors& string : kStrings) ((*_pool).*string.set)(text);
+      _pool->setStartTime(date);
+      _pool->setEndTime(date);
+      step->setStepName(text);
+      step->setStepMessageString(text);
+      step->setStepMessageCode(text);
+      step->setTimeStamp(date);
     }
   });
   int mixtures = 0;
+  const auto look = [&mixtures](const ZtString& seen) {
+    if (seen != "" && seen != "text") ++mixtures;
+  };
   for (int round = 0; round < 500; ++round) {
-    for (const ZtString& seen :
-         {pool->startPoint(), pool->endPoint(), pool->endResultString(), pool->endResultCode(),
-          pool->endErrorMessageString(), pool->endErrorMessageCode(), pool->executionType()}) {
-      if (seen != "" && seen != "text") ++mixtures;
-    }
-    for (const ZtDate seen : {pool->startTime(), pool->endTime()}) {
+    for (const StringAccessors& string : kStrings) look(((*_pool).*string.get)());
+    look(step->stepName());
+    look(step->stepMessageString());
+    look(step->stepMessageCode());
+    for (const ZtDate seen : {_pool->startTime(), _pool->endTime(), step->timeStamp()}) {
       if (seen != kNoon && seen != kLater) ++mixtures;
     }
   }
   writer.join();
   EXPECT_EQ(mixtures, 0);
+}
+
+// Steps.
+
+TEST_F(ZtPortalPoolExecutionTest, AStepBeginsWithItsValuesAndAnEmptyMessage) {
+  static_assert(!std::is_copy_constructible_v<ZtPortalPoolExecutionStep>);
+  static_assert(!std::is_copy_assignable_v<ZtPortalPoolExecutionStep>);
+  const ZtString name = "Copy";
+  const auto step = ZtPortalPoolExecutionStep::initWithValues(kNoon, name, ZtPortalStepLeave);
+  EXPECT_EQ(step->timeStamp(), kNoon);
+  EXPECT_EQ(step->stepName().view().data(), name.view().data()) << "shared, not copied";
+  EXPECT_EQ(step->stepType(), 1U);
+  EXPECT_EQ(step->stepMessageString(), "");
+  EXPECT_EQ(step->stepMessageCode(), "");
+  const auto missing = ZtPortalPoolExecutionStep::initWithValues(
+      ZtDate(), nullptr, std::numeric_limits<std::uint64_t>::max());
+  EXPECT_TRUE(missing->timeStamp().isNull());
+  EXPECT_TRUE(missing->stepName().isNull());
+  EXPECT_EQ(missing->stepType(), 18446744073709551615U);
+}
+
+TEST_F(ZtPortalPoolExecutionTest, AStepTakesEachValueWithoutChangingAnother) {
+  const auto step = ZtPortalPoolExecutionStep::initWithValues(kNoon, "Copy", 0);
+  step->setTimeStamp(kLater);
+  step->setStepName("Move");
+  step->setStepType(std::uint64_t{1} << 63U);
+  step->setStepMessageString("disk full");
+  step->setStepMessageCode("28");
+  EXPECT_EQ(step->timeStamp(), kLater);
+  EXPECT_EQ(step->stepName(), "Move");
+  EXPECT_EQ(step->stepType(), 9223372036854775808U);
+  EXPECT_EQ(step->stepMessageString(), "disk full");
+  EXPECT_EQ(step->stepMessageCode(), "28");
+  step->setTimeStamp(ZtDate());
+  step->setStepName(nullptr);
+  step->setStepMessageString(nullptr);
+  step->setStepMessageCode(nullptr);
+  EXPECT_TRUE(step->timeStamp().isNull());
+  EXPECT_TRUE(step->stepName().isNull());
+  EXPECT_TRUE(step->stepMessageString().isNull());
+  EXPECT_TRUE(step->stepMessageCode().isNull());
 }
 
 }  // namespace

@@ -24,9 +24,9 @@ using zt::test::written;
 
 class ZtPortalPoolExecutionTextTest : public zt::test::PoolsFixture {
  protected:
-  /// The fixed fields of a pool without soap that is as it was made at noon.
-  static ExpectedText fresh() {
-    ExpectedText text(false, 4);
+  /// The fixed fields of a new pool.
+  static ExpectedText fresh(bool soap = false) {
+    ExpectedText text(soap, 4);
     text.beginPool("EXECUTION", kNoonText)
         .field("string", "INSTALLATION_TYPE", "Standard")
         .field("string", "START_POINT", "")
@@ -59,11 +59,12 @@ class ZtPortalPoolExecutionTextTest : public zt::test::PoolsFixture {
   std::shared_ptr<ZtPortalPoolExecution> _pool = ZtPortalPoolExecution::initWithValues(kNoon);
 };
 
-TEST_F(ZtPortalPoolExecutionTextTest, AFreshPoolWritesItsDefaultsAndNeitherStepsNorGenericFields) {
+TEST_F(ZtPortalPoolExecutionTextTest, ANewPoolWritesItsDefaultsAndNeitherStepsNorGenericFields) {
+  EXPECT_EQ(written(*_pool, "    ", true), fresh(true).endPool());
   EXPECT_EQ(written(*_pool, "    ", false), fresh().endPool());
 }
 
-TEST_F(ZtPortalPoolExecutionTextTest, WritesAllOfItWithSoap) {
+TEST_F(ZtPortalPoolExecutionTextTest, WritesAFilledPoolWithSoap) {
   const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
   pool->setExecutionType("Silent");
   pool->setStartPoint("setup");
@@ -193,11 +194,6 @@ TEST_F(ZtPortalPoolExecutionTextTest, WritesAllOfItWithSoap) {
             "           </Data>\r\n");
 }
 
-TEST_F(ZtPortalPoolExecutionTextTest, WritesAStepAsAGroupInAnArrayThatClosesRight) {
-  _pool->addStep(kNoon, "Copy", ZtPortalStepEnter);
-  EXPECT_EQ(written(*_pool, "    ", false), freshWithStep("Copy", "ENTER", kNoonText));
-}
-
 TEST_F(ZtPortalPoolExecutionTextTest, WritesTheTextOfEveryStepTypeAndNothingForOthers) {
   struct Row {
     std::uint64_t type;
@@ -212,13 +208,6 @@ TEST_F(ZtPortalPoolExecutionTextTest, WritesTheTextOfEveryStepTypeAndNothingForO
     EXPECT_EQ(written(*pool, "    ", false), freshWithStep("(null)", row.text, "(null)"))
         << row.type;
   }
-}
-
-TEST_F(ZtPortalPoolExecutionTextTest, GenericFieldsFollowAtTheDepthOfTheFixedOnes) {
-  _pool->addString("EDITION", "Home");
-  _pool->addBOOL("ICON", 1);
-  EXPECT_EQ(written(*_pool, "    ", false),
-            fresh().field("string", "EDITION", "Home").field("boolean", "ICON", "TRUE").endPool());
 }
 
 TEST_F(ZtPortalPoolExecutionTextTest, WithoutARootItWritesItsFixedFieldsAlone) {

@@ -1,86 +1,177 @@
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
+#include <thread>
 #include <type_traits>
 
 #include "tests/unit/pools/PoolsFixture.h"
+#include "ztportal/pools/ZtPortalPoolBOOL.h"
 #include "ztportal/pools/ZtPortalPoolField.h"
+#include "ztportal/pools/ZtPortalPoolFloat.h"
+#include "ztportal/pools/ZtPortalPoolInteger.h"
+#include "ztportal/pools/ZtPortalPoolString.h"
+
+// The bare field and the fields with a value.
 
 namespace {
 
 using zt::test::written;
 
-class ZtPortalPoolFieldTest : public zt::test::PoolsFixture {};
+class ZtPortalPoolFieldTest : public zt::test::PoolsFixture {
+ protected:
+  /// A new field has the value; a field that is set to it has it and keeps its name.
+  template <class Field, class Value>
+  static void expectKept(Value value) {
+    EXPECT_EQ(Field::initWithNameAndValue("N", value)->data(), value);
+    const auto field = Field::initWithNameAndValue("N", Value(1));
+    field->setData(value);
+    EXPECT_EQ(field->data(), value);
+    EXPECT_EQ(field->fieldName(), "N");
+  }
+};
 
-TEST_F(ZtPortalPoolFieldTest, HasTheNameItWasMadeWith) {
-  EXPECT_EQ(ZtPortalPoolField::initWithName("NAME")->fieldName(), "NAME");
-  EXPECT_EQ(ZtPortalPoolField::initWithName("")->fieldName(), "");
+TEST_F(ZtPortalPoolFieldTest, HasTheNameItWasMadeWithAndTakesAnother) {
+  const std::shared_ptr<ZtPortalPoolField> fields[] = {
+      ZtPortalPoolField::initWithName("NAME"), ZtPortalPoolString::initWithNameAndValue("NAME", ""),
+      ZtPortalPoolInteger::initWithNameAndValue("NAME", 1),
+      ZtPortalPoolFloat::initWithNameAndValue("NAME", 1.0F),
+      ZtPortalPoolBOOL::initWithNameAndValue("NAME", 1)};
+  for (const auto& field : fields) {
+    EXPECT_EQ(field->fieldName(), "NAME");
+    field->setFieldName("OTHER");
+    EXPECT_EQ(field->fieldName(), "OTHER");
+    field->setFieldName("");
+    EXPECT_EQ(field->fieldName(), "");
+    field->setFieldName(nullptr);
+    EXPECT_TRUE(field->fieldName().isNull());
+  }
   EXPECT_TRUE(ZtPortalPoolField::initWithName(nullptr)->fieldName().isNull());
 }
 
-TEST_F(ZtPortalPoolFieldTest, SharesItsNameInsteadOfCopyingIt) {
-  const ZtString name = "shared";
-  const auto field = ZtPortalPoolField::initWithName(name);
-  EXPECT_EQ(field->fieldName().view().data(), name.view().data());
+TEST_F(ZtPortalPoolFieldTest, SharesItsTextsInsteadOfCopyingThem) {
+  const ZtString shared = "shared";
+  const auto field = ZtPortalPoolString::initWithNameAndValue(shared, shared);
+  EXPECT_EQ(field->fieldName().view().data(), shared.view().data());
+  EXPECT_EQ(field->data().view().data(), shared.view().data());
 }
 
-TEST_F(ZtPortalPoolFieldTest, TakesAnotherName) {
-  const auto field = ZtPortalPoolField::initWithName("FIRST");
-  field->setFieldName("SECOND");
-  EXPECT_EQ(field->fieldName(), "SECOND");
-  field->setFieldName(nullptr);
-  EXPECT_TRUE(field->fieldName().isNull());
-}
-
-TEST_F(ZtPortalPoolFieldTest, EveryCallMakesAnotherField) {
+TEST_F(ZtPortalPoolFieldTest, CannotBeCopiedAndIsDestroyedThroughItsBase) {
   static_assert(!std::is_copy_constructible_v<ZtPortalPoolField>);
   static_assert(!std::is_copy_assignable_v<ZtPortalPoolField>);
   static_assert(std::has_virtual_destructor_v<ZtPortalPoolField>);
-  const auto first = ZtPortalPoolField::initWithName("N");
-  const auto second = ZtPortalPoolField::initWithName("N");
-  first->setFieldName("OTHER");
-  EXPECT_EQ(second->fieldName(), "N");
 }
 
-TEST_F(ZtPortalPoolFieldTest, ABareFieldHasTheTypeNoneAndNoValueWithSoap) {
-  EXPECT_EQ(written(*ZtPortalPoolField::initWithName("BARE"), "    ", true),
-            "    <Field xsi:type=\"com_Field\" type=\"none\">\r\n"
+TEST_F(ZtPortalPoolFieldTest, KeepsItsValueAsItWasGiven) {
+  static_assert(std::is_same_v<ZtBOOL, signed char>);
+  for (int byte = -128; byte <= 127; ++byte) {
+    expectKept<ZtPortalPoolBOOL>(static_cast<ZtBOOL>(byte));
+  }
+  using Integers = std::numeric_limits<std::int32_t>;
+  for (const std::int32_t number : {0, 7, -7, Integers::min(), Integers::max()}) {
+    expectKept<ZtPortalPoolInteger>(number);
+  }
+  using Floats = std::numeric_limits<float>;
+  for (const float number :
+       {0.0F, 2.5F, -0.25F, Floats::max(), Floats::denorm_min(), -Floats::infinity()}) {
+    expectKept<ZtPortalPoolFloat>(number);
+  }
+  EXPECT_TRUE(
+      std::isnan(ZtPortalPoolFloat::initWithNameAndValue("N", Floats::quiet_NaN())->data()));
+  const auto string = ZtPortalPoolString::initWithNameAndValue("N", "first");
+  EXPECT_EQ(string->data(), "first");
+  string->setData("second");
+  EXPECT_EQ(string->data(), "second");
+  string->setData(nullptr);
+  EXPECT_TRUE(string->data().isNull());
+}
+
+TEST_F(ZtPortalPoolFieldTest, WritesItsNameAndCurrentValue) {
+  const auto string = ZtPortalPoolString::initWithNameAndValue("S", "before");
+  string->setData("now");
+  const auto integer = ZtPortalPoolInteger::initWithNameAndValue("I", 1);
+  integer->setData(-2);
+  const auto number = ZtPortalPoolFloat::initWithNameAndValue("F", 1.0F);
+  number->setData(-1234.567F);
+  const auto boolean = ZtPortalPoolBOOL::initWithNameAndValue(nullptr, 2);
+  std::string xml = "old";
+  string->addToXml("    ", xml, true);
+  integer->addToXml(" ", xml, false);
+  number->addToXml("", xml, false);
+  boolean->addToXml("", xml, false);
+  boolean->setData(1);
+  boolean->addToXml("", xml, false);
+  EXPECT_EQ(xml,
+            "old    <Field xsi:type=\"com_Field\" FieldType=\"string\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">S</Name>\r\n"
+            "      <Value xsi:type=\"xsd:string\">now</Value>\r\n"
+            "    </Field>\r\n"
+            " <Field FieldType=\"integer\">\r\n"
+            "   <Name>I</Name>\r\n"
+            "   <Value>-2</Value>\r\n"
+            " </Field>\r\n"
+            "<Field FieldType=\"float\">\r\n"
+            "  <Name>F</Name>\r\n"
+            "  <Value>-1234.57</Value>\r\n"
+            "</Field>\r\n"
+            "<Field FieldType=\"boolean\">\r\n"
+            "  <Name>(null)</Name>\r\n"
+            "  <Value>FALSE</Value>\r\n"
+            "</Field>\r\n"
+            "<Field FieldType=\"boolean\">\r\n"
+            "  <Name>(null)</Name>\r\n"
+            "  <Value>TRUE</Value>\r\n"
+            "</Field>\r\n");
+}
+
+TEST_F(ZtPortalPoolFieldTest, ABareFieldHasTheTypeNoneAndNoValue) {
+  const auto field = ZtPortalPoolField::initWithName("BARE");
+  std::string xml = "old";
+  field->addToXml("    ", xml, true);
+  field->addToXml("    ", xml, false);
+  EXPECT_EQ(xml,
+            "old    <Field xsi:type=\"com_Field\" type=\"none\">\r\n"
             "      <Name xsi:type=\"xsd:string\" type=\"none\">BARE</Name>\r\n"
-            "    </Field>\r\n");
-}
-
-TEST_F(ZtPortalPoolFieldTest, ABareFieldHasTheTypeNoneAndNoValuePlain) {
-  EXPECT_EQ(written(*ZtPortalPoolField::initWithName("BARE"), "    ", false),
+            "    </Field>\r\n"
             "    <Field type=\"none\">\r\n"
             "      <Name type=\"none\">BARE</Name>\r\n"
             "    </Field>\r\n");
 }
 
-TEST_F(ZtPortalPoolFieldTest, ABareFieldWritesAnyNameAndPrefixAsTheyAre) {
-  EXPECT_EQ(written(*ZtPortalPoolField::initWithName(nullptr), "", false),
-            "<Field type=\"none\">\r\n"
-            "  <Name type=\"none\">(null)</Name>\r\n"
-            "</Field>\r\n");
-  EXPECT_EQ(written(*ZtPortalPoolField::initWithName("<&\">"), "\t", false),
-            "\t<Field type=\"none\">\r\n"
-            "\t  <Name type=\"none\"><&\"></Name>\r\n"
-            "\t</Field>\r\n");
-  EXPECT_EQ(written(*ZtPortalPoolField::initWithName(""), nullptr, false),
-            "(null)<Field type=\"none\">\r\n"
-            "(null)  <Name type=\"none\"></Name>\r\n"
-            "(null)</Field>\r\n");
+TEST_F(ZtPortalPoolFieldTest, ABareFieldWritesAnyNameAndPrefixUnchanged) {
+  const struct {
+    ZtString name;
+    ZtString prefix;
+    std::string writtenName;
+    std::string writtenPrefix;
+  } rows[] = {
+      {nullptr, "", "(null)", ""}, {"<&\">", "\t", "<&\">", "\t"}, {"", nullptr, "", "(null)"}};
+  for (const auto& row : rows) {
+    const std::string& p = row.writtenPrefix;
+    EXPECT_EQ(written(*ZtPortalPoolField::initWithName(row.name), row.prefix, false),
+              p + "<Field type=\"none\">\r\n" +                                     //
+                  p + "  <Name type=\"none\">" + row.writtenName + "</Name>\r\n" +  //
+                  p + "</Field>\r\n");
+  }
 }
 
-TEST_F(ZtPortalPoolFieldTest, WritingLeavesTheOldTextAndWritesTheSameAgain) {
-  const auto field = ZtPortalPoolField::initWithName("N");
-  std::string xml = "old";
-  field->addToXml("", xml, false);
-  field->addToXml("", xml, false);
-  EXPECT_EQ(xml,
-            "old"
-            "<Field type=\"none\">\r\n  <Name type=\"none\">N</Name>\r\n</Field>\r\n"
-            "<Field type=\"none\">\r\n  <Name type=\"none\">N</Name>\r\n</Field>\r\n");
+TEST_F(ZtPortalPoolFieldTest, AStringMayBeReadWhileAnotherThreadSetsIt) {
+  const auto field = ZtPortalPoolString::initWithNameAndValue("N", std::string(30, 'a'));
+  std::thread writer([&field] {
+    for (int round = 0; round < 1000; ++round) {
+      field->setData(std::string(30, round % 2 == 0 ? 'b' : 'a'));
+    }
+  });
+  int mixtures = 0;
+  for (int round = 0; round < 1000; ++round) {
+    const ZtString seen = field->data();
+    if (seen != std::string(30, 'a') && seen != std::string(30, 'b')) ++mixtures;
+  }
+  writer.join();
+  EXPECT_EQ(mixtures, 0);
 }
 
 }  // namespace

@@ -1,11 +1,322 @@
 #include "tools/ztreport/description/DescribedReport.h"
 
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
 #include "tools/common/Place.h"
-#include "tools/ztreport/description/DescribedPool.h"
+#include "tools/common/Utf8Character.h"
+#include "tools/ztreport/description/DateSearch.h"
+#include "ztportal/pools/FieldTable.h"
 
 namespace zt::tools {
 
+namespace {
+
 using nlohmann::ordered_json;
+using reader::FieldRange;
+using reader::FieldType;
+using reader::Pool;
+using ReportField = reader::Field;
+
+constexpr std::string_view kNull = "(null)";
+
+/// How many arrays may enclose a field: `parseJson` reads no deeper nesting of its description.
+constexpr std::size_t kDeepest = 497;
+
+/// A part of a report that no description can express, and what was expected in its place.
+class Undescribable {
+ public:
+  Undescribable(std::size_t offset, std::string expected)
+      : _offset(offset), _expected(std::move(expected)) {}
+
+  std::size_t offset() const { return _offset; }  ///< in the report's text
+  const std::string& expected() const { return _expected; }
+
+ private:
+  std::size_t _offset;
+  std::string _expected;
+};
+
+/// A float as reports have it: two digits after the point.
+std::string writtenReal(float number) {
+  std::array<char, 64> text{};
+  const auto end = std::to_chars(text.data(), text.data() + text.size(),
+                                 static_cast<double>(number), std::chars_format::fixed, 2);
+  return {text.data(), end.ptr};
+}
+
+/// The number that is the whole of a text.
+template <class Number>
+std::optional<Number> numberOf(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
+}
+
+/// Turns the values of a report into those of a description that are written as the same text
+/// again. Throws `Undescribable` for a value that has none.
+class ValueDescriber {
+ public:
+  explicit ValueDescriber(const reader::Report& report) : _report(&report) {}
+
+  /// A string, null for "(null)": a missing string and that string are written alike.
+  ordered_json text(std::string_view value) const {
+    if (value == kNull) return nullptr;
+    for (std::string_view rest = value; !rest.empty();) {
+      const auto character = terminal::firstCharacter(rest);
+      if (!character) fail(rest, "UTF-8");
+      rest.remove_prefix(character->length);
+    }
+    return value;
+  }
+
+  ordered_json date(std::string_view value) {
+    if (value == kNull) return nullptr;
+    std::optional<std::string> moment = _dates.momentOf(value);
+    if (!moment) fail(value, "a date as this time zone and language write it");
+    return *std::move(moment);
+  }
+
+  ordered_json integer(std::string_view value) const {
+    const auto number = numberOf<std::int32_t>(value);
+    if (!number || std::to_string(*number) != value) fail(value, "a 32-bit integer");
+    return *number;
+  }
+
+  ordered_json real(std::string_view value) const {
+    const auto number = numberOf<double>(value);
+    if (!number || !std::isfinite(static_cast<float>(*number)) ||
+        writtenReal(static_cast<float>(*number)) != value) {
+      fail(value, "a 32-bit float with two digits behind the point");
+    }
+    return *number;
+  }
+
+  ordered_json boolean(std::string_view value) const {
+    if (value == "TRUE") return true;
+    if (value == "FALSE") return false;
+    fail(value, "TRUE or FALSE");
+  }
+
+  /// The name; for the empty text one of the numbers without a name.
+  ordered_json enumerator(std::string_view value, const Enumeration& enumeration) const {
+    if (value.empty()) return enumeration.unnamed;
+    for (std::uint64_t number = 0; number < enumeration.count; ++number) {
+      if (enumeration.nameOf(number) == value) return value;
+    }
+    fail(value, "a name that reports have, or none");
+  }
+
+  [[noreturn]] void fail(std::string_view part, std::string expected) const {
+    throw Undescribable(_report->offsetOf(part), std::move(expected));
+  }
+
+ private:
+  const reader::Report* _report;
+  DateSearch _dates;
+};
+
+// Generic fields and pools.
+
+ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth);
+
+ordered_json describedField(const ReportField& field, ValueDescriber& values, std::size_t depth) {
+  ordered_json described{{"name", values.text(field.name)}};
+  switch (field.type) {
+    case FieldType::String:
+      described["type"] = "string";
+      described["value"] = values.text(field.value);
+      break;
+    case FieldType::Integer:
+      described["type"] = "integer";
+      described["value"] = values.integer(field.value);
+      break;
+    case FieldType::Float:
+      described["type"] = "float";
+      described["value"] = values.real(field.value);
+      break;
+    case FieldType::Boolean:
+      described["type"] = "boolean";
+      described["value"] = values.boolean(field.value);
+      break;
+    case FieldType::None:
+      described["type"] = "none";
+      break;
+    case FieldType::Array:
+      if (fieldsOf(field).empty() && !field.isEmptyTag) {
+        values.fail(field.name, "an array with fields");
+      }
+      described["type"] = "array";
+      described["fields"] = describedFields(fieldsOf(field), values, depth + 1);
+      break;
+    case FieldType::Records:
+    case FieldType::Record:
+      values.fail(field.name, "an array that a generic field can be (its name ends with </Date>)");
+  }
+  return described;
+}
+
+ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth) {
+  ordered_json list = ordered_json::array();
+  for (const ReportField& field : fields) {
+    if (depth > kDeepest) {
+      values.fail(field.name, "no field in more than " + std::to_string(kDeepest) + " arrays");
+    }
+    list.push_back(describedField(field, values, depth));
+  }
+  return list;
+}
+
+ordered_json describedAsGeneric(const reader::Report& report, const Pool& pool,
+                                ValueDescriber& values) {
+  const FieldRange fields = report.fieldsOf(pool);
+  if (fields.empty() && !pool.isEmptyTag) values.fail(pool.type, "a pool with fields");
+  return {{"kind", Fields<ZtPortalPool>::kKind},
+          {"poolType", values.text(pool.type)},
+          {"timeStamp", values.date(pool.date)},
+          {"fields", describedFields(fields, values, 0)}};
+}
+
+// Typed pools.
+
+/// Takes the fields of a typed pool or of a record in the order of their table.
+class TableReader {
+ public:
+  /// `place` is the part of the report to name where a field is missing at the end.
+  TableReader(const FieldRange& fields, std::string_view place, ValueDescriber& values)
+      : _next(fields.begin()), _end(fields.end()), _place(place), _values(&values) {}
+
+  template <class Object>
+  void takeFields(ordered_json& described) {
+    eachField<Object>([this, &described](const auto& row) { this->takeRow(row, described); });
+  }
+
+  void expectEnd() const {
+    if (!atEnd()) _values->fail(_next->name, "no more fields in this record");
+  }
+  FieldRange rest() const { return {_next.get(), _end.get()}; }
+
+ private:
+  void takeRow(const FalseField& row, ordered_json& /*described*/) {
+    const std::string_view value = take(FieldType::Boolean, row.wireName);
+    if (value != "FALSE") _values->fail(value, "FALSE");
+  }
+  template <class Owner, class Member>
+  void takeRow(const Field<Owner, Member, false>& /*row*/, ordered_json& /*described*/) {}
+  template <class Owner, class Member>
+  void takeRow(const Field<Owner, Member, true>& row, ordered_json& described) {
+    if constexpr (requires { typename RecordOf<Member>::Type; }) {
+      takeRecords<typename RecordOf<Member>::Type>(row.key, row.wireName, described);
+    } else {
+      described[std::string(row.key)] = takeValue<Member>(row.wireName, row.enumeration);
+    }
+  }
+
+  template <class Member>
+  ordered_json takeValue(std::string_view name, const Enumeration* enumeration) {
+    if constexpr (std::same_as<Member, std::int32_t>) {
+      return _values->integer(take(FieldType::Integer, name));
+    } else if constexpr (std::same_as<Member, ZtBOOL>) {
+      return _values->boolean(take(FieldType::Boolean, name));
+    } else if constexpr (std::same_as<Member, std::uint64_t>) {
+      return _values->enumerator(take(FieldType::String, name), *enumeration);
+    } else if constexpr (std::same_as<Member, ZtAtomic<ZtDate>>) {
+      return _values->date(take(FieldType::String, name));
+    } else {
+      static_assert(std::same_as<Member, ZtAtomic<ZtString>>);
+      return _values->text(take(FieldType::String, name));
+    }
+  }
+
+  /// An array of records, absent where there is no record.
+  template <class Record>
+  void takeRecords(std::string_view key, std::string_view name, ordered_json& described) {
+    if (atEnd() || _next->type != FieldType::Records || _next->name != name) return;
+    const ReportField& list = *_next;
+    ordered_json records = ordered_json::array();
+    for (const ReportField& record : fieldsOf(list)) {
+      ordered_json members = ordered_json::object();
+      TableReader fields(fieldsOf(record), record.name, *_values);
+      fields.takeFields<Record>(members);
+      fields.expectEnd();
+      records.push_back(std::move(members));
+    }
+    if (records.empty()) _values->fail(list.name, "a list with records");
+    described[std::string(key)] = std::move(records);
+    ++_next;
+  }
+
+  bool atEnd() const { return _next == _end; }
+
+  /// The value of the next field, which must have this type and name.
+  std::string_view take(FieldType type, std::string_view name) {
+    if (atEnd() || _next->type != type || _next->name != name) {
+      _values->fail(atEnd() ? _place : _next->name, "the field " + std::string(name));
+    }
+    const std::string_view value = _next->value;
+    ++_next;
+    return value;
+  }
+
+  FieldRange::Iterator _next;
+  FieldRange::Iterator _end;
+  std::string_view _place;
+  ValueDescriber* _values;
+};
+
+template <class TypedPool>
+ordered_json describedAs(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+  if (pool.isEmptyTag) values.fail(pool.type, "a pool with the fields of its type");
+  ordered_json described{{"kind", Fields<TypedPool>::kKind}, {"timeStamp", values.date(pool.date)}};
+  TableReader fields(report.fieldsOf(pool), pool.type, values);
+  fields.takeFields<TypedPool>(described);
+  if (!fields.rest().empty()) described["fields"] = describedFields(fields.rest(), values, 0);
+  return described;
+}
+
+using Describe = ordered_json (*)(const reader::Report&, const Pool&, ValueDescriber&);
+
+/// How pools of this type are described; null for a type that only generic pools have.
+Describe typedDescriber(std::string_view type) {
+  Describe describe = nullptr;
+  eachPoolClass([&]<class TypedPool> {
+    if constexpr (!std::same_as<TypedPool, ZtPortalPool>) {
+      if (Fields<TypedPool>::kType == type) describe = describedAs<TypedPool>;
+    }
+  });
+  return describe;
+}
+
+/// A pool of the kind that its type names if it has exactly that kind's fields, else a generic one.
+ordered_json describedPool(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+  const Describe describeTyped = typedDescriber(pool.type);
+  if (describeTyped == nullptr) return describedAsGeneric(report, pool, values);
+  try {
+    return describeTyped(report, pool, values);
+  } catch (const Undescribable& asTyped) {
+    try {
+      return describedAsGeneric(report, pool, values);
+    } catch (const Undescribable& asGeneric) {
+      // The attempt that got further was more likely the right one.
+      throw asTyped.offset() < asGeneric.offset() ? asGeneric : asTyped;
+    }
+  }
+}
+
+}  // namespace
 
 ordered_json describedReport(const reader::Report& report) try {
   ordered_json described = ordered_json::object();
@@ -16,7 +327,7 @@ ordered_json describedReport(const reader::Report& report) try {
     described["applicationVersion"] = values.text(report.applicationVersion);
   }
   ordered_json& pools = described["pools"] = ordered_json::array();
-  for (const reader::Pool& pool : report.pools) {
+  for (const Pool& pool : report.pools) {
     pools.push_back(describedPool(report, pool, values));
   }
   return described;

@@ -6,13 +6,13 @@
 
 namespace zt::tools {
 
-/// The description (see `Description`) of a report. In the time zone and language in which the
-/// report was written it is written as the same text again, but for the IDs of report and machine,
-/// which a description does not have. Raises `reader::ReadError` with the place of the first thing
-/// for which that would not be so.
+/// The description (see `Description`) of a report. Rendered in the time zone and language in which
+/// the report was written, it is the same text again except for the IDs of report and machine,
+/// which a description does not have. Throws `reader::ReadError` with the place of the first thing
+/// that no description can express.
 ///
-/// What reports do not carry is absent: the configuration, and the values of some pools that are
-/// for the host alone. "(null)" becomes null.
+/// Values that reports do not carry are absent: the configuration, and the values of some pools
+/// that are for the host alone. "(null)" becomes null.
 nlohmann::ordered_json describedReport(const reader::Report& report);
 
 }  // namespace zt::tools

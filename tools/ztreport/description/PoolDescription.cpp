@@ -1,18 +1,33 @@
 #include "tools/ztreport/description/PoolDescription.h"
 
-#include <array>
+#include <concepts>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <tuple>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
-#include "tools/ztreport/description/FieldDescription.h"
-#include "tools/ztreport/description/Keys.h"
-#include "tools/ztreport/description/PoolKeys.h"
+#include "ztportal/pools/FieldTable.h"
 
 namespace zt::tools {
 
 namespace {
+
+/// The value of a member that decides how all others are read; `known` lists the possible values.
+std::string discriminator(const JsonValue& object, const std::string& name,
+                          const std::string& known) {
+  const nlohmann::json* value = object.member(name);
+  if (value == nullptr) object.fail("\"" + name + "\" is absent; it is one of " + known);
+  return object.child(name, *value).text();
+}
+
+[[noreturn]] void failDiscriminator(const JsonValue& object, const std::string& name,
+                                    const std::string& known) {
+  object.child(name, *object.member(name)).fail("no such " + name + "; it is one of " + known);
+}
 
 ZtDate timeStampOf(const JsonValue& object) {
   const nlohmann::json* timeStamp = object.member("timeStamp");
@@ -20,138 +35,169 @@ ZtDate timeStampOf(const JsonValue& object) {
   return object.child("timeStamp", *timeStamp).date();
 }
 
-/// Reads the members of a pool: those that every pool has, and those that `readOwn` knows.
-template <class ReadOwn>
-void readPool(const JsonValue& object, ZtPortalPool& pool, ReadOwn readOwn) {
+// Generic fields.
+
+void addFields(const JsonValue& list, ZtPortalPoolArray& array);
+
+/// Reads the members of a field whose type is known. A field without a value has no `valueKey`.
+template <class FieldType, class SetValue>
+void readField(const JsonValue& object, const std::shared_ptr<FieldType>& field,
+               std::string_view valueKey, SetValue setValue) {
   object.eachMember([&](const std::string& key, const JsonValue& value) {
-    if (key == "kind" || key == "timeStamp") return true;  // read before
-    if (key == "fields") {
-      addFields(value, *pool.fields());
+    if (key == "type") return true;
+    if (key == "name") {
+      field->setFieldName(value.string());
       return true;
     }
-    return readOwn(key, value);
-  });
-}
-
-/// Reads one entry of a list of a pool into the record that was made for it.
-template <class Record, std::size_t kCount>
-void readRecord(const JsonValue& object, Record& record,
-                const std::array<Key<Record>, kCount>& keys) {
-  object.eachMember([&](const std::string& key, const JsonValue& value) {
-    return setByKey(keys, record, key, value);
-  });
-}
-
-void addGeneric(const JsonValue& object, ZtPortalData& document, MachineCheck /*check*/) {
-  const auto pool = document.addPool(nullptr, timeStampOf(object));
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    if (key != "poolType") return false;
-    pool->setPoolType(value.string());
+    if (valueKey.empty() || key != valueKey) return false;  // "" is an unknown key, too
+    setValue(*field, value);
     return true;
   });
 }
 
-void addExecution(const JsonValue& object, ZtPortalData& document, MachineCheck /*check*/) {
-  const auto pool = document.addPoolExecution(timeStampOf(object));
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    if (key != "steps") {
-      return setByKey(kExecutionKeys, *pool, key, value);
+void addField(const JsonValue& object, ZtPortalPoolArray& array) {
+  static const std::string kTypes = "string, integer, float, boolean, array, none";
+  const std::string type = discriminator(object, "type", kTypes);
+  if (type == "string") {
+    readField(object, array.addString(nullptr, nullptr), "value",
+              [](auto& field, const JsonValue& value) { field.setData(value.string()); });
+  } else if (type == "integer") {
+    readField(object, array.addInteger(nullptr, 0), "value",
+              [](auto& field, const JsonValue& value) { field.setData(value.integer()); });
+  } else if (type == "float") {
+    readField(object, array.addFloat(nullptr, 0), "value",
+              [](auto& field, const JsonValue& value) { field.setData(value.real()); });
+  } else if (type == "boolean") {
+    readField(object, array.addBOOL(nullptr, 0), "value",
+              [](auto& field, const JsonValue& value) { field.setData(value.booleanByte()); });
+  } else if (type == "array") {
+    readField(object, array.addArray(nullptr), "fields",
+              [](auto& field, const JsonValue& value) { addFields(value, field); });
+  } else if (type == "none") {
+    const auto field = ZtPortalPoolField::initWithName(nullptr);
+    array.mutableFields()->push_back(field);
+    readField(object, field, "", [](auto& /*field*/, const JsonValue& /*value*/) {});
+  } else {
+    failDiscriminator(object, "type", kTypes);
+  }
+}
+
+void addFields(const JsonValue& list, ZtPortalPoolArray& array) {
+  for (const JsonValue& field : list.list()) addField(field, array);
+}
+
+// The fields of a table: `read` reads the value of a field into its member.
+
+void read(const JsonValue& value, ZtAtomic<ZtString>& member) { member.store(value.string()); }
+void read(const JsonValue& value, ZtAtomic<ZtDate>& member) { member.store(value.date()); }
+void read(const JsonValue& value, std::int32_t& member) { member = value.integer(); }
+void read(const JsonValue& value, std::int64_t& member) { member = value.longInteger(); }
+void read(const JsonValue& value, ZtBOOL& member) { member = value.booleanByte(); }
+
+using Strings = std::vector<ZtString>;
+void read(const JsonValue& value, ZtAtomic<std::shared_ptr<const Strings>>& member) {
+  Strings strings;
+  for (const JsonValue& string : value.list()) strings.emplace_back(string.text());
+  member.store(std::make_shared<const Strings>(std::move(strings)));
+}
+
+template <class Object>
+bool readByKey(Object& object, const std::string& key, const JsonValue& value);
+
+template <class Record>
+std::shared_ptr<Record> makeRecord(const JsonValue& object) {
+  if constexpr (requires { Record::initWithValues(ZtDate(), nullptr, 0); }) {
+    return Record::initWithValues(timeStampOf(object), nullptr, 0);
+  } else {
+    return Record::initWithNameAndVersion(nullptr, nullptr);
+  }
+}
+
+template <class Record>
+void read(const JsonValue& value, std::vector<std::shared_ptr<Record>>& list) {
+  for (const JsonValue& object : value.list()) {
+    const auto& record = list.emplace_back(makeRecord<Record>(object));
+    object.eachMember([&record](const std::string& key, const JsonValue& member) {
+      return readByKey(*record, key, member);
+    });
+  }
+}
+template <class Record>
+void read(const JsonValue& value,
+          const std::shared_ptr<std::vector<std::shared_ptr<Record>>>& list) {
+  read(value, *list);
+}
+template <class Record>
+void read(const JsonValue& value,
+          ZtAtomic<std::shared_ptr<std::vector<std::shared_ptr<Record>>>>& list) {
+  read(value, *list.load());
+}
+
+/// Reads the value of `key` into `object`. Returns whether the table of its class has the key.
+template <class Object>
+bool readByKey(Object& object, const std::string& key, const JsonValue& value) {
+  bool known = false;
+  eachField<Object>([&](const auto& row) {
+    if constexpr (!std::same_as<decltype(row), const FalseField&>) {
+      if (row.key != key) return;
+      known = true;
+      auto& member = object.*row.member;
+      if constexpr (std::same_as<decltype(member), std::uint64_t&>) {
+        member = value.enumeration(row.enumeration->nameOf, row.enumeration->count);
+      } else {
+        read(value, member);
+      }
     }
-    for (const JsonValue& step : value.list()) {
-      readRecord(step, *pool->addStep(timeStampOf(step), nullptr, 0), kStepKeys);
+  });
+  return known;
+}
+
+/// How a document adds the pools that a time stamp is enough for.
+constexpr std::tuple kAdders{&ZtPortalData::addPoolExecution, &ZtPortalData::addPoolDeinstallation,
+                             &ZtPortalData::addPoolInitialization, &ZtPortalData::addPoolDiagnose,
+                             &ZtPortalData::addPoolConnectionManager};
+
+template <class Pool>
+void addPoolOf(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
+  constexpr bool kIsComputer = std::same_as<Pool, ZtPortalPoolComputerSystem>;
+  std::shared_ptr<Pool> pool;
+  if constexpr (kIsComputer) {
+    const nlohmann::json* autoCheck = object.member("autoCheck");
+    const bool checks = autoCheck != nullptr && object.child("autoCheck", *autoCheck).boolean();
+    pool = document.addPoolComputerSystemWithAutoCheck(timeStampOf(object),
+                                                       checks && check == MachineCheck::Allowed);
+  } else if constexpr (std::same_as<Pool, ZtPortalPool>) {
+    pool = document.addPool(nullptr, timeStampOf(object));
+  } else {
+    using Adder = std::shared_ptr<Pool> (ZtPortalData::*)(const ZtDate&);
+    pool = (document.*std::get<Adder>(kAdders))(timeStampOf(object));
+  }
+  object.eachMember([&pool](const std::string& key, const JsonValue& value) {
+    if (key == "kind" || key == "timeStamp") return true;  // read above
+    if (kIsComputer && key == "autoCheck") return true;
+    if (key == "fields") {
+      addFields(value, *pool->fields());
+      return true;
     }
-    return true;
+    return readByKey(*pool, key, value);
   });
 }
-
-template <class Pool, std::shared_ptr<Pool> (ZtPortalData::*kAdd)(const ZtDate&)>
-void addRun(const JsonValue& object, ZtPortalData& document, MachineCheck /*check*/) {
-  const auto pool = (document.*kAdd)(timeStampOf(object));
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    return setByKey(kRunKeys<Pool>, *pool, key, value);
-  });
-}
-
-void addDiagnose(const JsonValue& object, ZtPortalData& document, MachineCheck /*check*/) {
-  const auto pool = document.addPoolDiagnose(timeStampOf(object));
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    if (key != "steps") return false;
-    for (const JsonValue& step : value.list()) {
-      readRecord(step, *pool->addStep(timeStampOf(step), nullptr, 0), kDiagnoseStepKeys);
-    }
-    return true;
-  });
-}
-
-void addManager(const JsonValue& object, ZtPortalData& document, MachineCheck /*check*/) {
-  const auto pool = document.addPoolConnectionManager(timeStampOf(object));
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    return setByKey(kManagerKeys, *pool, key, value);
-  });
-}
-
-/// Adds an application to its list for every entry of a list, and says that the key was known.
-template <class Add, class Keys>
-bool addApplications(const JsonValue& list, const Keys& keys, Add add) {
-  for (const JsonValue& application : list.list()) readRecord(application, *add(), keys);
-  return true;
-}
-
-bool addApplicationsByKey(Computer& pool, const std::string& key, const JsonValue& list) {
-  if (key == "browsers") {
-    return addApplications(list, kBrowserKeys,
-                           [&] { return pool.addBrowser(nullptr, nullptr, 0); });
-  }
-  if (key == "emailClients") {
-    return addApplications(list, kEMailClientKeys,
-                           [&] { return pool.addEMailClient(nullptr, nullptr, 0); });
-  }
-  if (key == "firewallApps") {
-    return addApplications(list, kFirewallKeys,
-                           [&] { return pool.addFirewallApp(nullptr, nullptr); });
-  }
-  if (key == "antivirusApps") {
-    return addApplications(list, kAntivirusKeys,
-                           [&] { return pool.addAntivirusApp(nullptr, nullptr); });
-  }
-  return false;
-}
-
-void addComputer(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
-  const nlohmann::json* autoCheck = object.member("autoCheck");
-  const bool checks = autoCheck != nullptr && object.child("autoCheck", *autoCheck).boolean();
-  const auto pool = document.addPoolComputerSystemWithAutoCheck(
-      timeStampOf(object), checks && check == MachineCheck::Allowed);
-  readPool(object, *pool, [&](const std::string& key, const JsonValue& value) {
-    return key == "autoCheck" || setByKey(kComputerKeys, *pool, key, value) ||
-           addApplicationsByKey(*pool, key, value);
-  });
-}
-
-struct Kind {
-  std::string_view name;
-  void (*add)(const JsonValue&, ZtPortalData&, MachineCheck);
-};
-constexpr std::array<Kind, 7> kKinds{{
-    {"generic", addGeneric},
-    {"execution", addExecution},
-    {"deinstallation", addRun<ZtPortalPoolDeinstallation, &ZtPortalData::addPoolDeinstallation>},
-    {"initialization", addRun<ZtPortalPoolInitialization, &ZtPortalData::addPoolInitialization>},
-    {"diagnose", addDiagnose},
-    {"connectionManager", addManager},
-    {"computerSystem", addComputer},
-}};
 
 }  // namespace
 
 void addPool(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
   std::string known;
-  for (const Kind& kind : kKinds) known += (known.empty() ? "" : ", ") + std::string(kind.name);
-  const std::string name = discriminator(object, "kind", known);
-  for (const Kind& kind : kKinds) {
-    if (kind.name == name) return kind.add(object, document, check);
-  }
-  object.child("kind", *object.member("kind")).fail("no such kind; it is one of " + known);
+  eachPoolClass([&known]<class Pool> {
+    known.append(known.empty() ? "" : ", ").append(Fields<Pool>::kKind);
+  });
+  const std::string kind = discriminator(object, "kind", known);
+  bool added = false;
+  eachPoolClass([&]<class Pool> {
+    if (Fields<Pool>::kKind != kind) return;
+    addPoolOf<Pool>(object, document, check);
+    added = true;
+  });
+  if (!added) failDiscriminator(object, "kind", known);
 }
 
 }  // namespace zt::tools

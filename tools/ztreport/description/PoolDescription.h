@@ -5,10 +5,10 @@
 
 namespace zt::tools {
 
-/// Whether a description may have the library look at the machine, which starts a child process.
+/// Whether a description may let the library examine the machine, which starts a subprocess.
 enum class MachineCheck { Allowed, Skipped };
 
-/// Adds the pool that `object` describes to a document. Raises `JsonError` at the first fault.
+/// Adds the pool that `object` describes to a document. Throws `JsonError` at the first error.
 void addPool(const JsonValue& object, ZtPortalData& document, MachineCheck check);
 
 }  // namespace zt::tools

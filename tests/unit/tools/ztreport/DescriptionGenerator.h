@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <cmath>
+#include <concepts>
 #include <cstdint>
 #include <cstring>
 #include <limits>
@@ -10,14 +11,17 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <type_traits>
+#include <vector>
 
 #include "tools/ztreport/description/Moment.h"
 #include "ztportal/base/ZtDate.h"
+#include "ztportal/pools/FieldTable.h"
 
 namespace zt::test {
 
-/// Makes up report descriptions: every kind of pool and field, values at the ends of their ranges,
-/// names and values full of markup. The same seed gives the same descriptions.
+/// Generates random report descriptions: every kind of pool and field, values at the limits of
+/// their ranges, names and values full of markup. The same seed generates the same descriptions.
 class DescriptionGenerator {
  public:
   explicit DescriptionGenerator(std::uint32_t seed) : _random(seed) {}
@@ -38,7 +42,7 @@ class DescriptionGenerator {
     return tools::momentText(ZtDate::fromMilliseconds(milliseconds), offset);
   }
 
-  /// Any moment that a description can have, most of them near to us or to a change of clocks.
+  /// Any timestamp that a description can have, most of them recent or close to a clock change.
   std::int64_t moment() {
     // Changes of Berlin, St John's, and all of Kolkata's history; the Gregorian reform.
     constexpr std::array<std::int64_t, 8> kChanges{1774746000000,   1792890000000, 1772947800000,
@@ -60,52 +64,52 @@ class DescriptionGenerator {
   }
 
   std::string string() {
-    static const std::array<std::string_view, 40> kPieces{{"a",
-                                                           "Home",
-                                                           "ä",
-                                                           "€",
-                                                           "😀",
-                                                           " ",
-                                                           "  ",
-                                                           "\t",
-                                                           "\"",
-                                                           "'",
-                                                           "&",
-                                                           "&amp;",
-                                                           "<",
-                                                           ">",
-                                                           "/",
-                                                           "\\",
-                                                           "<Field>",
-                                                           "</Field>",
-                                                           "<Fields/>",
-                                                           "</Fields>",
-                                                           "<Name>",
-                                                           "</Name>",
-                                                           "<Value>",
-                                                           "</Value>",
-                                                           "</Date>",
-                                                           "</Data>",
-                                                           "<Data Pool=\"X\">",
-                                                           "</Datas>",
-                                                           "</reportData>",
-                                                           "\">",
-                                                           "(null)",
-                                                           "(null",
-                                                           "TRUE",
-                                                           "0",
-                                                           "\x1b[2J",
-                                                           "\x7f",
-                                                           "\n",
-                                                           "\r",
-                                                           "]]>",
-                                                           std::string_view("\0", 1)}};
+    static const std::vector<std::string> kPieces{"a",
+                                                  "Home",
+                                                  "ä",
+                                                  "€",
+                                                  "😀",
+                                                  " ",
+                                                  "  ",
+                                                  "\t",
+                                                  "\"",
+                                                  "'",
+                                                  "&",
+                                                  "&amp;",
+                                                  "<",
+                                                  ">",
+                                                  "/",
+                                                  "\\",  //
+                                                  "<Field>",
+                                                  "</Field>",
+                                                  "<Fields/>",
+                                                  "</Fields>",
+                                                  "<Name>",
+                                                  "</Name>",
+                                                  "<Value>",
+                                                  "</Value>",  //
+                                                  "</Date>",
+                                                  "</Data>",
+                                                  "<Data Pool=\"X\">",
+                                                  "</Datas>",
+                                                  "</reportData>",
+                                                  "\">",
+                                                  "(null)",  //
+                                                  "(null",
+                                                  "TRUE",
+                                                  "0",
+                                                  "\x1b[2J",
+                                                  "\x7f",
+                                                  "\n",
+                                                  "\r",
+                                                  "]]>",
+                                                  std::string(1, '\0')};
     std::string text;
     for (int i = below(6); i > 0; --i) {
       text += kPieces[static_cast<std::size_t>(below(kPieces.size()))];
     }
     // "\r" and "\n" side by side are a line end, which not every value can have.
-    for (std::size_t at = text.find("\r\n"); at != text.npos; at = text.find("\r\n")) {
+    for (std::size_t at = text.find("\r\n"); at != std::string::npos; at = text.find("\r\n")) {
       text.erase(at, 1);
     }
     if (oneIn(20)) return "one\r\ntwo & <three>\r\n";
@@ -147,10 +151,12 @@ class DescriptionGenerator {
     }
   }
   Json boolean() { return oneIn(3) ? Json(between(-128, 255)) : Json(oneIn(2)); }
-  Json enumerator(std::initializer_list<const char*> names) {
-    if (oneIn(3)) return std::uint64_t(between(0, 60));
+  Json enumerator(const Enumeration& enumeration) {
     if (oneIn(8)) return std::numeric_limits<std::uint64_t>::max();
-    return *(names.begin() + below(names.size()));
+    const auto number = static_cast<std::uint64_t>(below(enumeration.count + 20));
+    const ZtString name = enumeration.nameOf(number);
+    if (name.empty() || oneIn(3)) return number;
+    return std::string(name.view());
   }
 
   Json fields(int depth) {
@@ -177,148 +183,69 @@ class DescriptionGenerator {
     return field;
   }
 
+  /// The name of a field or the type of a pool that a generic one has no reason to have.
   std::string fieldOfAPool() {
     constexpr std::array<const char*, 6> kNames{{"INSTALLATION_TYPE", "START_TIME",
                                                  "INSTALLATIONSTEPS", "DIAGNOSESTEPS", "BROWSERS",
                                                  "WINDOWS_FIREWALL_ENABLED"}};
     return kNames[static_cast<std::size_t>(below(kNames.size()))];
   }
+  std::string typeOfAPool() {
+    std::vector<std::string> types;
+    eachPoolClass([&types]<class Pool> {
+      if constexpr (!std::same_as<Pool, ZtPortalPool>) types.emplace_back(Fields<Pool>::kType);
+    });
+    return types[static_cast<std::size_t>(below(types.size()))];
+  }
 
   Json pool() {
-    constexpr std::array<const char*, 7> kKinds{{"generic", "execution", "deinstallation",
-                                                 "initialization", "diagnose", "connectionManager",
-                                                 "computerSystem"}};
-    const std::string kind = kKinds[static_cast<std::size_t>(below(kKinds.size()))];
-    Json pool{{"kind", kind}};
+    std::vector<Json (DescriptionGenerator::*)()> makers;
+    eachPoolClass([&makers]<class Pool> { makers.push_back(&DescriptionGenerator::poolOf<Pool>); });
+    return (this->*makers[static_cast<std::size_t>(below(makers.size()))])();
+  }
+
+  template <class Pool>
+  Json poolOf() {
+    Json pool = members<Pool>();
+    pool["kind"] = Fields<Pool>::kKind;
     maybe(pool, "timeStamp", [&] { return dateOrNull(); });
     maybe(pool, "fields", [&] { return fields(0); });
-    if (kind == "generic") addGeneric(pool);
-    if (kind == "execution") addExecution(pool);
-    if (kind == "deinstallation" || kind == "initialization") addRun(pool);
-    if (kind == "diagnose") addDiagnose(pool);
-    if (kind == "connectionManager") addManager(pool);
-    if (kind == "computerSystem") addComputer(pool);
+    if (std::same_as<Pool, ZtPortalPool> && oneIn(2)) pool["poolType"] = typeOfAPool();
     return pool;
   }
 
-  void addGeneric(Json& pool) {
-    constexpr std::array<const char*, 6> kTypes{{"EXECUTION", "DEINSTALLATION", "INITIALIZATION",
-                                                 "DIAGNOSE", "CONNECTIONMANAGER",
-                                                 "COMPUTER_SYSTEM"}};
-    maybe(pool, "poolType", [&] {
-      return oneIn(2) ? Json(kTypes[static_cast<std::size_t>(below(kTypes.size()))]) : text();
+  template <class Object>
+  Json members() {
+    Json object = Json::object();
+    eachField<Object>([&](const auto& row) {
+      using Row = std::remove_cvref_t<decltype(row)>;
+      if constexpr (!std::same_as<Row, FalseField>) {
+        maybe(object, std::string(row.key).c_str(),
+              [&] { return member<typename Row::Member>(row.enumeration); });
+      }
     });
+    return object;
   }
 
-  void addRun(Json& pool) {
-    for (const char* key :
-         {"endResultString", "endResultCode", "endErrorMessageString", "endErrorMessageCode"}) {
-      maybe(pool, key, [&] { return text(); });
+  template <class Member>
+  Json member(const Enumeration* enumeration) {
+    if constexpr (std::same_as<Member, ZtAtomic<ZtString>>) {
+      return text();
+    } else if constexpr (std::same_as<Member, ZtAtomic<ZtDate>>) {
+      return dateOrNull();
+    } else if constexpr (std::same_as<Member, ZtBOOL>) {
+      return boolean();
+    } else if constexpr (std::same_as<Member, std::uint64_t>) {
+      return enumerator(*enumeration);
+    } else if constexpr (std::integral<Member>) {
+      return integer();
+    } else if constexpr (requires { typename RecordOf<Member>::Type; }) {
+      Json list = Json::array();
+      for (int i = below(4); i > 0; --i) list.push_back(members<typename RecordOf<Member>::Type>());
+      return list;
+    } else {
+      return Json::array({string()});
     }
-    maybe(pool, "startTime", [&] { return dateOrNull(); });
-    maybe(pool, "endTime", [&] { return dateOrNull(); });
-    maybe(pool, "successfull", [&] { return boolean(); });
-  }
-
-  void addExecution(Json& pool) {
-    addRun(pool);
-    for (const char* key : {"startPoint", "endPoint", "executionType"}) {
-      maybe(pool, key, [&] { return text(); });
-    }
-    maybe(pool, "cancelled", [&] { return boolean(); });
-    maybe(pool, "steps", [&] {
-      return records([&](Json& step) {
-        maybe(step, "timeStamp", [&] { return dateOrNull(); });
-        maybe(step, "stepType", [&] {
-          return enumerator({"ENTER", "LEAVE", "EXIT", "INFO", "ERROR"});
-        });
-        for (const char* key : {"stepName", "stepMessageString", "stepMessageCode"}) {
-          maybe(step, key, [&] { return text(); });
-        }
-      });
-    });
-  }
-
-  void addDiagnose(Json& pool) {
-    maybe(pool, "steps", [&] {
-      return records([&](Json& step) {
-        maybe(step, "timeStamp", [&] { return dateOrNull(); });
-        maybe(step, "diagnoseType", [&] { return enumerator({"MANUAL", "AUTOMATIC", "RIS"}); });
-        for (const char* key :
-             {"stepName", "stepMessageString", "stepMessageCode", "optionalString"}) {
-          maybe(step, key, [&] { return text(); });
-        }
-        for (const char* key : {"successfullRepair", "cancelledRepair", "optionalBoolean"}) {
-          maybe(step, key, [&] { return boolean(); });
-        }
-      });
-    });
-  }
-
-  void addManager(Json& pool) {
-    for (const char* key : {"deviceModel", "deviceManufacturer", "deviceIMEI", "simOperator",
-                            "simIMSI", "interfaceType"}) {
-      maybe(pool, key, [&] { return text(); });
-    }
-    for (const char* key : {"sentSMS",
-                            "sentSMSWithReport",
-                            "sentSMSFlash",
-                            "smsSendErrorCount",
-                            "receivedSMS",
-                            "receivedSMSReports",
-                            "manualRegistrationsFailed",
-                            "wifiConnectionsEstablished",
-                            "profileEdits",
-                            "profileCreations",
-                            "profileDeletions",
-                            "mobileConnections",
-                            "mobileConnectionsFailed",
-                            "mobileRoamingConnections",
-                            "mobileRoamingConnectionsFailed",
-                            "mobileVolumeHome",
-                            "mobileVolumeRoaming",
-                            "recognizedAltConnections",
-                            "autoSwitchesToAltConnection",
-                            "manualSwitchesToAltConnection"}) {
-      maybe(pool, key, [&] { return integer(); });
-    }
-    maybe(pool, "registeredRoamNetworks", [&] { return Json::array({string()}); });
-  }
-
-  void addComputer(Json& pool) {
-    for (const char* key : {"osName", "osVersion", "osBuildString"}) {
-      maybe(pool, key, [&] { return text(); });
-    }
-    for (const char* key : {"osLanguage", "userLanguage"}) {
-      maybe(pool, key, [&] { return enumerator({"GERMAN", "NEUTRAL", "VIETNAMESE", "ENGLISH"}); });
-    }
-    for (const char* key : {"isAdmin", "firewallEnabled"}) {
-      maybe(pool, key, [&] { return boolean(); });
-    }
-    maybe(pool, "servicePack", [&] { return integer(); });
-    const auto programs = [&](std::initializer_list<const char*> flags, bool hasCompany) {
-      return records([&](Json& program) {
-        maybe(program, "appName", [&] { return text(); });
-        maybe(program, "appVersion", [&] { return text(); });
-        if (hasCompany) maybe(program, "appCompany", [&] { return text(); });
-        for (const char* flag : flags) maybe(program, flag, [&] { return boolean(); });
-      });
-    };
-    maybe(pool, "browsers", [&] { return programs({"isStandard"}, false); });
-    maybe(pool, "emailClients", [&] { return programs({"isStandard"}, false); });
-    maybe(pool, "firewallApps", [&] { return programs({"isEnabled"}, true); });
-    maybe(pool, "antivirusApps", [&] { return programs({"isEnabled", "isUpToDate"}, true); });
-  }
-
-  template <class Fill>
-  Json records(Fill fill) {
-    Json list = Json::array();
-    for (int i = below(4); i > 0; --i) {
-      Json record = Json::object();
-      fill(record);
-      list.push_back(record);
-    }
-    return list;
   }
 
   std::mt19937 _random;

@@ -1,4 +1,4 @@
-#include "ztportal/pools/FieldText.h"
+#include "ztportal/pools/Markup.h"
 
 #include <charconv>
 
