@@ -1,25 +1,240 @@
+#include <CLI/CLI.hpp>
 #include <exception>
+#include <functional>
 #include <iostream>
+#include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
-#include "tools/ztreport/CommandLine.h"
+#include "tools/ztreport/commands/Commands.h"
+#include "ztportal/ztportal.h"
+
+// The command line. The manual page and the completions are derived from its --help.
+
+namespace zt::tools {
 
 namespace {
 
-using zt::tools::Exit;
-using zt::tools::Failure;
+/// The options as they were typed, and the command.
+struct Arguments {
+  std::string appName = "ztreport";
+  std::string appVersion = ZT_VERSION;
+  std::string file;
+  std::optional<std::string> customer;
+  std::optional<std::string> configurationUrl;
+  std::optional<std::string> setAside;
+  bool plain = false;
+  bool json = false;
+  RunOptions run;
+  std::function<Exit()> command;
+};
 
-int failed(const std::string& message, Exit exit) {
+/// The configuration URL of the commands that take a customer or a URL.
+std::string serverUrl(const Arguments& arguments) {
+  if (arguments.customer.has_value() == arguments.configurationUrl.has_value()) {
+    throw Failure(Exit::WrongInput, "give either --customer or --config-url");
+  }
+  if (arguments.configurationUrl) return *arguments.configurationUrl;
+  return std::string(configurationUrlOf(*arguments.customer).view());
+}
+
+CLI::App* addCommand(CLI::App& app, Arguments& arguments, const char* name, const char* help,
+                     const std::string& examples, std::function<Exit()> action) {
+  CLI::App* command = app.add_subcommand(name, help)->group("Commands");
+  command->footer("Examples:\n" + examples);
+  command->callback([&arguments, action = std::move(action)] { arguments.command = action; });
+  return command;
+}
+
+void addDescription(CLI::App& command, Arguments& arguments) {
+  command.add_option("FILE", arguments.file, "Report description (JSON), or - for standard input")
+      ->type_name("")
+      ->required();
+}
+
+void addServer(CLI::App& command, Arguments& arguments) {
+  command
+      .add_option("--customer", arguments.customer,
+                  "Customer whose server is used: " + customerNames())
+      ->type_name("CUSTOMER");
+  command
+      .add_option("--config-url", arguments.configurationUrl,
+                  "URL of the configuration document, instead of --customer")
+      ->type_name("URL");
+}
+
+void addReportCommands(CLI::App& app, Arguments& arguments) {
+  CLI::App* render = addCommand(app, arguments, "render", "Print the text of a report",
+                                "  $ ztreport render report.json\n"
+                                "  $ ztreport render --plain - < report.json",
+                                [&] { return tools::render(arguments.file, arguments.plain); });
+  addDescription(*render, arguments);
+  render->add_flag("--plain", arguments.plain, "Print plain XML instead of the SOAP request");
+
+  CLI::App* send = addCommand(
+      app, arguments, "send", "Send a report, and save it if it is not accepted",
+      "  $ ztreport send report.json\n"
+      "  $ ztreport send report.json --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
+      [&] { return tools::send(arguments.file, arguments.configurationUrl.value_or("")); });
+  addDescription(*send, arguments);
+  send->add_option("--config-url", arguments.configurationUrl,
+                   "URL of the configuration document, instead of the one in FILE")
+      ->type_name("URL");
+
+  addDescription(
+      *addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
+                  "  $ ztreport save report.json\n"
+                  "  $ ztreport save report.json --app-name Setup",
+                  [&] { return tools::save(arguments.file); }),
+      arguments);
+}
+
+void addRunCommand(CLI::App& app, Arguments& arguments) {
+  RunOptions& options = arguments.run;
+  CLI::App* run = addCommand(
+      app, arguments, "run", "Report one run of a program: the computer, the steps and the facts",
+      "  $ ztreport run --customer Kelvane --start setup --step ENTER:Copy --end finish\n"
+      "  $ ztreport run --customer Kelvane --fact EDITION=Home --flag DESKTOP_ICON=yes --save",
+      [&] { return tools::run(options); });
+  run->add_option("--customer", options.customer,
+                  "Customer whose server is used: " + customerNames())
+      ->required()
+      ->type_name("CUSTOMER");
+  run->add_option("--app-id", options.applicationId,
+                  "ID of the program, a GUID in braces (default: the customer's ID)");
+  run->add_option("--start", options.startPoint, "Name of the point where the run began");
+  run->add_option("--end", options.endPoint, "Name of the point where it ended");
+  const auto addList = [run](const char* name, std::vector<std::string>& values, const char* help) {
+    run->add_option(name, values, help)
+        ->expected(1)
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  };
+  addList("--fact", options.facts, "A fact, NAME=VALUE; can be repeated");
+  addList("--flag", options.flags, "A yes-or-no fact, NAME=yes or NAME=no; can be repeated");
+  addList("--step", options.steps,
+          "A step, TYPE:NAME with TYPE ENTER, LEAVE, EXIT, INFO or ERROR; can be repeated");
+  run->add_flag("--save", options.save, "Save the report without sending it");
+}
+
+void addStoreCommands(CLI::App& app, Arguments& arguments) {
+  addServer(
+      *addCommand(app, arguments, "resend", "Send the saved reports",
+                  "  $ ztreport resend --customer Kelvane\n"
+                  "  $ ztreport resend --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
+                  [&] { return tools::resend(serverUrl(arguments)); }),
+      arguments);
+
+  addCommand(app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
+             "  $ ztreport store --app-name Setup\n"
+             "  $ ztreport store --set-aside '{0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr'",
+             [&] { return arguments.setAside ? setAside(*arguments.setAside) : listStore(); })
+      ->add_option("--set-aside", arguments.setAside,
+                   "Move this saved report, which may block all others, to the folder set-aside")
+      ->type_name("FILE");
+
+  CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",
+                              "  $ ztreport render report.json | ztreport show -\n"
+                              "  $ ztreport show --json 0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55",
+                              [&] { return tools::show(arguments.file, arguments.json); });
+  show->add_option("FILE", arguments.file,
+                   "File, name or ID of a saved report, or - for standard input")
+      ->type_name("")
+      ->required();
+  show->add_flag("--json", arguments.json, "Print a report description (JSON) instead of a tree");
+}
+
+void addMachineCommands(CLI::App& app, Arguments& arguments) {
+  addCommand(app, arguments, "probe", "Print what the inventory finds on this computer",
+             "  $ ztreport probe\n"
+             "  $ ztreport probe --json",
+             [&] { return tools::probe(arguments.json); })
+      ->add_flag("--json", arguments.json, "Print a pool of a report description (JSON)");
+  addCommand(app, arguments, "listen",
+             "Print the broadcasts of reports as they arrive, one JSON object per line",
+             "  $ ztreport listen\n"
+             "  $ ztreport listen >> broadcasts.jsonl",
+             [] { return tools::listen(); });
+
+  CLI::App* doctor = addCommand(
+      app, arguments, "doctor", "Check everything that a report needs, and say how to fix problems",
+      "  $ ztreport doctor --customer Kelvane\n"
+      "  $ ztreport doctor --config-url http://127.0.0.1:8025/reporting/kelvane.xml --json",
+      [&] { return tools::doctor(serverUrl(arguments), arguments.appName, arguments.json); });
+  addServer(*doctor, arguments);
+  doctor->add_flag("--json", arguments.json, "Print one JSON object at the end");
+}
+
+void addAll(CLI::App& app, Arguments& arguments) {
+  constexpr std::size_t kHelpColumn = 34;
+  app.get_formatter()->column_width(kHelpColumn);
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("Positionals", "Arguments");
+  app.set_version_flag("--version", std::string("ztreport " ZT_VERSION),
+                       "Print the version and exit");
+  app.set_help_flag("--help", "Print this help and exit");
+  app.require_subcommand(1);
+  app.fallthrough();
+  app.add_option("--app-name", arguments.appName, "Name of the program that reports")
+      ->capture_default_str();
+  app.add_option("--app-version", arguments.appVersion, "Version of the program that reports")
+      ->capture_default_str();
+  app.footer(
+      "Examples:\n"
+      "  $ ztreport run --customer Kelvane --start setup --step ENTER:Copy --end finish\n"
+      "  $ ztreport send report.json --config-url http://127.0.0.1:8025/reporting/kelvane.xml\n"
+      "  $ ztreport doctor --customer Kelvane\n\n"
+      "ztreport COMMAND --help describes a command.");
+  addReportCommands(app, arguments);
+  addRunCommand(app, arguments);
+  addStoreCommands(app, arguments);
+  addMachineCommands(app, arguments);
+}
+
+/// Names the host after the options. The name becomes a folder of the store.
+void setHost(const std::string& name, const std::string& version) {
+  if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
+    throw Failure(Exit::WrongInput, "--app-name: \"" + name + "\" is not a folder name");
+  }
+  ZtHost::setBundleInfo({{"CFBundleName", name},
+                         {"CFBundleShortVersionString", version},
+                         {"CFBundleVersion", version}});
+}
+
+Exit runCommandLine(int argc, const char* const* argv) {
+  CLI::App app("Reports the run of a program from the command line.", "ztreport");
+  Arguments arguments;
+  addAll(app, arguments);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::Success& success) {
+    app.exit(success, std::cout);
+    if (std::cout.flush()) return Exit::Done;
+    throw Failure(Exit::MachineFailed, "standard output cannot be written");
+  } catch (const CLI::ParseError& error) {
+    const std::vector<std::string> unknown = app.remaining();
+    if (app.get_subcommands().empty() && !unknown.empty()) {
+      throw Failure(Exit::WrongInput, "no such command: " + unknown.front());
+    }
+    throw Failure(Exit::WrongInput, error.what());
+  }
+  setHost(arguments.appName, arguments.appVersion);
+  return arguments.command();
+}
+
+int fail(const std::string& message, Exit exit) {
   std::cerr << "ztreport: " << message << '\n';
   return static_cast<int>(exit);
 }
 
 }  // namespace
 
+}  // namespace zt::tools
+
 int main(int argc, char** argv) try {
-  return static_cast<int>(zt::tools::CommandLine().run(argc, argv));
-} catch (const Failure& failure) {
-  return failed(failure.what(), failure.exit());
+  return static_cast<int>(zt::tools::runCommandLine(argc, argv));
+} catch (const zt::tools::Failure& failure) {
+  return zt::tools::fail(failure.what(), failure.exit());
 } catch (const std::exception& error) {
-  return failed(error.what(), Exit::MachineFailed);
+  return zt::tools::fail(error.what(), zt::tools::Exit::MachineFailed);
 }

@@ -5,9 +5,8 @@
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
 
-// Session bus, companion and test mode, each in its good and its bad case. A program of its own,
-// which runs while no other test does: where the companion cannot be hidden, all programs of the
-// machine are in test mode.
+// The checks of session bus, companion and test mode. They run while no other test does: a running
+// companion switches test mode on for all programs of the machine.
 
 namespace zt::test {
 namespace {
@@ -26,16 +25,10 @@ class DoctorDesktopTest : public DoctorTest {
   ReportingServer _server;
 };
 
-TEST_F(DoctorDesktopTest, FindsTheSessionBus) {
-  const SessionBus bus;
-  program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address());
-  EXPECT_EQ(examine(_server.configurationUrl()).findings.at("session bus"), "ok: there");
-}
-
-TEST_F(DoctorDesktopTest, FindsThatThereIsNoSessionBus) {
+TEST_F(DoctorDesktopTest, FindsTheSessionBusOrSaysWhyThereIsNone) {
   constexpr const char* kEnd =
-      "; reports are sent all the same, but no companion sees them -> run the program within the "
-      "user's desktop session if a companion shall see them";
+      "; reports are sent anyway, but no companion sees them -> run the program in the user's "
+      "desktop session if a companion should see them";
   EXPECT_EQ(examine(_server.configurationUrl()).findings.at("session bus"),
             std::string("warning: none: No medium found; neither DBUS_SESSION_BUS_ADDRESS nor "
                         "XDG_RUNTIME_DIR is set") +
@@ -47,51 +40,47 @@ TEST_F(DoctorDesktopTest, FindsThatThereIsNoSessionBus) {
             std::string("warning: none: No such file or directory; XDG_RUNTIME_DIR is "
                         "/nonexistent") +
                 kEnd);
+  const SessionBus bus;
+  program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address());
+  EXPECT_EQ(examine(_server.configurationUrl()).findings.at("session bus"), "ok: available");
 }
 
-TEST_F(DoctorDesktopTest, SeesNoCompanion) {
-  const CompanionBundle companion(ghostList("1"));  // does not run
+TEST_F(DoctorDesktopTest, IgnoresACompanionThatDoesNotRun) {
+  const CompanionBundle companion(ghostList("1"));
   const Diagnosis diagnosis = examine(_server.configurationUrl());
-  EXPECT_EQ(diagnosis.findings.at("companion"), "ok: none runs");
+  EXPECT_EQ(diagnosis.findings.at("companion"), "ok: none is running");
   EXPECT_EQ(diagnosis.findings.at("test mode"), "ok: off");
 }
 
-TEST_F(DoctorDesktopTest, SeesACompanionThatKeepsTheTestModeOff) {
-  CompanionBundle companion(ghostList("0"));
-  companion.start();
-  const Diagnosis diagnosis = examine(_server.configurationUrl());
-  EXPECT_EQ(diagnosis.status, 0);
-  EXPECT_THAT(diagnosis.findings.at("companion"), MatchesRegex("ok: /.*/Ghost runs"));
-  EXPECT_EQ(diagnosis.findings.at("test mode"), "ok: off");
-  EXPECT_EQ(diagnosis.findings.at("report URL"), "ok: http://" + _server.host() + "/soap");
-}
-
-TEST_F(DoctorDesktopTest, FindsACompanionWithoutItsList) {
-  CompanionBundle companion(std::nullopt);
-  companion.start();
-  const Diagnosis diagnosis = examine(_server.configurationUrl());
-  EXPECT_EQ(diagnosis.status, 0);
-  EXPECT_THAT(diagnosis.findings.at("companion"),
-              MatchesRegex("warning: /.*/Ghost runs, but has no Contents/Resources/ghost.plist and "
-                           "so cannot switch the test mode on -> install the companion again if "
-                           "the test mode is wanted"));
-  EXPECT_EQ(diagnosis.findings.at("test mode"), "ok: off");
-}
-
-TEST_F(DoctorDesktopTest, FindsTheTestMode) {
-  CompanionBundle companion(ghostList("1"));
-  companion.start();
-  const Diagnosis diagnosis = examine(_server.configurationUrl());
-  EXPECT_EQ(diagnosis.status, 0);
-  EXPECT_THAT(diagnosis.findings.at("companion"), MatchesRegex("ok: /.*/Ghost runs"));
-  EXPECT_EQ(diagnosis.findings.at("test mode"),
-            "warning: on: every report of this user is a test, its customer ends in _Test, and it "
-            "goes to the test URL -> quit the companion, or switch its test mode off, before real "
-            "reports are sent");
-  EXPECT_EQ(diagnosis.findings.at("report URL"),
-            "ok: http://" + _server.host() + "/soap-test (test mode)");
-  ASSERT_EQ(_server.requests().size(), 2U);
-  EXPECT_THAT(_server.requests()[1], StartsWith("POST /soap-test "));
+TEST_F(DoctorDesktopTest, FindsTheCompanionAndItsTestMode) {
+  const std::string url = "ok: http://" + _server.host();
+  const struct {
+    std::optional<std::string> list;
+    const char* companion;
+    std::string testMode;
+    std::string reportUrl;
+  } rows[] = {
+      {ghostList("0"), "ok: /.*/Ghost is running", "ok: off", url + "/soap"},
+      {std::nullopt,
+       "warning: /.*/Ghost is running, but has no Contents/Resources/ghost.plist, so it cannot "
+       "switch test mode on -> reinstall the companion if you need test mode",
+       "ok: off", url + "/soap"},
+      {ghostList("1"), "ok: /.*/Ghost is running",
+       "warning: on: every report of this user is a test: its customer ends in _Test, and it goes "
+       "to the test URL -> quit the companion or switch its test mode off before sending real "
+       "reports",
+       url + "/soap-test (test mode)"},
+  };
+  for (const auto& row : rows) {
+    CompanionBundle companion(row.list);
+    companion.start();
+    const Diagnosis diagnosis = examine(_server.configurationUrl());
+    EXPECT_EQ(diagnosis.status, 0);
+    EXPECT_THAT(diagnosis.findings.at("companion"), MatchesRegex(row.companion));
+    EXPECT_EQ(diagnosis.findings.at("test mode"), row.testMode);
+    EXPECT_EQ(diagnosis.findings.at("report URL"), row.reportUrl);
+  }
+  EXPECT_THAT(_server.requests().back(), StartsWith("POST /soap-test "));
 }
 
 TEST_F(DoctorDesktopTest, FindsATestModeWithoutATestUrl) {
@@ -102,10 +91,10 @@ TEST_F(DoctorDesktopTest, FindsATestModeWithoutATestUrl) {
   const Diagnosis diagnosis = examine(_server.configurationUrl());
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(diagnosis.findings.at("report URL"),
-            "failed: the configuration names none for the test mode -> have the customer's "
-            "configuration document mended");
+            "failed: the configuration has none for test mode -> correct the customer's "
+            "configuration document");
   EXPECT_EQ(diagnosis.findings.at("version answer"),
-            "warning: skipped: there is no report URL -> mend what failed above");
+            "warning: skipped: there is no report URL -> fix the failed check above");
 }
 
 }  // namespace

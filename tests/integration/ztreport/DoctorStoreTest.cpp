@@ -7,8 +7,8 @@
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/Inbox.h"
 
-// The store, each check in its good and its bad case. Those that need a file system of their own
-// are skipped where mounting is not permitted.
+// The checks of the store. Tests that need a file system of their own are skipped where mounting is
+// not permitted.
 
 namespace zt::test {
 namespace {
@@ -19,11 +19,13 @@ using testing::MatchesRegex;
 using testing::StartsWith;
 
 constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
-constexpr const char* kRoomRemedy = " -> make room on the file system of the store";
+constexpr const char* kSpaceRemedy = " -> free space on the file system of the store";
+constexpr const char* kWriteRemedy =
+    " -> make it writable for this user; otherwise reports that are not accepted are lost";
 constexpr const char* kNoStore =
-    "warning: skipped: there is no store folder -> mend what failed above";
+    "warning: skipped: there is no store folder -> fix the failed check above";
 
-/// A file system in memory over a folder, which only this process and its children see.
+/// A file system in memory over a folder, visible only to this process and its subprocesses.
 class Mounted {
  public:
   Mounted(std::string folder, const char* options) : _folder(std::move(folder)) {
@@ -56,32 +58,32 @@ class DoctorStoreTest : public DoctorTest {
   }
 };
 
-TEST_F(DoctorStoreTest, MakesTheFolderOfTheHost) {
+TEST_F(DoctorStoreTest, CreatesTheFolderOfTheHost) {
   const auto found = findings({"--app-name", "Setup"});
   EXPECT_EQ(found.at("store folder"), "ok: " + program.storeFolder("Setup"));
   EXPECT_TRUE(fs::is_directory(program.storeFolder("Setup")));
   EXPECT_EQ(program.fileCount(), 0U);
 }
 
-TEST_F(DoctorStoreTest, FindsAFileInTheFoldersPlace) {
+TEST_F(DoctorStoreTest, FindsAFileInPlaceOfTheFolder) {
   const std::string file = program.write("data/Kelvane/ztreport/reports", "in the way");
   const Diagnosis diagnosis = examine(kUnreachable);
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(
       diagnosis.findings.at("store folder"),
       "failed: " + file +
-          " cannot be made -> see whether a file or a link is in its way, who owns the folders "
-          "above it, and whether XDG_DATA_HOME or HOME is right");
+          " cannot be created -> check for a file or link of that name, the owner of the folders "
+          "above it, and XDG_DATA_HOME or HOME");
   for (const char* check : {"store mode", "free space", "saved reports"}) {
     EXPECT_EQ(diagnosis.findings.at(check), kNoStore);
   }
   EXPECT_EQ(contentOf(file), "in the way");
 }
 
-TEST_F(DoctorStoreTest, FindsAFolderThatNobodyCanMake) {
+TEST_F(DoctorStoreTest, FindsAFolderThatCannotBeCreated) {
   program.setDataFolder("/proc/self");
   EXPECT_THAT(findings().at("store folder"),
-              StartsWith("failed: /proc/self/Kelvane/ztreport/reports cannot be made -> "));
+              StartsWith("failed: /proc/self/Kelvane/ztreport/reports cannot be created -> "));
 }
 
 TEST_F(DoctorStoreTest, FindsAFolderThatCannotBeWrittenTo) {
@@ -93,13 +95,12 @@ TEST_F(DoctorStoreTest, FindsAFolderThatCannotBeWrittenTo) {
   const Diagnosis diagnosis = examine(inbox.configurationUrl());
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(diagnosis.findings.at("store folder"),
-            "failed: " + program.storeFolder() +
-                " cannot be written to: Read-only file system -> make it writable for this user, "
-                "or what was not accepted is lost");
+            "failed: " + program.storeFolder() + " cannot be written to: Read-only file system" +
+                kWriteRemedy);
   EXPECT_EQ(diagnosis.findings.at("saved reports"), "ok: none");
 }
 
-TEST_F(DoctorStoreTest, FindsAModeThatLetsOthersIn) {
+TEST_F(DoctorStoreTest, FindsAModeThatAdmitsOtherUsers) {
   fs::create_directories(program.storeFolder());
   for (const auto& [mode, finding] : {
            std::pair{0700, "ok: 0700"},
@@ -110,7 +111,7 @@ TEST_F(DoctorStoreTest, FindsAModeThatLetsOthersIn) {
        }) {
     fs::permissions(program.storeFolder(), static_cast<fs::perms>(mode));
     const std::string remedy =
-        ": other users may look into the folder (the reports themselves are for their owner alone)"
+        ": other users can list the folder (only the owner can read the reports)"
         " -> chmod 700 '" +
         program.storeFolder() + "'";
     EXPECT_EQ(findings().at("store mode"),
@@ -124,9 +125,9 @@ TEST_F(DoctorStoreTest, FindsLittleFreeSpace) {
     const char* finding;
   } rows[] = {
       {"size=64m", "ok: [0-9]+ MiB"},
-      {"size=8m", "warning: only [0-9]+ [KM]iB -> make room on the file system of the store"},
+      {"size=8m", "warning: only [0-9]+ [KM]iB -> free space on the file system of the store"},
       {"size=32k",
-       "failed: [0-9]+ (bytes|KiB), too little for a report -> make room on the file "
+       "failed: [0-9]+ (bytes|KiB), too little for a report -> free space on the file "
        "system of the store"},
   };
   for (const auto& row : rows) {
@@ -136,18 +137,17 @@ TEST_F(DoctorStoreTest, FindsLittleFreeSpace) {
   }
 }
 
-TEST_F(DoctorStoreTest, FindsAFileSystemThatTakesNoMoreFiles) {
-  // The root, and three folders.
+TEST_F(DoctorStoreTest, FindsAFileSystemWithoutFreeInodes) {
+  // For the root and three folders.
   const Mounted data(program.path("data"), "size=64m,nr_inodes=4");
   if (!data.isMounted()) GTEST_SKIP() << "mounting is not permitted";
   fs::create_directories(program.storeFolder());
   const auto found = findings();
   EXPECT_EQ(found.at("free space"),
-            std::string("failed: the file system takes no more files") + kRoomRemedy);
-  EXPECT_EQ(found.at("store folder"),
-            "failed: " + program.storeFolder() +
-                " cannot be written to: No space left on device -> make it writable for this user, "
-                "or what was not accepted is lost");
+            std::string("failed: the file system has no free inodes") + kSpaceRemedy);
+  EXPECT_EQ(found.at("store folder"), "failed: " + program.storeFolder() +
+                                          " cannot be written to: No space left on device" +
+                                          kWriteRemedy);
 }
 
 TEST_F(DoctorStoreTest, CountsTheSavedReports) {
@@ -162,20 +162,20 @@ TEST_F(DoctorStoreTest, CountsTheSavedReports) {
             "ok: 2, all can be sent, the oldest saved 3 h ago");
 }
 
-TEST_F(DoctorStoreTest, FindsASavedReportThatStopsTheOthers) {
+TEST_F(DoctorStoreTest, FindsASavedReportThatBlocksTheOthers) {
   program.write("data/Kelvane/Setup/reports/{A}.ztr", "<a>\n</b>");
   Inbox inbox;
   const Diagnosis diagnosis = examine(inbox.configurationUrl(), {"--app-name", "Setup"});
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(diagnosis.findings.at("saved reports"),
-            "failed: 1, of which 1 cannot be sent; {A}.ztr stops the 0 behind it: line 2, column "
+            "failed: 1, of which 1 cannot be sent; {A}.ztr blocks the 0 after it: line 2, column "
             "1: Opening and ending tag mismatch: a line 1 and b -> ztreport --app-name 'Setup' "
             "store --set-aside '{A}.ztr'");
 
   program.write("data/Kelvane/Setup/reports/{B}.ztr", "<a/>");
   program.write("data/Kelvane/Setup/reports/{C}.ztr", "");
   EXPECT_THAT(findings({"--app-name", "Setup"}).at("saved reports"),
-              MatchesRegex("failed: 3, of which 2 cannot be sent; .[AC]..ztr stops the [12] behind "
+              MatchesRegex("failed: 3, of which 2 cannot be sent; .[AC]..ztr blocks the [12] after "
                            "it: line .*"));
   EXPECT_TRUE(inbox.reports().empty());
   EXPECT_EQ(program.stored("Setup").size(), 3U);

@@ -11,7 +11,7 @@
 
 namespace zt::test {
 
-/// What `ztreport doctor` finds: its exit status, and for each check "state: reason -> remedy".
+/// Result of `ztreport doctor`: its exit status, and "state: reason -> remedy" of each check.
 struct Diagnosis {
   int status = -1;
   std::map<std::string, std::string> findings;

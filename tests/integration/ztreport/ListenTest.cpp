@@ -12,19 +12,12 @@
 #include "tests/support/Inbox.h"
 #include "tests/support/SessionBus.h"
 
-// `ztreport listen` on a session bus of the test's own, beside programs that report.
+// `ztreport listen` on a private session bus, with programs that report.
 
+namespace zt::test {
 namespace {
 
 using nlohmann::json;
-using zt::test::contentOf;
-using zt::test::describedFlatReport;
-using zt::test::describedReport;
-using zt::test::Finished;
-using zt::test::Inbox;
-using zt::test::ReportProgram;
-using zt::test::SessionBus;
-using zt::test::Subprocess;
 
 constexpr const char* kGreeting = "ztreport: listening on the session bus\n";
 
@@ -34,13 +27,12 @@ class ListenTest : public testing::Test {
 
   /// The program, once it listens.
   std::unique_ptr<Subprocess> listen() const {
-    auto child = std::make_unique<Subprocess>(
-        std::vector<std::string>{zt::test::paths::kReportProgram, "listen"},
-        zt::test::SubprocessOptions{.environment = program.environment()});
+    auto child = std::make_unique<Subprocess>(paths::kReportProgram, std::vector<std::string>{"listen"},
+                                         program.environment());
     EXPECT_EQ(child->waitForErrorLines(1), kGreeting);
     return child;
   }
-  /// Somebody else's signal on the same bus.
+  /// Emits another signal on the same bus.
   void emit(const std::string& path, const std::string& name,
             const std::vector<std::string>& values) const {
     std::vector<std::string> arguments{"dbus-send", "--bus=" + bus.address(), "--type=signal", path,
@@ -53,7 +45,7 @@ class ListenTest : public testing::Test {
   ReportProgram program;
 };
 
-TEST_F(ListenTest, TellsEachBroadcastAsALineOfJson) {
+TEST_F(ListenTest, PrintsEachBroadcastAsALineOfJson) {
   Inbox inbox;
   const auto child = listen();
   const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
@@ -61,10 +53,10 @@ TEST_F(ListenTest, TellsEachBroadcastAsALineOfJson) {
       program.run({"send", file, "--app-name", "Setup \"of\" Ä", "--app-version", "2.1"}).status,
       0);
   const std::string lines = child->waitForLines(1);
-  const json told = json::parse(lines);
-  EXPECT_EQ(told.size(), 2U);
-  EXPECT_EQ(told.at("object"), "Setup \"of\" Ä");
-  const json& userInfo = told.at("userInfo");
+  const json broadcast = json::parse(lines);
+  EXPECT_EQ(broadcast.size(), 2U);
+  EXPECT_EQ(broadcast.at("object"), "Setup \"of\" Ä");
+  const json& userInfo = broadcast.at("userInfo");
   EXPECT_EQ(userInfo.size(), 3U);
   EXPECT_EQ(userInfo.at("version"), "2.1");
   EXPECT_EQ(userInfo.at("request"), inbox.raw(1));
@@ -87,7 +79,7 @@ TEST_F(ListenTest, EndsWithASignal) {
   }
 }
 
-TEST_F(ListenTest, LeavesOtherSignalsAlone) {
+TEST_F(ListenTest, IgnoresOtherSignals) {
   constexpr const char* kPath = "/com/kelvane/ZtPortal";
   constexpr const char* kName = "com.kelvane.ZtPortal.ZtPortalGhostNotification";
   const auto child = listen();
@@ -97,7 +89,7 @@ TEST_F(ListenTest, LeavesOtherSignalsAlone) {
   emit(kPath, "com.kelvane.ZtPortal.Other", {"string:member", "dict:string:string:a,b"});
   emit(kPath, kName, {});
   emit(kPath, kName, {"string:one"});
-  emit(kPath, kName, {"dict:string:string:a,b", "string:turned"});
+  emit(kPath, kName, {"dict:string:string:a,b", "string:swapped"});
   emit(kPath, kName, {"string:numbers", "dict:string:int32:a,1"});
   emit(kPath, kName, {"string:right", "dict:string:string:z,1,a,2"});
   EXPECT_EQ(child->waitForLines(1),
@@ -105,36 +97,30 @@ TEST_F(ListenTest, LeavesOtherSignalsAlone) {
 }
 
 TEST_F(ListenTest, SaysWhenThereIsNoSessionBus) {
-  const ReportProgram other;
-  const Finished unset = other.run({"listen"});
-  EXPECT_EQ(unset.status, 3);
-  EXPECT_EQ(unset.output, "");
-  EXPECT_EQ(unset.errors,
-            "ztreport: no session bus: No medium found; neither DBUS_SESSION_BUS_ADDRESS nor "
-            "XDG_RUNTIME_DIR is set\n");
-
+  EXPECT_EQ(ReportProgram().run({"listen"}),
+            refused(3,
+                    "no session bus: No medium found; neither DBUS_SESSION_BUS_ADDRESS nor "
+                    "XDG_RUNTIME_DIR is set"));
   program.setVariable("DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus");
-  const Finished absent = program.run({"listen"});
-  EXPECT_EQ(absent.status, 3);
-  EXPECT_EQ(absent.output, "");
-  EXPECT_EQ(absent.errors,
-            "ztreport: no session bus: No such file or directory; DBUS_SESSION_BUS_ADDRESS is "
-            "unix:path=/nonexistent/bus\n");
+  EXPECT_EQ(program.run({"listen"}),
+            refused(3,
+                    "no session bus: No such file or directory; DBUS_SESSION_BUS_ADDRESS is "
+                    "unix:path=/nonexistent/bus"));
 }
 
-TEST_F(ListenTest, SaysWhenTheBusGoesAway) {
+TEST_F(ListenTest, SaysWhenTheConnectionIsLost) {
   const auto child = listen();
   bus.process().signal(SIGTERM);
   EXPECT_EQ(child->wait(), 3);
   EXPECT_EQ(child->waitForOutput(), "");
   EXPECT_THAT(child->waitForErrors(),
-              testing::MatchesRegex(std::string(kGreeting) +
-                                    "ztreport: the session bus went away: [A-Z][a-z ]+\n"));
+              testing::MatchesRegex(
+                  std::string(kGreeting) +
+                  "ztreport: the connection to the session bus was lost: [A-Z][a-z ]+\n"));
 }
 
 TEST_F(ListenTest, SaysWhenItsOutputCannotBeWritten) {
-  Subprocess child({zt::test::paths::kReportProgram, "listen"},
-                   {.environment = program.environment(), .output = "/dev/full"});
+  Subprocess child(paths::kReportProgram, {"listen"}, program.environment(), {.output = "/dev/full"});
   ASSERT_EQ(child.waitForErrorLines(1), kGreeting);
   const std::string file = program.write("report.json", describedFlatReport());
   EXPECT_EQ(program.run({"send", file, "--config-url", "http://127.0.0.1:1/"}).status, 1);
@@ -144,3 +130,4 @@ TEST_F(ListenTest, SaysWhenItsOutputCannotBeWritten) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -6,10 +6,8 @@
 
 #include "tests/integration/ztreport/ReportProgram.h"
 
+namespace zt::test {
 namespace {
-
-using zt::test::Finished;
-using zt::test::ReportProgram;
 
 /// A user who speaks German and has no applications.
 class ProbeTest : public testing::Test {
@@ -31,8 +29,8 @@ TEST_F(ProbeTest, TellsWhatIsFoundInAlignedLines) {
                                                    "service pack    [0-9]+\n"
                                                    "language        GERMAN\n"
                                                    "administrator   no\n"
-                                                   "e-mail clients  none of those looked for\n"
-                                                   "browsers        none of those looked for\n"));
+                                                   "e-mail clients  none of the known ones\n"
+                                                   "browsers        none of the known ones\n"));
 }
 
 TEST_F(ProbeTest, ItsJsonIsAPoolOfADescription) {
@@ -52,3 +50,4 @@ TEST_F(ProbeTest, ItsJsonIsAPoolOfADescription) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <ostream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -18,7 +19,26 @@
 
 namespace zt::test {
 
-using Finished = ProgramResult;
+/// Result of a program that ended.
+struct Finished {
+  int status = -1;
+  std::string output;
+  std::string errors;
+
+  bool operator==(const Finished&) const = default;
+};
+
+inline void PrintTo(const Finished& finished, std::ostream* out) {
+  *out << "status " << finished.status << "\noutput: " << finished.output
+       << "\nerrors: " << finished.errors;
+}
+
+/// A program that succeeded, with this output.
+inline Finished done(std::string output) { return {0, std::move(output), ""}; }
+/// ztreport failed with this message.
+inline Finished refused(int status, const std::string& message) {
+  return {status, "", "ztreport: " + message + "\n"};
+}
 
 inline std::string contentOf(const std::string& file) {
   std::ifstream stream(file, std::ios::binary);
@@ -26,7 +46,7 @@ inline std::string contentOf(const std::string& file) {
   return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
 }
 
-/// The text of the only element `tag` begins, up to the next "<".
+/// The text between the start tag `tag` and the next "<".
 inline std::string valueOf(std::string_view text, std::string_view tag) {
   const std::size_t start = text.find(tag);
   if (start == std::string_view::npos) throw std::runtime_error("no " + std::string(tag));
@@ -36,13 +56,13 @@ inline std::string valueOf(std::string_view text, std::string_view tag) {
 
 inline std::string reportIdOf(std::string_view text) { return valueOf(text, "<ReportID"); }
 
-/// A report's text with the ID of every report.
+/// A report's text with a fixed ID.
 inline std::string withoutReportId(std::string text) {
   const std::string id = reportIdOf(text);
   return text.replace(text.find(id), id.size(), "{ID}");
 }
 
-/// ztreport for a user of its own: Greenwich, no language, no session bus, an empty store.
+/// Runs ztreport for a fresh user: time zone UTC, C locale, no session bus, an empty store.
 class ReportProgram {
  public:
   std::string write(std::string_view name, std::string_view content) const {
@@ -51,19 +71,21 @@ class ReportProgram {
   std::string path(std::string_view name) const { return _folder.path(name); }
   const std::string& folder() const { return _folder.path(); }
 
-  /// `options` name files; the environment is this one's.
-  Finished run(const std::vector<std::string>& arguments, SubprocessOptions options = {}) const {
-    options.environment = environment();
-    return runProgram(paths::kReportProgram, arguments, std::move(options));
+  Finished run(const std::vector<std::string>& arguments, const SubprocessOptions& files = {}) const {
+    Subprocess child(zt::test::paths::kReportProgram, arguments, environment(), files);
+    Finished result;
+    result.output = child.waitForOutput();
+    result.errors = child.waitForErrors();
+    result.status = child.wait();
+    return result;
   }
 
-  /// Adds "NAME=VALUE" to what the program finds in its environment, before or in the place of what
-  /// is there.
+  /// Sets "NAME=VALUE" in the program's environment.
   void setVariable(std::string variable) {
     _variables.insert(_variables.begin(), std::move(variable));
   }
 
-  /// The program's whole environment, "NAME=value" each.
+  /// The program's whole environment.
   std::vector<std::string> environment() const {
     std::vector<std::string> all{"TZ=UTC", "LC_ALL=C", "HOME=" + _folder.path("home"),
                                  "XDG_DATA_HOME=" + _dataFolder};
@@ -75,12 +97,11 @@ class ReportProgram {
     return all;
   }
 
-  /// The store's folder is below this one.
   void setDataFolder(std::string path) { _dataFolder = std::move(path); }
   std::string storeFolder(const std::string& appName = "ztreport") const {
     return _dataFolder + "/Kelvane/" + appName + "/reports";
   }
-  /// Names of the files of a store, in order.
+  /// Names of the files in a store, sorted.
   std::vector<std::string> stored(const std::string& appName = "ztreport") const {
     std::vector<std::string> names;
     std::error_code none;
@@ -90,7 +111,7 @@ class ReportProgram {
     std::ranges::sort(names);
     return names;
   }
-  /// The files of the whole folder of data, whatever they are.
+  /// Number of the files in the data folder.
   std::size_t fileCount() const {
     std::error_code none;
     std::filesystem::recursive_directory_iterator entries(_dataFolder, none);
@@ -104,15 +125,15 @@ class ReportProgram {
   std::vector<std::string> _variables;
 };
 
-/// A description of one pool with a flat list of fields. (The text of one with an array is no XML,
-/// so a store cannot send it again.)
+/// A description of one pool without an array: the text of an array is not well-formed XML, and
+/// cannot be sent again.
 inline std::string describedFlatReport() {
   return R"({"customerId": "Kelvane", "pools": [
     {"kind": "generic", "poolType": "CUSTOM", "timeStamp": "2026-11-21T12:00:00.123Z",
      "fields": [{"name": "EDITION", "type": "string", "value": "Home"}]}]})";
 }
 
-/// A description of one generic pool; with a configuration URL unless that is empty.
+/// A description of one generic pool with an array. `more` is inserted at the top level.
 inline std::string describedReport(const std::string& configurationUrl = "",
                                    const std::string& more = "") {
   const std::string url =

@@ -1,8 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <ostream>
 #include <string>
-#include <vector>
+#include <utility>
 
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/ScopedEnvironment.h"
@@ -11,21 +10,16 @@
 #include "tools/ztreport/description/DescribedReport.h"
 #include "tools/ztreport/description/Description.h"
 
-// A description that is made from a report's text renders as that text again.
+// A description made from a report's text renders as that text again.
 
+namespace zt::test {
 namespace {
 
 using zt::reader::readReport;
-using zt::test::DescriptionGenerator;
-using zt::test::Finished;
-using zt::test::reportIdOf;
-using zt::test::ReportProgram;
-using zt::test::ScopedEnvironment;
-using zt::test::withoutReportId;
 using zt::tools::describedReport;
 using zt::tools::Description;
 
-/// The text of a described report, with the ID of every report.
+/// The text of a described report with a fixed ID.
 std::string rendered(const std::string& description, bool soap) {
   const auto document = Description(description).makeOffline();
   std::string text = document->generateXml(nullptr, soap);
@@ -48,18 +42,12 @@ void expectRoundTrip(const std::string& description, bool soap) {
   ASSERT_EQ(rendered(again, soap), text) << description << "\n" << again;
 }
 
-/// A zone and a locale.
-struct Where {
-  const char* zone;
-  const char* locale;
-};
+using ZoneAndLocale = std::pair<const char*, const char*>;
 
-void PrintTo(const Where& where, std::ostream* out) { *out << where.zone << " " << where.locale; }
-
-class RoundTripTest : public testing::TestWithParam<Where> {
+class RoundTripTest : public testing::TestWithParam<ZoneAndLocale> {
  private:
-  ScopedEnvironment _zone{"TZ", GetParam().zone};
-  ScopedEnvironment _locale{"LC_ALL", GetParam().locale};
+  ScopedEnvironment _zone{"TZ", GetParam().first};
+  ScopedEnvironment _locale{"LC_ALL", GetParam().second};
 };
 
 TEST_P(RoundTripTest, ThousandsOfDescriptions) {
@@ -73,11 +61,12 @@ TEST_P(RoundTripTest, ThousandsOfDescriptions) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Zones, RoundTripTest,
-                         testing::Values(Where{"UTC", "C"}, Where{"Europe/Berlin", "de_DE.UTF-8"},
-                                         Where{"Asia/Kolkata", "en_IN.UTF-8"},
-                                         Where{"America/St_Johns", "en_CA.UTF-8"},
-                                         Where{"CET-1CEST,M3.5.0,M10.5.0/3", "C"},
-                                         Where{"Asia/Tehran", "fa_IR.UTF-8"}));
+                         testing::Values(ZoneAndLocale{"UTC", "C"},
+                                         ZoneAndLocale{"Europe/Berlin", "de_DE.UTF-8"},
+                                         ZoneAndLocale{"Asia/Kolkata", "en_IN.UTF-8"},
+                                         ZoneAndLocale{"America/St_Johns", "en_CA.UTF-8"},
+                                         ZoneAndLocale{"CET-1CEST,M3.5.0,M10.5.0/3", "C"},
+                                         ZoneAndLocale{"Asia/Tehran", "fa_IR.UTF-8"}));
 
 class RoundTripTextTest : public testing::Test {
  private:
@@ -85,7 +74,7 @@ class RoundTripTextTest : public testing::Test {
   ScopedEnvironment _locale{"LC_ALL", "C"};
 };
 
-/// Arrays in arrays, `depth` of them, the innermost with `content`.
+/// `depth` nested arrays around `content`.
 std::string nested(int depth, const std::string& content) {
   std::string arrays;
   for (int i = 0; i < depth; ++i) arrays += R"({"name": "A", "type": "array", "fields": [)";
@@ -98,7 +87,7 @@ TEST_F(RoundTripTextTest, ArraysAsDeepAsADescriptionCanBe) {
   expectRoundTrip(nested(498, ""), true);
   expectRoundTrip(nested(497, R"({"name": "X", "type": "none"})"), true);
   const std::string tooDeep = nested(498, R"({"name": "X", "type": "none"})");
-  EXPECT_THROW(Description{tooDeep}, zt::tools::JsonError) << "or more could be described";
+  EXPECT_THROW(Description{tooDeep}, zt::tools::JsonError);
 }
 
 TEST_F(RoundTripTextTest, AReportWithoutPools) {
@@ -117,36 +106,31 @@ TEST_F(RoundTripTextTest, LineEndsOfAnXmlWriterBecomeThoseOfAReport) {
   EXPECT_EQ(rendered(describedAgain(withLineFeeds), true), text);
 }
 
-TEST(RoundTripProgramTest, ThroughThePrograms) {
+/// Runs render, show --json and render again.
+void expectProgramRoundTrip(const ReportProgram& program, const std::string& description) {
+  const std::string file = program.write("description.json", description);
+  const Finished first = program.run({"render", file});
+  ASSERT_EQ(first.status, 0) << first.errors;
+  const Finished shown = program.run({"show", "--json", program.write("text", first.output)});
+  ASSERT_EQ(shown, done(shown.output));
+  const Finished second =
+      program.run({"render", "-"}, {.input = program.write("again.json", shown.output)});
+  EXPECT_EQ(withoutReportId(second.output), withoutReportId(first.output));
+}
+
+TEST(RoundTripProgramTest, RendersShowsAndRendersTheSameText) {
   constexpr int kDescriptions = 3;
   for (const char* zone : {"UTC", "Europe/Berlin", "Asia/Kolkata", "America/St_Johns"}) {
     ReportProgram program;
     program.setVariable("TZ=" + std::string(zone));
     DescriptionGenerator generator(7);
     for (int i = 0; i < kDescriptions; ++i) {
-      const std::string description = program.write("description.json", generator.report().dump());
-      const Finished first = program.run({"render", description});
-      ASSERT_EQ(first.status, 0) << first.errors;
-      const std::string text = program.write("report.txt", first.output);
-      const Finished shown = program.run({"show", "--json", text});
-      ASSERT_EQ(shown.status, 0) << shown.errors;
-      EXPECT_EQ(shown.errors, "");
-      const std::string again = program.write("again.json", shown.output);
-      const Finished second = program.run({"render", "-"}, {.input = again});
-      EXPECT_EQ(withoutReportId(second.output), withoutReportId(first.output));
+      expectProgramRoundTrip(program, generator.report().dump());
     }
+    expectProgramRoundTrip(program,
+                           R"({"pools": [{"kind": "computerSystem", "autoCheck": true}]})");
   }
 }
 
-TEST(RoundTripProgramTest, OfWhatTheInventoryFinds) {
-  ReportProgram program;
-  const std::string description = program.write(
-      "description.json", R"({"pools": [{"kind": "computerSystem", "autoCheck": true}]})");
-  const std::string text = program.write("report.txt", program.run({"render", description}).output);
-  const std::string again =
-      program.write("again.json", program.run({"show", text, "--json"}).output);
-  EXPECT_EQ(withoutReportId(program.run({"render", again}).output),
-            withoutReportId(zt::test::contentOf(text)));
-}
-
 }  // namespace
+}  // namespace zt::test

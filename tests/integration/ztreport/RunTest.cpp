@@ -1,103 +1,62 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <regex>
+#include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/ScopedEnvironment.h"
+#include "tools/common/ReportReader.h"
+#include "tools/ztreport/description/DescribedReport.h"
 
-// `ztreport run`: one whole run through the facade, with the inbox as the proxy to the customer's
-// configuration host.
+// `ztreport run`, with the inbox as the proxy to the customer's configuration host.
 
+namespace zt::test {
 namespace {
 
-using zt::test::contentOf;
-using zt::test::Finished;
-using zt::test::Inbox;
-using zt::test::reportIdOf;
-using zt::test::ReportProgram;
-using zt::test::valueOf;
+using nlohmann::json;
 
-const std::vector<std::string> kRun{"run",
-                                    "--customer",
-                                    "Norvantel",
-                                    "--app-id",
-                                    "{MINE}",
-                                    "--start",
-                                    "setup",
-                                    "--end",
-                                    "finish",
-                                    "--fact",
-                                    "EDITION=Home=Pro",
-                                    "--fact",
-                                    "EMPTY=",
-                                    "--flag",
-                                    "ICON=yes",
-                                    "--flag",
-                                    "MENU=no",
-                                    "--step",
-                                    "ENTER:Copy: all",
-                                    "--step",
-                                    "ERROR:"};
+// clang-format off
+const std::vector<std::string> kRun{
+    "run", "--customer", "Norvantel", "--app-id", "{MINE}", "--start", "setup", "--end", "finish",
+    "--fact", "EDITION=Home=Pro", "--fact", "EMPTY=", "--flag", "ICON=yes", "--flag", "MENU=no",
+    "--step", "ENTER:Copy: all", "--step", "ERROR:"};
+// clang-format on
 
-std::vector<std::string> with(std::vector<std::string> arguments,
-                              const std::vector<std::string>& more) {
-  arguments.insert(arguments.end(), more.begin(), more.end());
-  return arguments;
+/// The execution pool of a request as its description, without the dates.
+json executionOf(const std::string& request) {
+  json pool = zt::tools::describedReport(zt::reader::readReport(request)).at("pools").at(1);
+  for (const char* key : {"timeStamp", "startTime", "endTime"}) pool.erase(key);
+  for (json& step : pool.at("steps")) step.erase("timeStamp");
+  return pool;
 }
 
-/// The execution pool of a request, with every date as DATE.
-std::string executionOf(const std::string& request) {
-  const std::size_t begin =
-      request.find("           <Data xsi:type=\"com_Pool\" Pool=\"EXECUTION\">");
-  const std::size_t end = request.find("         </Datas>", begin);
-  static const std::regex kDate("[0-9]{4}-[0-9]{2}-[0-9]{2}T[0-9:.]{12}UTC");
-  return std::regex_replace(request.substr(begin, end - begin), kDate, "DATE");
-}
-
-std::string field(const std::string& type, const std::string& name, const std::string& value,
-                  std::size_t column) {
-  const std::string indent(column, ' ');
-  return indent + "<Field xsi:type=\"com_Field\" FieldType=\"" + type + "\">\r\n" + indent +
-         "  <Name xsi:type=\"xsd:string\">" + name + "</Name>\r\n" + indent +
-         "  <Value xsi:type=\"xsd:string\">" + value + "</Value>\r\n" + indent + "</Field>\r\n";
-}
-
-std::string step(const std::string& name, const std::string& type) {
-  return "                 <Fields xsi:type=\"com_Fields\">\r\n" +
-         field("string", "STEP_NAME", name, 19) + field("string", "STEP_TYPE", type, 19) +
-         field("string", "STEP_TIMESTAMP", "DATE", 19) +
-         field("string", "STEP_MESSAGESTRING", "", 19) +
-         field("string", "STEP_MESSAGECODE", "", 19) + "                 </Fields>\r\n";
-}
-
-std::string expectedExecution() {
-  return "           <Data xsi:type=\"com_Pool\" Pool=\"EXECUTION\">\r\n"
-         "             <Date xsi:type=\"xsd:dateTime\">DATE</Date>\r\n"
-         "             <Fields xsi:type=\"com_Fields\">\r\n" +
-         field("string", "INSTALLATION_TYPE", "Standard", 15) +
-         field("string", "START_POINT", "setup", 15) + field("string", "START_TIME", "DATE", 15) +
-         field("string", "END_POINT", "finish", 15) + field("string", "END_TIME", "DATE", 15) +
-         field("string", "END_RESULTSTRING", "", 15) + field("string", "END_RESULTCODE", "", 15) +
-         field("string", "END_ERRORMESSAGESTRING", "", 15) +
-         field("string", "END_ERRORMESSAGECODE", "", 15) +
-         field("boolean", "CANCELLED", "FALSE", 15) + field("boolean", "SUCCESSFULL", "TRUE", 15) +
-         "               <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
-         "                 <Name xsi:type=\"xsd:string\">INSTALLATIONSTEPS</Name>\r\n" +
-         step("Copy: all", "ENTER") + step("", "ERROR") + "               </Field>\r\n" +
-         field("string", "EDITION", "Home=Pro", 15) + field("string", "EMPTY", "", 15) +
-         field("boolean", "ICON", "TRUE", 15) + field("boolean", "MENU", "FALSE", 15) +
-         "             </Fields>\r\n"
-         "           </Data>\r\n";
-}
+const json kExecution = json::parse(R"({
+  "kind": "execution", "executionType": "Standard", "startPoint": "setup", "endPoint": "finish",
+  "endResultString": "", "endResultCode": "", "endErrorMessageString": "",
+  "endErrorMessageCode": "", "cancelled": false, "successfull": true,
+  "steps": [
+    {"stepName": "Copy: all", "stepType": "ENTER", "stepMessageString": "", "stepMessageCode": ""},
+    {"stepName": "", "stepType": "ERROR", "stepMessageString": "", "stepMessageCode": ""}],
+  "fields": [
+    {"name": "EDITION", "type": "string", "value": "Home=Pro"},
+    {"name": "EMPTY", "type": "string", "value": ""},
+    {"name": "ICON", "type": "boolean", "value": true},
+    {"name": "MENU", "type": "boolean", "value": false}]})");
 
 class RunTest : public testing::Test {
  protected:
   void proxyTo(const Inbox& inbox) { _program.setVariable("http_proxy=" + inbox.url()); }
 
   ReportProgram _program;
+
+ private:
+  // The descriptions of the reports are read in the program's time zone and language.
+  ScopedEnvironment _zone{"TZ", "UTC"};
+  ScopedEnvironment _locale{"LC_ALL", "C"};
 };
 
 TEST_F(RunTest, AWholeRunIsAccepted) {
@@ -112,36 +71,34 @@ TEST_F(RunTest, AWholeRunIsAccepted) {
   EXPECT_EQ(valueOf(request, "<CustomerID"), "Norvantel");
   EXPECT_EQ(valueOf(request, "<ApplicationID"), "{MINE}");
   EXPECT_NE(request.find("Pool=\"COMPUTER_SYSTEM\""), std::string::npos);
-  EXPECT_EQ(executionOf(request), expectedExecution());
+  EXPECT_EQ(executionOf(request), kExecution);
   EXPECT_EQ(_program.fileCount(), 0U);
 }
 
-TEST_F(RunTest, WhatIsRefusedIsSavedAndGoesOutByCustomer) {
+TEST_F(RunTest, ARefusedRunIsSavedAndCanBeResent) {
   Inbox inbox({"--answer", "refuse"});
   proxyTo(inbox);
-  const Finished refused = _program.run(kRun);
-  EXPECT_EQ(refused.status, 1);
+  const Finished result = _program.run(kRun);
+  EXPECT_EQ(result.status, 1);
   ASSERT_EQ(_program.stored().size(), 1U);
   const std::string file = _program.storeFolder() + "/" + _program.stored()[0];
-  EXPECT_EQ(executionOf(contentOf(file)), expectedExecution());
-  EXPECT_TRUE(refused.output.ends_with("\nsaved: " + file + "\n")) << refused.output;
+  EXPECT_EQ(executionOf(contentOf(file)), kExecution);
+  EXPECT_THAT(result.output, testing::EndsWith("\nsaved: " + file + "\n"));
 
   inbox.behave(R"({"answer": "accept"})");
-  const Finished resent = _program.run({"resend", "--customer", "Norvantel"});
-  EXPECT_EQ(resent.output, "1 sent, 0 left\n");
-  EXPECT_EQ(resent.status, 0);
+  EXPECT_EQ(_program.run({"resend", "--customer", "Norvantel"}), done("1 sent, 0 left\n"));
   EXPECT_EQ(_program.fileCount(), 0U);
 }
 
 TEST_F(RunTest, WithSaveNothingIsSent) {
   Inbox inbox;
   proxyTo(inbox);
-  const Finished result = _program.run(with(kRun, {"--save"}));
-  EXPECT_EQ(result.errors, "");
-  EXPECT_EQ(result.status, 0);
+  std::vector<std::string> saved = kRun;
+  saved.emplace_back("--save");
+  const Finished result = _program.run(saved);
   EXPECT_TRUE(inbox.reports().empty());
   ASSERT_EQ(_program.stored().size(), 1U);
-  EXPECT_EQ(result.output, _program.storeFolder() + "/" + _program.stored()[0] + "\n");
+  EXPECT_EQ(result, done(_program.storeFolder() + "/" + _program.stored()[0] + "\n"));
 }
 
 TEST_F(RunTest, WithoutAServerItIsSaved) {
@@ -155,41 +112,29 @@ TEST_F(RunTest, WithoutAServerItIsSaved) {
 }
 
 TEST_F(RunTest, WrongUsageSaysWhatIsWrongAndDoesNothing) {
-  const struct {
-    std::vector<std::string> arguments;
-    std::string message;
-  } rows[] = {
-      {{"run"}, "--customer is required"},
-      {{"run", "--customer", "kelvane"},
-       "--customer: no such customer: \"kelvane\"; it is one of Kelvane, Norvantel, Brisalink, "
-       "cavomedia, Quillnet"},
-      {{"run", "--customer", "Kelvane", "--fact", "EDITION"},
-       "--fact EDITION: expected NAME=VALUE"},
-      {{"run", "--customer", "Kelvane", "--fact", "=x"}, "--fact =x: expected NAME=VALUE"},
-      {{"run", "--customer", "Kelvane", "--fact", "A=1", "--fact", "A=2"},
-       "--fact A=2: a second value of this name"},
-      {{"run", "--customer", "Kelvane", "--flag", "A=maybe"},
-       "--flag A=maybe: expected NAME=yes or NAME=no"},
-      {{"run", "--customer", "Kelvane", "--step", "Copy"},
-       "--step Copy: expected TYPE:NAME, the type one of ENTER, LEAVE, EXIT, INFO, ERROR"},
-      {{"run", "--customer", "Kelvane", "--step", "enter:Copy"},
-       "--step enter:Copy: expected TYPE:NAME, the type one of ENTER, LEAVE, EXIT, INFO, ERROR"},
-      {{"resend", "--customer", ""},
-       "--customer: no such customer: \"\"; it is one of Kelvane, Norvantel, Brisalink, "
-       "cavomedia, Quillnet"},
+  const std::string customers = "; it is one of Kelvane, Norvantel, Brisalink, cavomedia, Quillnet";
+  const std::string types = ": expected TYPE:NAME, the type one of ENTER, LEAVE, EXIT, INFO, ERROR";
+  const std::vector<std::string> kelvane{"run", "--customer", "Kelvane"};
+  const std::pair<std::vector<std::string>, std::string> rows[] = {
+      {{"--fact", "EDITION"}, "--fact EDITION: expected NAME=VALUE"},
+      {{"--fact", "=x"}, "--fact =x: expected NAME=VALUE"},
+      {{"--fact", "A=1", "--fact", "A=2"}, "--fact A=2: a second value of this name"},
+      {{"--flag", "A=maybe"}, "--flag A=maybe: expected NAME=yes or NAME=no"},
+      {{"--step", "Copy"}, "--step Copy" + types},
+      {{"--step", "enter:Copy"}, "--step enter:Copy" + types},
   };
-  for (const auto& row : rows) {
-    const Finished result = _program.run(row.arguments);
-    EXPECT_EQ(result.status, 2) << row.message;
-    EXPECT_EQ(result.errors, "ztreport: " + row.message + "\n");
-    EXPECT_EQ(result.output, "");
-    EXPECT_EQ(_program.fileCount(), 0U);
+  for (const auto& [options, message] : rows) {
+    std::vector<std::string> arguments = kelvane;
+    arguments.insert(arguments.end(), options.begin(), options.end());
+    EXPECT_EQ(_program.run(arguments), refused(2, message));
   }
-  for (const std::vector<std::string>& arguments :
-       {std::vector<std::string>{"resend"},
-        {"resend", "--customer", "Kelvane", "--config-url", "http://127.0.0.1:1/"}}) {
-    EXPECT_EQ(_program.run(arguments).status, 2);
-  }
+  EXPECT_EQ(_program.run({"run"}), refused(2, "--customer is required"));
+  EXPECT_EQ(_program.run({"run", "--customer", "kelvane"}),
+            refused(2, "--customer: no such customer: \"kelvane\"" + customers));
+  EXPECT_EQ(_program.run({"resend", "--customer", ""}),
+            refused(2, "--customer: no such customer: \"\"" + customers));
+  EXPECT_EQ(_program.fileCount(), 0U);
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -12,36 +12,30 @@
 #include "tests/support/Inbox.h"
 #include "tests/support/LoopbackServer.h"
 
+namespace zt::test {
 namespace {
 
 using testing::ElementsAre;
-using zt::test::contentOf;
-using zt::test::describedReport;
-using zt::test::Finished;
-using zt::test::Inbox;
-using zt::test::reportIdOf;
-using zt::test::ReportProgram;
-using zt::test::withoutReportId;
 
 constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
 
-/// A port of the loopback interface that notices every connection and answers none.
+/// A loopback port that records connections and never responds.
 class Listener {
  public:
   std::string url() const { return _port.url("/kelvane.xml"); }
-  /// Whether somebody connected since the last time.
+  /// Whether there was a connection since the last call.
   bool wasAsked() const {
     pollfd waiting{_port.socket(), POLLIN, 0};
     return ::poll(&waiting, 1, 0) > 0 && _port.accept().isOpen();
   }
 
  private:
-  zt::test::LoopbackPort _port{zt::test::LoopbackPort::Listens};
+  LoopbackPort _port{LoopbackPort::Listens};
 };
 
 class SendTest : public testing::Test {
  protected:
-  /// The report is in the store, readable for its owner alone. Returns its text.
+  /// The report is in the store, readable only for its owner. Returns its text.
   std::string expectSaved(const Finished& result, const std::string& reason) const {
     EXPECT_EQ(result.status, 1);
     EXPECT_EQ(result.errors, "");
@@ -69,7 +63,7 @@ class SendTest : public testing::Test {
   ReportProgram program;
 };
 
-TEST_F(SendTest, AsksNobodyWhenItRendersOrSaves) {
+TEST_F(SendTest, ConnectsOnlyToSend) {
   const Listener server;
   const std::string file = program.write("report.json", describedReport(server.url()));
   EXPECT_EQ(program.run({"render", file}).status, 0);
@@ -83,25 +77,19 @@ TEST_F(SendTest, AsksNobodyWhenItRendersOrSaves) {
 TEST_F(SendTest, DeliversWhatItRenders) {
   Inbox inbox;
   const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
-  const Finished result = program.run({"send", file});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_EQ(result.errors, "");
-  const auto reports = inbox.reports();
-  ASSERT_EQ(reports.size(), 1U);
-  const std::string text = inbox.raw(reports[0].number);
-  EXPECT_EQ(result.output, "accepted: " + reportIdOf(text) + "\n");
-  EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
-  EXPECT_EQ(program.fileCount(), 0U);
+  for (const std::string& argument : {file, std::string("-")}) {
+    inbox.clear();
+    const Finished result = program.run({"send", argument}, {.input = file});
+    const auto reports = inbox.reports();
+    ASSERT_EQ(reports.size(), 1U);
+    const std::string text = inbox.raw(reports[0]["number"]);
+    EXPECT_EQ(result, done("accepted: " + reportIdOf(text) + "\n"));
+    EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
+    EXPECT_EQ(program.fileCount(), 0U);
+  }
 }
 
-TEST_F(SendTest, DeliversStandardInput) {
-  Inbox inbox;
-  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
-  EXPECT_EQ(program.run({"send", "-"}, {.input = file}).status, 0);
-  EXPECT_EQ(inbox.reports().size(), 1U);
-}
-
-TEST_F(SendTest, PutsTheConfigurationUrlOfTheCommandFirst) {
+TEST_F(SendTest, PrefersTheConfigurationUrlOfTheCommandLine) {
   Inbox inbox;
   const Listener other;
   const std::string file = program.write("report.json", describedReport(other.url()));
@@ -115,69 +103,47 @@ TEST_F(SendTest, PutsTheConfigurationUrlOfTheCommandFirst) {
   EXPECT_EQ(inbox.reports().size(), 2U);
 }
 
-TEST_F(SendTest, SavesWhatIsNotConfirmed) {
-  for (const char* answer : {"refuse", "garbage", "error:503", "error:404", "drop", "truncate"}) {
+TEST_F(SendTest, SavesWhatIsNotConfirmedWithinTwoSeconds) {
+  for (const std::string answer :
+       {"refuse", "garbage", "error:503", "error:404", "drop", "truncate", "hang"}) {
     SCOPED_TRACE(answer);
     const ReportProgram fresh;
     program.setDataFolder(fresh.path("data"));
     Inbox inbox({"--answer", answer});
     const std::string file =
         program.write("report.json", describedReport(inbox.configurationUrl()));
+    const auto start = std::chrono::steady_clock::now();
     const Finished result = program.run({"send", file});
+    const auto duration = std::chrono::steady_clock::now() - start;
+    EXPECT_TRUE(answer != "hang" || duration >= std::chrono::milliseconds(1900));
     const std::string text = expectSaved(result, "no confirmation from " + inbox.url() + "/soap");
     const auto reports = inbox.reports();
-    // A request on a kept connection that is dropped may be sent once more on a new one.
-    if (answer == std::string("drop")) {
-      ASSERT_GE(reports.size(), 1U);
-    } else {
-      ASSERT_EQ(reports.size(), 1U);
-    }
-    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report.number), text);
+    // libcurl may repeat a request whose reused connection was dropped.
+    EXPECT_TRUE(reports.size() == 1 || (answer == "drop" && reports.size() > 1));
+    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report["number"]), text);
   }
-}
-
-TEST_F(SendTest, WaitsTwoSecondsForAnAnswer) {
-  Inbox inbox({"--answer", "hang"});
-  const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
-  const auto start = std::chrono::steady_clock::now();
-  const Finished result = program.run({"send", file});
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1900));
-  const std::string text = expectSaved(result, "no confirmation from " + inbox.url() + "/soap");
-  const auto reports = inbox.reports();
-  ASSERT_EQ(reports.size(), 1U);
-  EXPECT_EQ(inbox.raw(reports[0].number), text);
-}
-
-TEST_F(SendTest, SavesWhenTheServerIsOutOfReach) {
-  const std::string file = program.write("report.json", describedReport(kUnreachable));
-  expectSaved(program.run({"send", file}), std::string("no configuration at ") + kUnreachable);
 }
 
 TEST_F(SendTest, SavesWhenThereIsNoConfiguration) {
   Inbox inbox;
-  const std::string url = inbox.url() + "/nowhere.xml";
-  const std::string file = program.write("report.json", describedReport(url));
-  expectSaved(program.run({"send", file}), "no configuration at " + url);
+  for (const std::string& url : {std::string(kUnreachable), inbox.url() + "/nowhere.xml"}) {
+    const std::string file = program.write("report.json", describedReport(url));
+    expectSaved(program.run({"send", file}), "no configuration at " + url);
+    std::filesystem::remove_all(program.storeFolder());
+  }
   EXPECT_EQ(inbox.reports().size(), 0U);
 }
 
-TEST_F(SendTest, SaysThatAReportIsNeitherAcceptedNorSaved) {
-  const std::string file = program.write("report.json", describedReport(kUnreachable));
-  program.setDataFolder(program.write("regular", "x") + "/data");
-  const Finished result = program.run({"send", file});
-  EXPECT_EQ(result.status, 3);
-  EXPECT_EQ(result.output, "");
-  EXPECT_EQ(result.errors, std::string("ztreport: not accepted (no configuration at ") +
-                               kUnreachable +
-                               "), and not saved: the store's folder cannot be created\n");
-}
-
-TEST_F(SendTest, NeedsNoStoreForAnAcceptedReport) {
+TEST_F(SendTest, NeedsTheStoreOnlyForAReportThatIsNotAccepted) {
   Inbox inbox;
   const std::string file = program.write("report.json", describedReport(inbox.configurationUrl()));
   program.setDataFolder(program.write("regular", "x") + "/data");
   EXPECT_EQ(program.run({"send", file}).status, 0);
   EXPECT_EQ(inbox.reports().size(), 1U);
+  EXPECT_EQ(program.run({"send", file, "--config-url", kUnreachable}),
+            refused(3, std::string("not accepted (no configuration at ") + kUnreachable +
+                           "), and not saved: the store's folder cannot be created"));
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -1,31 +1,18 @@
-#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/ioctl.h>
-#include <termios.h>
-#include <unistd.h>
 
-#include <array>
-#include <cerrno>
-#include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/integration/ztreport/ReportProgram.h"
+#include "tests/integration/ztreport/Terminal.h"
 #include "tests/unit/tools/common/ReportText.h"
 
+namespace zt::test {
 namespace {
 
 using testing::HasSubstr;
-using testing::Not;
-using zt::test::crlf;
-using zt::test::Finished;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
-using zt::test::ReportProgram;
-using zt::test::SubprocessOptions;
 
 const std::string kReport = crlf(plainLines(plainPool(plainField("EDITION", "Home"))));
 
@@ -36,39 +23,20 @@ const std::string kTree =
 
 class ShowTest : public testing::Test {
  protected:
-  void expectFailure(const std::vector<std::string>& arguments, int status,
-                     const std::string& message, const SubprocessOptions& files = {}) const {
-    const Finished result = program.run(arguments, files);
-    const std::string shown = testing::PrintToString(arguments);
-    EXPECT_EQ(result.status, status) << shown;
-    EXPECT_EQ(result.errors, "ztreport: " + message + "\n") << shown;
-    EXPECT_EQ(result.output, "") << shown;
-  }
-  void expectTree(const std::vector<std::string>& arguments,
-                  const SubprocessOptions& files = {}) const {
-    const Finished result = program.run(arguments, files);
-    EXPECT_EQ(result.errors, "") << testing::PrintToString(arguments);
-    EXPECT_EQ(result.status, 0) << testing::PrintToString(arguments);
-    EXPECT_EQ(result.output, kTree) << testing::PrintToString(arguments);
-  }
-
   ReportProgram program;
 };
 
 TEST_F(ShowTest, ShowsAFileAndStandardInput) {
   const std::string file = program.write("report.txt", kReport);
-  expectTree({"show", file});
-  expectTree({"show", "-"}, {.input = file});
+  EXPECT_EQ(program.run({"show", file}), done(kTree));
+  EXPECT_EQ(program.run({"show", "-"}, {.input = file}), done(kTree));
 }
 
 TEST_F(ShowTest, ShowsADescription) {
   const std::string file = program.write("report.txt", kReport);
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{"show", file, "--json"}, {"show", "--json", file}}) {
-    const Finished result = program.run(arguments);
-    EXPECT_EQ(result.errors, "");
-    EXPECT_EQ(result.status, 0);
-    EXPECT_EQ(result.output, R"({
+    EXPECT_EQ(program.run(arguments), done(R"({
   "customerId": "Kelvane",
   "applicationId": "{A}",
   "applicationVersion": "2.1.77",
@@ -87,12 +55,12 @@ TEST_F(ShowTest, ShowsADescription) {
     }
   ]
 }
-)");
+)"));
   }
 }
 
 TEST_F(ShowTest, FindsASavedReportByItsName) {
-  const std::string description = program.write("report.json", zt::test::describedFlatReport());
+  const std::string description = program.write("report.json", describedFlatReport());
   const Finished saved = program.run({"--app-name", "Setup", "save", description});
   ASSERT_EQ(saved.status, 0) << saved.errors;
   const std::string path = saved.output.substr(0, saved.output.size() - 1);
@@ -103,7 +71,8 @@ TEST_F(ShowTest, FindsASavedReportByItsName) {
   for (const std::string& shown : {name, id, id.substr(1, id.size() - 2)}) {
     EXPECT_EQ(program.run({"--app-name", "Setup", "show", shown}).output, tree) << shown;
   }
-  expectFailure({"--app-name", "Other", "show", name}, 3, name + ": No such file or directory");
+  EXPECT_EQ(program.run({"--app-name", "Other", "show", name}),
+            refused(3, name + ": No such file or directory"));
 }
 
 TEST_F(ShowTest, TellsWhatItCannotRead) {
@@ -111,65 +80,23 @@ TEST_F(ShowTest, TellsWhatItCannotRead) {
   damaged.replace(damaged.find("</Name>"), 7, "</Nome>");
   const std::string file = program.write("damaged.txt", damaged);
   const std::string fault = ": line 13, column 31: expected \"</Name>\"";
-  expectFailure({"show", file}, 2, file + fault);
-  expectFailure({"show", "--json", file}, 2, file + fault);
-  expectFailure({"show", "-"}, 2, "standard input" + fault, {.input = file});
+  EXPECT_EQ(program.run({"show", file}), refused(2, file + fault));
+  EXPECT_EQ(program.run({"show", "--json", file}), refused(2, file + fault));
+  EXPECT_EQ(program.run({"show", "-"}, {.input = file}), refused(2, "standard input" + fault));
 
   const std::string number =
       program.write("number.txt", crlf(plainLines(plainPool(plainField("A", "x", "integer")))));
   EXPECT_EQ(program.run({"show", number}).status, 0);
-  expectFailure({"show", "--json", number}, 2,
-                number + ": line 14, column 18: expected a 32-bit integer");
+  EXPECT_EQ(program.run({"show", "--json", number}),
+            refused(2, number + ": line 14, column 18: expected a 32-bit integer"));
 
   const std::string absent = program.path("absent.txt");
-  expectFailure({"show", absent}, 3, absent + ": No such file or directory");
-  expectFailure({"show", program.folder()}, 3, program.folder() + ": Is a directory");
-  expectFailure({"show", ""}, 3, ": No such file or directory");
-  expectFailure({"show"}, 2, "FILE is required");
+  EXPECT_EQ(program.run({"show", absent}), refused(3, absent + ": No such file or directory"));
+  EXPECT_EQ(program.run({"show", program.folder()}),
+            refused(3, program.folder() + ": Is a directory"));
+  EXPECT_EQ(program.run({"show", ""}), refused(3, ": No such file or directory"));
+  EXPECT_EQ(program.run({"show"}), refused(2, "FILE is required"));
 }
-
-/// A terminal: what is written into its other end is what its user sees.
-class Terminal {
- public:
-  explicit Terminal(unsigned short columns) {
-    if (_user < 0 || ::grantpt(_user) != 0 || ::unlockpt(_user) != 0 ||
-        ::ptsname_r(_user, _name.data(), _name.size()) != 0) {
-      throw std::runtime_error("no terminal");
-    }
-    _program = ::open(_name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC);
-    const winsize size{24, columns, 0, 0};
-    ::ioctl(_program, TIOCSWINSZ, &size);
-    termios modes{};
-    ::tcgetattr(_program, &modes);
-    modes.c_oflag &= ~static_cast<tcflag_t>(OPOST);
-    ::tcsetattr(_program, TCSANOW, &modes);
-  }
-  Terminal(const Terminal&) = delete;
-  Terminal& operator=(const Terminal&) = delete;
-  ~Terminal() {
-    ::close(_program);
-    ::close(_user);
-  }
-
-  std::string name() const { return _name.data(); }
-
-  /// What was written, which has to be little enough for the terminal to hold.
-  std::string shown() const {
-    std::array<char, 4096> part{};
-    ::fcntl(_user, F_SETFL, O_NONBLOCK);
-    std::string text;
-    for (;;) {
-      const ssize_t count = ::read(_user, part.data(), part.size());
-      if (count <= 0) return text;
-      text.append(part.data(), static_cast<std::size_t>(count));
-    }
-  }
-
- private:
-  std::array<char, 64> _name{};
-  int _user = ::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC);
-  int _program = -1;
-};
 
 class ShowOnATerminalTest : public ShowTest {
  protected:
@@ -192,21 +119,23 @@ TEST_F(ShowOnATerminalTest, HasColoursAndFitsTheWindow) {
                               "\n                    uvwxyz\n"));
 }
 
-TEST_F(ShowOnATerminalTest, HasNoColoursWhereTheyAreNotWanted) {
-  program.setVariable("TERM=xterm");
-  program.setVariable("NO_COLOR=1");
-  EXPECT_EQ(shown("Home", 80), kTree);
-}
-
-TEST_F(ShowOnATerminalTest, AnEmptyNoColorSaysNothing) {
-  program.setVariable("TERM=xterm");
-  program.setVariable("NO_COLOR=");
-  EXPECT_THAT(shown("Home", 80), HasSubstr("\x1b["));
-}
-
-TEST_F(ShowOnATerminalTest, HasNoColoursOnADumbTerminal) {
-  program.setVariable("TERM=dumb");
-  EXPECT_THAT(shown("Home", 80), Not(HasSubstr("\x1b[")));
+TEST_F(ShowOnATerminalTest, HasColoursUnlessTheEnvironmentSaysNo) {
+  const std::pair<std::vector<std::string>, bool> rows[] = {
+      {{"TERM=xterm"}, true},
+      {{"TERM=xterm", "NO_COLOR="}, true},
+      {{"TERM=dumb", "NO_COLOR="}, false},
+      {{"TERM=xterm", "NO_COLOR=1"}, false},
+  };
+  for (const auto& [variables, hasColours] : rows) {
+    for (const std::string& variable : variables) program.setVariable(variable);
+    const std::string text = shown("Home", 80);
+    EXPECT_EQ(text.find("\x1b[") != std::string::npos, hasColours)
+        << testing::PrintToString(variables);
+    if (!hasColours) {
+      EXPECT_EQ(text, kTree);
+    }
+  }
 }
 
 }  // namespace
+}  // namespace zt::test

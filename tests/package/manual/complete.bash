@@ -1,7 +1,7 @@
 # bash complete.bash FILE WORD...
 #
-# Prints what bash offers for the last of the words, one a line, with the completion in FILE. The
-# words are those that bash makes of a line: "--option=value" is three.
+# Prints what bash offers for the last word, one a line, with the completion in FILE. Bash splits
+# "--option=value" into three words.
 set -o pipefail
 source "$1"
 shift

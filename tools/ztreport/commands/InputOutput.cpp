@@ -8,8 +8,6 @@
 #include <iostream>
 #include <memory>
 
-#include "tools/ztreport/Failure.h"
-
 namespace zt::tools {
 
 std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }

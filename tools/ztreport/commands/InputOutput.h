@@ -1,20 +1,40 @@
 #pragma once
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 
 namespace zt::tools {
 
-/// What a file is called in messages: its path, or "standard input" for "-".
+/// Exit status of the program.
+enum class Exit {
+  Done = 0,
+  NotAccepted = 1,    ///< and saved instead; reports are left in the store; a check failed
+  WrongInput = 2,     ///< wrong usage or a wrong description
+  MachineFailed = 3,  ///< a file cannot be read or written, or there is no session bus
+};
+
+/// Ends a command with a message on standard error and an exit status.
+class Failure : public std::runtime_error {
+ public:
+  Failure(Exit exit, const std::string& message) : std::runtime_error(message), _exit(exit) {}
+
+  Exit exit() const { return _exit; }
+
+ private:
+  Exit _exit;
+};
+
+/// Name of a file in messages: its path, or "standard input" for "-".
 std::string nameOf(const std::string& file);
 
-/// The content of a file, or of standard input for "-". Nothing, with errno set, on failure.
+/// The content of a file, or of standard input for "-". Empty, with errno set, on failure.
 std::optional<std::string> contentOf(const std::string& file);
 
-/// The same; raises a `Failure` that names the file.
+/// The same, but throws a `Failure` that names the file.
 std::string readAll(const std::string& file);
 
-/// Writes to standard output at once; raises a `Failure` when that cannot be written.
+/// Writes to standard output and flushes. Throws a `Failure` on an error.
 void print(const std::string& text);
 
 }  // namespace zt::tools

@@ -1,10 +1,8 @@
-#include "tools/ztreport/commands/Probe.h"
-
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
-#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/commands/Commands.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -17,7 +15,7 @@ ordered_json jsonOf(const ZtString& text) {
   return text.isNull() ? ordered_json(nullptr) : ordered_json(text.view());
 }
 
-/// The name of a language, its number when it has none.
+/// The name of a language, or its number when it has none.
 ordered_json jsonOfLanguage(std::uint64_t language) {
   const ZtString name = ZtPortalDef::languageToString(language);
   return name.empty() ? ordered_json(language) : ordered_json(name.view());
@@ -44,11 +42,10 @@ std::string asJson(const ZtPortalPoolComputerSystem& computer) {
                             {"isAdmin", computer.isAdmin() == 1},
                             {"emailClients", jsonOfPrograms(*computer.emailClients())},
                             {"browsers", jsonOfPrograms(*computer.browsers())}};
-  // Names of applications are other people's texts: what is no UTF-8 in them is replaced.
+  // Names of applications may contain bytes that are not UTF-8.
   return object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
 }
 
-/// One line; only the first of a group of lines is labelled.
 void addLine(std::string& text, std::string_view label, const std::string& value) {
   constexpr std::size_t kValueColumn = 16;
   text += label;
@@ -57,7 +54,7 @@ void addLine(std::string& text, std::string_view label, const std::string& value
   text += '\n';
 }
 
-/// Control characters would play with the terminal.
+/// Control characters could change the terminal.
 std::string shown(const ZtString& text) {
   if (text.isNull()) return "(unknown)";
   std::string result(text.view());
@@ -81,7 +78,7 @@ void addPrograms(std::string& text, std::string_view label, const List& programs
     addLine(text, label, line);
     label = "";
   }
-  if (programs.empty()) addLine(text, label, "none of those looked for");
+  if (programs.empty()) addLine(text, label, "none of the known ones");
 }
 
 std::string asLines(const ZtPortalPoolComputerSystem& computer) {

@@ -18,8 +18,8 @@ using reader::FieldType;
 
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kIndent = 2;
-constexpr std::size_t kWidestName = 40;      // longer ones push their values out of the column
-constexpr std::size_t kNarrowestValue = 20;  // what a value has at least, in whatever window
+constexpr std::size_t kWidestName = 40;      // a longer name pushes its value out of the column
+constexpr std::size_t kNarrowestValue = 20;  // minimum, even in a narrower window
 
 constexpr std::string_view kBold = "\x1b[1m";
 constexpr std::string_view kDim = "\x1b[2m";
@@ -41,7 +41,7 @@ std::size_t columnsOf(std::string_view text) {
   return columns;
 }
 
-/// Neighbours that are shown one below the other.
+/// Fields of one list, shown one below the other.
 struct Level {
   FieldRange::Iterator next;
   FieldRange::Iterator end;
@@ -136,7 +136,7 @@ class TreeWriter {
     open(fields, level.indent + kIndent);
   }
 
-  /// A cell and, if something follows it, the blanks up to the next column.
+  /// A cell and, if another one follows, the blanks up to it.
   void addColumn(std::string_view text, std::size_t columns, std::string_view style, bool more) {
     const std::size_t before = _column;
     addStyled(text, style);
@@ -155,16 +155,16 @@ class TreeWriter {
     if (_style.hasColours) _text += kUsual;
   }
 
-  /// A value, in lines that all start in the column where it begins.
+  /// A value, in lines that all start in the current column.
   void addValue(std::string_view value) {
     const std::size_t begin = _column;
-    const std::size_t room =
+    const std::size_t available =
         _style.columns > begin + kNarrowestValue ? _style.columns - begin : kNarrowestValue;
     const bool isMissing = value == "(null)" && _style.hasColours;
     if (isMissing) _text += kDim;
     while (!value.empty()) {
       const auto character = terminal::firstTerminalCharacter(value);
-      const bool isFull = _column > begin && _column + character.columns() > begin + room;
+      const bool isFull = _column > begin && _column + character.columns() > begin + available;
       if (_style.columns != 0 && isFull) startLineAt(begin);
       const bool endsLine =
           value.front() == '\n' || (value.front() == '\r' && !value.starts_with("\r\n"));
@@ -196,7 +196,7 @@ class TreeWriter {
   terminal::TerminalStyle _style;
   std::string _text;
   std::size_t _column = 0;
-  std::vector<Level> _levels;  // no recursion: a report may be nested deeper than a stack
+  std::vector<Level> _levels;  // no recursion: nesting may be deeper than the stack
 };
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 namespace zt::tools {
 
-/// What a report says as a tree for people, with the names, types and values of one list in
+/// A report as a tree for people, with the names, types and values of one list in
 /// columns:
 ///
 ///     report       {0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}
@@ -17,8 +17,8 @@ namespace zt::tools {
 ///       LIST     array    1
 ///         COUNT  integer  7
 ///
-/// What could play with a terminal is escaped. A value goes on in its own column after a line end
-/// in it (which is shown, escaped) and, where the style has a width, at the end of a line.
+/// Control characters are escaped. A value continues in its own column after a line end in it
+/// (which is shown escaped) and, where the style has a width, at the end of a line.
 std::string reportTree(const reader::Report& report, const terminal::TerminalStyle& style);
 
 }  // namespace zt::tools

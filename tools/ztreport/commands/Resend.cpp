@@ -1,24 +1,63 @@
-#include "tools/ztreport/commands/Resend.h"
+#include <stdlib.h>
+#include <unistd.h>
 
+#include <chrono>
+#include <cstddef>
+#include <cstdio>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
-#include <vector>
 
-#include "tools/ztreport/commands/Delivery.h"
-#include "tools/ztreport/commands/InputOutput.h"
-#include "tools/ztreport/commands/Progress.h"
+#include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/SavedReports.h"
-#include "ztportal/ztportal.h"
 
 namespace zt::tools {
+
+namespace {
+
+// ECMA-48: return to the first column and erase the line.
+constexpr const char* kEraseLine = "\r\033[K";
+
+bool isTerminal() {
+  const char* const kind = ::getenv("TERM");
+  return kind != nullptr && std::string_view(kind) != "dumb" && ::isatty(STDERR_FILENO) == 1;
+}
+
+/// Progress of sending, as one line on a terminal at standard error that is rewritten in place and
+/// erased at the end. Nothing is written when standard error is not a terminal, or is one that
+/// cannot rewrite a line (`TERM` is "dumb" or unset).
+class Progress {
+ public:
+  explicit Progress(std::size_t all) : _all(all), _isShown(isTerminal()) { show(0); }
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+  ~Progress() {
+    if (_isShown) std::fputs(kEraseLine, stderr);
+  }
+
+  void show(std::size_t sent) const {
+    if (!_isShown) return;
+    const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - _start;
+    const double rate = sent == 0 ? 0 : static_cast<double>(sent) / passed.count();
+    std::fprintf(stderr, "%s%zu sent, %zu left, %.1f a second", kEraseLine, sent, _all - sent,
+                 rate);
+    std::fflush(stderr);
+  }
+
+ private:
+  const std::size_t _all;
+  const bool _isShown;
+  const std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
+};
+
+}  // namespace
 
 Exit resend(const std::string& configurationUrl) {
   if (configurationUrl.empty()) throw Failure(Exit::WrongInput, "--config-url: empty");
   const std::string folder = storeFolder();
   const std::vector<std::string> paths = savedReportPaths(folder);
 
-  // One by one as ZtPortalData::sendSavedReports does it: that one is silent, and only who sends
-  // can count what was sent when other programs save and resend at the same time.
+  // ZtPortalData::sendSavedReports does the same, but does not say how many reports it sent.
   std::size_t sent = 0;
   if (!paths.empty()) {
     Progress progress(paths.size());

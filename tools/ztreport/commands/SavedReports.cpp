@@ -1,11 +1,11 @@
 #include "tools/ztreport/commands/SavedReports.h"
 
+#include <array>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
 
-#include "tools/ztreport/Failure.h"
 #include "tools/ztreport/commands/InputOutput.h"
 #include "ztportal/ztportal.h"
 
@@ -39,7 +39,7 @@ SavedReport look(const std::string& path) {
     report.age =
         std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now() - written);
   }
-  // Opening a pipe would wait for its other end.
+  // Opening a named pipe would block.
   if (!fs::is_regular_file(status)) {
     report.fault = fs::is_directory(status) ? "a folder" : "no regular file";
     return report;
@@ -50,7 +50,43 @@ SavedReport look(const std::string& path) {
   return report;
 }
 
+/// A unit, and the amount from which the next one is used.
+struct Unit {
+  std::uintmax_t size;
+  std::uintmax_t below;
+  const char* name;
+};
+
+constexpr std::array<Unit, 4> kSpans{{
+    {1, 60, " s"},
+    {60, 60, " min"},
+    {3'600, 48, " h"},
+    {86'400, UINTMAX_MAX, " d"},
+}};
+
+constexpr std::array<Unit, 3> kSizes{{
+    {1, 10'000, " bytes"},
+    {1'024, 10'000, " KiB"},
+    {1'048'576, UINTMAX_MAX, " MiB"},
+}};
+
+template <class Units>
+std::string inUnits(std::uintmax_t amount, const Units& units) {
+  for (const Unit& unit : units) {
+    if (amount / unit.size < unit.below) return std::to_string(amount / unit.size) + unit.name;
+  }
+  return std::to_string(amount);
+}
+
 }  // namespace
+
+const char* const kNoStoreFolder = "the store's folder cannot be created";
+
+std::string storeFolder() {
+  const ZtString folder = ZtPortalData::reportFolder();
+  if (folder.isNull()) throw Failure(Exit::MachineFailed, kNoStoreFolder);
+  return std::string(folder.view());
+}
 
 std::vector<std::string> savedReportPaths(const std::string& folder) {
   std::vector<std::string> paths;
@@ -68,5 +104,12 @@ std::vector<SavedReport> savedReports(const std::string& folder) {
   for (const std::string& path : savedReportPaths(folder)) reports.push_back(look(path));
   return reports;
 }
+
+std::string ageText(std::chrono::seconds age) {
+  if (age.count() < 0) return "in the future";
+  return inUnits(static_cast<std::uintmax_t>(age.count()), kSpans);
+}
+
+std::string sizeText(std::uintmax_t bytes) { return inUnits(bytes, kSizes); }
 
 }  // namespace zt::tools

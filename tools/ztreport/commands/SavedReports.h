@@ -8,21 +8,33 @@
 
 namespace zt::tools {
 
-/// A file of the store, as it is found.
+/// A file in the store.
 struct SavedReport {
   std::string name;
   std::string path;
-  std::optional<std::uintmax_t> size;       ///< bytes; nothing where it cannot be told
-  std::optional<std::chrono::seconds> age;  ///< since the file was last written; the same
-  std::string fault;  ///< why it cannot be sent again, with the place in it; empty when it can
+  std::optional<std::uintmax_t> size;       ///< bytes; empty when it cannot be read
+  std::optional<std::chrono::seconds> age;  ///< since the file was last written; empty likewise
+  std::string fault;  ///< why it cannot be sent, with line and column; empty when it can
 };
 
-/// Paths of the saved reports in `folder`, in the order in which they are sent again, which is the
-/// one in which the system lists them. Raises a `Failure` when the folder cannot be read.
+extern const char* const kNoStoreFolder;  ///< message for a store folder that cannot be created
+
+/// The store's folder, created if necessary. Throws a `Failure` when that fails.
+std::string storeFolder();
+
+/// Paths of the saved reports in `folder`, in the order of sending, which is the order in which the
+/// system lists them. Throws a `Failure` when the folder cannot be read.
 std::vector<std::string> savedReportPaths(const std::string& folder);
 
-/// Looks at the saved reports in `folder`, in the same order. Each is read as it is when it is sent
-/// again, so one without a fault can be sent, and one with a fault stops all behind it.
+/// The saved reports in `folder`, in the same order. Each file is parsed as it is for sending: a
+/// report with a fault blocks all reports after it.
 std::vector<SavedReport> savedReports(const std::string& folder);
+
+/// A time span in its largest unit, rounded down: "59 s", "2 min", "47 h", "2 d". A file whose date
+/// is ahead of the clock is "in the future".
+std::string ageText(std::chrono::seconds age);
+
+/// A size in the first unit that needs at most four digits, rounded down: "812 bytes", "19 KiB".
+std::string sizeText(std::uintmax_t bytes);
 
 }  // namespace zt::tools

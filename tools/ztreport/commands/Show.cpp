@@ -1,5 +1,3 @@
-#include "tools/ztreport/commands/Show.h"
-
 #include <array>
 #include <filesystem>
 #include <string_view>
@@ -8,7 +6,7 @@
 
 #include "tools/common/ReportReader.h"
 #include "tools/common/TerminalStyle.h"
-#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/ReportTree.h"
 #include "tools/ztreport/description/DescribedReport.h"
 #include "ztportal/ztportal.h"
@@ -17,7 +15,7 @@ namespace zt::tools {
 
 namespace {
 
-/// What may be left out of a saved report's name, "{0E4D0F7C-...}.ztr".
+/// The parts of a saved report's name, "{0E4D0F7C-...}.ztr", that may be omitted.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 3> kStoredNames{
     {{"", ""}, {"", ".ztr"}, {"{", "}.ztr"}}};
 
@@ -26,7 +24,7 @@ bool exists(const std::string& path) {
   return std::filesystem::exists(path, none);
 }
 
-/// Where the report is. A bare name that is no file here may be one in the store.
+/// Path of the report. A bare name that is not a file here may be one in the store.
 std::string pathOf(const std::string& file) {
   if (file.empty() || file == "-" || file.find('/') != std::string::npos || exists(file)) {
     return file;

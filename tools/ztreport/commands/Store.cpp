@@ -1,9 +1,8 @@
-#include "tools/ztreport/commands/Store.h"
-
 #include <fcntl.h>
 #include <stdio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -13,10 +12,7 @@
 #include <vector>
 
 #include "tools/common/TerminalText.h"
-#include "tools/ztreport/commands/Amounts.h"
-#include "tools/ztreport/commands/Columns.h"
-#include "tools/ztreport/commands/Delivery.h"
-#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/SavedReports.h"
 
 namespace zt::tools {
@@ -27,12 +23,39 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kEnding = ".ztr";
 
-/// Names of files and what a parser quotes are other people's texts.
+/// File names and what a parser quotes may contain control characters.
 std::string shown(const std::string& text) {
   return zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max());
 }
 
-/// The name in the store that `file` stands for; raises a `Failure` when it stands for none.
+constexpr std::size_t kColumns = 4;
+using Row = std::array<std::string, kColumns>;
+
+/// Width of a UTF-8 text in characters.
+std::size_t widthOf(const std::string& text) {
+  return static_cast<std::size_t>(std::ranges::count_if(
+      text, [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U; }));
+}
+
+/// The rows in columns, two blanks apart; all but the first and last are aligned to the right.
+std::string aligned(const std::vector<Row>& rows) {
+  std::array<std::size_t, kColumns> widths{};
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i < kColumns; ++i) widths[i] = std::max(widths[i], widthOf(row[i]));
+  }
+  std::string text;
+  for (const Row& row : rows) {
+    for (std::size_t i = 0; i + 1 < kColumns; ++i) {
+      const std::string blanks(widths[i] - widthOf(row[i]), ' ');
+      text += (i == 0 ? row[i] + blanks : blanks + row[i]) + "  ";
+    }
+    text += row.back() + "\n";
+  }
+  return text;
+}
+
+/// The name in the store of `file`, which is a path or a name. Throws a `Failure` when it is not in
+/// the store.
 std::string nameInStore(const fs::path& folder, const std::string& file) {
   const fs::path path(file);
   const fs::path parent = path.has_parent_path() ? path.parent_path() : folder;
@@ -45,7 +68,7 @@ std::string nameInStore(const fs::path& folder, const std::string& file) {
                 "--set-aside: " + shown(file) + ": no saved report in " + folder.string());
 }
 
-/// The first name that may be tried, the second and so on: "{A}.ztr", "{A}-2.ztr".
+/// "{A}.ztr" for 1, "{A}-2.ztr" for 2 and so on.
 std::string numbered(const std::string& name, int number) {
   if (number == 1) return name;
   std::string result = name.substr(0, name.size() - kEnding.size());
@@ -53,9 +76,9 @@ std::string numbered(const std::string& name, int number) {
   return result;
 }
 
-/// Gives `from` the name `to` if that is free; false, with errno set, when it is not. A second name
-/// and then the end of the first is what every file system with links can do; the rest (folders,
-/// and file systems without links) takes a renaming that replaces nothing.
+/// Renames `from` to `to` without replacing anything; false, with errno set, on failure. link() and
+/// unlink() work on every file system with hard links; folders and file systems without links need
+/// renameat2().
 bool moveTo(const fs::path& from, const fs::path& to) {
   if (::link(from.c_str(), to.c_str()) == 0) return ::unlink(from.c_str()) == 0;
   if (errno == EEXIST) return false;
@@ -70,13 +93,14 @@ Exit listStore() {
     print("empty: no report is saved\n");
     return Exit::Done;
   }
-  Columns lines({Align::Left, Align::Right, Align::Right, Align::Left});
+  std::vector<Row> rows;
   for (const SavedReport& report : reports) {
-    lines.add({shown(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
-               report.age ? ageText(*report.age) : "-",
-               report.fault.empty() ? "can be sent" : "cannot be sent: " + shown(report.fault)});
+    rows.push_back(
+        {shown(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
+         report.age ? ageText(*report.age) : "-",
+         report.fault.empty() ? "can be sent" : "cannot be sent: " + shown(report.fault)});
   }
-  print(lines.text());
+  print(aligned(rows));
   return Exit::Done;
 }
 

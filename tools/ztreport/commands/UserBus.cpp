@@ -9,8 +9,8 @@ namespace zt::tools {
 
 namespace {
 
-/// sd-bus looks for the bus in these two places.
-std::string whereItWasLookedFor() {
+/// sd-bus takes the address from one of these two variables.
+std::string addressSource() {
   for (const char* name : {"DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"}) {
     const char* const value = ::getenv(name);
     if (value != nullptr) return std::string(name) + " is " + value;
@@ -29,7 +29,7 @@ UserBus openUserBus(std::string& reason) {
   const char* name = nullptr;
   if (error >= 0) error = sd_bus_get_unique_name(opened, &name);
   if (error >= 0) return bus;
-  reason = std::string(std::strerror(-error)) + "; " + whereItWasLookedFor();
+  reason = std::string(std::strerror(-error)) + "; " + addressSource();
   return nullptr;
 }
 

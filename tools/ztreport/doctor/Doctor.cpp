@@ -1,15 +1,11 @@
-#include "tools/ztreport/doctor/Doctor.h"
-
 #include <array>
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <string_view>
 
 #include "tools/common/TerminalText.h"
-#include "tools/ztreport/commands/InputOutput.h"
-#include "tools/ztreport/doctor/DesktopChecks.h"
-#include "tools/ztreport/doctor/StoreChecks.h"
-#include "tools/ztreport/doctor/WayChecks.h"
+#include "tools/ztreport/commands/Commands.h"
+#include "tools/ztreport/doctor/Checks.h"
 
 namespace zt::tools {
 
@@ -19,7 +15,7 @@ using nlohmann::ordered_json;
 
 struct Check {
   std::string_view name;
-  Finding (*find)(Patient&);
+  Finding (*find)(Subject&);
 };
 
 constexpr std::array<Check, 13> kChecks{{
@@ -43,18 +39,18 @@ std::string_view nameOf(State state) {
   return kNames[static_cast<std::size_t>(state)];
 }
 
-void fillUp(std::string& line, std::size_t column) { line.append(column - line.size(), ' '); }
+void padTo(std::string& line, std::size_t column) { line.append(column - line.size(), ' '); }
 
 std::string lineOf(const Check& check, const Finding& finding) {
   constexpr std::size_t kNameColumn = 9;
   constexpr std::size_t kReasonColumn = 28;
   std::string line(nameOf(finding.state));
-  fillUp(line, kNameColumn);
+  padTo(line, kNameColumn);
   line += check.name;
-  fillUp(line, kReasonColumn);
+  padTo(line, kReasonColumn);
   std::string text = finding.reason;
   if (!finding.remedy.empty()) text += " -> " + finding.remedy;
-  // URLs, answers and names of files are other people's texts.
+  // URLs, responses and file names may contain control characters.
   return line + zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
 }
 
@@ -68,13 +64,13 @@ ordered_json jsonOf(const Check& check, const Finding& finding) {
 }  // namespace
 
 Exit doctor(const std::string& configurationUrl, const std::string& appName, bool json) {
-  Patient patient;
-  patient.configurationUrl = configurationUrl;
-  patient.appName = appName;
+  Subject subject;
+  subject.configurationUrl = configurationUrl;
+  subject.appName = appName;
   ordered_json checks = ordered_json::array();
   Exit exit = Exit::Done;
   for (const Check& check : kChecks) {
-    const Finding finding = check.find(patient);
+    const Finding finding = check.find(subject);
     if (finding.state == State::Failed) exit = Exit::NotAccepted;
     if (json) {
       checks.push_back(jsonOf(check, finding));

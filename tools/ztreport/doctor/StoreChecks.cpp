@@ -1,5 +1,3 @@
-#include "tools/ztreport/doctor/StoreChecks.h"
-
 #include <fcntl.h>
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -14,9 +12,9 @@
 #include <cstdio>
 #include <cstring>
 
-#include "tools/ztreport/Failure.h"
-#include "tools/ztreport/commands/Amounts.h"
+#include "tools/ztreport/commands/InputOutput.h"
 #include "tools/ztreport/commands/SavedReports.h"
+#include "tools/ztreport/doctor/Checks.h"
 
 namespace zt::tools {
 
@@ -24,7 +22,7 @@ namespace {
 
 constexpr const char* kNoStore = "there is no store folder";
 
-/// Where the library looks for the user's data (XDG base directories).
+/// The user's data folder (XDG base directories).
 std::string dataFolder() {
   const char* const data = ::getenv("XDG_DATA_HOME");
   if (data != nullptr && data[0] == '/') return data;
@@ -46,51 +44,51 @@ std::string whyNotWritable(const std::string& folder) {
 
 }  // namespace
 
-Finding checkStoreFolder(Patient& patient) {
+Finding checkStoreFolder(Subject& subject) {
   const ZtString folder = ZtPortalData::reportFolder();
   if (folder.isNull()) {
-    const std::string wanted = dataFolder() + "/Kelvane/" + patient.appName + "/reports";
-    return failed(
-        wanted + " cannot be made",
-        "see whether a file or a link is in its way, who owns the folders above it, and whether "
-        "XDG_DATA_HOME or HOME is right");
+    const std::string wanted = dataFolder() + "/Kelvane/" + subject.appName + "/reports";
+    return failed(wanted + " cannot be created",
+                  "check for a file or link of that name, the owner of the folders above it, and "
+                  "XDG_DATA_HOME "
+                  "or HOME");
   }
-  patient.storeFolder = folder.view();
-  const std::string reason = whyNotWritable(patient.storeFolder);
+  subject.storeFolder = folder.view();
+  const std::string reason = whyNotWritable(subject.storeFolder);
   if (!reason.empty()) {
-    return failed(patient.storeFolder + " cannot be written to: " + reason,
-                  "make it writable for this user, or what was not accepted is lost");
+    return failed(
+        subject.storeFolder + " cannot be written to: " + reason,
+        "make it writable for this user; otherwise reports that are not accepted are lost");
   }
-  return ok(patient.storeFolder);
+  return ok(subject.storeFolder);
 }
 
-Finding checkStoreMode(Patient& patient) {
-  if (patient.storeFolder.empty()) return skipped(kNoStore);
+Finding checkStoreMode(Subject& subject) {
+  if (subject.storeFolder.empty()) return skipped(kNoStore);
   struct stat status {};
-  if (::stat(patient.storeFolder.c_str(), &status) != 0) {
-    return failed(std::strerror(errno), "see what became of " + patient.storeFolder);
+  if (::stat(subject.storeFolder.c_str(), &status) != 0) {
+    return failed(std::strerror(errno), "check " + subject.storeFolder);
   }
   std::array<char, 8> mode{};
   std::snprintf(mode.data(), mode.size(), "%04o", status.st_mode & 07777U);
   if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return ok(mode.data());
   return warning(std::string(mode.data()) +
-                     ": other users may look into the folder (the reports themselves are for "
-                     "their owner alone)",
-                 "chmod 700 '" + patient.storeFolder + "'");
+                     ": other users can list the folder (only the owner can read the reports)",
+                 "chmod 700 '" + subject.storeFolder + "'");
 }
 
-Finding checkFreeSpace(Patient& patient) {
-  // A usual report has 16 KiB.
+Finding checkFreeSpace(Subject& subject) {
+  // A typical report has 16 KiB.
   constexpr std::uint64_t kTooLittle = std::uint64_t{64} * 1024;
   constexpr std::uint64_t kLittle = std::uint64_t{16} * 1024 * 1024;
-  if (patient.storeFolder.empty()) return skipped(kNoStore);
+  if (subject.storeFolder.empty()) return skipped(kNoStore);
   struct statvfs space {};
-  if (::statvfs(patient.storeFolder.c_str(), &space) != 0) {
-    return failed(std::strerror(errno), "see what became of " + patient.storeFolder);
+  if (::statvfs(subject.storeFolder.c_str(), &space) != 0) {
+    return failed(std::strerror(errno), "check " + subject.storeFolder);
   }
-  constexpr const char* kRemedy = "make room on the file system of the store";
+  constexpr const char* kRemedy = "free space on the file system of the store";
   if (space.f_files != 0 && space.f_favail == 0) {
-    return failed("the file system takes no more files", kRemedy);
+    return failed("the file system has no free inodes", kRemedy);
   }
   const std::uint64_t free = std::uint64_t{space.f_bavail} * space.f_frsize;
   if (free < kTooLittle) return failed(sizeText(free) + ", too little for a report", kRemedy);
@@ -98,9 +96,9 @@ Finding checkFreeSpace(Patient& patient) {
   return ok(sizeText(free));
 }
 
-Finding checkSavedReports(Patient& patient) try {
-  if (patient.storeFolder.empty()) return skipped(kNoStore);
-  const std::vector<SavedReport> reports = savedReports(patient.storeFolder);
+Finding checkSavedReports(Subject& subject) try {
+  if (subject.storeFolder.empty()) return skipped(kNoStore);
+  const std::vector<SavedReport> reports = savedReports(subject.storeFolder);
   if (reports.empty()) return ok("none");
   const auto isBroken = [](const SavedReport& report) { return !report.fault.empty(); };
   const auto broken = std::ranges::find_if(reports, isBroken);
@@ -113,9 +111,9 @@ Finding checkSavedReports(Patient& patient) try {
     return ok(reason + ", all can be sent, the oldest saved " + ageText(oldest) + " ago");
   }
   reason += ", of which " + std::to_string(std::ranges::count_if(reports, isBroken)) +
-            " cannot be sent; " + broken->name + " stops the " +
-            std::to_string(reports.end() - broken - 1) + " behind it: " + broken->fault;
-  return failed(reason, "ztreport --app-name '" + patient.appName + "' store --set-aside '" +
+            " cannot be sent; " + broken->name + " blocks the " +
+            std::to_string(reports.end() - broken - 1) + " after it: " + broken->fault;
+  return failed(reason, "ztreport --app-name '" + subject.appName + "' store --set-aside '" +
                             broken->name + "'");
 } catch (const Failure& failure) {
   return failed(failure.what(), "make the store's folder readable for this user");

@@ -5,10 +5,9 @@
 
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
-#include "tools/ztreport/doctor/ProxyRules.h"
-#include "tools/ztreport/doctor/WebAddress.h"
+#include "tools/ztreport/doctor/Network.h"
 
-// Which proxy is used. The rules are libcurl's, so the library itself is asked as well.
+// The choice of the proxy. The rules are libcurl's, so the library is tested with the same table.
 
 namespace zt::tools {
 namespace {

@@ -120,7 +120,7 @@ TEST(ReportTreeTest, BreaksLongValuesAtTheWidthOfTheWindow) {
             "              uvwxyz\n");
   EXPECT_EQ(treeOf(fields, {.columns = 50}),
             std::string(kHead) + "  A  string   0123456789abcdefghijklmnopqrstuvwxyz\n");
-  // At least twenty characters stand on a line, and an escape is never broken.
+  // A line has at least twenty characters, and an escape is never split.
   EXPECT_NE(treeOf(fields, {.columns = 1})
                 .find("  A  string   0123456789abcdefghij\n"
                       "              klmnopqrstuvwxyz\n"),

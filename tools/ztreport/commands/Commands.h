@@ -1,0 +1,77 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "tools/ztreport/commands/InputOutput.h"
+#include "ztportal/ztportal.h"
+
+namespace zt::tools {
+
+/// The commands. Each prints its result on standard output and returns the exit status, or throws
+/// `Failure`. `file` is a path, or "-" for standard input.
+
+/// Prints the text of a described report.
+Exit render(const std::string& file, bool plain);
+/// Posts a described report; saves it when it is not accepted. An empty `configurationUrl` means
+/// the one in the description.
+Exit send(const std::string& file, const std::string& configurationUrl);
+/// Saves a described report without sending it, and prints the path of its file.
+Exit save(const std::string& file);
+
+/// The options of `run` as they were typed.
+struct RunOptions {
+  std::string customer;
+  std::string applicationId;
+  std::string startPoint;
+  std::string endPoint;
+  std::vector<std::string> facts;  // "NAME=VALUE"
+  std::vector<std::string> flags;  // "NAME=yes" or "NAME=no"
+  std::vector<std::string> steps;  // "TYPE:NAME"
+  bool save = false;
+};
+
+/// Reports one whole run through `ZtReport`; with `save`, saves it without sending. All options are
+/// checked first.
+Exit run(const RunOptions& options);
+
+/// URL of the configuration document of a customer. Throws a `Failure` that lists the customers
+/// when the library does not know this one.
+ZtString configurationUrlOf(const std::string& customer);
+/// The customers that the library knows: "Kelvane, Norvantel, …".
+std::string customerNames();
+
+/// Sends the saved reports, and prints how many were sent and how many are left. A terminal at
+/// standard error shows the progress.
+Exit resend(const std::string& configurationUrl);
+
+/// Prints one line for each saved report, in the order of sending: name, size, age, and whether it
+/// can be sent or why not.
+Exit listStore();
+/// Moves a saved report, named by its path or its name in the store, to the folder "set-aside"
+/// beside the store's folder, and prints its new path. Nothing there is replaced: a number is added
+/// to a name that is taken.
+Exit setAside(const std::string& file);
+
+/// Prints a report's text as a tree, or as a report description that renders as the same text
+/// again. `file` can also be the name or ID of a saved report.
+Exit show(const std::string& file, bool json);
+
+/// Prints what the inventory finds on this computer: aligned lines, or one JSON object that is a
+/// pool of a report description.
+Exit probe(bool json);
+
+/// Prints each broadcast of a report as one line of JSON as soon as it arrives:
+///
+///     {"object":"Setup","userInfo":{"date":"…","request":"…","version":"2.1"}}
+///
+/// Writes a line on standard error once it listens. Ends with SIGINT or SIGTERM; throws a `Failure`
+/// when there is no session bus, or when the connection to it is lost.
+Exit listen();
+
+/// Checks everything that a report of the program `appName` needs, in order, and prints a line for
+/// each check when it is done. With `json`, prints one object at the end. Returns `NotAccepted`
+/// when a check failed. Sends only the requests for the configuration and for the server's version.
+Exit doctor(const std::string& configurationUrl, const std::string& appName, bool json);
+
+}  // namespace zt::tools
