@@ -42,7 +42,7 @@ std::string pathOf(const std::string& file) {
 }
 
 std::string shown(const reader::Report& report, bool json) {
-  return json ? describedReport(report).dump(2) + "\n"
+  return json ? describedReport(report).text(2) + "\n"
               : reportTree(report, terminal::outputStyle());
 }
 

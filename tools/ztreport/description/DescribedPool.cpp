@@ -12,7 +12,6 @@ namespace zt::tools {
 
 namespace {
 
-using nlohmann::ordered_json;
 using reader::Field;
 using reader::FieldRange;
 using reader::FieldType;
@@ -25,10 +24,10 @@ constexpr std::size_t kDeepest = 497;
 constexpr const char* kNoRecords =
     "an array that a generic field can be (its name ends with </Date>)";
 
-ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth);
+Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth);
 
-ordered_json describedField(const Field& field, ValueDescriber& values, std::size_t depth) {
-  ordered_json described{{"name", values.text(field.name)}};
+Json describedField(const Field& field, ValueDescriber& values, std::size_t depth) {
+  Json described{{"name", values.text(field.name)}};
   switch (field.type) {
     case FieldType::String:
       described["type"] = "string";
@@ -63,8 +62,8 @@ ordered_json describedField(const Field& field, ValueDescriber& values, std::siz
   return described;
 }
 
-ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth) {
-  ordered_json list = ordered_json::array();
+Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth) {
+  Json list = Json::array();
   for (const Field& field : fields) {
     if (depth > kDeepest) {
       values.fail(field.name, "no field in more than " + std::to_string(kDeepest) + " arrays");
@@ -81,27 +80,27 @@ class LayoutReader {
   LayoutReader(const FieldRange& fields, std::string_view place, ValueDescriber& values)
       : _next(fields.begin()), _end(fields.end()), _place(place), _values(&values) {}
 
-  void takeValues(std::span<const KeyLine> keys, ordered_json& described) {
+  void takeValues(std::span<const KeyLine> keys, Json& described) {
     for (const KeyLine& key : keys) {
       if (key.field.empty()) continue;
       const Field& field = take(fieldTypeOf(key.form), key.field);
-      described[std::string(key.name)] = _values->valueOf(key, field.value);
+      described[key.name] = _values->valueOf(key, field.value);
     }
   }
 
-  void takeRecords(const PoolPiece& piece, ordered_json& described) {
+  void takeRecords(const PoolPiece& piece, Json& described) {
     if (atEnd() || _next->type != FieldType::Records || _next->name != piece.field) return;
     const Field& list = *_next;
-    ordered_json records = ordered_json::array();
+    Json records = Json::array();
     for (const Field& record : fieldsOf(list)) {
-      ordered_json members = ordered_json::object();
+      Json members = Json::object();
       LayoutReader fields(fieldsOf(record), record.name, *_values);
       fields.takeValues(piece.lines, members);
       fields.expectEnd();
       records.push_back(std::move(members));
     }
-    if (records.empty()) _values->fail(list.name, "a list with records");
-    described[std::string(piece.name)] = std::move(records);
+    if (records.values().empty()) _values->fail(list.name, "a list with records");
+    described[piece.name] = std::move(records);
     ++_next;
   }
 
@@ -135,10 +134,10 @@ class LayoutReader {
   ValueDescriber* _values;
 };
 
-ordered_json describedAs(const PoolLayout& layout, const reader::Report& report, const Pool& pool,
-                         ValueDescriber& values) {
+Json describedAs(const PoolLayout& layout, const reader::Report& report, const Pool& pool,
+                 ValueDescriber& values) {
   if (pool.isEmptyTag) values.fail(pool.type, "a pool with the fields of its type");
-  ordered_json described{{"kind", layout.kind}, {"timeStamp", values.date(pool.date)}};
+  Json described{{"kind", layout.kind}, {"timeStamp", values.date(pool.date)}};
   LayoutReader fields(report.fieldsOf(pool), pool.type, values);
   for (const PoolPiece& piece : layout.pieces) {
     switch (piece.kind) {
@@ -157,8 +156,7 @@ ordered_json describedAs(const PoolLayout& layout, const reader::Report& report,
   return described;
 }
 
-ordered_json describedAsGeneric(const reader::Report& report, const Pool& pool,
-                                ValueDescriber& values) {
+Json describedAsGeneric(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
   const FieldRange fields = report.fieldsOf(pool);
   if (fields.empty() && !pool.isEmptyTag) values.fail(pool.type, "a pool with fields");
   return {{"kind", "generic"},
@@ -169,7 +167,7 @@ ordered_json describedAsGeneric(const reader::Report& report, const Pool& pool,
 
 }  // namespace
 
-ordered_json describedPool(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+Json describedPool(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
   const PoolLayout* const layout = layoutOfType(pool.type);
   if (layout == nullptr) return describedAsGeneric(report, pool, values);
   try {

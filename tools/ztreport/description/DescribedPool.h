@@ -1,7 +1,6 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
+#include "tools/common/Json.h"
 #include "tools/common/Report.h"
 #include "tools/ztreport/description/DescribedValue.h"
 
@@ -10,7 +9,6 @@ namespace zt::tools {
 /// The description of a pool that is written as the same text again: one of the kind that the
 /// pool's type names if it has exactly that kind's fields, else a generic one. Raises
 /// `Undescribable` when neither is possible.
-nlohmann::ordered_json describedPool(const reader::Report& report, const reader::Pool& pool,
-                                     ValueDescriber& values);
+Json describedPool(const reader::Report& report, const reader::Pool& pool, ValueDescriber& values);
 
 }  // namespace zt::tools

@@ -5,17 +5,15 @@
 
 namespace zt::tools {
 
-using nlohmann::ordered_json;
-
-ordered_json describedReport(const reader::Report& report) try {
-  ordered_json described = ordered_json::object();
+Json describedReport(const reader::Report& report) try {
+  Json described = Json::object();
   ValueDescriber values(report);
   if (report.form != reader::Form::Empty) {
     described["customerId"] = values.text(report.customerId);
     described["applicationId"] = values.text(report.applicationId);
     described["applicationVersion"] = values.text(report.applicationVersion);
   }
-  ordered_json& pools = described["pools"] = ordered_json::array();
+  Json& pools = described["pools"] = Json::array();
   for (const reader::Pool& pool : report.pools) {
     pools.push_back(describedPool(report, pool, values));
   }

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
+#include "tools/common/Json.h"
 #include "tools/common/Report.h"
 
 namespace zt::tools {
@@ -13,6 +12,6 @@ namespace zt::tools {
 ///
 /// What reports do not carry is absent: the configuration, and the values of some pools that are
 /// for the host alone. "(null)" becomes null.
-nlohmann::ordered_json describedReport(const reader::Report& report);
+Json describedReport(const reader::Report& report);
 
 }  // namespace zt::tools

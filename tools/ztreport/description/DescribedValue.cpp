@@ -11,7 +11,6 @@
 
 namespace zt::tools {
 
-using nlohmann::ordered_json;
 using reader::FieldType;
 
 namespace {
@@ -47,7 +46,7 @@ void ValueDescriber::fail(std::string_view part, std::string expected) const {
   throw Undescribable(_report->offsetOf(part), std::move(expected));
 }
 
-ordered_json ValueDescriber::text(std::string_view value) const {
+Json ValueDescriber::text(std::string_view value) const {
   if (value == kNull) return nullptr;
   for (std::string_view rest = value; !rest.empty();) {
     const auto character = terminal::firstCharacter(rest);
@@ -57,20 +56,20 @@ ordered_json ValueDescriber::text(std::string_view value) const {
   return value;
 }
 
-ordered_json ValueDescriber::date(std::string_view value) {
+Json ValueDescriber::date(std::string_view value) {
   if (value == kNull) return nullptr;
   std::optional<std::string> moment = _dates.momentOf(value);
   if (!moment) fail(value, "a date as this time zone and language write it");
   return *std::move(moment);
 }
 
-ordered_json ValueDescriber::integer(std::string_view value) const {
+Json ValueDescriber::integer(std::string_view value) const {
   const auto number = numberOf<std::int32_t>(value);
   if (!number || std::to_string(*number) != value) fail(value, "a 32-bit integer");
   return *number;
 }
 
-ordered_json ValueDescriber::real(std::string_view value) const {
+Json ValueDescriber::real(std::string_view value) const {
   const auto number = numberOf<double>(value);
   if (!number || !std::isfinite(static_cast<float>(*number)) ||
       writtenReal(static_cast<float>(*number)) != value) {
@@ -79,14 +78,13 @@ ordered_json ValueDescriber::real(std::string_view value) const {
   return *number;
 }
 
-ordered_json ValueDescriber::boolean(std::string_view value) const {
+Json ValueDescriber::boolean(std::string_view value) const {
   if (value == "TRUE") return true;
   if (value == "FALSE") return false;
   fail(value, "TRUE or FALSE");
 }
 
-ordered_json ValueDescriber::enumerator(std::string_view value,
-                                        const Enumeration& enumeration) const {
+Json ValueDescriber::enumerator(std::string_view value, const Enumeration& enumeration) const {
   if (value.empty()) return enumeration.unnamed;
   for (std::uint64_t number = 0; number < enumeration.count; ++number) {
     if (enumeration.nameOf(number) == value) return value;
@@ -94,7 +92,7 @@ ordered_json ValueDescriber::enumerator(std::string_view value,
   fail(value, "a name that reports have, or none");
 }
 
-ordered_json ValueDescriber::valueOf(const KeyLine& key, std::string_view value) {
+Json ValueDescriber::valueOf(const KeyLine& key, std::string_view value) {
   switch (key.form) {
     case ValueForm::Date:
       return date(value);

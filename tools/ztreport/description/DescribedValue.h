@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
@@ -32,16 +31,16 @@ class ValueDescriber {
   explicit ValueDescriber(const reader::Report& report) : _report(&report) {}
 
   /// A string, null for "(null)": a missing text and that text are written alike.
-  nlohmann::ordered_json text(std::string_view value) const;
-  nlohmann::ordered_json date(std::string_view value);
-  nlohmann::ordered_json integer(std::string_view value) const;
-  nlohmann::ordered_json real(std::string_view value) const;
-  nlohmann::ordered_json boolean(std::string_view value) const;
+  Json text(std::string_view value) const;
+  Json date(std::string_view value);
+  Json integer(std::string_view value) const;
+  Json real(std::string_view value) const;
+  Json boolean(std::string_view value) const;
   /// The name, and one of the numbers without a name for the empty text.
-  nlohmann::ordered_json enumerator(std::string_view value, const Enumeration& enumeration) const;
+  Json enumerator(std::string_view value, const Enumeration& enumeration) const;
 
   /// The value of a key, which stands in a report.
-  nlohmann::ordered_json valueOf(const KeyLine& key, std::string_view value);
+  Json valueOf(const KeyLine& key, std::string_view value);
 
   [[noreturn]] void fail(std::string_view part, std::string expected) const;
 

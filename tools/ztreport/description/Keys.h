@@ -106,7 +106,7 @@ bool setByKey(const std::array<Key<Object>, kCount>& keys, Object& object, const
 /// message when it is absent.
 inline std::string discriminator(const JsonValue& object, const std::string& name,
                                  const std::string& known) {
-  const nlohmann::json* value = object.member(name);
+  const Json* value = object.member(name);
   if (value == nullptr) object.fail("\"" + name + "\" is absent; it is one of " + known);
   return object.child(name, *value).text();
 }

@@ -15,7 +15,7 @@ namespace zt::tools {
 namespace {
 
 ZtDate timeStampOf(const JsonValue& object) {
-  const nlohmann::json* timeStamp = object.member("timeStamp");
+  const Json* timeStamp = object.member("timeStamp");
   if (timeStamp == nullptr) return ZtDate::now();
   return object.child("timeStamp", *timeStamp).date();
 }
@@ -118,7 +118,7 @@ bool addApplicationsByKey(Computer& pool, const std::string& key, const JsonValu
 }
 
 void addComputer(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
-  const nlohmann::json* autoCheck = object.member("autoCheck");
+  const Json* autoCheck = object.member("autoCheck");
   const bool checks = autoCheck != nullptr && object.child("autoCheck", *autoCheck).boolean();
   const auto pool = document.addPoolComputerSystemWithAutoCheck(
       timeStampOf(object), checks && check == MachineCheck::Allowed);

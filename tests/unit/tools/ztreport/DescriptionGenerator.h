@@ -11,7 +11,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/ztreport/description/Moment.h"
+#include "tools/common/Rfc3339.h"
 #include "ztportal/base/ZtDate.h"
 
 namespace zt::test {
@@ -35,7 +35,7 @@ class DescriptionGenerator {
   nlohmann::json date() {
     const std::int64_t milliseconds = moment();
     const std::chrono::minutes offset(oneIn(3) ? below(2 * 1439 + 1) - 1439 : 0);
-    return tools::momentText(ZtDate::fromMilliseconds(milliseconds), offset);
+    return formatRfc3339(std::chrono::milliseconds(milliseconds), offset);
   }
 
   /// Any moment that a description can have, most of them near to us or to a change of clocks.

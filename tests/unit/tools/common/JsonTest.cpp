@@ -4,13 +4,14 @@
 #include <string_view>
 
 #include "tests/unit/tools/ztreport/JsonFault.h"
-#include "tools/ztreport/description/JsonText.h"
+#include "tools/common/Json.h"
 
 namespace {
 
+using zt::childPointer;
+using zt::Json;
+using zt::parseJson;
 using zt::test::faultOf;
-using zt::tools::childPointer;
-using zt::tools::parseJson;
 
 std::string faultIn(const std::string& text) {
   return faultOf([&] { parseJson(text); });
@@ -20,7 +21,7 @@ std::string nested(std::size_t levels) {
   return std::string(levels, '[') + std::string(levels, ']');
 }
 
-TEST(JsonTextTest, EscapesPointers) {
+TEST(JsonTest, EscapesPointers) {
   const struct {
     const char* token;
     const char* pointer;
@@ -33,15 +34,32 @@ TEST(JsonTextTest, EscapesPointers) {
   EXPECT_EQ(childPointer("", "0"), "/0");
 }
 
-TEST(JsonTextTest, ReadsWhatIsJson) {
-  EXPECT_EQ(parseJson(R"( {"a": [1, -2, 2.5, true, null, "ä\u00e4"], "b": {"a": 1}} )").dump(),
+TEST(JsonTest, ReadsWhatIsJson) {
+  EXPECT_EQ(parseJson(R"( {"a": [1, -2, 2.5, true, null, "ä\u00e4"], "b": {"a": 1}} )").text(),
             R"({"a":[1,-2,2.5,true,null,"ää"],"b":{"a":1}})");
-  EXPECT_EQ(parseJson("[18446744073709551615,-9223372036854775808]").dump(),
+  EXPECT_EQ(parseJson("[18446744073709551615,-9223372036854775808]").text(),
             "[18446744073709551615,-9223372036854775808]");
-  EXPECT_EQ(parseJson("7").dump(), "7");
+  EXPECT_EQ(parseJson("7").text(), "7");
 }
 
-TEST(JsonTextTest, NamesLineAndColumnOfAWrongLetter) {
+TEST(JsonTest, SortsTheMembersOfParsedObjectsOnly) {
+  EXPECT_EQ(parseJson(R"({"b": 1, "a": {"d": 2, "c": 3}})").text(), R"({"a":{"c":3,"d":2},"b":1})");
+  Json built{{"b", 1}, {"a", nullptr}};
+  built["c"] = Json::array({-1, 2.5, true, "x"});
+  built["b"] = 7;
+  EXPECT_EQ(built.text(), R"({"b":7,"a":null,"c":[-1,2.5,true,"x"]})");
+  built.sortMembers();
+  EXPECT_EQ(built.text(2),
+            "{\n  \"a\": null,\n  \"b\": 7,\n  \"c\": [\n    -1,\n    2.5,\n    true,\n"
+            "    \"x\"\n  ]\n}");
+}
+
+TEST(JsonTest, WritesBytesThatAreNotUtf8AsReplacementCharacters) {
+  EXPECT_EQ(Json("a\xff\x01").text(), "\"a\xef\xbf\xbd\\u0001\"");
+  EXPECT_EQ(Json("\xc3\xa4\"").asciiText(), R"("\u00e4\"")");
+}
+
+TEST(JsonTest, NamesLineAndColumnOfAWrongLetter) {
   const struct {
     std::string text;
     const char* fault;
@@ -61,7 +79,7 @@ TEST(JsonTextTest, NamesLineAndColumnOfAWrongLetter) {
   for (const auto& row : rows) EXPECT_EQ(faultIn(row.text), row.fault) << row.text;
 }
 
-TEST(JsonTextTest, RefusesTextThatIsNotUtf8) {
+TEST(JsonTest, RefusesTextThatIsNotUtf8) {
   const std::string_view texts[] = {"[\"\xff\"]", "[\"\xc0\xaf\"]", "[\"\xed\xa0\x80\"]",
                                     "[\"\xe4\"]", "[\"\xf4\x90\x80\x80\"]"};
   for (const std::string_view text : texts) {
@@ -70,7 +88,7 @@ TEST(JsonTextTest, RefusesTextThatIsNotUtf8) {
   }
 }
 
-TEST(JsonTextTest, RefusesANameThatStandsTwice) {
+TEST(JsonTest, RefusesANameThatStandsTwice) {
   const struct {
     const char* text;
     const char* fault;
@@ -83,9 +101,11 @@ TEST(JsonTextTest, RefusesANameThatStandsTwice) {
       {R"({"a": {"a": {"a": 1}}, "b": {"a": 1}})", "no fault"},
   };
   for (const auto& row : rows) EXPECT_EQ(faultIn(row.text), row.fault) << row.text;
+  EXPECT_EQ(parseJson(R"({"a": 1, "b": 2, "a": 3})", zt::JsonDuplicates::LastCounts).text(),
+            R"({"a":3,"b":2})");
 }
 
-TEST(JsonTextTest, NamesANumberBeyondEveryRange) {
+TEST(JsonTest, NamesANumberBeyondEveryRange) {
   const struct {
     const char* text;
     const char* fault;
@@ -98,7 +118,7 @@ TEST(JsonTextTest, NamesANumberBeyondEveryRange) {
   for (const auto& row : rows) EXPECT_EQ(faultIn(row.text), row.fault) << row.text;
 }
 
-TEST(JsonTextTest, RefusesNestingBeyondAThousandLevels) {
+TEST(JsonTest, RefusesNestingBeyondAThousandLevels) {
   EXPECT_EQ(faultIn(nested(1000)), "no fault");
   std::string deepest;
   for (int i = 0; i < 1000; ++i) deepest += "/0";
