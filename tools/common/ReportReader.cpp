@@ -1,17 +1,106 @@
 #include "tools/common/ReportReader.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <string>
+#include <array>
 #include <utility>
 #include <vector>
 
 #include "tools/common/LineCursor.h"
-#include "tools/common/ReportMarkup.h"
 
 namespace zt::reader {
 
 namespace {
+
+// The lines of a report without their indentation, as the library writes them.
+
+/// A start tag in the two forms of a report.
+struct Tag {
+  std::string_view soap;
+  std::string_view plain;
+
+  constexpr std::string_view in(Form form) const { return form == Form::Soap ? soap : plain; }
+};
+
+constexpr std::string_view kEnvelope =
+    "<SOAP-ENV:Envelope"
+    " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">";
+constexpr std::string_view kBody = "<SOAP-ENV:Body>";
+constexpr std::string_view kRequest =
+    "<postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\""
+    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">";
+constexpr std::string_view kRequestEnd = "</postPoolDatas>";
+constexpr std::string_view kBodyEnd = "</SOAP-ENV:Body>";
+constexpr std::string_view kEnvelopeEnd = "</SOAP-ENV:Envelope>";
+constexpr std::string_view kDeclaration = "<?xml version=\"1.0\"?>";
+
+constexpr Tag kReport{"<reportData xsi:type=\"com_Report\">", "<reportData>"};
+constexpr std::string_view kReportEnd = "</reportData>";
+constexpr Tag kPools{"<Datas xsi:type=\"com_Pools\">", "<Datas>"};
+constexpr std::string_view kPoolsEnd = "</Datas>";
+
+/// One line of the report's head.
+struct Head {
+  Tag tag;
+  std::string_view end;
+  std::string_view ParsedReport::*value;
+};
+constexpr std::array<Head, 5> kHeads{{
+    {{"<ReportID xsi:type=\"xsd:string\">", "<ReportID>"}, "</ReportID>", &ParsedReport::reportId},
+    {{"<MachineID xsi:type=\"xsd:string\">", "<MachineID>"},
+     "</MachineID>",
+     &ParsedReport::machineId},
+    {{"<CustomerID xsi:type=\"xsd:string\">", "<CustomerID>"},
+     "</CustomerID>",
+     &ParsedReport::customerId},
+    {{"<ApplicationID xsi:type=\"xsd:string\">", "<ApplicationID>"},
+     "</ApplicationID>",
+     &ParsedReport::applicationId},
+    {{"<ApplicationVersion xsi:type=\"xsd:string\">", "<ApplicationVersion>"},
+     "</ApplicationVersion>",
+     &ParsedReport::applicationVersion},
+}};
+
+constexpr Tag kPool{"<Data xsi:type=\"com_Pool\" Pool=\"", "<Data Pool=\""};
+constexpr std::string_view kPoolTypeEnd = "\">";
+constexpr std::string_view kPoolEnd = "</Data>";
+constexpr Tag kDate{"<Date xsi:type=\"xsd:dateTime\">", "<Date>"};
+constexpr std::string_view kDateEnd = "</Date>";
+
+constexpr Tag kFields{"<Fields xsi:type=\"com_Fields\">", "<Fields>"};
+constexpr Tag kNoFields{"<Fields xsi:type=\"com_Fields\"/>", "<Fields/>"};
+constexpr std::string_view kFieldsEnd = "</Fields>";
+
+/// The start of a field of each type.
+struct FieldTag {
+  Tag tag;
+  FieldType type;
+};
+constexpr std::array<FieldTag, 6> kFieldTags{{
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"string\">", "<Field FieldType=\"string\">"},
+     FieldType::String},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"integer\">", "<Field FieldType=\"integer\">"},
+     FieldType::Integer},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"float\">", "<Field FieldType=\"float\">"},
+     FieldType::Float},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"boolean\">", "<Field FieldType=\"boolean\">"},
+     FieldType::Boolean},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"array\">", "<Field FieldType=\"array\">"},
+     FieldType::Array},
+    {{"<Field xsi:type=\"com_Field\" type=\"none\">", "<Field type=\"none\">"}, FieldType::None},
+}};
+constexpr std::string_view kFieldEnd = "</Field>";
+constexpr Tag kName{"<Name xsi:type=\"xsd:string\">", "<Name>"};
+constexpr Tag kBareName{"<Name xsi:type=\"xsd:string\" type=\"none\">", "<Name type=\"none\">"};
+constexpr std::string_view kNameEnd = "</Name>";
+constexpr Tag kValue{"<Value xsi:type=\"xsd:string\">", "<Value>"};
+constexpr std::string_view kValueEnd = "</Value>";
+
+// A generic array is closed by these two, on purpose.
+constexpr std::string_view kArrayNameEnd = "</Date>";
+constexpr std::string_view kArrayEnd = "</Data>";
 
 // Blanks before the parts of a report.
 constexpr std::size_t kRequestBlanks = 4;
@@ -33,7 +122,7 @@ class Reader {
   }
 
   /// What has been read, and what is open ends with it.
-  Report take() && {
+  ParsedReport take() && {
     const std::size_t end = _report.fields.size();
     for (const OpenList& list : _open) {
       if (list.type != FieldType::None) _report.fields[list.owner].size = end - list.owner;
@@ -222,16 +311,32 @@ class Reader {
   }
 
   LineCursor _lines;
-  Report _report;
+  ParsedReport _report;
   std::size_t _blanks = 0;      // before the report's own lines
   std::size_t _poolBlanks = 0;  // before a pool's
   std::vector<OpenList> _open;
   std::vector<std::size_t> _openRecords;
 };
 
+std::string message(Place place, const std::string& reason) {
+  std::string text = "line ";
+  text.append(std::to_string(place.line)).append(", column ");
+  return text.append(std::to_string(place.column)).append(": ").append(reason);
+}
+
 }  // namespace
 
-Report readReport(std::string_view text) {
+Place placeIn(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const auto lineEnds = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 on the first line
+  return {lineEnds + 1, before.size() - lineStart + 1};
+}
+
+ReadError::ReadError(Place place, const std::string& reason)
+    : std::runtime_error(message(place, reason)), _place(place) {}
+
+ParsedReport readReport(std::string_view text) {
   Reader reader(text);
   reader.read();
   return std::move(reader).take();

@@ -3,7 +3,7 @@
 #include <array>
 #include <ctime>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 
 namespace zt::inbox {
 

@@ -13,12 +13,12 @@
 
 namespace {
 
+using zt::StopSignals;
 using zt::inbox::CommandLine;
 using zt::inbox::InboxServer;
 using zt::inbox::InputFault;
 using zt::inbox::LineOutput;
 using zt::inbox::readCommandLine;
-using zt::inbox::StopSignals;
 
 constexpr int kWrongUsage = 2;
 constexpr int kMachineFailed = 3;

@@ -34,7 +34,7 @@ std::string rendered(const std::string& description, bool soap) {
 }
 
 std::string describedAgain(const std::string& text) {
-  return describedReport(readReport(text)).dump();
+  return describedReport(readReport(text)).text();
 }
 
 void expectRoundTrip(const std::string& description, bool soap) {

@@ -26,7 +26,7 @@ constexpr std::size_t kDeepestShown = 32;  // arrays in arrays
 /// Turns the pools of a report into JSON until enough is shown.
 class Details {
  public:
-  explicit Details(const reader::Report& report) : _report(report) {}
+  explicit Details(const reader::ParsedReport& report) : _report(report) {}
 
   json pools() {
     json list = json::array();
@@ -141,7 +141,7 @@ class Details {
     return full;
   }
 
-  const reader::Report& _report;
+  const reader::ParsedReport& _report;
   bool _complete = true;
   std::size_t _shown = 0;
   std::size_t _count = 0;

@@ -8,7 +8,7 @@
 #include <thread>
 #include <utility>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztinbox/ReportLine.h"
 #include "tools/ztinbox/Version.h"
 #include "tools/ztinbox/api/ApiAnswers.h"

@@ -26,7 +26,7 @@ ReportContent readContent(std::string_view report) {
   ReportContent content;
   content.identity = readIdentity(report);
   if (std::ranges::none_of(content.identity.pools, isRun)) return content;
-  const reader::Report read = reader::readReportUpToFault(report).report;
+  const reader::ParsedReport read = reader::readReportUpToFault(report).report;
   for (const reader::Pool& pool : read.pools) {
     if (const auto run = readRun(read, pool)) addRun(*run, content);
   }

@@ -112,7 +112,7 @@ bool isRun(std::string_view poolType) {
   return std::ranges::find(kStepNames, poolType, &StepNames::poolType) != kStepNames.end();
 }
 
-std::optional<PoolRun> readRun(const reader::Report& report, const reader::Pool& pool) {
+std::optional<PoolRun> readRun(const reader::ParsedReport& report, const reader::Pool& pool) {
   const auto* const names = std::ranges::find(kStepNames, pool.type, &StepNames::poolType);
   if (names == kStepNames.end()) return std::nullopt;
   PoolRun run;

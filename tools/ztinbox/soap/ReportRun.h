@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/common/Report.h"
+#include "tools/common/ParsedReport.h"
 
 namespace zt::inbox {
 
@@ -35,6 +35,6 @@ struct PoolRun {
 bool isRun(std::string_view poolType);
 
 /// Nothing for a pool of any other type. `pool` is one of `report`. Texts are views into its text.
-std::optional<PoolRun> readRun(const reader::Report& report, const reader::Pool& pool);
+std::optional<PoolRun> readRun(const reader::ParsedReport& report, const reader::Pool& pool);
 
 }  // namespace zt::inbox

@@ -74,7 +74,7 @@ bool isStopped(sd_bus* bus, int stop, bool isBusy) {
 }  // namespace
 
 Exit listen() {
-  const zt::inbox::StopSignals stop;
+  const StopSignals stop;
   std::string reason;
   const UserBus bus = openUserBus(reason);
   if (bus == nullptr) throw Failure(Exit::MachineFailed, "no session bus: " + reason);

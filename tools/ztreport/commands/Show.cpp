@@ -7,7 +7,7 @@
 #include <utility>
 
 #include "tools/common/ReportReader.h"
-#include "tools/common/TerminalStyle.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/InputOutput.h"
 #include "tools/ztreport/commands/ReportTree.h"
 #include "tools/ztreport/description/DescribedReport.h"
@@ -41,7 +41,7 @@ std::string pathOf(const std::string& file) {
   return file;
 }
 
-std::string shown(const reader::Report& report, bool json) {
+std::string shown(const reader::ParsedReport& report, bool json) {
   return json ? describedReport(report).text(2) + "\n"
               : reportTree(report, terminal::outputStyle());
 }

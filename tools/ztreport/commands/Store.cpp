@@ -12,7 +12,7 @@
 #include <system_error>
 #include <vector>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/Amounts.h"
 #include "tools/ztreport/commands/Columns.h"
 #include "tools/ztreport/commands/Delivery.h"

@@ -134,7 +134,7 @@ class LayoutReader {
   ValueDescriber* _values;
 };
 
-Json describedAs(const PoolLayout& layout, const reader::Report& report, const Pool& pool,
+Json describedAs(const PoolLayout& layout, const reader::ParsedReport& report, const Pool& pool,
                  ValueDescriber& values) {
   if (pool.isEmptyTag) values.fail(pool.type, "a pool with the fields of its type");
   Json described{{"kind", layout.kind}, {"timeStamp", values.date(pool.date)}};
@@ -156,7 +156,8 @@ Json describedAs(const PoolLayout& layout, const reader::Report& report, const P
   return described;
 }
 
-Json describedAsGeneric(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+Json describedAsGeneric(const reader::ParsedReport& report, const Pool& pool,
+                        ValueDescriber& values) {
   const FieldRange fields = report.fieldsOf(pool);
   if (fields.empty() && !pool.isEmptyTag) values.fail(pool.type, "a pool with fields");
   return {{"kind", "generic"},
@@ -167,7 +168,7 @@ Json describedAsGeneric(const reader::Report& report, const Pool& pool, ValueDes
 
 }  // namespace
 
-Json describedPool(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+Json describedPool(const reader::ParsedReport& report, const Pool& pool, ValueDescriber& values) {
   const PoolLayout* const layout = layoutOfType(pool.type);
   if (layout == nullptr) return describedAsGeneric(report, pool, values);
   try {

@@ -1,11 +1,11 @@
 #include "tools/ztreport/description/DescribedReport.h"
 
-#include "tools/common/Place.h"
+#include "tools/common/ReportReader.h"
 #include "tools/ztreport/description/DescribedPool.h"
 
 namespace zt::tools {
 
-Json describedReport(const reader::Report& report) try {
+Json describedReport(const reader::ParsedReport& report) try {
   Json described = Json::object();
   ValueDescriber values(report);
   if (report.form != reader::Form::Empty) {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "tools/common/Json.h"
-#include "tools/common/Report.h"
+#include "tools/common/ParsedReport.h"
 
 namespace zt::tools {
 
@@ -12,6 +12,6 @@ namespace zt::tools {
 ///
 /// What reports do not carry is absent: the configuration, and the values of some pools that are
 /// for the host alone. "(null)" becomes null.
-Json describedReport(const reader::Report& report);
+Json describedReport(const reader::ParsedReport& report);
 
 }  // namespace zt::tools

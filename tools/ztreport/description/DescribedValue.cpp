@@ -7,7 +7,7 @@
 #include <optional>
 #include <system_error>
 
-#include "tools/common/Utf8Character.h"
+#include "ztportal/base/Utf8.h"
 
 namespace zt::tools {
 
@@ -49,7 +49,7 @@ void ValueDescriber::fail(std::string_view part, std::string expected) const {
 Json ValueDescriber::text(std::string_view value) const {
   if (value == kNull) return nullptr;
   for (std::string_view rest = value; !rest.empty();) {
-    const auto character = terminal::firstCharacter(rest);
+    const auto character = firstUtf8Character(rest);
     if (!character) fail(rest, "UTF-8");
     rest.remove_prefix(character->length);
   }

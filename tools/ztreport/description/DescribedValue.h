@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/common/Report.h"
+#include "tools/common/ParsedReport.h"
 #include "tools/ztreport/description/DateSearch.h"
 #include "tools/ztreport/description/Keys.h"
 
@@ -28,7 +28,7 @@ class Undescribable {
 /// again. Raises `Undescribable` for one that is not.
 class ValueDescriber {
  public:
-  explicit ValueDescriber(const reader::Report& report) : _report(&report) {}
+  explicit ValueDescriber(const reader::ParsedReport& report) : _report(&report) {}
 
   /// A string, null for "(null)": a missing text and that text are written alike.
   Json text(std::string_view value) const;
@@ -45,7 +45,7 @@ class ValueDescriber {
   [[noreturn]] void fail(std::string_view part, std::string expected) const;
 
  private:
-  const reader::Report* _report;
+  const reader::ParsedReport* _report;
   DateSearch _dates;
 };
 

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "tools/common/Json.h"
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/InputOutput.h"
 #include "tools/ztreport/doctor/DesktopChecks.h"
 #include "tools/ztreport/doctor/StoreChecks.h"

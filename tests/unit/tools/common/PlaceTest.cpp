@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "tools/common/Place.h"
+#include "tools/common/ReportReader.h"
 
 namespace {
 

@@ -1,22 +1,30 @@
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
+#include <cstdlib>
 
-#include "tools/common/Utf8Character.h"
+#include "ztportal/base/Utf8.h"
 
 namespace zt::terminal {
 
 namespace {
+
+std::string_view variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
 
 struct Range {
   char32_t first;
   char32_t last;
 };
 
-/// Controls, and the format characters that are invisible or change the direction of what
-/// follows (Unicode categories Cc, Cf, Zl, Zp).
+/// Controls, and the format characters that are invisible or change the direction of the
+/// text after them (Unicode categories Cc, Cf, Zl, Zp).
 constexpr std::array<Range, 14> kHidden{{
     {0x00, 0x1f},
     {0x7f, 0x9f},
@@ -49,9 +57,18 @@ TerminalCharacter escaped(const char* format, unsigned value, std::size_t bytes)
 
 }  // namespace
 
+TerminalStyle outputStyle() {
+  TerminalStyle style;
+  if (::isatty(STDOUT_FILENO) == 0) return style;
+  style.hasColours = variable("NO_COLOR").empty() && variable("TERM") != "dumb";
+  winsize size{};
+  if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0) style.columns = size.ws_col;
+  return style;
+}
+
 TerminalCharacter firstTerminalCharacter(std::string_view bytes) {
   if (bytes.front() >= ' ' && bytes.front() < '\x7f') return {bytes.substr(0, 1), 1, 1};
-  const auto character = firstCharacter(bytes);
+  const auto character = firstUtf8Character(bytes);
   const std::size_t length = character ? character->length : 1;
   if (character && !isHidden(character->code)) return {bytes.substr(0, length), 1, length};
   return length == 1 ? escaped("\\x%02x", static_cast<unsigned char>(bytes.front()), 1)

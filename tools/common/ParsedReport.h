@@ -24,19 +24,19 @@ enum class FieldType {
   Record    ///< one group of fields in it, without a name
 };
 
-/// A field as it stands in a report's text. All texts are views into that text, and none of them is
-/// decoded: "(null)" may be a missing text or those six letters.
+/// A field of a report's text. All strings are views into that text, and none of them is decoded:
+/// "(null)" may be a missing string or those six letters.
 struct Field {
   FieldType type = FieldType::None;
   std::string_view name;
   std::string_view value;  ///< of the first four types
   /// Whether an array says that it is empty by "<Fields/>" rather than by a start and an end tag.
   bool isEmptyTag = false;
-  /// How many entries of `Report::fields` it takes, itself included.
+  /// How many entries of `ParsedReport::fields` it takes, itself included.
   std::size_t size = 1;
 };
 
-/// Neighbours in a report's list of fields, without what is inside of them.
+/// Sibling fields in a report's list, without the fields nested in them.
 class FieldRange {
  public:
   class Iterator {
@@ -73,7 +73,7 @@ struct Pool {
   std::string_view type;
   std::string_view date;
   bool isEmptyTag = false;  ///< as `Field::isEmptyTag`
-  std::size_t begin = 0;    ///< its part of `Report::fields`
+  std::size_t begin = 0;    ///< its part of `ParsedReport::fields`
   std::size_t end = 0;
 };
 
@@ -82,7 +82,7 @@ struct Pool {
 ///     for (const Pool& pool : report.pools) {
 ///       for (const Field& field : report.fieldsOf(pool)) use(field.name, field.value);
 ///     }
-struct Report {
+struct ParsedReport {
   std::string_view text;
   Form form = Form::Empty;
   std::string_view reportId;
