@@ -5,7 +5,7 @@
 
 namespace zt::inbox {
 
-Reaction Intake::receive(const Incoming& /*incoming*/) {
+Reaction Intake::receive(const ReportRequest& /*request*/) {
   static_cast<void>(_store);  // which is what is left out
   const std::lock_guard lock(_order);
   return _behaviour.next();

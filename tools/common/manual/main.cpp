@@ -12,7 +12,7 @@
 #include "tools/common/manual/ManualPage.h"
 #include "tools/common/manual/Notes.h"
 #include "tools/ztinbox/CommandLine.h"
-#include "tools/ztinbox/http/Answer.h"
+#include "tools/ztinbox/faults/Behaviour.h"
 #include "tools/ztreport/CommandLine.h"
 
 // zt_manual FOLDER HEADER

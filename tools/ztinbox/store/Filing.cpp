@@ -37,7 +37,7 @@ Filing::~Filing() {
   _thread.join();
 }
 
-std::uint64_t Filing::keep(NewReport report) {
+std::uint64_t Filing::keep(IncomingReport report) {
   const std::lock_guard order(_order);
   if (report.report.size > kLargestGathered) return fileAtOnce(std::move(report));
   std::unique_lock lock(_mutex);
@@ -59,9 +59,9 @@ std::uint64_t Filing::keep(NewReport report) {
   return number;
 }
 
-std::uint64_t Filing::fileAtOnce(NewReport report) {
+std::uint64_t Filing::fileAtOnce(IncomingReport report) {
   fileAll();
-  std::vector<NewReport> alone;
+  std::vector<IncomingReport> alone;
   alone.push_back(std::move(report));
   // Nothing is kept meanwhile, so its thread has nothing to file.
   const std::uint64_t number = _lastKept + 1;

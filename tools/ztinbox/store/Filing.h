@@ -10,7 +10,7 @@
 #include <vector>
 
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/NewReport.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
 
@@ -21,7 +21,7 @@ class Filing {
  public:
   /// Commits reports to the database in the order of the list, all or none; throws what kept it
   /// from doing so. Called by one thread at a time.
-  using File = std::function<void(std::vector<NewReport>&)>;
+  using File = std::function<void(std::vector<IncomingReport>&)>;
 
   /// `journal` is empty and outlives it. Numbers go on behind `lastNumber`.
   Filing(Journal& journal, std::uint64_t lastNumber, File file);
@@ -32,13 +32,13 @@ class Filing {
 
   /// Gives the report the next number and keeps it. Throws DatabaseFault when it cannot be kept,
   /// and while what was kept before cannot be filed.
-  std::uint64_t keep(NewReport report);
+  std::uint64_t keep(IncomingReport report);
 
   /// Waits until all that was kept before is filed. Throws what keeps it from being so.
   void fileAll();
 
  private:
-  std::uint64_t fileAtOnce(NewReport report);
+  std::uint64_t fileAtOnce(IncomingReport report);
   void serve();
   bool waitForReports(std::unique_lock<std::mutex>& lock);
   void filePortion(std::unique_lock<std::mutex>& lock);
@@ -51,9 +51,9 @@ class Filing {
   std::mutex _order;  ///< held while a report is kept
   std::mutex _mutex;  ///< of all that follows
   std::condition_variable _changed;
-  std::vector<NewReport> _kept;
+  std::vector<IncomingReport> _kept;
   std::size_t _keptBytes = 0;
-  std::vector<NewReport> _inFiling;  ///< of its thread alone
+  std::vector<IncomingReport> _inFiling;  ///< of its thread alone
   std::uint64_t _lastKept;
   std::uint64_t _lastFiled;
   std::uint64_t _awaited = 0;  ///< the last one that somebody waits for

@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/soap/Report.h"
 #include "tools/ztinbox/store/Database.h"
-#include "tools/ztinbox/store/NewReport.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
 
@@ -19,7 +18,7 @@ class ReportWriter {
   explicit ReportWriter(Database& database);
 
   /// Under the report's own number. Sets of which one it is a duplicate.
-  void insert(NewReport& incoming);
+  void insert(IncomingReport& incoming);
   /// Removes all of the report; false when it is not there.
   bool remove(std::uint64_t number);
   std::optional<std::uint64_t> oldest();
@@ -44,8 +43,8 @@ class ReportWriter {
 extern const char* const kReportColumns;
 
 /// The report in the statement's row, without its pools.
-Report readReport(const Statement& row);
+StoredReport readReport(const Statement& row);
 /// Adds the types of their pools.
-void readPools(Database& database, std::vector<Report>& reports);
+void readPools(Database& database, std::vector<StoredReport>& reports);
 
 }  // namespace zt::inbox

@@ -8,16 +8,13 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/soap/Report.h"
 #include "tools/ztinbox/store/Arrivals.h"
 #include "tools/ztinbox/store/DataFolder.h"
 #include "tools/ztinbox/store/Filing.h"
 #include "tools/ztinbox/store/GroupCommit.h"
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/Readers.h"
-#include "tools/ztinbox/store/ReportFilter.h"
 #include "tools/ztinbox/store/ReportRows.h"
-#include "tools/ztinbox/store/SearchIndexer.h"
+#include "tools/ztinbox/store/Search.h"
 #include "tools/ztinbox/store/Statistics.h"
 
 namespace zt::inbox {
@@ -30,22 +27,22 @@ class ReportStore {
  public:
   /// Gets the reports once they are in the database, those of a transaction together, in the order
   /// of their numbers, from one thread. Not those that an earlier run kept.
-  using Listener = std::function<void(const std::vector<NewReport>&)>;
+  using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
   /// Throws MachineFault when the folder or what is in it cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});
 
   /// Takes `incoming` in under the next number; the oldest one goes when there are too many. Once
   /// it returns, the report is kept, and whatever is asked for below knows it.
-  void add(NewReport incoming);
+  void add(IncomingReport incoming);
 
   /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
   /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
   /// most and then does without the rest.
-  std::vector<Report> list(const ReportFilter& wanted, std::size_t limit);
+  std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit);
   /// At most `limit` with higher numbers than `number`, oldest first.
-  std::vector<Report> listAfter(std::uint64_t number, std::size_t limit);
-  std::optional<Report> find(std::uint64_t number);
+  std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit);
+  std::optional<StoredReport> find(std::uint64_t number);
   std::optional<ReportBytes> bytes(std::uint64_t number);
   /// The numbers of the reports with this report ID, oldest first, at most `limit`.
   std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
@@ -66,10 +63,10 @@ class ReportStore {
   const Arrivals& arrivals() const { return _arrivals; }
 
  private:
-  void file(std::vector<NewReport>& reports);
+  void file(std::vector<IncomingReport>& reports);
   void recount();
   void trim();
-  Readers::Lease readAll();
+  ConnectionPool::Lease readAll();
   void indexUpTo(std::uint64_t number);
   std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
@@ -82,7 +79,7 @@ class ReportStore {
   std::size_t _count = 0;  ///< of the writing thread
   Journal _journal;
   Arrivals _arrivals;
-  Readers _readers;
+  ConnectionPool _readers;
   GroupCommit _commits;  ///< its thread uses all of the above
   Filing _filing;        ///< last: its thread uses all of the above
 };
