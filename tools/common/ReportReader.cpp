@@ -102,12 +102,12 @@ constexpr std::string_view kValueEnd = "</Value>";
 constexpr std::string_view kArrayNameEnd = "</Date>";
 constexpr std::string_view kArrayEnd = "</Data>";
 
-// Blanks before the parts of a report.
+// The indentation of the parts of a report.
 constexpr std::size_t kRequestBlanks = 4;
 constexpr std::size_t kSoapReportBlanks = 7;
-constexpr std::size_t kPoolBlanks = 4;   // behind the report's
+constexpr std::size_t kPoolBlanks = 4;   // added to the report's
 constexpr std::size_t kInnerBlanks = 2;  // of the lines within an element
-constexpr std::size_t kFieldBlanks = 4;  // of a field behind what it is in
+constexpr std::size_t kFieldBlanks = 4;  // of a field in its parent
 
 class Reader {
  public:
@@ -121,7 +121,7 @@ class Reader {
     readEnd();
   }
 
-  /// What has been read, and what is open ends with it.
+  /// What has been read; open lists end here.
   ParsedReport take() && {
     const std::size_t end = _report.fields.size();
     for (const OpenList& list : _open) {
@@ -205,7 +205,7 @@ class Reader {
     pool.end = _report.fields.size();
   }
 
-  /// How far in the lines of the innermost open list's owner stand.
+  /// The indentation of the owner of the innermost open list.
   std::size_t ownerBlanks() const { return _poolBlanks + kFieldBlanks * (_open.size() - 1); }
 
   /// Reads until the pool's list, the only open one, is closed.
@@ -259,8 +259,8 @@ class Reader {
     _report.fields.push_back(field);
   }
 
-  /// Reads an array of either kind up to the first field in it. How its name ends tells which it
-  /// is; the names of record lists are words of the library, which have no line end.
+  /// Reads an array of either kind up to its first field. The end of its name tells which it is;
+  /// the names of record lists are constants of the library without line ends.
   void readArray(std::size_t blanks) {
     const std::size_t inner = blanks + kInnerBlanks;
     const std::size_t index = _report.fields.size();

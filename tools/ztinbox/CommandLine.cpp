@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::uint64_t kMostKept = 1'000'000;
 
-/// The values of the options as they were written.
+/// The values of the options, unparsed.
 struct Arguments {
   std::string listen = "127.0.0.1:8025";
   std::optional<std::string> data;

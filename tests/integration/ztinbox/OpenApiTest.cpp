@@ -1,59 +1,149 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <nlohmann/json.hpp>
+#include <regex>
 #include <set>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include "tests/integration/ztinbox/RawClient.h"
-#include "tests/integration/ztinbox/SchemaCheck.h"
 #include "tests/support/Inbox.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
-// Every answer of the API against its description, and every answer that is described.
+// Every response of the API is compared with its description, and every described response occurs.
 
 namespace {
 
 using nlohmann::json;
 using zt::test::Inbox;
 using zt::test::SampleReport;
-using zt::test::SchemaCheck;
 
-TEST(SchemaCheckTest, FindsWhatIsWrong) {
-  const json document = json::parse(R"({"a": {"type": "integer", "minimum": 1}})");
-  const SchemaCheck check(document);
-  const struct {
-    const char* schema;
-    const char* value;
-    const char* fault;
-  } rows[] = {
-      {R"({"$ref": "#/a"})", "1", ""},
-      {R"({"$ref": "#/a"})", "0", ": 0 fails minimum 1"},
-      {R"({"$ref": "#/a"})", "1.5", ": 1.5 fails type \"integer\""},
-      {R"({"type": ["string", "null"]})", "null", ""},
-      {R"({"type": ["string", "null"]})", "true", ": true fails type [\"string\",\"null\"]"},
-      {R"({"maximum": 2})", "3", ": 3 fails maximum 2"},
-      {R"({"const": 2})", "3", ": 3 fails const 2"},
-      {R"({"enum": [1, null]})", "null", ""},
-      {R"({"enum": [1, null]})", "2", ": 2 fails enum [1,null]"},
-      {R"({"not": {"const": 1}})", "1", ": 1 fails not {\"const\":1}"},
-      {R"({"pattern": "^a+$"})", "\"ab\"", ": \"ab\" fails pattern \"^a+$\""},
-      {R"({"items": {"type": "null"}})", "[null, 1]", "/1: 1 fails type \"null\""},
-      {R"({"properties": {"x": {"type": "null"}}})", R"({"x": 1})", "/x: 1 fails type \"null\""},
-      {R"({"required": ["x"]})", R"({"y": 1})", ": lacks x"},
-      {R"({"properties": {}, "additionalProperties": false})", R"({"y": 1})", ": has y"},
-      {R"({"allOf": [{}, {"const": 1}]})", "2", ": 2 fails const 1"},
-      {R"({"oneOf": [{"minimum": 1}, {"minimum": 2}]})", "1", ""},
-      {R"({"oneOf": [{"minimum": 1}, {"minimum": 2}]})", "2",
-       ": 2 fails oneOf [{\"minimum\":1},{\"minimum\":2}]"},
-      {R"({"minLength": 1})", "\"\"", ": the check does not know minLength"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(check.fault(json::parse(row.value), json::parse(row.schema)), row.fault)
-        << row.schema << row.value;
-  }
+bool hasType(const json& value, const std::string& type) {
+  if (type == "null") return value.is_null();
+  if (type == "boolean") return value.is_boolean();
+  if (type == "integer") return value.is_number_integer();
+  if (type == "number") return value.is_number();
+  if (type == "string") return value.is_string();
+  if (type == "array") return value.is_array();
+  if (type == "object") return value.is_object();
+  throw std::runtime_error("no such type in JSON: " + type);
 }
 
-/// A request, and the status that it has to be answered with.
+bool hasOneType(const json& value, const json& types) {
+  if (types.is_string()) return hasType(value, types);
+  return std::ranges::any_of(types, [&value](const json& type) { return hasType(value, type); });
+}
+
+/// Checks a JSON value against a JSON schema (draft 2020-12) with the keywords of the project's own
+/// schemas. Any other restricting keyword fails the check.
+///
+///     EXPECT_EQ(SchemaCheck(document).fault(value, schema), "");
+class SchemaCheck {
+ public:
+  /// `document` resolves `$ref`; it must outlive the check.
+  explicit SchemaCheck(const json& document) : _document(document) {}
+
+  /// The error with its JSON pointer; empty if the value is valid.
+  std::string fault(const json& value, const json& schema, const std::string& where = "") const;
+
+  /// `schema` itself, or the target of its $ref.
+  const json& resolved(const json& schema) const;
+
+ private:
+  std::string keywordFault(const std::string& keyword, const json& value, const json& schema,
+                           const std::string& where) const;
+  std::string objectFault(const std::string& keyword, const json& value, const json& schema,
+                          const std::string& where) const;
+
+  const json& _document;
+};
+
+const json& SchemaCheck::resolved(const json& schema) const {
+  if (!schema.contains("$ref")) return schema;
+  const std::string reference = schema.at("$ref");
+  return resolved(_document.at(json::json_pointer(reference.substr(1))));
+}
+
+std::string SchemaCheck::fault(const json& value, const json& schema,
+                               const std::string& where) const {
+  const json& rules = resolved(schema);
+  for (const auto& [keyword, rule] : rules.items()) {
+    const std::string found = keywordFault(keyword, value, rules, where);
+    if (!found.empty()) return found;
+  }
+  return "";
+}
+
+std::string SchemaCheck::keywordFault(const std::string& keyword, const json& value,
+                                      const json& schema, const std::string& where) const {
+  const json& rule = schema.at(keyword);
+  const std::string fails = where + ": " + value.dump().substr(0, 100) + " fails " + keyword + " " +
+                            rule.dump().substr(0, 100);
+  if (keyword == "description" || keyword == "default") return "";
+  if (keyword == "type") return hasOneType(value, rule) ? "" : fails;
+  if (keyword == "const") return value == rule ? "" : fails;
+  if (keyword == "enum") return std::ranges::find(rule, value) != rule.end() ? "" : fails;
+  if (keyword == "not") return fault(value, rule, where).empty() ? fails : "";
+  if (keyword == "minimum") return !value.is_number() || value >= rule ? "" : fails;
+  if (keyword == "maximum") return !value.is_number() || value <= rule ? "" : fails;
+  if (keyword == "pattern") {
+    if (!value.is_string()) return "";
+    const std::regex pattern(rule.get<std::string>());
+    return std::regex_search(value.get_ref<const std::string&>(), pattern) ? "" : fails;
+  }
+  if (keyword == "allOf") {
+    for (const json& part : rule) {
+      const std::string found = fault(value, part, where);
+      if (!found.empty()) return found;
+    }
+    return "";
+  }
+  if (keyword == "oneOf") {
+    const auto fits = std::ranges::count_if(
+        rule, [&](const json& part) { return fault(value, part, where).empty(); });
+    return fits == 1 ? "" : fails;
+  }
+  return objectFault(keyword, value, schema, where);
+}
+
+std::string SchemaCheck::objectFault(const std::string& keyword, const json& value,
+                                     const json& schema, const std::string& where) const {
+  const json& rule = schema.at(keyword);
+  if (keyword == "items") {
+    if (!value.is_array()) return "";
+    for (std::size_t i = 0; i < value.size(); ++i) {
+      const std::string found = fault(value[i], rule, where + "/" + std::to_string(i));
+      if (!found.empty()) return found;
+    }
+    return "";
+  }
+  if (keyword == "properties") {
+    for (const auto& [name, part] : rule.items()) {
+      if (!value.is_object() || !value.contains(name)) continue;
+      const std::string found = fault(value.at(name), part, where + "/" + name);
+      if (!found.empty()) return found;
+    }
+    return "";
+  }
+  if (keyword == "required") {
+    for (const std::string name : rule) {
+      if (value.is_object() && !value.contains(name)) return where + ": lacks " + name;
+    }
+    return "";
+  }
+  if (keyword == "additionalProperties" && rule == false) {
+    if (!value.is_object()) return "";
+    for (const auto& [name, part] : value.items()) {
+      if (!schema.at("properties").contains(name)) return where + ": has " + name;
+    }
+    return "";
+  }
+  return where + ": the check does not know " + keyword;
+}
+
+/// A request and the expected status.
 struct Request {
   const char* method;
   const char* path;   ///< as the description names it
@@ -172,7 +262,7 @@ SampleReport richReport() {
   return report;
 }
 
-TEST_F(OpenApiTest, EveryAnswerIsDescribedAndEveryDescribedAnswerIsGiven) {
+TEST_F(OpenApiTest, EveryResponseIsDescribedAndEveryDescribedResponseOccurs) {
   post("/soap", richReport().text());
   SampleReport hostile;
   hostile.customerId = "\xff<script>";

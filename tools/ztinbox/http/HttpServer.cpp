@@ -289,7 +289,7 @@ RequestTarget readTarget(const std::string& target, const std::string& decoded) 
   if (!isAbsolute(target)) return {decoded, {}};
   const std::string_view rest = std::string_view(target).substr(kScheme.size());
   const std::string authority(rest.substr(0, rest.find_first_of("/?#")));
-  // An escape in a host name moves the path within the decoded text; no host here has one.
+  // An escape in the host name would move the path in the decoded text.
   if (authority.find('%') != std::string::npos) return {decoded, authority};
   const std::string path = decoded.substr(kScheme.size() + authority.size());
   return {path.empty() ? "/" : path, authority};

@@ -7,7 +7,7 @@ namespace zt::inbox {
 
 namespace {
 
-/// What is removed or marked at once: those who send reports meanwhile wait for it.
+/// How many are removed or marked at once: senders wait meanwhile.
 constexpr std::size_t kPortion = 200;
 constexpr std::chrono::seconds kIndexingPatience{2};
 
@@ -22,7 +22,7 @@ std::uint64_t lastNumber(Database& database) {
       database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
 }
 
-/// Files what an earlier run kept and did not get to file. The number of the last report.
+/// Files the reports that an earlier run kept but did not file. Returns the last number.
 std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
   auto reports = journal.after(lastNumber(database));
   if (!reports.empty()) {
@@ -72,7 +72,7 @@ void ReportStore::file(std::vector<IncomingReport>& reports) {
   _commits.run({insert, tell});
 }
 
-/// A connection that knows all reports that were added before.
+/// A connection that sees all earlier reports.
 ConnectionPool::Lease ReportStore::readAll() {
   _filing.fileAll();
   return ConnectionPool::Lease(_readers);
@@ -220,8 +220,8 @@ void ReportStore::recount() {
   _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
 }
 
-/// Removes what an inbox with a higher limit has left, a portion at a time, so that reports come
-/// in between.
+/// Removes the excess of an inbox with a higher limit in portions, so that reports can come in
+/// between.
 void ReportStore::trim() {
   const auto more = std::make_shared<bool>(false);
   _commits.add({[this, more] {

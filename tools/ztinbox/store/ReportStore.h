@@ -19,26 +19,25 @@
 
 namespace zt::inbox {
 
-/// The reports, in an SQLite database of its own folder: the newest `most` of them. What was added
-/// is in the journal before anybody is told so, and moments later in the database: no end of the
-/// program can undo it, and soon no power failure either. Nothing of a report in the database stays
-/// in memory. Any thread may call it; every operation throws DatabaseFault when the database fails.
+/// The newest `most` reports, in an SQLite database in its own folder. An added report is in the
+/// write-ahead log before add() returns, and soon in the database: it survives the end of the
+/// program, and soon a power failure too. Reports in the database are not kept in memory.
+/// Thread-safe; every operation throws DatabaseFault if the database fails.
 class ReportStore {
  public:
-  /// Gets the reports once they are in the database, those of a transaction together, in the order
-  /// of their numbers, from one thread. Not those that an earlier run kept.
+  /// Receives the reports once they are in the database, those of a transaction together, in the
+  /// order of their numbers, from one thread. Not those of an earlier run.
   using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
-  /// Throws MachineFault when the folder or what is in it cannot be used.
+  /// Throws MachineFault if the folder or its content cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});
 
-  /// Takes `incoming` in under the next number; the oldest one goes when there are too many. Once
-  /// it returns, the report is kept, and whatever is asked for below knows it.
+  /// Keeps `incoming` with the next number; the oldest report is removed if there are too many.
+  /// Once it returns, the report is kept, and the operations below include it.
   void add(IncomingReport incoming);
 
-  /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
-  /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
-  /// most and then does without the rest.
+  /// At most `limit`, newest first. A filter with a text waits until earlier reports are indexed,
+  /// but under heavy load for at most two seconds: then it leaves out the rest.
   std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit);
   /// At most `limit` with higher numbers than `number`, oldest first.
   std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit);
@@ -48,16 +47,16 @@ class ReportStore {
   std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
   Statistics statistics(const ReportFilter& filter);
 
-  /// False when there is none.
+  /// False if there is none.
   bool remove(std::uint64_t number);
-  /// How many there were. What comes in meanwhile stays.
+  /// Returns their number. Reports that come meanwhile stay.
   std::size_t remove(const ReportFilter& filter);
-  /// All of them: how many there were. The file shrinks.
+  /// Removes all and shrinks the file. Returns their number.
   std::size_t clear();
 
-  /// False when there is none.
+  /// False if there is none.
   bool setRead(std::uint64_t number, bool read);
-  /// How many it changed.
+  /// Returns the number of changed reports.
   std::size_t setRead(ReportFilter filter, bool read);
 
   const Arrivals& arrivals() const { return _arrivals; }
@@ -76,7 +75,7 @@ class ReportStore {
   Database _writing;
   ReportWriter _writer;
   SearchIndexer _indexer;
-  std::size_t _count = 0;  ///< of the writing thread
+  std::size_t _count = 0;  ///< used by the writing thread
   Journal _journal;
   Arrivals _arrivals;
   ConnectionPool _readers;
