@@ -94,6 +94,8 @@ struct ParsedReport {
   /// All fields of all pools in the order of the text, each array before what is in it. One flat
   /// list, so that no depth of nesting overflows a stack.
   std::vector<Field> fields;
+  /// The types of the pools after an error in an earlier pool (see readReportUpToFault()).
+  std::vector<std::string_view> laterPools;
 
   FieldRange fieldsOf(const Pool& pool) const {
     return {fields.data() + pool.begin, fields.data() + pool.end};

@@ -121,6 +121,22 @@ class Reader {
     readEnd();
   }
 
+  /// Finds the pools after the point where reading stopped: their lines have the same indentation.
+  void findLaterPools() {
+    if (_report.pools.empty()) return;
+    const std::string_view text = _report.text;
+    std::string start = "\n";
+    start.append(_poolBlanks, ' ').append(in(kPool));
+    std::size_t at = text.find(start, _lines.offset() - 1);
+    while (at != std::string_view::npos) {
+      at += start.size();
+      const std::string_view line = text.substr(at, text.find('\n', at) - at);
+      const std::size_t end = line.rfind(kPoolTypeEnd);
+      if (end != std::string_view::npos) _report.laterPools.push_back(line.substr(0, end));
+      at = text.find(start, at);
+    }
+  }
+
   /// What has been read; open lists end here.
   ParsedReport take() && {
     const std::size_t end = _report.fields.size();
@@ -349,6 +365,7 @@ PartialReport readReportUpToFault(std::string_view text) {
     reader.read();
   } catch (const ReadError& error) {
     fault = error;
+    reader.findLaterPools();
   }
   return {std::move(reader).take(), std::move(fault)};
 }

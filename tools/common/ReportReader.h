@@ -53,7 +53,8 @@ class ReadError : public std::runtime_error {
 ParsedReport readReport(std::string_view text);
 
 /// Everything before the first thing that cannot be read; the pools, arrays and records that are
-/// open there end there. `fault` is the error, nothing if all of the text was read.
+/// open there end there. `fault` is the error, nothing if all of the text was read; of the pools
+/// after it, only the types are known.
 struct PartialReport {
   ParsedReport report;
   std::optional<ReadError> fault;

@@ -98,7 +98,7 @@ TEST_F(RoundTripTextTest, ArraysAsDeepAsADescriptionCanBe) {
   expectRoundTrip(nested(498, ""), true);
   expectRoundTrip(nested(497, R"({"name": "X", "type": "none"})"), true);
   const std::string tooDeep = nested(498, R"({"name": "X", "type": "none"})");
-  EXPECT_THROW(Description{tooDeep}, zt::tools::JsonError) << "or more could be described";
+  EXPECT_THROW(Description{tooDeep}, zt::JsonError) << "or more could be described";
 }
 
 TEST_F(RoundTripTextTest, AReportWithoutPools) {

@@ -173,6 +173,10 @@ ReportIdentity identityOf(const reader::ParsedReport& report) {
     if (identity.pools.size() == kMostPools) break;
     identity.pools.emplace_back(pool.type.substr(0, kLongestIdentityValue));
   }
+  for (const std::string_view type : report.laterPools) {
+    if (identity.pools.size() == kMostPools) break;
+    identity.pools.emplace_back(type.substr(0, kLongestIdentityValue));
+  }
   return identity;
 }
 

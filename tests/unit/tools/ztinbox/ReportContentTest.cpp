@@ -105,6 +105,9 @@ TEST(ReportContentTest, KeepsWhatComesBeforeAnError) {
   text.resize(text.find("</Data>\r\n", text.find("Pool=\"B\"")));
   EXPECT_EQ(readIdentity(text).customerId, "Kelvane");
   EXPECT_EQ(readIdentity(text).pools, report.pools);
+  std::string damaged = report.text();
+  damaged.insert(damaged.find("<Field "), "x");
+  EXPECT_EQ(readIdentity(damaged).pools, report.pools);
   text.resize(text.find("<CustomerID"));
   EXPECT_EQ(readIdentity(text).machineId, report.machineId);
   EXPECT_EQ(readIdentity(text).customerId, std::nullopt);
