@@ -28,7 +28,7 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
       : _text(text), _duplicates(duplicates) {}
 
   Json take() {
-    if (_error) throw *_error;
+    if (_error) throw JsonError(*_error);
     return std::move(_root);
   }
 
@@ -152,22 +152,26 @@ Json Json::array(Array values) {
   return json;
 }
 
-Json Json::object() { return Json(std::initializer_list<Member>{}); }
+Json Json::object() {
+  Json json;
+  json._value = Object();
+  return json;
+}
 
 Json& Json::operator[](std::string_view name) {
   auto& members = std::get<Object>(_value);
-  const auto found = std::ranges::find(members, name, &Member::name);
-  if (found != members.end()) return found->value;
-  return members.emplace_back(Member{std::string(name), {}}).value;
+  const auto found = std::ranges::find(members, name, &Member::first);
+  if (found != members.end()) return found->second;
+  return members.emplace_back(std::string(name), Json()).second;
 }
 
 void Json::append(std::string name, Json value) {
-  std::get<Object>(_value).push_back({std::move(name), std::move(value)});
+  std::get<Object>(_value).emplace_back(std::move(name), std::move(value));
 }
 
 void Json::push_back(Json value) { std::get<Array>(_value).push_back(std::move(value)); }
 
-void Json::sortMembers() { std::ranges::sort(std::get<Object>(_value), {}, &Member::name); }
+void Json::sortMembers() { std::ranges::sort(std::get<Object>(_value), {}, &Member::first); }
 
 std::int64_t Json::integer() const {
   const auto* const number = std::get_if<std::uint64_t>(&_value);
@@ -180,8 +184,8 @@ double Json::number() const {
 }
 
 const Json* Json::find(std::string_view name) const {
-  const auto found = std::ranges::find(members(), name, &Member::name);
-  return found != members().end() ? &found->value : nullptr;
+  const auto found = std::ranges::find(members(), name, &Member::first);
+  return found != members().end() ? &found->second : nullptr;
 }
 
 std::string Json::text(int indent) const {

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -35,7 +36,7 @@ class JsonError : public std::runtime_error {
 ///     report.text();    // {"number":7,"result":null,"pools":["EXECUTION"]}
 class Json {
  public:
-  struct Member;
+  using Member = std::pair<std::string, Json>;
   using Array = std::vector<Json>;
   using Object = std::vector<Member>;
 
@@ -103,11 +104,6 @@ class Json {
   std::variant<std::nullptr_t, bool, std::int64_t, std::uint64_t, double, std::string, Array,
                Object>
       _value;
-};
-
-struct Json::Member {
-  std::string name;
-  Json value;
 };
 
 /// What a name that occurs twice in one object means.
