@@ -5,7 +5,7 @@
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
   const zt::tools::Description description{std::string(zt::fuzz::textOf(data, size))};
   return 0;
-} catch (const zt::tools::JsonError& error) {
+} catch (const zt::JsonError& error) {
   zt::fuzz::require(*error.what() != '\0');
   return 0;
 }

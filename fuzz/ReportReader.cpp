@@ -21,9 +21,9 @@ std::string withLineFeeds(std::string_view text) {
 
 // A report's text as `ztreport show` reads it: what it can describe is written as that text again.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
-  const zt::reader::Report report = zt::reader::readReport(zt::fuzz::textOf(data, size));
+  const zt::reader::ParsedReport report = zt::reader::readReport(zt::fuzz::textOf(data, size));
   zt::fuzz::require(!zt::tools::reportTree(report, {}).empty());
-  const std::string description = zt::tools::describedReport(report).dump();
+  const std::string description = zt::tools::describedReport(report).text();
   const auto document = zt::tools::Description(description).makeOffline();
   std::string again = document->generateXml("", report.form == zt::reader::Form::Soap);
   if (!again.empty()) {

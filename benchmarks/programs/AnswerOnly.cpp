@@ -1,11 +1,11 @@
 #include "tools/ztinbox/soap/Intake.h"
 
-// Makes an inbox that responds and keeps nothing, as the peer of the one that keeps: the linker
-// takes this definition in place of the inbox's own.
+// An inbox that answers and keeps nothing, as the peer of the one that keeps: linked with this
+// before the inbox's own intake.
 
 namespace zt::inbox {
 
-Reaction Intake::receive(const Incoming& /*incoming*/) {
+Reaction Intake::receive(const ReportRequest& /*request*/) {
   static_cast<void>(_store);  // unused here
   const std::lock_guard lock(_order);
   return _behaviour.next();

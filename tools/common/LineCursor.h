@@ -4,18 +4,18 @@
 #include <string>
 #include <string_view>
 
-#include "tools/common/Place.h"
+#include "tools/common/ReportReader.h"
 
 namespace zt::reader {
 
-/// Goes through a text whose lines are known: so many blanks, a tag, perhaps a value and its end
-/// tag. The first line decides what a line end is for all of them, CR LF or LF.
+/// Reads a text with known lines: an indentation in blanks, a tag, perhaps a value and its end tag.
+/// The first line decides what a line end is for all of them, CR LF or LF.
 ///
 ///     LineCursor lines("  <Name>EDITION</Name>\r\n  <Value>Home</Value>\r\n");
 ///     lines.takeStart({2, "<Name>"});
 ///     lines.takeValue("</Name>", {2, "<Value>"});    // "EDITION"
 ///
-/// Each operation raises `ReadError` where the text is something else.
+/// Each operation throws `ReadError` if the text is something else.
 class LineCursor {
  public:
   /// How a line starts.
@@ -27,30 +27,29 @@ class LineCursor {
   explicit LineCursor(std::string_view text);
 
   bool atEnd() const { return _at == _text.size(); }
-  /// Where the next thing starts.
   std::size_t offset() const { return _at; }
-  /// An empty view of that place.
+  /// An empty view of the current position.
   std::string_view here() const { return _text.substr(_at, 0); }
 
-  /// Whether the line starts so. Asked at the beginning of a line.
+  /// Whether the line starts with `start`. Call it at the beginning of a line.
   bool startsWith(Start start) const;
-  /// Goes behind the start of a line.
+  /// Skips the start of a line.
   void takeStart(Start start);
-  /// Goes behind a whole line.
+  /// Skips a whole line.
   void takeLine(Start line);
-  /// The same, and says whether it was there.
+  /// The same if the line is there; returns whether it was.
   bool takeLineIf(Start line);
 
-  /// The value that stands between here and `end`, which is the end of its line. `next` is how the
-  /// line after that starts.
+  /// The value from here to `end`, which ends its line. `next` is the start of the line after it.
   std::string_view takeValue(std::string_view end, Start next);
-  /// The value of an element that starts a line and ends one, `start` being its start tag and `end`
-  /// its end tag. An XML writer, whose lines end with LF, leaves one without a value as "<Value/>".
+  /// The value of an element with the start tag `start` at the start of a line and the end tag
+  /// `end` at the end of one. An XML writer, whose lines end with LF, writes an empty one as
+  /// "<Value/>".
   std::string_view takeElement(Start start, std::string_view end, Start next);
   /// Whether the rest of this line ends with `end`.
   bool lineEndsWith(std::string_view end) const;
 
-  /// Refuses what stands in the line behind its blanks.
+  /// Throws for the text after the indentation of the line.
   [[noreturn]] void failInLine(const std::string& expected) const;
 
  private:

@@ -1,24 +1,113 @@
 #include "tools/common/ReportReader.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <string>
+#include <array>
 #include <utility>
 #include <vector>
 
 #include "tools/common/LineCursor.h"
-#include "tools/common/ReportMarkup.h"
 
 namespace zt::reader {
 
 namespace {
 
-// Blanks before the parts of a report.
+// The lines of a report without their indentation, as the library writes them.
+
+/// A start tag in the two forms of a report.
+struct Tag {
+  std::string_view soap;
+  std::string_view plain;
+
+  constexpr std::string_view in(Form form) const { return form == Form::Soap ? soap : plain; }
+};
+
+constexpr std::string_view kEnvelope =
+    "<SOAP-ENV:Envelope"
+    " xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
+    " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
+    " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
+    " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">";
+constexpr std::string_view kBody = "<SOAP-ENV:Body>";
+constexpr std::string_view kRequest =
+    "<postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\""
+    " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">";
+constexpr std::string_view kRequestEnd = "</postPoolDatas>";
+constexpr std::string_view kBodyEnd = "</SOAP-ENV:Body>";
+constexpr std::string_view kEnvelopeEnd = "</SOAP-ENV:Envelope>";
+constexpr std::string_view kDeclaration = "<?xml version=\"1.0\"?>";
+
+constexpr Tag kReport{"<reportData xsi:type=\"com_Report\">", "<reportData>"};
+constexpr std::string_view kReportEnd = "</reportData>";
+constexpr Tag kPools{"<Datas xsi:type=\"com_Pools\">", "<Datas>"};
+constexpr std::string_view kPoolsEnd = "</Datas>";
+
+/// One line of the report's head.
+struct Head {
+  Tag tag;
+  std::string_view end;
+  std::string_view ParsedReport::*value;
+};
+constexpr std::array<Head, 5> kHeads{{
+    {{"<ReportID xsi:type=\"xsd:string\">", "<ReportID>"}, "</ReportID>", &ParsedReport::reportId},
+    {{"<MachineID xsi:type=\"xsd:string\">", "<MachineID>"},
+     "</MachineID>",
+     &ParsedReport::machineId},
+    {{"<CustomerID xsi:type=\"xsd:string\">", "<CustomerID>"},
+     "</CustomerID>",
+     &ParsedReport::customerId},
+    {{"<ApplicationID xsi:type=\"xsd:string\">", "<ApplicationID>"},
+     "</ApplicationID>",
+     &ParsedReport::applicationId},
+    {{"<ApplicationVersion xsi:type=\"xsd:string\">", "<ApplicationVersion>"},
+     "</ApplicationVersion>",
+     &ParsedReport::applicationVersion},
+}};
+
+constexpr Tag kPool{"<Data xsi:type=\"com_Pool\" Pool=\"", "<Data Pool=\""};
+constexpr std::string_view kPoolTypeEnd = "\">";
+constexpr std::string_view kPoolEnd = "</Data>";
+constexpr Tag kDate{"<Date xsi:type=\"xsd:dateTime\">", "<Date>"};
+constexpr std::string_view kDateEnd = "</Date>";
+
+constexpr Tag kFields{"<Fields xsi:type=\"com_Fields\">", "<Fields>"};
+constexpr Tag kNoFields{"<Fields xsi:type=\"com_Fields\"/>", "<Fields/>"};
+constexpr std::string_view kFieldsEnd = "</Fields>";
+
+/// The start of a field of each type.
+struct FieldTag {
+  Tag tag;
+  FieldType type;
+};
+constexpr std::array<FieldTag, 6> kFieldTags{{
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"string\">", "<Field FieldType=\"string\">"},
+     FieldType::String},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"integer\">", "<Field FieldType=\"integer\">"},
+     FieldType::Integer},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"float\">", "<Field FieldType=\"float\">"},
+     FieldType::Float},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"boolean\">", "<Field FieldType=\"boolean\">"},
+     FieldType::Boolean},
+    {{"<Field xsi:type=\"com_Field\" FieldType=\"array\">", "<Field FieldType=\"array\">"},
+     FieldType::Array},
+    {{"<Field xsi:type=\"com_Field\" type=\"none\">", "<Field type=\"none\">"}, FieldType::None},
+}};
+constexpr std::string_view kFieldEnd = "</Field>";
+constexpr Tag kName{"<Name xsi:type=\"xsd:string\">", "<Name>"};
+constexpr Tag kBareName{"<Name xsi:type=\"xsd:string\" type=\"none\">", "<Name type=\"none\">"};
+constexpr std::string_view kNameEnd = "</Name>";
+constexpr Tag kValue{"<Value xsi:type=\"xsd:string\">", "<Value>"};
+constexpr std::string_view kValueEnd = "</Value>";
+
+// A generic array is closed by these two, on purpose.
+constexpr std::string_view kArrayNameEnd = "</Date>";
+constexpr std::string_view kArrayEnd = "</Data>";
+
+// The indentation of the parts of a report.
 constexpr std::size_t kRequestBlanks = 4;
 constexpr std::size_t kSoapReportBlanks = 7;
-constexpr std::size_t kPoolBlanks = 4;   // behind the report's
+constexpr std::size_t kPoolBlanks = 4;   // added to the report's
 constexpr std::size_t kInnerBlanks = 2;  // of the lines within an element
-constexpr std::size_t kFieldBlanks = 4;  // of a field behind what it is in
+constexpr std::size_t kFieldBlanks = 4;  // of a field in its parent
 
 class Reader {
  public:
@@ -32,8 +121,24 @@ class Reader {
     readEnd();
   }
 
-  /// What has been read, and what is open ends with it.
-  Report take() && {
+  /// Finds the pools after the point where reading stopped: their lines have the same indentation.
+  void findLaterPools() {
+    if (_report.pools.empty()) return;
+    const std::string_view text = _report.text;
+    std::string start = "\n";
+    start.append(_poolBlanks, ' ').append(in(kPool));
+    std::size_t at = text.find(start, _lines.offset() - 1);
+    while (at != std::string_view::npos) {
+      at += start.size();
+      const std::string_view line = text.substr(at, text.find('\n', at) - at);
+      const std::size_t end = line.rfind(kPoolTypeEnd);
+      if (end != std::string_view::npos) _report.laterPools.push_back(line.substr(0, end));
+      at = text.find(start, at);
+    }
+  }
+
+  /// What has been read; open lists end here.
+  ParsedReport take() && {
     const std::size_t end = _report.fields.size();
     for (const OpenList& list : _open) {
       if (list.type != FieldType::None) _report.fields[list.owner].size = end - list.owner;
@@ -116,7 +221,7 @@ class Reader {
     pool.end = _report.fields.size();
   }
 
-  /// How far in the lines of the innermost open list's owner stand.
+  /// The indentation of the owner of the innermost open list.
   std::size_t ownerBlanks() const { return _poolBlanks + kFieldBlanks * (_open.size() - 1); }
 
   /// Reads until the pool's list, the only open one, is closed.
@@ -170,8 +275,8 @@ class Reader {
     _report.fields.push_back(field);
   }
 
-  /// Reads an array of either kind up to the first field in it. How its name ends tells which it
-  /// is; the names of record lists are words of the library, which have no line end.
+  /// Reads an array of either kind up to its first field. The end of its name tells which it is;
+  /// the names of record lists are constants of the library without line ends.
   void readArray(std::size_t blanks) {
     const std::size_t inner = blanks + kInnerBlanks;
     const std::size_t index = _report.fields.size();
@@ -222,16 +327,32 @@ class Reader {
   }
 
   LineCursor _lines;
-  Report _report;
+  ParsedReport _report;
   std::size_t _blanks = 0;      // before the report's own lines
   std::size_t _poolBlanks = 0;  // before a pool's
   std::vector<OpenList> _open;
   std::vector<std::size_t> _openRecords;
 };
 
+std::string message(Place place, const std::string& reason) {
+  std::string text = "line ";
+  text.append(std::to_string(place.line)).append(", column ");
+  return text.append(std::to_string(place.column)).append(": ").append(reason);
+}
+
 }  // namespace
 
-Report readReport(std::string_view text) {
+Place placeIn(std::string_view text, std::size_t offset) {
+  const std::string_view before = text.substr(0, offset);
+  const auto lineEnds = static_cast<std::size_t>(std::count(before.begin(), before.end(), '\n'));
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 on the first line
+  return {lineEnds + 1, before.size() - lineStart + 1};
+}
+
+ReadError::ReadError(Place place, const std::string& reason)
+    : std::runtime_error(message(place, reason)), _place(place) {}
+
+ParsedReport readReport(std::string_view text) {
   Reader reader(text);
   reader.read();
   return std::move(reader).take();
@@ -244,6 +365,7 @@ PartialReport readReportUpToFault(std::string_view text) {
     reader.read();
   } catch (const ReadError& error) {
     fault = error;
+    reader.findLaterPools();
   }
   return {std::move(reader).take(), std::move(fault)};
 }

@@ -4,34 +4,39 @@
 
 #include <cerrno>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 
-#include "tools/ztinbox/faults/Fault.h"
+namespace zt {
 
-namespace zt::inbox {
+namespace {
 
-StopSignals::StopSignals() {
+sigset_t stopSignals() {
   sigset_t stop;
   sigemptyset(&stop);
   sigaddset(&stop, SIGINT);
   sigaddset(&stop, SIGTERM);
+  return stop;
+}
+
+}  // namespace
+
+StopSignals::StopSignals() {
+  const sigset_t stop = stopSignals();
   pthread_sigmask(SIG_BLOCK, &stop, &_before);
-  _descriptor = Fd(signalfd(-1, &stop, SFD_CLOEXEC));
+  _descriptor = FileDescriptor(signalfd(-1, &stop, SFD_CLOEXEC));
   if (!_descriptor.isOpen()) {
-    throw MachineFault(std::string("cannot wait for signals: ") + std::strerror(errno));
+    throw std::runtime_error(std::string("cannot wait for signals: ") + std::strerror(errno));
   }
 }
 
-/// A signal that came is taken, so that giving the signals back does not deliver it.
+/// Takes a pending signal first: unblocking would deliver it.
 StopSignals::~StopSignals() {
-  sigset_t stop;
-  sigemptyset(&stop);
-  sigaddset(&stop, SIGINT);
-  sigaddset(&stop, SIGTERM);
+  const sigset_t stop = stopSignals();
   const timespec now{};
   while (sigtimedwait(&stop, nullptr, &now) > 0) {
   }
   pthread_sigmask(SIG_SETMASK, &_before, nullptr);
 }
 
-}  // namespace zt::inbox
+}  // namespace zt

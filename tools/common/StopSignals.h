@@ -2,15 +2,15 @@
 
 #include <csignal>
 
-#include "tools/ztinbox/http/Fd.h"
+#include "ztportal/base/FileDescriptor.h"
 
-namespace zt::inbox {
+namespace zt {
 
-/// Turns SIGINT and SIGTERM into a descriptor that becomes readable. Made before any thread is
-/// started, so that no thread is interrupted by them.
+/// Turns SIGINT and SIGTERM into a file descriptor that becomes readable. Create it before any
+/// thread, so that the signals interrupt none.
 class StopSignals {
  public:
-  /// Throws MachineFault.
+  /// Throws std::runtime_error.
   StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;
@@ -20,7 +20,7 @@ class StopSignals {
 
  private:
   sigset_t _before{};
-  Fd _descriptor;
+  FileDescriptor _descriptor;
 };
 
-}  // namespace zt::inbox
+}  // namespace zt

@@ -9,9 +9,9 @@
 #include <memory>
 #include <string_view>
 
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/Version.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
-#include "tools/ztinbox/faults/Fault.h"
 #include "tools/ztinbox/store/DataFolder.h"
 
 namespace zt::inbox {
@@ -20,7 +20,7 @@ namespace {
 
 constexpr std::uint64_t kMostKept = 1'000'000;
 
-/// The values of the options as they were written.
+/// The values of the options, unparsed.
 struct Arguments {
   std::string listen = "127.0.0.1:8025";
   std::optional<std::string> data;
@@ -36,7 +36,7 @@ constexpr const char* kPurpose =
     "Local inbox for reports: takes them, shows them, and misbehaves on purpose.";
 
 void addOptions(CLI::App& app, Arguments& arguments) {
-  app.set_version_flag("--version", std::string(nameAndVersion()), "Print the version and exit");
+  app.set_version_flag("--version", kNameAndVersion, "Print the version and exit");
   app.add_option("--listen", arguments.listen, "Address and port; port 0: a free one")
       ->type_name("ADDRESS:PORT")
       ->capture_default_str();

@@ -1,10 +1,8 @@
 #pragma once
 
-#include <string_view>
-
 namespace zt::inbox {
 
-/// What `--version` and the version answer say: "ztinbox 1.0.0".
-std::string_view nameAndVersion();
+/// For `--version` and the version response; ZT_VERSION is defined by the build of this program.
+inline constexpr const char* kNameAndVersion = "ztinbox " ZT_VERSION;
 
 }  // namespace zt::inbox

@@ -7,18 +7,18 @@
 
 #include "tools/common/StopSignals.h"
 #include "tools/ztinbox/CommandLine.h"
-#include "tools/ztinbox/LineOutput.h"
-#include "tools/ztinbox/faults/Fault.h"
-#include "tools/ztinbox/http/InboxServer.h"
+#include "tools/ztinbox/Fault.h"
+#include "tools/ztinbox/InboxServer.h"
+#include "tools/ztinbox/OutputLines.h"
 
 namespace {
 
+using zt::StopSignals;
 using zt::inbox::CommandLine;
 using zt::inbox::InboxServer;
 using zt::inbox::InputFault;
 using zt::inbox::LineOutput;
 using zt::inbox::readCommandLine;
-using zt::inbox::StopSignals;
 
 constexpr int kWrongUsage = 2;
 constexpr int kMachineFailed = 3;
@@ -28,7 +28,7 @@ void run(const CommandLine& commandLine) {
     std::fputs(commandLine.text.c_str(), stdout);
     return;
   }
-  // Whoever reads the lines may go; the inbox stays.
+  // The inbox must survive the reader of its output.
   std::signal(SIGPIPE, SIG_IGN);
   const StopSignals stop;
   LineOutput output(STDOUT_FILENO);

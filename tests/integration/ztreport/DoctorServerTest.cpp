@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
-#include "tests/support/LoopbackServer.h"
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
 
 // The checks of configuration, network and server.
@@ -219,7 +219,8 @@ TEST_F(DoctorServerTest, SaysWhyNoConfigurationIsRead) {
                              " in a browser on this machine; it must show the customer's "
                              "configuration document";
   for (const auto& [answer, reason] : rows) {
-    EXPECT_EQ(found("configuration", RequestKind::Configuration, answer), "failed: " + reason + remedy);
+    EXPECT_EQ(found("configuration", RequestKind::Configuration, answer),
+              "failed: " + reason + remedy);
   }
   EXPECT_THAT(examine(kUnreachable).findings.at("configuration"),
               StartsWith("failed: Failed to connect to 127.0.0.1 port 1 "));
@@ -233,8 +234,9 @@ TEST_F(DoctorServerTest, FindsAConfigurationWithoutAUsableReportUrl) {
               "element with text -> add the URL to the customer's configuration document")
         << body;
   }
-  EXPECT_EQ(found("report URL", RequestKind::Configuration, success("<c><defSOAP>soap</defSOAP></c>")),
-            std::string("failed: soap is not an http or https URL") + kCorrect);
+  EXPECT_EQ(
+      found("report URL", RequestKind::Configuration, success("<c><defSOAP>soap</defSOAP></c>")),
+      std::string("failed: soap is not an http or https URL") + kCorrect);
   EXPECT_EQ(found("report URL", RequestKind::Configuration,
                   success("<c><defSOAP>http://127.0.0.1:1/soap</defSOAP></c>")),
             std::string("warning: http://127.0.0.1:1/soap, but none for test mode") + kCorrect);

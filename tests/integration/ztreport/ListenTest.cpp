@@ -27,8 +27,9 @@ class ListenTest : public testing::Test {
 
   /// The program, once it listens.
   std::unique_ptr<Subprocess> listen() const {
-    auto child = std::make_unique<Subprocess>(paths::kReportProgram, std::vector<std::string>{"listen"},
-                                         program.environment());
+    auto child = std::make_unique<Subprocess>(
+        std::vector<std::string>{paths::kReportProgram, "listen"},
+        zt::test::SubprocessOptions{.environment = program.environment()});
     EXPECT_EQ(child->waitForErrorLines(1), kGreeting);
     return child;
   }
@@ -120,7 +121,8 @@ TEST_F(ListenTest, SaysWhenTheConnectionIsLost) {
 }
 
 TEST_F(ListenTest, SaysWhenItsOutputCannotBeWritten) {
-  Subprocess child(paths::kReportProgram, {"listen"}, program.environment(), {.output = "/dev/full"});
+  Subprocess child({paths::kReportProgram, "listen"},
+                   {.environment = program.environment(), .output = "/dev/full"});
   ASSERT_EQ(child.waitForErrorLines(1), kGreeting);
   const std::string file = program.write("report.json", describedFlatReport());
   EXPECT_EQ(program.run({"send", file, "--config-url", "http://127.0.0.1:1/"}).status, 1);

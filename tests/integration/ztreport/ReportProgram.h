@@ -19,19 +19,7 @@
 
 namespace zt::test {
 
-/// Result of a program that ended.
-struct Finished {
-  int status = -1;
-  std::string output;
-  std::string errors;
-
-  bool operator==(const Finished&) const = default;
-};
-
-inline void PrintTo(const Finished& finished, std::ostream* out) {
-  *out << "status " << finished.status << "\noutput: " << finished.output
-       << "\nerrors: " << finished.errors;
-}
+using Finished = ProgramResult;
 
 /// A program that succeeded, with this output.
 inline Finished done(std::string output) { return {0, std::move(output), ""}; }
@@ -71,13 +59,10 @@ class ReportProgram {
   std::string path(std::string_view name) const { return _folder.path(name); }
   const std::string& folder() const { return _folder.path(); }
 
-  Finished run(const std::vector<std::string>& arguments, const SubprocessOptions& files = {}) const {
-    Subprocess child(zt::test::paths::kReportProgram, arguments, environment(), files);
-    Finished result;
-    result.output = child.waitForOutput();
-    result.errors = child.waitForErrors();
-    result.status = child.wait();
-    return result;
+  /// `options` name files; the environment is this one's.
+  Finished run(const std::vector<std::string>& arguments, SubprocessOptions options = {}) const {
+    options.environment = environment();
+    return runProgram(paths::kReportProgram, arguments, std::move(options));
   }
 
   /// Sets "NAME=VALUE" in the program's environment.

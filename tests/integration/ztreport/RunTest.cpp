@@ -28,7 +28,8 @@ const std::vector<std::string> kRun{
 
 /// The execution pool of a request as its description, without the dates.
 json executionOf(const std::string& request) {
-  json pool = zt::tools::describedReport(zt::reader::readReport(request)).at("pools").at(1);
+  const zt::Json described = zt::tools::describedReport(zt::reader::readReport(request));
+  json pool = json::parse(described.text()).at("pools").at(1);
   for (const char* key : {"timeStamp", "startTime", "endTime"}) pool.erase(key);
   for (json& step : pool.at("steps")) step.erase("timeStamp");
   return pool;

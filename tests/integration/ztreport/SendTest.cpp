@@ -82,7 +82,7 @@ TEST_F(SendTest, DeliversWhatItRenders) {
     const Finished result = program.run({"send", argument}, {.input = file});
     const auto reports = inbox.reports();
     ASSERT_EQ(reports.size(), 1U);
-    const std::string text = inbox.raw(reports[0]["number"]);
+    const std::string text = inbox.raw(reports[0].number);
     EXPECT_EQ(result, done("accepted: " + reportIdOf(text) + "\n"));
     EXPECT_EQ(withoutReportId(text), withoutReportId(rendered()));
     EXPECT_EQ(program.fileCount(), 0U);
@@ -120,7 +120,7 @@ TEST_F(SendTest, SavesWhatIsNotConfirmedWithinTwoSeconds) {
     const auto reports = inbox.reports();
     // libcurl may repeat a request whose reused connection was dropped.
     EXPECT_TRUE(reports.size() == 1 || (answer == "drop" && reports.size() > 1));
-    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report["number"]), text);
+    for (const auto& report : reports) EXPECT_EQ(inbox.raw(report.number), text);
   }
 }
 

@@ -86,7 +86,7 @@ TEST_F(StoreTest, SendsUpToTheFirstReportThatIsNotAccepted) {
   expectResent(inbox, 1, "1 sent, 2 left\n");
   auto reports = inbox.reports();
   ASSERT_EQ(reports.size(), 2U);  // newest first
-  const std::string sent = program.storeFolder() + "/" + reports[1]["reportId"].get<std::string>();
+  const std::string sent = program.storeFolder() + "/" + reports[1].reportId;
   EXPECT_FALSE(std::filesystem::exists(sent + ".ztr"));
 
   inbox.clear();
@@ -95,7 +95,7 @@ TEST_F(StoreTest, SendsUpToTheFirstReportThatIsNotAccepted) {
   reports = inbox.reports();
   ASSERT_EQ(reports.size(), 2U);
   for (const auto& report : reports) {
-    EXPECT_TRUE(saved.contains(reportIdOf(inbox.raw(report["number"]))));
+    EXPECT_TRUE(saved.contains(reportIdOf(inbox.raw(report.number))));
   }
   EXPECT_THAT(program.stored(), testing::ElementsAre("notes.txt"));
   expectResent(inbox, 0, "0 sent, 0 left\n");

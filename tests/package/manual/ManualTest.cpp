@@ -36,8 +36,9 @@ std::vector<std::string> linesOf(const std::string& text) {
 /// Output and errors of a command that succeeds, with the project's programs in its PATH.
 std::string outputOf(std::vector<std::string> command) {
   const std::string programs = paths::kReportProgram.substr(0, paths::kReportProgram.rfind('/'));
-  command.insert(command.begin(), {"PATH=" + programs + ":/usr/bin:/bin", "HOME=/nonexistent"});
-  Subprocess child("/usr/bin/env", command);
+  command.insert(command.begin(),
+                 {"/usr/bin/env", "PATH=" + programs + ":/usr/bin:/bin", "HOME=/nonexistent"});
+  Subprocess child(command);
   std::string text = child.waitForOutput() + child.waitForErrors();
   EXPECT_EQ(child.wait(), 0) << testing::PrintToString(command) << text;
   return text;

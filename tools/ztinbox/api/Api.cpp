@@ -3,17 +3,16 @@
 #include <algorithm>
 #include <chrono>
 #include <limits>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
-#include "tools/ztinbox/api/ApiAnswers.h"
-#include "tools/ztinbox/api/OpenApi.h"
+#include "tools/common/Json.h"
+#include "tools/ztinbox/Fault.h"
+#include "tools/ztinbox/api/QueryParameters.h"
 #include "tools/ztinbox/api/ReportJson.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
-#include "tools/ztinbox/faults/Fault.h"
-#include "tools/ztinbox/http/EventStream.h"
-#include "tools/ztinbox/http/QueryParameters.h"
-#include "tools/ztinbox/soap/SoapAnswers.h"
 
 namespace zt::inbox {
 
@@ -21,6 +20,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
+constexpr const char* kNoSuchReport = "no such report";
+constexpr int kBadRequest = 400;
+constexpr int kNotFound = 404;
+constexpr int kTimedOut = 408;
+constexpr int kTooLarge = 413;
 constexpr std::string_view kRoot = "/api/v1/";
 constexpr std::size_t kLargestBody = std::size_t{1024} * 1024;
 constexpr std::uint64_t kUsuallyListed = 100;
@@ -28,7 +32,7 @@ constexpr std::uint64_t kMostListed = 1'000;
 constexpr std::size_t kMostOfSameId = 100;
 constexpr double kDefaultWaitSeconds = 10;
 constexpr double kLongestWaitSeconds = 3'600;
-/// How soon a waiting request notices that its client left.
+/// How fast a waiting request notices that its client left.
 constexpr milliseconds kWaitSlice{100};
 
 // The database's numbers have 63 bits.
@@ -44,8 +48,8 @@ ReportFilter readFilter(const QueryParameters& parameters) {
   filter.text = parameters.text("text");
   filter.test = parameters.flag("test");
   filter.read = parameters.flag("read");
-  filter.since = parameters.moment("since");
-  filter.until = parameters.moment("until");
+  filter.since = parameters.timestamp("since");
+  filter.until = parameters.timestamp("until");
   filter.before = parameters.whole("before", 1, std::numeric_limits<std::uint64_t>::max());
   if (filter.before) filter.before = std::min(*filter.before, kHighestNumber);
   return filter;
@@ -65,45 +69,156 @@ ReportFilter readFilterAlone(const Exchange& exchange) {
 
 void expectNoParameters(const Exchange& exchange) { QueryParameters(exchange.request, {}); }
 
+void answerJson(Exchange& exchange, std::string json) {
+  exchange.response.setBody(std::move(json) + "\n", kJsonType);
+}
+
+void answerNotFound(Exchange& exchange, const std::string& reason) {
+  refuse(exchange, {kNotFound, reason});
+}
+
+/// Reads {"read":true}. Throws InputFault.
+bool readMark(std::string_view body) {
+  try {
+    const Json value = parseJson(body, JsonDuplicates::LastCounts);
+    if (value.isObject() && value.members().size() == 1) {
+      const auto& [name, mark] = value.members().front();
+      if (name == "read" && mark.isBoolean()) return mark.boolean();
+    }
+  } catch (const JsonError&) {
+  }
+  throw InputFault(R"(must be {"read": true} or {"read": false})");
+}
+
+using Clock = std::chrono::steady_clock;
+
+constexpr const char* kEventType = "text/event-stream";
+/// Makes a client wait a second before it reconnects.
+constexpr const char* kGreeting = "retry: 1000\n\n";
+constexpr const char* kChanged = "event: changed\ndata: {}\n\n";
+constexpr const char* kHeartbeat = ": still here\n\n";
+constexpr milliseconds kHeartbeatPause{5'000};
+/// Reports that are read at once.
+constexpr std::size_t kPortion = 50;
+
+std::string eventOf(const StoredReport& report) {
+  std::string event = "id: ";
+  event.append(std::to_string(report.number)).append("\nevent: report\ndata: ");
+  return event.append(reportJson(report)).append("\n\n");
+}
+
+/// Server-sent events (WHATWG HTML, section 9.2), one for each new report, and one when reports
+/// were deleted or marked:
+///
+///     id: 12
+///     event: report
+///     data: {"answer":"accepted",…,"number":12,…}
+///
+///     event: changed
+///     data: {}
+///
+/// A comment every few seconds shows each side that the other is alive. The thread of each client
+/// reads the reports from the store at the client's pace, so a slow client blocks nobody and needs
+/// no queue.
+class EventStream {
+ public:
+  EventStream(ReportStore& store, Connection& connection, std::uint64_t last)
+      : _store(store), _connection(connection), _last(last), _changes(store.arrivals().changes()) {}
+
+  /// Writes the next events, or waits for them; false at the end.
+  bool goOn(const HttpResponse::Write& write) {
+    if (!_begun) {
+      _begun = true;
+      return write(kGreeting);
+    }
+    const auto heartbeat = Clock::now() + kHeartbeatPause;
+    while (!_store.arrivals().waitForNews(_last, _changes, kWaitSlice)) {
+      if (_connection.isLeftWithin(milliseconds::zero())) {
+        _connection.endSilently();
+        return false;
+      }
+      if (Clock::now() >= heartbeat) return write(kHeartbeat);
+    }
+    // Read before the reports, so that no change of an unsent report is missed.
+    const std::uint64_t changes = _store.arrivals().changes();
+    if (changes > _changes) {
+      _changes = changes;
+      if (!write(kChanged)) return false;
+    }
+    const std::uint64_t newest = _store.arrivals().lastNumber();
+    const auto reports = _store.listAfter(_last, kPortion);
+    for (const StoredReport& report : reports) {
+      if (!write(eventOf(report))) return false;
+      _last = report.number;
+    }
+    // Deleted reports count as sent.
+    if (reports.size() < kPortion) _last = std::max(_last, newest);
+    return !_connection.isLeftWithin(milliseconds::zero());
+  }
+
+ private:
+  ReportStore& _store;
+  Connection& _connection;
+  std::uint64_t _last;
+  std::uint64_t _changes;
+  bool _begun = false;
+};
+
+/// Sends the events of the reports with higher numbers than `after` until the client leaves or the
+/// connection is ended. Without `after`, or with a number that no report has reached: of future
+/// reports.
+void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std::uint64_t> after) {
+  const std::uint64_t newest = store.arrivals().lastNumber();
+  const auto stream = std::make_shared<EventStream>(store, exchange.connection,
+                                                    std::min(after.value_or(newest), newest));
+  exchange.connection.endAfterResponse();
+  exchange.response.type = kEventType;
+  exchange.response.stream = [stream](const HttpResponse::Write& write) {
+    return stream->goOn(write);
+  };
+}
+
 }  // namespace
 
 bool Api::owns(std::string_view path) { return path == "/api" || path.starts_with("/api/"); }
 
-void Api::answer(Exchange& exchange) {
-  exchange.response.set_header("Cache-Control", "no-store");
-  std::string_view path = exchange.path;
+void Api::respond(Exchange& exchange) {
+  exchange.response.headers.emplace_back("Cache-Control", "no-store");
+  std::string_view path = exchange.request.path;
   path.remove_prefix(path.starts_with(kRoot) ? kRoot.size() : path.size());
   try {
-    if (exchange.request.body.size() > kLargestBody) return answerTooLarge(exchange);
+    if (exchange.request.body.size() > kLargestBody) {
+      return refuse(exchange, {kTooLarge, "request to the API over 1 MiB"});
+    };
     dispatch(exchange, path);
   } catch (const InputFault& fault) {
-    answerBadRequest(exchange, fault.what());
+    refuse(exchange, {kBadRequest, fault.what()});
   }
 }
 
 void Api::dispatch(Exchange& exchange, std::string_view path) {
   constexpr std::string_view kReports = "reports/";
-  if (path == "reports") return answerReports(exchange);
+  if (path == "reports") return reports(exchange);
   if (path == "reports/read") return markAll(exchange);
-  if (path == "events") return answerEvents(exchange);
-  if (path == "wait") return answerWait(exchange);
-  if (path == "stats") return answerStatistics(exchange);
-  if (path == "behaviour") return answerBehaviour(exchange);
+  if (path == "events") return streamEvents(exchange);
+  if (path == "wait") return wait(exchange);
+  if (path == "stats") return showStatistics(exchange);
+  if (path == "behaviour") return behaviour(exchange);
   if (path == "openapi.json") {
-    if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
+    if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
     return answerJson(exchange, std::string(kOpenApi));
   }
-  if (path.starts_with(kReports)) return answerReport(exchange, path.substr(kReports.size()));
+  if (path.starts_with(kReports)) return oneReport(exchange, path.substr(kReports.size()));
   answerNotFound(exchange, "no such address");
 }
 
-void Api::answerReports(Exchange& exchange) {
+void Api::reports(Exchange& exchange) {
   if (exchange.request.method == "DELETE") {
     const ReportFilter filter = readFilterAlone(exchange);
     return answerJson(
         exchange, countJson("deleted", isEmpty(filter) ? _store.clear() : _store.remove(filter)));
   }
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD, DELETE");
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD, DELETE");
   const QueryParameters parameters(
       exchange.request, {"customer", "application", "machine", "pool", "text", "test", "read",
                          "since", "until", "before", "limit"});
@@ -111,7 +226,7 @@ void Api::answerReports(Exchange& exchange) {
   answerJson(exchange, reportListJson(_store.list(readFilter(parameters), limit)));
 }
 
-void Api::answerReport(Exchange& exchange, std::string_view path) {
+void Api::oneReport(Exchange& exchange, std::string_view path) {
   const std::size_t slash = std::min(path.find('/'), path.size());
   const std::string_view part = path.substr(slash);
   const std::uint64_t number = parseWhole(path.substr(0, slash)).value_or(0);
@@ -121,15 +236,15 @@ void Api::answerReport(Exchange& exchange, std::string_view path) {
   }
   expectNoParameters(exchange);
   if (part == "/read") {
-    if (method != "PUT") return answerNotAllowed(exchange, "PUT");
+    if (method != "PUT") return refuseMethod(exchange, "PUT");
     return markOne(exchange, number);
   }
   if (part == "/raw") {
-    if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
-    return answerRaw(exchange, number);
+    if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
+    return showRaw(exchange, number);
   }
   if (method == "DELETE") return removeReport(exchange, number);
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD, DELETE");
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD, DELETE");
   showReport(exchange, number);
 }
 
@@ -153,11 +268,10 @@ void Api::removeReport(Exchange& exchange, std::uint64_t number) {
   answerJson(exchange, countJson("deleted", 1));
 }
 
-void Api::answerRaw(Exchange& exchange, std::uint64_t number) {
+void Api::showRaw(Exchange& exchange, std::uint64_t number) {
   auto bytes = number <= kHighestNumber ? _store.bytes(number) : std::nullopt;
   if (!bytes) return answerNotFound(exchange, kNoSuchReport);
-  exchange.response.body = std::move(bytes->body);
-  exchange.response.set_header("Content-Type", kTextType);
+  exchange.response.setBody(std::move(bytes->body), kTextType);
 }
 
 void Api::markOne(Exchange& exchange, std::uint64_t number) {
@@ -169,25 +283,25 @@ void Api::markOne(Exchange& exchange, std::uint64_t number) {
 }
 
 void Api::markAll(Exchange& exchange) {
-  if (exchange.request.method != "PUT") return answerNotAllowed(exchange, "PUT");
+  if (exchange.request.method != "PUT") return refuseMethod(exchange, "PUT");
   const ReportFilter filter = readFilterAlone(exchange);
   const bool read = readMark(exchange.request.body);
   answerJson(exchange, countJson("changed", _store.setRead(filter, read)));
 }
 
-void Api::answerEvents(Exchange& exchange) {
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
+void Api::streamEvents(Exchange& exchange) {
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
   const QueryParameters parameters(exchange.request, {"after"});
   auto after = parameters.whole("after", 0, std::numeric_limits<std::uint64_t>::max());
-  if (exchange.request.has_header("Last-Event-ID")) {
-    after = parseWhole(exchange.request.get_header_value("Last-Event-ID"));
+  if (const auto last = exchange.request.header("last-event-id"); !last.empty()) {
+    after = parseWhole(last.front());
     if (!after) throw InputFault("Last-Event-ID must be the number of a report");
   }
-  EventStream::answer(exchange, _store, after);
+  respondWithEvents(exchange, _store, after);
 }
 
-void Api::answerWait(Exchange& exchange) {
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
+void Api::wait(Exchange& exchange) {
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
   const QueryParameters parameters(exchange.request, {"count", "timeout"});
   const auto count =
       parameters.whole("count", 0, std::numeric_limits<std::uint64_t>::max()).value_or(1);
@@ -200,7 +314,10 @@ void Api::answerWait(Exchange& exchange) {
     const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
     const auto slice = std::clamp(left, milliseconds::zero(), kWaitSlice);
     if (arrivals.waitForCount(count, slice)) break;
-    if (left <= milliseconds::zero()) return answerTimedOut(exchange, arrivals.count());
+    if (left <= milliseconds::zero()) {
+      return refuse(exchange,
+                    {kTimedOut, "timed out: " + std::to_string(arrivals.count()) + " came in"});
+    };
     if (exchange.connection.isLeftWithin(milliseconds::zero())) {
       return exchange.connection.endSilently();
     }
@@ -208,18 +325,18 @@ void Api::answerWait(Exchange& exchange) {
   answerJson(exchange, countJson("count", arrivals.count()));
 }
 
-void Api::answerStatistics(Exchange& exchange) {
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
+void Api::showStatistics(Exchange& exchange) {
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
   const ReportFilter filter = readFilterAlone(exchange);
   answerJson(exchange, statisticsJson(_store.statistics(filter), _store.arrivals().count()));
 }
 
-void Api::answerBehaviour(Exchange& exchange) {
+void Api::behaviour(Exchange& exchange) {
   expectNoParameters(exchange);
   if (exchange.request.method == "PUT") {
     _behaviour.change(readBehaviourChange(exchange.request.body));
-  } else if (!reads(exchange)) {
-    return answerNotAllowed(exchange, "GET, HEAD, PUT");
+  } else if (!exchange.request.isRead()) {
+    return refuseMethod(exchange, "GET, HEAD, PUT");
   }
   answerJson(exchange, behaviourJson(_behaviour.settings()));
 }

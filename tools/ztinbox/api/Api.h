@@ -9,19 +9,22 @@
 
 namespace zt::inbox {
 
+/// The description of the JSON API (OpenAPI 3.1): the text of openapi.json.
+extern const std::string_view kOpenApi;
+
 /// The JSON API below /api/v1/, described in openapi.json. Errors are JSON too:
 /// {"error":"no such report"}.
 ///
 ///     GET    reports?FILTER&before=&limit=      newest first
 ///     DELETE reports?FILTER&before=             {"deleted":3}
-///     PUT    reports/read?FILTER&before=        {"read":true}: marks what is found
+///     PUT    reports/read?FILTER&before=        {"read":true}: marks the selected ones
 ///     GET    reports/N                          one report with its headers, pools and fields
 ///     DELETE reports/N
 ///     GET    reports/N/raw                      its bytes
 ///     PUT    reports/N/read                     {"read":true}
 ///     GET    events?after=                      server-sent events, one for each new report
-///     GET    wait?count=&timeout=               {"count":2} once so many came in, else 408
-///     GET    stats?FILTER                       what the charts show
+///     GET    wait?count=&timeout=               {"count":2} once so many have come, else 408
+///     GET    stats?FILTER                       the data of the charts
 ///     GET    behaviour, PUT behaviour           how reports are answered
 ///     GET    openapi.json
 ///
@@ -32,21 +35,21 @@ class Api {
   Api(ReportStore& store, Behaviour& behaviour) : _store(store), _behaviour(behaviour) {}
 
   static bool owns(std::string_view path);
-  void answer(Exchange& exchange);
+  void respond(Exchange& exchange);
 
  private:
   void dispatch(Exchange& exchange, std::string_view path);
-  void answerReports(Exchange& exchange);
-  void answerReport(Exchange& exchange, std::string_view path);
+  void reports(Exchange& exchange);
+  void oneReport(Exchange& exchange, std::string_view path);
   void showReport(Exchange& exchange, std::uint64_t number);
   void removeReport(Exchange& exchange, std::uint64_t number);
-  void answerRaw(Exchange& exchange, std::uint64_t number);
+  void showRaw(Exchange& exchange, std::uint64_t number);
   void markOne(Exchange& exchange, std::uint64_t number);
   void markAll(Exchange& exchange);
-  void answerEvents(Exchange& exchange);
-  void answerWait(Exchange& exchange);
-  void answerStatistics(Exchange& exchange);
-  void answerBehaviour(Exchange& exchange);
+  void streamEvents(Exchange& exchange);
+  void wait(Exchange& exchange);
+  void showStatistics(Exchange& exchange);
+  void behaviour(Exchange& exchange);
 
   ReportStore& _store;
   Behaviour& _behaviour;

@@ -1,8 +1,86 @@
 #include "tools/ztinbox/faults/Behaviour.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <utility>
 
 namespace zt::inbox {
+
+namespace {
+
+struct Row {
+  AnswerKind kind;
+  std::string_view word;
+  std::string_view outcome;
+};
+
+constexpr std::array<Row, 6> kPlainAnswers{{
+    {AnswerKind::kAccept, "accept", "accepted"},
+    {AnswerKind::kRefuse, "refuse", "refused"},
+    {AnswerKind::kGarbage, "garbage", "garbage"},
+    {AnswerKind::kHang, "hang", "no answer"},
+    {AnswerKind::kDrop, "drop", "dropped"},
+    {AnswerKind::kTruncate, "truncate", "truncated"},
+}};
+
+constexpr std::string_view kErrorPrefix = "error:";
+constexpr std::size_t kStatusDigits = 3;
+constexpr int kLowestStatus = 200;
+constexpr int kHighestStatus = 599;
+
+std::optional<Answer> parseError(std::string_view status) {
+  if (status.size() != kStatusDigits) return std::nullopt;
+  int number = 0;
+  const auto [end, error] = std::from_chars(status.data(), status.data() + status.size(), number);
+  if (error != std::errc() || end != status.data() + status.size()) return std::nullopt;
+  if (number < kLowestStatus || number > kHighestStatus) return std::nullopt;
+  return Answer{AnswerKind::kError, number};
+}
+
+const Row* rowOf(AnswerKind kind) {
+  const auto* row = std::ranges::find(kPlainAnswers, kind, &Row::kind);
+  return row == kPlainAnswers.end() ? nullptr : row;
+}
+
+constexpr std::array<Answer, 6> kFaults{{
+    {AnswerKind::kRefuse},
+    {AnswerKind::kGarbage},
+    {AnswerKind::kError, 500},
+    {AnswerKind::kError, 503},
+    {AnswerKind::kDrop},
+    {AnswerKind::kTruncate},
+}};
+
+/// The upper 53 bits as a number from 0 to below 1.
+double fraction(std::uint64_t number) { return static_cast<double>(number >> 11) * 0x1p-53; }
+
+}  // namespace
+
+std::optional<Answer> parseAnswer(std::string_view word) {
+  if (word.starts_with(kErrorPrefix)) return parseError(word.substr(kErrorPrefix.size()));
+  const auto* row = std::ranges::find(kPlainAnswers, word, &Row::word);
+  if (row == kPlainAnswers.end()) return std::nullopt;
+  return Answer{row->kind};
+}
+
+std::string answerWord(const Answer& answer) {
+  const Row* row = rowOf(answer.kind);
+  return row != nullptr ? std::string(row->word)
+                        : std::string(kErrorPrefix) + std::to_string(answer.status);
+}
+
+std::string outcome(const Answer& answer) {
+  const Row* row = rowOf(answer.kind);
+  return row != nullptr ? std::string(row->outcome) : "error " + std::to_string(answer.status);
+}
+
+std::optional<Answer> FaultGenerator::next(double rate) {
+  const double chance = fraction(_numbers());
+  const std::uint64_t choice = _numbers();
+  if (chance >= rate) return std::nullopt;
+  return kFaults[choice % kFaults.size()];
+}
 
 Behaviour::Behaviour(BehaviourSettings settings)
     : _settings(std::move(settings)), _faults(_settings.seed) {}

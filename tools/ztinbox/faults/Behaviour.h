@@ -5,12 +5,53 @@
 #include <cstdint>
 #include <mutex>
 #include <optional>
+#include <random>
+#include <string>
+#include <string_view>
 #include <vector>
 
-#include "tools/ztinbox/faults/FaultGenerator.h"
-#include "tools/ztinbox/http/Answer.h"
-
 namespace zt::inbox {
+
+enum class AnswerKind { kAccept, kRefuse, kGarbage, kError, kHang, kDrop, kTruncate };
+
+/// How a report is answered.
+struct Answer {
+  AnswerKind kind = AnswerKind::kAccept;
+  int status = 0;  ///< of kError alone: the HTTP status, 200 to 599
+
+  friend bool operator==(const Answer&, const Answer&) = default;
+};
+
+/// The words of `--answer`, for messages.
+inline constexpr std::string_view kAnswerWords =
+    "accept, refuse, garbage, error:STATUS (200 to 599), hang, drop or truncate";
+
+/// Parses a word of `--answer`; nothing for any other text. An interim status (100 to 199) is not
+/// accepted: the client would go on waiting for the final response.
+///
+///     parseAnswer("error:503")  ->  {kError, 503}
+std::optional<Answer> parseAnswer(std::string_view word);
+
+/// The word that parseAnswer() reads: "error:503".
+std::string answerWord(const Answer& answer);
+
+/// What the client received, in the words of the report list: "accepted", "error 503", "no answer".
+std::string outcome(const Answer& answer);
+
+/// Decides for each report whether it fails, and how. The same seed produces the same faults
+/// everywhere: the C++ standard defines the numbers of std::mt19937_64, but not those of the
+/// distributions, so the numbers are turned into faults here.
+class FaultGenerator {
+ public:
+  explicit FaultGenerator(std::uint64_t seed) : _numbers(seed) {}
+
+  /// The fault of the next report, with probability `rate` (0 to 1), or nothing. It does not depend
+  /// on the rates of earlier reports.
+  std::optional<Answer> next(double rate);
+
+ private:
+  std::mt19937_64 _numbers;
+};
 
 /// One step of a scenario: the answer to the next `times` reports.
 struct ScenarioStep {
@@ -31,7 +72,7 @@ struct BehaviourSettings {
   friend bool operator==(const BehaviourSettings&, const BehaviourSettings&) = default;
 };
 
-/// What is to change; the rest stays.
+/// The settings to change.
 struct BehaviourChange {
   std::optional<Answer> answer = std::nullopt;
   std::optional<std::chrono::milliseconds> slow = std::nullopt;
@@ -48,8 +89,8 @@ struct Reaction {
   friend bool operator==(const Reaction&, const Reaction&) = default;
 };
 
-/// Decides how each report is answered: as the scenario says, else by a generated fault, else by
-/// the general answer. The last step of a scenario stays in force. Any thread may call it.
+/// Decides how each report is answered: by the scenario, else by a generated fault, else by the
+/// general answer. The last step of a scenario stays in force. Thread-safe.
 class Behaviour {
  public:
   explicit Behaviour(BehaviourSettings settings);
@@ -58,7 +99,7 @@ class Behaviour {
   Reaction next();
 
   BehaviourSettings settings() const;
-  /// A given scenario starts at its first step, a given seed starts its faults anew.
+  /// A new scenario starts at its first step, a new seed restarts the faults.
   void change(const BehaviourChange& change);
 
  private:

@@ -1,135 +1,141 @@
 #include "tools/ztinbox/faults/BehaviourJson.h"
 
-#include <nlohmann/json.hpp>
+#include <limits>
 #include <optional>
+#include <utility>
 
-#include "tools/ztinbox/faults/Fault.h"
+#include "tools/common/Json.h"
+#include "tools/ztinbox/Fault.h"
 
 namespace zt::inbox {
 
 namespace {
 
-using nlohmann::json;
-using Pointer = json::json_pointer;
-
 constexpr std::uint64_t kMostTimes = 1'000'000'000;
 
-[[noreturn]] void fail(const Pointer& where, const std::string& reason) {
-  const std::string pointer = where.to_string();
-  throw InputFault(pointer.empty() ? reason : pointer + ": " + reason);
-}
+/// A value and its JSON pointer.
+struct Place {
+  const Json& value;
+  std::string pointer;
 
-json parse(std::string_view text) {
-  try {
-    return json::parse(text);
-  } catch (const json::parse_error& error) {
-    throw InputFault("not JSON (at byte " + std::to_string(error.byte) + ")");
+  [[noreturn]] void fail(const std::string& reason) const {
+    throw InputFault(withPointer(pointer, reason));
   }
+};
+
+Json parse(std::string_view text) try {
+  return parseJson(text, JsonDuplicates::LastCounts);
+} catch (const JsonError& error) {
+  if (!error.byte()) throw InputFault(error.what());
+  throw InputFault("not JSON (at byte " + std::to_string(*error.byte()) + ")");
 }
 
-Answer readAnswer(const json& value, const Pointer& where) {
-  if (value.is_string()) {
-    if (const auto answer = parseAnswer(value.get_ref<const std::string&>())) return *answer;
+Answer readAnswer(const Place& place) {
+  if (place.value.isString()) {
+    if (const auto answer = parseAnswer(place.value.string())) return *answer;
   }
-  fail(where, "must be " + std::string(kAnswerWords));
+  place.fail("must be " + std::string(kAnswerWords));
 }
 
-std::uint64_t readWhole(const json& value, const Pointer& where, std::uint64_t least,
-                        std::uint64_t most) {
-  if (value.is_number_unsigned()) {
-    const auto number = value.get<std::uint64_t>();
+std::uint64_t readWhole(const Place& place, std::uint64_t least, std::uint64_t most) {
+  if (place.value.isUnsigned()) {
+    const auto number = place.value.unsignedInteger();
     if (number >= least && number <= most) return number;
   }
-  fail(where,
-       "must be a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+  place.fail("must be a whole number from " + std::to_string(least) + " to " +
+             std::to_string(most));
 }
 
-std::chrono::milliseconds readSlow(const json& value, const Pointer& where) {
+std::chrono::milliseconds readSlow(const Place& place) {
   const auto most = static_cast<std::uint64_t>(kSlowest.count());
-  return std::chrono::milliseconds(readWhole(value, where, 0, most));
+  return std::chrono::milliseconds(readWhole(place, 0, most));
 }
 
-double readRate(const json& value, const Pointer& where) {
-  if (value.is_number()) {
-    const auto rate = value.get<double>();
+double readRate(const Place& place) {
+  if (place.value.isNumber()) {
+    const auto rate = place.value.number();
     if (rate >= 0 && rate <= 1) return rate;
   }
-  fail(where, "must be a number from 0 to 1");
+  place.fail("must be a number from 0 to 1");
 }
 
-ScenarioStep readStep(const json& value, const Pointer& where) {
-  if (!value.is_object()) fail(where, "must be an object");
+ScenarioStep readStep(const Place& place) {
+  if (!place.value.isObject()) place.fail("must be an object");
   ScenarioStep step;
   std::optional<Answer> answer;
-  for (const auto& [key, entry] : value.items()) {
-    const Pointer here = where / key;
+  for (const auto& [key, entry] : place.value.members()) {
+    const Place here{entry, childPointer(place.pointer, key)};
     if (key == "answer") {
-      answer = readAnswer(entry, here);
+      answer = readAnswer(here);
     } else if (key == "times") {
-      step.times = static_cast<std::uint32_t>(readWhole(entry, here, 1, kMostTimes));
+      step.times = static_cast<std::uint32_t>(readWhole(here, 1, kMostTimes));
     } else if (key == "slow") {
-      step.slow = readSlow(entry, here);
+      step.slow = readSlow(here);
     } else {
-      fail(here, "unknown key");
+      here.fail("unknown key");
     }
   }
-  if (!answer) fail(where, "needs an answer");
+  if (!answer) place.fail("needs an answer");
   step.answer = *answer;
   return step;
 }
 
-std::vector<ScenarioStep> readSteps(const json& value, const Pointer& where) {
-  if (!value.is_array()) fail(where, "must be a list of steps");
+std::vector<ScenarioStep> readSteps(const Place& place) {
+  if (!place.value.isArray()) place.fail("must be a list of steps");
   std::vector<ScenarioStep> steps;
-  steps.reserve(value.size());
-  for (const json& entry : value) steps.push_back(readStep(entry, where / steps.size()));
+  for (const Json& entry : place.value.values()) {
+    steps.push_back(readStep({entry, childPointer(place.pointer, std::to_string(steps.size()))}));
+  }
   return steps;
 }
 
-json stepJson(const ScenarioStep& step) {
-  json value{{"answer", answerWord(step.answer)}, {"times", step.times}};
+Json stepJson(const ScenarioStep& step) {
+  Json value{{"answer", answerWord(step.answer)}};
   if (step.slow) value["slow"] = step.slow->count();
+  value["times"] = step.times;
   return value;
 }
 
 }  // namespace
 
 std::string behaviourJson(const BehaviourSettings& settings) {
-  json scenario = json::array();
+  Json scenario = Json::array();
   for (const ScenarioStep& step : settings.scenario) scenario.push_back(stepJson(step));
-  return json{{"answer", answerWord(settings.answer)},
-              {"slow", settings.slow.count()},
+  return Json{{"answer", answerWord(settings.answer)},
               {"failRate", settings.failRate},
+              {"scenario", std::move(scenario)},
               {"seed", settings.seed},
-              {"scenario", std::move(scenario)}}
-      .dump();
+              {"slow", settings.slow.count()}}
+      .text();
 }
 
 BehaviourChange readBehaviourChange(std::string_view text) {
-  const json value = parse(text);
-  if (!value.is_object()) fail(Pointer(), "must be an object");
+  const Json json = parse(text);
+  const Place place{json, {}};
+  if (!json.isObject()) place.fail("must be an object");
   BehaviourChange change;
-  for (const auto& [key, entry] : value.items()) {
-    const Pointer here = Pointer() / key;
+  for (const auto& [key, entry] : json.members()) {
+    const Place here{entry, childPointer(place.pointer, key)};
     if (key == "answer") {
-      change.answer = readAnswer(entry, here);
+      change.answer = readAnswer(here);
     } else if (key == "slow") {
-      change.slow = readSlow(entry, here);
+      change.slow = readSlow(here);
     } else if (key == "failRate") {
-      change.failRate = readRate(entry, here);
+      change.failRate = readRate(here);
     } else if (key == "seed") {
-      change.seed = readWhole(entry, here, 0, std::numeric_limits<std::uint64_t>::max());
+      change.seed = readWhole(here, 0, std::numeric_limits<std::uint64_t>::max());
     } else if (key == "scenario") {
-      change.scenario = readSteps(entry, here);
+      change.scenario = readSteps(here);
     } else {
-      fail(here, "unknown key");
+      here.fail("unknown key");
     }
   }
   return change;
 }
 
 std::vector<ScenarioStep> readScenario(std::string_view text) {
-  return readSteps(parse(text), Pointer());
+  const Json json = parse(text);
+  return readSteps({json, {}});
 }
 
 }  // namespace zt::inbox

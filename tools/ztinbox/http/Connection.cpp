@@ -20,12 +20,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kReadTimeout{5'000};
 constexpr milliseconds kWriteTimeout{5'000};
-/// After its last answer a client may go on sending what nobody reads, with pauses of this length
-/// and for this long.
+/// After the last response a client may go on sending, with pauses of at most this length and for
+/// at most this time.
 constexpr milliseconds kFarewellPause{2'000};
 constexpr milliseconds kFarewell{30'000};
 
-/// Waits for any of `events`, an error or an end of both directions; false at the time-out.
+/// Waits for any of `events`, an error or an end of both directions; false after the timeout.
 bool waitFor(int socket, short events, milliseconds timeout) {
   pollfd entry{socket, events, 0};
   const bool limited = timeout >= milliseconds::zero();
@@ -78,7 +78,7 @@ void Connection::beginBody() {
 
 void Connection::finish() {
   if (_silent) return;
-  // Closing a socket with unread input resets the connection, and the answer could be lost.
+  // Closing a socket with unread input resets the connection, and the response could be lost.
   ::shutdown(_socket.number(), SHUT_WR);
   const auto end = Clock::now() + kFarewell;
   while (Clock::now() < end && waitFor(_socket.number(), POLLIN, kFarewellPause)) {
@@ -94,7 +94,7 @@ void Connection::reset() {
 }
 
 bool Connection::staysOpenFor(milliseconds time) const {
-  // A client that only closed its sending side still waits for the answer: no POLLRDHUP.
+  // A client that closed only its sending side still waits for the response: no POLLRDHUP.
   return time == milliseconds::zero() || !waitFor(_socket.number(), 0, time);
 }
 
@@ -105,41 +105,41 @@ bool Connection::isLeftWithin(milliseconds timeout) const {
 std::string Connection::localAddress() const {
   std::string address;
   int port = 0;
-  get_local_ip_and_port(address, port);
+  getLocal(address, port);
   return address;
 }
 
 std::string Connection::sender() const {
   ListenAddress address;
   int port = 0;
-  get_remote_ip_and_port(address.address, port);
+  getRemote(address.address, port);
   address.port = static_cast<std::uint16_t>(port);
   return address.text();
 }
 
-bool Connection::is_readable() const {
+bool Connection::isReadable() const {
   return _bufferBegin < _bufferEnd || waitFor(_socket.number(), POLLIN, kReadTimeout);
 }
 
-bool Connection::is_writable() const {
+bool Connection::isWritable() const {
   return !_silent && waitFor(_socket.number(), POLLOUT, kWriteTimeout);
 }
 
-ssize_t Connection::read(char* ptr, size_t size) {
+ssize_t Connection::read(char* bytes, std::size_t size) {
   if (_mayRead == 0 && size > 0) {
     _overLimit = true;
     _readFailed = true;
     return -1;
   }
   if (_bufferBegin == _bufferEnd && !fillBuffer(kReadTimeout)) return _readFailed ? -1 : 0;
-  return takeBuffered(ptr, std::min(size, _mayRead));
+  return takeBuffered(bytes, std::min(size, _mayRead));
 }
 
-ssize_t Connection::write(const char* ptr, size_t size) {
+ssize_t Connection::write(const char* bytes, std::size_t size) {
   std::size_t sent = 0;
   while (sent < size) {
     if (_silent) return -1;
-    const ssize_t count = ::send(_socket.number(), ptr + sent, size - sent, MSG_NOSIGNAL);
+    const ssize_t count = ::send(_socket.number(), bytes + sent, size - sent, MSG_NOSIGNAL);
     if (count >= 0) {
       sent += static_cast<std::size_t>(count);
       continue;
@@ -153,15 +153,15 @@ ssize_t Connection::write(const char* ptr, size_t size) {
   return static_cast<ssize_t>(size);
 }
 
-void Connection::get_remote_ip_and_port(std::string& ip, int& port) const {
+void Connection::getRemote(std::string& ip, int& port) const {
   readName(::getpeername, _socket.number(), ip, port);
 }
 
-void Connection::get_local_ip_and_port(std::string& ip, int& port) const {
+void Connection::getLocal(std::string& ip, int& port) const {
   readName(::getsockname, _socket.number(), ip, port);
 }
 
-/// False at the end of the input, after an error or at the time-out.
+/// False at the end of the input, after an error or after the timeout.
 bool Connection::fillBuffer(milliseconds timeout) {
   if (_readFailed || !waitFor(_socket.number(), POLLIN, timeout)) {
     _readFailed = true;

@@ -1,14 +1,14 @@
 #include "tools/ztinbox/http/HttpServer.h"
 
+#include <httplib.h>
+#include <strings.h>
+
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <exception>
-#include <utility>
 
-#include "tools/ztinbox/api/ReportJson.h"
-#include "tools/ztinbox/http/RequestTarget.h"
-#include "tools/ztinbox/soap/SoapAnswers.h"
+#include "tools/common/Json.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -23,11 +23,12 @@ constexpr int kHeadTooLarge = 431;
 constexpr int kServerError = 500;
 constexpr int kNotImplemented = 501;
 constexpr const char* kTooLargeReason = "request over 64 MiB";
+constexpr std::string_view kScheme = "http://";
 const std::string kEveryPath = "/";
 
-/// A browser runs and loads nothing but the inbox's own files, whatever a report holds, and shows
+/// A browser runs and loads only the inbox's own files, whatever a report contains, and shows
 /// nothing of the inbox within another site's page.
-const httplib::Headers kEveryAnswer{
+const httplib::Headers kEveryResponse{
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; font-src 'self'; "
      "connect-src 'self'; base-uri 'none'; form-action 'none'; frame-ancestors 'none'"},
@@ -36,10 +37,31 @@ const httplib::Headers kEveryAnswer{
     {"X-Content-Type-Options", "nosniff"},
 };
 
-/// The request that a thread is serving: the HTTP library's handlers get it this way.
+/// What the HTTP library reads from and writes to.
+class ConnectionStream final : public httplib::Stream {
+ public:
+  explicit ConnectionStream(Connection& connection) : _connection(connection) {}
+
+  bool is_readable() const override { return _connection.isReadable(); }
+  bool is_writable() const override { return _connection.isWritable(); }
+  ssize_t read(char* ptr, size_t size) override { return _connection.read(ptr, size); }
+  ssize_t write(const char* ptr, size_t size) override { return _connection.write(ptr, size); }
+  void get_remote_ip_and_port(std::string& ip, int& port) const override {
+    _connection.getRemote(ip, port);
+  }
+  void get_local_ip_and_port(std::string& ip, int& port) const override {
+    _connection.getLocal(ip, port);
+  }
+  socket_t socket() const override { return _connection.socket(); }
+
+ private:
+  Connection& _connection;
+};
+
+/// The request that a thread is serving, for the HTTP library's handlers.
 struct Current {
   Connection& connection;
-  std::string path;
+  std::optional<HttpRequest> request;  ///< once its head is read
   std::optional<Refusal> refusal;
 };
 
@@ -55,7 +77,7 @@ class CurrentScope {
 
 bool isChunked(const httplib::Request& request) { return request.has_header("Transfer-Encoding"); }
 
-/// The length that the head announces, or nothing when it makes no sense.
+/// The announced length, or nothing if it is invalid.
 std::optional<std::uint64_t> announcedLength(const httplib::Request& request) {
   if (request.get_header_value_count("Content-Length") > 1) return std::nullopt;
   const std::string text = request.get_header_value("Content-Length");
@@ -80,9 +102,9 @@ std::optional<Refusal> checkFraming(const httplib::Request& request) {
   return std::nullopt;
 }
 
-/// Keeps the HTTP library from interpreting the body: as a form, which it limits to 8 KiB, as
-/// many parts, as compressed bytes that grow without limit, or as bytes up to the end of the
-/// connection where no length is given.
+/// Prevents the HTTP library from interpreting the body: as a form, which it limits to 8 KiB, as
+/// multipart, as compressed bytes of unlimited size, or, without a length, as all bytes up to the
+/// end of the connection.
 void makePlain(httplib::Request& request) {
   for (const char* name : {"Content-Type", "Content-Encoding", "Accept-Encoding", "Range"}) {
     request.headers.erase(name);
@@ -99,33 +121,91 @@ void announceEnd(httplib::Request& request) {
   request.headers.emplace("Connection", "close");
 }
 
-}  // namespace
+bool isAbsolute(const std::string& target) {
+  return strncasecmp(target.c_str(), kScheme.data(), kScheme.size()) == 0;
+}
 
-void refuse(httplib::Response& response, std::string_view path, const Refusal& refusal) {
+HttpResponse refusalOf(std::string_view path, const Refusal& refusal) {
+  HttpResponse response;
   response.status = refusal.status;
   if (path.starts_with("/api/")) {
-    response.set_content(errorJson(refusal.reason) + "\n", "application/json");
+    response.setBody(Json{{"error", refusal.reason}}.text() + "\n", kJsonType);
   } else {
-    response.set_content(refusal.reason + "\n", kTextType);
+    response.setBody(refusal.reason + "\n", kTextType);
   }
+  return response;
+}
+
+void send(HttpResponse&& from, httplib::Response& to) {
+  to.status = from.status;
+  for (const auto& [name, value] : from.headers) to.set_header(name, value);
+  if (from.stream) {
+    to.set_chunked_content_provider(
+        from.type, [stream = std::move(from.stream)](std::size_t, httplib::DataSink& sink) {
+          return stream(
+              [&sink](std::string_view bytes) { return sink.write(bytes.data(), bytes.size()); });
+        });
+  } else if (from.announcedSize > from.body.size()) {
+    to.set_content_provider(
+        from.announcedSize, from.type,
+        [body = std::move(from.body)](std::size_t, std::size_t, httplib::DataSink& sink) {
+          sink.write(body.data(), body.size());
+          return false;
+        });
+  } else if (!from.type.empty()) {
+    to.body = std::move(from.body);
+    to.set_header("Content-Type", from.type);
+  }
+}
+
+void sendRefusal(const Refusal& refusal, httplib::Response& response) {
+  const std::string& path = current->request ? current->request->path : kEveryPath;
+  send(refusalOf(path, refusal), response);
+}
+
+}  // namespace
+
+std::vector<std::string> HttpRequest::header(std::string_view name) const {
+  std::vector<std::string> values;
+  for (const auto& [candidate, value] : headers) {
+    if (equalsAnyCase(candidate, name)) values.push_back(value);
+  }
+  return values;
+}
+
+void refuse(Exchange& exchange, const Refusal& refusal) {
+  HttpResponse response = refusalOf(exchange.request.path, refusal);
+  response.headers = std::move(exchange.response.headers);
+  exchange.response = std::move(response);
+}
+
+void refuseMethod(Exchange& exchange, const char* allowed) {
+  exchange.response.headers.emplace_back("Allow", allowed);
+  refuse(exchange, {kNotAllowed, "method not allowed: " + exchange.request.method});
 }
 
 class HttpServer::Engine final : public httplib::Server {
  public:
   Engine(HttpServer::Handler handler, Guard guard)
       : _handler(std::move(handler)), _guard(std::move(guard)) {
-    // The library gives up on answers of a server without a socket; this one has its own.
+    // The library does not write responses of a server without a socket; this one has its own.
     svr_sock_ = 0;
     set_keep_alive_max_count(kRequestsPerConnection);
-    set_default_headers(kEveryAnswer);
+    set_default_headers(kEveryResponse);
     set_pre_routing_handler([](const httplib::Request&, httplib::Response& response) {
       if (!current->refusal) return HandlerResponse::Unhandled;
-      refuse(response, current->path, *current->refusal);
+      sendRefusal(*current->refusal, response);
       return HandlerResponse::Handled;
     });
-    const auto handle = [this](const httplib::Request& request, httplib::Response& response) {
-      Exchange exchange{request, current->path, response, current->connection};
-      _handler(exchange);
+    const auto handle = [this](const httplib::Request&, httplib::Response& response) {
+      HttpResponse own;
+      Exchange exchange{*current->request, own, current->connection};
+      try {
+        _handler(exchange);
+      } catch (...) {
+        refuse(exchange, {kServerError, "the inbox failed"});
+      }
+      send(std::move(own), response);
     };
     Get(kEveryPath, handle);
     Post(kEveryPath, handle);
@@ -134,10 +214,6 @@ class HttpServer::Engine final : public httplib::Server {
     set_error_handler([](const httplib::Request&, httplib::Response& response) {
       if (response.body.empty()) explainError(response);
     });
-    set_exception_handler(
-        [](const httplib::Request&, httplib::Response& response, const std::exception_ptr&) {
-          refuse(response, current->path, {kServerError, "the inbox failed"});
-        });
   }
 
   void serve(Connection& connection) {
@@ -154,41 +230,47 @@ class HttpServer::Engine final : public httplib::Server {
     const CurrentScope scope(request);
     connection.beginHead();
     bool closed = false;
-    const bool answered = process_request(connection, last, closed,
-                                          [this](httplib::Request& head) { prepare(head); });
+    ConnectionStream stream(connection);
+    const bool answered =
+        process_request(stream, last, closed, [this](httplib::Request& head) { prepare(head); });
     return answered && !closed;
   }
 
   /// Called by the library between head and body.
   void prepare(httplib::Request& request) {
-    const RequestTarget target = readTarget(request.target, request.path);
-    current->path = target.path;
+    RequestTarget target = readTarget(request.target, request.path);
+    current->request.emplace(HttpRequest{request.method,
+                                         std::move(target.path),
+                                         std::move(target.authority),
+                                         {request.headers.begin(), request.headers.end()},
+                                         request.params,
+                                         request.body});
     current->connection.beginBody();
     current->refusal = checkFraming(request);
     if (!current->refusal) {
-      current->refusal = _guard({request, current->path, target.authority, current->connection});
+      current->refusal = _guard(*current->request, current->connection);
     }
     makePlain(request);
     const bool bodyIsRead = request.method != "GET" && request.method != "HEAD";
     const bool hasBody = isChunked(request) || request.get_header_value("Content-Length") != "0";
-    // A client that asks first is told at once, not invited to send.
+    // A client that expects "100 Continue" gets the refusal instead.
     if (current->refusal) request.headers.erase("Expect");
     if (hasBody && (current->refusal || !bodyIsRead)) {
-      current->connection.endAfterAnswer();
+      current->connection.endAfterResponse();
       announceEnd(request);
     }
-    // One route serves all: where a request goes is decided by its path, not by a pattern.
+    // One route serves all: the path decides, not a pattern.
     request.path = kEveryPath;
   }
 
   static void explainError(httplib::Response& response) {
     const Connection& connection = current->connection;
     if (connection.isOverLimit() && connection.isInHead()) {
-      refuse(response, current->path, {kHeadTooLarge, "request head over 256 KiB"});
+      sendRefusal({kHeadTooLarge, "request head over 256 KiB"}, response);
     } else if (connection.isOverLimit()) {
-      refuse(response, current->path, {kTooLarge, kTooLargeReason});
+      sendRefusal({kTooLarge, kTooLargeReason}, response);
     } else {
-      refuse(response, current->path, {response.status, "bad request"});
+      sendRefusal({response.status, "bad request"}, response);
     }
   }
 
@@ -202,5 +284,15 @@ HttpServer::HttpServer(Handler handler, Guard guard)
 HttpServer::~HttpServer() = default;
 
 void HttpServer::serve(Connection& connection) { _engine->serve(connection); }
+
+RequestTarget readTarget(const std::string& target, const std::string& decoded) {
+  if (!isAbsolute(target)) return {decoded, {}};
+  const std::string_view rest = std::string_view(target).substr(kScheme.size());
+  const std::string authority(rest.substr(0, rest.find_first_of("/?#")));
+  // An escape in the host name would move the path in the decoded text.
+  if (authority.find('%') != std::string::npos) return {decoded, authority};
+  const std::string path = decoded.substr(kScheme.size() + authority.size());
+  return {path.empty() ? "/" : path, authority};
+}
 
 }  // namespace zt::inbox

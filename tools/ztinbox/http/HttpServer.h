@@ -1,31 +1,63 @@
 #pragma once
 
-#include <httplib.h>
-
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "tools/ztinbox/http/Connection.h"
 
 namespace zt::inbox {
 
-/// One request and its answer.
-struct Exchange {
-  const httplib::Request& request;
-  const std::string& path;  ///< of this server, percent escapes decoded; in proxy form too
-  httplib::Response& response;
-  Connection& connection;
+inline constexpr const char* kHtmlType = "text/html; charset=utf-8";
+inline constexpr const char* kJsonType = "application/json";
+inline constexpr const char* kTextType = "text/plain; charset=utf-8";
+inline constexpr const char* kXmlType = "text/xml; charset=utf-8";
+
+using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
+
+struct HttpRequest {
+  const std::string& method;
+  std::string path;       ///< of this server, percent escapes decoded; in proxy form too
+  std::string authority;  ///< host and port of a target in proxy form, else empty
+  HttpHeaders headers;
+  const std::multimap<std::string, std::string>& parameters;  ///< of the query, decoded
+  const std::string& body;                                    ///< as it was received
+
+  /// Whether the request only reads: GET or HEAD.
+  bool isRead() const { return method == "GET" || method == "HEAD"; }
+  /// The values of all headers `name`, which is in lower case.
+  std::vector<std::string> header(std::string_view name) const;
 };
 
-/// A request before its body is read.
-struct RequestHead {
-  const httplib::Request& request;
-  const std::string& path;
-  const std::string& authority;  ///< host and port of a target in proxy form, else empty
-  const Connection& connection;
+struct HttpResponse {
+  /// Sends bytes; false if the client left.
+  using Write = std::function<bool(std::string_view)>;
+
+  int status = 200;
+  HttpHeaders headers;
+  std::string type;  ///< of the body
+  std::string body;
+  /// If it is larger than the body, the connection ends after the body, too early for the client.
+  std::size_t announcedSize = 0;
+  /// In place of a body: called for more of it until it returns false.
+  std::function<bool(const Write&)> stream;
+
+  void setBody(std::string text, const char* mediaType) {
+    body = std::move(text);
+    type = mediaType;
+  }
+};
+
+/// One request and its response.
+struct Exchange {
+  const HttpRequest& request;
+  HttpResponse& response;
+  Connection& connection;
 };
 
 struct Refusal {
@@ -33,29 +65,42 @@ struct Refusal {
   std::string reason;
 };
 
-/// Answers with `reason`: as JSON below /api/, else as plain text.
-void refuse(httplib::Response& response, std::string_view path, const Refusal& refusal);
+/// Responds with `reason`: as JSON below /api/, else as plain text.
+void refuse(Exchange& exchange, const Refusal& refusal);
+/// `allowed` are the allowed methods: "GET, HEAD".
+void refuseMethod(Exchange& exchange, const char* allowed);
 
-/// Serves HTTP/1.1 connections. A request target in absolute form (a proxy's client sends it) is
-/// served as its own path, whatever the host. Bodies are given out as they came, whatever their
-/// media type says, and answers are sent uncompressed. Any thread may call it.
+/// Serves HTTP/1.1 connections. A request target in absolute form (from the client of a proxy) is
+/// served as its path, for any host. Bodies are passed on as they were received, whatever their
+/// media type, and responses are sent uncompressed. Thread-safe.
 class HttpServer {
  public:
   using Handler = std::function<void(Exchange&)>;
   /// Decides before the body is read.
-  using Guard = std::function<std::optional<Refusal>(const RequestHead&)>;
+  using Guard = std::function<std::optional<Refusal>(const HttpRequest&, const Connection&)>;
 
   HttpServer(Handler handler, Guard guard);
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
   ~HttpServer();
 
-  /// Answers the requests of `connection` one after another; returns when it ends.
+  /// Responds to the requests of `connection` one after another; returns when it ends.
   void serve(Connection& connection);
 
  private:
   class Engine;
   std::unique_ptr<Engine> _engine;
 };
+
+/// Where a request goes (RFC 9112, section 3.2).
+struct RequestTarget {
+  std::string path;       ///< percent escapes decoded
+  std::string authority;  ///< host and port of a target in absolute form, else empty
+};
+
+/// Splits `target` as the client wrote it; `decoded` is the part before the query, decoded.
+///
+///     http://config.kelvane.example/reporting/kelvane.xml  ->  /reporting/kelvane.xml
+RequestTarget readTarget(const std::string& target, const std::string& decoded);
 
 }  // namespace zt::inbox

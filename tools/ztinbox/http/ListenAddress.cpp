@@ -1,15 +1,23 @@
 #include "tools/ztinbox/http/ListenAddress.h"
 
 #include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
+
+#include "tools/ztinbox/Fault.h"
 
 namespace zt::inbox {
 
 namespace {
 
-/// The usual way of writing `address`, or nothing when it is none of `family`.
+/// The canonical form of `address`, or nothing if it is not one of `family`.
 std::optional<std::string> canonicalAddress(int family, std::string_view address) {
   std::array<unsigned char, sizeof(in6_addr)> bytes{};
   if (address.find('\0') != std::string_view::npos) return std::nullopt;
@@ -24,6 +32,67 @@ std::optional<std::uint16_t> parsePort(std::string_view text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return port;
+}
+
+constexpr std::string_view kHttpPort = ":80";
+constexpr std::string_view kOriginScheme = "http://";
+
+std::string lowered(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(), [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  });
+  return lower;
+}
+
+bool hasPort(std::string_view host) {
+  const std::size_t colon = host.rfind(':');
+  return colon != std::string_view::npos && !host.substr(colon).ends_with(']');
+}
+
+bool isLoopback(const ListenAddress& host) {
+  return host.address.starts_with("127.") || host.address == "::1";
+}
+
+/// An address for the socket calls.
+class SocketAddress {
+ public:
+  explicit SocketAddress(const ListenAddress& address) {
+    if (address.isIpv6()) {
+      auto& ipv6 = reinterpret_cast<sockaddr_in6&>(_storage);
+      ipv6.sin6_family = AF_INET6;
+      ipv6.sin6_port = htons(address.port);
+      inet_pton(AF_INET6, address.address.c_str(), &ipv6.sin6_addr);
+      _length = sizeof(ipv6);
+    } else {
+      auto& ipv4 = reinterpret_cast<sockaddr_in&>(_storage);
+      ipv4.sin_family = AF_INET;
+      ipv4.sin_port = htons(address.port);
+      inet_pton(AF_INET, address.address.c_str(), &ipv4.sin_addr);
+      _length = sizeof(ipv4);
+    }
+  }
+
+  int family() const { return _storage.ss_family; }
+  const sockaddr* get() const { return reinterpret_cast<const sockaddr*>(&_storage); }
+  socklen_t length() const { return _length; }
+
+ private:
+  sockaddr_storage _storage{};
+  socklen_t _length = 0;
+};
+
+void turnOn(int socket, int level, int option) {
+  const int on = 1;
+  setsockopt(socket, level, option, &on, sizeof(on));
+}
+
+std::uint16_t boundPort(int socket) {
+  sockaddr_storage bound{};
+  socklen_t length = sizeof(bound);
+  getsockname(socket, reinterpret_cast<sockaddr*>(&bound), &length);
+  return ntohs(bound.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6&>(bound).sin6_port
+                                           : reinterpret_cast<sockaddr_in&>(bound).sin_port);
 }
 
 }  // namespace
@@ -46,6 +115,40 @@ std::optional<ListenAddress> parseListenAddress(std::string_view text) {
   const auto address = canonicalAddress(bracketed ? AF_INET6 : AF_INET, host);
   if (!address) return std::nullopt;
   return ListenAddress{*address, *port};
+}
+
+bool isOwnHost(std::string_view host, const ListenAddress& own) {
+  std::string text = lowered(host);
+  if (!hasPort(text)) text += kHttpPort;
+  const auto asked = parseListenAddress(text);
+  if (!asked || asked->port != own.port) return false;
+  return isLoopback(*asked) || asked->address == own.address;
+}
+
+bool isOwnOrigin(std::string_view origin, const ListenAddress& own) {
+  const std::string text = lowered(origin);
+  return text.starts_with(kOriginScheme) &&
+         isOwnHost(std::string_view(text).substr(kOriginScheme.size()), own);
+}
+
+ListeningSocket::ListeningSocket(const ListenAddress& address) : _address(address) {
+  const SocketAddress wanted(address);
+  _socket =
+      FileDescriptor(::socket(wanted.family(), SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  // Allows remains of closed connections at the address, but no second inbox.
+  turnOn(number(), SOL_SOCKET, SO_REUSEADDR);
+  if (address.isIpv6()) turnOn(number(), IPPROTO_IPV6, IPV6_V6ONLY);
+  if (!_socket.isOpen() || ::bind(number(), wanted.get(), wanted.length()) != 0 ||
+      ::listen(number(), SOMAXCONN) != 0) {
+    throw MachineFault("cannot listen on " + address.text() + ": " + std::strerror(errno));
+  }
+  _address.port = boundPort(number());
+}
+
+FileDescriptor ListeningSocket::accept() const {
+  FileDescriptor connection(::accept4(number(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+  if (connection.isOpen()) turnOn(connection.number(), IPPROTO_TCP, TCP_NODELAY);
+  return connection;
 }
 
 }  // namespace zt::inbox

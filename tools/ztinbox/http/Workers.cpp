@@ -1,5 +1,7 @@
 #include "tools/ztinbox/http/Workers.h"
 
+#include <sys/socket.h>
+
 #include <system_error>
 #include <utility>
 
@@ -24,7 +26,7 @@ void Workers::run(Job job) {
   try {
     _threads.emplace_back([this] { work(); });
   } catch (const std::system_error&) {
-    // No further thread can be had: the job waits for one of those there are.
+    // There can be no more threads: the job waits for an existing one.
     if (_threads.empty()) throw;
   }
 }
@@ -42,6 +44,23 @@ void Workers::work() {
     job();
     lock.lock();
   }
+}
+
+OpenConnections::Entry::Entry(OpenConnections& all, int socket) : _all(all), _socket(socket) {
+  const std::lock_guard lock(_all._mutex);
+  _all._sockets.insert(socket);
+  if (_all._ended) ::shutdown(socket, SHUT_RDWR);
+}
+
+OpenConnections::Entry::~Entry() {
+  const std::lock_guard lock(_all._mutex);
+  _all._sockets.erase(_socket);
+}
+
+void OpenConnections::endAll() {
+  const std::lock_guard lock(_mutex);
+  _ended = true;
+  for (const int socket : _sockets) ::shutdown(socket, SHUT_RDWR);
 }
 
 }  // namespace zt::inbox

@@ -6,11 +6,12 @@
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <unordered_set>
 #include <vector>
 
 namespace zt::inbox {
 
-/// Threads that are started as jobs need them, up to a limit; further jobs wait for a free one.
+/// A thread pool: threads are started when jobs need them, up to a limit; then jobs wait.
 class Workers {
  public:
   using Job = std::function<void()>;
@@ -33,6 +34,32 @@ class Workers {
   std::vector<std::thread> _threads;
   std::size_t _idle = 0;
   bool _ending = false;
+};
+
+/// The sockets of the open connections, so that all can be ended, whatever their threads are
+/// waiting for. Thread-safe.
+class OpenConnections {
+ public:
+  /// Keeps a socket in the list; must be destroyed before the socket is closed.
+  class Entry {
+   public:
+    Entry(OpenConnections& all, int socket);
+    Entry(const Entry&) = delete;
+    Entry& operator=(const Entry&) = delete;
+    ~Entry();
+
+   private:
+    OpenConnections& _all;
+    int _socket;
+  };
+
+  /// Ends all present and future connections: reads see their end, writes fail.
+  void endAll();
+
+ private:
+  std::mutex _mutex;
+  std::unordered_set<int> _sockets;
+  bool _ended = false;
 };
 
 }  // namespace zt::inbox

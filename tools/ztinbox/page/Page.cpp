@@ -4,9 +4,6 @@
 #include <array>
 #include <string>
 
-#include "tools/ztinbox/api/ApiAnswers.h"
-#include "tools/ztinbox/page/PageFiles.h"
-
 namespace zt::inbox {
 
 namespace {
@@ -41,15 +38,16 @@ std::string_view nameOf(std::string_view path) {
 
 bool Page::owns(std::string_view path) { return path == "/" || path.starts_with(kFolder); }
 
-void Page::answer(Exchange& exchange) {
-  const auto file = std::ranges::find(kPageFiles, nameOf(exchange.path), &EmbeddedFile::name);
+void Page::respond(Exchange& exchange) {
+  const auto file =
+      std::ranges::find(kPageFiles, nameOf(exchange.request.path), &EmbeddedFile::name);
   if (file == kPageFiles.end()) {
-    return refuse(exchange.response, exchange.path, {kNotFound, "no such address"});
+    return refuse(exchange, {kNotFound, "no such address"});
   }
-  if (!reads(exchange)) return answerNotAllowed(exchange, "GET, HEAD");
-  // Another version of the program may answer at the same address the next time.
-  exchange.response.set_header("Cache-Control", "no-store");
-  exchange.response.set_content(std::string(file->bytes), mediaTypeOf(file->name));
+  if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
+  // Another version of the program may serve the same address later.
+  exchange.response.headers.emplace_back("Cache-Control", "no-store");
+  exchange.response.setBody(std::string(file->bytes), mediaTypeOf(file->name));
 }
 
 }  // namespace zt::inbox

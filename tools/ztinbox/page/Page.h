@@ -1,17 +1,31 @@
 #pragma once
 
+#include <span>
 #include <string_view>
 
 #include "tools/ztinbox/http/HttpServer.h"
 
+namespace zt {
+
+/// A file that the build embedded in the program.
+struct EmbeddedFile {
+  std::string_view name;
+  std::string_view bytes;
+};
+
+}  // namespace zt
+
 namespace zt::inbox {
 
-/// The page that shows the reports: its document at / and all that it is made of below /page/, out
-/// of the program itself. It reads and changes everything through the JSON API.
+/// The files of the folder tools/ztinbox/page/.
+extern const std::span<const EmbeddedFile> kPageFiles;
+
+/// The page that shows the reports: its document at / and its parts below /page/. It reads and
+/// changes everything through the JSON API.
 class Page {
  public:
   static bool owns(std::string_view path);
-  static void answer(Exchange& exchange);
+  static void respond(Exchange& exchange);
 };
 
 }  // namespace zt::inbox

@@ -2,32 +2,21 @@
 
 #include <utility>
 
-#include "tools/ztinbox/store/PackedText.h"
-
 namespace zt::inbox {
 
-namespace {
-
-NewReport newReport(const Incoming& incoming) {
-  NewReport report;
-  report.read(incoming.body);
-  report.report.sender = incoming.sender;
-  report.report.test = incoming.test;
-  report.head = incoming.head;
-  report.packedBody = packed(incoming.body);
-  return report;
-}
-
-}  // namespace
-
-Reaction Intake::receive(const Incoming& incoming) {
-  NewReport report = newReport(incoming);
+Reaction Intake::receive(const ReportRequest& request) {
+  IncomingReport incoming;
+  incoming.read(request.body);
+  incoming.report.sender = request.sender;
+  incoming.report.test = request.test;
+  incoming.head = request.head;
+  incoming.packedBody = packed(request.body);
 
   const std::lock_guard lock(_order);
   const Reaction reaction = _behaviour.next();
-  report.report.answer = reaction.answer;
-  report.report.received = std::chrono::system_clock::now();
-  _store.add(std::move(report));
+  incoming.report.answer = reaction.answer;
+  incoming.report.received = std::chrono::system_clock::now();
+  _store.add(std::move(incoming));
   return reaction;
 }
 

@@ -10,24 +10,24 @@
 
 namespace zt::inbox {
 
-/// A report's request.
-struct Incoming {
+/// The request with a report.
+struct ReportRequest {
   std::string_view body;
   std::string_view head;  ///< request line and headers
   std::string sender;     ///< address and port
   bool test = false;      ///< came to the test address
 };
 
-/// Takes reports in: decides what is answered and keeps the report. Reports that come at the same
-/// time get their numbers and their steps of the scenario in one order.
+/// Receives reports: decides how each is answered and keeps it. Simultaneous reports are assigned
+/// their numbers and their steps of the scenario in the same order.
 class Intake {
  public:
   /// `behaviour` and `store` outlive the intake.
   Intake(Behaviour& behaviour, ReportStore& store) : _behaviour(behaviour), _store(store) {}
 
-  /// Once it returns, the report is kept. Throws DatabaseFault when it cannot be kept: then
-  /// nobody may be told that it was. Any thread may call it.
-  Reaction receive(const Incoming& incoming);
+  /// Once it returns, the report is kept. Throws DatabaseFault if it cannot be kept: then it must
+  /// not be acknowledged. Thread-safe.
+  Reaction receive(const ReportRequest& request);
 
  private:
   Behaviour& _behaviour;

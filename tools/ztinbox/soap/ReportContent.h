@@ -7,18 +7,45 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/ztinbox/soap/Report.h"
+#include "tools/common/ParsedReport.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
 
-/// How long a step took, by its name.
-struct StepDuration {
-  std::string name;
-  std::chrono::milliseconds duration;
+// A page of the report list has the identities of up to a thousand reports.
+inline constexpr std::size_t kLongestIdentityValue = 1024;  ///< bytes; longer ones are cut off
+inline constexpr std::size_t kMostPools = 1'000;            ///< later ones are left out
+
+/// The values that `report` does not have are missing.
+ReportIdentity identityOf(const reader::ParsedReport& report);
+
+/// One step of a run or of a diagnosis.
+struct RunStep {
+  std::string_view name;
+  std::string_view type;  ///< ENTER, ERROR, …; of a diagnosis MANUAL, AUTOMATIC, …
+  std::string_view message;
+  std::string_view code;
+  bool failed = false;  ///< an error, or a repair without success
+  /// Since the run's start; only an execution's steps have a time.
+  std::optional<std::chrono::milliseconds> offset = std::nullopt;
+  /// Of an ENTER step: the time until the step of the same name is left, else until the next step,
+  /// else until the run's end.
+  std::optional<std::chrono::milliseconds> duration = std::nullopt;
 };
 
-/// What is read out of a report's text once, when it comes in, so that it can be listed and
-/// counted without reading it again.
+/// The run that an execution or diagnose pool describes.
+struct PoolRun {
+  std::optional<std::string_view> result = std::nullopt;  ///< succeeded, failed or cancelled
+  std::optional<std::chrono::milliseconds> duration = std::nullopt;
+  std::vector<RunStep> steps;
+};
+
+/// Nothing for a pool of any other type. `pool` is one of `report`. Strings are views into its
+/// text.
+std::optional<PoolRun> readRun(const reader::ParsedReport& report, const reader::Pool& pool);
+
+/// What the store keeps of a report's text, so that it can be listed and counted without parsing
+/// the text again. Of a text that cannot be read: what comes before the error.
 struct ReportContent {
   ReportIdentity identity;
   std::optional<std::string> result;
@@ -26,7 +53,7 @@ struct ReportContent {
   std::vector<StepDuration> steps;
 };
 
-/// Limits of what is kept of a report's steps beside its text.
+// Limits of the steps.
 inline constexpr std::size_t kMostCountedSteps = 1'000;
 inline constexpr std::size_t kLongestStepName = 200;
 

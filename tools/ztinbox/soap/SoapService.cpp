@@ -2,8 +2,7 @@
 
 #include <string>
 
-#include "tools/ztinbox/soap/SoapAnswers.h"
-#include "tools/ztinbox/soap/SoapRequest.h"
+#include "tools/ztinbox/soap/SoapMessages.h"
 
 namespace zt::inbox {
 
@@ -12,15 +11,11 @@ namespace {
 constexpr int kBadRequest = 400;
 constexpr std::chrono::milliseconds kForever{-1};
 
-/// Announces the whole of an acceptance and ends the connection before it says anything.
+/// Announces all of an acceptance and ends the connection before the accepting part.
 void answerTruncated(Exchange& exchange) {
   const std::string whole = reportAnswer(true);
-  exchange.response.set_content_provider(whole.size(), kXmlType,
-                                         [part = whole.substr(0, harmlessLength(whole))](
-                                             std::size_t, std::size_t, httplib::DataSink& sink) {
-                                           sink.write(part.data(), part.size());
-                                           return false;
-                                         });
+  exchange.response.setBody(whole.substr(0, harmlessLength(whole)), kXmlType);
+  exchange.response.announcedSize = whole.size();
 }
 
 bool mayHaveBody(int status) { return status != 204 && status != 205 && status != 304; }
@@ -28,19 +23,19 @@ bool mayHaveBody(int status) { return status != 204 && status != 205 && status !
 void answerError(Exchange& exchange, int status) {
   exchange.response.status = status;
   if (!mayHaveBody(status)) return;
-  exchange.response.set_content("error " + std::to_string(status) + ", on purpose\n", kTextType);
+  exchange.response.setBody("error " + std::to_string(status) + ", on purpose\n", kTextType);
 }
 
 void perform(const Answer& answer, Exchange& exchange) {
   switch (answer.kind) {
     case AnswerKind::kAccept:
-      exchange.response.set_content(reportAnswer(true), kXmlType);
+      exchange.response.setBody(reportAnswer(true), kXmlType);
       return;
     case AnswerKind::kRefuse:
-      exchange.response.set_content(reportAnswer(false), kXmlType);
+      exchange.response.setBody(reportAnswer(false), kXmlType);
       return;
     case AnswerKind::kGarbage:
-      exchange.response.set_content(std::string(kGarbage), kHtmlType);
+      exchange.response.setBody(std::string(kGarbage), kHtmlType);
       return;
     case AnswerKind::kError:
       answerError(exchange, answer.status);
@@ -60,11 +55,11 @@ void perform(const Answer& answer, Exchange& exchange) {
 
 }  // namespace
 
-void SoapService::answer(Exchange& exchange, bool test) {
+void SoapService::respond(Exchange& exchange, bool test) {
   const std::string& body = exchange.request.body;
   switch (soapRequest(body)) {
     case SoapRequest::kVersion:
-      exchange.response.set_content(versionDocument(), kXmlType);
+      exchange.response.setBody(versionDocument(), kXmlType);
       return;
     case SoapRequest::kReport: {
       const Connection& connection = exchange.connection;
@@ -78,8 +73,7 @@ void SoapService::answer(Exchange& exchange, bool test) {
       return;
     }
     case SoapRequest::kOther:
-      refuse(exchange.response, exchange.path,
-             {kBadRequest, "neither a report nor a version request"});
+      refuse(exchange, {kBadRequest, "neither a report nor a version request"});
       return;
   }
 }

@@ -5,13 +5,14 @@
 
 namespace zt::inbox {
 
-/// The reporting service: answers version requests, takes reports and misbehaves as it is told.
+/// The reporting service: responds to version requests, receives reports and misbehaves on purpose.
 class SoapService {
  public:
   /// `intake` outlives the service.
   explicit SoapService(Intake& intake) : _intake(intake) {}
 
-  void answer(Exchange& exchange, bool test);
+  /// `test`: came to the test address.
+  void respond(Exchange& exchange, bool test);
 
  private:
   Intake& _intake;

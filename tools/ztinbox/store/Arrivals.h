@@ -7,29 +7,28 @@
 
 namespace zt::inbox {
 
-/// Counts the reports that come in and the changes of those that are there, for those who wait for
-/// them. Any thread may call it.
+/// Counts new reports and changes of existing ones, for threads that wait for them. Thread-safe.
 class Arrivals {
  public:
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
-  /// In any order of the numbers.
+  /// The numbers may come in any order.
   void add(std::uint64_t number);
-  /// Counts from 0 again.
+  /// Restarts count() at 0.
   void clear();
   /// Reports were deleted or marked.
   void addChange();
 
   /// Since the start or the last clear().
   std::uint64_t count() const;
-  /// The highest number that a report has got.
+  /// The highest number of a report.
   std::uint64_t lastNumber() const;
   std::uint64_t changes() const;
 
-  // Waiting: false when `timeout` is over first.
+  // Waiting: false if `timeout` ends first
 
   bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const;
-  /// Until a report with a higher number is in, or there are more changes.
+  /// Until there is a report with a higher number, or there are more changes.
   bool waitForNews(std::uint64_t number, std::uint64_t changes,
                    std::chrono::milliseconds timeout) const;
 

@@ -9,9 +9,9 @@
 #include <cstring>
 #include <filesystem>
 #include <system_error>
-#include <utility>
 
-#include "tools/ztinbox/faults/Fault.h"
+#include "tools/ztinbox/Fault.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -41,10 +41,10 @@ void create(const std::string& path) {
   }
 }
 
-/// Ends with the process, however that ends.
-Fd lock(const std::string& path) {
+/// The kernel releases it when the process ends, however that happens.
+FileDescriptor lock(const std::string& path) {
   const std::string file = path + "/ztinbox.lock";
-  Fd opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
+  FileDescriptor opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
   if (!opened.isOpen()) {
     throw MachineFault("cannot write to the data folder " + path + ": " + std::strerror(errno));
   }
@@ -56,23 +56,18 @@ Fd lock(const std::string& path) {
   throw MachineFault("cannot lock " + file + ": " + std::strerror(errno));
 }
 
-std::string withoutSlashes(std::string path) {
-  while (path.size() > 1 && path.ends_with('/')) path.pop_back();
-  return path;
-}
-
 }  // namespace
 
 std::string defaultDataFolder() {
   const std::string data = variable("XDG_DATA_HOME");
-  // The base directories are absolute; others are to be ignored.
-  if (data.starts_with('/')) return withoutSlashes(data) + "/ztinbox";
+  // A relative base directory must be ignored.
+  if (data.starts_with('/')) return std::string(withoutTrailingSlashes(data)) + "/ztinbox";
   const std::string home = variable("HOME");
-  if (!home.empty()) return withoutSlashes(home) + "/.local/share/ztinbox";
+  if (!home.empty()) return std::string(withoutTrailingSlashes(home)) + "/.local/share/ztinbox";
   throw MachineFault("no home folder to keep reports in: --data names one");
 }
 
-DataFolder::DataFolder(std::string path) : _path(withoutSlashes(std::move(path))) {
+DataFolder::DataFolder(std::string_view path) : _path(withoutTrailingSlashes(path)) {
   create(_path);
   _lock = lock(_path);
 }

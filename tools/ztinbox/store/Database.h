@@ -1,21 +1,25 @@
 #pragma once
 
+#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
-#include "tools/ztinbox/faults/Fault.h"
+#include "tools/ztinbox/Fault.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace zt::inbox {
 
-/// The database file failed: it is damaged, the disk is full, it cannot be written. The text names
-/// the file and the reason.
+/// The database file failed: it is damaged, it cannot be written, or the disk is full. The message
+/// names the file and the reason.
 struct DatabaseFault : MachineFault {
   using MachineFault::MachineFault;
 };
@@ -29,9 +33,9 @@ class Database {
   /// For writing, a missing file is created, readable by its owner alone.
   Database(std::string file, Access access);
 
-  /// Runs one statement or several, each ended by a semicolon, that give no rows.
+  /// Runs statements that return no rows, separated by semicolons.
   void run(const std::string& statements);
-  /// The one number that `query` gives.
+  /// The one number that `query` returns.
   std::int64_t number(std::string_view query);
 
   /// How many rows the last statement inserted, changed or deleted.
@@ -62,8 +66,8 @@ class Statement {
  public:
   Statement(Database& database, std::string_view sql);
 
-  /// Starts over with these values for the question marks: integers, texts (bytes, which need not
-  /// be UTF-8), optional texts, nullptr. Texts are not copied: they have to live until the
+  /// Starts over with these values for the question marks: integers, strings (bytes, which need not
+  /// be UTF-8), optional values, nullptr. Strings are not copied: they must live until the
   /// statement has run.
   template <class... Values>
   void bind(const Values&... values) {
@@ -89,7 +93,7 @@ class Statement {
     }
   }
 
-  /// Goes on to the next row; false when there is none.
+  /// Moves to the next row; false if there is none.
   bool next();
   template <class... Values>
   void run(const Values&... values) {
@@ -99,7 +103,7 @@ class Statement {
     reset();
   }
 
-  // Columns of the row, counted from 0. Views are good until the next call of next() or reset().
+  // Columns of the row, counted from 0. Views are valid until the next call of next() or reset().
 
   bool isNull(int column) const;
   std::int64_t integer(int column) const;
@@ -115,6 +119,56 @@ class Statement {
 
   const Database& _database;
   std::unique_ptr<sqlite3_stmt, Finish> _statement;
+};
+
+/// Configures the connection, creates the tables of a new database and checks those of an existing
+/// one. Throws DatabaseFault: it is not a database, it is damaged, it belongs to another program,
+/// or a newer inbox wrote it.
+void prepareForWriting(Database& database);
+
+/// The same for an additional connection that only reads.
+void prepareForReading(Database& database);
+
+/// Deletes all reports at once, which is faster than one by one.
+void deleteEverything(Database& database);
+
+/// Waits until everything committed is on the disk, where it survives a power failure too. Outside
+/// of a transaction.
+void saveNow(Database& database);
+
+/// Releases the file's free space, if that is possible now.
+void shrink(Database& database);
+
+/// A few connections for reading, each opened when it is first needed. Thread-safe.
+class ConnectionPool {
+ public:
+  explicit ConnectionPool(std::string file) : _file(std::move(file)) {}
+
+  /// A connection for the scope.
+  class Lease {
+   public:
+    explicit Lease(ConnectionPool& pool) : _pool(pool), _database(pool.take()) {}
+    Lease(const Lease&) = delete;
+    Lease& operator=(const Lease&) = delete;
+    ~Lease() { _pool.giveBack(std::move(_database)); }
+
+    Database& database() { return *_database; }
+
+   private:
+    ConnectionPool& _pool;
+    std::unique_ptr<Database> _database;
+  };
+
+ private:
+  /// Waits for a free one. Throws DatabaseFault.
+  std::unique_ptr<Database> take();
+  void giveBack(std::unique_ptr<Database> database);
+
+  const std::string _file;
+  std::mutex _mutex;
+  std::condition_variable _changed;
+  std::vector<std::unique_ptr<Database>> _free;
+  std::size_t _taken = 0;
 };
 
 }  // namespace zt::inbox

@@ -10,13 +10,13 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long reports are gathered for a transaction, unless somebody waits for them.
+/// How long reports are gathered for a transaction, unless a thread waits for them.
 constexpr milliseconds kGathering{10};
-/// Until it is tried again of itself.
+/// Time until the next attempt.
 constexpr milliseconds kAfterFault{1'000};
-/// Memory that waiting reports take at most; and as much again while those are filed.
+/// The memory limit of the waiting reports; those being filed take as much again.
 constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
-/// Larger ones are filed by themselves: whether the disk has room for them is known at once.
+/// Larger ones are filed immediately and alone, so that a full disk is reported to their sender.
 constexpr std::size_t kLargestGathered = std::size_t{1024} * 1024;
 
 }  // namespace
@@ -37,7 +37,7 @@ Filing::~Filing() {
   _thread.join();
 }
 
-std::uint64_t Filing::keep(NewReport report) {
+std::uint64_t Filing::keep(IncomingReport report) {
   const std::lock_guard order(_order);
   if (report.report.size > kLargestGathered) return fileAtOnce(std::move(report));
   std::unique_lock lock(_mutex);
@@ -53,17 +53,17 @@ std::uint64_t Filing::keep(NewReport report) {
   const bool isFirst = _kept.empty();
   _keptBytes += report.memory();
   _kept.push_back(std::move(report));
-  const bool isToBeTold = isFirst || isFull();
+  const bool mustNotify = isFirst || isFull();
   lock.unlock();
-  if (isToBeTold) _changed.notify_all();
+  if (mustNotify) _changed.notify_all();
   return number;
 }
 
-std::uint64_t Filing::fileAtOnce(NewReport report) {
+std::uint64_t Filing::fileAtOnce(IncomingReport report) {
   fileAll();
-  std::vector<NewReport> alone;
+  std::vector<IncomingReport> alone;
   alone.push_back(std::move(report));
-  // Nothing is kept meanwhile, so its thread has nothing to file.
+  // No other report is kept meanwhile, so the thread has nothing to file.
   const std::uint64_t number = _lastKept + 1;
   alone.front().report.number = number;
   _file(alone);

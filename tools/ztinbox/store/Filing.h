@@ -10,35 +10,35 @@
 #include <vector>
 
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/NewReport.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
 
-/// Keeps reports at once and brings them into the database together: each is written to a journal,
-/// which costs next to nothing, and a moment later one transaction takes all that have come
-/// meanwhile. What waits for that is limited. Any thread may call it.
+/// Keeps reports immediately and moves them to the database together: each is written to the
+/// write-ahead log, which is cheap, and milliseconds later one transaction files all that have come
+/// meanwhile. The size of the waiting reports is limited. Thread-safe.
 class Filing {
  public:
-  /// Commits reports to the database in the order of the list, all or none; throws what kept it
-  /// from doing so. Called by one thread at a time.
-  using File = std::function<void(std::vector<NewReport>&)>;
+  /// Commits reports to the database in the order of the list, all or none; throws on failure.
+  /// Called by one thread at a time.
+  using File = std::function<void(std::vector<IncomingReport>&)>;
 
-  /// `journal` is empty and outlives it. Numbers go on behind `lastNumber`.
+  /// `journal` is empty and outlives it. The next number is `lastNumber` + 1.
   Filing(Journal& journal, std::uint64_t lastNumber, File file);
   Filing(const Filing&) = delete;
   Filing& operator=(const Filing&) = delete;
-  /// Files what waits. What cannot be filed stays in the journal.
+  /// Files the waiting reports. Those that cannot be filed stay in the journal.
   ~Filing();
 
-  /// Gives the report the next number and keeps it. Throws DatabaseFault when it cannot be kept,
-  /// and while what was kept before cannot be filed.
-  std::uint64_t keep(NewReport report);
+  /// Assigns the next number to the report and keeps it. Throws DatabaseFault if it cannot be kept,
+  /// and while earlier reports cannot be filed.
+  std::uint64_t keep(IncomingReport report);
 
-  /// Waits until all that was kept before is filed. Throws what keeps it from being so.
+  /// Waits until all earlier reports are filed. Throws if they cannot be filed.
   void fileAll();
 
  private:
-  std::uint64_t fileAtOnce(NewReport report);
+  std::uint64_t fileAtOnce(IncomingReport report);
   void serve();
   bool waitForReports(std::unique_lock<std::mutex>& lock);
   void filePortion(std::unique_lock<std::mutex>& lock);
@@ -48,15 +48,15 @@ class Filing {
 
   Journal& _journal;
   const File _file;
-  std::mutex _order;  ///< held while a report is kept
-  std::mutex _mutex;  ///< of all that follows
+  std::mutex _order;  ///< locked while a report is kept
+  std::mutex _mutex;  ///< of all members below
   std::condition_variable _changed;
-  std::vector<NewReport> _kept;
+  std::vector<IncomingReport> _kept;
   std::size_t _keptBytes = 0;
-  std::vector<NewReport> _inFiling;  ///< of its thread alone
+  std::vector<IncomingReport> _inFiling;  ///< used by its thread only
   std::uint64_t _lastKept;
   std::uint64_t _lastFiled;
-  std::uint64_t _awaited = 0;  ///< the last one that somebody waits for
+  std::uint64_t _awaited = 0;  ///< the last one that a thread waits for
   std::uint64_t _failures = 0;
   std::exception_ptr _fault;  ///< of the last filing, if it failed
   bool _ending = false;

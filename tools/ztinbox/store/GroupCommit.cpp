@@ -54,7 +54,7 @@ void GroupCommit::serve() {
   }
 }
 
-/// No batch: none came for a moment, and there is work in the background. False at the end.
+/// An empty batch: no job came for a while, and there is background work. False at the end.
 bool GroupCommit::waitForBatch(Batch& batch) {
   const auto hasToGoOn = [this] { return _ending || !_waiting.empty(); };
   std::unique_lock lock(_mutex);
@@ -72,7 +72,7 @@ void GroupCommit::runBackground() {
     transact([this] { _backgroundIsLeft = _hooks.background(); });
     if (!_backgroundIsLeft) _hooks.settled();
   } catch (const DatabaseFault&) {
-    // It is tried again after the next job.
+    // The next job triggers another attempt.
     _backgroundIsLeft = false;
   }
   _lastBackground = Clock::now();
@@ -85,7 +85,7 @@ void GroupCommit::commit(Batch& batch) {
       for (const Entry& entry : batch) entry.job.work();
     });
   } catch (...) {
-    // One that cannot be done (too large for the disk) must not take the others with it.
+    // A failing job (too large for the disk) must not fail the others.
     for (Entry& entry : batch) commitAlone(entry);
     return;
   }

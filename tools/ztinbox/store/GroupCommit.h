@@ -12,9 +12,9 @@
 
 namespace zt::inbox {
 
-/// Runs pieces of work on a database in a thread of its own, one after another in the order they
-/// came. What comes while the disk is busy shares the next commit, so that many clients at once do
-/// not wait for a commit each. Any thread may call it.
+/// Runs jobs on a database in a thread of its own, one after another in their order. Jobs that come
+/// while the disk is busy share the next commit, so that many simultaneous clients do not wait for
+/// one commit each. Thread-safe.
 class GroupCommit {
  public:
   struct Job {
@@ -22,25 +22,25 @@ class GroupCommit {
     std::function<void()> committed;  ///< once it is committed, before its future is ready
   };
 
-  /// `database` outlives it and is its thread's alone. In that thread, too:
+  /// `database` outlives it and is used by its thread only, which also runs the hooks:
   struct Hooks {
-    std::function<void()> rolledBack;  ///< whenever work was undone
-    /// Work that can wait, a portion of it inside a transaction; false when nothing was left. It
-    /// gets its turn when no job has come for a moment, and a share of the time otherwise.
+    std::function<void()> rolledBack;  ///< after a rollback
+    /// One portion of low-priority work, inside a transaction; false if nothing was left. It runs
+    /// when no job has come for some milliseconds, and regularly between jobs.
     std::function<bool()> background;
-    std::function<void()> settled;  ///< once nothing is left, outside of a transaction
+    std::function<void()> settled;  ///< once nothing is left; outside a transaction
   };
   GroupCommit(Database& database, Hooks hooks);
   GroupCommit(const GroupCommit&) = delete;
   GroupCommit& operator=(const GroupCommit&) = delete;
-  /// Does all that was asked for.
+  /// Finishes all jobs.
   ~GroupCommit();
 
-  /// The future is ready once the work is committed. It throws what kept it from being so; other
-  /// work is not affected.
+  /// The future is ready once the work is committed. It throws if that failed; other jobs are not
+  /// affected.
   std::future<void> add(Job job);
 
-  /// Whether it only finishes what it was asked for: no time for work that can wait.
+  /// Whether it only finishes its jobs: low-priority work should not be added.
   bool isEnding() const;
 
   /// Waits for `job`.
@@ -64,7 +64,7 @@ class GroupCommit {
   Database& _database;
   Hooks _hooks;
   bool _backgroundIsLeft = true;
-  std::chrono::milliseconds _pause{0};  ///< before work in the background
+  std::chrono::milliseconds _pause{0};  ///< before background work
   std::chrono::steady_clock::time_point _lastBackground;
   mutable std::mutex _mutex;
   std::condition_variable _changed;

@@ -7,26 +7,106 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
-#include <string_view>
 #include <utility>
 
 #include "tools/ztinbox/store/Database.h"
-#include "tools/ztinbox/store/JournalRecord.h"
 
 namespace zt::inbox {
 
 namespace {
 
+using std::chrono::milliseconds;
+
+/// "ztrecord"
+constexpr std::uint64_t kMark = 0x6472'6f63'6572'747a;
+constexpr std::size_t kWord = sizeof(std::uint64_t);
+constexpr std::size_t kBeforeContent = 3 * kWord;
+
+void put(std::string& bytes, std::uint64_t number) {
+  bytes.append(reinterpret_cast<const char*>(&number), kWord);
+}
+
+void put(std::string& bytes, std::string_view text) {
+  put(bytes, std::uint64_t{text.size()});
+  bytes.append(text);
+}
+
+void set(std::string& bytes, std::size_t at, std::uint64_t number) {
+  std::memcpy(bytes.data() + at, &number, kWord);
+}
+
+/// FNV-1a (draft-eastlake-fnv) by words: it detects a content that reached the disk in part, not a
+/// forged one.
+std::uint64_t sumOf(std::string_view bytes) {
+  constexpr std::uint64_t kPrime = 0x100'0000'01b3;
+  std::uint64_t sum = 0xcbf2'9ce4'8422'2325;
+  while (!bytes.empty()) {
+    const std::size_t count = std::min(bytes.size(), kWord);
+    std::uint64_t word = 0;
+    std::memcpy(&word, bytes.data(), count);
+    sum = (sum ^ word) * kPrime;
+    bytes.remove_prefix(count);
+  }
+  return sum;
+}
+
+/// Reads the parts of a content; after a missing part all others are missing too.
+class Parts {
+ public:
+  explicit Parts(std::string_view bytes) : _rest(bytes) {}
+
+  std::uint64_t number() {
+    std::uint64_t value = 0;
+    const std::string_view bytes = take(kWord);
+    if (!_failed) std::memcpy(&value, bytes.data(), kWord);
+    return value;
+  }
+  std::string_view text() { return take(number()); }
+  bool failed() const { return _failed; }
+
+ private:
+  std::string_view take(std::uint64_t count) {
+    if (_failed || count > _rest.size()) {
+      _failed = true;
+      return {};
+    }
+    const std::string_view taken = _rest.substr(0, count);
+    _rest.remove_prefix(count);
+    return taken;
+  }
+
+  std::string_view _rest;
+  bool _failed = false;
+};
+
+std::optional<IncomingReport> readContentOf(std::string_view bytes) {
+  Parts parts(bytes);
+  IncomingReport report;
+  report.report.number = parts.number();
+  report.report.received = Timestamp(milliseconds(static_cast<std::int64_t>(parts.number())));
+  report.report.test = parts.number() != 0;
+  const auto answer = parseAnswer(parts.text());
+  report.report.sender = parts.text();
+  const auto size = static_cast<std::size_t>(parts.number());
+  report.head = parts.text();
+  report.packedBody = parts.text();
+  if (parts.failed() || !answer) return std::nullopt;
+  report.report.answer = *answer;
+  report.read(unpacked(report.packedBody, size));
+  return report;
+}
+
 constexpr mode_t kOwnerOnly = 0600;
-/// By which a file grows.
+/// A file grows by this size.
 constexpr std::size_t kStep = std::size_t{1024} * 1024;
 
 [[noreturn]] void fail(const std::string& path) {
   throw DatabaseFault(path + ": " + std::strerror(errno));
 }
 
-std::string contentOf(const std::string& path, const Fd& file) {
+std::string contentOf(const std::string& path, const FileDescriptor& file) {
   struct stat status {};
   if (::fstat(file.number(), &status) != 0) fail(path);
   std::string content(static_cast<std::size_t>(status.st_size), '\0');
@@ -45,13 +125,47 @@ std::string contentOf(const std::string& path, const Fd& file) {
 
 }  // namespace
 
+void appendRecord(std::string& bytes, const IncomingReport& report) {
+  const StoredReport& about = report.report;
+  const std::size_t begin = bytes.size();
+  put(bytes, kMark);
+  put(bytes, std::uint64_t{0});  // length and checksum, set below
+  put(bytes, std::uint64_t{0});
+  put(bytes, about.number);
+  const auto received = std::chrono::floor<milliseconds>(about.received.time_since_epoch());
+  put(bytes, static_cast<std::uint64_t>(received.count()));
+  put(bytes, std::uint64_t{about.test});
+  put(bytes, answerWord(about.answer));
+  put(bytes, about.sender);
+  put(bytes, std::uint64_t{about.size});
+  put(bytes, report.head);
+  put(bytes, report.packedBody);
+  const std::string_view content = std::string_view(bytes).substr(begin + kBeforeContent);
+  set(bytes, begin + kWord, content.size());
+  set(bytes, begin + 2 * kWord, sumOf(content));
+}
+
+std::optional<IncomingReport> takeRecord(std::string_view& bytes) {
+  Parts parts(bytes);
+  const bool isMarked = parts.number() == kMark;
+  const std::uint64_t length = parts.number();
+  const std::uint64_t sum = parts.number();
+  if (parts.failed() || !isMarked || length > bytes.size() - kBeforeContent) return std::nullopt;
+  const std::string_view content = bytes.substr(kBeforeContent, length);
+  if (sumOf(content) != sum) return std::nullopt;
+  auto report = readContentOf(content);
+  if (report) bytes.remove_prefix(kBeforeContent + length);
+  return report;
+}
+
 void Journal::Unmap::operator()(char* bytes) const { ::munmap(bytes, kMostBytes); }
 
 Journal::Journal(const std::string& folder) {
   for (std::size_t i = 0; i < _files.size(); ++i) {
     File& file = _files[i];
     file.path = folder + "/journal." + std::to_string(i);
-    file.descriptor = Fd(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
+    file.descriptor =
+        FileDescriptor(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
     if (!file.descriptor.isOpen()) fail(file.path);
     void* const bytes = ::mmap(nullptr, kMostBytes, PROT_READ | PROT_WRITE, MAP_SHARED,
                                file.descriptor.number(), 0);
@@ -60,8 +174,8 @@ Journal::Journal(const std::string& folder) {
   }
 }
 
-std::vector<NewReport> Journal::after(std::uint64_t number) const {
-  std::vector<NewReport> reports;
+std::vector<IncomingReport> Journal::after(std::uint64_t number) const {
+  std::vector<IncomingReport> reports;
   for (const File& file : _files) {
     const std::string content = contentOf(file.path, file.descriptor);
     std::string_view rest = content;
@@ -69,7 +183,7 @@ std::vector<NewReport> Journal::after(std::uint64_t number) const {
       if (report->report.number > number) reports.push_back(std::move(*report));
     }
   }
-  std::ranges::sort(reports, {}, [](const NewReport& report) { return report.report.number; });
+  std::ranges::sort(reports, {}, [](const IncomingReport& report) { return report.report.number; });
   return reports;
 }
 
@@ -77,12 +191,12 @@ void Journal::clear() {
   for (File& file : _files) {
     file.size = 0;
     file.room = 0;
-    // What stays if that fails is passed over by its numbers.
+    // If that fails, the numbers of the old reports show that they are stored.
     static_cast<void>(::ftruncate(file.descriptor.number(), 0));
   }
 }
 
-void Journal::append(const NewReport& report) {
+void Journal::append(const IncomingReport& report) {
   _record.clear();
   appendRecord(_record, report);
   File& file = _files[_current];
@@ -91,7 +205,7 @@ void Journal::append(const NewReport& report) {
   file.size += _record.size();
 }
 
-/// The disk gives the room before anything is written to it: a full one is noticed here.
+/// Allocates the disk space before anything is written, so that a full disk is detected here.
 void Journal::makeRoom(File& file, std::size_t size) {
   if (size <= file.room) return;
   const std::size_t room = (size + kStep - 1) / kStep * kStep;

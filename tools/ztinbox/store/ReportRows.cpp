@@ -6,8 +6,8 @@ namespace zt::inbox {
 
 namespace {
 
-std::int64_t milliseconds(std::chrono::system_clock::time_point moment) {
-  return std::chrono::floor<std::chrono::milliseconds>(moment.time_since_epoch()).count();
+std::int64_t milliseconds(Timestamp timestamp) {
+  return std::chrono::floor<std::chrono::milliseconds>(timestamp.time_since_epoch()).count();
 }
 
 std::optional<std::int64_t> count(const std::optional<std::chrono::milliseconds>& duration) {
@@ -47,8 +47,8 @@ ReportWriter::ReportWriter(Database& database)
   }
 }
 
-void ReportWriter::insert(NewReport& incoming) {
-  Report& report = incoming.report;
+void ReportWriter::insert(IncomingReport& incoming) {
+  StoredReport& report = incoming.report;
   const ReportIdentity& identity = report.identity;
   report.duplicateOf.reset();
   if (identity.reportId) {
@@ -97,12 +97,11 @@ bool ReportWriter::setRead(std::uint64_t number, bool read) {
   return _database.changes() > 0;
 }
 
-Report readReport(const Statement& row) {
-  Report report;
+StoredReport readReport(const Statement& row) {
+  StoredReport report;
   int column = 0;
   report.number = static_cast<std::uint64_t>(row.integer(column++));
-  report.received =
-      std::chrono::system_clock::time_point(std::chrono::milliseconds(row.integer(column++)));
+  report.received = Timestamp(std::chrono::milliseconds(row.integer(column++)));
   report.test = row.integer(column++) != 0;
   report.answer = parseAnswer(row.view(column++)).value_or(Answer{});
   report.sender = row.text(column++);
@@ -121,9 +120,9 @@ Report readReport(const Statement& row) {
   return report;
 }
 
-void readPools(Database& database, std::vector<Report>& reports) {
+void readPools(Database& database, std::vector<StoredReport>& reports) {
   Statement select(database, "SELECT type FROM pools WHERE report = ? ORDER BY position");
-  for (Report& report : reports) {
+  for (StoredReport& report : reports) {
     for (select.bind(report.number); select.next();) {
       report.identity.pools.push_back(select.text(0));
     }

@@ -6,24 +6,23 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/soap/Report.h"
 #include "tools/ztinbox/store/Database.h"
-#include "tools/ztinbox/store/NewReport.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
 
-/// Writes the rows of reports, with statements that are compiled once. All within a transaction of
-/// the caller's. The full-text index is left to the SearchIndexer, which is told.
+/// Writes the rows of reports, with statements that are compiled once, within a transaction of the
+/// caller. Marks reports for the SearchIndexer, which updates the full-text index.
 class ReportWriter {
  public:
   explicit ReportWriter(Database& database);
 
-  /// Under the report's own number. Sets of which one it is a duplicate.
-  void insert(NewReport& incoming);
-  /// Removes all of the report; false when it is not there.
+  /// Uses the report's own number. Sets duplicateOf.
+  void insert(IncomingReport& incoming);
+  /// Removes all of the report; false if there is none.
   bool remove(std::uint64_t number);
   std::optional<std::uint64_t> oldest();
-  /// False when it is not there.
+  /// False if there is none.
   bool setRead(std::uint64_t number, bool read);
 
  private:
@@ -40,12 +39,12 @@ class ReportWriter {
   std::vector<Statement> _deleteRest;
 };
 
-/// The columns of reports `r` that readReport() reads, in the order in which it does.
+/// The columns of reports `r` for readReport(), in its order.
 extern const char* const kReportColumns;
 
-/// The report in the statement's row, without its pools.
-Report readReport(const Statement& row);
+/// The report in the current row, without its pools.
+StoredReport readReport(const Statement& row);
 /// Adds the types of their pools.
-void readPools(Database& database, std::vector<Report>& reports);
+void readPools(Database& database, std::vector<StoredReport>& reports);
 
 }  // namespace zt::inbox

@@ -3,15 +3,11 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/ztinbox/store/FilterSql.h"
-#include "tools/ztinbox/store/PackedText.h"
-#include "tools/ztinbox/store/Schema.h"
-
 namespace zt::inbox {
 
 namespace {
 
-/// What is removed or marked at once: those who send reports meanwhile wait for it.
+/// How many are removed or marked at once: senders wait meanwhile.
 constexpr std::size_t kPortion = 200;
 constexpr std::chrono::seconds kIndexingPatience{2};
 
@@ -26,12 +22,12 @@ std::uint64_t lastNumber(Database& database) {
       database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
 }
 
-/// Files what an earlier run kept and did not get to file. The number of the last report.
+/// Files the reports that an earlier run kept but did not file. Returns the last number.
 std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
   auto reports = journal.after(lastNumber(database));
   if (!reports.empty()) {
     database.run("BEGIN IMMEDIATE");
-    for (NewReport& report : reports) writer.insert(report);
+    for (IncomingReport& report : reports) writer.insert(report);
     database.run("COMMIT");
     saveNow(database);
   }
@@ -54,16 +50,16 @@ ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener
       _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
                           [this] { saveNow(_writing); }}),
       _filing(_journal, _arrivals.lastNumber(),
-              [this](std::vector<NewReport>& reports) { file(reports); }) {
+              [this](std::vector<IncomingReport>& reports) { file(reports); }) {
   _commits.add({[this] { recount(); }, {}});
   trim();
 }
 
-void ReportStore::add(NewReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
+void ReportStore::add(IncomingReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
 
-void ReportStore::file(std::vector<NewReport>& reports) {
+void ReportStore::file(std::vector<IncomingReport>& reports) {
   const auto insert = [this, &reports] {
-    for (NewReport& report : reports) {
+    for (IncomingReport& report : reports) {
       _writer.insert(report);
       ++_count;
       const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
@@ -76,31 +72,31 @@ void ReportStore::file(std::vector<NewReport>& reports) {
   _commits.run({insert, tell});
 }
 
-/// A connection that knows all reports that were added before.
-Readers::Lease ReportStore::readAll() {
+/// A connection that sees all earlier reports.
+ConnectionPool::Lease ReportStore::readAll() {
   _filing.fileAll();
-  return Readers::Lease(_readers);
+  return ConnectionPool::Lease(_readers);
 }
 
-std::vector<Report> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
+std::vector<StoredReport> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  Readers::Lease lease = readAll();
+  ConnectionPool::Lease lease = readAll();
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
                                          " ORDER BY " + filter.order() + " DESC LIMIT " +
                                          std::to_string(limit));
-  std::vector<Report> reports;
+  std::vector<StoredReport> reports;
   for (filter.bindTo(select); select.next();) reports.push_back(readReport(select));
   readPools(lease.database(), reports);
   return reports;
 }
 
-std::vector<Report> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
-  Readers::Lease lease = readAll();
+std::vector<StoredReport> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
+  ConnectionPool::Lease lease = readAll();
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
                                          " FROM reports r WHERE r.number > ?"
                                          " ORDER BY r.number LIMIT ?");
-  std::vector<Report> reports;
+  std::vector<StoredReport> reports;
   for (select.bind(number, std::uint64_t{limit}); select.next();) {
     reports.push_back(readReport(select));
   }
@@ -108,14 +104,14 @@ std::vector<Report> ReportStore::listAfter(std::uint64_t number, std::size_t lim
   return reports;
 }
 
-std::optional<Report> ReportStore::find(std::uint64_t number) {
+std::optional<StoredReport> ReportStore::find(std::uint64_t number) {
   auto reports = listAfter(number - 1, 1);
   if (number == 0 || reports.empty() || reports.front().number != number) return std::nullopt;
   return std::move(reports.front());
 }
 
 std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
-  Readers::Lease lease = readAll();
+  ConnectionPool::Lease lease = readAll();
   Statement select(
       lease.database(),
       "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
@@ -128,7 +124,7 @@ std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
 
 std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
                                                      std::size_t limit) {
-  Readers::Lease lease = readAll();
+  ConnectionPool::Lease lease = readAll();
   Statement select(lease.database(),
                    "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
                    " ORDER BY number LIMIT ?");
@@ -141,7 +137,7 @@ std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId
 
 Statistics ReportStore::statistics(const ReportFilter& filter) {
   if (filter.text) indexUpTo(_arrivals.lastNumber());
-  Readers::Lease lease = readAll();
+  ConnectionPool::Lease lease = readAll();
   return readStatistics(lease.database(), filter);
 }
 
@@ -224,8 +220,8 @@ void ReportStore::recount() {
   _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
 }
 
-/// Removes what an inbox with a higher limit has left, a portion at a time, so that reports come
-/// in between.
+/// Removes the excess of an inbox with a higher limit in portions, so that reports can come in
+/// between.
 void ReportStore::trim() {
   const auto more = std::make_shared<bool>(false);
   _commits.add({[this, more] {
@@ -245,7 +241,7 @@ void ReportStore::indexUpTo(std::uint64_t number) {
   const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
   while (std::chrono::steady_clock::now() < end) {
     {
-      Readers::Lease lease(_readers);
+      ConnectionPool::Lease lease(_readers);
       if (!SearchIndexer::isBehind(lease.database(), number)) return;
     }
     _commits.run({[this] { _indexer.indexPortion(); }, {}});
@@ -255,7 +251,7 @@ void ReportStore::indexUpTo(std::uint64_t number) {
 std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  Readers::Lease lease = readAll();
+  ConnectionPool::Lease lease = readAll();
   Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
                                          filter.order() + " DESC LIMIT " + std::to_string(limit));
   std::vector<std::uint64_t> found;

@@ -8,68 +8,64 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/soap/Report.h"
 #include "tools/ztinbox/store/Arrivals.h"
 #include "tools/ztinbox/store/DataFolder.h"
 #include "tools/ztinbox/store/Filing.h"
 #include "tools/ztinbox/store/GroupCommit.h"
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/Readers.h"
-#include "tools/ztinbox/store/ReportFilter.h"
 #include "tools/ztinbox/store/ReportRows.h"
-#include "tools/ztinbox/store/SearchIndexer.h"
+#include "tools/ztinbox/store/Search.h"
 #include "tools/ztinbox/store/Statistics.h"
 
 namespace zt::inbox {
 
-/// The reports, in an SQLite database of its own folder: the newest `most` of them. What was added
-/// is in the journal before anybody is told so, and moments later in the database: no end of the
-/// program can undo it, and soon no power failure either. Nothing of a report in the database stays
-/// in memory. Any thread may call it; every operation throws DatabaseFault when the database fails.
+/// The newest `most` reports, in an SQLite database in its own folder. An added report is in the
+/// write-ahead log before add() returns, and soon in the database: it survives the end of the
+/// program, and soon a power failure too. Reports in the database are not kept in memory.
+/// Thread-safe; every operation throws DatabaseFault if the database fails.
 class ReportStore {
  public:
-  /// Gets the reports once they are in the database, those of a transaction together, in the order
-  /// of their numbers, from one thread. Not those that an earlier run kept.
-  using Listener = std::function<void(const std::vector<NewReport>&)>;
+  /// Receives the reports once they are in the database, those of a transaction together, in the
+  /// order of their numbers, from one thread. Not those of an earlier run.
+  using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
-  /// Throws MachineFault when the folder or what is in it cannot be used.
+  /// Throws MachineFault if the folder or its content cannot be used.
   ReportStore(std::string folder, std::size_t most, Listener listener = {});
 
-  /// Takes `incoming` in under the next number; the oldest one goes when there are too many. Once
-  /// it returns, the report is kept, and whatever is asked for below knows it.
-  void add(NewReport incoming);
+  /// Keeps `incoming` with the next number; the oldest report is removed if there are too many.
+  /// Once it returns, the report is kept, and the operations below include it.
+  void add(IncomingReport incoming);
 
-  /// At most `limit`, newest first. A filter with a text finds what was added before the call, once
-  /// that is indexed: under a load that leaves no time for it, the search waits for two seconds at
-  /// most and then does without the rest.
-  std::vector<Report> list(const ReportFilter& wanted, std::size_t limit);
+  /// At most `limit`, newest first. A filter with a text waits until earlier reports are indexed,
+  /// but under heavy load for at most two seconds: then it leaves out the rest.
+  std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit);
   /// At most `limit` with higher numbers than `number`, oldest first.
-  std::vector<Report> listAfter(std::uint64_t number, std::size_t limit);
-  std::optional<Report> find(std::uint64_t number);
+  std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit);
+  std::optional<StoredReport> find(std::uint64_t number);
   std::optional<ReportBytes> bytes(std::uint64_t number);
   /// The numbers of the reports with this report ID, oldest first, at most `limit`.
   std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
   Statistics statistics(const ReportFilter& filter);
 
-  /// False when there is none.
+  /// False if there is none.
   bool remove(std::uint64_t number);
-  /// How many there were. What comes in meanwhile stays.
+  /// Returns their number. Reports that come meanwhile stay.
   std::size_t remove(const ReportFilter& filter);
-  /// All of them: how many there were. The file shrinks.
+  /// Removes all and shrinks the file. Returns their number.
   std::size_t clear();
 
-  /// False when there is none.
+  /// False if there is none.
   bool setRead(std::uint64_t number, bool read);
-  /// How many it changed.
+  /// Returns the number of changed reports.
   std::size_t setRead(ReportFilter filter, bool read);
 
   const Arrivals& arrivals() const { return _arrivals; }
 
  private:
-  void file(std::vector<NewReport>& reports);
+  void file(std::vector<IncomingReport>& reports);
   void recount();
   void trim();
-  Readers::Lease readAll();
+  ConnectionPool::Lease readAll();
   void indexUpTo(std::uint64_t number);
   std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
@@ -79,10 +75,10 @@ class ReportStore {
   Database _writing;
   ReportWriter _writer;
   SearchIndexer _indexer;
-  std::size_t _count = 0;  ///< of the writing thread
+  std::size_t _count = 0;  ///< used by the writing thread
   Journal _journal;
   Arrivals _arrivals;
-  Readers _readers;
+  ConnectionPool _readers;
   GroupCommit _commits;  ///< its thread uses all of the above
   Filing _filing;        ///< last: its thread uses all of the above
 };

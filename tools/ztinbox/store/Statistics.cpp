@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/ztinbox/store/FilterSql.h"
-
 namespace zt::inbox {
 
 namespace {

@@ -5,12 +5,11 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/store/Database.h"
 #include "tools/ztinbox/store/ReportFilter.h"
 
 namespace zt::inbox {
 
-/// What the charts show of the reports that a filter means.
+/// The data of the charts about the reports that a filter selects.
 struct Statistics {
   struct Minute {
     std::chrono::system_clock::time_point begin;
@@ -34,7 +33,7 @@ struct Statistics {
   std::uint64_t bytes = 0;
   std::uint64_t unread = 0;
   std::uint64_t tests = 0;
-  std::vector<Minute> minutes;  ///< those in which something came, oldest first, the newest 1,440
+  std::vector<Minute> minutes;  ///< the newest 1,440 with reports, oldest first
   std::vector<Result> results;  ///< most frequent first
   std::vector<Step> steps;      ///< most frequent first, at most 50
 };

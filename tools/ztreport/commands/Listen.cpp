@@ -8,10 +8,10 @@
 #include <cstring>
 #include <iostream>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "tools/common/Json.h"
 #include "tools/common/StopSignals.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/UserBus.h"
@@ -34,13 +34,12 @@ int takeBroadcast(sd_bus_message* message, void* lines, sd_bus_error* /*error*/)
   const char* object = nullptr;
   if (sd_bus_message_read(message, "s", &object) < 0) return 0;
   if (sd_bus_message_enter_container(message, SD_BUS_TYPE_ARRAY, "{ss}") < 0) return 0;
-  nlohmann::ordered_json userInfo = nlohmann::ordered_json::object();
+  Json userInfo = Json::object();
   const char* key = nullptr;
   const char* value = nullptr;
   while (sd_bus_message_read(message, "{ss}", &key, &value) > 0) userInfo[key] = value;
-  const nlohmann::ordered_json line{{"object", object}, {"userInfo", std::move(userInfo)}};
-  static_cast<Lines*>(lines)->push_back(
-      line.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n");
+  const Json line{{"object", object}, {"userInfo", std::move(userInfo)}};
+  static_cast<Lines*>(lines)->push_back(line.text() + "\n");
   return 0;
 }
 
@@ -74,7 +73,7 @@ bool isStopped(sd_bus* bus, int stop, bool isBusy) {
 }  // namespace
 
 Exit listen() {
-  const zt::inbox::StopSignals stop;
+  const StopSignals stop;
   std::string reason;
   const UserBus bus = openUserBus(reason);
   if (bus == nullptr) throw Failure(Exit::MachineFailed, "no session bus: " + reason);

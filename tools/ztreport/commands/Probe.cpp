@@ -1,7 +1,7 @@
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
+#include "tools/common/Json.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "ztportal/ztportal.h"
 
@@ -9,21 +9,17 @@ namespace zt::tools {
 
 namespace {
 
-using nlohmann::ordered_json;
-
-ordered_json jsonOf(const ZtString& text) {
-  return text.isNull() ? ordered_json(nullptr) : ordered_json(text.view());
-}
+Json jsonOf(const ZtString& text) { return text.isNull() ? Json(nullptr) : Json(text.view()); }
 
 /// The name of a language, or its number when it has none.
-ordered_json jsonOfLanguage(std::uint64_t language) {
+Json jsonOfLanguage(std::uint64_t language) {
   const ZtString name = ZtPortalDef::languageToString(language);
-  return name.empty() ? ordered_json(language) : ordered_json(name.view());
+  return name.empty() ? Json(language) : Json(name.view());
 }
 
 template <class List>
-ordered_json jsonOfPrograms(const List& programs) {
-  ordered_json list = ordered_json::array();
+Json jsonOfPrograms(const List& programs) {
+  Json list = Json::array();
   for (const auto& program : programs) {
     list.push_back({{"appName", jsonOf(program->appName())},
                     {"appVersion", jsonOf(program->appVersion())},
@@ -33,17 +29,17 @@ ordered_json jsonOfPrograms(const List& programs) {
 }
 
 std::string asJson(const ZtPortalPoolComputerSystem& computer) {
-  const ordered_json object{{"kind", "computerSystem"},
-                            {"osName", jsonOf(computer.osName())},
-                            {"osVersion", jsonOf(computer.osVersion())},
-                            {"servicePack", computer.servicePack()},
-                            {"osLanguage", jsonOfLanguage(computer.osLanguage())},
-                            {"userLanguage", jsonOfLanguage(computer.userLanguage())},
-                            {"isAdmin", computer.isAdmin() == 1},
-                            {"emailClients", jsonOfPrograms(*computer.emailClients())},
-                            {"browsers", jsonOfPrograms(*computer.browsers())}};
+  const Json object{{"kind", "computerSystem"},
+                    {"osName", jsonOf(computer.osName())},
+                    {"osVersion", jsonOf(computer.osVersion())},
+                    {"servicePack", computer.servicePack()},
+                    {"osLanguage", jsonOfLanguage(computer.osLanguage())},
+                    {"userLanguage", jsonOfLanguage(computer.userLanguage())},
+                    {"isAdmin", computer.isAdmin() == 1},
+                    {"emailClients", jsonOfPrograms(*computer.emailClients())},
+                    {"browsers", jsonOfPrograms(*computer.browsers())}};
   // Names of applications may contain bytes that are not UTF-8.
-  return object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n";
+  return object.text(2) + "\n";
 }
 
 void addLine(std::string& text, std::string_view label, const std::string& value) {

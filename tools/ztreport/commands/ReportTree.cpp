@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 
 namespace zt::tools {
 
@@ -64,7 +64,7 @@ class TreeWriter {
     endLine();
   }
 
-  void addPool(const reader::Report& report, const reader::Pool& pool) {
+  void addPool(const reader::ParsedReport& report, const reader::Pool& pool) {
     endLine();
     addColumn(pool.type, 0, kBold, true);
     addValue(pool.date);
@@ -201,7 +201,7 @@ class TreeWriter {
 
 }  // namespace
 
-std::string reportTree(const reader::Report& report, const terminal::TerminalStyle& style) {
+std::string reportTree(const reader::ParsedReport& report, const terminal::TerminalStyle& style) {
   if (report.form == reader::Form::Empty) return "a report without pools, which has no text\n";
   TreeWriter tree(style);
   tree.addHead("report", report.reportId);

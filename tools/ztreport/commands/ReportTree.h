@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "tools/common/Report.h"
-#include "tools/common/TerminalStyle.h"
+#include "tools/common/ReportReader.h"
+#include "tools/common/Terminal.h"
 
 namespace zt::tools {
 
@@ -19,6 +19,6 @@ namespace zt::tools {
 ///
 /// Control characters are escaped. A value continues in its own column after a line end in it
 /// (which is shown escaped) and, where the style has a width, at the end of a line.
-std::string reportTree(const reader::Report& report, const terminal::TerminalStyle& style);
+std::string reportTree(const reader::ParsedReport& report, const terminal::TerminalStyle& style);
 
 }  // namespace zt::tools

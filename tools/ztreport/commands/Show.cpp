@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "tools/common/ReportReader.h"
-#include "tools/common/TerminalStyle.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/ReportTree.h"
 #include "tools/ztreport/description/DescribedReport.h"
@@ -39,8 +39,8 @@ std::string pathOf(const std::string& file) {
   return file;
 }
 
-std::string shown(const reader::Report& report, bool json) {
-  return json ? describedReport(report).dump(2) + "\n"
+std::string shown(const reader::ParsedReport& report, bool json) {
+  return json ? describedReport(report).text(2) + "\n"
               : reportTree(report, terminal::outputStyle());
 }
 

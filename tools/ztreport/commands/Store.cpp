@@ -11,7 +11,7 @@
 #include <system_error>
 #include <vector>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/SavedReports.h"
 

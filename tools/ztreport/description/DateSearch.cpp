@@ -4,7 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tools/ztreport/description/Moment.h"
+#include "tools/common/Rfc3339.h"
+#include "tools/ztreport/description/JsonValue.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -145,8 +146,8 @@ std::optional<std::string> DateSearch::momentOf(std::string_view text) {
 
   const ZtDate date = ZtDate::fromMilliseconds(std::int64_t{moment->count()});
   const minutes offset = std::chrono::duration_cast<minutes>(local ? *local - *moment : minutes(0));
-  std::string written = momentText(date, offset);
-  if (parseMoment(written) != date) return std::nullopt;
+  std::string written = formatRfc3339(*moment, offset);
+  if (dateOf(written) != date) return std::nullopt;
   return written;
 }
 

@@ -15,16 +15,15 @@
 #include <utility>
 #include <vector>
 
-#include "tools/common/Place.h"
-#include "tools/common/Utf8Character.h"
+#include "tools/common/LineCursor.h"
 #include "tools/ztreport/description/DateSearch.h"
+#include "ztportal/base/Utf8.h"
 #include "ztportal/pools/FieldTable.h"
 
 namespace zt::tools {
 
 namespace {
 
-using nlohmann::ordered_json;
 using reader::FieldRange;
 using reader::FieldType;
 using reader::Pool;
@@ -70,33 +69,33 @@ std::optional<Number> numberOf(std::string_view text) {
 /// again. Throws `Undescribable` for a value that has none.
 class ValueDescriber {
  public:
-  explicit ValueDescriber(const reader::Report& report) : _report(&report) {}
+  explicit ValueDescriber(const reader::ParsedReport& report) : _report(&report) {}
 
   /// A string, null for "(null)": a missing string and that string are written alike.
-  ordered_json text(std::string_view value) const {
+  Json text(std::string_view value) const {
     if (value == kNull) return nullptr;
     for (std::string_view rest = value; !rest.empty();) {
-      const auto character = terminal::firstCharacter(rest);
+      const auto character = firstUtf8Character(rest);
       if (!character) fail(rest, "UTF-8");
       rest.remove_prefix(character->length);
     }
     return value;
   }
 
-  ordered_json date(std::string_view value) {
+  Json date(std::string_view value) {
     if (value == kNull) return nullptr;
     std::optional<std::string> moment = _dates.momentOf(value);
     if (!moment) fail(value, "a date as this time zone and language write it");
     return *std::move(moment);
   }
 
-  ordered_json integer(std::string_view value) const {
+  Json integer(std::string_view value) const {
     const auto number = numberOf<std::int32_t>(value);
     if (!number || std::to_string(*number) != value) fail(value, "a 32-bit integer");
     return *number;
   }
 
-  ordered_json real(std::string_view value) const {
+  Json real(std::string_view value) const {
     const auto number = numberOf<double>(value);
     if (!number || !std::isfinite(static_cast<float>(*number)) ||
         writtenReal(static_cast<float>(*number)) != value) {
@@ -105,14 +104,14 @@ class ValueDescriber {
     return *number;
   }
 
-  ordered_json boolean(std::string_view value) const {
+  Json boolean(std::string_view value) const {
     if (value == "TRUE") return true;
     if (value == "FALSE") return false;
     fail(value, "TRUE or FALSE");
   }
 
   /// The name; for the empty text one of the numbers without a name.
-  ordered_json enumerator(std::string_view value, const Enumeration& enumeration) const {
+  Json enumerator(std::string_view value, const Enumeration& enumeration) const {
     if (value.empty()) return enumeration.unnamed;
     for (std::uint64_t number = 0; number < enumeration.count; ++number) {
       if (enumeration.nameOf(number) == value) return value;
@@ -125,16 +124,16 @@ class ValueDescriber {
   }
 
  private:
-  const reader::Report* _report;
+  const reader::ParsedReport* _report;
   DateSearch _dates;
 };
 
 // Generic fields and pools.
 
-ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth);
+Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth);
 
-ordered_json describedField(const ReportField& field, ValueDescriber& values, std::size_t depth) {
-  ordered_json described{{"name", values.text(field.name)}};
+Json describedField(const ReportField& field, ValueDescriber& values, std::size_t depth) {
+  Json described{{"name", values.text(field.name)}};
   switch (field.type) {
     case FieldType::String:
       described["type"] = "string";
@@ -169,8 +168,8 @@ ordered_json describedField(const ReportField& field, ValueDescriber& values, st
   return described;
 }
 
-ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth) {
-  ordered_json list = ordered_json::array();
+Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size_t depth) {
+  Json list = Json::array();
   for (const ReportField& field : fields) {
     if (depth > kDeepest) {
       values.fail(field.name, "no field in more than " + std::to_string(kDeepest) + " arrays");
@@ -180,8 +179,8 @@ ordered_json describedFields(const FieldRange& fields, ValueDescriber& values, s
   return list;
 }
 
-ordered_json describedAsGeneric(const reader::Report& report, const Pool& pool,
-                                ValueDescriber& values) {
+Json describedAsGeneric(const reader::ParsedReport& report, const Pool& pool,
+                        ValueDescriber& values) {
   const FieldRange fields = report.fieldsOf(pool);
   if (fields.empty() && !pool.isEmptyTag) values.fail(pool.type, "a pool with fields");
   return {{"kind", Fields<ZtPortalPool>::kKind},
@@ -200,7 +199,7 @@ class TableReader {
       : _next(fields.begin()), _end(fields.end()), _place(place), _values(&values) {}
 
   template <class Object>
-  void takeFields(ordered_json& described) {
+  void takeFields(Json& described) {
     eachField<Object>([this, &described](const auto& row) { this->takeRow(row, described); });
   }
 
@@ -210,14 +209,14 @@ class TableReader {
   FieldRange rest() const { return {_next.get(), _end.get()}; }
 
  private:
-  void takeRow(const FalseField& row, ordered_json& /*described*/) {
+  void takeRow(const FalseField& row, Json& /*described*/) {
     const std::string_view value = take(FieldType::Boolean, row.wireName);
     if (value != "FALSE") _values->fail(value, "FALSE");
   }
   template <class Owner, class Member>
-  void takeRow(const Field<Owner, Member, false>& /*row*/, ordered_json& /*described*/) {}
+  void takeRow(const Field<Owner, Member, false>& /*row*/, Json& /*described*/) {}
   template <class Owner, class Member>
-  void takeRow(const Field<Owner, Member, true>& row, ordered_json& described) {
+  void takeRow(const Field<Owner, Member, true>& row, Json& described) {
     if constexpr (requires { typename RecordOf<Member>::Type; }) {
       takeRecords<typename RecordOf<Member>::Type>(row.key, row.wireName, described);
     } else {
@@ -226,7 +225,7 @@ class TableReader {
   }
 
   template <class Member>
-  ordered_json takeValue(std::string_view name, const Enumeration* enumeration) {
+  Json takeValue(std::string_view name, const Enumeration* enumeration) {
     if constexpr (std::same_as<Member, std::int32_t>) {
       return _values->integer(take(FieldType::Integer, name));
     } else if constexpr (std::same_as<Member, ZtBOOL>) {
@@ -243,18 +242,18 @@ class TableReader {
 
   /// An array of records, absent where there is no record.
   template <class Record>
-  void takeRecords(std::string_view key, std::string_view name, ordered_json& described) {
+  void takeRecords(std::string_view key, std::string_view name, Json& described) {
     if (atEnd() || _next->type != FieldType::Records || _next->name != name) return;
     const ReportField& list = *_next;
-    ordered_json records = ordered_json::array();
+    Json records = Json::array();
     for (const ReportField& record : fieldsOf(list)) {
-      ordered_json members = ordered_json::object();
+      Json members = Json::object();
       TableReader fields(fieldsOf(record), record.name, *_values);
       fields.takeFields<Record>(members);
       fields.expectEnd();
       records.push_back(std::move(members));
     }
-    if (records.empty()) _values->fail(list.name, "a list with records");
+    if (records.values().empty()) _values->fail(list.name, "a list with records");
     described[std::string(key)] = std::move(records);
     ++_next;
   }
@@ -278,16 +277,16 @@ class TableReader {
 };
 
 template <class TypedPool>
-ordered_json describedAs(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+Json describedAs(const reader::ParsedReport& report, const Pool& pool, ValueDescriber& values) {
   if (pool.isEmptyTag) values.fail(pool.type, "a pool with the fields of its type");
-  ordered_json described{{"kind", Fields<TypedPool>::kKind}, {"timeStamp", values.date(pool.date)}};
+  Json described{{"kind", Fields<TypedPool>::kKind}, {"timeStamp", values.date(pool.date)}};
   TableReader fields(report.fieldsOf(pool), pool.type, values);
   fields.takeFields<TypedPool>(described);
   if (!fields.rest().empty()) described["fields"] = describedFields(fields.rest(), values, 0);
   return described;
 }
 
-using Describe = ordered_json (*)(const reader::Report&, const Pool&, ValueDescriber&);
+using Describe = Json (*)(const reader::ParsedReport&, const Pool&, ValueDescriber&);
 
 /// How pools of this type are described; null for a type that only generic pools have.
 Describe typedDescriber(std::string_view type) {
@@ -301,7 +300,7 @@ Describe typedDescriber(std::string_view type) {
 }
 
 /// A pool of the kind that its type names if it has exactly that kind's fields, else a generic one.
-ordered_json describedPool(const reader::Report& report, const Pool& pool, ValueDescriber& values) {
+Json describedPool(const reader::ParsedReport& report, const Pool& pool, ValueDescriber& values) {
   const Describe describeTyped = typedDescriber(pool.type);
   if (describeTyped == nullptr) return describedAsGeneric(report, pool, values);
   try {
@@ -318,15 +317,15 @@ ordered_json describedPool(const reader::Report& report, const Pool& pool, Value
 
 }  // namespace
 
-ordered_json describedReport(const reader::Report& report) try {
-  ordered_json described = ordered_json::object();
+Json describedReport(const reader::ParsedReport& report) try {
+  Json described = Json::object();
   ValueDescriber values(report);
   if (report.form != reader::Form::Empty) {
     described["customerId"] = values.text(report.customerId);
     described["applicationId"] = values.text(report.applicationId);
     described["applicationVersion"] = values.text(report.applicationVersion);
   }
-  ordered_json& pools = described["pools"] = ordered_json::array();
+  Json& pools = described["pools"] = Json::array();
   for (const Pool& pool : report.pools) {
     pools.push_back(describedPool(report, pool, values));
   }

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
-
-#include "tools/common/Report.h"
+#include "tools/common/Json.h"
+#include "tools/common/ReportReader.h"
 
 namespace zt::tools {
 
@@ -13,6 +12,6 @@ namespace zt::tools {
 ///
 /// Values that reports do not carry are absent: the configuration, and the values of some pools
 /// that are for the host alone. "(null)" becomes null.
-nlohmann::ordered_json describedReport(const reader::Report& report);
+Json describedReport(const reader::ParsedReport& report);
 
 }  // namespace zt::tools

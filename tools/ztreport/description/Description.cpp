@@ -29,7 +29,7 @@ std::shared_ptr<ZtPortalData> Description::make(const ZtString& configurationUrl
                                                 bool cacheConfiguration, MachineCheck check) const {
   auto document = ZtPortalData::initWithValues(configurationUrl, cacheConfiguration, _customerId,
                                                _applicationId, _applicationVersion);
-  if (const auto pools = _json.find("pools"); pools != _json.end()) {
+  if (const Json* const pools = _json.find("pools")) {
     for (const JsonValue& pool : JsonValue(*pools, "/pools").list()) {
       addPool(pool, *document, check);
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 
@@ -34,7 +33,7 @@ class Description {
   std::shared_ptr<ZtPortalData> make(const ZtString& configurationUrl, bool cacheConfiguration,
                                      MachineCheck check) const;
 
-  nlohmann::json _json;
+  Json _json;
   ZtString _customerId;
   ZtString _applicationId;
   ZtString _applicationVersion;

@@ -3,28 +3,32 @@
 #include <cstdint>
 #include <functional>
 #include <initializer_list>
-#include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/ztreport/description/JsonText.h"
+#include "tools/common/Json.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
 
-/// A value of a description and the place where it stands. Reads it as what the library takes, and
-/// raises `JsonError` with the JSON pointer when it is something else.
+/// Reads the timestamp of a description: RFC 3339 with "T" and "Z" in capitals, at most nine digits
+/// of a fraction (cut off after the third) and no leap seconds. Nothing for any other text.
+std::optional<ZtDate> dateOf(std::string_view text);
+
+/// A value of a description and its JSON pointer. Reads the value as a type of the library; throws
+/// `JsonError` with the pointer for any other kind of value.
 class JsonValue {
  public:
-  JsonValue(const nlohmann::json& value, std::string pointer)
+  JsonValue(const Json& value, std::string pointer)
       : _value(&value), _pointer(std::move(pointer)) {}
 
   /// A string, or missing for null.
   ZtString string() const;
-  /// A string that has to be there.
+  /// A string; null is an error.
   std::string text() const;
-  /// A moment, or missing for null.
+  /// A timestamp, or missing for null.
   ZtDate date() const;
   std::int32_t integer() const;
   std::int64_t longInteger() const;
@@ -33,17 +37,17 @@ class JsonValue {
   bool boolean() const;
   /// true, false, or a number from -128 to 255, which is the byte.
   ZtBOOL booleanByte() const;
-  /// A number without a sign, or a name that `nameOf` gives for a number below `count`.
+  /// A number without a sign, or the name that `nameOf` returns for a number below `count`.
   std::uint64_t enumeration(const std::function<ZtString(std::uint64_t)>& nameOf,
                             std::uint64_t count) const;
   std::vector<JsonValue> list() const;
 
-  /// Calls `read` for every member of an object, by name. `read` says whether it knows the name;
-  /// one that it does not is an error.
+  /// Calls `read` for every member of an object, in the order of the names. `read` returns whether
+  /// it knows the name; an unknown name is an error.
   void eachMember(const std::function<bool(const std::string&, const JsonValue&)>& read) const;
   /// The member `name` of an object, null pointer when it is absent.
-  const nlohmann::json* member(const std::string& name) const;
-  JsonValue child(const std::string& name, const nlohmann::json& value) const;
+  const Json* member(const std::string& name) const;
+  JsonValue child(const std::string& name, const Json& value) const;
 
   const std::string& pointer() const { return _pointer; }
   [[noreturn]] void fail(const std::string& reason) const;
@@ -52,7 +56,7 @@ class JsonValue {
   std::int64_t integerBetween(std::int64_t smallest, std::int64_t largest) const;
   [[noreturn]] void expected(std::string_view what) const;
 
-  const nlohmann::json* _value;
+  const Json* _value;
   std::string _pointer;
 };
 

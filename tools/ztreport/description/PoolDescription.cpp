@@ -19,7 +19,7 @@ namespace {
 /// The value of a member that decides how all others are read; `known` lists the possible values.
 std::string discriminator(const JsonValue& object, const std::string& name,
                           const std::string& known) {
-  const nlohmann::json* value = object.member(name);
+  const Json* value = object.member(name);
   if (value == nullptr) object.fail("\"" + name + "\" is absent; it is one of " + known);
   return object.child(name, *value).text();
 }
@@ -30,7 +30,7 @@ std::string discriminator(const JsonValue& object, const std::string& name,
 }
 
 ZtDate timeStampOf(const JsonValue& object) {
-  const nlohmann::json* timeStamp = object.member("timeStamp");
+  const Json* timeStamp = object.member("timeStamp");
   if (timeStamp == nullptr) return ZtDate::now();
   return object.child("timeStamp", *timeStamp).date();
 }
@@ -162,7 +162,7 @@ void addPoolOf(const JsonValue& object, ZtPortalData& document, MachineCheck che
   constexpr bool kIsComputer = std::same_as<Pool, ZtPortalPoolComputerSystem>;
   std::shared_ptr<Pool> pool;
   if constexpr (kIsComputer) {
-    const nlohmann::json* autoCheck = object.member("autoCheck");
+    const Json* autoCheck = object.member("autoCheck");
     const bool checks = autoCheck != nullptr && object.child("autoCheck", *autoCheck).boolean();
     pool = document.addPoolComputerSystemWithAutoCheck(timeStampOf(object),
                                                        checks && check == MachineCheck::Allowed);

@@ -1,17 +1,15 @@
 #include <array>
 #include <limits>
-#include <nlohmann/json.hpp>
 #include <string_view>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Json.h"
+#include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/doctor/Checks.h"
 
 namespace zt::tools {
 
 namespace {
-
-using nlohmann::ordered_json;
 
 struct Check {
   std::string_view name;
@@ -54,9 +52,8 @@ std::string lineOf(const Check& check, const Finding& finding) {
   return line + zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
 }
 
-ordered_json jsonOf(const Check& check, const Finding& finding) {
-  ordered_json object{
-      {"check", check.name}, {"state", nameOf(finding.state)}, {"reason", finding.reason}};
+Json jsonOf(const Check& check, const Finding& finding) {
+  Json object{{"check", check.name}, {"state", nameOf(finding.state)}, {"reason", finding.reason}};
   if (!finding.remedy.empty()) object["remedy"] = finding.remedy;
   return object;
 }
@@ -67,7 +64,7 @@ Exit doctor(const std::string& configurationUrl, const std::string& appName, boo
   Subject subject;
   subject.configurationUrl = configurationUrl;
   subject.appName = appName;
-  ordered_json checks = ordered_json::array();
+  Json checks = Json::array();
   Exit exit = Exit::Done;
   for (const Check& check : kChecks) {
     const Finding finding = check.find(subject);
@@ -79,8 +76,8 @@ Exit doctor(const std::string& configurationUrl, const std::string& appName, boo
     }
   }
   if (json) {
-    const ordered_json object{{"checks", checks}};
-    print(object.dump(2, ' ', false, ordered_json::error_handler_t::replace) + "\n");
+    const Json object{{"checks", checks}};
+    print(object.text(2) + "\n");
   }
   return exit;
 }

@@ -12,8 +12,8 @@
 
 namespace {
 
+using zt::reader::ParsedReport;
 using zt::reader::readReport;
-using zt::reader::Report;
 using zt::test::plainField;
 using zt::test::plainLines;
 using zt::test::plainPool;
@@ -64,7 +64,7 @@ TEST(PartialReportTest, TellsWhatStandsBeforeAFault) {
 
 TEST(PartialReportTest, WhateverLineCannotBeReadTheRestBeforeItIs) {
   const std::string text = plainLines(kDeepPool + plainPool(plainField("B", "2")));
-  const Report whole = readReport(text);
+  const ParsedReport whole = readReport(text);
   std::size_t line = 1;
   for (std::size_t at = 0; at <= text.size(); at = text.find('\n', at) + 1, ++line) {
     std::string broken = text;

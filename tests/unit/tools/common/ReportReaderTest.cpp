@@ -11,8 +11,8 @@
 namespace {
 
 using zt::reader::Form;
+using zt::reader::ParsedReport;
 using zt::reader::readReport;
-using zt::reader::Report;
 using zt::test::crlf;
 using zt::test::plainField;
 using zt::test::plainLines;
@@ -29,7 +29,7 @@ void expectFields(const std::string& fields, const std::string& expected) {
 }
 
 TEST(ReportReaderTest, AnEmptyTextIsAReportWithoutPools) {
-  const Report report = readReport("");
+  const ParsedReport report = readReport("");
   EXPECT_EQ(report.form, Form::Empty);
   EXPECT_TRUE(report.pools.empty());
 }
@@ -50,7 +50,7 @@ TEST(ReportReaderTest, ReadsTheHeadOfBothForms) {
               {soap, Form::Soap},
               {crlf(soap), Form::Soap}};
   for (const auto& row : rows) {
-    const Report report = readReport(row.text);
+    const ParsedReport report = readReport(row.text);
     EXPECT_EQ(report.form, row.form);
     EXPECT_EQ(report.reportId, "{R}");
     EXPECT_EQ(report.machineId, "{M}");
@@ -177,7 +177,7 @@ TEST(ReportReaderTest, GivesBackEveryPartOfPoolAndHeadOfOneLine) {
              "  <Datas>\n    <Data Pool=\"" + value + "\">\n      <Date>" + value +
              "</Date>\n      <Fields/>\n    </Data>\n  </Datas>\n"
              "</reportData>\n");
-    const Report report = readReport(text);
+    const ParsedReport report = readReport(text);
     EXPECT_EQ(report.reportId, value);
     EXPECT_EQ(report.machineId, value);
     EXPECT_EQ(report.customerId, value);
@@ -193,11 +193,11 @@ TEST(ReportReaderTest, GivesBackValuesWithLineEndsThatCannotBeMistaken) {
   for (const char* value : {"one\ntwo", "\n", "\n\n", "x\n", "\nx", "<Field>\n<Value>",
                             "a\n</Name>\nb", "a\n</Field>", "a\n       </Field>"}) {
     const std::string text = plainLines(plainPool(plainField("A", value) + plainField("B", "x")));
-    const Report lines = readReport(text);
+    const ParsedReport lines = readReport(text);
     ASSERT_EQ(lines.fields.size(), 2U) << value;
     EXPECT_EQ(lines.fields[0].value, value);
     const std::string written = crlf(text);
-    const Report report = readReport(written);
+    const ParsedReport report = readReport(written);
     ASSERT_EQ(report.fields.size(), 2U) << value;
     EXPECT_EQ(report.fields[0].value, crlf(value));
   }
@@ -207,7 +207,7 @@ TEST(ReportReaderTest, ALoneLineFeedOrReturnIsNoLineEndOfAWrittenReport) {
   for (const std::string value : {"a\nb", "a\n        </Field>\nb", "\n", "\r", "a\rb\n</Value>"}) {
     std::string text = crlf(plainLines(plainPool(plainField("A", "VALUE"))));
     text.replace(text.find("VALUE"), 5, value);
-    const Report report = readReport(text);
+    const ParsedReport report = readReport(text);
     ASSERT_EQ(report.fields.size(), 1U) << value;
     EXPECT_EQ(report.fields[0].value, value);
   }
@@ -224,7 +224,7 @@ TEST(ReportReaderTest, GivesBackNamesAndTypesWithLineEnds) {
       plainField("a\nb", "x") +
       "        <Field type=\"none\">\n          <Name type=\"none\">a\nb</Name>\n"
       "        </Field>\n      </Fields>\n    </Data>\n  </Datas>\n</reportData>\n");
-  const Report report = readReport(text);
+  const ParsedReport report = readReport(text);
   EXPECT_EQ(report.reportId, "a\r\nb");
   EXPECT_EQ(report.applicationVersion, "a\r\nb");
   EXPECT_EQ(told(report),
@@ -244,7 +244,7 @@ TEST(ReportReaderTest, ReadsTheEmptyElementsOfAnXmlWriter) {
       "        </Field>\n"
       "        <Field type=\"none\">\n          <Name type=\"none\"/>\n        </Field>\n"
       "      </Fields>\n    </Data>\n  </Datas>\n</reportData>\n";
-  const Report report = readReport(text);
+  const ParsedReport report = readReport(text);
   EXPECT_EQ(report.reportId, "");
   EXPECT_EQ(report.machineId, "{M}");
   EXPECT_EQ(report.applicationVersion, "");
@@ -261,7 +261,7 @@ TEST(ReportReaderTest, AValueThatImitatesTheReportsLinesIsWhatItImitates) {
 
 TEST(ReportReaderTest, KeepsThePlaceOfEverything) {
   const std::string text = crlf(plainLines(plainPool(plainField("NAME", "VALUE"))));
-  const Report report = readReport(text);
+  const ParsedReport report = readReport(text);
   EXPECT_EQ(report.offsetOf(report.fields[0].value), text.find("VALUE"));
   EXPECT_EQ(report.offsetOf(report.fields[0].name), text.find("NAME"));
   EXPECT_EQ(report.offsetOf(report.pools[0].type), text.find("CUSTOM"));
@@ -285,7 +285,7 @@ std::string nestedArrays(std::size_t depth) {
 TEST(ReportReaderTest, TakesArraysInArraysOfAnyDepth) {
   constexpr std::size_t kDepth = 1500;
   const std::string text = crlf(plainLines(plainPool(nestedArrays(kDepth))));
-  const Report report = readReport(text);
+  const ParsedReport report = readReport(text);
   ASSERT_EQ(report.fields.size(), kDepth);
   for (std::size_t i = 0; i < kDepth; ++i) ASSERT_EQ(report.fields[i].size, kDepth - i);
 }
@@ -297,7 +297,7 @@ TEST(ReportReaderTest, TakesATextOf64MiB) {
     fields += plainField("NUMBER", std::to_string(count), "integer");
   }
   const std::string text = plainLines(plainPool(fields));
-  const Report report = readReport(text);
+  const ParsedReport report = readReport(text);
   ASSERT_EQ(report.fields.size(), count);
   EXPECT_EQ(report.fields.back().value, std::to_string(count - 1));
 }
@@ -306,6 +306,32 @@ TEST(ReportReaderTest, TakesAValueOf64MiB) {
   const std::string value(std::size_t{64} * 1024 * 1024, '<');
   const std::string text = plainLines(plainPool(plainField("A", value)));
   EXPECT_EQ(readReport(text).fields.at(0).value.size(), value.size());
+}
+
+using zt::reader::Place;
+using zt::reader::placeIn;
+using zt::reader::ReadError;
+
+TEST(ReportReaderTest, CountsLinesByLineFeedsAndColumnsByBytes) {
+  const struct {
+    const char* text;
+    std::size_t offset;
+    Place place;
+  } rows[] = {
+      {"", 0, {1, 1}},          {"", 7, {1, 1}},       {"abc", 0, {1, 1}},  {"abc", 2, {1, 3}},
+      {"abc", 3, {1, 4}},       {"abc", 99, {1, 4}},   {"a\nb", 1, {1, 2}}, {"a\nb", 2, {2, 1}},
+      {"a\r\nb", 2, {1, 3}},    {"a\r\nb", 3, {2, 1}}, {"a\rb", 2, {1, 3}}, {"\n\n\n", 3, {4, 1}},
+      {"\xc3\xa4x", 2, {1, 3}},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(placeIn(row.text, row.offset), row.place) << row.text << " " << row.offset;
+  }
+}
+
+TEST(ReportReaderTest, AnErrorHasItsPlaceAndReason) {
+  const ReadError error({12, 7}, "expected more");
+  EXPECT_STREQ(error.what(), "line 12, column 7: expected more");
+  EXPECT_EQ(error.place(), (Place{12, 7}));
 }
 
 }  // namespace

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tools/common/TerminalText.h"
+#include "tools/common/Terminal.h"
 
 namespace {
 

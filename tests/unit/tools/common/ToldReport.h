@@ -39,7 +39,7 @@ inline void addFields(std::string& text, const reader::FieldRange& fields, std::
 }
 
 /// What is read, as a text of one line a pool, field and record.
-inline std::string told(const reader::Report& report) {
+inline std::string told(const reader::ParsedReport& report) {
   std::string text;
   for (const reader::Pool& pool : report.pools) {
     text.append("[").append(pool.type).append("] [").append(pool.date).append("]");

@@ -2,8 +2,8 @@
 
 #include <string>
 
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
-#include "tools/ztinbox/faults/Fault.h"
 
 namespace {
 

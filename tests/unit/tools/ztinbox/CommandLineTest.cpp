@@ -7,7 +7,7 @@
 
 #include "tests/support/ScopedEnvironment.h"
 #include "tools/ztinbox/CommandLine.h"
-#include "tools/ztinbox/faults/Fault.h"
+#include "tools/ztinbox/Fault.h"
 
 namespace {
 

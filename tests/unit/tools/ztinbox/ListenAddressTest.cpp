@@ -57,4 +57,50 @@ TEST(ListenAddressTest, KnowsTheWildcards) {
   EXPECT_FALSE(parseListenAddress("127.0.0.1:1")->isWildcard());
 }
 
+using zt::inbox::isOwnHost;
+using zt::inbox::isOwnOrigin;
+using zt::inbox::ListenAddress;
+
+const ListenAddress kLoopback{"127.0.0.1", 8025};
+const ListenAddress kNetwork{"192.0.2.7", 8025};
+
+TEST(HostCheckTest, KnowsTheLoopbackAndTheListeningAddress) {
+  for (const char* host : {"127.0.0.1:8025", "localhost:8025", "LocalHost:8025", "127.8.9.1:8025",
+                           "[::1]:8025", "[0:0:0:0:0:0:0:1]:8025"}) {
+    EXPECT_TRUE(isOwnHost(host, kLoopback)) << host;
+    EXPECT_TRUE(isOwnHost(host, kNetwork)) << host;
+    EXPECT_TRUE(isOwnOrigin(std::string("http://") + host, kLoopback)) << host;
+  }
+  EXPECT_TRUE(isOwnHost("192.0.2.7:8025", kNetwork));
+  EXPECT_FALSE(isOwnHost("192.0.2.7:8025", kLoopback));
+  EXPECT_TRUE(isOwnHost("[2001:db8::a]:8025", {"2001:db8::a", 8025}));
+  EXPECT_TRUE(isOwnHost("[2001:DB8::A]:8025", {"2001:db8::a", 8025}));
+}
+
+TEST(HostCheckTest, APortMayBeLeftOutOnlyWhenItIsTheUsualOne) {
+  EXPECT_TRUE(isOwnHost("localhost", {"127.0.0.1", 80}));
+  EXPECT_TRUE(isOwnHost("[::1]", {"127.0.0.1", 80}));
+  EXPECT_FALSE(isOwnHost("localhost", kLoopback));
+  EXPECT_FALSE(isOwnHost("[::1]", kLoopback));
+}
+
+TEST(HostCheckTest, RefusesEverythingElse) {
+  for (const char* host : {"", ":8025", "example.org", "example.org:8025", "127.0.0.1:8026",
+                           "127.0.0.1:", "127.0.0.1.example.org:8025", "localhost.example.org:8025",
+                           "x@localhost:8025", "localhost:8025@example.org", "127.1:8025",
+                           "2130706433:8025", "0x7f.0.0.1:8025", "0.0.0.0:8025",
+                           "[::ffff:127.0.0.1]:8025", "localhost :8025", "localhost:8025 "}) {
+    EXPECT_FALSE(isOwnHost(host, kLoopback)) << host;
+    EXPECT_FALSE(isOwnOrigin(std::string("http://") + host, kLoopback)) << host;
+  }
+}
+
+TEST(HostCheckTest, AnOriginIsOfTheInboxOnlyWithItsScheme) {
+  for (const char* origin : {"", "null", "127.0.0.1:8025", "https://127.0.0.1:8025", "file://",
+                             "http://127.0.0.1:8025/", "http:/127.0.0.1:8025"}) {
+    EXPECT_FALSE(isOwnOrigin(origin, kLoopback)) << origin;
+  }
+  EXPECT_TRUE(isOwnOrigin("HTTP://127.0.0.1:8025", kLoopback));
+}
+
 }  // namespace

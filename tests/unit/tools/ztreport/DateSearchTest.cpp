@@ -8,14 +8,14 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/unit/tools/ztreport/DescriptionGenerator.h"
 #include "tools/ztreport/description/DateSearch.h"
-#include "tools/ztreport/description/Moment.h"
+#include "tools/ztreport/description/JsonValue.h"
 #include "ztportal/ztportal.h"
 
 namespace {
 
 using zt::test::ScopedEnvironment;
+using zt::tools::dateOf;
 using zt::tools::DateSearch;
-using zt::tools::parseMoment;
 
 using Found = std::optional<std::string>;
 
@@ -69,8 +69,8 @@ TEST(DateSearchTest, FindsTheMomentOfADate) {
     const ScopedEnvironment locale("LC_ALL", row.locale);
     const Found found = DateSearch().momentOf(row.text);
     EXPECT_EQ(found, row.moment) << row.zone << " " << row.locale << " " << row.text;
-    if (found && parseMoment(*found)) {
-      EXPECT_EQ(ZtPortalDef::stringFromDate(*parseMoment(*found)), row.text);
+    if (found && dateOf(*found)) {
+      EXPECT_EQ(ZtPortalDef::stringFromDate(*dateOf(*found)), row.text);
     }
   }
 }
@@ -91,7 +91,7 @@ TEST(DateSearchTest, FindsAMomentOfEveryDateThatIsWritten) {
             ZtPortalDef::stringFromDate(ZtDate::fromMilliseconds(generator.moment()));
         const Found found = dates.momentOf(text.view());
         ASSERT_TRUE(found) << zone << " " << locale << " " << text.view();
-        ASSERT_EQ(ZtPortalDef::stringFromDate(*parseMoment(*found)), text) << zone << " " << locale;
+        ASSERT_EQ(ZtPortalDef::stringFromDate(*dateOf(*found)), text) << zone << " " << locale;
       }
     }
   }

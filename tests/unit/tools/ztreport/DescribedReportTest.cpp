@@ -11,6 +11,7 @@
 namespace {
 
 using nlohmann::ordered_json;
+using zt::Json;
 using zt::reader::ReadError;
 using zt::reader::readReport;
 using zt::test::plainField;
@@ -21,18 +22,19 @@ using zt::tools::describedReport;
 /// Dates are those of Greenwich, whatever the machine is set to.
 class DescribedReportTest : public testing::Test {
  protected:
-  static ordered_json described(const std::string& pools) {
+  static Json described(const std::string& pools) {
     return describedReport(readReport(plainLines(pools)));
   }
   static std::string faultOf(const std::string& pools) {
     try {
-      return described(pools).dump();
+      return described(pools).text();
     } catch (const ReadError& error) {
       return error.what();
     }
   }
   static void expectPool(const std::string& pool, const std::string& json) {
-    EXPECT_EQ(described(pool).at("pools").dump(2), ordered_json::parse("[" + json + "]").dump(2));
+    EXPECT_EQ(described(pool).find("pools")->text(2),
+              ordered_json::parse("[" + json + "]").dump(2));
   }
   static void expectFields(const std::string& fields, const std::string& json) {
     expectPool(plainPool(fields), R"({"kind": "generic", "poolType": "CUSTOM",
@@ -94,7 +96,7 @@ std::string computer(const std::string& firewall = "FALSE") {
 }
 
 TEST_F(DescribedReportTest, HasTheIdentifiersThatADescriptionHas) {
-  EXPECT_EQ(described(emptyPool("A")).dump(2), R"({
+  EXPECT_EQ(described(emptyPool("A")).text(2), R"({
   "customerId": "Kelvane",
   "applicationId": "{A}",
   "applicationVersion": "2.1.77",
@@ -107,7 +109,7 @@ TEST_F(DescribedReportTest, HasTheIdentifiersThatADescriptionHas) {
     }
   ]
 })");
-  EXPECT_EQ(describedReport(readReport("")).dump(), R"({"pools":[]})");
+  EXPECT_EQ(describedReport(readReport("")).text(), R"({"pools":[]})");
 }
 
 TEST_F(DescribedReportTest, HasFieldsOfEveryType) {

@@ -14,7 +14,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "tools/ztreport/description/Moment.h"
+#include "tools/common/Rfc3339.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/pools/FieldTable.h"
 
@@ -39,7 +39,7 @@ class DescriptionGenerator {
   nlohmann::json date() {
     const std::int64_t milliseconds = moment();
     const std::chrono::minutes offset(oneIn(3) ? below(2 * 1439 + 1) - 1439 : 0);
-    return tools::momentText(ZtDate::fromMilliseconds(milliseconds), offset);
+    return formatRfc3339(std::chrono::milliseconds(milliseconds), offset);
   }
 
   /// Any timestamp that a description can have, most of them recent or close to a clock change.

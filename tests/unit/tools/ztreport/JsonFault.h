@@ -3,16 +3,16 @@
 #include <string>
 #include <utility>
 
-#include "tools/ztreport/description/JsonText.h"
+#include "tools/common/Json.h"
 
 namespace zt::test {
 
-/// The message of the `JsonError` that `read` raises; a text of its own when it raises none.
+/// The message of the `JsonError` that `read` throws; "no fault" if it throws none.
 template <class Read>
 std::string faultOf(Read&& read) {
   try {
     std::forward<Read>(read)();
-  } catch (const tools::JsonError& error) {
+  } catch (const JsonError& error) {
     return error.what();
   }
   return "no fault";

@@ -10,28 +10,27 @@
 
 namespace {
 
-using nlohmann::json;
+using zt::Json;
+using zt::parseJson;
 using zt::test::faultOf;
 using zt::tools::JsonValue;
 
-json parsed(const char* text) { return json::parse(text); }
-
 TEST(JsonValueTest, ReadsIntegersOf32Bits) {
-  EXPECT_EQ(JsonValue(parsed("0"), "/v").integer(), 0);
-  const json smallest = parsed("-2147483648");
+  EXPECT_EQ(JsonValue(Json(0), "/v").integer(), 0);
+  const Json smallest = parseJson("-2147483648");
   EXPECT_EQ(JsonValue(smallest, "/v").integer(), std::numeric_limits<std::int32_t>::min());
-  const json largest = parsed("2147483647");
+  const Json largest = parseJson("2147483647");
   EXPECT_EQ(JsonValue(largest, "/v").integer(), std::numeric_limits<std::int32_t>::max());
 
   constexpr const char* kRange = " is out of range (-2147483648 to 2147483647)";
   for (const char* text : {"-2147483649", "2147483648", "4294967296", "-9223372036854775808",
                            "9223372036854775808", "18446744073709551615"}) {
-    const json value = parsed(text);
+    const Json value = parseJson(text);
     EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").integer(); }),
               std::string("/v: ") + text + kRange);
   }
   for (const char* text : {"3.5", "7.0", "\"7\"", "null", "true", "[7]"}) {
-    const json value = parsed(text);
+    const Json value = parseJson(text);
     EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").integer(); }),
               std::string("/v: expected an integer, found ") + text);
   }
@@ -52,15 +51,15 @@ TEST(JsonValueTest, ReadsFloatsAndMakesTooSmallOnesZero) {
       {"18446744073709551615", 18446744073709551616.0F},
   };
   for (const auto& row : rows) {
-    const json value = parsed(row.text);
+    const Json value = parseJson(row.text);
     EXPECT_EQ(JsonValue(value, "/v").real(), row.number) << row.text;
   }
   for (const char* text : {"1e+39", "-1e+39", "1e+308"}) {
-    const json value = parsed(text);
+    const Json value = parseJson(text);
     EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").real(); }),
               std::string("/v: ") + text + " is out of the range of a 32-bit float");
   }
-  const json text = parsed("\"1\"");
+  const Json text = parseJson("\"1\"");
   EXPECT_EQ(faultOf([&] { (void)JsonValue(text, "/v").real(); }),
             "/v: expected a number, found \"1\"");
 }
@@ -72,17 +71,31 @@ TEST(JsonValueTest, ReadsBooleanBytes) {
   } rows[] = {{"true", 1},   {"false", 0},  {"0", 0},    {"1", 1},   {"2", 2},      {"127", 127},
               {"128", -128}, {"129", -127}, {"255", -1}, {"-1", -1}, {"-128", -128}};
   for (const auto& row : rows) {
-    const json value = parsed(row.text);
+    const Json value = parseJson(row.text);
     EXPECT_EQ(JsonValue(value, "/v").booleanByte(), row.byte) << row.text;
   }
   for (const char* text : {"-129", "256"}) {
-    const json value = parsed(text);
+    const Json value = parseJson(text);
     EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").booleanByte(); }),
               std::string("/v: ") + text + " is out of range (-128 to 255)");
   }
-  const json null;
+  const Json null;
   EXPECT_EQ(faultOf([&] { (void)JsonValue(null, "/v").booleanByte(); }),
             "/v: expected true, false or a number from -128 to 255, found null");
+}
+
+TEST(JsonValueTest, ReadsTimestamps) {
+  const Json date = "2026-11-21T12:00:00.123456789+01:00";
+  EXPECT_EQ(JsonValue(date, "/v").date(), ZtDate::fromMilliseconds(1'795'258'800'123));
+  EXPECT_TRUE(JsonValue(Json(nullptr), "/v").date().isNull());
+  for (const char* text :
+       {"", "2026-11-21", "2026-11-21t12:00:00Z", "2026-11-21T12:00:00z", "2026-11-21T12:00:60Z",
+        "2026-11-21T12:00:00.1234567890Z", "2026-11-21T12:00:00"}) {
+    const Json value = text;
+    EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").date(); }),
+              "/v: expected a date such as \"2026-11-21T12:00:00.123Z\" or null, found \"" +
+                  std::string(text) + "\"");
+  }
 }
 
 TEST(JsonValueTest, ReadsEnumerationsAsNamesAndNumbers) {
@@ -92,7 +105,7 @@ TEST(JsonValueTest, ReadsEnumerationsAsNamesAndNumbers) {
   } rows[] = {{"\"ENTER\"", 0}, {"\"ERROR\"", 4}, {"0", 0},
               {"4", 4},         {"5", 5},         {"18446744073709551615", 18446744073709551615U}};
   for (const auto& row : rows) {
-    const json value = parsed(row.text);
+    const Json value = parseJson(row.text);
     EXPECT_EQ(JsonValue(value, "/v").enumeration(ZtPortalDef::stepTypeToString, 5), row.number)
         << row.text;
   }
@@ -107,7 +120,7 @@ TEST(JsonValueTest, ReadsEnumerationsAsNamesAndNumbers) {
       {"null", "a name or an integer without a sign, found null"},
   };
   for (const auto& row : faults) {
-    const json value = parsed(row.text);
+    const Json value = parseJson(row.text);
     EXPECT_EQ(faultOf([&] {
                 (void)JsonValue(value, "/v").enumeration(ZtPortalDef::stepTypeToString, 5);
               }),
@@ -116,13 +129,13 @@ TEST(JsonValueTest, ReadsEnumerationsAsNamesAndNumbers) {
 }
 
 TEST(JsonValueTest, ShowsLongValuesCutAndInAscii) {
-  const json text = std::string("ä\x1b") + std::string(100, 'x');
+  const Json text(std::string("ä\x1b") + std::string(100, 'x'));
   EXPECT_EQ(faultOf([&] { (void)JsonValue(text, "/v").integer(); }),
             "/v: expected an integer, found \"\\u00e4\\u001b" + std::string(47, 'x') + "...");
 }
 
 TEST(JsonValueTest, NamesNoPlaceForTheWholeDocument) {
-  const json number = 7;
+  const Json number = 7;
   EXPECT_EQ(faultOf([&] { (void)JsonValue(number, "").list(); }), "expected a list, found 7");
 }
 

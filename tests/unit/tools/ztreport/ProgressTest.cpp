@@ -29,10 +29,9 @@ class ProgressTest : public testing::Test {
     auto environment = program.environment();
     if (!type.empty()) environment.push_back("TERM=" + type);
     zt::test::Subprocess child(
-        "/bin/sh",
-        {"-c", "exec \"$@\" 2>\"$0\"", terminal.name(), zt::test::paths::kReportProgram, "resend",
-         "--config-url", inbox.configurationUrl()},
-        environment);
+        {"/bin/sh", "-c", "exec \"$@\" 2>\"$0\"", terminal.name(), zt::test::paths::kReportProgram,
+         "resend", "--config-url", inbox.configurationUrl()},
+        {.environment = environment});
     EXPECT_EQ(child.wait(), status);
     return terminal.shown();
   }

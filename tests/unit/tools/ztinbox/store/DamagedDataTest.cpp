@@ -5,8 +5,8 @@
 #include <string>
 
 #include "tests/support/TemporaryFolder.h"
-#include "tools/ztinbox/store/PackedText.h"
 #include "tools/ztinbox/store/ReportStore.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 // Data folders that cannot be used: each is refused with a text that says why, and nothing in it is
 // changed.
@@ -14,7 +14,7 @@
 namespace {
 
 using zt::inbox::Database;
-using zt::inbox::NewReport;
+using zt::inbox::IncomingReport;
 using zt::inbox::ReportStore;
 
 class DamagedDataTest : public ::testing::Test {
@@ -27,7 +27,7 @@ class DamagedDataTest : public ::testing::Test {
   void fill() const {
     ReportStore store(folder(), 100);
     for (int i = 0; i < 50; ++i) {
-      NewReport report;
+      IncomingReport report;
       const std::string text(5'000, static_cast<char>('a' + i % 20));
       report.report.size = text.size();
       report.packedBody = zt::inbox::packed(text);

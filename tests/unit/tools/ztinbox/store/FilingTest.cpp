@@ -11,19 +11,19 @@
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 #include "tools/ztinbox/store/Database.h"
 #include "tools/ztinbox/store/Filing.h"
-#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace {
 
 using zt::inbox::DatabaseFault;
 using zt::inbox::Filing;
+using zt::inbox::IncomingReport;
 using zt::inbox::Journal;
-using zt::inbox::NewReport;
 
 using Numbers = std::vector<std::uint64_t>;
 
-NewReport reportOfSize(std::size_t size) {
-  NewReport report;
+IncomingReport reportOfSize(std::size_t size) {
+  IncomingReport report;
   const std::string text(size, 'x');
   report.read(text);
   report.packedBody = zt::inbox::packed(text);
@@ -33,12 +33,12 @@ NewReport reportOfSize(std::size_t size) {
 /// In place of the database: notes what is filed, can be held up and can fail.
 class FakeDatabase {
  public:
-  void file(const std::vector<NewReport>& reports) {
+  void file(const std::vector<IncomingReport>& reports) {
     std::unique_lock lock(_mutex);
     _changed.wait(lock, [this] { return !_held; });
     if (_full) throw DatabaseFault("full");
     ++_transactions;
-    for (const NewReport& report : reports) _numbers.push_back(report.report.number);
+    for (const IncomingReport& report : reports) _numbers.push_back(report.report.number);
   }
 
   void hold(bool held) {
@@ -73,11 +73,11 @@ class FakeDatabase {
 class FilingTest : public ::testing::Test {
  protected:
   Filing::File toDatabase() {
-    return [this](std::vector<NewReport>& reports) { _database.file(reports); };
+    return [this](std::vector<IncomingReport>& reports) { _database.file(reports); };
   }
   Numbers inJournal() const {
     Numbers numbers;
-    for (const NewReport& report : Journal(_folder.path()).after(0)) {
+    for (const IncomingReport& report : Journal(_folder.path()).after(0)) {
       numbers.push_back(report.report.number);
     }
     return numbers;
@@ -158,7 +158,7 @@ TEST_F(FilingTest, ALargeOneIsFiledBeforeAnybodyIsTold) {
 
 TEST_F(FilingTest, WhatWaitsIsLimited) {
   constexpr int kReports = 100;
-  NewReport large = reportOfSize(1);
+  IncomingReport large = reportOfSize(1);
   large.head = std::string(1'000'000, 'x');
   _database.hold(true);
   Filing filing(_journal, 0, toDatabase());

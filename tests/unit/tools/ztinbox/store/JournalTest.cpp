@@ -7,32 +7,30 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
-#include "tools/ztinbox/api/Moment.h"
 #include "tools/ztinbox/store/Database.h"
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/JournalRecord.h"
-#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace {
 
 using std::chrono::milliseconds;
+using zt::inbox::IncomingReport;
 using zt::inbox::Journal;
-using zt::inbox::NewReport;
 using zt::inbox::takeRecord;
 
 using Numbers = std::vector<std::uint64_t>;
 
-NewReport numbered(std::uint64_t number, std::string value = "Home") {
+IncomingReport numbered(std::uint64_t number, std::string value = "Home") {
   zt::test::SampleReport sample;
   sample.value = std::move(value);
-  NewReport report;
+  IncomingReport report;
   report.read(sample.text());
   report.packedBody = zt::inbox::packed(sample.text());
   report.report.number = number;
   return report;
 }
 
-std::string recordOf(const NewReport& report) {
+std::string recordOf(const IncomingReport& report) {
   std::string bytes;
   appendRecord(bytes, report);
   return bytes;
@@ -43,7 +41,7 @@ class JournalTest : public ::testing::Test {
   /// What a program that starts now finds.
   Numbers left(std::uint64_t after = 0) const {
     Numbers numbers;
-    for (const NewReport& report : Journal(folder()).after(after)) {
+    for (const IncomingReport& report : Journal(folder()).after(after)) {
       numbers.push_back(report.report.number);
     }
     return numbers;
@@ -59,8 +57,8 @@ class JournalTest : public ::testing::Test {
 };
 
 TEST_F(JournalTest, ARecordGivesTheReportBack) {
-  NewReport report = numbered(7, std::string("a\0\xff<&>\r\nb", 9));
-  report.report.received = zt::inbox::Moment(milliseconds(1'795'262'400'123));
+  IncomingReport report = numbered(7, std::string("a\0\xff<&>\r\nb", 9));
+  report.report.received = zt::inbox::Timestamp(milliseconds(1'795'262'400'123));
   report.report.test = true;
   report.report.answer = {zt::inbox::AnswerKind::kError, 503};
   report.report.sender = "[::1]:7";
@@ -129,7 +127,7 @@ TEST_F(JournalTest, AFileThatStartsOverIsWrittenOver) {
 
 TEST_F(JournalTest, ItHoldsALot) {
   Journal journal(folder());
-  NewReport report = numbered(0);
+  IncomingReport report = numbered(0);
   report.head = std::string(1'000'000, 'x');
   Numbers expected;
   for (std::uint64_t number = 1; number <= 60; ++number) {

@@ -6,24 +6,24 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 #include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/PackedText.h"
 #include "tools/ztinbox/store/ReportStore.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 // What a run that was killed between keeping reports and filing them leaves to the next one.
 
 namespace {
 
+using zt::inbox::IncomingReport;
 using zt::inbox::Journal;
-using zt::inbox::NewReport;
-using zt::inbox::Report;
 using zt::inbox::ReportFilter;
 using zt::inbox::ReportStore;
+using zt::inbox::StoredReport;
 
 using Numbers = std::vector<std::uint64_t>;
 
-NewReport newReport(const std::string& id, std::uint64_t number = 0) {
+IncomingReport newReport(const std::string& id, std::uint64_t number = 0) {
   const std::string text = zt::test::reportWithId(id).text();
-  NewReport report;
+  IncomingReport report;
   report.read(text);
   report.packedBody = zt::inbox::packed(text);
   report.report.number = number;
@@ -34,7 +34,7 @@ class ReportRecoveryTest : public ::testing::Test {
  protected:
   static Numbers numbersOf(ReportStore& store, const ReportFilter& filter = {}) {
     Numbers numbers;
-    for (const Report& report : store.list(filter, 1'000)) numbers.push_back(report.number);
+    for (const StoredReport& report : store.list(filter, 1'000)) numbers.push_back(report.number);
     return numbers;
   }
   std::string folder() const { return _folder.path("data"); }
@@ -59,8 +59,9 @@ TEST_F(ReportRecoveryTest, WhatIsInTheJournalAloneIsFiled) {
   }
   std::size_t told = 0;
   {
-    ReportStore store(folder(), 10,
-                      [&told](const std::vector<NewReport>& reports) { told += reports.size(); });
+    ReportStore store(folder(), 10, [&told](const std::vector<IncomingReport>& reports) {
+      told += reports.size();
+    });
     EXPECT_EQ(store.arrivals().lastNumber(), 4U);
     EXPECT_EQ(store.arrivals().count(), 0U) << "they came before the start";
     EXPECT_EQ(numbersOf(store), (Numbers{4, 3, 2, 1}));

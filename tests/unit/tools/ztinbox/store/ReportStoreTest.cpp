@@ -7,37 +7,39 @@
 
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
-#include "tools/ztinbox/api/Moment.h"
-#include "tools/ztinbox/store/PackedText.h"
+#include "tools/ztinbox/soap/ReportContent.h"
 #include "tools/ztinbox/store/ReportStore.h"
+#include "tools/ztinbox/store/StoredReport.h"
 
 namespace {
 
 using std::chrono::milliseconds;
-using zt::inbox::NewReport;
-using zt::inbox::Report;
+using zt::inbox::IncomingReport;
 using zt::inbox::ReportFilter;
 using zt::inbox::ReportStore;
+using zt::inbox::StoredReport;
 using zt::test::SampleReport;
 
 using Numbers = std::vector<std::uint64_t>;
 
 constexpr std::size_t kAll = 1'000;
 
-NewReport newReport(const SampleReport& sample) {
+IncomingReport newReport(const SampleReport& sample) {
   const std::string text = sample.text();
-  NewReport report;
-  report.report.identity = zt::inbox::readIdentity(text);
+  IncomingReport report;
+  report.report.identity = zt::inbox::readContent(text).identity;
   report.report.size = text.size();
   report.packedBody = zt::inbox::packed(text);
   return report;
 }
 
-NewReport newReportWithId(const std::string& id) { return newReport(zt::test::reportWithId(id)); }
+IncomingReport newReportWithId(const std::string& id) {
+  return newReport(zt::test::reportWithId(id));
+}
 
 Numbers numbersOf(ReportStore& store, const ReportFilter& filter = {}, std::size_t limit = kAll) {
   Numbers numbers;
-  for (const Report& report : store.list(filter, limit)) numbers.push_back(report.number);
+  for (const StoredReport& report : store.list(filter, limit)) numbers.push_back(report.number);
   return numbers;
 }
 
@@ -46,7 +48,7 @@ class ReportStoreTest : public ::testing::Test {
   std::string folder() const { return _folder.path("data"); }
 
   /// Adds it and returns it as it is listed.
-  static Report add(ReportStore& store, NewReport report) {
+  static StoredReport add(ReportStore& store, IncomingReport report) {
     store.add(std::move(report));
     return store.list({}, 1).front();
   }
@@ -71,9 +73,9 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   sample.customerId = std::string("K\xff\0", 3);
   sample.pools = {"EXECUTION", "A", "EXECUTION", std::string("\0\xfe", 2)};
   sample.value = nothingSpecial;
-  NewReport report = newReport(sample);
+  IncomingReport report = newReport(sample);
   report.head = "POST /soap HTTP/1.1\r\nX: " + nothingSpecial;
-  report.report.received = zt::inbox::Moment(milliseconds(1'795'262'400'123));
+  report.report.received = zt::inbox::Timestamp(milliseconds(1'795'262'400'123));
   report.report.test = true;
   report.report.sender = "127.0.0.1:7";
   report.report.answer = {zt::inbox::AnswerKind::kError, 503};
@@ -109,7 +111,7 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
 
 TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
   ReportStore store(folder(), 10);
-  NewReport nothing;
+  IncomingReport nothing;
   nothing.packedBody = zt::inbox::packed("");
   add(store, nothing);
   const auto kept = store.find(1);
@@ -138,20 +140,20 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   ReportStore store(folder(), 10);
   SampleReport sample;
   sample.value = "Apple";
-  NewReport report = newReport(sample);
-  report.report.received = zt::inbox::Moment(milliseconds(1'000));
+  IncomingReport report = newReport(sample);
+  report.report.received = zt::inbox::Timestamp(milliseconds(1'000));
   store.add(report);
   sample.applicationId = "{OTHER}";
   sample.machineId = "{M}";
   sample.pools = {"CUSTOM", "DISKS"};
   sample.value = "Pear";
   report = newReport(sample);
-  report.report.received = zt::inbox::Moment(milliseconds(2'000));
+  report.report.received = zt::inbox::Timestamp(milliseconds(2'000));
   report.report.test = true;
   store.add(report);
   EXPECT_TRUE(store.setRead(2, true));
 
-  const auto at = [](int time) { return zt::inbox::Moment(milliseconds(time)); };
+  const auto at = [](int time) { return zt::inbox::Timestamp(milliseconds(time)); };
   const struct {
     ReportFilter filter;
     Numbers numbers;
@@ -245,8 +247,8 @@ TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
   ReportStore store(folder(), 3);
   add(store, newReportWithId(""));
   EXPECT_EQ(add(store, newReportWithId("")).duplicateOf, std::nullopt);
-  add(store, NewReport());
-  EXPECT_EQ(add(store, NewReport()).duplicateOf, std::nullopt);
+  add(store, IncomingReport());
+  EXPECT_EQ(add(store, IncomingReport()).duplicateOf, std::nullopt);
   EXPECT_EQ(store.withReportId("", 10), Numbers{});
 }
 
@@ -297,10 +299,10 @@ TEST_F(ReportStoreTest, MarksReportsAsRead) {
 }
 
 TEST_F(ReportStoreTest, TheListenerGetsEveryReportInOrder) {
-  std::vector<Report> told;
+  std::vector<StoredReport> told;
   {
-    ReportStore store(folder(), 1'000, [&told](const std::vector<NewReport>& reports) {
-      for (const NewReport& report : reports) told.push_back(report.report);
+    ReportStore store(folder(), 1'000, [&told](const std::vector<IncomingReport>& reports) {
+      for (const IncomingReport& report : reports) told.push_back(report.report);
     });
     std::vector<std::thread> adding;
     for (int thread = 0; thread < 4; ++thread) {
@@ -322,7 +324,7 @@ TEST_F(ReportStoreTest, ListsWhatCameAfterANumber) {
   for (int i = 0; i < 4; ++i) add(store, newReportWithId("a"));
   store.remove(3);
   Numbers numbers;
-  for (const Report& report : store.listAfter(1, 2)) numbers.push_back(report.number);
+  for (const StoredReport& report : store.listAfter(1, 2)) numbers.push_back(report.number);
   EXPECT_EQ(numbers, (Numbers{2, 4}));
   EXPECT_TRUE(store.listAfter(4, 2).empty());
 }
@@ -354,8 +356,9 @@ TEST_F(ReportStoreTest, CountsForTheCharts) {
       {3, zt::inbox::AnswerKind::kDrop, "failed", 6},
   };
   for (const auto& row : reports) {
-    NewReport report;
-    report.report.received = zt::inbox::Moment(std::chrono::minutes(row.minute) + milliseconds(59));
+    IncomingReport report;
+    report.report.received =
+        zt::inbox::Timestamp(std::chrono::minutes(row.minute) + milliseconds(59));
     report.report.answer = {row.answer};
     report.report.result = row.result;
     report.packedBody = zt::inbox::packed("0123456789");
@@ -371,11 +374,11 @@ TEST_F(ReportStoreTest, CountsForTheCharts) {
   EXPECT_EQ(all.unread, 2U);
   EXPECT_EQ(all.tests, 0U);
   ASSERT_EQ(all.minutes.size(), 2U);
-  EXPECT_EQ(all.minutes[0].begin, zt::inbox::Moment(std::chrono::minutes(1)));
+  EXPECT_EQ(all.minutes[0].begin, zt::inbox::Timestamp(std::chrono::minutes(1)));
   EXPECT_EQ(all.minutes[0].accepted, 1U);
   EXPECT_EQ(all.minutes[0].refused, 1U);
   EXPECT_EQ(all.minutes[0].failed, 0U);
-  EXPECT_EQ(all.minutes[1].begin, zt::inbox::Moment(std::chrono::minutes(3)));
+  EXPECT_EQ(all.minutes[1].begin, zt::inbox::Timestamp(std::chrono::minutes(3)));
   EXPECT_EQ(all.minutes[1].failed, 1U);
   ASSERT_EQ(all.results.size(), 2U);
   EXPECT_EQ(all.results[0].result, "succeeded");

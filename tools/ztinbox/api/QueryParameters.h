@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstdint>
+#include <initializer_list>
+#include <map>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/store/StoredReport.h"
+
+namespace zt::inbox {
+
+/// The parameters of a request's query. Everything throws InputFault with a text that names the
+/// parameter and the rule.
+class QueryParameters {
+ public:
+  /// A name that is not in `known`, or that occurs twice, is an error: a misspelt filter must not
+  /// select all reports.
+  QueryParameters(const HttpRequest& request, std::initializer_list<std::string_view> known);
+
+  // Nothing for a missing parameter.
+
+  std::optional<std::string> text(const char* name) const;
+  std::optional<std::uint64_t> whole(const char* name, std::uint64_t least,
+                                     std::uint64_t most) const;
+  std::optional<double> seconds(const char* name, double most) const;
+  std::optional<bool> flag(const char* name) const;
+  /// A date (its beginning in UTC) or a timestamp of RFC 3339.
+  std::optional<Timestamp> timestamp(const char* name) const;
+
+ private:
+  const std::multimap<std::string, std::string>& _parameters;
+};
+
+/// A number that is the whole of `text`.
+std::optional<std::uint64_t> parseWhole(std::string_view text);
+
+}  // namespace zt::inbox
