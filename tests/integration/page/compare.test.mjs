@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import {test} from "node:test";
 
-import {compareReports, countStates, flatten} from "../../../../tools/ztinbox/page/compare.mjs";
+import {compareReports, countStates, flatten} from "../../../tools/ztinbox/page/compare.mjs";
 
 function details(pools, more = {}) {
   const content = pools.map(([type, fields]) => ({type, fields}));

@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import {test} from "node:test";
 
-import {operatorText, parseQuery} from "../../../../tools/ztinbox/page/query.mjs";
+import {operatorText, parseQuery} from "../../../tools/ztinbox/page/query.mjs";
 
 const NOW = new Date("2026-11-21T12:00:00Z");
 

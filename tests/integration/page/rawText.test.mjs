@@ -1,7 +1,7 @@
 import assert from "node:assert/strict";
 import {test} from "node:test";
 
-import {findFaults, markedLines, placeOf} from "../../../../tools/ztinbox/page/rawText.mjs";
+import {findFaults, markedLines, placeOf} from "../../../tools/ztinbox/page/rawText.mjs";
 
 function found(text, cut) {
   return findFaults(text, cut).map(({start, end, reason}) => [text.slice(start, end), reason]);

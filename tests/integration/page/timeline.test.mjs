@@ -1,10 +1,10 @@
 import assert from "node:assert/strict";
 import {test} from "node:test";
 
-import {barsOf, widthText} from "../../../../tools/ztinbox/page/chartScale.mjs";
-import {durationText, sizeText} from "../../../../tools/ztinbox/page/format.mjs";
-import {addressOf, readRoute} from "../../../../tools/ztinbox/page/route.mjs";
-import {kindOf, niceTicks, timelineScale} from "../../../../tools/ztinbox/page/timeline.mjs";
+import {barsOf, widthText} from "../../../tools/ztinbox/page/chartScale.mjs";
+import {durationText, sizeText} from "../../../tools/ztinbox/page/format.mjs";
+import {addressOf, readRoute} from "../../../tools/ztinbox/page/route.mjs";
+import {kindOf, niceTicks, timelineScale} from "../../../tools/ztinbox/page/timeline.mjs";
 
 const step = (offset, duration = null) => ({offset, duration, type: "ENTER", failed: false});
 
