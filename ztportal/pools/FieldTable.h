@@ -306,15 +306,17 @@ struct Fields<ZtPortalPoolComputerSystem> {
   };
 };
 
+template <class... Pools, class Visit>
+constexpr void eachOf(Visit visit) {
+  (visit.template operator()<Pools>(), ...);
+}
+
 /// Calls `visit.operator()<Pool>()` for the class of each kind of pool. The one list of them.
 template <class Visit>
 constexpr void eachPoolClass(Visit visit) {
-  const auto visitAll = [&visit]<class... Pools>(std::tuple<Pools*...> /*classes*/) {
-    (visit.template operator()<Pools>(), ...);
-  };
-  visitAll(std::tuple<ZtPortalPool*, ZtPortalPoolExecution*, ZtPortalPoolDeinstallation*,
-                      ZtPortalPoolInitialization*, ZtPortalPoolDiagnose*,
-                      ZtPortalPoolConnectionManager*, ZtPortalPoolComputerSystem*>());
+  eachOf<ZtPortalPool, ZtPortalPoolExecution, ZtPortalPoolDeinstallation,
+         ZtPortalPoolInitialization, ZtPortalPoolDiagnose, ZtPortalPoolConnectionManager,
+         ZtPortalPoolComputerSystem>(visit);
 }
 
 }  // namespace zt
