@@ -37,8 +37,8 @@ std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer
 
 }  // namespace
 
-ReportStore::ReportStore(std::string folder, std::size_t most, Listener listener)
-    : _folder(std::move(folder)),
+ReportStore::ReportStore(const std::string& folder, std::size_t most, Listener listener)
+    : _folder(folder),
       _most(most),
       _listener(std::move(listener)),
       _writing(openForWriting(_folder.databaseFile())),

@@ -30,7 +30,7 @@ class ReportStore {
   using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
   /// Throws MachineFault if the folder or its content cannot be used.
-  ReportStore(std::string folder, std::size_t most, Listener listener = {});
+  ReportStore(const std::string& folder, std::size_t most, Listener listener = {});
 
   /// Keeps `incoming` with the next number; the oldest report is removed if there are too many.
   /// Once it returns, the report is kept, and the operations below include it.

@@ -94,6 +94,7 @@ Exit listStore() {
     return Exit::Done;
   }
   std::vector<Row> rows;
+  rows.reserve(reports.size());
   for (const SavedReport& report : reports) {
     rows.push_back(
         {shown(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
