@@ -5,7 +5,7 @@
 
 namespace zt::test {
 
-/// A fenced block of a Markdown file. Its file name stands behind the language, or alone in a line
+/// A fenced block of a Markdown file. Its file name follows the language, or is alone in a line
 /// before the block, as "`main.cpp`:".
 ///
 ///     ```json report.json

@@ -41,7 +41,7 @@ const FAULTY = [
   ["<a><!-- x</a>", [["<!--", "the comment has no end"], ["<a", 'the element "a" has no end tag']].reverse()],
   ["<a b='1' b='2'/>", [["'2'", 'the attribute "b" is given twice']]],
   ["<a b=1/>", [["<", BARE], ["a b=1/>", OUTSIDE]]],
-  [' <?xml version="1.0"?><a/>', [["<?xml", "the XML declaration does not stand at the beginning"]]],
+  [' <?xml version="1.0"?><a/>', [["<?xml", "the XML declaration is not at the beginning"]]],
 ];
 
 for (const [text, faults] of FAULTY) {

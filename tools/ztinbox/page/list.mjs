@@ -5,7 +5,7 @@ import {byId, h} from "./dom.mjs";
 import {answerTone, countText, durationText, fullMomentText, momentText, nameOf, resultTone, sizeText} from "./format.mjs";
 
 const PAGE = 100;
-// Rows that live reports may add before the oldest rows make room.
+// Rows that live reports may add before the oldest rows are removed.
 const MOST_ROWS = 1_000;
 
 export function badge(text, tone) {

@@ -98,7 +98,7 @@ class Check {
     }
     if (this.text.startsWith("<?", start)) {
       if (start > 0 && /^<\?xml\s/.test(this.text.slice(start, start + 6))) {
-        this.fault(start, 5, "the XML declaration does not stand at the beginning");
+        this.fault(start, 5, "the XML declaration is not at the beginning");
       }
       return this.skipTo("?>", 2, "the processing instruction has no end");
     }
@@ -157,8 +157,8 @@ class Check {
     if (!top) return this.fault(start, tag[0].length, `the end tag "${tag[1]}" has no start tag`);
     if (top.name === tag[1]) return this.open.pop();
     this.fault(start, tag[0].length, `the end tag "${tag[1]}" where that of "${top.name}" is due`);
-    // Either it stands in the place of the right one, or it does not belong here at all: then the
-    // right one follows.
+    // It either replaces the right end tag or is one too many; in the second case the right one
+    // follows.
     NEXT_TAG.lastIndex = this.at;
     const next = NEXT_TAG.exec(this.text);
     if (!(next && next[1] === "/" && next[2] === top.name)) this.open.pop();

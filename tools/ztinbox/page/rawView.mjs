@@ -16,7 +16,7 @@ function decode(bytes) {
   }
 }
 
-// Every replacement character stands for bytes that are no UTF-8.
+// Each replacement character (U+FFFD) marks bytes that are not UTF-8.
 function encodingFaults(text, isUtf8, cut) {
   if (isUtf8) return [];
   const faults = [];

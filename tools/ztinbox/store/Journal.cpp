@@ -190,7 +190,7 @@ std::vector<IncomingReport> Journal::after(std::uint64_t number) const {
 void Journal::clear() {
   for (File& file : _files) {
     file.size = 0;
-    file.room = 0;
+    file.capacity = 0;
     // If that fails, the numbers of the old reports show that they are stored.
     static_cast<void>(::ftruncate(file.descriptor.number(), 0));
   }
@@ -207,13 +207,13 @@ void Journal::append(const IncomingReport& report) {
 
 /// Allocates the disk space before anything is written, so that a full disk is detected here.
 void Journal::makeRoom(File& file, std::size_t size) {
-  if (size <= file.room) return;
-  const std::size_t room = (size + kStep - 1) / kStep * kStep;
-  errno = room <= kMostBytes
-              ? ::posix_fallocate(file.descriptor.number(), 0, static_cast<off_t>(room))
+  if (size <= file.capacity) return;
+  const std::size_t capacity = (size + kStep - 1) / kStep * kStep;
+  errno = capacity <= kMostBytes
+              ? ::posix_fallocate(file.descriptor.number(), 0, static_cast<off_t>(capacity))
               : EFBIG;
   if (errno != 0) fail(file.path);
-  file.room = room;
+  file.capacity = capacity;
 }
 
 }  // namespace zt::inbox

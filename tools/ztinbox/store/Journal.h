@@ -65,8 +65,8 @@ class Journal {
   struct File {
     std::string path;
     FileDescriptor descriptor;
-    std::unique_ptr<char, Unmap> bytes;  ///< kMostBytes, of which `room` are usable
-    std::size_t room = 0;                ///< allocated on the disk
+    std::unique_ptr<char, Unmap> bytes;  ///< kMostBytes, of which `capacity` are usable
+    std::size_t capacity = 0;            ///< allocated on the disk
     std::size_t size = 0;                ///< in use
   };
 

@@ -178,8 +178,8 @@ TEST(PropertyList, RefusesAKeyWithANulCharacter) {
   EXPECT_THAT(*strings, ElementsAre(Pair("", "w"), Pair("k\xC4\x80", "v")));
 }
 
-// A long text that stands in many places was copied to each: a file of 1 MiB could come to more
-// than the memory of the machine.
+// A long string that is referenced many times was copied each time, so a file of 1 MiB could
+// exhaust the memory of the machine.
 TEST(PropertyList, RefusesATextThatStandsInTooManyPlaces) {
   const auto shared = [](unsigned char length, int places) {
     const std::string text = "\x5F\x11"s + static_cast<char>(length) + '\0' +
