@@ -34,6 +34,24 @@ function(zt_configure_target target)
   endif()
 endfunction()
 
+# The standard headers that most files of a library include, compiled once for each target: it halves
+# the time of most files. Every file still includes what it uses; script/lint compiles without this.
+function(zt_precompile_headers target)
+  target_precompile_headers(
+    ${target}
+    PRIVATE
+    <algorithm>
+    <array>
+    <chrono>
+    <functional>
+    <map>
+    <memory>
+    <optional>
+    <string>
+    <string_view>
+    <vector>)
+endfunction()
+
 # zt_add_test(<name> SOURCES <files>... LIBRARIES <targets>... [DEPENDS <targets>...]
 #             [SERIAL <patterns>...] [EXCEPT <patterns>...])
 #
