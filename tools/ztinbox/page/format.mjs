@@ -1,4 +1,4 @@
-// Texts for people out of the figures of the API.
+// Formats values of the API for display.
 
 const UNITS = [
   ["d", 86_400_000],
@@ -51,7 +51,7 @@ export function clockText(date) {
   return `${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}`;
 }
 
-// Of today the time alone, in the time zone of the browser.
+// Date and time in the browser's time zone; for today only the time.
 export function momentText(iso, now = new Date()) {
   const date = new Date(iso);
   const day = dateText(date);
@@ -64,7 +64,7 @@ export function fullMomentText(iso) {
   return `${dateText(date)} ${clockText(date)}.${milliseconds}`;
 }
 
-// What a report's sender is called in one word.
+// A short name for the sender of a report.
 export function nameOf(report) {
   return report.customerId || report.applicationId || "unnamed sender";
 }
