@@ -54,7 +54,8 @@ void GroupCommit::serve() {
   }
 }
 
-/// An empty batch: no job came for a while, and there is background work. False at the end.
+/// `batch` is empty if no job was added for a while and there is background work. Returns false at
+/// the end.
 bool GroupCommit::waitForBatch(Batch& batch) {
   const auto hasToGoOn = [this] { return _ending || !_waiting.empty(); };
   std::unique_lock lock(_mutex);
@@ -85,7 +86,7 @@ void GroupCommit::commit(Batch& batch) {
       for (const Entry& entry : batch) entry.job.work();
     });
   } catch (...) {
-    // A failing job (too large for the disk) must not fail the others.
+    // A failing job, such as one that is too large for the disk, must not make the others fail.
     for (Entry& entry : batch) commitAlone(entry);
     return;
   }

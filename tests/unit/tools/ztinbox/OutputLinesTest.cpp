@@ -69,7 +69,7 @@ TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
   output.write("lost too\nand lost");
   EXPECT_EQ(pipe.readAll().find("lost"), std::string::npos);
   output.write("back");
-  EXPECT_EQ(pipe.readAll(), "(3 lines left out)\nback\n");
+  EXPECT_EQ(pipe.readAll(), "(3 lines dropped)\nback\n");
   output.write("again");
   EXPECT_EQ(pipe.readAll(), "again\n");
 }

@@ -91,7 +91,8 @@ TEST_F(DamagedDataTest, ADatabaseOfAnotherProgramIsRefused) {
 TEST_F(DamagedDataTest, ADatabaseOfANewerProgramIsRefused) {
   fill();
   Database(file(), Database::Access::kWrite).run("PRAGMA user_version = 2");
-  expectRefused("written by a newer ztinbox (version 2 of the tables, this one knows 1)");
+  expectRefused(
+      "written by a newer ztinbox (version 2 of the tables; this program knows version 1)");
 }
 
 TEST_F(DamagedDataTest, AnEmptyFileIsANewDatabase) {
@@ -108,8 +109,9 @@ TEST_F(DamagedDataTest, AFolderThatCannotBeCreatedIsRefused) {
 
 TEST_F(DamagedDataTest, AFolderInUseIsRefused) {
   const ReportStore store(folder(), 100);
-  EXPECT_EQ(faultOf(folder() + "/"), "the data folder " + folder() +
-                                         " is in use by another inbox; --data names another one");
+  EXPECT_EQ(faultOf(folder() + "/"),
+            "the data folder " + folder() +
+                " is in use by another inbox; choose another one with --data");
 }
 
 TEST_F(DamagedDataTest, ADamagedReportIsToldWhenItIsRead) {
