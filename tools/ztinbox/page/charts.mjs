@@ -28,7 +28,7 @@ function figures(title, columns, rows) {
         h("tbody", {}, ...rows.map(([first, ...others]) => h("tr", {}, h("th", {scope: "row"}, first), ...others.map((value) => h("td", {}, String(value)))))))));
 }
 
-function momentOf(date) {
+function minuteText(date) {
   return `${dateText(date)} ${clockText(date).slice(0, 5)}`;
 }
 
@@ -40,7 +40,7 @@ function barView(bar, index, count, highest) {
     return height > 0 ? svg("rect", {"data-tone": tone, x: percent((index + 0.08) / count), width: percent(0.84 / count), y: top.toFixed(2), height: height.toFixed(2)}) : null;
   });
   const sums = KINDS.filter(([key]) => bar[key] > 0).map(([key, label]) => `${bar[key]} ${label}`);
-  return svg("g", {}, svg("title", {}, `${momentOf(bar.begin)}: ${sums.join(", ") || "none"}`), ...parts);
+  return svg("g", {}, svg("title", {}, `${minuteText(bar.begin)}: ${sums.join(", ") || "none"}`), ...parts);
 }
 
 function minutesChart({minutes}) {
@@ -56,9 +56,9 @@ function minutesChart({minutes}) {
     h("div", {class: "plot"},
       h("div", {class: "plot-axis", "aria-hidden": "true"}, h("span", {}, String(highest)), h("span", {}, "0")),
       chart,
-      h("div", {class: "plot-times", "aria-hidden": "true"}, h("span", {}, momentOf(bars[0].begin)), bars.length > 1 ? h("span", {}, momentOf(bars.at(-1).begin)) : null)),
+      h("div", {class: "plot-times", "aria-hidden": "true"}, h("span", {}, minuteText(bars[0].begin)), bars.length > 1 ? h("span", {}, minuteText(bars.at(-1).begin)) : null)),
     figures(title, ["From", "Accepted", "Refused", "Fault"], bars.filter((bar) => bar.accepted + bar.refused + bar.failed > 0)
-      .map((bar) => [momentOf(bar.begin), bar.accepted, bar.refused, bar.failed])));
+      .map((bar) => [minuteText(bar.begin), bar.accepted, bar.refused, bar.failed])));
 }
 
 function resultsChart({results}) {

@@ -3,7 +3,7 @@
 import {listReports, readReport} from "./api.mjs";
 import {compareReports, countStates} from "./compare.mjs";
 import {h} from "./dom.mjs";
-import {momentText, nameOf} from "./format.mjs";
+import {timeText, nameOf} from "./format.mjs";
 
 const STATES = {equal: "equal", changed: "changed"};
 const MOST_ROWS = 5_000;
@@ -27,7 +27,7 @@ function table(rows, left, right) {
 }
 
 function optionText(report) {
-  const words = [`#${report.number}`, momentText(report.received), nameOf(report), report.applicationVersion, report.result];
+  const words = [`#${report.number}`, timeText(report.received), nameOf(report), report.applicationVersion, report.result];
   return words.filter(Boolean).join("  ");
 }
 

@@ -52,13 +52,13 @@ export function clockText(date) {
 }
 
 // Date and time in the browser's time zone; for today only the time.
-export function momentText(iso, now = new Date()) {
+export function timeText(iso, now = new Date()) {
   const date = new Date(iso);
   const day = dateText(date);
   return day === dateText(now) ? clockText(date) : `${day} ${clockText(date)}`;
 }
 
-export function fullMomentText(iso) {
+export function fullTimeText(iso) {
   const date = new Date(iso);
   const milliseconds = String(date.getMilliseconds()).padStart(3, "0");
   return `${dateText(date)} ${clockText(date)}.${milliseconds}`;

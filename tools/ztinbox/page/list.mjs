@@ -2,7 +2,7 @@
 
 import {listReports} from "./api.mjs";
 import {byId, h} from "./dom.mjs";
-import {answerTone, countText, durationText, fullMomentText, momentText, nameOf, resultTone, sizeText} from "./format.mjs";
+import {answerTone, countText, durationText, fullTimeText, timeText, nameOf, resultTone, sizeText} from "./format.mjs";
 
 const PAGE = 100;
 // When new reports make the list longer than this, the oldest rows are removed.
@@ -23,7 +23,7 @@ function rowOf(report, address) {
       h("span", {class: "mark"}, report.read ? null : h("span", {class: "hidden"}, "unread ")),
       h("span", {class: "who"}, nameOf(report), report.applicationVersion ? h("span", {class: "version"}, ` ${report.applicationVersion}`) : null),
       h("span", {class: "app"}, report.applicationId ?? ""),
-      h("time", {class: "when", datetime: report.received, title: fullMomentText(report.received)}, momentText(report.received)),
+      h("time", {class: "when", datetime: report.received, title: fullTimeText(report.received)}, timeText(report.received)),
       h(
         "span",
         {class: "facts"},

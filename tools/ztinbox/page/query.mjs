@@ -15,13 +15,13 @@ const OPERATORS = {
   application: {parameter: "application"},
   pool: {parameter: "pool"},
   machine: {parameter: "machine"},
-  after: {parameter: "since", read: readMoment},
-  before: {parameter: "until", read: readMoment},
+  after: {parameter: "since", read: readTime},
+  before: {parameter: "until", read: readTime},
   is: {words: {unread: ["read", "false"], read: ["read", "true"], test: ["test", "true"]}},
 };
 
 // A day or a time without an offset is in the browser's time zone.
-function readMoment(text, now) {
+function readTime(text, now) {
   const ago = AGO.exec(text);
   if (ago) return new Date(now.getTime() - Number(ago[1]) * SECONDS[ago[2]] * 1_000).toISOString();
   if (!DAY.test(text) && !TIME.test(text)) return null;

@@ -3,7 +3,7 @@
 import {rawAddress} from "./api.mjs";
 import {compareView} from "./compareView.mjs";
 import {h} from "./dom.mjs";
-import {answerTone, durationText, fullMomentText, nameOf, resultTone, sizeText} from "./format.mjs";
+import {answerTone, durationText, fullTimeText, nameOf, resultTone, sizeText} from "./format.mjs";
 import {badge} from "./list.mjs";
 import {operatorText} from "./query.mjs";
 import {copyText, rawView} from "./rawView.mjs";
@@ -29,7 +29,7 @@ function summary(report, address) {
     ["Version", report.applicationVersion || h("span", {class: "none"}, "none")],
     ["Machine", searchLink("machine", report.machineId)],
     ["Report ID", report.reportId || h("span", {class: "none"}, "none")],
-    ["Received", h("time", {datetime: report.received}, fullMomentText(report.received))],
+    ["Received", h("time", {datetime: report.received}, fullTimeText(report.received))],
     ["From", report.sender],
     ["Size", sizeText(report.size)],
   ];

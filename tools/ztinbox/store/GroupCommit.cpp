@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kQuietMoment{20};
+constexpr std::chrono::milliseconds kQuietTime{20};
 constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
 
 }  // namespace
@@ -48,7 +48,7 @@ void GroupCommit::serve() {
     if (!batch.empty()) {
       commit(batch);
       _backgroundIsLeft = true;
-      _pause = kQuietMoment;
+      _pause = kQuietTime;
     }
     if (batch.empty() || Clock::now() - _lastBackground > kLongestBackgroundPause) runBackground();
   }

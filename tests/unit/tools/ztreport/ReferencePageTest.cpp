@@ -162,7 +162,7 @@ std::string generatedPart() {
     const auto pool = plainPool<Pool>();
     Section section{code(Fields<Pool>::kKind), "", rowsOf(*pool, Defaults(pool->timeStamp()), "")};
     if constexpr (std::same_as<Pool, ZtPortalPool>) {
-      section.note = "A pool with generic fields alone.";
+      section.note = "A pool with only generic fields.";
       section.rows.replace(section.rows.find("–"), std::string_view("–").size(), "the pool's type");
     } else {
       section.note = "Pool type " + code(Fields<Pool>::kType) + ".";
