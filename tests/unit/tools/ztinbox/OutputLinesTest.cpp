@@ -77,7 +77,7 @@ TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
 using zt::inbox::AnswerKind;
 using zt::inbox::StoredReport;
 
-/// Everything behind the time, which is the local one.
+/// Everything after the time, which is local time.
 std::string withoutTime(const std::string& line) {
   constexpr std::size_t kTimeLength = std::string_view("2026-11-21 12:00:00").size();
   return line.size() < kTimeLength ? line : line.substr(kTimeLength);

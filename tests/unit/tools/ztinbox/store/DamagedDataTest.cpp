@@ -8,7 +8,7 @@
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
 
-// Data folders that cannot be used: each is refused with a text that says why, and nothing in it is
+// Data folders that cannot be used: each is refused with a message that says why, and is not
 // changed.
 
 namespace {
@@ -49,7 +49,7 @@ class DamagedDataTest : public ::testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
-  /// Tries to use the folder and expects that the file is as it was.
+  /// Tries to use the folder, and expects that the file is not changed.
   void expectRefused(const std::string& reason) const {
     const std::string before = bytes();
     EXPECT_EQ(faultOf(folder()), file() + ": " + reason);
