@@ -22,8 +22,8 @@
 ///     auto computer = document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
 ///     computer->addFirewallApp("firewalld", "1.3.3")->setIsEnabled(1);
 ///
-/// A new pool knows nothing: its strings are empty or missing, its languages neutral, its lists
-/// empty. `checkComputerSystem` fills it from the running machine.
+/// A new pool has empty or missing strings, neutral languages and empty lists.
+/// `checkComputerSystem` fills it from the running machine.
 class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
  public:
   template <class Record>
