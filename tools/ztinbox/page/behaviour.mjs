@@ -8,8 +8,8 @@ import {durationText} from "./format.mjs";
 const ANSWERS = [
   ["accept", "Accept", "answer true"],
   ["refuse", "Refuse", "answer false"],
-  ["error", "Error", "an HTTP error status"],
-  ["garbage", "Garbage", "bytes that are not an HTTP response"],
+  ["error", "Error", "only an HTTP status, such as 503"],
+  ["garbage", "Garbage", "a web page instead of a SOAP response"],
   ["hang", "Hang", "receive the report and never respond"],
   ["drop", "Drop", "close the connection without a response"],
   ["truncate", "Truncate", "close the connection in the middle of the response"],
