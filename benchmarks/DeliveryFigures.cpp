@@ -28,8 +28,8 @@
 #include "ztportal/platform/Free.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 
-// One delivery, one walk of the process table and the resending of a store, each beside the same
-// calls without the library.
+// One delivery, one walk of the process table and the resending of a store, each compared with the
+// same calls without the library.
 
 namespace zt::bench {
 
@@ -42,7 +42,7 @@ std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* b
   return size;
 }
 
-/// Posts with libcurl over a connection that is kept.
+/// Posts with libcurl over a kept connection.
 class BarePost {
  public:
   BarePost() { curl_easy_setopt(_handle.get(), CURLOPT_WRITEFUNCTION, takeBody); }
@@ -62,7 +62,7 @@ class BarePost {
   const std::unique_ptr<CURL, Free<curl_easy_cleanup>> _handle{curl_easy_init()};
 };
 
-/// Opens the session bus, sends one signal with `text` and closes the bus once it is sent.
+/// Connects to the session bus, sends one signal with `text`, and disconnects.
 void sendBareSignal(const std::string& text) {
   sd_bus* opened = nullptr;
   if (sd_bus_open_user(&opened) < 0) throw std::runtime_error("no session bus");
@@ -74,7 +74,8 @@ void sendBareSignal(const std::string& text) {
   }
 }
 
-/// Reads the process table and each process's link to its executable; how many processes there are.
+/// Reads the process table and each process's link to its executable. Returns the number of
+/// processes.
 std::size_t walkBareProcessTable() {
   std::size_t processes = 0;
   const std::unique_ptr<DIR, Free<closedir>> folder(opendir("/proc"));
@@ -88,7 +89,7 @@ std::size_t walkBareProcessTable() {
   return processes;
 }
 
-/// What libxml2 writes of what it parsed.
+/// Parses `text` with libxml2 and writes the document back.
 std::string parseAndWriteBare(const std::string& text) {
   const std::unique_ptr<xmlDoc, Free<xmlFreeDoc>> document(
       xmlReadMemory(text.data(), static_cast<int>(text.size()), nullptr, nullptr, XML_PARSE_NONET));
@@ -100,7 +101,7 @@ std::string parseAndWriteBare(const std::string& text) {
   return {reinterpret_cast<const char*>(written), static_cast<std::size_t>(size)};
 }
 
-/// A session bus and a data folder of the measurement's own, in force for a scope.
+/// A private session bus and a temporary data folder, in use for a scope.
 class Desktop {
  public:
   const test::TemporaryFolder& dataFolder() const { return _data; }
@@ -119,7 +120,7 @@ constexpr int kLookUps = 3;
 
 constexpr std::size_t kProcesses = 1000;
 
-/// As many sleeping processes as make `kProcesses` on the whole machine.
+/// Starts sleeping processes until the whole machine has `kProcesses`.
 class SleepingProcesses {
  public:
   SleepingProcesses() {
@@ -157,7 +158,7 @@ std::string contentOf(const fs::path& file) {
   return content.str();
 }
 
-/// Saved reports, each of its own bytes on the disk, to be put into the store again and again.
+/// Saved reports, each with its own blocks on the disk, that can be put into the store repeatedly.
 class SavedReports {
  public:
   SavedReports(const test::TemporaryFolder& folder, const std::string& text)
@@ -192,13 +193,13 @@ double memory(const std::string& name) {
   throw std::runtime_error("no " + name + " in /proc/self/status");
 }
 
-/// Sets the peak of the resident memory back to its present size.
+/// Resets the peak of the resident memory to its current size.
 void forgetPeak() { std::ofstream("/proc/self/clear_refs") << "5"; }
 
 }  // namespace
 
-/// One delivery of a report of 20 kB. It looks up the test mode three times: for the text, for the
-/// way to the server, and for the post.
+/// One delivery of a report of 20 kB. It checks the test mode three times: for the text, for the
+/// choice of the server, and for the post.
 std::vector<Figure> deliveryFigures() {
   const LoopbackServer server;
   const Desktop desktop;
@@ -231,8 +232,8 @@ std::vector<Figure> processWalkFigures() {
                       {"folder and links read", best[1] * 1e6}, "us")};
 }
 
-/// A store of 10,000 saved reports of 20 kB, sent again: beside the same calls, and beside the same
-/// calls with the look-up of the test mode before each post.
+/// Resends a store of 10,000 reports of 20 kB. The peers are the same calls without the library,
+/// and these calls with a check of the test mode before each post.
 std::vector<Figure> resendFigures() {
   const LoopbackServer server;
   const Desktop desktop;
@@ -271,7 +272,7 @@ std::vector<Figure> resendFigures() {
       atMostTimes(1.15, "resending 10,000 reports of 20 kB, each", each(ours), {kPeer, each(parts)},
                   "us"),
       atMostTimes(1.15, "resending 10,000 reports of 20 kB, each", each(ours),
-                  {"with the look-ups", each(partsAndLookUps)}, "us"),
+                  {"with the look-ups of the test mode", each(partsAndLookUps)}, "us"),
       atMost(2, "memory of resending 10,000 beyond 100", growth / kMebibyte, "MiB"),
   };
 }

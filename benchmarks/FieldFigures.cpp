@@ -20,10 +20,10 @@
 #include "benchmarks/Reports.h"
 #include "ztportal/ztportal.h"
 
-// The cost of one string field: in an execution pool of 10,000 steps written as SOAP, five string
-// fields a step, beside other writers; and in a generic pool of a million fields beside one of a
-// thousand. Every peer writes the steps' fields byte for byte as the library does; its values are
-// ready-made texts, so that the library alone has to format the timestamps.
+// The cost of one string field: in an execution pool of 10,000 steps with five string fields each,
+// written as SOAP and compared with other writers; and in a generic pool of a million fields,
+// compared with one of a thousand. Every peer writes the same bytes as the library, but from
+// ready-made values, so that only the library has to format the timestamps.
 
 namespace zt::bench {
 
@@ -58,7 +58,7 @@ constexpr std::string_view kAfterValue =
     "</Value>\r\n"
     "                   </Field>\r\n";
 
-/// The lines of the steps out of the whole pool's text.
+/// Cuts the lines of the steps out of the whole pool's text.
 std::string stepLines(const std::string& poolText) {
   const std::size_t start = poolText.find(kRecordStart, poolText.find("INSTALLATIONSTEPS"));
   const std::size_t end = poolText.rfind(kRecordEnd) + kRecordEnd.size();
@@ -88,12 +88,12 @@ std::vector<StepTexts> makeTexts(std::size_t steps) {
   return texts;
 }
 
-/// The whole pool as the library writes it.
+/// Writes the whole pool with the library.
 void writePool(const ZtPortalPoolExecution& pool, std::string& xml) {
   pool.addToXml(kPrefix, xml, true);
 }
 
-/// The lines of the steps alone, which every peer has to write.
+/// The lines of the steps, which every peer has to write.
 std::string expectedLines(std::size_t steps) {
   std::string xml;
   writePool(*makePool(steps), xml);
@@ -134,7 +134,7 @@ Buffer writeByCopying(const std::vector<StepTexts>& texts, std::size_t size) {
   return buffer;
 }
 
-/// libxml2's text writer, given every blank and line end so that its text is the same.
+/// libxml2's text writer. It is given every space and line end, so that its text is the same.
 std::string writeByLibxml(const std::vector<StepTexts>& texts) {
   const std::unique_ptr<xmlBuffer, decltype(&xmlBufferFree)> buffer(xmlBufferCreate(),
                                                                     &xmlBufferFree);
@@ -177,7 +177,7 @@ std::string writeByLibxml(const std::vector<StepTexts>& texts) {
           static_cast<std::size_t>(xmlBufferLength(buffer.get()))};
 }
 
-/// tinyxml2's printer in its compact form; the blanks are texts.
+/// tinyxml2's printer in compact mode; spaces and line ends are written as texts.
 std::string writeByTinyxml(const std::vector<StepTexts>& texts) {
   tinyxml2::XMLPrinter printer(nullptr, true);
   const auto blanks = [&printer](const char* text) { printer.PushText(text); };
@@ -212,7 +212,7 @@ std::string writeByTinyxml(const std::vector<StepTexts>& texts) {
   return {printer.CStr(), static_cast<std::size_t>(printer.CStrSize() - 1)};
 }
 
-/// `fmt::format_to`, four lines a field in one format.
+/// `fmt::format_to`, with one format for the four lines of a field.
 std::string writeByFmt(const std::vector<StepTexts>& texts) {
   std::string text;
   auto out = std::back_inserter(text);
@@ -259,7 +259,7 @@ Work build(std::size_t fields, std::size_t times) {
   };
 }
 
-/// The text's memory is kept from one time to the next, as that of the fields is.
+/// Keeps the memory of the text between rounds, like that of the fields.
 Work write(std::size_t fields, std::size_t times) {
   return [pool = poolOf(fields), times, xml = std::make_shared<std::string>()] {
     for (std::size_t i = 0; i < times; ++i) {
@@ -310,8 +310,8 @@ std::vector<Figure> fieldFigures() {
 }
 
 std::vector<Figure> millionFieldsFigures() {
-  // The allocator keeps freed memory: otherwise fresh pages of the kernel would dominate the time
-  // of so many fields.
+  // Makes the allocator keep freed memory. Otherwise new pages from the kernel would dominate the
+  // time of so many fields.
   mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
   mallopt(M_MMAP_THRESHOLD, std::numeric_limits<int>::max());
   return {

@@ -12,52 +12,53 @@ namespace zt::bench {
 struct Figure {
   std::string name;
   std::string ours;
-  std::string peer;  ///< its name and measure
+  std::string peer;  ///< name and value
   std::string limit;
   std::string ratio;
   bool passes = false;
 };
 
-/// A measure with its unit, such as "14.3 ns".
+/// A value with its unit, such as "14.3 ns".
 std::string measure(double value, const std::string& unit);
 
-/// What a figure is measured beside.
+/// The alternative with which a figure is compared.
 struct Peer {
   std::string name;
   double value;
 };
 
-/// At most `limit` times the peer's measure; both in `unit`.
+/// Passes if it is at most `limit` times the peer's value; both are in `unit`.
 Figure atMostTimes(double limit, const std::string& name, double ours, const Peer& peer,
                    const std::string& unit);
-/// At least `limit` times as fast as the peer, by the time that each takes.
+/// Passes if it is at least `limit` times as fast as the peer; both values are times.
 Figure timesFaster(double limit, const std::string& name, double ours, const Peer& peer,
                    const std::string& unit);
-/// At least `limit` times the peer's rate.
+/// Passes if it is at least `limit` times the peer's rate.
 Figure atLeastTimes(double limit, const std::string& name, double ours, const Peer& peer,
                     const std::string& unit);
-/// At most `limit`, without a peer.
+/// Passes if it is at most `limit`; has no peer.
 Figure atMost(double limit, const std::string& name, double ours, const std::string& unit);
 
 using Work = std::function<void()>;
 
 double secondsOf(const Work& work);
 
-/// The seconds that each of `works` takes at best. They take turns, so that other programs on the
-/// machine disturb all of them, and the least of many rounds is what each takes undisturbed.
+/// The shortest time in seconds that each of `works` takes. They take turns for many rounds, so
+/// that other load on the machine affects all of them alike; the shortest round is the undisturbed
+/// one.
 ///
 ///     const auto best = fastest(100, {ours, theirs});    // best[0] / best[1]
 std::vector<double> fastest(std::size_t rounds, const std::vector<Work>& works);
 
-/// The memory that this thread got from `new` so far.
+/// The memory that this thread has allocated with `new`.
 struct Allocations {
   std::uint64_t count;
   std::int64_t bytesInUse;  ///< as requested, without the allocator's overhead
 };
 Allocations allocations();
 
-// The groups of figures. Each throws std::runtime_error when it cannot be measured, for example
-// when a peer writes another text.
+// The groups of figures. Each throws std::runtime_error if it cannot be measured, for example
+// because the text of a peer differs.
 std::vector<Figure> fieldFigures();
 std::vector<Figure> timestampFigures();
 std::vector<Figure> requestFigures();

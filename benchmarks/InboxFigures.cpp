@@ -13,8 +13,8 @@
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
-// Reports of 20 kB from 8 connections, kept in the inbox's database, beside the same server
-// answering without keeping them.
+// Reports of 20 kB from 8 connections, stored in the inbox's database, compared with the same
+// server without a store.
 
 namespace zt::bench {
 
@@ -39,7 +39,7 @@ class Server {
     _port = static_cast<int>(numberBehind(line, "127.0.0.1:"));
   }
 
-  /// The rate at which the server takes reports from 8 connections, measured for two seconds.
+  /// Reports per second that the server accepts from 8 connections, measured for two seconds.
   double rate() {
     test::Subprocess load({ZT_INBOX_LOAD, std::to_string(_port), "8", "2", "20000"});
     const std::string line = load.readLine(kPatience).value_or("");
@@ -51,7 +51,7 @@ class Server {
   void pause() const { _process.signal(SIGSTOP); }
   void goOn() const { _process.signal(SIGCONT); }
 
-  /// Whether each answered report is kept.
+  /// Whether every answered report is stored.
   bool hasKeptAll() const {
     const auto stats = test::HttpClient(_port).get("/api/v1/stats");
     return stats && numberBehind(stats->body, "\"reports\":") == static_cast<double>(_answered);
@@ -79,7 +79,7 @@ std::vector<Figure> inboxFigures() {
   }
   if (!keeping.hasKeptAll()) throw std::runtime_error("the inbox lost reports");
   return {atLeastTimes(0.5, "ztinbox from 8 connections, nothing lost", kept,
-                       {"without keeping", answered}, "a second")};
+                       {"without storing", answered}, "a second")};
 }
 
 }  // namespace zt::bench

@@ -34,7 +34,7 @@ struct Responses {
           .bytes;
 
   const std::string& to(std::string_view request) const {
-    constexpr std::size_t kStart = 1024;  // contains the kind of the request
+    constexpr std::size_t kStart = 1024;  // enough to recognise the kind of the request
     switch (test::kindOf(request.substr(0, kStart))) {
       case test::RequestKind::Configuration:
         return configuration;
@@ -46,7 +46,7 @@ struct Responses {
   }
 };
 
-/// The size of the request at the start of `bytes`; 0 while its head is not complete.
+/// The size of the request at the start of `bytes`; 0 if its head is not complete yet.
 std::size_t sizeOfRequest(std::string_view bytes) {
   constexpr std::string_view kEnd = "\r\n\r\n";
   constexpr std::string_view kLength = "\r\nContent-Length: ";

@@ -8,9 +8,9 @@
 
 namespace zt::bench {
 
-/// A reporting server as fast as possible, in a process of its own that ends with this object: it
-/// reads a request to its end and responds with ready-made bytes. It keeps connections; each has a
-/// thread. As a proxy it responds for any server.
+/// A reporting server that is as fast as possible: it reads a request to its end and responds with
+/// ready-made bytes. It runs in a subprocess that ends with this object, keeps connections open
+/// with one thread each, and responds as a proxy for any server.
 class LoopbackServer {
  public:
   LoopbackServer();

@@ -10,21 +10,21 @@
 #include "ztportal/platform/time/DateText.h"
 #include "ztportal/ztportal.h"
 
-// What the table of figures does not show: costs by the number of fields and by kinds of dates.
+// Details that the table of figures does not show: cost by number of fields and by kind of dates.
 
 namespace {
 
 using zt::bench::stepTime;
 
-/// Shows the time of one field.
+/// Adds the time of one field to the output.
 void countFields(benchmark::State& state) {
   state.counters["field"] = benchmark::Counter(
       static_cast<double>(state.range(0)),
       benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-/// The memory of the text is kept from one round to the next: otherwise fresh pages of the kernel
-/// dominate the time of the largest texts.
+/// Keeps the memory of the text between rounds. Otherwise new pages from the kernel would dominate
+/// the time of the largest texts.
 void write(benchmark::State& state, const ZtPortalPool& pool) {
   std::string xml;
   pool.addToXml("           ", xml, true);

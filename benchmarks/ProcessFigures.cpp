@@ -19,13 +19,13 @@
 #include "ztportal/platform/process/LinuxSubprocesses.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
-// What takes the time of whole processes: the first report, a host that never reports, the probe.
+// Times of whole processes: the first report, a host that never reports, the probe.
 
 namespace zt::bench {
 
 namespace {
 
-/// Runs a program to its end. Without the pipes and threads of `test::Subprocess`, whose time would
+/// Runs a program to its end, without the pipes and threads of `test::Subprocess`, whose time would
 /// count.
 void run(std::vector<std::string> words) {
   std::vector<char*> arguments;
@@ -40,7 +40,7 @@ void run(std::vector<std::string> words) {
   }
 }
 
-/// The resident memory of a program that has just started, in MiB; pages that it shares count.
+/// The resident memory of a program that has just started, in MiB, including shared pages.
 double residentMemory(const std::string& program) {
   test::Subprocess host({program, "stay"});
   if (!host.readLine(std::chrono::seconds(10))) throw std::runtime_error(program + " is gone");
@@ -54,8 +54,8 @@ double residentMemory(const std::string& program) {
 
 }  // namespace
 
-/// From the start of a process to its first accepted report, beside curl making the same three
-/// requests. There is no session bus, since curl broadcasts nothing.
+/// From the start of a process to its first accepted report, compared with curl making the same
+/// three requests. There is no session bus, because curl does not use one.
 std::vector<Figure> firstReportFigures() {
   const LoopbackServer server;
   const test::TemporaryFolder folder;
@@ -83,7 +83,7 @@ std::vector<Figure> firstReportFigures() {
                       {"three curl processes", best[1] * 1e3}, "ms")};
 }
 
-/// What a host that never reports pays for the shared library.
+/// The cost of the shared library for a host that never reports.
 std::vector<Figure> idleHostFigures() {
   const std::vector<double> best =
       fastest(300, {[] { run({ZT_IDLE_HOST}); }, [] { run({ZT_EMPTY_PROGRAM}); }});
@@ -98,7 +98,7 @@ std::vector<Figure> idleHostFigures() {
   return {start, all, own};
 }
 
-/// The inventory of this machine beside the shell that it asks for the user's group.
+/// The inventory of this machine, compared with the shell that it starts to find the user's group.
 std::vector<Figure> probeFigures() {
   setEnvironment();
   LinuxSubprocesses shell(libexecFolder());
@@ -109,7 +109,8 @@ std::vector<Figure> probeFigures() {
                     [&] {
                       shell.output("/bin/bash", {"-c", command});
                     }});
-  return {atMostTimes(1.3, "the probe", best[0] * 1e3, {"its subprocess", best[1] * 1e3}, "ms")};
+  return {
+      atMostTimes(1.3, "the inventory", best[0] * 1e3, {"its subprocess", best[1] * 1e3}, "ms")};
 }
 
 }  // namespace zt::bench

@@ -14,14 +14,14 @@
 #include "benchmarks/Reports.h"
 #include "ztportal/platform/time/DateText.h"
 
-// One timestamp of a report beside other formatters, the text of a typical report, and the memory
-// of a report while it is built.
+// One timestamp compared with other formatters, the text of a typical report, and the memory of a
+// report while it is built.
 
 namespace zt::bench {
 
 namespace {
 
-/// By localtime_r() and strftime(), with the C library's name of the zone.
+/// Uses localtime_r() and strftime(), with the C library's name of the zone.
 void appendByStrftime(std::string& text, ZtDate date) {
   const std::time_t seconds = date.milliseconds() / 1000;
   const auto milliseconds = static_cast<unsigned>(date.milliseconds() % 1000);
@@ -36,7 +36,7 @@ void appendByStrftime(std::string& text, ZtDate date) {
   text.append(out, length).append(local.tm_zone);
 }
 
-/// ICU's formatter of the same pattern.
+/// ICU's formatter with the same pattern.
 std::unique_ptr<icu::SimpleDateFormat> icuFormat(const char* zone, const char* locale) {
   UErrorCode status = U_ZERO_ERROR;
   auto format = std::make_unique<icu::SimpleDateFormat>(
@@ -50,7 +50,7 @@ void appendByIcu(std::string& text, const icu::SimpleDateFormat& format, ZtDate 
   format.format(static_cast<UDate>(date.milliseconds()), formatted).toUTF8String(text);
 }
 
-constexpr const char* kName = "one time stamp";
+constexpr const char* kName = "one timestamp";
 constexpr std::size_t kZoneLength = 3;  // "CET", "MEZ"
 
 /// A thousand dates of one day.
@@ -77,7 +77,7 @@ Work writer(const std::vector<ZtDate>& dates, Append append) {
 
 constexpr std::size_t kFields = 10'000;
 
-/// The bytes in use for one field of a report with many, beyond those of its name and value.
+/// The bytes that one field of a large report takes, without those of its name and value.
 double bytesBeyondTexts() {
   std::vector<std::string> names;
   std::vector<std::string> values;
@@ -112,7 +112,7 @@ std::vector<Figure> timestampFigures() {
     ours(texts[0], date);
     appendByStrftime(texts[1], date);
     byKept(texts[2], date);
-    // The C library has another name for the zone than the Unicode data in German.
+    // In German, the C library's name of the zone differs from that of the Unicode data.
     const std::size_t digits = texts[1].size() - kZoneLength;
     if (texts[0].substr(0, digits) != texts[1].substr(0, digits) || texts[0] != texts[2]) {
       throw std::runtime_error("a peer writes another timestamp: " + texts[1] + ", " + texts[2]);
@@ -127,15 +127,16 @@ std::vector<Figure> timestampFigures() {
   const double stamp = each(best[0], dates);
   return {
       atMostTimes(1.2, kName, stamp, {"localtime_r, strftime", each(best[1], dates)}, "ns"),
-      timesFaster(15, kName, stamp, {"ICU's formatter kept", each(best[2], fewDates)}, "ns"),
-      timesFaster(200, kName, stamp, {"ICU's formatter anew", each(anew[0], fewDates)}, "ns"),
+      timesFaster(15, kName, stamp, {"ICU's formatter, reused", each(best[2], fewDates)}, "ns"),
+      timesFaster(200, kName, stamp, {"ICU's formatter, created anew", each(anew[0], fewDates)},
+                  "ns"),
   };
 }
 
 std::vector<Figure> requestFigures() {
   setEnvironment();
   const auto report = typicalReport();
-  // Without the inventory of the machine, which is a figure of its own.
+  // The report has a made-up inventory; taking one is a separate figure.
   const Work write = [&report] {
     const std::string text = report->generateXml(nullptr, true);
     benchmark::DoNotOptimize(text.data());

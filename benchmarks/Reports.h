@@ -6,17 +6,17 @@
 
 #include "ztportal/ztportal.h"
 
-// The reports that several figures measure.
+// Reports that several benchmarks use.
 
 namespace zt::bench {
 
-/// Sets the zone and the locale that timestamps are written in: Berlin, German.
+/// Sets the time zone and the locale of timestamps to Berlin and German.
 void setEnvironment();
 
-/// The time of a report's step, from 2026-11-21T12:00:00Z on.
+/// The time of a report's step; step 0 is at 2026-11-21T12:00:00Z.
 ZtDate stepTime(std::size_t step);
 
-/// A report without pools; without a URL it reads no configuration.
+/// A report without pools. Without a URL it reads no configuration.
 std::shared_ptr<ZtPortalData> emptyReport(const std::string& configurationUrl = "");
 /// A report with the inventory of a computer, a run of 40 steps, and 30 facts.
 std::shared_ptr<ZtPortalData> typicalReport();

@@ -14,15 +14,15 @@
 
 #include "benchmarks/Figure.h"
 
-// Measures each figure beside its peer and prints the table:
+// Measures each figure and its peer, and prints the table:
 //
-//     zt_figures [GROUP]...    all groups, or those named
+//     zt_figures [GROUP]...    default: all groups
 
 namespace {
 
 thread_local zt::bench::Allocations allocated{0, 0};
 
-/// The size of a block, in front of it.
+/// Precedes each block of memory.
 struct alignas(std::max_align_t) Header {
   std::size_t size;
 };
@@ -125,7 +125,7 @@ bool isNamed(const Group& group, int count, char** words) {
 void measure(const Group& group, std::vector<Figure>& figures) {
   std::fprintf(stderr, "measuring: %s\n", group.name.data());
   for (auto& figure : group.measure()) figures.push_back(std::move(figure));
-  malloc_trim(0);  // so that one group's memory is not another's
+  malloc_trim(0);  // so that the next group does not inherit this group's memory
 }
 
 int run(int count, char** words) {
@@ -134,7 +134,7 @@ int run(int count, char** words) {
     if (isNamed(group, count, words)) measure(group, figures);
   }
   if (figures.empty()) {
-    std::fputs("zt_figures: usage: zt_figures [GROUP]..., each of", stderr);
+    std::fputs("usage: zt_figures [GROUP]...\ngroups:", stderr);
     for (const Group& group : kGroups) std::fprintf(stderr, " %s", group.name.data());
     std::fputs("\n", stderr);
     return 2;

@@ -1,5 +1,5 @@
-# Writes the files FILES (names in FOLDER, separated by commas) as the source file OUTPUT: the table
-# NAME of a zt::EmbeddedFile each, which HEADER declares.
+# Writes the source file OUTPUT, which defines NAME: a table with a zt::EmbeddedFile for each of FILES
+# (names in FOLDER, separated by commas). HEADER declares it.
 string(REPLACE "," ";" names "${FILES}")
 set(arrays "")
 set(rows "")

@@ -1,5 +1,5 @@
-# Writes the file INPUT as the source file OUTPUT: its bytes are the std::string_view NAME that HEADER
-# declares.
+# Writes the source file OUTPUT, which defines NAME: a std::string_view of the bytes of INPUT. HEADER
+# declares it.
 file(READ "${INPUT}" bytes HEX)
 string(REGEX REPLACE "(..)" "'\\\\x\\1'," bytes "${bytes}")
 string(REGEX REPLACE "(('....',)('....',)('....',)('....',)('....',)('....',)('....',)('....',))" "\\1\n    "

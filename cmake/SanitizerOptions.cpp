@@ -1,11 +1,11 @@
-// What programs built with sanitizers have for default options; ASAN_OPTIONS and TSAN_OPTIONS
-// change them. Part of every such program, so that those have them too that tests start with an
-// environment of their own.
+// Default options of programs that are built with sanitizers; ASAN_OPTIONS and TSAN_OPTIONS override
+// them. They are compiled in, so that they also apply to programs that tests start with a different
+// environment.
 //
-// The runtimes follow thread-local variables of libraries that are loaded at run time, and take
-// some of their blocks for ones with a header of an older C library (those at 16 bytes from a
-// page): the leak check then reads at an address that is none, and ends the program. All such
-// variables of the library are destroyed before that check.
+// The runtimes track the thread-local storage of libraries that are loaded at run time. They treat
+// a block 16 bytes after the start of a page as one with the header of an older C library; the leak
+// check then reads from an invalid address and ends the program. The library destroys all of its
+// thread-local variables before that check, so nothing is lost by not tracking them.
 
 extern "C" {
 

@@ -1,5 +1,5 @@
-# Runs between the installation into a component's folder each and the making of its package: adds
-# and changes what Debian wants of a package and an installation elsewhere does not need.
+# CPack runs this after it has installed each component into a folder and before it makes the packages:
+# adds and changes what Debian's policy requires and other installations do not need.
 
 function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
@@ -29,13 +29,13 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     run(gzip -9n "${page}")
   endforeach()
 
-  # The loader finds the library in /usr/lib without being told.
+  # The loader finds the library in /usr/lib without an RPATH.
   file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/ztportal/*")
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE "${program}")
   endforeach()
 
-  # As Debian does: without debugging symbols, but with what a linker needs.
+  # As Debian does: no debugging symbols, but everything that a linker needs.
   file(GLOB_RECURSE archives "${prefix}/*.a")
   foreach(archive IN LISTS archives)
     run(strip --strip-debug --enable-deterministic-archives --remove-section=.comment "${archive}")

@@ -1,4 +1,4 @@
-# Files that are a part of a program.
+# Functions that embed files in a program.
 
 # zt_embed_text(<target> <file> NAME <name> HEADER <header>)
 #

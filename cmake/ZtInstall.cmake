@@ -1,13 +1,13 @@
-# What is installed, in three components: `runtime` (the shared library, and what it starts),
-# `development` (headers, link, static library, CMake package, pkg-config file) and `tools`. Nothing
-# that is installed names the folder it is installed in, so the whole can be moved.
+# The install rules, in three components: `runtime` (the shared library and its helper programs),
+# `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file) and
+# `tools`. No installed file contains the installation prefix, so the installation can be moved.
 
 include(CMakePackageConfigHelpers)
 
 set(ZT_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ztportal")
 
-# The libraries that ztportal links, a row each: its target, how the CMake of a host finds it to link
-# statically, its linker flag, and its Debian package.
+# One row for each library that ztportal links: its target, the command with which a host that links
+# statically finds it in CMake, its linker flag, and its Debian package.
 set(ZT_FOREIGN_LIBRARIES
     "LibXml2::LibXml2|find_dependency(LibXml2)|-lxml2|libxml2-dev"
     "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev"

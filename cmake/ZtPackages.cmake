@@ -1,5 +1,5 @@
-# The Debian packages, one a component; script/package builds them. Their files go where Debian has
-# them when the build is configured with the prefix /usr, as by the preset `release`.
+# The Debian packages, one for each component; script/package builds them. Debian's file locations need
+# the prefix /usr, which the preset `release` sets.
 
 file(STRINGS packaging/changelog changelog LIMIT_COUNT 1)
 if(NOT changelog MATCHES "^ztportal \\(${PROJECT_VERSION}\\) ")
@@ -17,28 +17,29 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
-# libztportal.so.1 asks for libztportal1 of this version or a later one.
+# A program that links libztportal.so.1 depends on libztportal1 of this version or later.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
-# The packages' descriptions bring their first lines themselves.
+# The descriptions below contain their summary lines.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(about
-    "A host application fills a report with typed pools; the library writes it as
-a SOAP request, posts it to the server of the customer whom the application
-was built for, and keeps what was not accepted, to be sent again later.")
+    "A host application fills a report with typed pools. The library writes it as
+a SOAP request, posts it to the reporting server of the application's
+customer, and saves reports that are not accepted, to send them again later.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libztportal1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
-# Loaded at run time, so dpkg-shlibdeps does not see it.
+# libcurl is loaded at run time, so dpkg-shlibdeps does not see it.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libcurl4 (>= 7.87) | libcurl3-gnutls (>= 7.87)")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "reports of desktop applications - shared library
 ${about}
 .
-This package holds what programs that use the library need to run.")
+This package contains the files that programs that use the library need to
+run.")
 
 list(JOIN ZT_DEVELOPMENT_PACKAGES ", " development_packages)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libztportal-dev)
@@ -49,8 +50,8 @@ set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
     "reports of desktop applications - development files
 ${about}
 .
-This package holds the headers, the static library, the CMake package and the
-pkg-config file.")
+This package contains the headers, the static library, the CMake package and
+the pkg-config file.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME ztportal-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
@@ -59,8 +60,8 @@ set(CPACK_DEBIAN_TOOLS_DESCRIPTION
     "reports of desktop applications - command line and inbox
 ${about}
 .
-This package holds ztreport, which reports from a shell, and ztinbox, a server
-on one's own machine that shows what arrives.")
+This package contains ztreport, which reports from a shell, and ztinbox, a
+local reporting server that shows the reports it receives.")
 
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
 set(CPACK_ZT_PACKAGING "${PROJECT_SOURCE_DIR}/packaging")

@@ -1,5 +1,5 @@
-# What every target of this project is built with. No global flags: a project that adds this one
-# as a part keeps its own.
+# Functions that define this project's targets. They set options for each target and no global flags,
+# so a project that includes this one keeps its own.
 
 function(zt_configure_target target)
   target_compile_features(${target} PUBLIC cxx_std_20)
@@ -10,7 +10,7 @@ function(zt_configure_target target)
     VISIBILITY_INLINES_HIDDEN ON)
   target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # Optimizing, GCC 12 takes texts that are put together for overlapping copies:
+    # When it optimises, GCC 12 reports overlapping copies in string concatenations that have none:
     # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651
     target_compile_options(${target} PRIVATE -Wno-restrict)
   endif()
@@ -29,7 +29,7 @@ function(zt_configure_target target)
   endif()
   if(ZT_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
-    # Tests call the function where a process ends at once.
+    # Tests call this function before a process ends with _exit.
     target_link_options(${target} PUBLIC --coverage LINKER:--undefined=__gcov_dump)
   endif()
 endfunction()
@@ -55,13 +55,13 @@ endfunction()
 # zt_add_test(<name> SOURCES <files>... LIBRARIES <targets>... [DEPENDS <targets>...]
 #             [SERIAL <patterns>...] [EXCEPT <patterns>...])
 #
-# One test program; each GoogleTest test in it becomes a CTest test. No test that matches a SERIAL
-# pattern runs beside another test; those that match EXCEPT are left to the caller to register.
+# Adds a test program; each of its GoogleTest tests becomes a CTest test. Tests that match a SERIAL
+# pattern run while no other test does. The caller registers those that match an EXCEPT pattern.
 function(zt_add_test name)
   cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS;SERIAL;EXCEPT")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
-  # Optimizing the tests themselves would double the time it takes to build them.
+  # Optimising the tests would double their build time.
   target_compile_options(${name} PRIVATE -O0)
   target_precompile_headers(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests/support/Precompiled.h")
   target_link_libraries(${name} PRIVATE zt_test_support ${ARG_LIBRARIES} GTest::gmock_main)

@@ -2,7 +2,7 @@
 #include "ztportal/platform/FakePlatform.h"
 #include "ztportal/portal/ZtPortalData.h"
 
-// The configuration document that a customer's server answers with.
+// The configuration document of a customer.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static zt::test::FakePlatform platform;
   platform.http_.asked.clear();

@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <string_view>
 
-// What each target of this folder defines: one parser, given any bytes whatever. A fault is a
-// crash, a sanitizer's complaint, an exception that gets out, or a `require` that does not hold.
-// Both the fuzzer's own main and the one in Replay.cpp call it.
+// Each target of this folder defines this function, which passes the bytes to one parser. It must
+// not crash, trigger a sanitizer, throw, or fail a `require`. libFuzzer's main and the one in
+// Replay.cpp call it.
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 namespace zt::fuzz {
@@ -16,9 +16,9 @@ inline std::string_view textOf(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-/// Ends the program unless what a parser promises holds.
-inline void require(bool holds) {
-  if (!holds) std::abort();
+/// Checks a promise of the parser: aborts if it is false.
+inline void require(bool isKept) {
+  if (!isKept) std::abort();
 }
 
 }  // namespace zt::fuzz

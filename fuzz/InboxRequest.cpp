@@ -8,7 +8,7 @@
 
 namespace {
 
-// What the inbox does with a report's request, except for storing it.
+// Does what the inbox does with the request of a report, except for storing it.
 void take(zt::inbox::Exchange& exchange) {
   const std::string& body = exchange.request.body;
   if (zt::inbox::soapRequest(body) != zt::inbox::SoapRequest::kReport) return;

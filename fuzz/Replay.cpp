@@ -1,5 +1,5 @@
-// The main of a target where there is no fuzzer: gives it every file of the folders named on the
-// command line, in the order of their names, and says how many there were.
+// The main() of a target without libFuzzer: runs it with every file of the folders that are named
+// on the command line, in the order of their names, and prints their number.
 
 #include <filesystem>
 #include <fstream>
@@ -18,7 +18,7 @@ int main(int count, char** words) {
     }
   }
   for (const std::string& path : files) {
-    // The name stands there before its input is tried, for one that ends the program.
+    // Printed and flushed first, to show which input ends the program if one does.
     std::cout << path << std::endl;
     std::ifstream file(path, std::ios::binary);
     const std::string input(std::istreambuf_iterator<char>(file), {});

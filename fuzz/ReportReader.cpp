@@ -19,7 +19,8 @@ std::string withLineFeeds(std::string_view text) {
 
 }  // namespace
 
-// A report's text as `ztreport show` reads it: what it can describe is written as that text again.
+// A report's text, as `ztreport show` reads it. The description of a report must render to the same
+// text again.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
   const zt::reader::ParsedReport report = zt::reader::readReport(zt::fuzz::textOf(data, size));
   zt::fuzz::require(!zt::tools::reportTree(report, {}).empty());

@@ -2,7 +2,7 @@
 #include "ztportal/base/Utf8.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
-// A file of the store on its way to the server: parsed, and written back as it was.
+// A file of the store when it is sent again: parsed and written back.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view content = zt::fuzz::textOf(data, size);
   ZtXMLError error;

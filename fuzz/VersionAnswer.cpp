@@ -2,7 +2,7 @@
 #include "ztportal/platform/FakePlatform.h"
 #include "ztportal/portal/ZtPortalData.h"
 
-// What a reporting server says its version is.
+// The response of a reporting server to a version request.
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static zt::test::FakePlatform platform;
   platform.http_.asked.clear();

@@ -1,4 +1,4 @@
-// Looks up desktop applications by GIO, in a process of its own: GIO starts threads, which the
+// Looks up desktop applications with GIO, in a separate process: GIO starts threads, which the
 // library must not do in a host.
 //
 //     ztportal-applications default SCHEME    the user's default application for a URL scheme
@@ -64,7 +64,7 @@ Answer defaultFor(const char* scheme) {
   return firstUsable({&word, 1});
 }
 
-/// Nothing for words that are no question.
+/// Nullopt for words that are not a question.
 std::optional<Answer> answerTo(Words question) {
   const std::string_view kind = question.size() >= 2 ? question[0] : "";
   const bool hasScheme = question.size() == 2 && *question[1] != '\0';

@@ -2,8 +2,8 @@
 
 /// Reports the runs of a desktop application to its customer's reporting server.
 ///
-/// This header is the whole public interface of the library. A host makes a document, fills it with
-/// pools, and sends it:
+/// This header includes the whole public interface. A host creates a document, fills it with pools,
+/// and sends it:
 ///
 ///     auto document = ZtPortalData::initWithValues(configurationUrl, false, "Kelvane",
 ///                                                  "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}",
@@ -11,13 +11,13 @@
 ///     document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
 ///     bool accepted = document->reportToServer();
 ///
-/// Reports that the server does not accept are kept as files in the user's data folder;
+/// Reports that the server does not accept are saved as files in the user's data folder;
 /// `ZtPortalData::sendSavedReports` of any later document sends them again. `ZtReport` does all of
 /// this for one run of an application.
 ///
 /// Everything runs on the caller's thread. Several threads may use the library, each with its own
-/// objects. The library prints nothing, starts no thread and ends no program; it reports failures
-/// by return values and by the exception `ZtException`.
+/// objects. The library prints nothing, starts no thread and never ends the program; it reports
+/// failures by return values and by the exception `ZtException`.
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

@@ -1,7 +1,7 @@
 #include "tools/ztinbox/soap/Intake.h"
 
-// An inbox that answers and keeps nothing, as the peer of the one that keeps: linked with this
-// before the inbox's own intake.
+// Makes an inbox that answers reports and stores none, as the peer of the real one. The linker
+// takes this definition instead of the one in the inbox's library.
 
 namespace zt::inbox {
 

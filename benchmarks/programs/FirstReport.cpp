@@ -1,6 +1,7 @@
 #include <ztportal/ztportal.h>
 
-// A small host: one report of one pool, to the server of the configuration document at argv[1].
+// A small host: sends one report with one pool to the server that the configuration document at
+// argv[1] names.
 
 int main(int count, char** words) {
   if (count != 2) return 2;

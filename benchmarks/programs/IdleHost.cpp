@@ -1,7 +1,7 @@
 #include <unistd.h>
 #include <ztportal/ztportal.h>
 
-// The empty program as a host that could report, and never does.
+// The same as EmptyProgram.cpp, but linked with the library: a host that never reports.
 
 int main(int count, char** /*words*/) {
   if (count > 2) return ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_ZT, nullptr) ? 0 : 1;

@@ -9,12 +9,12 @@
 
 #include "tests/support/LoopbackClient.h"
 
-// Measures how many reports a second a running inbox takes from several clients at once:
+// Measures how many reports per second a running inbox accepts from several clients at once:
 //
 //     zt_inbox_load PORT CONNECTIONS SECONDS BYTES
 //
 // Each client waits for the response to its report before it posts the next one, as hosts do. Every
-// report has its own ID and its own words in its values.
+// report has a unique ID and unique words in its values.
 
 namespace {
 
@@ -70,7 +70,7 @@ std::string report(std::uint64_t serial, std::size_t bytes) {
   return text;
 }
 
-/// Reads one answer, whose length its head announces; empty at the end of the connection.
+/// Reads one response, which has a Content-Length; empty at the end of the connection.
 std::string receiveAnswer(zt::test::RawClient& client, std::string& rest) {
   for (;;) {
     const std::size_t headEnd = rest.find("\r\n\r\n");

@@ -1,5 +1,5 @@
-// connection-manager [CONFIGURATION-URL]: counts the usage of two periods and reports each. Exit
-// status: 0 the server accepted both reports, 1 at least one is saved instead.
+// connection-manager [CONFIGURATION-URL]: counts the usage in two periods and reports each of them.
+// Exit status: 0 if the server accepted both reports, 1 if at least one was saved instead.
 
 #include <ztportal/ztportal.h>
 
@@ -17,7 +17,7 @@ void connected(Usage& counters) {
 
 void messageSent(Usage& counters) { counters.setSentSMS(counters.sentSMS() + 1); }
 
-/// A report of its own for every period, since each is accepted or saved under its own ID.
+/// Sends a separate report for every period, because each is accepted or saved under its own ID.
 bool reportPeriod(const ZtString& configurationUrl, const Usage& counters) {
   const auto report = ZtPortalData::initWithValues(configurationUrl, false, REP_CUSTOMERID_ZT,
                                                    REP_APPID_ZT_CONNECTIONMANAGER, "3.0");
@@ -44,7 +44,7 @@ int main(int argc, char** argv) {
       {{"CFBundleName", "Example Connection Manager"}, {"CFBundleShortVersionString", "3.0"}});
   const ZtString configurationUrl = argc > 1 ? ZtString(argv[1]) : REP_URL_ZT;
 
-  // The counters live as long as the program; device and card are known once.
+  // The counters live as long as the program. Device and card are set only once.
   const auto counters = Usage::initWithValues(ZtDate::now());
   counters->setDeviceIMEI("356938035643809");
   counters->setSimIMSI("262011234567890");
@@ -54,7 +54,7 @@ int main(int argc, char** argv) {
   messageSent(*counters);
   const bool firstAccepted = reportPeriod(configurationUrl, *counters);
 
-  counters->clear();  // all but device and card
+  counters->clear();  // keeps IMEI and IMSI
   connected(*counters);
   const bool secondAccepted = reportPeriod(configurationUrl, *counters);
 

@@ -1,5 +1,5 @@
-// diagnose [CONFIGURATION-URL]: looks at the machine, repairs what it can, and reports both. Exit
-// status: 0 the server accepted the report, 1 it is saved instead.
+// diagnose [CONFIGURATION-URL]: checks the machine, repairs what it can, and reports both. Exit
+// status: 0 if the server accepted the report, 1 if it was saved instead.
 
 #include <ztportal/ztportal.h>
 
@@ -18,7 +18,7 @@ struct Finding {
   bool good;
 };
 
-/// Whether the kernel's table of IPv4 routes has a default route: destination 00000000.
+/// Looks for a default route in the kernel's table of IPv4 routes: destination 00000000.
 Finding defaultRoute() {
   std::ifstream routes("/proc/net/route");
   std::string interface;
@@ -37,7 +37,7 @@ Finding freeSpace() {
   return {std::to_string(space.available >> 20U) + " MiB free", space.available >> 20U >= 100};
 }
 
-/// Saved reports wait in this folder; asking for it makes it, which is the repair.
+/// The folder of saved reports. reportFolder() creates it if it is missing, which is the repair.
 Finding reportFolder() {
   const ZtString folder = ZtPortalData::reportFolder();
   return folder.isNull() ? Finding{"reports cannot be saved", false}

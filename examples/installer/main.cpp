@@ -1,5 +1,5 @@
-// installer [CUSTOMER]: an installation that reports its run. Exit status: 0 the server accepted
-// the report, 1 it is saved instead, 2 no such customer.
+// installer [CUSTOMER]: an installation that reports its run. Exit status: 0 if the server accepted
+// the report, 1 if it was saved instead, 2 if there is no such customer.
 
 #include <ztportal/report/ZtReport.h>
 #include <ztportal/system/ZtHost.h>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Copies nothing, but tells its steps as an installer would.
+/// Installs nothing, but reports the steps that an installer would.
 void install(ZtReport& report) {
   const auto run = report.poolExecution();
   run->addStep(ZtDate::now(), "Copy", ZtPortalStepEnter);
@@ -60,7 +60,7 @@ int main(int argc, char** argv) {
   }
   std::cout << "The server accepted the report.\n";
 
-  // The server is there, so what earlier runs could not send has its chance.
+  // The server can be reached, so try to send the reports of earlier runs.
   const long waiting = savedReports();
   report->sendSavedReports();
   const long left = savedReports();

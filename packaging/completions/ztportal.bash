@@ -1,4 +1,4 @@
-# bash completion of ztreport(1) and ztinbox(1): what their --help lists.
+# bash completion of ztreport(1) and ztinbox(1), from their --help.
 
 _ztportal() {
   local program=$1 current=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD-1]}

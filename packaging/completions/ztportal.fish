@@ -1,6 +1,6 @@
-# fish completion of ztreport(1) and ztinbox(1): what their --help lists.
+# fish completion of ztreport(1) and ztinbox(1), from their --help.
 
-# __ztportal_options PROGRAM CONDITION: completes the options in the help on standard input.
+# __ztportal_options PROGRAM CONDITION: adds completions for the options of the help on standard input.
 function __ztportal_options
     while read -l line
         if string match -qr '^  FILE ' -- $line

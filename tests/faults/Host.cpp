@@ -1,9 +1,9 @@
-// The host program of script/faults: one operation of the library in a process of its own.
+// The host program of script/faults: runs one operation of the library.
 //
 //     zt_fault_host OPERATION CONFIGURATION-URL JOURNAL SEED [--stop]
 //
-// OPERATION is send, save, resave, resend or probe. With --stop the process stops itself before the
-// operation, so that strace can attach and count system calls from there.
+// OPERATION is send, save, resave, resend or probe. With --stop the process stops itself (SIGSTOP)
+// before the operation, so that strace can attach and count system calls from there.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -33,13 +33,13 @@ namespace {
 
 enum Outcome : std::int32_t { kBegun, kReady, kNotAccepted, kAccepted, kThrew, kNoDocument };
 
-/// A mapped file of this size through which the host reports what it does: this needs no system
-/// call that could be made to fail, and survives a kill.
+/// The host reports its results through a mapped file with this layout. This needs no system call
+/// that could be made to fail, and survives a kill.
 struct Journal {
   std::int32_t outcome;
-  std::int32_t descriptors;  ///< how many more are open after the operation
-  std::int32_t children;     ///< 1: there are subprocesses left after the operation
-  std::int32_t size;         ///< of the text in bytes
+  std::int32_t descriptors;  ///< how many more descriptors are open after the operation
+  std::int32_t children;     ///< 1 if there are subprocesses left after the operation
+  std::int32_t size;         ///< size of the text in bytes
   std::array<char, (std::size_t{8} << 20U) - 16> text;  ///< the request text, or the exception's
 
   void keep(std::string_view kept) {
@@ -67,7 +67,7 @@ constexpr std::array<const char*, 8> kTexts{"",
                                             "\ttab",
                                             "line\nbreak"};
 
-/// Most are short; some exceed a network segment, a few the sockets' buffers.
+/// Most lengths are short; some exceed a network segment, a few the socket buffers.
 std::string anyText(Random& random) {
   const std::uint64_t kind = random.below(400);
   std::string text = kTexts[random.below(kTexts.size())];
@@ -76,7 +76,7 @@ std::string anyText(Random& random) {
   return text;
 }
 
-/// Adds pools without arrays and markup, which the store cannot send again.
+/// Adds pools without arrays or markup, because reports with those cannot be sent from the store.
 void fill(ZtPortalData& document, Random& random) {
   for (std::uint64_t pools = random.below(4) + 1; pools > 0; --pools) {
     if (random.below(2) == 0) {
@@ -118,7 +118,7 @@ void run(std::string_view operation, const char* url, Random random, bool stops,
     journal.keep(document->getSoapString());
   }
   ::prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY);
-  if (stops) ::raise(SIGSTOP);  // this thread stops at once, and the others with it
+  if (stops) ::raise(SIGSTOP);  // stops this thread immediately, and the others with it
   try {
     if (!document) document = makeDocument(url);
     if (!document) {
@@ -136,8 +136,8 @@ void run(std::string_view operation, const char* url, Random random, bool stops,
   }
 }
 
-/// Counts with a system call that the C library does not use, so that none of the library's is
-/// mistaken for it.
+/// Counts descriptors with a system call that the C library does not use, so that it is not
+/// mistaken for one of the library's.
 std::int32_t openDescriptors() {
   constexpr int kMost = 64;
   std::int32_t count = 0;
@@ -161,7 +161,7 @@ int main(int argc, char** argv) {
   ZtHost::setBundleInfo({{"CFBundleName", "Faults"}, {"CFBundleShortVersionString", "1.0"}});
 
   const std::int32_t before = openDescriptors();
-  // The library closes its connections with the thread that used them.
+  // The library closes its connections when the thread that used them ends.
   std::thread([&] {
     run(argv[1], argv[2], Random(std::stoull(argv[4])), argc > 5, journal);
   }).join();

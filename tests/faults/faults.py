@@ -1,6 +1,6 @@
-"""Fault injection into a host of the library; docs/reliability.md says what it shows.
+"""Injects faults into a host of the library; see docs/reliability.md.
 
-script/faults builds what this needs and runs it.
+script/faults builds the programs that this needs and runs it.
 """
 
 import argparse
@@ -19,7 +19,7 @@ from relay import Relay
 from scene import ACCEPTED, EXCHANGE_TIMEOUT, NO_DOCUMENT, NOT_ACCEPTED, THREW, Scene
 
 CONFIGURATION_URL = "http://config.kelvane.example/reporting/kelvane.xml"
-OPERATIONS = {  # name: (operation of the host, answer of the server, whether the store exists)
+OPERATIONS = {  # name: (operation of the host, answer of the inbox, whether the store exists)
     "send": ("send", "accept", True),
     "send, refused": ("send", "refuse", True),
     "send, refused, no store yet": ("send", "refuse", False),
@@ -41,41 +41,41 @@ def check(condition, promise):
 
 
 def resent(text):
-    """What arrives when the file `text` is sent again: XML has one line end only."""
+    """The text that arrives when the file `text` is sent again: XML has only LF as line end."""
     return text.replace(b"\r", b"")
 
 
 def judge_records(scene, known):
-    """The server has no other text than those that were written; the accepted ones by report ID."""
+    """Checks that the server has only texts that were written. Returns the accepted ones by report ID."""
     accepted = {}
     for report_id, text, is_accepted in scene.inbox.records():
-        check(text in known, f"the server has a text that nobody wrote: {text[:60]} ({len(text)} bytes)")
+        check(text in known, f"the server has a text that was never written: {text[:60]} ({len(text)} bytes)")
         if is_accepted:
             accepted[report_id] = text
     return accepted
 
 
 def judge_others(before, after, own):
-    """Every file of the store but `own` is as it was."""
+    """Checks that every file of the store except `own` is unchanged."""
     for name in before.keys() | after.keys() - {own}:
         check(name in after or name == own, f"another file of the store is gone: {name}")
-        check(name in before or name == own, f"the store has a file too many: {name}")
+        check(name in before or name == own, f"the store has an extra file: {name}")
         check(name == own or after[name] == before[name], f"another file was changed: {name}")
 
 
 def judge_report(scene, run, before):
-    """Whether the server has accepted the run's report, and what the store has of it."""
+    """Checks the store and the server. Returns whether the server accepted the report, and its file."""
     after = scene.stored()
     judge_others(before, after, run.file)
     accepted = judge_records(scene, {run.text})
     if run.outcome == ACCEPTED:
         check(run.report_id in accepted, "accepted, but the server does not have it")
-        check(run.file not in after, "accepted, but stored all the same")
+        check(run.file not in after, "accepted, but also stored")
     return run.report_id in accepted, after.get(run.file)
 
 
 def judge_resent(scene, before):
-    """Each report of `before` is in the store unchanged, or with the server and no longer stored."""
+    """Checks that each report of `before` is unchanged in the store, or at the server and not stored."""
     after = scene.stored()
     accepted = judge_records(scene, {resent(text) for text in before.values()})
     for name, text in before.items():
@@ -83,11 +83,11 @@ def judge_resent(scene, before):
             check(after[name] == text, f"a stored report was changed: {name}")
         else:
             check(accepted.get(name.removesuffix(".ztr")) == resent(text), f"lost: {name}")
-    check(after.keys() <= before.keys(), "the store has a file too many")
+    check(after.keys() <= before.keys(), "the store has an extra file")
 
 
 def judge_recovery(scene, torn=None):
-    """Without faults all that is stored arrives, except for the file `torn`."""
+    """Checks that everything in the store arrives without faults, except for the file `torn`."""
     scene.inbox.clear()
     scene.inbox.behave()
     before = scene.stored()
@@ -95,7 +95,7 @@ def judge_recovery(scene, torn=None):
     whole = {name: text for name, text in before.items() if name != torn}
     after = scene.stored()
     if torn:
-        check(after.pop(torn, None) == before[torn], "the torn file was touched")
+        check(after.pop(torn, None) == before[torn], "the torn file was changed")
         (scene.store / torn).unlink()
         scene.resend()
     judge_resent(scene, whole)
@@ -105,8 +105,8 @@ def judge_recovery(scene, torn=None):
 
 # Campaign "faults": a system call fails once or from then on.
 
-PASSING = {"EINTR", "EAGAIN"}  # interruptions, which must cost nothing
-ERRORS = {  # what a call can fail with; the first error can also last
+PASSING = {"EINTR", "EAGAIN"}  # interruptions, after which nothing may be lost
+ERRORS = {  # the errors of each call; the first one is also tried as a lasting error
     "access": ["EACCES"],
     "clone": ["EAGAIN"],
     "clone3": ["EAGAIN"],
@@ -132,15 +132,15 @@ ERRORS = {  # what a call can fail with; the first error can also last
     "write": ["ENOSPC", "EIO", "EINTR"],
 }
 OTHER_ERRORS = ["EIO"]
-MEMORY = {"mmap", "mprotect"}  # whose failure reaches the host as std::bad_alloc
-# Calls that report no error, those whose failure the C library treats as a broken system, and those
-# that only main() of the host makes.
+MEMORY = {"mmap", "mprotect"}  # calls whose failure reaches the host as std::bad_alloc
+# Calls that report no errors, calls whose failure the C library treats as fatal, and calls that only
+# main() of the host makes.
 EXEMPT = {"brk", "exit", "exit_group", "fstat", "futex", "getegid", "geteuid", "getgid", "getpgrp",
           "getpid", "getppid", "gettid", "getuid", "rt_sigreturn", "set_tid_address", "waitid"}
 
 
 def system_calls(log):
-    """How often the thread or process with the most calls of a kind makes it, by kind."""
+    """For each kind of call, the number of calls by the thread or process that makes the most."""
     counts = collections.Counter(
         call.groups() for call in (re.match(r"(\d+) +(\w+)\(", line) for line in log) if call)
     most = collections.Counter()
@@ -150,16 +150,16 @@ def system_calls(log):
 
 
 def start(scene, name, **options):
-    """Runs the operation `name` from its initial state; the run, and the store as it was before."""
+    """Runs the operation `name` from its initial state. Returns the run, and the store before it."""
     operation, answer, with_store = OPERATIONS[name]
     scene.prepare(answer, with_store)
     before = scene.stored()
-    asks = operation in ("send", "resend")
-    return scene.run(operation, scene.url() if asks else "", **options), before
+    is_online = operation in ("send", "resend")
+    return scene.run(operation, scene.url() if is_online else "", **options), before
 
 
 def judge_operation(scene, name, run, before, usual=False, may_lose=False, may_throw=False):
-    """Checks a run that was not killed; `usual`: nothing disturbed it."""
+    """Checks a run that was not killed; `usual` means that no fault was injected."""
     check(run.status == 0, f"the host ends with {run.status}")
     out_of_memory = may_throw and run.text == b"std::bad_alloc"
     check(run.outcome != THREW or out_of_memory, f"throws {run.text}")
@@ -170,23 +170,23 @@ def judge_operation(scene, name, run, before, usual=False, may_lose=False, may_t
         check(not usual or scene.stored().keys() == {"notes.txt"}, "not all was sent")
     elif name == "probe":
         check(run.text.endswith(b"</SOAP-ENV:Envelope>\r\n"), "the probe's text is cut short")
-        check(not usual or b">Firefox<" in run.text, "the probe misses the browser")
+        check(not usual or b">Firefox<" in run.text, "the probe did not find the browser")
     else:
         with_server, stored = judge_report(scene, run, before)
         check(stored in (None, run.text), "the stored report is not as written")
-        check(with_server or stored or may_lose, "lost: neither with the server nor in the store")
+        check(with_server or stored or may_lose, "lost: neither at the server nor in the store")
         check(not usual or (run.outcome == ACCEPTED) == (name == "send"), "not the usual result")
     judge_recovery(scene)
 
 
 def fault_cases(scene):
-    """(operation, call and error, what to inject or the largest size of a file)."""
+    """Yields (operation, call and error, strace's fault expression or the size limit of a file)."""
     for name in OPERATIONS:
         run, before = start(scene, name, trace="all")
         judge_operation(scene, name, run, before, usual=run.seconds < EXCHANGE_TIMEOUT)
         for call, count in system_calls(run.log).items():
             if (name, call) == ("probe", "close"):
-                continue  # strace leaves the descriptor open, and a pipe's reader waits for its end
+                continue  # strace leaves the descriptor open, and the reader of a pipe waits for its end
             errors = ERRORS.get(call, OTHER_ERRORS)
             for error, plus in [(error, "") for error in errors] + [(errors[0], "+")]:
                 for number in range(1, count + 1):
@@ -208,7 +208,7 @@ def try_fault(scene, name, kind, fault):
     judge_operation(
         scene, name, run, before, usual=not struck and run.seconds < EXCHANGE_TIMEOUT,
         may_lose=in_store and error not in PASSING and name != "save again", may_throw=call in MEMORY)
-    # A close() that is made to fail does not close.
+    # strace does not execute a close() that it makes fail.
     check(call == "close" or run.descriptors <= 0, f"{run.descriptors} more descriptors are open")
     check(call == "wait4" or not run.children, "a subprocess is left behind")
     return [call if struck else "not reached"]
@@ -239,7 +239,7 @@ def try_kill(scene, name, kind, kill):
     else:
         _, stored = judge_report(scene, run, before)
         if stored not in (None, run.text):
-            check(run.text.startswith(stored), "the stored file is no part of the report")
+            check(run.text.startswith(stored), "the stored file is not the beginning of the report")
             torn = run.file
         check(name != "save again" or stored == run.text, "lost while it was saved again")
     judge_recovery(scene, torn)
@@ -249,12 +249,12 @@ def try_kill(scene, name, kind, kill):
 # Campaign "delivery": the server and the network fail.
 
 def any_byte(draw):
-    return draw.randrange(900)  # of a response, which has about that many
+    return draw.randrange(900)  # approximately the size of a response
 
 
 STATUSES = [200, 201, 202, 204, 205, 206, 299, 300, 301, 302, 303, 304, 307, 308, 400, 401, 403, 404,
             407, 408, 413, 429, 500, 502, 503, 504]
-KINDS = [  # weight, name, settings; a function draws its setting
+KINDS = [  # weight, name, settings; a setting that is a function is drawn at random
     (200, "no fault", {}),
     (80, "refused", {"answer": "refuse"}),
     (80, "garbage", {"answer": "garbage"}),
@@ -263,7 +263,7 @@ KINDS = [  # weight, name, settings; a function draws its setting
     (40, "truncated", {"answer": "truncate"}),
     (6, "hangs", {"answer": "hang"}),
     (30, "slow", {"slow": lambda draw: draw.randint(1, 50)}),
-    (6, "slower than the time-out", {"slow": 60_000, "loses": True}),
+    (6, "slower than the timeout", {"slow": 60_000, "loses": True}),
     (30, "unreachable", {"unreachable": True}),
     (40, "interim status first", {"relay": "interim"}),
     (40, "reset before the request", {"relay": "reset before request"}),
@@ -272,7 +272,7 @@ KINDS = [  # weight, name, settings; a function draws its setting
     (40, "reset after the response", {"relay": "reset after", "loses": True}),
     (80, "cut in the response", {"relay": "cut", "amount": any_byte, "loses": True}),
     (30, "byte by byte", {"relay": "drip", "amount": lambda draw: draw.randrange(300), "loses": True}),
-    (6, "byte by byte, beyond the time-out", {"relay": "drip", "amount": 20_000, "loses": True}),
+    (6, "byte by byte, beyond the timeout", {"relay": "drip", "amount": 20_000, "loses": True}),
     (60, "configuration or version reset", {"relay": "reset", "amount": any_byte, "early": True}),
     (60, "configuration or version cut", {"relay": "cut", "amount": any_byte, "early": True}),
     (4, "configuration or version hangs", {"relay": "hang", "early": True}),
@@ -310,7 +310,7 @@ class Delivery(Scene):
             raise Broken(f"{kind[1]} {plan}: {broken}") from None
 
     def restart_inbox(self):
-        """The same data on another port, as after a restart of the machine."""
+        """Starts the inbox with the same data on another port, as after a restart of the machine."""
         self.inbox.kill()
         self.start_inbox()
         self._relay.server_port = self.inbox.port
@@ -329,15 +329,15 @@ class Delivery(Scene):
             return "accepted"
         check(stored, "lost: neither accepted nor in the store")
         loses = "loses" in plan or run.seconds >= EXCHANGE_TIMEOUT
-        check(not with_server or loses, "accepted by the server, and stored all the same")
+        check(not with_server or loses, "accepted by the server, but also stored")
         return "both" if with_server else "stored"
 
     def finish(self):
-        """All that is stored arrives when the store is sent again."""
+        """Checks that everything in the store arrives when it is sent again."""
         self._relay.play()
         self.inbox.behave()
         self.inbox.clear()
-        check(self.stored() == self._written, "the store does not have what was stored")
+        check(self.stored() == self._written, "the store does not contain the stored reports")
         self.resend()
         check(not self.stored(), "a stored report cannot be sent again")
         arrived = judge_records(self, {resent(text) for text in self._written.values()})
@@ -346,7 +346,7 @@ class Delivery(Scene):
         return {"sent again": len(arrived)}
 
 
-CAMPAIGNS = {  # name: its scene, its cases, and what tries one and returns the figures to count
+CAMPAIGNS = {  # name: (scene, function that lists the cases, function that tries one)
     "delivery": (Delivery, lambda scene: ((number,) for number in range(2000)), Delivery.deliver),
     "faults": (Scene, fault_cases, try_fault),
     "kills": (Scene, kill_cases, try_kill),
@@ -354,7 +354,7 @@ CAMPAIGNS = {  # name: its scene, its cases, and what tries one and returns the 
 
 
 def sampled(cases, seed):
-    """The cases in random order, but one of each kind first, then a second of each, and so on."""
+    """The cases in random order, but first one of each kind, then a second one of each, and so on."""
     random.Random(seed).shuffle(cases)
     seen = collections.Counter()
     ranks = {}
@@ -365,7 +365,7 @@ def sampled(cases, seed):
 
 
 def run_campaign(name, options):
-    """Tries the cases of a campaign in several scenes at a time; whether every promise was kept."""
+    """Tries the cases of a campaign in parallel scenes. Returns whether every promise was kept."""
     kind, list_cases, attempt = CAMPAIGNS[name]
     scenes = [kind(options) for _ in range(os.cpu_count())]
     cases = [case for case in list_cases(scenes[0]) if re.search(options.only, str(case))]
@@ -404,7 +404,7 @@ def run_campaign(name, options):
 
 
 def leave_other_processes():
-    """Goes on in a PID namespace, if permitted: the library looks at all processes that it sees."""
+    """Continues in a PID namespace, if permitted, because the library inspects all visible processes."""
     command = ["unshare", "--pid", "--fork", "--mount-proc", "--kill-child"]
     command += ["--map-root-user"] if os.geteuid() else []
     if subprocess.run(command + ["true"], stderr=subprocess.DEVNULL).returncode == 0:
@@ -414,9 +414,9 @@ def leave_other_processes():
 def main():
     parser = argparse.ArgumentParser(prog="script/faults", description=__doc__)
     parser.add_argument("campaigns", nargs="*", metavar="CAMPAIGN", help=" ".join(CAMPAIGNS))
-    parser.add_argument("--seconds", type=float, help="a limit on all campaigns together")
-    parser.add_argument("--seed", type=int, default=1, help="of the faults and of their order")
-    parser.add_argument("--only", default="", metavar="REGEX", help="only the cases that match")
+    parser.add_argument("--seconds", type=float, help="the time limit of all campaigns together")
+    parser.add_argument("--seed", type=int, default=1, help="the seed of the faults and their order")
+    parser.add_argument("--only", default="", metavar="REGEX", help="try only the cases that match")
     parser.add_argument("--host", required=True, help=argparse.SUPPRESS)
     parser.add_argument("--inbox", required=True, help=argparse.SUPPRESS)
     parser.add_argument("--alone", action="store_true", help=argparse.SUPPRESS)
@@ -428,7 +428,7 @@ def main():
         options.seconds /= len(campaigns)
     for name in campaigns:
         if name not in CAMPAIGNS:
-            parser.error(f"no campaign {name}: there are {', '.join(CAMPAIGNS)}")
+            parser.error(f"unknown campaign {name}; choose from {', '.join(CAMPAIGNS)}")
     kept = [run_campaign(name, options) for name in campaigns]
     print("script/faults: " + ("every promise was kept" if all(kept) else "A PROMISE WAS BROKEN"))
     return 0 if all(kept) else 1

@@ -1,4 +1,4 @@
-"""An HTTP relay in front of the server that cuts, resets, delays or drips what it passes on."""
+"""An HTTP relay in front of the server that cuts, resets, delays or drips the bytes it forwards."""
 
 import re
 import select
@@ -11,7 +11,7 @@ INTERIM_RESPONSE = b"HTTP/1.1 102 Processing\r\n\r\n"
 
 
 def exchange_of(request):
-    """Which of the library's three exchanges the request starts."""
+    """Which of the library's three exchanges this request belongs to."""
     if request.startswith(b"GET"):
         return "configuration"
     return "version" if b"<getVersionInfo " in request else "report"
@@ -26,7 +26,7 @@ def is_whole(message):
 
 
 def receive(source, watched=None):
-    """One HTTP message, incomplete if `source` ends early; None once the client `watched` leaves."""
+    """Reads one HTTP message, incomplete if `source` ends early; None if `watched` disconnects."""
     message = b""
     while not is_whole(message):
         ready = select.select([source] + ([watched] if watched else []), [], [])[0]
@@ -40,15 +40,15 @@ def receive(source, watched=None):
 
 
 def reset(connection):
-    """Makes the coming close() reset the connection."""
+    """Makes the next close() reset the connection."""
     connection.setsockopt(socket.SOL_SOCKET, socket.SO_LINGER, struct.pack("ii", 1, 0))
 
 
 class Relay:
-    """Listens on a free port and plays `fault` on each exchange of the kind `exchange`.
+    """Listens on a free port and plays `fault` in each exchange of the kind `exchange`.
 
-    `amount` is the number of bytes to pass on before the fault (modulo the response's length), the
-    pause between bytes, or the delay before the server is killed, in microseconds.
+    Depending on the fault, `amount` is the number of bytes to forward before it (modulo the length of
+    the response), or in microseconds the pause between bytes or the delay before the server is killed.
     """
 
     def __init__(self, server_port, kill_server):
@@ -77,7 +77,7 @@ class Relay:
                 pass  # either side reset its connection
 
     def _relay(self, client):
-        """Passes on one exchange; whether the connection can be used for another."""
+        """Forwards one exchange. Returns whether the connection can be used for another."""
         request = receive(client)
         fault, exchange, amount = self._plan
         if not is_whole(request):

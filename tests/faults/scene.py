@@ -14,8 +14,8 @@ import tempfile
 import time
 
 READY, NOT_ACCEPTED, ACCEPTED, THREW, NO_DOCUMENT = 1, 2, 3, 4, 5  # Outcome in Host.cpp
-HANG = 30  # seconds, more than all time-outs of an operation together
-EXCHANGE_TIMEOUT = 2  # seconds: the library's limit for one exchange
+HANG = 30  # seconds, more than all timeouts of an operation together
+EXCHANGE_TIMEOUT = 2  # seconds, the library's limit for one exchange
 
 
 class Inbox:
@@ -44,7 +44,7 @@ class Inbox:
         self._ask("DELETE", "reports")
 
     def records(self, newest=None):
-        """(report ID, text, whether it was accepted) of the reports received, the newest first."""
+        """(report ID, text, whether it was accepted) of the received reports, newest first."""
         found, before = [], ""
         while not newest or not found:
             page = json.loads(self._ask("GET", f"reports?limit={newest or 1000}{before}"))
@@ -62,7 +62,7 @@ class Inbox:
 
 
 class Run:
-    """What became of one run of the host."""
+    """The result of one run of the host."""
 
     def __init__(self, status, seconds, journal, log):
         self.status, self.seconds, self.log = status, seconds, log
@@ -113,7 +113,7 @@ class Scene:
         shutil.rmtree(self.folder)
 
     def finish(self):
-        """Figures to add at the end of a campaign."""
+        """Called at the end of a campaign. Returns figures to add."""
         return {}
 
     def start_inbox(self):
@@ -129,7 +129,7 @@ class Scene:
         return {path.name: path.read_bytes() for path in self.store.iterdir()}
 
     def prepare(self, answer, with_store):
-        """The state that an operation starts from: a browser, and a store with three reports."""
+        """Sets up the initial state of an operation: a browser, and a store with three reports."""
         self.inbox.clear()
         self.inbox.behave(answer=answer)
         shutil.rmtree(self.home, ignore_errors=True)
@@ -148,9 +148,10 @@ class Scene:
                 (self.store / name).write_bytes(text)
 
     def run(self, operation, url="", seed=1, proxy=None, inject=None, trace=None, size_limit=None):
-        """Runs the host, under strace with an expression of system calls to `inject` or `trace`.
+        """Runs the host; with `inject` or `trace`, under strace with this expression.
 
-        `size_limit` is the largest file that the host can write, and whether exceeding it kills.
+        `size_limit` is the size of the largest file that the host can write, and whether exceeding it
+        kills the host.
         """
         def limit():
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -171,11 +172,11 @@ class Scene:
         except subprocess.TimeoutExpired:
             host.kill()
             host.wait()
-            status = "a time-out"
+            status = "a timeout"
         return Run(status, time.monotonic() - start, self._journal, log())
 
     def _trace(self, pid, inject, trace):
-        """Attaches strace to the stopped host and lets it go on; a function that reads the log."""
+        """Attaches strace to the stopped host and continues it. Returns a function that reads the log."""
         path = self.folder / "strace.log"
         os.waitid(os.P_PID, pid, os.WSTOPPED | os.WNOWAIT)
         command = ["strace", "-f", "-y", "-e", "signal=none", "-o", path, "-p", str(pid),
@@ -183,9 +184,9 @@ class Scene:
         if inject:
             command += ["-e", "inject=" + inject]
         tracer = subprocess.Popen(command, stderr=subprocess.PIPE)
-        told = tracer.stderr.readline()
-        if b" attached" not in told:
-            raise RuntimeError(f"strace cannot attach: {told}")
+        message = tracer.stderr.readline()
+        if b" attached" not in message:
+            raise RuntimeError(f"strace cannot attach: {message}")
         os.kill(pid, signal.SIGCONT)
 
         def log():
@@ -194,7 +195,7 @@ class Scene:
         return log
 
     def resend(self):
-        """Sends the store again without faults, until an attempt was not slowed by the machine."""
+        """Sends the store again without faults; repeats this if the machine was too slow."""
         for _ in range(5):
             if self.run("resend", self.url()).seconds < EXCHANGE_TIMEOUT:
                 return

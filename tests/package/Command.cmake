@@ -1,5 +1,5 @@
-# run(<command>...): fails the test with the command's output when the command fails; its standard
-# output is in `output`.
+# run(<command>...): if the command fails, fails the test with the command's output; otherwise its
+# standard output is in `output`.
 macro(run)
   execute_process(
     COMMAND ${ARGN}
@@ -15,6 +15,6 @@ endmacro()
 # expect_equal(<what> <value> <expected>)
 function(expect_equal what value expected)
   if(NOT value STREQUAL expected)
-    message(FATAL_ERROR "${what} is\n${value}\nand not\n${expected}")
+    message(FATAL_ERROR "${what}: expected\n${expected}\nbut got\n${value}")
   endif()
 endfunction()

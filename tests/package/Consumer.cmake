@@ -1,6 +1,6 @@
-# Builds the project in SOURCE in the folder BINARY, against the installation in PREFIX or, when the
-# OPTIONS say so, the library's sources. With EXPECTED, its program `consumer` has to print the content
-# of that file; with REFUSED, its configuration has to fail with a message that matches.
+# Builds the project in SOURCE in the folder BINARY, with the library installed in PREFIX or, depending on
+# OPTIONS, with the library's sources. With EXPECTED, its program `consumer` must print the content of that
+# file; with REFUSED, its configuration must fail with a message that matches.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -13,16 +13,16 @@ if(REFUSED)
   execute_process(COMMAND ${configure} RESULT_VARIABLE result OUTPUT_VARIABLE ignored ERROR_VARIABLE errors)
   string(REGEX REPLACE "[ \n]+" " " errors "${errors}")
   if(result EQUAL 0)
-    message(FATAL_ERROR "the configuration is not refused")
+    message(FATAL_ERROR "the configuration does not fail")
   elseif(NOT errors MATCHES "${REFUSED}")
-    message(FATAL_ERROR "the configuration is refused with\n${errors}\nwhich does not match\n${REFUSED}")
+    message(FATAL_ERROR "the configuration fails with\n${errors}\nwhich does not match\n${REFUSED}")
   endif()
   return()
 endif()
 
 run(${configure})
 if(EXPECTED)
-  # Only the parts of the library's sources that the program needs.
+  # Builds only the parts of the library's sources that the program needs.
   set(target --target consumer)
 endif()
 run("${CMAKE_COMMAND}" --build "${BINARY}" ${target})

@@ -1,7 +1,7 @@
 # cmake -DTEXT=<Markdown file> -DPROGRAM=<C++ file> [-DPROJECT=<CMake file>] -P CutExample.cmake
 #
-# Writes the first C++ block of a Markdown file to a file of its own, and its first CMake block. The
-# compiler's messages point to the lines of the Markdown file.
+# Writes the first C++ block of a Markdown file, and its first CMake block, into separate files. The
+# compiler's messages refer to the lines of the Markdown file.
 
 file(READ "${TEXT}" text)
 string(FIND "${text}" "\n```cpp\n" begin)

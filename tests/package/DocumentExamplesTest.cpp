@@ -32,7 +32,7 @@ using zt::test::TemporaryFolder;
 /// and those of this run.
 class Identities {
  public:
-  /// `actual` with the IDs of the document, which `expected` is a part of.
+  /// `actual` with the IDs of the document; `expected` is the corresponding part of it.
   std::string asDocumented(std::string actual, const std::string& expected) {
     const std::vector<std::string> documented = newIn(expected, _actual);
     const std::vector<std::string> found = newIn(actual, _documented);
@@ -72,7 +72,7 @@ class Identities {
   Map _documented;
 };
 
-/// Follows a document from its beginning to its end.
+/// Runs the examples of a document from beginning to end.
 class Reader {
  public:
   void read(const std::string& document) {

@@ -13,8 +13,8 @@
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
-// The programs of examples/, built against the installed library, on a machine whose only way out
-// is a proxy: an inbox. They ask for the customer's own configuration host through it.
+// The programs of examples/, built against the installed library. They reach the customer's
+// configuration host only through a proxy, which is an inbox.
 
 namespace {
 

@@ -13,7 +13,7 @@
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
-// Runs docs/getting-started.md from its first block to its last.
+// Runs docs/getting-started.md from beginning to end.
 
 namespace {
 
@@ -28,12 +28,12 @@ std::string replaced(std::string text, std::string_view what, const std::string&
   return text;
 }
 
-TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsKeptAndResent) {
+TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsSavedAndResent) {
   const zt::test::TemporaryFolder folder;
   using zt::test::LoopbackPort;
   const std::string port = std::to_string(LoopbackPort(LoopbackPort::Refuses).number());
   std::filesystem::create_directory(folder.path("hello"));
-  // The first commands build the library in the clone; this build replaces theirs.
+  // The first commands build the library in the clone; the tests use the existing build instead.
   std::string script = "set -euo pipefail\ncd " + zt::test::paths::kSource + "\n";
   bool isFirst = true;
   for (const auto& block :

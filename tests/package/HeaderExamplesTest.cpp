@@ -21,8 +21,8 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/ztportal.h"
 
-// The examples in the comments of the public headers, line by line, and what they do. The last test
-// finds each line of the headers in this file.
+// Runs the examples in the comments of the public headers. The last test checks that each line of
+// the examples is in this file.
 
 namespace {
 
@@ -31,7 +31,7 @@ using zt::test::ScopedEnvironment;
 
 constinit const ZtString GREETING = ZtString::constant<"hello">();
 
-/// A document that knows no server.
+/// A document without a server.
 std::shared_ptr<ZtPortalData> localDocument() {
   return ZtPortalData::initWithValues("", false, "Kelvane", "", "2.1");
 }
@@ -234,7 +234,7 @@ TEST_F(HeaderPoolExamplesTest, Computers) {
   EXPECT_THAT(text(), HasSubstr(">ClamAV<"));
 }
 
-/// The run of the facade's header; true when it was accepted.
+/// The example run of ZtReport.h; true if it was accepted.
 void reportSetup(bool& done) {
   auto report = ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_ZT, nullptr);
   if (!report) return;
@@ -279,7 +279,7 @@ std::vector<std::string> linesOf(const std::string& text) {
   return lines;
 }
 
-/// `line` without a comment at its end; "//" in a literal begins none.
+/// `line` without a comment at its end; "//" in a literal does not begin one.
 std::string_view withoutComment(std::string_view line) {
   bool isInText = false;
   for (std::size_t i = 0; i < line.size(); ++i) {

@@ -1,12 +1,12 @@
-# Installs the build in BUILD component by component, and moves the installation to PREFIX. No file in
-# it may contain the path where it was built or installed.
+# Installs the build in BUILD component by component, and moves the installation to PREFIX. No installed
+# file may contain the path where it was built or first installed.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
 set(first "${PREFIX}.first")
 file(REMOVE_RECURSE "${PREFIX}" "${first}")
 
-# Every file of a component matches a pattern.
+# Installs a component and checks that each of its files matches a pattern.
 function(expect_component component pattern)
   run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${first}/${component}" --component ${component})
   file(GLOB_RECURSE files RELATIVE "${first}/${component}" "${first}/${component}/*")
@@ -37,4 +37,4 @@ file(REMOVE_RECURSE "${first}")
 execute_process(
   COMMAND grep -rlF -e "${first}" -e "${BUILD}" -e "${SOURCE}" "${PREFIX}"
   OUTPUT_VARIABLE bound)
-expect_equal("the files that know where they were built" "${bound}" "")
+expect_equal("the files that contain the path where they were built" "${bound}" "")

@@ -13,9 +13,9 @@
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
-// The programs installed in the folder that the environment variable ZT_PROGRAMS names. The
-// packages are unpacked into a folder of their own, so their loader needs ZT_LIBRARIES; an
-// installation finds its library by itself.
+// The installed programs, in the folder that the environment variable ZT_PROGRAMS names. The
+// packages are unpacked into another folder, so their loader needs ZT_LIBRARIES; installed programs
+// find their library by themselves.
 
 namespace {
 
@@ -44,7 +44,7 @@ class InstalledToolsTest : public testing::Test {
     return Subprocess(std::move(arguments), {.environment = std::move(environment)});
   }
 
-  /// The output of an installed program, which has to succeed.
+  /// The output of an installed program, which must succeed.
   std::string output(const std::string& program, std::vector<std::string> arguments) const {
     Subprocess process = start(program, std::move(arguments));
     std::string text = process.waitForOutput();

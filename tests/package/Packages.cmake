@@ -1,5 +1,5 @@
-# Makes the Debian packages of the build in BUILD in the folder PACKAGES, and unpacks them into the
-# folder ROOT.
+# Makes Debian packages from the build in BUILD in the folder PACKAGES, and unpacks them into the folder
+# ROOT.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -17,11 +17,11 @@ foreach(package IN LISTS packages)
   run(dpkg-deb -x "${package}" "${ROOT}")
 endforeach()
 
-# The loader finds the library in the system's own folders.
+# The programs have no RPATH, because the loader finds the library in the system's folders.
 file(GLOB programs "${ROOT}/usr/bin/*")
 foreach(program IN LISTS programs)
   run(readelf --dynamic "${program}")
   if(output MATCHES "RUNPATH|RPATH")
-    message(FATAL_ERROR "${program} names a folder of libraries")
+    message(FATAL_ERROR "${program} has an RPATH")
   endif()
 endforeach()

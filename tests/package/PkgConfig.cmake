@@ -1,6 +1,6 @@
 # Compiles and links the program SOURCE with the flags that pkg-config prints for the installation whose
-# files are in the folder FILES; with STATIC, linked with the static library. It has to print the
-# content of EXPECTED.
+# .pc file is in the folder FILES; with STATIC, links the static library. The program must print the content
+# of EXPECTED.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -15,10 +15,10 @@ expect_equal("the version" "${output}" "${VERSION}\n")
 run(pkg-config ${static} --cflags --libs ztportal)
 separate_arguments(flags UNIX_COMMAND "${output}")
 if(STATIC)
-  # The linker prefers the shared library unless the file is named.
+  # The linker prefers the shared library unless the static file is named.
   list(TRANSFORM flags REPLACE "^-lztportal$" "-l:libztportal.a")
 else()
-  # A host is not linked with the libraries that the library needs.
+  # A host does not link the libraries that the library needs.
   run(pkg-config --libs-only-l ztportal)
   string(STRIP "${output}" output)
   expect_equal("the linked libraries" "${output}" "-lztportal")

@@ -22,7 +22,7 @@ namespace zt::test {
 
 inline constexpr const char* kListenForBroadcasts = "ZT_TEST_LISTEN_FOR_BROADCASTS";
 
-/// A string with its length before it, so that different lists of strings look different.
+/// A string after its length, so that different lists of strings are written differently.
 inline std::string countedText(const std::string& text) {
   return std::to_string(text.size()) + ":" + text + ",";
 }
@@ -68,8 +68,8 @@ inline int printSignal(sd_bus_message* message, void*, sd_bus_error*) {
   return 0;
 }
 
-/// A test program started with the variable set only receives broadcasts: it prints "ready" and
-/// then each signal as one line, until it is killed.
+/// If the variable is set, a test program runs no tests but receives broadcasts: it prints "ready"
+/// and then one line for each signal, until it is killed.
 inline const bool kIsListening = [] {
   if (std::getenv(kListenForBroadcasts) == nullptr) return false;
   sd_bus* bus = nullptr;
@@ -83,8 +83,8 @@ inline const bool kIsListening = [] {
   ::_exit(1);
 }();
 
-/// A second process on the session bus of the environment that receives the library's broadcasts
-/// from its construction on.
+/// A second process on the session bus of the environment. It receives the library's broadcasts as
+/// soon as it is constructed.
 class BroadcastReceiver {
  public:
   BroadcastReceiver() {
@@ -94,7 +94,7 @@ class BroadcastReceiver {
     if (_process->readLine(kPatience) != "ready") throw std::runtime_error("no receiver");
   }
 
-  /// Waits for the next broadcast; as a `broadcastLine`.
+  /// Waits for the next broadcast and returns it as a `broadcastLine`.
   std::optional<std::string> next() { return _process->readLine(kPatience); }
 
  private:

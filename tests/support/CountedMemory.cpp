@@ -11,7 +11,7 @@ thread_local long allocationsHeld = 0;
 
 }  // namespace zt::test
 
-// Not inlined: the compiler would warn that malloc() and operator delete do not match.
+// Not inlined, because the compiler would warn that malloc() and operator delete do not match.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   if (zt::test::allocationsLeft == 0) throw std::bad_alloc();
   if (zt::test::allocationsLeft > 0) --zt::test::allocationsLeft;

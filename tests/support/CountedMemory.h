@@ -2,11 +2,11 @@
 
 namespace zt::test {
 
-// The global operators new and delete of ztportal_unit_test keep these two counts for each thread.
+// Counts that the global operators new and delete of ztportal_unit_test keep for each thread.
 
-/// How many more allocations succeed; negative: all of them.
+/// How many more allocations succeed; all of them if negative.
 extern thread_local long allocationsLeft;
-/// Allocations made and not freed yet.
+/// How many allocations have not been freed yet.
 extern thread_local long allocationsHeld;
 
 }  // namespace zt::test

@@ -10,7 +10,7 @@
 
 namespace zt::test {
 
-/// What the inbox lists of a report.
+/// A report as the inbox lists it.
 struct InboxReport {
   std::uint64_t number = 0;
   std::uint64_t size = 0;
@@ -25,8 +25,8 @@ struct InboxReport {
   std::uint64_t duplicateOf = 0;  ///< 0: of none
 };
 
-/// A running ztinbox on a free port of the loopback interface, ended with its scope. It keeps its
-/// reports in a folder of its own, removed with it, unless the options name another (`--data`).
+/// A running ztinbox on a free loopback port, which ends with its scope. It stores its reports in a
+/// temporary folder, unless the options name another one (`--data`).
 ///
 ///     zt::test::Inbox inbox({"--answer", "refuse"});
 ///     report->setUrl(inbox.configurationUrl());
@@ -34,7 +34,7 @@ struct InboxReport {
 ///     inbox.behave(R"({"answer": "error:503"})");
 ///     EXPECT_EQ(inbox.reports().front().customerId, "Kelvane");
 ///
-/// Every operation throws std::runtime_error when the inbox does not respond as expected.
+/// Every operation throws std::runtime_error if the inbox does not respond as expected.
 class Inbox {
  public:
   explicit Inbox(std::vector<std::string> options = {});
@@ -44,15 +44,15 @@ class Inbox {
   std::string configurationUrl() const { return _url + "/reporting/kelvane.xml"; }
   int port() const;
 
-  /// Changes how reports are answered; what `json` does not name stays.
+  /// Changes how reports are answered; settings that `json` does not name stay.
   void behave(const std::string& json) const;
-  /// Every report that is kept, newest first.
+  /// All stored reports, newest first.
   std::vector<InboxReport> reports() const;
   /// The newest 1,000 of them as the API lists them, in JSON.
   std::string reportList() const;
   /// The bytes of report `number`.
   std::string raw(std::uint64_t number) const;
-  /// Waits until `count` reports came in since the start or the last clear().
+  /// Waits until `count` reports have arrived since the start or the last clear().
   void waitFor(std::uint64_t count, int seconds = 30) const;
   /// Deletes every report.
   void clear() const;

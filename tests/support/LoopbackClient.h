@@ -9,25 +9,25 @@
 
 namespace zt::test {
 
-/// A TCP connection to the loopback interface that sends and shows bytes as they are.
+/// A TCP connection to the loopback interface, for raw bytes.
 class RawClient {
  public:
   /// How a connection ended.
   enum class End { kOrderly, kReset, kStillOpen };
 
-  /// Throws std::runtime_error when nobody listens there.
+  /// Throws std::runtime_error if nothing listens there.
   explicit RawClient(int port, const std::string& address = "127.0.0.1");
 
-  /// False when the server does not read all of it.
+  /// Returns false if the server does not read all of it.
   bool send(std::string_view bytes) const;
-  /// Sends no more; responses can still arrive.
+  /// Ends sending; responses can still arrive.
   void endSending() const;
 
-  /// What comes next; empty at the end of the connection, or when nothing came for a while.
+  /// Receives the next bytes; empty at the end of the connection, or if none arrive in time.
   std::string receiveSome(int patienceInMilliseconds = 30'000);
-  /// Everything up to the end of the connection, or what comes until nothing came for a while.
+  /// Receives everything until the connection ends or no more bytes arrive in time.
   std::string receiveAll(int patienceInMilliseconds = 30'000);
-  /// After receiveAll().
+  /// How the connection ended; valid after receiveAll().
   End end() const { return _end; }
 
  private:
@@ -35,11 +35,12 @@ class RawClient {
   End _end = End::kStillOpen;
 };
 
-/// A request with a body, and with `headers` (each ended by a line end). Its connection is kept.
+/// A POST request with a body, and with `headers`, each of which ends with CR LF. The connection
+/// stays open.
 std::string postRequest(std::string_view target, std::string_view body,
                         std::string_view headers = "");
 
-/// Plain HTTP requests to the loopback interface, each on a connection of its own.
+/// Sends HTTP requests to the loopback interface, each on a new connection.
 ///
 ///     const auto response = HttpClient(port).get("/api/v1/reports");
 ///     ASSERT_TRUE(response);
@@ -53,7 +54,7 @@ class HttpClient {
 
     /// The values of the headers of this name, in order.
     std::vector<std::string> headers(std::string_view name) const;
-    /// The first of them; empty when there is none.
+    /// The first of them; empty if there is none.
     std::string header(std::string_view name) const;
   };
 
@@ -61,8 +62,8 @@ class HttpClient {
 
   void setTimeout(int seconds) { _milliseconds = seconds * 1000; }
 
-  /// Nothing when no complete response came. Every one of `headers` ends with a line end; a "Host"
-  /// among them replaces that of the address.
+  /// Nullopt if no complete response arrives. Each of `headers` ends with CR LF; a "Host" among
+  /// them replaces that of the address.
   std::optional<Response> request(std::string_view method, std::string_view target,
                                   std::string_view body = "", std::string_view headers = "") const;
   std::optional<Response> get(std::string_view target, std::string_view headers = "") const {

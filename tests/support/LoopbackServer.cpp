@@ -80,7 +80,7 @@ std::vector<std::string> LoopbackServer::requests() const {
   return _requests;
 }
 
-/// Waits until `descriptor` can be read; false when the server ends or the time is over.
+/// Waits until `descriptor` can be read; false if the server ends, or after the timeout.
 bool LoopbackServer::wait(int descriptor, int milliseconds) const {
   pollfd both[] = {{_stop.number(), POLLIN, 0}, {descriptor, POLLIN, 0}};
   return ::poll(both, 2, milliseconds) > 0 && both[0].revents == 0;
@@ -138,7 +138,8 @@ bool LoopbackServer::send(int connection, const LoopbackResponse& response) cons
   const std::size_t step = pause == 0 ? response.bytes.size() : 1;
   std::string_view rest = response.bytes;
   while (!rest.empty()) {
-    // Whatever the client sends meanwhile, the end of the connection included, ends the drip.
+    // Anything that the client sends meanwhile, including the end of the connection, ends the
+    // sending.
     if (pause != 0 && (wait(connection, pause) || isStopped())) return false;
     const ssize_t sent = ::send(connection, rest.data(), std::min(step, rest.size()), MSG_NOSIGNAL);
     if (sent < 0) return false;

@@ -15,8 +15,8 @@
 
 namespace zt::test {
 
-/// A free port of the loopback interface, taken as long as this object lives. It refuses every
-/// connection, or with `Listens` holds those that come until accept() takes them.
+/// A free loopback port, which is reserved as long as this object exists. It refuses every
+/// connection; with `Listens`, connections wait until they are accepted.
 ///
 ///     const LoopbackPort nobody(LoopbackPort::Refuses);
 ///     report->setUrl(nobody.url("/soap"));
@@ -31,9 +31,9 @@ class LoopbackPort {
   std::string host() const { return "127.0.0.1:" + std::to_string(_number); }
   std::string url(const std::string& path = "") const { return "http://" + host() + path; }
 
-  /// Waits for the next connection; one that is not open after stop().
+  /// Waits for the next connection. After stop(), returns one that is not open.
   FileDescriptor accept() const;
-  /// Wakes up accept(), which returns at once from now on.
+  /// Wakes up accept(), which does not wait from now on.
   void stop() const;
 
  private:
@@ -50,7 +50,7 @@ struct LoopbackResponse {
   std::chrono::milliseconds perByte{0};  ///< a pause before each byte
 };
 
-/// A server on a loopback port that responds with the bytes of the test's choice and records the
+/// A server on a loopback port that responds with the bytes that the test chooses, and records the
 /// bytes of the requests. Each connection has a thread.
 ///
 ///     LoopbackServer server({{"HTTP/1.1 204 No Content\r\n\r\n"}});
@@ -62,7 +62,7 @@ class LoopbackServer {
   using Handler = std::function<LoopbackResponse(const std::string& request)>;
 
   explicit LoopbackServer(Handler handler);
-  /// Responds in turn, over all connections; a request beyond the last response resets its
+  /// Sends these responses in turn, over all connections. A request after the last one resets its
   /// connection.
   explicit LoopbackServer(std::vector<LoopbackResponse> script);
   LoopbackServer(const LoopbackServer&) = delete;
@@ -92,24 +92,24 @@ class LoopbackServer {
   std::atomic<int> _connections{0};
   mutable std::mutex _mutex;
   std::vector<std::string> _requests;
-  std::list<std::thread> _threads;  // touched by the acceptor alone until it has ended
+  std::list<std::thread> _threads;  // used only by the acceptor until it has ended
   std::thread _acceptor;
 };
 
-/// The three requests of a document's life.
+/// The three requests that a document sends.
 enum class RequestKind { Configuration, Version, Report };
 
 const char* nameOf(RequestKind kind);
 RequestKind kindOf(std::string_view request);
 
-/// A response of status 200, and what becomes of the connection.
+/// A response with status 200; `then` says what happens to the connection.
 LoopbackResponse success(std::string_view body,
                          LoopbackResponse::Then then = LoopbackResponse::Then::Keep);
 
-/// A reporting server whose bytes are the test's own. It is healthy unless a response is set.
+/// A reporting server whose responses the test can replace. Otherwise it accepts every report.
 class ReportingServer {
  public:
-  /// `beforeResponse` is called when a request has arrived, on the server's thread.
+  /// `beforeResponse` is called on the server's thread when a request has arrived.
   explicit ReportingServer(std::function<void(RequestKind)> beforeResponse = [](RequestKind) {});
 
   std::string configurationUrl() const { return _server.url("/reporting/kelvane.xml"); }
@@ -119,9 +119,9 @@ class ReportingServer {
   /// The body of a healthy server's response.
   std::string healthyBody(RequestKind kind) const;
 
-  /// The response to every request of the kind.
+  /// Sets the response to every request of the kind.
   void setResponse(RequestKind kind, LoopbackResponse response);
-  /// The response to the next request of the kind only.
+  /// Sets the response to only the next request of the kind.
   void setResponseOnce(RequestKind kind, LoopbackResponse response);
 
  private:

@@ -18,7 +18,7 @@ class ScopedUmask {
   mode_t _before;
 };
 
-/// The permissions of the file at `path`; 0 when there is none.
+/// The permissions of the file at `path`; 0 if there is none.
 inline mode_t modeOf(const std::string& path) {
   struct stat status {};
   if (::stat(path.c_str(), &status) != 0) return 0;

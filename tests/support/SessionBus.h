@@ -9,7 +9,7 @@
 
 namespace zt::test {
 
-/// A private session bus, ended with its scope.
+/// A private session bus, which ends with its scope.
 ///
 ///     SessionBus bus;
 ///     ScopedEnvironment address("DBUS_SESSION_BUS_ADDRESS", bus.address().c_str());

@@ -17,7 +17,7 @@
 
 namespace zt::test {
 
-/// Reads a pipe or terminal to its end on a thread, so that the writer never has to wait.
+/// Reads a pipe or terminal to its end on a separate thread, so that the writer never has to wait.
 class PipeReader {
  public:
   enum class Kind { Pipe, Terminal };
@@ -54,20 +54,20 @@ class PipeReader {
 };
 
 struct SubprocessOptions {
-  /// The whole environment, "NAME=value" each; without one, that of the tests.
+  /// The whole environment as "NAME=value" strings; by default that of the tests.
   std::optional<std::vector<std::string>> environment = std::nullopt;
   std::string input = "/dev/null";                   ///< file for standard input
   std::optional<std::string> output = std::nullopt;  ///< file for standard output
   bool errorsToTerminal = false;                     ///< standard error is a terminal
 };
 
-/// A program that runs beside the test and is ended with its scope (SIGTERM). Its standard output
-/// and standard error are collected.
+/// A program that runs in parallel with the test and is ended with its scope (SIGTERM). Its
+/// standard output and standard error are collected.
 ///
 ///     Subprocess server({"/usr/bin/server", "--port", "0"});
 ///     const auto port = server.readLine();
 ///
-/// The constructor throws std::system_error when the program cannot be started.
+/// The constructor throws std::system_error if the program cannot be started.
 class Subprocess {
  public:
   /// `command` begins with the program, looked up in PATH when it has no slash.
@@ -90,12 +90,12 @@ class Subprocess {
   std::string waitForOutput() { return _output.waitForLines(static_cast<std::size_t>(-1)); }
   std::string waitForErrors() { return _errors.waitForLines(static_cast<std::size_t>(-1)); }
 
-  /// From now on nobody reads what the program writes to standard output.
+  /// From now on, the program's standard output is not read.
   void stopReadingOutput() { _output.setPaused(true); }
 
-  /// Has no effect once wait() returned.
+  /// Has no effect after wait() has returned.
   void signal(int number) const;
-  /// Waits for the end: the exit status, or 128 plus the signal's number.
+  /// Waits for the end, and returns the exit status or 128 plus the signal's number.
   int wait();
 
  private:
@@ -119,7 +119,7 @@ struct ProgramResult {
 ProgramResult runProgram(const std::string& program, const std::vector<std::string>& arguments = {},
                          SubprocessOptions options = {});
 
-/// Exit status of a forked process whose rights were not enough for what the test needs.
+/// Exit status of a forked process that lacks the rights that the test needs.
 inline constexpr int kNotPermitted = 77;
 
 /// Runs `body` in a forked process, where it may change limits, users and mounts, and returns the

@@ -11,7 +11,7 @@
 
 namespace zt::test {
 
-/// A new empty folder, removed with its content at the end of the scope.
+/// A new empty folder, which is removed with its content at the end of the scope.
 class TemporaryFolder {
  public:
   TemporaryFolder() : _path((std::filesystem::temp_directory_path() / "zt-test-XXXXXX").string()) {

@@ -2,7 +2,7 @@
 
 #include "ztportal/portal/ZtPortalData.h"
 
-/// The private operations of the library's classes, for tests.
+/// Gives tests access to private operations of the library's classes.
 struct ZtTestAccess {
   static std::shared_ptr<ZtPortalPool> pool(const ZtPortalData& document, std::int32_t index) {
     return document._pool(index);

@@ -21,7 +21,7 @@ std::string positionIn(std::string_view text, std::size_t offset) {
          std::to_string(before.size() - lineStart + 1);
 }
 
-/// Builds the value while the text is parsed, so that each error can name its place.
+/// Builds the value while the text is parsed, so that each error can name its position.
 class Builder final : public nlohmann::json_sax<nlohmann::json> {
  public:
   Builder(std::string_view text, JsonDuplicates duplicates)
@@ -72,12 +72,12 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
   }
 
  private:
-  /// An array or object whose end has not come yet.
+  /// An array or object whose end has not been reached yet.
   struct Level {
     bool isObject = false;
     Json::Array values;
     std::map<std::string, Json> members;
-    std::string key;  ///< of the last member
+    std::string key;  ///< of the member that is being read
   };
 
   std::string pointer() const {
@@ -122,7 +122,7 @@ class Builder final : public nlohmann::json_sax<nlohmann::json> {
   std::optional<JsonError> _error;
 };
 
-/// For the JSON library's writer.
+/// Converts to the JSON library's own type, which can be written.
 ordered_json written(const Json& json) {
   if (json.isArray()) {
     ordered_json array = ordered_json::array();

@@ -14,14 +14,14 @@
 
 namespace zt {
 
-/// A text that is not JSON, or that is not accepted. The message names the place: line and column
-/// of a syntax error, the JSON pointer (RFC 6901) of a wrong value.
+/// A text that is not JSON or is not accepted. The message names the position: line and column of a
+/// syntax error, or the JSON pointer (RFC 6901) of a wrong value.
 class JsonError : public std::runtime_error {
  public:
   explicit JsonError(const std::string& message, std::optional<std::size_t> byte = std::nullopt)
       : std::runtime_error(message), _byte(byte) {}
 
-  /// Of a syntax error: how many bytes were read.
+  /// For a syntax error: how many bytes were read.
   std::optional<std::size_t> byte() const { return _byte; }
 
  private:
@@ -61,7 +61,7 @@ class Json {
   static Json array(Array values = {});
   static Json object();
 
-  /// The member `name` of an object; added when it is absent.
+  /// The member `name` of an object, which is added if it is absent.
   Json& operator[](std::string_view name);
   void push_back(Json value);
   /// Adds a member whose name the object does not have.
@@ -79,7 +79,7 @@ class Json {
   /// A parsed number is unsigned if it has no sign.
   bool isUnsigned() const { return holds<std::uint64_t>(); }
 
-  // The value, which must be of that kind.
+  // The value, which must be of the function's kind.
   bool boolean() const { return std::get<bool>(_value); }
   const std::string& string() const { return std::get<std::string>(_value); }
   const Array& values() const { return std::get<Array>(_value); }
@@ -87,12 +87,13 @@ class Json {
   std::uint64_t unsignedInteger() const { return std::get<std::uint64_t>(_value); }
   std::int64_t integer() const;
   double number() const;
-  /// The member `name` of an object, a null pointer when it is absent.
+  /// The member `name` of an object; a null pointer if it is absent.
   const Json* find(std::string_view name) const;
 
-  /// The JSON text: on one line, or indented by `indent`. Bytes that are not UTF-8 become U+FFFD.
+  /// The JSON text, on one line or indented by `indent` spaces. Bytes that are not UTF-8 become
+  /// U+FFFD.
   std::string text(int indent = -1) const;
-  /// On one line, everything beyond ASCII escaped.
+  /// The JSON text on one line, with all characters beyond ASCII escaped.
   std::string asciiText() const;
 
  private:
@@ -106,17 +107,17 @@ class Json {
       _value;
 };
 
-/// What a name that occurs twice in one object means.
+/// How a name is treated that occurs twice in one object.
 enum class JsonDuplicates { Error, LastCounts };
 
-/// Parses `text` (UTF-8), with the members of each object sorted by name. Throws JsonError, also
-/// for numbers out of range and for nesting deeper than 1,000 levels.
+/// Parses `text` (UTF-8); the members of each object are sorted by name. Throws JsonError, also for
+/// numbers out of range and for nesting deeper than 1,000 levels.
 Json parseJson(std::string_view text, JsonDuplicates duplicates = JsonDuplicates::Error);
 
 /// The JSON pointer `pointer` with `token` added and escaped.
 std::string childPointer(const std::string& pointer, std::string_view token);
 
-/// "/pools/0: reason". The whole document has an empty pointer: then only the reason.
+/// "/pools/0: reason", or only the reason for the empty pointer, which means the whole document.
 std::string withPointer(const std::string& pointer, const std::string& reason);
 
 }  // namespace zt

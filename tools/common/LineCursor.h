@@ -8,14 +8,14 @@
 
 namespace zt::reader {
 
-/// Reads a text with known lines: an indentation in blanks, a tag, perhaps a value and its end tag.
-/// The first line decides what a line end is for all of them, CR LF or LF.
+/// Reads a text with known lines: an indentation of spaces, a tag, perhaps a value and its end tag.
+/// The line end of the first line, CR LF or LF, counts for all of them.
 ///
 ///     LineCursor lines("  <Name>EDITION</Name>\r\n  <Value>Home</Value>\r\n");
 ///     lines.takeStart({2, "<Name>"});
 ///     lines.takeValue("</Name>", {2, "<Value>"});    // "EDITION"
 ///
-/// Each operation throws `ReadError` if the text is something else.
+/// Each operation throws `ReadError` if the text does not match.
 class LineCursor {
  public:
   /// How a line starts.
@@ -37,24 +37,25 @@ class LineCursor {
   void takeStart(Start start);
   /// Skips a whole line.
   void takeLine(Start line);
-  /// The same if the line is there; returns whether it was.
+  /// Skips the line if it matches; returns whether it did.
   bool takeLineIf(Start line);
 
-  /// The value from here to `end`, which ends its line. `next` is the start of the line after it.
+  /// Reads a value up to `end`, which is at the end of a line. `next` is how the line after it
+  /// starts.
   std::string_view takeValue(std::string_view end, Start next);
-  /// The value of an element with the start tag `start` at the start of a line and the end tag
-  /// `end` at the end of one. An XML writer, whose lines end with LF, writes an empty one as
-  /// "<Value/>".
+  /// Reads the value of an element whose start tag `start` is at the start of a line and whose end
+  /// tag `end` is at the end of one. In a text with LF line ends, which an XML writer produced, an
+  /// empty element can be "<Value/>".
   std::string_view takeElement(Start start, std::string_view end, Start next);
   /// Whether the rest of this line ends with `end`.
   bool lineEndsWith(std::string_view end) const;
 
-  /// Throws for the text after the indentation of the line.
+  /// Throws a ReadError at the position after the line's indentation.
   [[noreturn]] void failInLine(const std::string& expected) const;
 
  private:
   void takeLineEnd();
-  /// The end of the line, which is the end of the text for the last one.
+  /// The end of the line; for the last one, the end of the text.
   std::size_t lineEndAfter(std::size_t offset) const;
   std::size_t blanksHere() const;
   [[noreturn]] void failAt(std::size_t offset, const std::string& expected) const;

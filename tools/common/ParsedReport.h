@@ -6,11 +6,11 @@
 
 namespace zt::reader {
 
-/// Which of the two forms a report is written in.
+/// The form in which a report is written.
 enum class Form {
   Soap,   ///< the request that is posted
   Plain,  ///< XML without the envelope and the types
-  Empty   ///< no text at all, which is what a report without pools is written as
+  Empty   ///< no text: a report without pools
 };
 
 enum class FieldType {
@@ -18,21 +18,21 @@ enum class FieldType {
   Integer,
   Float,
   Boolean,
-  None,     ///< the bare field, a name without a value
+  None,     ///< a bare field: a name without a value
   Array,    ///< a generic array of fields
-  Records,  ///< the array of a typed pool; what is in it are records
-  Record    ///< one group of fields in it, without a name
+  Records,  ///< a list of records in a typed pool
+  Record    ///< one record of such a list: a group of fields without a name
 };
 
-/// A field of a report's text. All strings are views into that text, and none of them is decoded:
-/// "(null)" may be a missing string or those six letters.
+/// A field of a report's text. All strings are views into that text and are not decoded: "(null)"
+/// may be a missing string or these six characters.
 struct Field {
   FieldType type = FieldType::None;
   std::string_view name;
-  std::string_view value;  ///< of the first four types
-  /// Whether an array says that it is empty by "<Fields/>" rather than by a start and an end tag.
+  std::string_view value;  ///< only for the first four types
+  /// Whether an empty array is written as "<Fields/>" and not as a start and an end tag.
   bool isEmptyTag = false;
-  /// How many entries of `ParsedReport::fields` it takes, itself included.
+  /// How many entries of `ParsedReport::fields` belong to it, including itself.
   std::size_t size = 1;
 };
 
@@ -65,19 +65,19 @@ class FieldRange {
   const Field* _end;
 };
 
-/// The fields of an array or record, the records of a list of records. `field` is one in a report's
-/// own list, not a copy of it.
+/// The fields of an array or record, or the records of a list of records. `field` must be an
+/// element of a report's list, not a copy.
 inline FieldRange fieldsOf(const Field& field) { return {&field + 1, &field + field.size}; }
 
 struct Pool {
   std::string_view type;
   std::string_view date;
-  bool isEmptyTag = false;  ///< as `Field::isEmptyTag`
-  std::size_t begin = 0;    ///< its part of `ParsedReport::fields`
+  bool isEmptyTag = false;  ///< as in `Field::isEmptyTag`
+  std::size_t begin = 0;    ///< its range in `ParsedReport::fields`
   std::size_t end = 0;
 };
 
-/// What a report's text says. The text has to outlive it.
+/// The content of a report's text. The text must outlive it.
 ///
 ///     for (const Pool& pool : report.pools) {
 ///       for (const Field& field : report.fieldsOf(pool)) use(field.name, field.value);
@@ -91,8 +91,8 @@ struct ParsedReport {
   std::string_view applicationId;
   std::string_view applicationVersion;
   std::vector<Pool> pools;
-  /// All fields of all pools in the order of the text, each array before what is in it. One flat
-  /// list, so that no depth of nesting overflows a stack.
+  /// All fields of all pools in the order of the text, each array before its content. The list is
+  /// flat, so that deep nesting cannot overflow the stack.
   std::vector<Field> fields;
   /// The types of the pools after an error in an earlier pool (see readReportUpToFault()).
   std::vector<std::string_view> laterPools;

@@ -98,7 +98,7 @@ constexpr std::string_view kNameEnd = "</Name>";
 constexpr Tag kValue{"<Value xsi:type=\"xsd:string\">", "<Value>"};
 constexpr std::string_view kValueEnd = "</Value>";
 
-// A generic array is closed by these two, on purpose.
+// A generic array is deliberately closed by these two.
 constexpr std::string_view kArrayNameEnd = "</Date>";
 constexpr std::string_view kArrayEnd = "</Data>";
 
@@ -121,7 +121,7 @@ class Reader {
     readEnd();
   }
 
-  /// Finds the pools after the point where reading stopped: their lines have the same indentation.
+  /// Finds the pools after the position where reading stopped, by the indentation of their lines.
   void findLaterPools() {
     if (_report.pools.empty()) return;
     const std::string_view text = _report.text;
@@ -137,7 +137,7 @@ class Reader {
     }
   }
 
-  /// What has been read; open lists end here.
+  /// The content that has been read; open lists end here.
   ParsedReport take() && {
     const std::size_t end = _report.fields.size();
     for (const OpenList& list : _open) {
@@ -151,14 +151,14 @@ class Reader {
   }
 
  private:
-  /// A list of fields whose end has not come yet: of a pool, a generic array or a record.
+  /// A list of fields whose end has not been reached yet: of a pool, a generic array or a record.
   struct OpenList {
     std::size_t owner;  // index of the array or record
     FieldType type;     // None: the pool's own
   };
 
   std::string_view in(const Tag& tag) const { return tag.in(_report.form); }
-  /// A start tag without its end, which an element without a value may have instead.
+  /// A start tag without its ">". An element without a value may end in "/>" instead.
   static std::string_view open(std::string_view tag) { return tag.substr(0, tag.size() - 1); }
 
   void readFormAndStart() {
@@ -224,7 +224,7 @@ class Reader {
   /// The indentation of the owner of the innermost open list.
   std::size_t ownerBlanks() const { return _poolBlanks + kFieldBlanks * (_open.size() - 1); }
 
-  /// Reads until the pool's list, the only open one, is closed.
+  /// Reads until the pool's list of fields, the outermost one, is closed.
   void readFields() {
     while (!_open.empty()) {
       const std::size_t blanks = ownerBlanks();
@@ -275,8 +275,9 @@ class Reader {
     _report.fields.push_back(field);
   }
 
-  /// Reads an array of either kind up to its first field. The end of its name tells which it is;
-  /// the names of record lists are constants of the library without line ends.
+  /// Reads the beginning of an array or a list of records, up to its first field. The end tag of
+  /// its name tells which of the two it is; the names of record lists are constants without line
+  /// ends.
   void readArray(std::size_t blanks) {
     const std::size_t inner = blanks + kInnerBlanks;
     const std::size_t index = _report.fields.size();
@@ -301,7 +302,7 @@ class Reader {
     }
   }
 
-  /// Between the records of the innermost list of them.
+  /// Reads what follows a record in the innermost list of records.
   void readRecordOrEnd(std::size_t blanks) {
     const std::string_view here = _lines.here();
     if (_lines.takeLineIf({blanks + kInnerBlanks, in(kFields)})) {

@@ -11,12 +11,13 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 
-/// Reads a text from its start. Once something does not match, everything after fails too.
+/// Reads a text from its start. After the first part that does not match, everything else fails
+/// too.
 class Scanner {
  public:
   explicit Scanner(std::string_view text) : _rest(text) {}
 
-  /// A number of exactly `digits` digits and at most `largest`.
+  /// Reads a number of exactly `digits` digits that is at most `largest`.
   int number(std::size_t digits, int largest) {
     int value = 0;
     for (const char digit : take(std::min(digits, leadingDigits()))) {

@@ -30,7 +30,7 @@ StopSignals::StopSignals() {
   }
 }
 
-/// Takes a pending signal first: unblocking would deliver it.
+/// Consumes a pending signal first, because unblocking would deliver it.
 StopSignals::~StopSignals() {
   const sigset_t stop = stopSignals();
   const timespec now{};

@@ -7,10 +7,10 @@
 namespace zt {
 
 /// Turns SIGINT and SIGTERM into a file descriptor that becomes readable. Create it before any
-/// thread, so that the signals interrupt none.
+/// thread is started, so that the signals are blocked in all threads.
 class StopSignals {
  public:
-  /// Throws std::runtime_error.
+  /// Throws std::runtime_error if there is no descriptor for it.
   StopSignals();
   StopSignals(const StopSignals&) = delete;
   StopSignals& operator=(const StopSignals&) = delete;

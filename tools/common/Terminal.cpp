@@ -23,8 +23,8 @@ struct Range {
   char32_t last;
 };
 
-/// Controls, and the format characters that are invisible or change the direction of the
-/// text after them (Unicode categories Cc, Cf, Zl, Zp).
+/// Control characters, and format characters that are invisible or change the direction of the text
+/// after them (Unicode categories Cc, Cf, Zl, Zp).
 constexpr std::array<Range, 14> kHidden{{
     {0x00, 0x1f},
     {0x7f, 0x9f},

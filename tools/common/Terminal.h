@@ -13,19 +13,18 @@ struct TerminalStyle {
   std::size_t columns = 0;  ///< of a line; 0: unlimited
 };
 
-/// The style for standard output: colours and the width of the window on a terminal, neither
-/// elsewhere. No colours either where `NO_COLOR` is set and not empty (https://no-color.org) or
+/// The style for standard output: on a terminal, colours and the width of the window; otherwise
+/// neither. There are no colours if `NO_COLOR` is set and not empty (https://no-color.org) or
 /// `TERM` is "dumb".
 TerminalStyle outputStyle();
 
-/// `bytes` made safe for a terminal: UTF-8 on one line, nothing in it that moves the cursor, hides
-/// or reorders text. Everything else becomes an escape: a control character or a byte that is not
-/// UTF-8
-/// `\x1b`, a control or format character beyond ASCII `\u{202e}`. At most `longest` characters; a
-/// longer text ends in "…".
+/// Makes `bytes` safe for a terminal: UTF-8 on one line, without anything that moves the cursor or
+/// that hides or reorders text. A control character or a byte that is not UTF-8 is escaped as
+/// `\x1b`, a control or format character beyond ASCII as `\u{202e}`. The result has at most
+/// `longest` characters; a longer text ends in "…".
 std::string terminalText(std::string_view bytes, std::size_t longest);
 
-/// One character of such a text.
+/// One character of such a text, or its escape.
 class TerminalCharacter {
  public:
   /// `text` is the character or its escape; it represents `length` bytes.
@@ -43,7 +42,7 @@ class TerminalCharacter {
   std::size_t _length;
 };
 
-/// The first character of `bytes`, which are not empty.
+/// The first character of `bytes`, which must not be empty.
 TerminalCharacter firstTerminalCharacter(std::string_view bytes);
 
 }  // namespace zt::terminal

@@ -33,17 +33,17 @@ struct Arguments {
 };
 
 constexpr const char* kPurpose =
-    "Local inbox for reports: takes them, shows them, and misbehaves on purpose.";
+    "A reporting server for this machine: receives reports, shows them, and fails on request.";
 
 void addOptions(CLI::App& app, Arguments& arguments) {
   app.set_version_flag("--version", kNameAndVersion, "Print the version and exit");
-  app.add_option("--listen", arguments.listen, "Address and port; port 0: a free one")
+  app.add_option("--listen", arguments.listen, "Listen at this address; port 0 selects a free port")
       ->type_name("ADDRESS:PORT")
       ->capture_default_str();
   app.add_option("--data", arguments.data,
-                 "Folder to keep the reports in (default: ztinbox among the user's data)")
+                 "Folder of the stored reports (default: ztinbox in the user's data folder)")
       ->type_name("DIR");
-  app.add_option("--max", arguments.most, "Keep the newest N reports")
+  app.add_option("--max", arguments.most, "Keep only the newest N reports")
       ->type_name("N")
       ->capture_default_str();
   app.add_option("--answer", arguments.answer,
@@ -51,18 +51,18 @@ void addOptions(CLI::App& app, Arguments& arguments) {
                  "truncate")
       ->type_name("WORD")
       ->capture_default_str();
-  app.add_option("--slow", arguments.slow, "Wait before each answer, in milliseconds")
+  app.add_option("--slow", arguments.slow, "Delay before each answer, in milliseconds")
       ->type_name("MS")
       ->capture_default_str();
   app.add_option("--fail-rate", arguments.failRate,
-                 "Let each report fail with this probability, from 0 to 1")
+                 "Probability that a report gets a random fault, from 0 to 1")
       ->type_name("F")
       ->capture_default_str();
-  app.add_option("--seed", arguments.seed, "Seed of the failures: the same one, the same failures")
+  app.add_option("--seed", arguments.seed, "Seed of the random faults; the same seed repeats them")
       ->type_name("S")
       ->capture_default_str();
   app.add_option("--scenario", arguments.scenario,
-                 "JSON list of answers to give in order, as in "
+                 "JSON list of answers to play in order, such as "
                  R"([{"answer": "error:503", "times": 2}, {"answer": "accept"}])")
       ->type_name("FILE");
 }

@@ -12,7 +12,7 @@ class App;
 
 namespace zt::inbox {
 
-/// The parsed arguments: settings to run with, or a text to print instead (help, version).
+/// The parsed arguments: settings to run with, or else a text to print (help or version).
 struct CommandLine {
   std::optional<InboxSettings> settings;
   std::string text;

@@ -5,7 +5,7 @@
 
 namespace zt::inbox {
 
-/// Invalid input: a wrong option, a wrong scenario, a wrong request.
+/// Invalid input: an option, a scenario or a request.
 struct InputFault : std::runtime_error {
   using std::runtime_error::runtime_error;
 };

@@ -18,15 +18,15 @@ namespace zt::inbox {
 
 namespace {
 
-/// Each hanging client occupies a thread; the others need free ones.
+/// Each hanging client occupies a thread, and other clients still need free ones.
 constexpr std::size_t kMostConnections = 512;
-/// Pause while the process has no file descriptor left for another connection.
+/// Pause before another attempt to accept a connection when the process is out of file descriptors.
 constexpr std::chrono::milliseconds kNoDescriptorPause{20};
 
 constexpr int kForbidden = 403;
 constexpr int kNotFound = 404;
 constexpr int kServerError = 500;
-/// Of an error in the output lines.
+/// Longest error in an output line, in characters.
 constexpr std::size_t kLongestFault = 300;
 
 bool isConfiguration(const std::string& path) {
@@ -130,8 +130,8 @@ std::optional<Refusal> InboxServer::check(const HttpRequest& request,
   return std::nullopt;
 }
 
-/// The address at which the client of `connection` reaches the inbox: the listening address, unless
-/// that is every address of the machine.
+/// The address at which the client of `connection` reaches the inbox. If the inbox listens on all
+/// addresses of the machine, this is the one that the client connected to.
 ListenAddress InboxServer::addressFor(const Connection& connection) const {
   ListenAddress address = _socket.address();
   if (address.isWildcard()) address.address = connection.localAddress();

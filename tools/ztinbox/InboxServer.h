@@ -27,14 +27,14 @@ struct InboxSettings {
   BehaviourSettings behaviour;
 };
 
-/// The whole inbox behind its socket.
+/// The inbox: its listening socket and everything that responds to requests.
 ///
 ///     InboxServer server(settings, [](std::string_view line) { … });
 ///     server.run(stop);                        // until the descriptor `stop` is readable
 class InboxServer {
  public:
-  /// Listens immediately; clients that connect before run() wait. `lines` receives a line for each
-  /// report that is in the database and each fault of the database, from any thread. Throws
+  /// Starts listening; clients that connect before run() wait. `lines` receives a line for each
+  /// report once it is in the database, and for each database fault, from any thread. Throws
   /// MachineFault if the address or the data folder is not available.
   InboxServer(const InboxSettings& settings, LineSink lines);
 

@@ -46,8 +46,8 @@ std::string shown(const std::vector<std::string>& pools) {
 }
 
 constexpr int kPatienceInMilliseconds = 500;
-/// A pipe that is ready takes 4,096 bytes without blocking (PIPE_BUF); some are for the line about
-/// dropped lines.
+/// A pipe that is ready accepts 4,096 bytes without blocking (PIPE_BUF); the line about dropped
+/// lines needs some of them.
 constexpr std::size_t kLongestPart = 4'000;
 
 /// As many lines as can be written at once, without the last line end.
@@ -92,14 +92,14 @@ void LineOutput::writePart(std::string_view lines) {
   }
   std::string bytes;
   if (_dropped > 0) {
-    bytes.append("(").append(std::to_string(_dropped)).append(" lines left out)\n");
+    bytes.append("(").append(std::to_string(_dropped)).append(" lines dropped)\n");
   }
   _dropped = 0;
   bytes.append(lines).append("\n");
   writeAll(bytes);
 }
 
-/// After a dropped line, nothing waits until the reader is back.
+/// After a dropped line, writing does not wait until the reader is back.
 bool LineOutput::isReady() const {
   pollfd output{_descriptor, POLLOUT, 0};
   return ::poll(&output, 1, _dropped > 0 ? 0 : kPatienceInMilliseconds) == 1;

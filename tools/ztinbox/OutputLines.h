@@ -9,8 +9,8 @@
 
 namespace zt::inbox {
 
-/// The line about a report on standard output, without its line end: local time, number, how it was
-/// answered, customer, application, pools, size. A missing value is "-".
+/// The line that is printed for a report, without its line end: local time, number, answer,
+/// customer, application, pools, size. A missing value is "-".
 ///
 ///     2026-11-21 12:00:00  #2  accepted  Kelvane  {7C1B…} 2.1.77  EXECUTION, CUSTOM  2345 bytes
 ///     duplicate of #1
@@ -18,9 +18,10 @@ namespace zt::inbox {
 /// Everything from the report is made safe for a terminal and is of limited length.
 std::string reportLine(const StoredReport& report);
 
-/// Writes lines to a file descriptor, each immediately. A reader that has stopped reading (a full
+/// Writes each line to a file descriptor immediately. A reader that has stopped reading (a full
 /// pipe, a stopped terminal) must not block the inbox: lines that cannot be written within half a
-/// second are dropped, and the next one is preceded by a line with their number. Thread-safe.
+/// second are dropped, and the next line that can be written comes after a line with their number.
+/// Thread-safe.
 class LineOutput {
  public:
   /// Does not own `descriptor`.

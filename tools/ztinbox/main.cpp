@@ -28,7 +28,7 @@ void run(const CommandLine& commandLine) {
     std::fputs(commandLine.text.c_str(), stdout);
     return;
   }
-  // The inbox must survive the reader of its output.
+  // The inbox must not end when the reader of its output does.
   std::signal(SIGPIPE, SIG_IGN);
   const StopSignals stop;
   LineOutput output(STDOUT_FILENO);

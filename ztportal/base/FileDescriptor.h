@@ -6,7 +6,7 @@
 
 namespace zt {
 
-/// The owner of a file descriptor, which it closes; -1 is none.
+/// Owns a file descriptor and closes it; -1 means none.
 ///
 ///     const FileDescriptor file(::open(path, O_RDONLY | O_CLOEXEC));
 ///     if (!file.isOpen()) return false;        // errno says why
@@ -26,7 +26,7 @@ class FileDescriptor {
 
   bool isOpen() const { return _number >= 0; }
   int number() const { return _number; }
-  /// The number, which the caller closes from now on.
+  /// Gives up ownership: the caller must close the returned descriptor.
   int release() { return std::exchange(_number, -1); }
   void close() {
     if (isOpen()) ::close(release());

@@ -55,19 +55,19 @@ constexpr std::string_view withoutTrailingSlashes(std::string_view path) {
   return path;
 }
 
-/// Whether `letter` is `lower`, which is ASCII and no capital letter, in either case.
+/// Whether `letter` equals `lower` in either case. `lower` is ASCII and not a capital letter.
 constexpr bool isLetterAnyCase(char letter, char lower) {
   return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);
 }
 
-/// Whether `text` is `word`, which is lower-case ASCII, in any letter case:
+/// Whether `text` equals `word` in any letter case. `word` is lower-case ASCII.
 ///
 ///     equalsAnyCase("Yes", "yes")    true
 constexpr bool equalsAnyCase(std::string_view text, std::string_view word) {
   return std::equal(text.begin(), text.end(), word.begin(), word.end(), isLetterAnyCase);
 }
 
-/// Whether `text` contains `word`, which is lower-case ASCII, in any letter case.
+/// Whether `text` contains `word` in any letter case. `word` is lower-case ASCII.
 constexpr bool containsAnyCase(std::string_view text, std::string_view word) {
   return std::search(text.begin(), text.end(), word.begin(), word.end(), isLetterAnyCase) !=
          text.end();

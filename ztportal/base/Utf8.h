@@ -11,8 +11,8 @@ struct Utf8Character {
   std::size_t length;  ///< in bytes
 };
 
-/// The first character of `bytes`, or nothing if they are empty or do not start with a well-formed
-/// one (Unicode, table 3-7: no surrogates, no overlong forms).
+/// The first character of `bytes`, or nullopt if they are empty or do not start with a well-formed
+/// character (Unicode, table 3-7: no surrogates, no overlong forms).
 constexpr std::optional<Utf8Character> firstUtf8Character(std::string_view bytes) {
   if (bytes.empty()) return std::nullopt;
   const auto byteAt = [bytes](std::size_t index) -> char32_t {

@@ -32,8 +32,8 @@ class ZtAtomic {
     const Guard guard(_busy);
     std::swap(_value, value);
   }
-  /// The value itself, for an operation during which no other thread may write: a guarded read
-  /// costs more than writing a short string.
+  /// The value without a lock, for operations during which no other thread may write it. A guarded
+  /// read costs more than writing a short string.
   const T& unguarded() const { return _value; }
 
  private:

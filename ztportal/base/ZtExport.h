@@ -1,13 +1,13 @@
 #pragma once
 
-/// Marks what the shared library exports; everything else in it is hidden.
+/// Marks classes and constants that the shared library exports; everything else is hidden.
 #if defined(__GNUC__)
 #define ZT_EXPORT __attribute__((visibility("default")))
 #else
 #define ZT_EXPORT
 #endif
 
-/// Keeps a part of an exported class within each library or program that uses it.
+/// Hides a member of an exported class: each library or program that uses it has its own copy.
 #if defined(__GNUC__)
 #define ZT_LOCAL __attribute__((visibility("hidden")))
 #else

@@ -13,8 +13,8 @@
 
 /// A string that may be missing: UTF-8, immutable and shared.
 ///
-/// Copies share their bytes, so a copy costs one counted reference and no memory. A missing string
-/// is not the empty string: it equals only another missing one, and writers print it as "(null)".
+/// Copies share their bytes, so copying allocates no memory. A missing string is not the empty
+/// string: it equals only another missing one, and writers print it as "(null)".
 ///
 ///     ZtString edition = "Home";
 ///     ZtString same = edition;                 // shares the bytes
@@ -26,9 +26,9 @@
 /// their bytes. Static initialisers of any file may create and use strings.
 class ZT_EXPORT ZtString {
  private:
-  /// The counted header; the bytes follow it directly.
+  /// The header with the reference count. The bytes follow it directly.
   struct Text {
-    std::atomic<std::size_t> holders;  // kConstant: lives as long as the program, not counted
+    std::atomic<std::size_t> holders;  // kConstant: a static text, which is not counted
     std::size_t length;
   };
   static constexpr std::size_t kConstant = 0;

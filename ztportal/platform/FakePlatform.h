@@ -11,7 +11,7 @@
 
 namespace zt::test {
 
-/// The current platform during its lifetime, made of fakes.
+/// A platform of fakes, which is the current platform during its lifetime.
 ///
 ///     FakePlatform platform;
 ///     platform.http_.answer = [](const auto&) { return HttpResponse{200, "<versioninfo/>"}; };
@@ -31,7 +31,7 @@ class FakePlatform final : public Platform {
 
   FakeHttpTransport http_;
   FakeFiles files_;
-  Files* replacedFiles = nullptr;  // used instead of files_, for faults and for real files
+  Files* replacedFiles = nullptr;  // used instead of files_: failing files, or real ones
   FakeSupportFolder supportFolder_;
   FakeRunningApplications runningApplications_;
   FakeBroadcast broadcast_;

@@ -44,7 +44,7 @@ class LinuxPlatform final : public Platform {
 }  // namespace
 
 Platform& systemPlatform() {
-  // Never destroyed, so that a host's static destructors may still report.
+  // Never destroyed, so that a host can still report from its static destructors.
   static Platform& platform = *new LinuxPlatform;
   return platform;
 }

@@ -13,10 +13,11 @@
 
 namespace zt {
 
-/// What the library needs from the operating system and what tests replace by fakes. Functions of
-/// their arguments and the environment (XML, dates, property lists) are not part of it.
+/// The interfaces through which the library uses the operating system. Tests replace them by fakes.
+/// Functions that depend only on their arguments and the environment (XML, dates, property lists)
+/// are not part of it.
 ///
-/// The objects have no visible state, so they serve all threads.
+/// The objects have no visible state, so all threads can use them.
 class Platform {
  public:
   virtual ~Platform() = default;
@@ -49,7 +50,7 @@ class Platform {
   };
 };
 
-/// Implemented once for each operating system.
+/// Defined once for each operating system.
 Platform& systemPlatform();
 
 }  // namespace zt

@@ -19,18 +19,19 @@
 #include "ztportal/pools/ZtPortalPoolInitialization.h"
 #include "ztportal/pools/ZtPortalRunResult.h"
 
-/// The fields of every pool and record, one table a class, in the order in which reports have them.
+/// The fields of every pool and record: one table for each class, in the order in which reports
+/// have them.
 ///
-/// The writer of reports, the JSON description in both directions and its reference page follow
-/// these tables; no other code lists the fields. The programs include this header too, so it needs
-/// nothing of the library but its exported symbols.
+/// The writer of reports, the JSON description in both directions and its reference page use these
+/// tables; no other code lists the fields. The programs include this header too, so it uses only
+/// exported symbols of the library.
 namespace zt {
 
 /// The names of the numbers of an enumeration.
 struct Enumeration {
   ZtString (*nameOf)(std::uint64_t);  ///< empty for a number without a name
-  std::uint64_t count;                ///< no number from here on has a name
-  std::uint64_t unnamed;  ///< the number that describes an empty text, of which the number is lost
+  std::uint64_t count;                ///< all named numbers are below this
+  std::uint64_t unnamed;              ///< a number without a name, which stands for an empty text
 };
 
 inline constexpr Enumeration kStepTypes{ZtPortalDef::stepTypeToString, ZtPortalStepError + 1,
@@ -42,7 +43,8 @@ inline constexpr Enumeration kLanguages{ZtPortalDef::languageToString, ZtLanguag
 
 /// A row of a table. The type of the member is the type of the field: `ZtAtomic<ZtString>`,
 /// `ZtAtomic<ZtDate>`, `std::int32_t`, `ZtBOOL`, `std::uint64_t` (an enumeration), or a list of
-/// records; a field that is in no report may also be a `std::int64_t` or a list of strings.
+/// records. A field that is not written into reports may also be a `std::int64_t` or a list of
+/// strings.
 template <class Owner, class MemberType, bool kWritten>
 struct Field {
   using Member = MemberType;
@@ -65,18 +67,19 @@ constexpr Field<Owner, std::uint64_t, true> field(std::string_view key, std::str
                                                   const Enumeration& enumeration) {
   return {key, wireName, member, &enumeration};
 }
-/// A field for the host alone, which is in no report.
+/// A field for the host's own use, which is not written into reports.
 template <class Owner, class Member>
 constexpr Field<Owner, Member, false> hostField(std::string_view key, Member Owner::*member) {
   return {key, {}, member};
 }
 
-/// A boolean field that every report has, always FALSE, and that no member holds.
+/// A boolean field without a member, which is always written as FALSE.
 struct FalseField {
   std::string_view wireName;
 };
 
-/// The class of the records of a list in its `Type`; no `Type` for a member that is no such list.
+/// `Type` is the class of the records of a list. There is no `Type` for a member that is not a list
+/// of records.
 template <class Member>
 struct RecordOf {};
 template <class Record>
@@ -106,7 +109,8 @@ struct Fields<ZtPortalPool> {
   static constexpr std::tuple kTable{hostField("poolType", &ZtPortalPool::_poolType)};
 };
 
-/// What the pools of a run have in common, in the order in which all of them write it.
+/// The common fields of the pools that describe a run, in the order in which all of them write
+/// them.
 template <>
 struct Fields<ZtPortalRunResult> {
   using Run = ZtPortalRunResult;
@@ -311,7 +315,8 @@ constexpr void eachOf(Visit visit) {
   (visit.template operator()<Pools>(), ...);
 }
 
-/// Calls `visit.operator()<Pool>()` for the class of each kind of pool. The one list of them.
+/// Calls `visit.operator()<Pool>()` for the class of each kind of pool. This is the only list of
+/// them.
 template <class Visit>
 constexpr void eachPoolClass(Visit visit) {
   eachOf<ZtPortalPool, ZtPortalPoolExecution, ZtPortalPoolDeinstallation,

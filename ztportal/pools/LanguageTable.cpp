@@ -43,7 +43,7 @@ struct Code {
   ZtLanguage language;
 };
 
-/// Deliberately without British English and with "en-BG": servers group reports by these codes.
+/// Deliberately has "en-BG" and not British English: servers group reports by these codes.
 constexpr std::array<Code, 51> kCodes{{
     {"af", ZtLanguageAfrikaans},     {"sq", ZtLanguageAlbanian},
     {"ar", ZtLanguageArabic},        {"eu", ZtLanguageBasque},

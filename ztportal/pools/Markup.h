@@ -9,12 +9,12 @@
 
 #include "ztportal/base/ZtBOOL.h"
 
-/// The literals of the report's text, each of them once, and the lines of a single field.
+/// The literals of the report's text, and functions that write a single field.
 namespace zt {
 
 inline constexpr std::string_view kSoapTypeAttribute = "xsi:type=\"";
 
-/// A start tag in the two forms of a report, with its SOAP type attribute and plain.
+/// A start tag in the two forms of a report: with a SOAP type attribute, and plain.
 ///
 ///     kName.text(true)     "<Name xsi:type=\"xsd:string\">"
 ///     kName.text(false)    "<Name>"
@@ -92,7 +92,7 @@ inline constexpr std::string_view kTrue = "TRUE";
 inline constexpr std::string_view kFalse = "FALSE";
 inline constexpr std::string_view kNull = "(null)";
 
-/// Appends the four lines of one value field.
+/// Appends the four lines of a field with a value.
 ///
 ///     <Field FieldType="string">
 ///       <Name>Result</Name>

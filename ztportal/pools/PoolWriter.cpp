@@ -50,8 +50,8 @@ void PoolWriter::endFields() { appendText(_xml, lead(0), kFieldsEnd); }
 
 void PoolWriter::noFields() { appendText(_xml, lead(0), kNoFields.text(_soap)); }
 
-// In a record, the text between two values is appended in one piece, since it is the same for every
-// record of the list.
+// In a record, the text between two values is appended in one piece, because it is the same for
+// every record of the list.
 
 inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view name) {
   if (_column == _columnCount) addColumn(type, name);
@@ -110,7 +110,7 @@ void PoolWriter::beginRecords(std::string_view name, std::size_t count) {
 /// Reserves space for the next piece: the lead that is appended to `_pieces` is a part of it, so a
 /// reallocation in between would leave the lead dangling.
 void PoolWriter::reservePiece(std::string_view name) {
-  constexpr std::size_t kLines = 6;  // no piece has more
+  constexpr std::size_t kLines = 6;  // the largest number of lines of a piece
   constexpr std::size_t kLongestLine = 64;
   _pieces.reserve(_pieces.size() + kLines * (_columnEnds[0] + kLongestLine) + name.size());
 }

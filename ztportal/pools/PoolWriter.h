@@ -41,10 +41,10 @@ class PoolWriter {
 
   void beginFields();
   void endFields();
-  /// The one line of a pool that has no field.
+  /// Writes the single line of a pool without fields.
   void noFields();
 
-  /// The fields of a pool or record in the order of its table.
+  /// Writes the fields of a pool or record in the order of its table.
   template <class Object>
   void fieldsOf(const Object& object) {
     eachField<Object>([this, &object](const auto& row) { this->write(row, object); });
@@ -108,10 +108,10 @@ class PoolWriter {
 
   void appendDate(ZtDate date);
 
-  /// The start of a line that is indented `depth` blanks more than the pool.
+  /// The start of a line that is indented by `depth` spaces more than the pool.
   std::string_view lead(std::size_t depth) const;
 
-  /// More than any record has.
+  /// Larger than the number of columns of any record.
   static constexpr std::size_t kMostColumns = 16;
 
   std::string& _xml;
@@ -119,14 +119,14 @@ class PoolWriter {
   std::size_t _prefixSize;
   Timestamps _timestamps;
   bool _inRecords = false;
-  // The prefix and the blanks of the deepest line; then, for the list being written, the text
-  // before each value of a record and the text after the last one. They are the same for all
-  // records of a list and are put together while the first one is written.
+  // The prefix and the spaces of the deepest line; then, for the list that is being written, the
+  // text before each value of a record and the text after the last one. They are the same for all
+  // records of a list, and are collected while the first one is written.
   std::string _pieces;
   std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, first that of the lead
   std::size_t _recordCount = 0;                             // of the list
   std::size_t _columnCount = 0;
-  std::size_t _column = 0;  // the next one in the current record
+  std::size_t _column = 0;  // the next column of the current record
   std::size_t _recordEndSize = 0;
 };
 

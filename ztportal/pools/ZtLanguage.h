@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-/// Languages of a system and its user, as reports number them. Other numbers are kept, and written
-/// as an empty value.
+/// The numbers of the languages of a system and its user. Other numbers are kept, and written as an
+/// empty value.
 enum ZtLanguage : std::uint64_t {
   ZtLanguageNeutral = 1,
   ZtLanguageAfrikaans = 2,

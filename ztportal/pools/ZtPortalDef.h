@@ -25,11 +25,11 @@ enum ZtPortalDiagnoseType : std::uint64_t {
   ZtPortalDiagnoseRIS = 2
 };
 
-/// The writers of single values, and the strings for dates and enumerations.
+/// Writers of single fields, and the strings for dates and enumerations.
 ///
-/// A writer appends one field to `xml`, four lines that end with CR LF and start with `prefix`
-/// (blanks, as a rule). With `soap` the start tags carry their SOAP 1.1 types. Names and values
-/// are written as they are, without any escaping; missing ones as "(null)".
+/// A writer appends one field to `xml`: four lines that start with `prefix` (usually spaces) and
+/// end with CR LF. With `soap` the start tags have SOAP 1.1 types. Names and values are written as
+/// they are, without any escaping; missing ones as "(null)".
 ///
 ///     std::string xml;
 ///     ZtPortalDef::addStringFieldToXml("", xml, "Result", "OK", false);
@@ -38,15 +38,15 @@ enum ZtPortalDiagnoseType : std::uint64_t {
 ///     //   <Value>OK</Value>
 ///     // </Field>
 ///
-/// Any thread may call any operation, with a string of its own.
+/// Thread-safe, if each thread uses its own `xml`.
 class ZT_EXPORT ZtPortalDef {
  public:
   ZtPortalDef() = delete;
 
-  /// An attribute for a start tag: a blank and `params` with `soap`, otherwise the empty string.
+  /// An attribute for a start tag: with `soap` a space and `params`, otherwise the empty string.
   static ZtString appendSOAPParams(bool soap, const ZtString& params);
 
-  /// `date` by the pattern "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35) in the process's time zone
+  /// `date` in the format "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35) in the process's time zone
   /// and the user's locale, for example "2026-11-21T13:00:00.000GMT+1". Missing for a missing date.
   static ZtString stringFromDate(const ZtDate& date);
 
@@ -58,8 +58,8 @@ class ZT_EXPORT ZtPortalDef {
   /// The value with two digits after a point, whatever the locale.
   static void addFloatFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
                                  float value, bool soap);
-  /// "TRUE" for a byte of exactly 1, "FALSE" for every other. Servers rely on the narrow test, so a
-  /// byte of 2 or 255 is deliberately false.
+  /// "TRUE" for a byte of exactly 1, "FALSE" for every other byte, deliberately also for 2 or 255:
+  /// servers rely on it.
   static void addBOOLFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,
                                 ZtBOOL value, bool soap);
 

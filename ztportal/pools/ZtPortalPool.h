@@ -16,16 +16,16 @@ template <class Object>
 struct Fields;
 }
 
-/// One typed block of a report: a type, a timestamp and a tree of named fields. A generic pool
-/// carries values for which no typed pool exists; the typed pools derive from it and write fields
-/// of their own before the generic ones.
+/// A group of fields in a report: a type, a timestamp and a tree of named fields. A generic pool is
+/// for values for which there is no typed pool; the typed pools derive from it and write their own
+/// fields before the generic ones.
 ///
 ///     auto pool = document->addPool("CUSTOM", ZtDate::now());
 ///     pool->addString("RESULT", "OK");
 ///     pool->addArray("COUNTS")->addInteger("COPIED", 7);
 ///
-/// Lifecycle: the report document makes it and owns it; the host fills it at any time; whenever the
-/// document is written, the pool writes its current values; it is destroyed with the document.
+/// Lifecycle: the report document creates and owns it; the host may fill it at any time; whenever
+/// the document is written, the pool writes its current values; it is destroyed with the document.
 /// One thread at a time may fill and write it; single reads and writes of `fields`, `poolType` and
 /// `timeStamp` are atomic.
 class ZT_EXPORT ZtPortalPool {
@@ -44,13 +44,13 @@ class ZT_EXPORT ZtPortalPool {
   ZtPortalPool& operator=(const ZtPortalPool&) = delete;
   virtual ~ZtPortalPool();
 
-  /// Appends the whole pool to `xml`, each line starting with `prefix` and ending with CR LF;
-  /// with `soap` the start tags carry their SOAP types.
+  /// Appends the whole pool to `xml`; each line starts with `prefix` and ends with CR LF. With
+  /// `soap` the start tags have SOAP types.
   virtual void addToXml(const ZtString& prefix, std::string& xml, bool soap) const;
-  /// Appends the generic fields alone, each line starting with `prefix`.
+  /// Appends only the generic fields; each line starts with `prefix`.
   void addFieldsToXml(const ZtString& prefix, std::string& xml, bool soap) const;
 
-  /// The generic field at `index`; throws as `ZtPortalPoolArray::field`.
+  /// The generic field at `index`; throws like `ZtPortalPoolArray::field`.
   std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
   /// Each adds a generic field at the end and returns it, null if it cannot be added.
   std::shared_ptr<ZtPortalPoolArray> addArray(const ZtString& name);

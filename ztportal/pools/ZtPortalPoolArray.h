@@ -10,16 +10,16 @@
 #include "ztportal/pools/ZtPortalPoolInteger.h"
 #include "ztportal/pools/ZtPortalPoolString.h"
 
-/// A field that holds fields, arrays among them, to any depth.
+/// A field that contains fields, including other arrays, to any depth.
 ///
 ///     auto disks = pool->addArray("DISKS");
 ///     disks->addString("NAME", "sda");
 ///     disks->addInteger("SIZE_GB", 512);
 ///     disks->field(1)->fieldName();            // "SIZE_GB"
 ///
-/// Its text closes the name with `</Date>` and the array itself with `</Data>`. Neither matches its
-/// start tag; servers expect exactly these lines, so both are deliberate. A report with such an
-/// array is therefore not well-formed XML.
+/// In its text, `</Date>` closes the name and `</Data>` the array itself. Neither matches its start
+/// tag. This is deliberate, because servers expect exactly these lines; but it means that a report
+/// with an array is not well-formed XML.
 class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
  public:
   using Fields = std::vector<std::shared_ptr<ZtPortalPoolField>>;
@@ -33,8 +33,8 @@ class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
 
   /// A snapshot of the children, in the order in which they were added.
   Fields fields() const;
-  /// The live list of children, shared: a change of it changes the array. An array whose list is
-  /// set to null has no children and accepts none.
+  /// The list of children itself, which is shared: changing it changes the array. An array whose
+  /// list is set to null has no children and accepts none.
   const std::shared_ptr<Fields>& mutableFields() const { return _mutableFields; }
   void setMutableFields(std::shared_ptr<Fields> value) { _mutableFields = std::move(value); }
 
@@ -42,7 +42,7 @@ class ZT_EXPORT ZtPortalPoolArray final : public ZtPortalPoolField {
   /// the last; in an array without children every other index throws the list's own range error,
   /// which has another name. Callers distinguish the two.
   std::shared_ptr<ZtPortalPoolField> field(std::int32_t index) const;
-  /// Removes the child at `index`; throws as `field`, and then changes nothing.
+  /// Removes the child at `index`. Throws like `field`, without a change.
   void deleteField(std::int32_t index);
 
   /// Each adds a child at the end and returns it, null if it cannot be added. Names need be

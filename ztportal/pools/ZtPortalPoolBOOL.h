@@ -3,7 +3,7 @@
 #include "ztportal/base/ZtBOOL.h"
 #include "ztportal/pools/ZtPortalPoolField.h"
 
-/// A field with a boolean byte, kept as given; only a byte of 1 is written as true.
+/// A field with a boolean byte, which is stored as given; only 1 is written as true.
 class ZT_EXPORT ZtPortalPoolBOOL final : public ZtPortalPoolField {
  public:
   static std::shared_ptr<ZtPortalPoolBOOL> initWithNameAndValue(const ZtString& name, ZtBOOL value);

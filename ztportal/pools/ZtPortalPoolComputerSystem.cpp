@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Adds a record of its class to a list; `prepare` completes it first.
+/// Creates a record, completes it with `prepare`, and adds it to the list.
 template <class Record, class Prepare>
 std::shared_ptr<Record> addRecord(const std::shared_ptr<std::vector<std::shared_ptr<Record>>>& list,
                                   const ZtString& name, const ZtString& version,

@@ -22,8 +22,8 @@
 ///     auto computer = document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
 ///     computer->addFirewallApp("firewalld", "1.3.3")->setIsEnabled(1);
 ///
-/// A new pool knows nothing: its strings are empty or missing, its languages neutral, its lists
-/// empty. `checkComputerSystem` fills it from the running machine.
+/// A new pool has empty or missing strings, neutral languages and empty lists.
+/// `checkComputerSystem` fills it from the running machine.
 class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
  public:
   template <class Record>
@@ -33,7 +33,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   using FirewallApps = List<ZtPortalPoolFirewallApp>;
   using AntivirusApps = List<ZtPortalPoolAntivirusApp>;
 
-  /// With `autoCheck` the pool is filled from the machine at once.
+  /// With `autoCheck` the pool is filled from the machine immediately.
   static std::shared_ptr<ZtPortalPoolComputerSystem> initWithValues(const ZtDate& timeStamp,
                                                                     bool autoCheck);
 
@@ -44,7 +44,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
 
   /// Fills the pool from the machine: operating system, languages, rights, and the installed
   /// e-mail clients and web browsers of a fixed list, with the user's default ones marked. It runs
-  /// a subprocess and waits for it. Applications are added to those already in the lists, so a
+  /// subprocesses and waits for them. Applications are added to those already in the lists, so a
   /// second call lists them twice. The first failure ends the check silently; earlier values stay.
   void checkComputerSystem();
 
@@ -60,8 +60,8 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   std::shared_ptr<ZtPortalPoolFirewallApp> addFirewallApp(const ZtString& name,
                                                           const ZtString& version);
 
-  /// The lists themselves, which the host may change. A list set to null is empty and
-  /// accepts no record.
+  /// The lists themselves, which the host may change. A list that is set to null counts as empty
+  /// and accepts no record.
   std::shared_ptr<Browsers> browsers() const { return _browsers.load(); }
   void setBrowsers(std::shared_ptr<Browsers> value) { _browsers.store(std::move(value)); }
   std::shared_ptr<EMailClients> emailClients() const { return _emailClients.load(); }
@@ -82,7 +82,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   void setServicePack(std::int32_t value) { _servicePack = value; }
   ZtString osVersion() const { return _osVersion.load(); }
   void setOsVersion(ZtString value) { _osVersion.store(std::move(value)); }
-  /// For the host alone; no report carries it.
+  /// For the host's own use; not written into reports.
   ZtString osBuildString() const { return _osBuildString.load(); }
   void setOsBuildString(ZtString value) { _osBuildString.store(std::move(value)); }
   /// Languages are a `ZtLanguage` or any other number, which is written as an empty value.
@@ -90,8 +90,8 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   void setOsLanguage(std::uint64_t value) { _osLanguage = value; }
   std::uint64_t userLanguage() const { return _userLanguage; }
   void setUserLanguage(std::uint64_t value) { _userLanguage = value; }
-  /// For the host alone: reports deliberately say that a certain other system's firewall is off,
-  /// as this one does not have it.
+  /// For the host's own use. Reports have a field for the firewall of another operating system
+  /// instead, which is deliberately always false.
   ZtBOOL firewallEnabled() const { return _firewallEnabled; }
   void setFirewallEnabled(ZtBOOL value) { _firewallEnabled = value; }
   ZtBOOL isAdmin() const { return _isAdmin; }

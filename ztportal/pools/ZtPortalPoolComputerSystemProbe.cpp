@@ -32,9 +32,9 @@ ZtString valueOf(const Info& info, const std::string& key) {
   return found != info.end() ? found->second : ZtString();
 }
 
-/// Whether the user's primary group is 80 or 20, as the directory service names it for the home
-/// folder. 20 counts deliberately: it is the group of every user on some machines, and their
-/// reports have always said so.
+/// Whether the user's primary group, which the directory service has for the home folder, is 80
+/// or 20. 20 counts deliberately: it is the group of every user on some machines, and their reports
+/// have always said so.
 bool isUserAdmin() {
   // The path reaches the shell unquoted, blanks and quotes included.
   std::string command;
@@ -46,19 +46,19 @@ bool isUserAdmin() {
   return group == "80" || group == "20";
 }
 
-/// An application as an inventory lists it. Its name and version may be missing.
+/// An application of the inventory. Its name and version may be missing.
 struct ProbedApplication {
   ZtString identifier;
   ZtString name;
   ZtString version;
 };
 
-/// The applications of the machine. Used by one thread, and only while the current platform is.
+/// The applications of the machine. Used by one thread, and must not outlive the current platform.
 class ProbedApplications {
  public:
-  /// Looks up each application when it is asked for.
+  /// Looks up each application when it is needed.
   ProbedApplications() : _applications(Platform::current().installedApplications()) {}
-  /// Starts looking up these applications at once, in parallel to the caller.
+  /// Starts looking up these applications immediately, in parallel with the caller.
   ProbedApplications(std::span<const std::string_view> bundleIdentifiers,
                      std::span<const std::string_view> urls)
       : _prepared(Platform::current().installedApplications().prepared(bundleIdentifiers, urls)),
@@ -75,14 +75,15 @@ class ProbedApplications {
                              valueOf(*info, "CFBundleShortVersionString")};
   }
 
-  /// Path of the application that opens `url` ("http:", "mailto:") for the user; missing when none.
+  /// Path of the user's default application for `url` ("http:", "mailto:"); missing if there is
+  /// none.
   ZtString defaultPath(std::string_view url) const {
     const auto path = _applications.defaultFor(url);
     return path ? ZtString(*path) : nullptr;
   }
 
-  /// The bundle identifier of the application at `path`; empty when there is no path or no
-  /// application, missing when the application has no identifier.
+  /// The bundle identifier of the application at `path`; empty if there is no path or no
+  /// application, missing if the application has no identifier.
   ZtString identifierAt(const ZtString& path) const {
     if (path.isNull()) return "";
     const auto info = _applications.info(std::string(path.view()));
@@ -90,7 +91,7 @@ class ProbedApplications {
   }
 
  private:
-  std::unique_ptr<zt::InstalledApplications> _prepared;  // null where nothing is gained by it
+  std::unique_ptr<zt::InstalledApplications> _prepared;  // null if nothing is looked up in advance
   zt::InstalledApplications& _applications;
 };
 
@@ -102,7 +103,7 @@ constexpr std::array kBrowsers{&APP_SAFARI_IDENT, &APP_FIREFOX_IDENT, &APP_OPERA
 constexpr std::string_view kEMailUrl = "mailto:";
 constexpr std::string_view kBrowserUrl = "http:";
 
-/// Starts looking up all applications of the inventory, in parallel to the shell command.
+/// Starts looking up all applications of the inventory, in parallel with the shell command.
 ProbedApplications beginApplications() {
   std::vector<std::string_view> identifiers;
   identifiers.reserve(kEMailClients.size() + kBrowsers.size());
@@ -112,7 +113,7 @@ ProbedApplications beginApplications() {
   return {identifiers, kUrls};
 }
 
-/// The number that a text starts with, 0 for a text that starts with none.
+/// The number at the start of `text`, or 0.
 std::int32_t leadingNumber(std::string_view text) {
   std::int32_t number = 0;
   const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
@@ -120,9 +121,9 @@ std::int32_t leadingNumber(std::string_view text) {
                                                      : number;
 }
 
-/// Calls `add` with the name, the version and whether it is the default one of each application
-/// that is installed. The default is told by what an application calls itself, not by what was
-/// looked for.
+/// Calls `add` for each installed application: name, version, and whether it is the default one.
+/// The application's own identifier decides whether it is the default, not the one that was looked
+/// for.
 template <class Add>
 void eachInstalled(const ProbedApplications& applications,
                    const std::array<const ZtString*, 4>& identifiers, std::string_view url,
@@ -164,7 +165,7 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
   eachInstalled(applications, kBrowsers, kBrowserUrl,
                 [this](const auto&... application) { addBrowser(application...); });
 } catch (const ZtException&) {
-  // What was found until then stays.
+  // The values that were found before stay.
 }
 
 bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {

@@ -16,8 +16,8 @@
 ///     usage->setDeviceIMEI("356938035643809");
 ///     usage->setMobileConnections(12);
 ///
-/// A new pool has empty strings, counters of zero, and no IMEI and IMSI: these two are written
-/// "(null)" until they are set. Every counter is written, whatever its value.
+/// A new pool has empty strings, counters of zero, and no IMEI or IMSI: these two are written
+/// "(null)" until they are set. All counters are written, including those that are zero.
 class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
  public:
   using Networks = std::vector<ZtString>;
@@ -29,8 +29,9 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
 
   void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
 
-  /// Starts a new period: all counters are zero, the strings empty, the networks unknown. IMEI
-  /// and IMSI deliberately stay, since device and card do; timestamp and generic fields stay, too.
+  /// Starts a new period: sets all counters to zero, the strings to empty, and the networks to
+  /// unknown. Deliberately keeps IMEI and IMSI, because device and card stay the same; also keeps
+  /// the timestamp and the generic fields.
   void clear();
 
   ZtString deviceModel() const { return _deviceModel.load(); }
@@ -59,7 +60,7 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
   void setReceivedSMSReports(std::int32_t value) { _receivedSMSReports = value; }
   std::int32_t manualRegistrationsFailed() const { return _manualRegistrationsFailed; }
   void setManualRegistrationsFailed(std::int32_t value) { _manualRegistrationsFailed = value; }
-  /// Names of the networks; null when unknown. In no report.
+  /// Names of the networks; null if unknown. Not written into reports.
   std::shared_ptr<const Networks> registeredRoamNetworks() const {
     return _registeredRoamNetworks.load();
   }
@@ -84,7 +85,7 @@ class ZT_EXPORT ZtPortalPoolConnectionManager final : public ZtPortalPool {
   void setMobileRoamingConnectionsFailed(std::int32_t value) {
     _mobileRoamingConnectionsFailed = value;
   }
-  /// Bytes sent and received. In no report.
+  /// Bytes sent and received. Not written into reports.
   std::int64_t mobileVolumeHome() const { return _mobileVolumeHome; }
   void setMobileVolumeHome(std::int64_t value) { _mobileVolumeHome = value; }
   std::int64_t mobileVolumeRoaming() const { return _mobileVolumeRoaming; }

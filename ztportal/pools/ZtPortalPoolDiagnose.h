@@ -8,7 +8,7 @@
 #include "ztportal/pools/ZtPortalPool.h"
 #include "ztportal/pools/ZtPortalPoolDiagnoseStep.h"
 
-/// One run of a diagnose-and-repair tool: the steps that it went through. Pool type "DIAGNOSE".
+/// The steps of one run of a diagnose-and-repair tool. Pool type "DIAGNOSE".
 ///
 ///     auto diagnose = document->addPoolDiagnose(ZtDate::now());
 ///     auto step = diagnose->addStep(ZtDate::now(), "DNS", ZtPortalDiagnoseManual);
@@ -24,10 +24,10 @@ class ZT_EXPORT ZtPortalPoolDiagnose final : public ZtPortalPool {
 
   void addToXml(const ZtString& prefix, std::string& xml, bool soap) const override;
 
-  /// The step at `index`; raises as `ZtPortalPoolArray::field`.
+  /// The step at `index`; throws like `ZtPortalPoolArray::field`.
   std::shared_ptr<ZtPortalPoolDiagnoseStep> diagnoseStep(std::int32_t index) const;
-  /// Adds a step at the end and returns it, null when it could not be added. `type` is a
-  /// `ZtPortalDiagnoseType` or any other number, which is written as an empty text.
+  /// Adds a step at the end and returns it, null if it cannot be added. `type` is a
+  /// `ZtPortalDiagnoseType` or any other number, which is written as an empty value.
   std::shared_ptr<ZtPortalPoolDiagnoseStep> addStep(const ZtDate& timeStamp,
                                                     const ZtString& stepName, std::uint64_t type);
   /// The list itself, which the host may change; never null.

@@ -23,8 +23,8 @@ struct Fields;
 ///     step->setStepMessageString("no name server");
 ///     step->setSuccessfullRepair(0);
 ///
-/// The timestamp is for the host alone: deliberately, no report carries it. Single reads and writes
-/// of strings and dates are atomic.
+/// The timestamp is for the host's own use: it is deliberately not written into reports. Single
+/// reads and writes of strings and dates are atomic.
 class ZT_EXPORT ZtPortalPoolDiagnoseStep {
   struct Creation {
     explicit Creation() = default;

@@ -10,8 +10,8 @@
 #include "ztportal/pools/ZtPortalPoolExecutionStep.h"
 #include "ztportal/pools/ZtPortalRunResult.h"
 
-/// One run of a host application: where and when it began and ended, with what result, and the
-/// steps that it went through. Pool type "EXECUTION".
+/// One run of a host application: where and when it began and ended, its result, and its steps.
+/// Pool type "EXECUTION".
 ///
 ///     auto execution = document->addPoolExecution(ZtDate::now());
 ///     execution->setStartPoint("setup");
@@ -33,7 +33,7 @@ class ZT_EXPORT ZtPortalPoolExecution final : public ZtPortalPool, public ZtPort
   /// `ZtPortalStepType` or any other number, which is written as an empty value.
   std::shared_ptr<ZtPortalPoolExecutionStep> addStep(const ZtDate& timeStamp,
                                                      const ZtString& stepName, std::uint64_t type);
-  /// The step at `index`; throws as `ZtPortalPoolArray::field`.
+  /// The step at `index`; throws like `ZtPortalPoolArray::field`.
   std::shared_ptr<ZtPortalPoolExecutionStep> executionStep(std::int32_t index) const;
   /// A snapshot of the steps.
   std::vector<std::shared_ptr<ZtPortalPoolExecutionStep>> executionSteps() const;

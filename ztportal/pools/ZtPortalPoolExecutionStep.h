@@ -15,7 +15,7 @@ template <class Object>
 struct Fields;
 }
 
-/// One step of an execution. Its message and code are empty at first; the code is a string.
+/// One step of an execution. Its message and code are initially empty; the code is a string.
 ///
 ///     auto step = execution->addStep(ZtDate::now(), "Copy", ZtPortalStepError);
 ///     step->setStepMessageString("disk full");

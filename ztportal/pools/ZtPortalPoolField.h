@@ -7,11 +7,11 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// A named field of a pool. Without a value of any kind it is a bare field; the value fields and
-/// the array derive from it.
+/// A named field of a pool. This class is a bare field, which has no value; the fields with values
+/// and the array derive from it.
 ///
-/// The array that a field was added to and everyone who holds it share the field. One thread at a
-/// time may fill and write it.
+/// The array that contains the field and everyone who has a pointer to it share ownership. One
+/// thread at a time may fill and write it.
 class ZT_EXPORT ZtPortalPoolField {
  protected:
   /// Only this class and those derived from it can construct; others call the static functions.
@@ -27,8 +27,8 @@ class ZT_EXPORT ZtPortalPoolField {
   ZtPortalPoolField& operator=(const ZtPortalPoolField&) = delete;
   virtual ~ZtPortalPoolField();
 
-  /// Appends the field's lines to `xml`, each line starting with `prefix` and ending with
-  /// CR LF; with `soap` the start tags carry their SOAP types.
+  /// Appends the field's lines to `xml`; each line starts with `prefix` and ends with CR LF. With
+  /// `soap` the start tags have SOAP types.
   virtual void addToXml(const ZtString& prefix, std::string& xml, bool soap) const;
 
   const ZtString& fieldName() const { return _fieldName; }

@@ -4,7 +4,7 @@
 
 #include "ztportal/pools/ZtPortalPoolField.h"
 
-/// A field with a 32-bit signed number.
+/// A field with a 32-bit signed integer.
 class ZT_EXPORT ZtPortalPoolInteger final : public ZtPortalPoolField {
  public:
   static std::shared_ptr<ZtPortalPoolInteger> initWithNameAndValue(const ZtString& name,

@@ -4,7 +4,7 @@
 #include "ztportal/pools/ZtPortalPoolDeinstallation.h"
 #include "ztportal/pools/ZtPortalPoolInitialization.h"
 
-// The two pools that hold the result of a run and nothing else.
+// The two pools that contain the result of a run and nothing else.
 
 std::shared_ptr<ZtPortalPoolDeinstallation> ZtPortalPoolDeinstallation::initWithValues(
     const ZtDate& timeStamp) {

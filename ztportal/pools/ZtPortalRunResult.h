@@ -13,8 +13,8 @@ template <class Object>
 struct Fields;
 }
 
-/// How a run went: when it began and ended, with what result and error, and whether it succeeded.
-/// A base class of the pools that describe a run; hosts use it through them:
+/// The result of a run: when it began and ended, its result and error, and whether it succeeded.
+/// This is a base class of the pools that describe a run; hosts use it through them:
 ///
 ///     auto pool = document->addPoolInitialization(ZtDate::now());
 ///     pool->setEndResultCode("0");

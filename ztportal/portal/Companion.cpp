@@ -15,7 +15,7 @@ namespace zt {
 
 namespace {
 
-/// The value of "ztTestMode" in the companion's property list: nothing without a list or an entry,
+/// The value of "ztTestMode" in the companion's property list: nullopt without a list or an entry,
 /// a missing string for a value that is not a string.
 std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
   const std::optional<Bundle> bundle = Bundle::at(bundlePath);

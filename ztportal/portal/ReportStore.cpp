@@ -93,7 +93,7 @@ void ReportStore::remove(const std::string& file) { Platform::current().files().
 std::optional<std::string> ReportStore::request(const std::string& file) {
   const std::optional<std::string> content = Platform::current().files().read(file);
   if (!content) return std::nullopt;
-  // A file that could only be sent after a repair is never sent, so no repair is tried.
+  // Malformed XML is not repaired: a report is sent exactly as it was saved, or not at all.
   const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form);
   if (document == nullptr) return std::nullopt;
   return document->xmlText();

@@ -12,12 +12,12 @@
 namespace zt {
 
 /// Path of `relativePath` below the application-support folder of `domain`. A folder is created
-/// there unless something exists at that path already. Nothing when there is no such domain or a
+/// there unless something exists at that path already. Nullopt if there is no such domain or a
 /// folder cannot be created.
 std::optional<std::string> supportFolder(std::int16_t domain, std::string_view relativePath);
 
 /// The host's own folder, `Kelvane/<name of the host>` in the user's application-support folder;
-/// created like every support folder. Nothing for a host without a name.
+/// created like every support folder. Nullopt for a host without a name.
 std::optional<std::string> hostFolder();
 
 /// The offline store of the host: the folder "reports" in its own folder, one file per report,
@@ -33,7 +33,7 @@ class ReportStore {
   /// Path of the report's file, whether it exists or not.
   std::string fileOf(const ZtString& reportId) const;
 
-  /// Writes the file of the report, readable by its owner alone. Failures are silent.
+  /// Writes the file of the report, readable by its owner only. Failures are silent.
   void save(const ZtString& reportId, std::string_view text) const;
   /// Paths of the saved reports, in the order in which the system lists them.
   std::vector<std::string> files() const;

@@ -30,8 +30,9 @@ ZtString trimmedText(const ZtXMLNode& node) {
   return trimmed(text.view());
 }
 
-/// Its name is deliberate: the folder of the local copy was never set, and installers put the copy
-/// where the library has always looked for it, "(null)configuration.xml" in the working directory.
+/// The file name is deliberate: the folder of the local copy was never set, and installers put the
+/// copy where the library has always looked for it, "(null)configuration.xml" in the working
+/// directory.
 std::shared_ptr<ZtXMLDocument> localConfiguration() {
   std::string path;
   appendText(path, ZtString().printed(), APP_CONFIGURATIONFILE.view());
@@ -39,8 +40,8 @@ std::shared_ptr<ZtXMLDocument> localConfiguration() {
   return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
 }
 
-/// The name of the response element and the word true may be anywhere, so that servers which word
-/// the rest differently are accepted too.
+/// The name of the response element and the word "true" may be anywhere, because servers word the
+/// rest of the response differently.
 bool isAccepted(const ZtString& response) {
   return containsAnyCase(response.view(), "postpooldatasresponse") &&
          containsAnyCase(response.view(), "true");

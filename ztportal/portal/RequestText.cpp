@@ -26,8 +26,8 @@ constexpr std::string_view kBodyEnd = "  </SOAP-ENV:Body>";
 constexpr std::string_view kReportingNamespace =
     " xmlns:m=\"http://reporting.kelvane.example/portal\"";
 
-// Only one of the requests ends the URI with a slash. Servers compare the texts, so each request
-// keeps its own form.
+// Only one of the requests ends the URI with a slash. Servers compare the text, so each request
+// keeps its form.
 constexpr std::string_view kPostEncoding =
     " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\"";
 constexpr std::string_view kVersionEncoding =
@@ -54,7 +54,7 @@ constexpr Tag kPools("  <Datas", "com_Pools", ">\r\n");
 
 constexpr std::string_view kLineEnd = "\r\n";
 constexpr std::string_view kSoapIndent = "       ";
-// The indent of the pools: four blanks more than `reportData`.
+// The indentation of the pools: four spaces more than `reportData`.
 constinit const ZtString kSoapPoolPrefix = ZtString::constant<"           ">();
 constinit const ZtString kPlainPoolPrefix = ZtString::constant<"    ">();
 

@@ -9,7 +9,7 @@
 
 namespace zt {
 
-/// The header values of a report. Missing ones are written "(null)".
+/// The header values of a report. Missing values are written "(null)".
 struct ReportHeader {
   ZtString reportId;
   ZtString machineId;
@@ -24,8 +24,7 @@ struct ReportHeader {
 std::string reportText(const ReportHeader& header,
                        const std::vector<std::shared_ptr<ZtPortalPool>>& pools, bool soap);
 
-/// The customer ID that a request carries in test mode ("Kelvane_Test"). A missing ID stays
-/// missing.
+/// The customer ID of a request in test mode ("Kelvane_Test"). A missing ID stays missing.
 ZtString testCustomerId(const ZtString& customerId);
 
 /// The SOAP 1.1 request `getVersionInfo`, in one line without a line end.

@@ -10,5 +10,5 @@ extern ZT_EXPORT const ZtString APP_SUBFOLDERNAME;
 /// File name of a local copy of the configuration document.
 extern ZT_EXPORT const ZtString APP_CONFIGURATIONFILE;
 /// Bundle identifier of the companion application. It receives every request by broadcast, and its
-/// property list "ghost" can switch test mode on.
+/// property list "ghost" can switch the test mode on.
 extern ZT_EXPORT const ZtString GHOST_BUNDLE_IDENT;

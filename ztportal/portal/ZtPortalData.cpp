@@ -174,7 +174,7 @@ void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(
 bool ZtPortalData::reportToServer() try {
   const ZtString request = getSoapString();
   _notifyGhost(request);
-  // Only a document that once had a URL tries again to get online.
+  // Only a document that once had a URL tries to connect again.
   if (!_getReportUrl().empty() && !_server->isReady()) {
     _initHttp(_server->configurationUrl(), _cacheConfiguration);
   }
@@ -196,7 +196,7 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
 void ZtPortalData::saveReport() try {
   if (const auto store = zt::ReportStore::open()) store->save(_reportId, getSoapString());
 } catch (const ZtException&) {
-  // Deliberately silent; a caller that must know looks for the file.
+  // Deliberately silent: a caller that needs to know looks for the file.
 }
 
 bool ZtPortalData::sendSavedReports() try {

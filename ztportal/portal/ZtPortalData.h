@@ -29,8 +29,8 @@ class ReportingServer;
 ///     bool accepted = document->reportToServer();
 ///
 /// Lifecycle:
-/// - made: reads the configuration document and asks the server for its version, in up to two
-///   requests of two seconds each; making it succeeds even if neither gets a response;
+/// - created: reads the configuration document and asks the server for its version, in up to two
+///   requests of two seconds each; this succeeds even if neither gets a response;
 /// - filled: pools are added, never removed, and may be changed at any time;
 /// - sent (`reportToServer`): accepted, or else saved as a file in the offline store; or saved
 ///   without sending (`saveReport`);
@@ -40,15 +40,15 @@ class ReportingServer;
 /// folder, one file per report, `{<report ID>}.ztr`. It is not locked: two processes that resend at
 /// the same time may send a file twice.
 ///
-/// A document is used by one thread at a time; different documents by any threads. It prints
-/// nothing and starts no thread.
+/// A document is used by one thread at a time; different threads may use different documents. It
+/// prints nothing and starts no thread.
 class ZT_EXPORT ZtPortalData {
   struct Creation {
     explicit Creation() = default;
   };
 
  public:
-  /// Makes a document with a fresh report ID. `configurationUrl` names the customer's
+  /// Creates a document with a new report ID. `configurationUrl` is the URL of the customer's
   /// configuration document (http or https); with `cacheConfiguration` a local copy of it is tried
   /// first. Identifiers are kept unchanged; missing ones are written "(null)".
   static std::shared_ptr<ZtPortalData> initWithValues(const ZtString& configurationUrl,
@@ -63,14 +63,14 @@ class ZT_EXPORT ZtPortalData {
   ZtPortalData& operator=(const ZtPortalData&) = delete;
   ~ZtPortalData();
 
-  /// A fresh random UUID (RFC 4122) in upper case, without braces.
+  /// A new random UUID (RFC 4122) in upper case, without braces.
   static ZtString createUUID();
 
   /// Each adds a pool at the end and returns it for filling, or null if it could not be added. The
   /// document owns the pool.
   std::shared_ptr<ZtPortalPool> addPool(const ZtString& poolType, const ZtDate& timeStamp);
   std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystem(const ZtDate& timeStamp);
-  /// With `autoCheck` the pool is filled from the machine at once, which runs a subprocess.
+  /// With `autoCheck` the pool is filled from the machine immediately, which runs subprocesses.
   std::shared_ptr<ZtPortalPoolComputerSystem> addPoolComputerSystemWithAutoCheck(
       const ZtDate& timeStamp, bool autoCheck);
   std::shared_ptr<ZtPortalPoolExecution> addPoolExecution(const ZtDate& timeStamp);
@@ -84,33 +84,33 @@ class ZT_EXPORT ZtPortalData {
   /// customer ID deliberately stays "_Test" afterwards: servers rely on it.
   std::string getSoapString();
   /// The SOAP request, or without `soap` the same body as plain XML. `text` is ignored. Empty for
-  /// a document without pools and when a pool throws a `ZtException` while it is written.
+  /// a document without pools, or if a pool throws a `ZtException` while it is written.
   std::string generateXml(const ZtString& text, bool soap) const;
 
-  /// Broadcasts the request, then posts it to the server. True when the server accepted it;
-  /// otherwise the report is in the offline store, if it could be written there.
+  /// Broadcasts the request, then posts it to the server. True if the server accepted it; otherwise
+  /// the report is in the offline store, if it could be written there.
   bool reportToServer();
-  /// Writes the request to the file at `path` (UTF-8, replaced in place). Always false, also after
-  /// a success, so that callers do not come to rely on it.
+  /// Writes the request to the file at `path` (UTF-8), replacing its content. Always returns false,
+  /// also after a success, so that no caller relies on the result.
   bool reportToFile(const ZtString& path);
   /// Writes the request to its file in the offline store, unless the file is already identical.
   /// Failures are silent.
   void saveReport();
   /// Sends the files of the store in the order in which the system lists them, removes each
-  /// accepted one, and stops at the first that is not accepted. Always false, also when all were
-  /// accepted; the store shows what is left.
+  /// accepted one, and stops at the first that is not accepted. Always returns false, also if all
+  /// were accepted; the store shows what is left.
   bool sendSavedReports();
-  /// Sends one saved report; the file stays. True when the server accepted it; false also for a
-  /// file that is not well-formed XML.
+  /// Sends one saved report; the file stays. True if the server accepted it; false also for a file
+  /// that is not well-formed XML.
   bool sendSavedReport(const ZtString& path);
 
-  /// Path of this report's file in the store, whether the file exists or not; missing when the
-  /// store has no folder. Creates the folder.
+  /// Path of this report's file in the store, whether the file exists or not. Creates the store's
+  /// folder; missing if that fails.
   ZtString reportFile() const;
-  /// The store's folder, created if it does not exist; missing when that fails.
+  /// The store's folder, which is created if it does not exist; missing if that fails.
   static ZtString reportFolder();
 
-  // The state, read-only. URLs are empty until a configuration was read.
+  // The state of the document. URLs are empty until a configuration has been read.
   const ZtString& reportId() const { return _reportId; }
   const ZtString& machineId() const { return _machineId; }
   const ZtString& customerId() const { return _customerId; }
@@ -124,7 +124,7 @@ class ZT_EXPORT ZtPortalData {
   bool gotConfiguration() const;
   /// Whether the server returned its version.
   bool online() const;
-  /// The pools now, in the order in which they were added.
+  /// A snapshot of the pools, in the order in which they were added.
   std::vector<std::shared_ptr<ZtPortalPool>> pools() const { return _pools; }
 
  private:

@@ -15,8 +15,8 @@ std::string_view afterCharacter(std::string_view text) {
   return text.substr(size);
 }
 
-/// Matches with "*" and "?". After a mismatch the last "*" takes one more character, so the time is
-/// at most proportional to the product of both lengths.
+/// Matches "*" and "?". After a mismatch the last "*" matches one more character, so the time is at
+/// most proportional to the product of both lengths.
 bool matches(std::string_view text, std::string_view pattern) {
   bool starSeen = false;
   std::string_view starText;

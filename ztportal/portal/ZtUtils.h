@@ -9,7 +9,7 @@
 #include "ztportal/base/ZtString.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
-/// Lookups among the direct children of an XML node, never deeper.
+/// Searches the direct children of an XML node, but not their descendants.
 ///
 ///     auto document = ZtXMLDocument::parse(text);
 ///     auto url = ZtUtils::childNamed(*document->rootElement(), "defSOAP");
@@ -22,9 +22,10 @@ class ZT_EXPORT ZtUtils {
   /// name.
   static std::optional<ZtXMLNode> childNamed(const ZtXMLNode& node, const ZtString& name);
 
-  /// The first child whose name in lower case matches `pattern`: "*" matches any run of characters,
-  /// "?" one character, everything else itself. The pattern is not converted to lower case, so one
-  /// with a capital letter matches nothing.
+  /// The first child whose name in lower case matches `pattern`: "*" matches any number of
+  /// characters,
+  /// "?" one character, everything else itself. The pattern is not converted to lower case, so a
+  /// pattern with a capital letter matches nothing.
   static std::optional<ZtXMLNode> childNamedLike(const ZtXMLNode& node, const ZtString& pattern);
 
   /// The texts of all children, texts and comments included, in document order.

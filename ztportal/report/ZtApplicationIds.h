@@ -3,7 +3,7 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
 
-/// IDs of the client applications of each customer, braced GUIDs. A host passes its own:
+/// IDs of each customer's applications: GUIDs in braces. A host passes its own:
 ///
 ///     auto report = ZtReport::initWithCustomerAndGuid(REP_CUSTOMERID_NORVANTEL,
 ///                                                     REP_APPID_NORVANTEL_REPAIRTOOL);

@@ -14,9 +14,9 @@ struct Customer {
   ZtString defaultApplicationId;
 };
 
-/// The customer with exactly this ID; null for any other text and for a missing one.
+/// The customer with exactly this ID, or null.
 const Customer* customerWithId(const ZtString& id) {
-  // Created at the first use and never destroyed: hosts report from their own static objects, too.
+  // Created at the first use and never destroyed, because hosts also report from static objects.
   // The vendor's own default ID is longer than a GUID.
   static const auto& table = *new std::array<Customer, 5>{{
       {REP_CUSTOMERID_ZT, REP_URL_ZT,
@@ -43,7 +43,7 @@ ZtString hostVersion() {
   return version;
 }
 
-/// Calls `add` for every fact, then clears them: no fact is reported twice.
+/// Calls `add` for every fact, then clears them, so that no fact is reported twice.
 template <class Add>
 void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
   if (facts == nullptr) return;

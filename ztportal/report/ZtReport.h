@@ -26,7 +26,7 @@
 ///     bool accepted = report->sendReport(true);
 ///
 /// Lifecycle:
-/// - made for a customer: reads the configuration, asks the server for its version and takes the
+/// - created for a customer: reads the configuration, asks the server for its version and takes the
 ///   inventory of the computer;
 /// - started and stopped;
 /// - sent or saved.
@@ -42,10 +42,10 @@ class ZT_EXPORT ZtReport {
  public:
   using Facts = std::map<std::string, ZtString>;
 
-  /// Makes a report for the customer with exactly the ID `customer`; null for an unknown customer,
-  /// before anything else happens. `guid` is the ID of the application; if it is missing or empty,
-  /// the customer's default is used. The reported version is the host's (see `ZtHost`), "short
-  /// version.build version".
+  /// Creates a report for the customer with exactly the ID `customer`; null for an unknown
+  /// customer, without any other effect. `guid` is the ID of the application; if it is missing or
+  /// empty, the customer's default is used. The reported version is the host's (see `ZtHost`):
+  /// "short version.build version".
   static std::shared_ptr<ZtReport> initWithCustomerAndGuid(const ZtString& customer,
                                                            const ZtString& guid);
 
@@ -54,17 +54,16 @@ class ZT_EXPORT ZtReport {
   ZtReport& operator=(const ZtReport&) = delete;
   ~ZtReport();
 
-  /// The run starts now at `startPoint`, a name of the host's choice. The first call adds the
-  /// execution pool; later calls replace its start point and time.
+  /// Records that the run starts now at `startPoint`, a name of the host's choice. The first call
+  /// adds the execution pool; later calls replace its start point and time.
   void startReport(const ZtString& startPoint);
-  /// The run ends now at `endPoint`. Does nothing before a start.
+  /// Records that the run ends now at `endPoint`. Has no effect before startReport().
   void stopReport(const ZtString& endPoint);
 
-  /// Moves the installation facts into the execution pool, then with `send` posts the report: true
-  /// when the server accepted it, otherwise the report is in the offline store. Without `send` it
-  /// is saved there at once; the result is then always true, deliberately also when the file could
-  /// not be written: hosts end their run with it. Facts of a run that was never started are
-  /// dropped.
+  /// Moves the installation facts into the execution pool. With `send`, then posts the report: true
+  /// if the server accepted it, otherwise the report is in the offline store. Without `send`, saves
+  /// the report there; the result is then always true, deliberately also if the file could not be
+  /// written: hosts end their run with it. Facts of a run that was never started are dropped.
   bool sendReport(bool send);
 
   /// Sends the reports in the offline store; always false, like `ZtPortalData::sendSavedReports`.
@@ -84,10 +83,11 @@ class ZT_EXPORT ZtReport {
   void setPoolExecution(std::shared_ptr<ZtPortalPoolExecution> value) {
     _poolExecution = std::move(value);
   }
-  /// Facts to report as string fields, filled in by the host.
+  /// Facts that the host wants to report as string fields.
   std::shared_ptr<Facts> installDataString() const { return _installDataString; }
   void setInstallDataString(std::shared_ptr<Facts> value) { _installDataString = std::move(value); }
-  /// Facts to report as boolean fields: "yes" in any letter case is true, all else false.
+  /// Facts that the host wants to report as boolean fields: "yes" in any letter case is true, every
+  /// other value false.
   std::shared_ptr<Facts> installDataBOOL() const { return _installDataBOOL; }
   void setInstallDataBOOL(std::shared_ptr<Facts> value) { _installDataBOOL = std::move(value); }
 

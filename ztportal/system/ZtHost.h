@@ -7,10 +7,10 @@
 #include "ztportal/base/ZtString.h"
 
 /// The identity of the host application. Its name determines the folder of its saved reports; every
-/// broadcast carries its name and version.
+/// broadcast contains its name and version.
 ///
 /// An application inside a bundle (a folder with `Contents/Info.plist` above the executable) is
-/// identified by the bundle. Any other names itself, once, before it makes its first report:
+/// identified by the bundle. Any other application names itself once, before its first report:
 ///
 ///     ZtHost::setBundleInfo({{"CFBundleName", "Setup"},
 ///                            {"CFBundleShortVersionString", "2.1"},
@@ -21,7 +21,7 @@ class ZT_EXPORT ZtHost {
  public:
   ZtHost() = delete;
 
-  /// Replaces everything known about the host, its bundle's information included.
+  /// Replaces all information about the host, including that of its bundle.
   static void setBundleInfo(std::map<std::string, ZtString> info);
 
   /// The value of a key from `setBundleInfo`, or if that was never called from the main bundle.

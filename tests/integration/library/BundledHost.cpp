@@ -1,7 +1,7 @@
 #include "ztportal/ztportal.h"
 
 // BundledHost CONFIGURATION-URL: a host that is identified by its bundle, not by ZtHost. Sends one
-// report; ends with 0 when it was accepted.
+// report. Exit status: 0 if it was accepted.
 
 int main(int count, char** arguments) {
   if (count != 2) return 2;

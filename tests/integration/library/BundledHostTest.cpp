@@ -19,7 +19,7 @@ using ::testing::StartsWith;
 
 class BundledHostTest : public RealPortalTest {
  protected:
-  /// A copy of the host at `place` in a fresh folder.
+  /// Copies the host to `place` in a new folder.
   std::string installHost(const std::string& place) const {
     const std::string program = folder.path(place);
     std::filesystem::create_directories(std::filesystem::path(program).parent_path());

@@ -29,7 +29,7 @@ class PortalBroadcastTest : public RealPortalTest {
 TEST_F(PortalBroadcastTest, ReachesTheCompanionBeforeTheServerResponds) {
   std::optional<std::string> received;
   // The server responds only after the broadcast arrived. A broadcast after the response, or after
-  // the time-out, would leave the report unaccepted.
+  // the timeout, would leave the report unaccepted.
   const ReportingServer server([this, &received](RequestKind asked) {
     if (asked == RequestKind::Report) received = _receiver.next();
   });

@@ -9,8 +9,8 @@
 #include "tests/support/LoopbackServer.h"
 #include "ztportal/portal/RequestText.h"
 
-// The bytes of the three requests, and every response that a broken network can make of a healthy
-// one.
+// The bytes of the three requests, and every response into which a broken network can turn a
+// healthy one.
 
 namespace zt::test {
 namespace {
@@ -58,7 +58,7 @@ TEST_F(PortalOnTheWireTest, TheThreeRequestsByteForByte) {
   EXPECT_EQ(document->serverVersion(), "7.3");
 }
 
-/// Every response that is not the healthy one with `body`, by a name.
+/// Every response other than the healthy one with `body`, by name.
 std::vector<std::pair<const char*, LoopbackResponse>> faults(const std::string& body,
                                                              const std::string& host) {
   const std::string whole = success(body).bytes;

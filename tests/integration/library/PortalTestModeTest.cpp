@@ -5,8 +5,8 @@
 #include "tests/integration/library/RealPortalTest.h"
 #include "tests/support/Inbox.h"
 
-// Test mode with a running companion. No other test runs meanwhile: where the companion cannot be
-// hidden, all hosts of the machine are in test mode.
+// Test mode with a running companion. No other test runs at the same time, because all hosts of the
+// machine are in test mode if the companion cannot be hidden.
 
 namespace zt::test {
 namespace {

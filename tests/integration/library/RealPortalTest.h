@@ -56,7 +56,7 @@ class RealPortalTest : public ::testing::Test {
   std::vector<std::string> stored() const {
     return LinuxFiles().list(store()).value_or(std::vector<std::string>());
   }
-  /// The bytes of a file; nothing when there is none.
+  /// The bytes of a file; nullopt if there is none.
   static std::optional<std::string> content(const std::string& path) {
     return LinuxFiles().read(path);
   }

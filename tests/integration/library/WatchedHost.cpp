@@ -18,8 +18,8 @@
 #include "ztportal/ztportal.h"
 
 // WatchedHost CONFIGURATION-URL CONDITION FILE: a host that uses the whole library under a
-// condition and writes to FILE what that changed in its process, one change per line. Ends with 0
-// when the report was accepted, 1 when it was not, 2 for wrong arguments.
+// condition, and writes to FILE what changed in its process, one change per line. Exit status: 0 if
+// the report was accepted, 1 if it was not, 2 for wrong arguments.
 
 namespace {
 
@@ -97,7 +97,7 @@ void addDescriptors(HostState& state) {
 
 bool isKeptByTheLibrary(const std::string& name, const std::string& text) {
   if (!name.starts_with(kDescriptor)) return false;
-  // libcurl has a pair of sockets for itself, which it leaves open to subprocesses.
+  // libcurl keeps a pair of sockets, which subprocesses inherit.
   if (text.find(kPair) != std::string::npos) return true;
   if (text.find(" inherited") != std::string::npos) return false;
   const bool isStandard = std::stoi(name.substr(std::string(kDescriptor).size())) <= STDERR_FILENO;
@@ -123,7 +123,7 @@ HostState stateOfThisProcess() {
   return state;
 }
 
-/// One line per difference. File descriptors that the library keeps for its connection are none,
+/// One line per difference. The file descriptors of the library's kept connection do not count,
 /// unless other programs inherit them or a connection has the number of a standard stream.
 std::string differences(const HostState& before, const HostState& after) {
   std::string lines;

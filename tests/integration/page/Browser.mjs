@@ -11,7 +11,7 @@ const axe = readFileSync(require.resolve("axe-core/axe.min.js"), "utf8");
 export class Browser {
   static async start() {
     const browser = new Browser();
-    // Without a sandbox: the tests may run as root, and the page is the project's own.
+    // No sandbox, because the tests may run as root; they open only our own page.
     browser.chromium = await chromium.launch({executablePath: process.env.ZT_CHROMIUM, args: ["--no-sandbox"]});
     return browser;
   }
@@ -20,8 +20,8 @@ export class Browser {
     return this.chromium.close();
   }
 
-  // A page of `inbox` in a fresh profile, and in `faults` all that must not happen in it: scripts
-  // that fail, violations of the content security policy, dialogs, requests to other servers.
+  // Opens a page of `inbox` in a new profile. `faults` lists what must not happen in it: script errors,
+  // violations of the content security policy, dialogs, requests to other servers.
   async open(inbox, path = "#/", options = {}) {
     const context = await this.chromium.newContext({viewport: {width: 1280, height: 800}, ...options});
     const page = await context.newPage();
@@ -54,7 +54,7 @@ export class Browser {
   }
 }
 
-// What axe-core objects to, by WCAG 2.1 A and AA: "rule: element".
+// Violations of WCAG 2.1 A and AA that axe-core finds, as "rule: element".
 export async function accessibilityFaults(page) {
   await page.evaluate(axe);
   const found = await page.evaluate(() => globalThis.axe.run(document, {runOnly: ["wcag2a", "wcag2aa", "wcag21a", "wcag21aa", "best-practice"]}));

@@ -1,5 +1,5 @@
-// A running ztinbox on a free port of the loopback interface, with a data folder of its own.
-// ZT_INBOX_PROGRAM says where the program stands.
+// A running ztinbox on a free loopback port, with a temporary data folder. ZT_INBOX_PROGRAM is the path
+// of the program.
 
 import {spawn} from "node:child_process";
 import {once} from "node:events";
@@ -20,7 +20,7 @@ export class Inbox {
     this.child = spawn(process.env.ZT_INBOX_PROGRAM, [...options, "--data", this.folder], {stdio: ["ignore", "pipe", "inherit"]});
     const lines = createInterface({input: this.child.stdout});
     const [line] = await once(lines, "line");
-    // Nobody reads the others, but a full pipe would stop the inbox.
+    // The other lines are discarded, because a full pipe would block the inbox.
     lines.on("line", () => {});
     this.url = line.replace("ztinbox: listening on ", "");
   }

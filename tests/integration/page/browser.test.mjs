@@ -47,14 +47,14 @@ async function sendMany(count) {
   }
 }
 
-test("tells how to point a host at it while nothing has come", async () => {
+test("explains how to point a host at it while there are no reports", async () => {
   const page = await open();
-  await expectText(page, "#empty", "No report has come yet");
+  await expectText(page, "#empty", "No reports yet");
   await expectText(page, "#empty", `${inbox.url}/reporting/kelvane.xml`);
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("shows reports as they come, the newest first and unread", async () => {
+test("shows reports as they arrive, newest first and unread", async () => {
   const page = await open();
   await inbox.send(report({customerId: "Kelvane", applicationVersion: "1.0"}));
   await expectRows(page, 1);
@@ -67,7 +67,7 @@ test("shows reports as they come, the newest first and unread", async () => {
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("catches up when the inbox was away", async () => {
+test("catches up after the inbox was restarted", async () => {
   const page = await open("#/", {allowErrors: true});
   await inbox.send(report());
   await expectRows(page, 1);
@@ -92,7 +92,7 @@ test("opens older reports page by page", async () => {
   assert.equal(await page.isVisible("#older"), false);
 });
 
-test("opens a report with its summary, its steps to scale, its pools and marks it as read", async () => {
+test("opens a report with its summary, its steps to scale and its pools, and marks it as read", async () => {
   await inbox.send(report({pools: execution({steps: INSTALLATION, duration: 4_000, success: "FALSE", more: field("EDITION", "Home")})}));
   const page = await open();
   await page.click(".row-link");
@@ -111,7 +111,7 @@ test("opens a report with its summary, its steps to scale, its pools and marks i
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("shows the raw text with numbers and with what a parser objects to", async () => {
+test("shows the raw text with line numbers and XML errors", async () => {
   await inbox.send(report({pools: pool("NOTES", field("NOTE", "Tom & Jerry < 3"))}));
   const page = await open("#/reports/1/raw");
   await expectText(page, ".verdict", 'An XML parser stops at line 16, column 51: a bare "&": no reference follows.');
@@ -142,7 +142,8 @@ test("links reports with the same ID", async () => {
   await expectText(page, ".summary", "Same ID#2");
 });
 
-// Waits until the list shows these customers; a list of as many others may stand there before.
+// Waits until the list shows these customers. Counting rows would not do: the list before may have as
+// many.
 async function expectCustomers(page, expected, message) {
   for (let tries = 0; ; ++tries) {
     const shown = await customers(page);
@@ -179,7 +180,7 @@ test("searches with operators and words, and says when nothing is found", async 
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("keeps a search while reports come in", async () => {
+test("keeps a search while reports arrive", async () => {
   const page = await open("#/?q=customer%3AKelvane");
   await inbox.send(report({customerId: "Norvantel"}));
   await inbox.send(report({customerId: "Kelvane"}));
@@ -187,7 +188,7 @@ test("keeps a search while reports come in", async () => {
   await expectText(page, "#list-count", "1 of 2");
 });
 
-test("switches how reports are answered, and shows it", async () => {
+test("changes how reports are answered, and shows it", async () => {
   const page = await open();
   await expectText(page, "#switch-text", "Accepts");
   await page.click("#switch");
@@ -219,21 +220,21 @@ test("switches how reports are answered, and shows it", async () => {
   assert.equal(await inbox.send(report()).then((answer) => answer.includes("true")), true);
 });
 
-test("deletes one report, what is found, and all, after asking", async () => {
+test("deletes one report, the found ones, and all, after a confirmation", async () => {
   await sendMany(4);
   const page = await open("#/reports/4");
   await page.click(".pane-title button:text-is('Delete')");
   await page.click("dialog button:text-is('Cancel')");
   await expectRows(page, 4);
   await page.click(".pane-title button:text-is('Delete')");
-  await expectText(page, "dialog", "Report #4 of Customer4 is deleted for good.");
+  await expectText(page, "dialog", "This permanently deletes report #4 of Customer4.");
   await page.click("dialog button:text-is('Delete')");
   await expectRows(page, 3);
 
   await page.fill("#query", "customer:Customer2");
   await expectRows(page, 1);
   await page.click("#delete-all:text-is('Delete found')");
-  await expectText(page, "dialog", "This deletes 1 report for good; others stay.");
+  await expectText(page, "dialog", "This permanently deletes 1 report and keeps all others.");
   await page.click("dialog button:text-is('Delete 1')");
   await expectText(page, "#empty", "None of 2 reports");
   await page.fill("#query", "");
@@ -241,11 +242,11 @@ test("deletes one report, what is found, and all, after asking", async () => {
 
   await page.click("#delete-all:text-is('Delete all')");
   await page.click("dialog button:text-is('Delete all')");
-  await expectText(page, "#empty", "No report has come yet");
+  await expectText(page, "#empty", "No reports yet");
   assert.deepEqual(await inbox.ask("reports"), []);
 });
 
-test("takes over what is deleted and marked elsewhere, and keeps its place", async () => {
+test("shows what is deleted and marked elsewhere, and keeps its place", async () => {
   await sendMany(150);
   const page = await open("#/reports/150");
   await page.click("#older");
@@ -258,7 +259,7 @@ test("takes over what is deleted and marked elsewhere, and keeps its place", asy
   await expectRows(page, 149);
   await expectText(page, "#list-count", "147 unread");
   await inbox.ask("reports?before=1000", {method: "DELETE"});
-  await expectText(page, "#empty", "No report has come yet");
+  await expectText(page, "#empty", "No reports yet");
 });
 
 test("compares two reports field by field", async () => {
@@ -279,7 +280,7 @@ test("compares two reports field by field", async () => {
   assert.equal(new URL(page.url()).hash, "#/reports/1/compare/2");
 });
 
-test("draws what is stored", async () => {
+test("draws charts of the stored reports", async () => {
   await inbox.send(report({pools: execution({steps: INSTALLATION, duration: 4_000})}));
   await inbox.behave({answer: "refuse"});
   await inbox.send(report({pools: execution({steps: INSTALLATION, duration: 4_000, success: "FALSE"})}));
@@ -294,7 +295,7 @@ test("draws what is stored", async () => {
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("is used by keys alone", async () => {
+test("can be used with the keyboard alone", async () => {
   await sendMany(3);
   const page = await open();
   await expectRows(page, 3);
@@ -329,10 +330,10 @@ test("is used by keys alone", async () => {
   assert.deepEqual(await opened.faults(), []);
 });
 
-// Markup, script, terminal escapes and what breaks out of an attribute, in every name and value.
+// Markup, scripts, terminal escapes and the end of an attribute.
 const HOSTILE = '<img src=x onerror="alert(1)"><script>alert(2)</script>"\'><svg onload=alert(3)>\u001b[31m\u202e<a href="javascript:alert(4)">{{7*7}}';
 
-test("runs and builds nothing out of what a report holds", async () => {
+test("never runs or parses the content of a report", async () => {
   const hostile = report({
     customerId: HOSTILE, applicationId: HOSTILE, applicationVersion: HOSTILE, machineId: HOSTILE, reportId: HOSTILE,
     pools: execution({steps: [[HOSTILE, "ENTER", 0, HOSTILE], [HOSTILE, HOSTILE, 500, HOSTILE]]}) +
@@ -353,7 +354,7 @@ test("runs and builds nothing out of what a report holds", async () => {
   assert.deepEqual(await opened.faults(), []);
 });
 
-test("shows the beginning of a report too large to show", async () => {
+test("shows the beginning of a report that is too large to show", async () => {
   await inbox.send(report({pools: pool("LARGE", field("VALUE", "x".repeat(3 * 1024 * 1024)))}));
   const page = await open("#/reports/1");
   await expectText(page, ".pool", "3.0 MiB in all");
@@ -361,7 +362,7 @@ test("shows the beginning of a report too large to show", async () => {
   await expectText(page, ".raw", "The first 1.0 MiB of 3.0 MiB is shown");
 });
 
-test("notices what the other tests look for", async () => {
+test("the checks of the other tests find faults", async () => {
   const page = await open("#/", {allowErrors: true});
   assert.deepEqual(await accessibilityFaults(page), []);
   await page.evaluate(() => {

@@ -15,7 +15,7 @@ function ofPools(rows) {
   return rows.filter(({path}) => path[0] !== "Report").map(({path, ...rest}) => [path.join("/"), ...Object.values(rest)]);
 }
 
-test("gives every field a path of its own", () => {
+test("gives every field a unique path", () => {
   const report = details([
     ["P", [value("N", "1"), value("N", "2"), array("L", [value("X", "3")])]],
     ["P", [array("L", [value("X", "4")], [value("X", "5"), array("D", [value("Y", "6")])])]],
@@ -30,7 +30,7 @@ test("gives every field a path of its own", () => {
   ]);
 });
 
-test("tells what is equal, changed and on one side only, in order", () => {
+test("finds equal, changed and one-sided fields, in order", () => {
   const left = details([["P", [value("A", "1"), value("B", "2"), value("C", "3")]]]);
   const right = details([["P", [value("NEW", "0"), value("A", "1"), value("AFTER", "9"), value("C", "4")]]]);
   assert.deepEqual(ofPools(compareReports(left, right)), [
@@ -42,7 +42,7 @@ test("tells what is equal, changed and on one side only, in order", () => {
   ]);
 });
 
-test("compares what the reports are, too", () => {
+test("also compares the identity of the reports", () => {
   const rows = compareReports(details([]), details([], {applicationVersion: "2", result: "failed"}));
   assert.deepEqual(rows.filter(({state}) => state !== "equal").map(({path, left, right}) => [path.join("/"), left, right]), [
     ["Report/Version", "1", "2"],
@@ -57,7 +57,7 @@ test("does not mistake a name with a separator for a path", () => {
   assert.deepEqual(ofPools(compareReports(left, right)).map(([, state]) => state).sort(), ["left", "right"]);
 });
 
-test("compares large reports in time proportional to them", () => {
+test("compares large reports in time proportional to their size", () => {
   const fields = (from) => Array.from({length: 20_000}, (_, index) => value(`F${from + index}`, "x"));
   const rows = compareReports(details([["P", fields(0)]]), details([["P", fields(20_000)]]));
   assert.equal(rows.length, 40_007);

@@ -1,5 +1,5 @@
 // Every response of the API validates against its OpenAPI description, and every described response
-// is reached. ZT_PAGE_PACKAGES names the folder with the npm packages.
+// occurs. ZT_PAGE_PACKAGES is the folder of the npm packages.
 
 import assert from "node:assert/strict";
 import {request as httpRequest} from "node:http";
@@ -98,7 +98,7 @@ function exchange(url, method, body, headers, isStream) {
   });
 }
 
-test("every response is described, and every described response is given", async () => {
+test("every response is described, and every described response occurs", async () => {
   const inbox = await Inbox.start();
   try {
     const empty = array("EMPTY", []).replace("</Name>", "</Date>").replace(/<\/Field>\r\n$/, "</Data>\r\n");

@@ -42,23 +42,23 @@ const TIME_RULE = "needs a day (2026-11-21), a time (2026-11-21T12:00) or an age
 const FAULTS = [
   ["customer:", "customer: needs a value"],
   ['customer:""', "customer: needs a value"],
-  ["pool:a pool:b", "pool: can be given once"],
+  ["pool:a pool:b", "pool: can be given only once"],
   ["after:yesterday", `after: ${TIME_RULE}`],
   ["before:2026-02-31", `before: ${TIME_RULE}`],
   ["before:2026-13-01", `before: ${TIME_RULE}`],
   ["after:5y", `after: ${TIME_RULE}`],
   ["is:new", "is: needs one of unread, read, test"],
   ["is:constructor", "is: needs one of unread, read, test"],
-  ["is:read is:unread", "is: can be given once"],
+  ["is:read is:unread", "is: can be given only once"],
 ];
 
 for (const [query, fault] of FAULTS) {
-  test(`objects to ${query}`, () => {
+  test(`rejects ${query}`, () => {
     assert.deepEqual(parseQuery(query, NOW), {parameters: {}, fault});
   });
 }
 
-test("writes an operator so that it is read again", () => {
+test("writes operators that it can read", () => {
   assert.equal(operatorText("pool", "DISKS"), "pool:DISKS");
   assert.equal(operatorText("pool", "MY POOL"), 'pool:"MY POOL"');
   assert.deepEqual(parseQuery(operatorText("pool", "MY POOL")).parameters, {pool: "MY POOL"});

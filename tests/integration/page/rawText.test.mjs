@@ -16,7 +16,7 @@ const FINE = [
 ];
 
 for (const text of FINE) {
-  test(`objects to nothing in ${JSON.stringify(text)}`, () => {
+  test(`finds no error in ${JSON.stringify(text)}`, () => {
     assert.deepEqual(found(text), []);
   });
 }
@@ -25,13 +25,13 @@ const BARE = 'a bare "<": no tag follows';
 const OUTSIDE = "text outside the document's element";
 const FAULTY = [
   ["<a>x & y</a>", [["&", 'a bare "&": no reference follows']]],
-  ["<a>&nbsp;&#0;&#x41;</a>", [["&nbsp;", 'the entity "&nbsp;" is not defined'], ["&#0;", '"&#0;" is no character of XML']]],
+  ["<a>&nbsp;&#0;&#x41;</a>", [["&nbsp;", 'the entity "&nbsp;" is not defined'], ["&#0;", '"&#0;" is not an XML character']]],
   ['<a b="x&y"/>', [["&", 'a bare "&": no reference follows']]],
   ["<a>1 < 2 <3 <b</a>", [["<", BARE], ["<", BARE], ["<", BARE]]],
-  ["<a>x ]]> y</a>", [["]]>", '"]]>" in a text']]],
+  ["<a>x ]]> y</a>", [["]]>", '"]]>" in text']]],
   ["<a>\u001b[31m\u0000</a>", [["\u001b", "the character U+001B is not allowed"], ["\u0000", "the character U+0000 is not allowed"]]],
-  ["<a><n>DISK</d><f></f></a>", [["</d>", 'the end tag "d" where that of "n" is due']]],
-  ["<a><v>x </b> y</v></a>", [["</b>", 'the end tag "b" where that of "v" is due']]],
+  ["<a><n>DISK</d><f></f></a>", [["</d>", 'the end tag "d" does not match the start tag "n"']]],
+  ["<a><v>x </b> y</v></a>", [["</b>", 'the end tag "b" does not match the start tag "v"']]],
   ["<a></a></a>", [["</a>", 'the end tag "a" has no start tag']]],
   ["<a></a><b/>", [["<b", "a second element outside the document's element"]]],
   ["<a/>more", [["more", OUTSIDE]]],
@@ -45,16 +45,16 @@ const FAULTY = [
 ];
 
 for (const [text, faults] of FAULTY) {
-  test(`finds what is wrong in ${JSON.stringify(text)}`, () => {
+  test(`finds the errors in ${JSON.stringify(text)}`, () => {
     assert.deepEqual(found(text), faults);
   });
 }
 
-test("does not object to what is cut off", () => {
+test("does not report the end of a text that is cut off", () => {
   for (const text of ["<a><b>x", "<a><b c='", "<a><!-- x", "<a><![CDATA[x", "<a></b"]) assert.deepEqual(found(text, true), [], text);
 });
 
-test("takes time in proportion to the text", () => {
+test("takes time proportional to the length of the text", () => {
   for (const part of ["<", "<a ", "&", "</a>", "<a>", '<a b="', "<!--", "<a b='1' "]) {
     const began = performance.now();
     findFaults(part.repeat(200_000));

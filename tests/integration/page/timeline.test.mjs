@@ -8,31 +8,31 @@ import {kindOf, niceTicks, timelineScale} from "../../../tools/ztinbox/page/time
 
 const step = (offset, duration = null) => ({offset, duration, type: "ENTER", failed: false});
 
-test("places steps by their times", () => {
+test("positions steps by their times", () => {
   const {total, isTimed, bars} = timelineScale([step(0, 500), step(500), step(null)], 2_000);
   assert.equal(total, 2_000);
   assert.equal(isTimed, true);
   assert.deepEqual(bars, [{start: 0, width: 0.25}, {start: 0.25, width: null}, {start: null, width: null}]);
 });
 
-test("reaches as far as the last step where the run's duration is missing or too short", () => {
+test("extends to the last step if the run's duration is missing or too short", () => {
   assert.equal(timelineScale([step(100, 300)], null).total, 400);
   assert.equal(timelineScale([step(100, 300)], 50).total, 400);
 });
 
-test("puts everything at the beginning where no time passed", () => {
+test("puts everything at the beginning if no time passed", () => {
   const {total, bars, ticks} = timelineScale([step(0, 0), step(0)], 0);
   assert.equal(total, 0);
   assert.deepEqual(bars, [{start: 0, width: 0}, {start: 0, width: null}]);
   assert.deepEqual(ticks, [{time: 0, at: 0}]);
 });
 
-test("knows no time of steps without any", () => {
+test("is not timed if no step has a time", () => {
   assert.equal(timelineScale([step(null)], null).isTimed, false);
   assert.equal(timelineScale([], null).isTimed, false);
 });
 
-test("takes round ticks", () => {
+test("chooses round ticks", () => {
   const rows = [
     [0, [0]],
     [4_000, [0, 1_000, 2_000, 3_000, 4_000]],
@@ -56,7 +56,7 @@ test("draws each kind of step", () => {
 
 const minute = (time, accepted, refused = 0, failed = 0) => ({minute: `2026-11-21T${time}:00.000Z`, accepted, refused, failed});
 
-test("fills the minutes in which nothing came", () => {
+test("adds bars for the minutes without reports", () => {
   const {minutes, bars, highest} = barsOf([minute("12:00", 1), minute("12:02", 2, 1)], 10);
   assert.equal(minutes, 1);
   assert.equal(highest, 3);
@@ -64,7 +64,7 @@ test("fills the minutes in which nothing came", () => {
   assert.equal(bars[1].begin.toISOString(), "2026-11-21T12:01:00.000Z");
 });
 
-test("widens the bars until they are few enough", () => {
+test("widens the bars until there are few enough", () => {
   const {minutes, bars} = barsOf([minute("12:04", 1), minute("12:05", 2), minute("13:33", 0, 0, 4)], 20);
   assert.equal(minutes, 5);
   assert.equal(bars.length, 19);

@@ -202,7 +202,7 @@ TEST(KeepingTest, TheUsersDataFolderIsTheDefault) {
                       {.environment = std::vector<std::string>{}});
   EXPECT_EQ(homeless.wait(), 3);
   EXPECT_EQ(homeless.waitForErrors(),
-            "ztinbox: no home folder to keep reports in: --data names one\n");
+            "ztinbox: no home folder to keep reports in; choose a folder with --data\n");
 }
 
 }  // namespace

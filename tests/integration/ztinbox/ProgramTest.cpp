@@ -219,22 +219,23 @@ TEST(ProgramTest, PrintsItsHelp) {
   const Finished help = run({"--help"});
   EXPECT_EQ(help.status, 0);
   EXPECT_EQ(help.errors, "");
-  EXPECT_EQ(help.output,
-            R"(Local inbox for reports: takes them, shows them, and misbehaves on purpose.
+  EXPECT_EQ(
+      help.output,
+      R"(A reporting server for this machine: receives reports, shows them, and fails on request.
 Usage: ztinbox [OPTIONS]
 
 Options:
   -h,--help                   Print this help message and exit
   --version                   Print the version and exit
   --listen ADDRESS:PORT=127.0.0.1:8025
-                              Address and port; port 0: a free one
-  --data DIR                  Folder to keep the reports in (default: ztinbox among the user's data)
-  --max N=10000               Keep the newest N reports
+                              Listen at this address; port 0 selects a free port
+  --data DIR                  Folder of the stored reports (default: ztinbox in the user's data folder)
+  --max N=10000               Keep only the newest N reports
   --answer WORD=accept        Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or truncate
-  --slow MS=0                 Wait before each answer, in milliseconds
-  --fail-rate F=0             Let each report fail with this probability, from 0 to 1
-  --seed S=0                  Seed of the failures: the same one, the same failures
-  --scenario FILE             JSON list of answers to give in order, as in [{"answer": "error:503", "times": 2}, {"answer": "accept"}]
+  --slow MS=0                 Delay before each answer, in milliseconds
+  --fail-rate F=0             Probability that a report gets a random fault, from 0 to 1
+  --seed S=0                  Seed of the random faults; the same seed repeats them
+  --scenario FILE             JSON list of answers to play in order, such as [{"answer": "error:503", "times": 2}, {"answer": "accept"}]
 
 )");
 }

@@ -31,7 +31,7 @@ LoopbackResponse status(const std::string& line) {
 
 class DoctorServerTest : public DoctorTest {
  protected:
-  /// What `check` finds with a server that always misbehaves like this; the command fails.
+  /// The result of `check` with a server that always misbehaves like this; the command fails.
   std::string found(const std::string& check, RequestKind asked, const LoopbackResponse& answer) {
     _server.setResponse(asked, answer);
     const Diagnosis diagnosis = examine(_server.configurationUrl());

@@ -50,7 +50,7 @@ inline std::string withoutReportId(std::string text) {
   return text.replace(text.find(id), id.size(), "{ID}");
 }
 
-/// Runs ztreport for a fresh user: time zone UTC, C locale, no session bus, an empty store.
+/// Runs ztreport for a new user: time zone UTC, C locale, no session bus, an empty store.
 class ReportProgram {
  public:
   std::string write(std::string_view name, std::string_view content) const {

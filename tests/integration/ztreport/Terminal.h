@@ -37,7 +37,7 @@ class Terminal {
 
   std::string name() const { return _name.data(); }
 
-  /// What the program wrote; call it after the program ended. A terminal buffers 4 KiB.
+  /// What the program has written; call it after the program has ended. A terminal buffers 4 KiB.
   std::string shown() const {
     std::array<char, 4096> part{};
     ::fcntl(_reader, F_SETFL, O_NONBLOCK);

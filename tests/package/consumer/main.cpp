@@ -1,4 +1,4 @@
-// Uses a part of each module and an exception that the library throws, and prints the content of
+// Uses a part of each module, including an exception that the library throws. Prints the content of
 // expected.txt.
 
 #include <ztportal/ztportal.h>

@@ -12,7 +12,7 @@
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Subprocess.h"
 
-// The manual pages, and the completions in the shells themselves.
+// Tests of the manual pages, and of the completions in the real shells.
 
 namespace zt::test {
 namespace {
@@ -44,19 +44,19 @@ std::string outputOf(std::vector<std::string> command) {
   return text;
 }
 
-/// What bash offers for the last of `words`.
+/// The completions that bash offers for the last of `words`.
 std::vector<std::string> inBash(std::vector<std::string> words) {
   words.insert(words.begin(), {"bash", kScripts + "/complete.bash", kCompletion + ".bash"});
   auto lines = linesOf(outputOf(words));
   std::erase(lines, "");
   return lines;
 }
-/// What zsh shows for each line and a tab; the completed line is between "<<" and ">>".
+/// The output of zsh for each line and a tab; the completed line is between "<<" and ">>".
 std::string inZsh(std::vector<std::string> lines) {
   lines.insert(lines.begin(), {"zsh", kScripts + "/complete.zsh", kPackaging + "/completions"});
   return outputOf(lines);
 }
-/// What fish offers at the end of a line, without the descriptions.
+/// The completions that fish offers at the end of a line, without their descriptions.
 std::vector<std::string> inFish(const std::string& line) {
   auto lines = linesOf(outputOf({"fish", "--no-config", "-c",
                                  "source '" + kCompletion + ".fish'; complete -C '" + line + "'"}));

@@ -12,7 +12,7 @@ namespace {
 using namespace std::string_view_literals;
 using zt::test::allocationsHeld;
 
-TEST(TextMemoryTest, ATextTakesOnePieceAndItsLastHolderGivesItBack) {
+TEST(TextMemoryTest, ATextIsOneAllocationThatItsLastHolderFrees) {
   const long before = allocationsHeld;
   {
     const ZtString text = "text"sv;
@@ -44,7 +44,7 @@ TEST(TextMemoryTest, TheLastHolderNeedNotBeTheFirst) {
   EXPECT_EQ(allocationsHeld, before);
 }
 
-TEST(TextMemoryTest, MovesTakeNothingAndReplacedTextsAreGivenBack) {
+TEST(TextMemoryTest, MovesAllocateNothingAndReplacedTextsAreFreed) {
   const long before = allocationsHeld;
   ZtString first = "first"sv;
   ZtString second = "second"sv;
@@ -60,7 +60,7 @@ TEST(TextMemoryTest, MovesTakeNothingAndReplacedTextsAreGivenBack) {
   EXPECT_EQ(allocationsHeld, before);
 }
 
-TEST(TextMemoryTest, MissingAndConstantTextsTakeNothing) {
+TEST(TextMemoryTest, MissingAndConstantTextsAllocateNothing) {
   const long before = allocationsHeld;
   const ZtString missing;
   const ZtString constant = ZtString::constant<"constant">();
@@ -70,7 +70,7 @@ TEST(TextMemoryTest, MissingAndConstantTextsTakeNothing) {
   EXPECT_EQ(copy, "constant");
 }
 
-TEST(TextMemoryTest, AnAtomicTextGivesBackWhatItReplaces) {
+TEST(TextMemoryTest, AnAtomicTextFreesWhatItReplaces) {
   const long before = allocationsHeld;
   {
     ZtAtomic<ZtString> text{ZtString("first"sv)};

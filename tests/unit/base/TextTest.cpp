@@ -18,7 +18,7 @@ TEST(TextTest, AppendsAllPiecesInOrder) {
   EXPECT_EQ(text, std::string("old\r\n<name> a\0b\xff\xfe\x80"sv) + longPiece + "!");
 }
 
-// The null pointer of such a view used to be handed to memcpy, which is undefined.
+// The null pointer of such a view used to be passed to memcpy, which is undefined behaviour.
 TEST(TextTest, AppendsNothingForAViewWithoutBytes) {
   std::string text = "text";
   zt::appendText(text, std::string_view(), "a", std::string_view());

@@ -32,7 +32,7 @@ TEST(ZtAtomicTest, BeginsWithTheGivenValue) {
   EXPECT_EQ(ZtAtomic<int>(5).load(), 5);
 }
 
-TEST(ZtAtomicTest, HoldsWhatWasStoredLast) {
+TEST(ZtAtomicTest, HasTheLastStoredValue) {
   ZtAtomic<ZtString> text("first");
   text.store("second");
   EXPECT_EQ(text.load(), "second");
@@ -47,7 +47,7 @@ TEST(ZtAtomicTest, HoldsWhatWasStoredLast) {
   EXPECT_TRUE(date.load().isNull());
 }
 
-TEST(ZtAtomicTest, ShowsItsValueItselfWithoutACopy) {
+TEST(ZtAtomicTest, GivesAccessToItsValueWithoutACopy) {
   ZtAtomic<ZtString> text("first");
   text.store("second");
   const ZtString& seen = text.unguarded();

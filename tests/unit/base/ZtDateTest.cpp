@@ -46,7 +46,7 @@ TEST(ZtDateTest, KeepsEveryMillisecondItIsMadeFrom) {
   }
 }
 
-TEST(ZtDateTest, CutsOffWhatIsFinerThanAMillisecondTowardsThePast) {
+TEST(ZtDateTest, RoundsDownToMilliseconds) {
   struct Row {
     std::int64_t microsecondsSinceEpoch;
     std::int64_t expected;

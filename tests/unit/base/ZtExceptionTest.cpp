@@ -11,7 +11,7 @@
 
 namespace {
 
-TEST(ZtExceptionTest, CarriesANameAndAReason) {
+TEST(ZtExceptionTest, HasANameAndAReason) {
   const ZtException error("OUT_OF_BOUNDS", "Index (7) out of bounds");
   EXPECT_EQ(error.name(), "OUT_OF_BOUNDS");
   EXPECT_EQ(error.reason(), "Index (7) out of bounds");
@@ -39,7 +39,7 @@ TEST(ZtExceptionTest, IsCaughtAsARuntimeErrorAndAsAnyException) {
   }
 }
 
-TEST(ZtExceptionTest, CopiesAndMovesKeepAll) {
+TEST(ZtExceptionTest, CopiesAndMovesKeepNameAndReason) {
   static_assert(std::is_nothrow_copy_constructible_v<ZtException>);
   static_assert(std::is_nothrow_copy_assignable_v<ZtException>);
   const ZtException original("NAME", "reason");

@@ -12,7 +12,8 @@ namespace {
 
 constinit const ZtString kMadeByTheCompiler = ZtString::constant<"compiled">();
 const ZtString kMadeAtStart = "made at start";
-// Whichever of the two is initialised first, it reads a constant that is there already.
+// Constants are initialised at compile time, so the order of these two initialisers does not
+// matter.
 const std::string kReadAtStart{kMadeByTheCompiler.view()};
 
 TEST(ZtStringTest, IsMissingWhenMadeFromNothing) {

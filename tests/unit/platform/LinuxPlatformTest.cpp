@@ -25,7 +25,7 @@ bool isA(Question& question) {
   return dynamic_cast<Answer*>(&question) != nullptr;
 }
 
-TEST(LinuxPlatformTest, AnswersWithTheSystem) {
+TEST(LinuxPlatformTest, UsesTheOperatingSystem) {
   Platform& platform = systemPlatform();
   EXPECT_TRUE(isA<zt::CurlHttpTransport>(platform.http()));
   EXPECT_TRUE(isA<zt::LinuxFiles>(platform.files()));
@@ -40,7 +40,7 @@ TEST(LinuxPlatformTest, AnswersWithTheSystem) {
   EXPECT_TRUE(isA<zt::LinuxSubprocesses>(platform.subprocesses()));
 }
 
-TEST(LinuxPlatformTest, IsOneObjectAndTheOneInForce) {
+TEST(LinuxPlatformTest, IsASingleObjectAndTheCurrentPlatform) {
   EXPECT_EQ(&systemPlatform(), &systemPlatform());
   EXPECT_EQ(&Platform::current(), &systemPlatform());
   EXPECT_EQ(&systemPlatform().files(), &systemPlatform().files());
@@ -52,9 +52,9 @@ void endWithWhatThePlatformSays() {
   ::_exit(answers ? 0 : 1);
 }
 
-TEST(LinuxPlatformTest, AnswersWhileTheProgramEnds) {
+TEST(LinuxPlatformTest, WorksWhileTheProgramEnds) {
   const int failed = zt::test::inForkedProcess([] {
-    // Runs after the destructors of all that is made from here on.
+    // Runs after the destructors of everything that is created after this line.
     std::atexit(endWithWhatThePlatformSays);
     systemPlatform();
     std::exit(2);

@@ -40,7 +40,7 @@ class CompanionTest : public PortalTest {
     platform.supportFolder_.folder = folder.path("share");
   }
 
-  /// Runs an application from a bundle of its own, with `ghost` as its property list if given.
+  /// Runs an application from a separate bundle, with `ghost` as its property list if given.
   void run(const ZtString& identifier, const std::optional<std::string>& ghost) {
     const std::string name =
         "Bundle" + std::to_string(platform.runningApplications_.running.size());
@@ -72,7 +72,7 @@ TEST_F(CompanionTest, TestModeIsOffWithoutACompanionAndOnWhenItsListSaysTheStrin
   EXPECT_EQ(platform.runningApplications_.walks, 3);
 }
 
-TEST_F(CompanionTest, ZeroANumberOrAnyOtherValueLeavesTestModeOff) {
+TEST_F(CompanionTest, AnyValueButTheStringOneLeavesTestModeOff) {
   for (const char* value :
        {"<string>0</string>", "<string></string>", "<string>11</string>", "<string> 1</string>",
         "<string>true</string>", "<integer>1</integer>", "<real>1</real>", "<true/>", "<false/>",
@@ -217,7 +217,7 @@ TEST_F(CompanionTest, RequestsGoToTheTestServiceWithTheSuffix) {
   EXPECT_THAT(steps, ElementsAre(kGet, "version http://report.test/soap-test"));
 }
 
-TEST_F(CompanionTest, AMissingTestUrlIsUsedAllTheSame) {
+TEST_F(CompanionTest, AMissingTestUrlIsStillUsed) {
   configuration.body = "<c><defSOAP>http://report.test/soap</defSOAP></c>";
   const auto document = makeDocumentWithPool();
   switchTestModeOn();

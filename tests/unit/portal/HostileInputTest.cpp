@@ -17,7 +17,7 @@ using std::string_literals::operator""s;
 
 class HostileInputTest : public PortalTest {
  protected:
-  /// A document, with the steps of its making.
+  /// Creates a document, and keeps the recorded steps.
   std::shared_ptr<ZtPortalData> made() {
     forget();
     return ZtPortalData::initWithValues(kConfigurationUrl, false, "Kelvane", kApplicationId, "2.1");
@@ -77,7 +77,7 @@ class HostileInputTest : public PortalTest {
   const std::string _hugeName = std::string(1'000'000, 'n');
 };
 
-// The parser's own tests have more of these; here one of a kind shows what a document does with it.
+// The parser's own tests have more cases. One case of each kind shows here what a document does.
 
 TEST_F(HostileInputTest, AHostileConfigurationIsNotRead) {
   const std::string url = "<defSOAP>http://r/</defSOAP>";
@@ -93,7 +93,7 @@ TEST_F(HostileInputTest, AHostileConfigurationIsNotRead) {
         "<c><defSOAP>" + nested(100'000, "http://r/") + "</defSOAP></c>",
         repeated("<c>", 1'000'000), "<" + _hugeName + ">" + url + "</" + _hugeName + ">",
         "<c " + _hugeName + "='1'>" + url + "</c>", "<c>&" + _hugeName + ";" + url + "</c>",
-        // Another encoding than UTF-8.
+        // An encoding other than UTF-8.
         "<?xml version='1.0' encoding='ISO-8859-1'?><c><defSOAP>http://r\xE4/</defSOAP></c>"s,
         "<c><defSOAP>http://\xC0\xAE/</defSOAP></c>"s, "\xFF\xFE<\0c\0>\0<\0/\0c\0>\0"s,
         // A NUL byte.
@@ -103,7 +103,7 @@ TEST_F(HostileInputTest, AHostileConfigurationIsNotRead) {
   }
 }
 
-TEST_F(HostileInputTest, ALongUrlAndADeclaredEncodingAreNoFaults) {
+TEST_F(HostileInputTest, ALongUrlAndADeclaredEncodingAreNotErrors) {
   const std::string url = "http://report.test/" + std::string(1'000'000, 'a');
   configuration = {200, "<c><defSOAP>" + url + "</defSOAP></c>"};
   EXPECT_TRUE(made()->reportUrl() == url);
@@ -111,7 +111,7 @@ TEST_F(HostileInputTest, ALongUrlAndADeclaredEncodingAreNoFaults) {
   EXPECT_EQ(made()->reportUrl(), "u");
 }
 
-TEST_F(HostileInputTest, AHostileVersionIsNone) {
+TEST_F(HostileInputTest, AHostileVersionIsIgnored) {
   for (const std::string& text :
        {growingEntities("versioninfo") + "<versioninfo>&e9;</versioninfo>",
         "<!DOCTYPE versioninfo [<!ENTITY e SYSTEM 'file://" + _secret +

@@ -40,7 +40,7 @@ inline constexpr const char* kVersion = "version http://report.test/soap";
 inline constexpr const char* kReport = "report http://report.test/soap";
 inline constexpr const char* kBroadcast = "broadcast";
 
-/// An exception that the library does not know and lets pass.
+/// An exception that the library does not handle.
 struct ForeignError : std::runtime_error {
   ForeignError() : std::runtime_error("foreign") {}
 };
@@ -48,8 +48,8 @@ struct ForeignError : std::runtime_error {
 [[noreturn]] inline void throwZtException() { throw ZtException("PLATFORM", "of a test"); }
 [[noreturn]] inline void throwForeign() { throw ForeignError(); }
 
-/// Files of another object. The observer is called before each operation, with "read /a" or
-/// "write /a", and may throw.
+/// Uses the files of another object. The observer is called before each operation, with "read /a"
+/// or "write /a", and may throw.
 class ObservedFiles final : public Files {
  public:
   using Observer = std::function<void(const std::string& operation)>;
@@ -103,7 +103,7 @@ class PortalTest : public ::testing::Test {
     platform.broadcast_.onPost = [this] { steps.emplace_back(kBroadcast); };
   }
 
-  /// A document made with the servers as they are; the steps of its making are cleared.
+  /// Creates a document with the servers as they are, and clears the recorded steps.
   std::shared_ptr<ZtPortalData> makeDocument(const ZtString& customerId = "Kelvane",
                                              bool cacheConfiguration = false) {
     auto document = ZtPortalData::initWithValues(kConfigurationUrl, cacheConfiguration, customerId,
@@ -121,7 +121,7 @@ class PortalTest : public ::testing::Test {
   static std::string requestOf(const ZtPortalData& document) {
     return document.generateXml(nullptr, true);
   }
-  /// With another customer ID in it.
+  /// The same text with another customer ID.
   static std::string requestOf(const ZtPortalData& document, const std::string& customerId) {
     std::string request = requestOf(document);
     const std::size_t start = request.find('>', request.find("<CustomerID")) + 1;

@@ -138,7 +138,7 @@ TEST_F(ReportStoreTest, ListsOnlyFilesWithItsEndingInTheOrderOfTheSystem) {
   EXPECT_THAT(store->files(), ElementsAre(inStore("b.ztr"), inStore(".ztr"), inStore("a.ztr")));
 }
 
-TEST_F(ReportStoreTest, AStoreThatIsNoFolderOrCannotBeListedIsEmpty) {
+TEST_F(ReportStoreTest, AStoreThatIsNotAFolderOrCannotBeListedIsEmpty) {
   const auto store = ReportStore::open();
   platform.files_.write(inStore("a.ztr"), "<a/>");
   FailingFiles files(platform.files_);

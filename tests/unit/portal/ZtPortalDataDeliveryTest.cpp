@@ -19,7 +19,7 @@ class ZtPortalDataDeliveryTest : public PortalTest {
   std::string fileOf(const ZtPortalData& sent) {
     return inStore(std::string(sent.reportId().view()) + ".ztr");
   }
-  /// The content of the report's file in the store; nothing when there is none.
+  /// The content of the report's file in the store; nullopt if there is none.
   std::optional<std::string> saved(const ZtPortalData& sent) {
     return platform.files_.read(fileOf(sent));
   }
@@ -113,7 +113,7 @@ TEST_F(ZtPortalDataDeliveryTest, WithAUrlButOfflineItTriesAgainAndUsesTheNewUrl)
   EXPECT_TRUE(document->online());
 }
 
-TEST_F(ZtPortalDataDeliveryTest, AReportThatStaysOfflineIsPostedAllTheSame) {
+TEST_F(ZtPortalDataDeliveryTest, AReportThatStaysOfflineIsStillPosted) {
   version = HttpResponse{};
   document = makeDocumentWithPool();
   EXPECT_TRUE(document->reportToServer());
@@ -196,7 +196,7 @@ TEST_F(ZtPortalDataDeliveryTest, ASavedReportIsBroadcastThenPostedAndStays) {
   EXPECT_EQ(platform.files_.read(path), "<one/>");
 }
 
-TEST_F(ZtPortalDataDeliveryTest, AReportOfAnotherDocumentIsSentWithLineFeedsAlone) {
+TEST_F(ZtPortalDataDeliveryTest, AReportOfAnotherDocumentIsSentWithOnlyLineFeeds) {
   const auto other = makeDocumentWithPool("Brisalink");
   other->saveReport();
   EXPECT_TRUE(document->sendSavedReport(other->reportFile()));

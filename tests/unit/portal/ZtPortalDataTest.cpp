@@ -193,7 +193,7 @@ TEST_F(ZtPortalDataTest, OwnsItsPoolsAndListsThemAsASnapshot) {
   EXPECT_TRUE(pool.expired());
 }
 
-/// Name and reason of what `_pool` throws; empty strings when it throws nothing.
+/// Name and reason of the exception that `_pool` throws; empty strings if it throws none.
 std::pair<std::string, std::string> thrownBy(const ZtPortalData& document, std::int32_t index) {
   try {
     ZtTestAccess::pool(document, index);

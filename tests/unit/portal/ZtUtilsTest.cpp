@@ -22,7 +22,7 @@ ZtXMLNode rootOf(std::string_view text) {
   return *document->rootElement();
 }
 
-/// The text of the node; missing when there is none.
+/// The text of the node; missing if there is none.
 ZtString textOf(const std::optional<ZtXMLNode>& node) { return node ? node->text() : ZtString(); }
 
 TEST(ZtUtilsTest, ChildNamedIsTheFirstDirectChildOfExactlyThatName) {
@@ -103,7 +103,7 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
       {"a.c", "a.c", true},
       {"abc", "a.c", false},
       {"abc", "[a]bc", false},
-      // Any run, also an empty one.
+      // Any number of characters, including none.
       {"abc", "*", true},
       {"abc", "**", true},
       {"abc", "a*", true},
@@ -116,7 +116,7 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
       {"abc", "a*b", false},
       {"abc", "b*", false},
       {"abc", "*d*", false},
-      // A run that has to grow again.
+      // A "*" that has to match more after a mismatch.
       {"aab", "*ab", true},
       {"ababab", "*abab", true},
       {"axbyczb", "a*b*c*b", true},

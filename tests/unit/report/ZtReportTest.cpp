@@ -36,7 +36,7 @@ class ZtReportTest : public zt::test::PortalTest {
     return count;
   }
 
-  /// The generic fields of the execution pool, each "type name=value".
+  /// The generic fields of the execution pool, each as "type name=value".
   static Texts facts(const ZtReport& facade) {
     Texts texts;
     for (const auto& field : facade.poolExecution()->fields()->fields()) {

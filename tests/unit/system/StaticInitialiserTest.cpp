@@ -13,7 +13,7 @@
 
 namespace {
 
-// Hosts build their own constants from the library's, whatever the order of initialisation.
+// Hosts may build constants from the library's, in any order of initialisation.
 const ZtString kGhostReadAtStart = GHOST_BUNDLE_IDENT;
 const std::string kFolderReadAtStart = std::string(COMPANY_NAME.view()) + "/" +
                                        std::string(APP_SUBFOLDERNAME.view()) + "/" +

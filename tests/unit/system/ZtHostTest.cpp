@@ -63,7 +63,7 @@ constexpr const char* kInfoPlistWithoutName = R"(<?xml version="1.0" encoding="U
 </plist>
 )";
 
-/// Puts a copy of this program at `path`.
+/// Copies this program to `path`.
 void copyThisProgramTo(const std::string& path) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::filesystem::copy_file("/proc/self/exe", path);
@@ -128,7 +128,7 @@ class ZtHostThatNamesItselfTest : public ::testing::Test {
     return std::filesystem::read_symlink("/proc/self/exe").filename().string();
   }
 
-  // Information once set cannot be unset; an empty one comes closest.
+  // Information cannot be unset, so this sets empty information.
   ~ZtHostThatNamesItselfTest() override { ZtHost::setBundleInfo({}); }
 };
 

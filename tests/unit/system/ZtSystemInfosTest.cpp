@@ -70,7 +70,7 @@ TEST_F(ZtSystemInfosTest, AVersionBelow1040IsFourPackedDigits) {
       {std::numeric_limits<std::int32_t>::min(), {0, 0, 0}},
   };
   for (const Row& row : table) {
-    // The other selectors have values too but must not be asked.
+    // The other selectors also have values, but must not be asked.
     answer({{kSysv, row.packed}, {kSys1, 1}, {kSys2, 2}, {kSys3, 3}});
     EXPECT_EQ(systemVersion(), row.expected) << row.packed;
     EXPECT_EQ(_machine.gestalt_.asked, Selectors{kSysv}) << row.packed;
@@ -143,7 +143,7 @@ TEST_F(ZtSystemInfosTest, NullPointersAreSkippedOnEveryPath) {
   }
 }
 
-TEST_F(ZtSystemInfosTest, EveryCallAsksAnew) {
+TEST_F(ZtSystemInfosTest, EveryCallAsksAgain) {
   answer({{kSysv, 0x1039}});
   EXPECT_EQ(systemVersion(), (Version{10, 3, 9}));
   answer({{kSysv, 0x1028}});
@@ -219,7 +219,7 @@ TEST_F(ZtSystemInfosTest, TheLanguageIsTheBestLocalizationThenTheCallersThenTheL
       {{"fr", "en"}, "fr", "de", nullptr, "fr"},
       {{"fr"}, "fr", "de", "mine", "fr"},
       {{"English"}, "en", "de", nullptr, "en"},
-      // No ISO code, or none in its canonical form.
+      // Not an ISO code, or not in its canonical form.
       {{"fr"}, "fr-FR", "de", nullptr, "de"},
       {{"zh-Hans", "fr"}, "zh-Hans", "de", "mine", "mine"},
       {{"zh-Hans", "fr"}, "zh-Hans", "de", nullptr, "de"},

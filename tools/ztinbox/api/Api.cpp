@@ -32,7 +32,7 @@ constexpr std::uint64_t kMostListed = 1'000;
 constexpr std::size_t kMostOfSameId = 100;
 constexpr double kDefaultWaitSeconds = 10;
 constexpr double kLongestWaitSeconds = 3'600;
-/// How fast a waiting request notices that its client left.
+/// How soon a waiting request notices that its client has disconnected.
 constexpr milliseconds kWaitSlice{100};
 
 // The database's numbers have 63 bits.
@@ -98,7 +98,7 @@ constexpr const char* kGreeting = "retry: 1000\n\n";
 constexpr const char* kChanged = "event: changed\ndata: {}\n\n";
 constexpr const char* kHeartbeat = ": still here\n\n";
 constexpr milliseconds kHeartbeatPause{5'000};
-/// Reports that are read at once.
+/// How many reports are read from the store at a time.
 constexpr std::size_t kPortion = 50;
 
 std::string eventOf(const StoredReport& report) {
@@ -118,8 +118,8 @@ std::string eventOf(const StoredReport& report) {
 ///     data: {}
 ///
 /// A comment every few seconds shows each side that the other is alive. The thread of each client
-/// reads the reports from the store at the client's pace, so a slow client blocks nobody and needs
-/// no queue.
+/// reads the reports from the store at the client's pace, so a slow client blocks no other client
+/// and needs no queue.
 class EventStream {
  public:
   EventStream(ReportStore& store, Connection& connection, std::uint64_t last)
@@ -139,7 +139,7 @@ class EventStream {
       }
       if (Clock::now() >= heartbeat) return write(kHeartbeat);
     }
-    // Read before the reports, so that no change of an unsent report is missed.
+    // Read before the reports, so that no change of a report is missed that is sent below.
     const std::uint64_t changes = _store.arrivals().changes();
     if (changes > _changes) {
       _changes = changes;
@@ -164,9 +164,9 @@ class EventStream {
   bool _begun = false;
 };
 
-/// Sends the events of the reports with higher numbers than `after` until the client leaves or the
-/// connection is ended. Without `after`, or with a number that no report has reached: of future
-/// reports.
+/// Sends the events of the reports with higher numbers than `after`, until the client disconnects
+/// or the connection is ended. Without `after`, or with a number that no report has reached, only
+/// future reports are sent.
 void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std::uint64_t> after) {
   const std::uint64_t newest = store.arrivals().lastNumber();
   const auto stream = std::make_shared<EventStream>(store, exchange.connection,
@@ -316,7 +316,7 @@ void Api::wait(Exchange& exchange) {
     if (arrivals.waitForCount(count, slice)) break;
     if (left <= milliseconds::zero()) {
       return refuse(exchange,
-                    {kTimedOut, "timed out: " + std::to_string(arrivals.count()) + " came in"});
+                    {kTimedOut, "timed out: " + std::to_string(arrivals.count()) + " arrived"});
     };
     if (exchange.connection.isLeftWithin(milliseconds::zero())) {
       return exchange.connection.endSilently();

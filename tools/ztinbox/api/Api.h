@@ -17,13 +17,13 @@ extern const std::string_view kOpenApi;
 ///
 ///     GET    reports?FILTER&before=&limit=      newest first
 ///     DELETE reports?FILTER&before=             {"deleted":3}
-///     PUT    reports/read?FILTER&before=        {"read":true}: marks the selected ones
+///     PUT    reports/read?FILTER&before=        {"read":true}: marks the selected reports
 ///     GET    reports/N                          one report with its headers, pools and fields
 ///     DELETE reports/N
 ///     GET    reports/N/raw                      its bytes
 ///     PUT    reports/N/read                     {"read":true}
 ///     GET    events?after=                      server-sent events, one for each new report
-///     GET    wait?count=&timeout=               {"count":2} once so many have come, else 408
+///     GET    wait?count=&timeout=               {"count":2} once there are that many, else 408
 ///     GET    stats?FILTER                       the data of the charts
 ///     GET    behaviour, PUT behaviour           how reports are answered
 ///     GET    openapi.json

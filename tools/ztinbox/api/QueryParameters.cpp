@@ -36,7 +36,7 @@ QueryParameters::QueryParameters(const HttpRequest& request,
     if (std::ranges::find(known, name) == known.end()) {
       throw InputFault("unknown parameter: " + name);
     }
-    if (_parameters.count(name) > 1) throw InputFault(name + " must be given once");
+    if (_parameters.count(name) > 1) throw InputFault(name + " can be given only once");
   }
 }
 

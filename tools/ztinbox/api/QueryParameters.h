@@ -12,29 +12,29 @@
 
 namespace zt::inbox {
 
-/// The parameters of a request's query. Everything throws InputFault with a text that names the
-/// parameter and the rule.
+/// The parameters of a request's query. Every function throws InputFault for an invalid parameter;
+/// the message names the parameter and the rule.
 class QueryParameters {
  public:
   /// A name that is not in `known`, or that occurs twice, is an error: a misspelt filter must not
   /// select all reports.
   QueryParameters(const HttpRequest& request, std::initializer_list<std::string_view> known);
 
-  // Nothing for a missing parameter.
+  // These return nullopt for a missing parameter.
 
   std::optional<std::string> text(const char* name) const;
   std::optional<std::uint64_t> whole(const char* name, std::uint64_t least,
                                      std::uint64_t most) const;
   std::optional<double> seconds(const char* name, double most) const;
   std::optional<bool> flag(const char* name) const;
-  /// A date (its beginning in UTC) or a timestamp of RFC 3339.
+  /// A date, which means its beginning in UTC, or an RFC 3339 timestamp.
   std::optional<Timestamp> timestamp(const char* name) const;
 
  private:
   const std::multimap<std::string, std::string>& _parameters;
 };
 
-/// A number that is the whole of `text`.
+/// Parses `text`, which must be a number and nothing else.
 std::optional<std::uint64_t> parseWhole(std::string_view text);
 
 }  // namespace zt::inbox

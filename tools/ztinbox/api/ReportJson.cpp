@@ -24,7 +24,7 @@ std::string timestamp(Timestamp time) {
   return formatRfc3339(std::chrono::floor<std::chrono::milliseconds>(time).time_since_epoch());
 }
 
-/// Everything about a report but its bytes.
+/// Everything about a report except its bytes.
 Json valueOf(const StoredReport& report) {
   const ReportIdentity& identity = report.identity;
   Json pools = Json::array();
@@ -47,7 +47,7 @@ Json valueOf(const StoredReport& report) {
           {"test", report.test}};
 }
 
-// Limits of the details, which are for a person; the raw bytes have no limit.
+// Limits of the details, which are for people to read; the raw bytes have no limit.
 constexpr std::size_t kLongestShown = std::size_t{64} * 1024;
 constexpr std::size_t kMostShown = std::size_t{8} * 1024 * 1024;
 constexpr std::size_t kMostFieldsShown = 20'000;
@@ -66,7 +66,7 @@ class Details {
     }
     return list;
   }
-  /// After pools().
+  /// Valid after pools().
   bool isComplete() const { return _complete; }
 
  private:
@@ -107,7 +107,7 @@ class Details {
     return value;
   }
 
-  /// The fields of an array are one group; each record of a list of records is one.
+  /// The fields of an array are one group; in a list of records, each record is one.
   // NOLINTNEXTLINE(misc-no-recursion)
   Json groupList(const Field& array, std::size_t depth) {
     Json groups = Json::array();

@@ -12,7 +12,7 @@ namespace zt::inbox {
 // JSON texts of the API, each described in openapi.json. Bytes of a report that are not UTF-8
 // become U+FFFD.
 
-/// Everything about a report but its bytes; a missing value is null:
+/// Everything about a report except its bytes; a missing value is null:
 ///
 ///     {"answer":"refused","applicationId":null,…,"number":1,"pools":["EXECUTION"],
 ///      "received":"2026-11-21T12:00:00.123Z","size":2345,"test":false}
@@ -20,7 +20,7 @@ std::string reportJson(const StoredReport& report);
 std::string reportListJson(const std::vector<StoredReport>& reports);
 
 /// The same, with the headers of the request and the pools of the report, their fields and steps.
-/// `sameId` are the numbers of the other reports with its report ID.
+/// `sameId` has the numbers of the other reports with the same report ID.
 std::string reportDetailsJson(const StoredReport& report, const ReportBytes& bytes,
                               const std::vector<std::uint64_t>& sameId);
 

@@ -17,7 +17,7 @@ enum class AnswerKind { kAccept, kRefuse, kGarbage, kError, kHang, kDrop, kTrunc
 /// How a report is answered.
 struct Answer {
   AnswerKind kind = AnswerKind::kAccept;
-  int status = 0;  ///< of kError alone: the HTTP status, 200 to 599
+  int status = 0;  ///< only for kError: the HTTP status, 200 to 599
 
   friend bool operator==(const Answer&, const Answer&) = default;
 };
@@ -26,8 +26,8 @@ struct Answer {
 inline constexpr std::string_view kAnswerWords =
     "accept, refuse, garbage, error:STATUS (200 to 599), hang, drop or truncate";
 
-/// Parses a word of `--answer`; nothing for any other text. An interim status (100 to 199) is not
-/// accepted: the client would go on waiting for the final response.
+/// Parses a word of `--answer`; nullopt for any other text. An interim status (100 to 199) is not
+/// accepted, because the client would keep waiting for the final response.
 ///
 ///     parseAnswer("error:503")  ->  {kError, 503}
 std::optional<Answer> parseAnswer(std::string_view word);
@@ -38,14 +38,14 @@ std::string answerWord(const Answer& answer);
 /// What the client received, in the words of the report list: "accepted", "error 503", "no answer".
 std::string outcome(const Answer& answer);
 
-/// Decides for each report whether it fails, and how. The same seed produces the same faults
-/// everywhere: the C++ standard defines the numbers of std::mt19937_64, but not those of the
-/// distributions, so the numbers are turned into faults here.
+/// Decides for each report whether it fails, and how. The same seed produces the same faults on
+/// every system. The C++ standard defines the output of std::mt19937_64, but not of the
+/// distributions, so this class converts the numbers itself.
 class FaultGenerator {
  public:
   explicit FaultGenerator(std::uint64_t seed) : _numbers(seed) {}
 
-  /// The fault of the next report, with probability `rate` (0 to 1), or nothing. It does not depend
+  /// The fault of the next report, with probability `rate` (0 to 1), or nullopt. It does not depend
   /// on the rates of earlier reports.
   std::optional<Answer> next(double rate);
 
@@ -57,14 +57,14 @@ class FaultGenerator {
 struct ScenarioStep {
   Answer answer;
   std::uint32_t times = 1;
-  std::optional<std::chrono::milliseconds> slow;  ///< instead of the general one
+  std::optional<std::chrono::milliseconds> slow;  ///< instead of BehaviourSettings::slow
 
   friend bool operator==(const ScenarioStep&, const ScenarioStep&) = default;
 };
 
 struct BehaviourSettings {
   Answer answer;
-  std::chrono::milliseconds slow{0};  ///< wait before each report's answer
+  std::chrono::milliseconds slow{0};  ///< delay before each answer
   double failRate = 0;                ///< 0 to 1
   std::uint64_t seed = 0;
   std::vector<ScenarioStep> scenario;
@@ -89,8 +89,8 @@ struct Reaction {
   friend bool operator==(const Reaction&, const Reaction&) = default;
 };
 
-/// Decides how each report is answered: by the scenario, else by a generated fault, else by the
-/// general answer. The last step of a scenario stays in force. Thread-safe.
+/// Decides how each report is answered: by the scenario if there is one, or else by a generated
+/// fault, or else by the general answer. The last step of a scenario stays in force. Thread-safe.
 class Behaviour {
  public:
   explicit Behaviour(BehaviourSettings settings);
@@ -109,7 +109,7 @@ class Behaviour {
   BehaviourSettings _settings;
   FaultGenerator _faults;
   std::size_t _step = 0;
-  std::uint32_t _played = 0;  ///< times the current step was played
+  std::uint32_t _played = 0;  ///< how often the current step was played
 };
 
 }  // namespace zt::inbox

@@ -8,7 +8,7 @@
 
 namespace zt::inbox {
 
-/// Longest wait before an answer: an hour.
+/// Longest delay before an answer: one hour.
 inline constexpr std::chrono::milliseconds kSlowest{3'600'000};
 
 /// The settings as one JSON object, which readBehaviourChange() reads back:
@@ -17,7 +17,7 @@ inline constexpr std::chrono::milliseconds kSlowest{3'600'000};
 std::string behaviourJson(const BehaviourSettings& settings);
 
 /// Reads a JSON object with any of the keys of behaviourJson(). Throws InputFault for anything
-/// else, its text beginning with the JSON pointer (RFC 6901) of the fault:
+/// else; the message begins with the JSON pointer (RFC 6901) of the error:
 ///
 ///     /scenario/0/times: must be a whole number from 1 to 1000000000
 BehaviourChange readBehaviourChange(std::string_view text);

@@ -20,12 +20,12 @@ using Clock = std::chrono::steady_clock;
 
 constexpr milliseconds kReadTimeout{5'000};
 constexpr milliseconds kWriteTimeout{5'000};
-/// After the last response a client may go on sending, with pauses of at most this length and for
-/// at most this time.
+/// After the last response, a client may continue to send, with pauses of at most this length and
+/// for at most this time.
 constexpr milliseconds kFarewellPause{2'000};
 constexpr milliseconds kFarewell{30'000};
 
-/// Waits for any of `events`, an error or an end of both directions; false after the timeout.
+/// Waits for any of `events`, an error, or the end of both directions; false after the timeout.
 bool waitFor(int socket, short events, milliseconds timeout) {
   pollfd entry{socket, events, 0};
   const bool limited = timeout >= milliseconds::zero();

@@ -10,7 +10,7 @@
 
 namespace zt::inbox {
 
-/// The largest request that is accepted, without its head, and the largest head.
+/// The largest request body and the largest request head that are accepted.
 inline constexpr std::size_t kLargestRequest = 64UL * 1024 * 1024;
 inline constexpr std::size_t kLargestHead = 256UL * 1024;
 
@@ -18,19 +18,20 @@ inline constexpr std::size_t kLargestHead = 256UL * 1024;
 /// it. Used by one thread.
 class Connection {
  public:
-  /// `socket` does not block.
+  /// `socket` is non-blocking.
   explicit Connection(FileDescriptor socket) : _socket(std::move(socket)) {}
 
   // For the loop that serves the connection
 
-  /// Waits for the first byte of the next request; false if it does not come in time.
+  /// Waits for the first byte of the next request; false after the timeout.
   bool waitForRequest(std::chrono::milliseconds timeout);
-  /// The next bytes are a request's head, or its body. Each is limited in size.
+  /// The next bytes are the head of a request, or its body. The size of each is limited.
   void beginHead();
   void beginBody();
-  /// Whether no further request can be read from it.
+  /// Whether no further request can be read.
   bool isEnding() const { return _ending || _silent || _readFailed || _inHead; }
-  /// After the last response: lets the client read it, even while it is still sending.
+  /// Call it after the last response: lets the client read it, even while the client is still
+  /// sending.
   void finish();
 
   // For the code that responds to a request
@@ -40,23 +41,23 @@ class Connection {
   bool isInHead() const { return _inHead; }
   /// The head of the current request, as it was received.
   const std::string& head() const { return _head; }
-  /// The response is the last one, since the rest of the request will not be read.
+  /// Makes this response the last one, because the rest of the request will not be read.
   void endAfterResponse() { _ending = true; }
-  /// Nothing more is sent, and the connection ends.
+  /// Ends the connection without sending anything more.
   void endSilently() { _silent = true; }
-  /// The same, and the client receives a reset (TCP RST) instead of an orderly end.
+  /// The same, but the client receives a reset (TCP RST) instead of an orderly end.
   void reset();
-  /// Waits; false if the connection failed or ended meanwhile.
+  /// Waits; returns false early if the connection fails or ends.
   bool staysOpenFor(std::chrono::milliseconds time) const;
-  /// Waits until the client closes its side or the connection ends; false if `timeout` ends first.
-  /// A negative one never ends.
+  /// Waits until the client closes its side or the connection ends; false after the timeout, which
+  /// is infinite if negative.
   bool isLeftWithin(std::chrono::milliseconds timeout) const;
-  /// The address of this machine that the client reached, in numbers; empty when unknown.
+  /// The numeric address of this machine that the client connected to; empty if unknown.
   std::string localAddress() const;
   /// The client's address and port: "127.0.0.1:40312", "[::1]:40312".
   std::string sender() const;
 
-  // For the HTTP parser and writer: results as those of POSIX
+  // For the HTTP parser and writer; results as in POSIX
 
   bool isReadable() const;
   bool isWritable() const;

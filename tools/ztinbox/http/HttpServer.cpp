@@ -26,8 +26,8 @@ constexpr const char* kTooLargeReason = "request over 64 MiB";
 constexpr std::string_view kScheme = "http://";
 const std::string kEveryPath = "/";
 
-/// A browser runs and loads only the inbox's own files, whatever a report contains, and shows
-/// nothing of the inbox within another site's page.
+/// Makes a browser load and run only the inbox's own files, whatever a report contains, and
+/// prevents other sites from embedding the inbox.
 const httplib::Headers kEveryResponse{
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; font-src 'self'; "
@@ -37,7 +37,7 @@ const httplib::Headers kEveryResponse{
     {"X-Content-Type-Options", "nosniff"},
 };
 
-/// What the HTTP library reads from and writes to.
+/// Lets the HTTP library read from and write to a Connection.
 class ConnectionStream final : public httplib::Stream {
  public:
   explicit ConnectionStream(Connection& connection) : _connection(connection) {}
@@ -61,7 +61,7 @@ class ConnectionStream final : public httplib::Stream {
 /// The request that a thread is serving, for the HTTP library's handlers.
 struct Current {
   Connection& connection;
-  std::optional<HttpRequest> request;  ///< once its head is read
+  std::optional<HttpRequest> request;  ///< set once its head has been read
   std::optional<Refusal> refusal;
 };
 
@@ -102,9 +102,9 @@ std::optional<Refusal> checkFraming(const httplib::Request& request) {
   return std::nullopt;
 }
 
-/// Prevents the HTTP library from interpreting the body: as a form, which it limits to 8 KiB, as
-/// multipart, as compressed bytes of unlimited size, or, without a length, as all bytes up to the
-/// end of the connection.
+/// Prevents the HTTP library from interpreting the body. It would limit a form to 8 KiB, parse
+/// multipart, decompress without a limit, and read a body without a length until the connection
+/// ends.
 void makePlain(httplib::Request& request) {
   for (const char* name : {"Content-Type", "Content-Encoding", "Accept-Encoding", "Range"}) {
     request.headers.erase(name);
@@ -188,7 +188,8 @@ class HttpServer::Engine final : public httplib::Server {
  public:
   Engine(HttpServer::Handler handler, Guard guard)
       : _handler(std::move(handler)), _guard(std::move(guard)) {
-    // The library does not write responses of a server without a socket; this one has its own.
+    // With the default, INVALID_SOCKET, the library would consider the server shut down and would
+    // not write streamed responses.
     svr_sock_ = 0;
     set_keep_alive_max_count(kRequestsPerConnection);
     set_default_headers(kEveryResponse);
@@ -236,7 +237,7 @@ class HttpServer::Engine final : public httplib::Server {
     return answered && !closed;
   }
 
-  /// Called by the library between head and body.
+  /// The library calls this between head and body.
   void prepare(httplib::Request& request) {
     RequestTarget target = readTarget(request.target, request.path);
     current->request.emplace(HttpRequest{request.method,
@@ -259,7 +260,7 @@ class HttpServer::Engine final : public httplib::Server {
       current->connection.endAfterResponse();
       announceEnd(request);
     }
-    // One route serves all: the path decides, not a pattern.
+    // A single route handles every path; the handler dispatches.
     request.path = kEveryPath;
   }
 
@@ -289,7 +290,7 @@ RequestTarget readTarget(const std::string& target, const std::string& decoded) 
   if (!isAbsolute(target)) return {decoded, {}};
   const std::string_view rest = std::string_view(target).substr(kScheme.size());
   const std::string authority(rest.substr(0, rest.find_first_of("/?#")));
-  // An escape in the host name would move the path in the decoded text.
+  // With an escape in the host name, the path would not be at the same offset in the decoded text.
   if (authority.find('%') != std::string::npos) return {decoded, authority};
   const std::string path = decoded.substr(kScheme.size() + authority.size());
   return {path.empty() ? "/" : path, authority};

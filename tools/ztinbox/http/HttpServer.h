@@ -22,29 +22,30 @@ using HttpHeaders = std::vector<std::pair<std::string, std::string>>;
 
 struct HttpRequest {
   const std::string& method;
-  std::string path;       ///< of this server, percent escapes decoded; in proxy form too
-  std::string authority;  ///< host and port of a target in proxy form, else empty
+  std::string path;       ///< decoded, and without the scheme and authority of a proxy request
+  std::string authority;  ///< host and port of a proxy request's target, else empty
   HttpHeaders headers;
   const std::multimap<std::string, std::string>& parameters;  ///< of the query, decoded
   const std::string& body;                                    ///< as it was received
 
-  /// Whether the request only reads: GET or HEAD.
+  /// Whether the method is GET or HEAD.
   bool isRead() const { return method == "GET" || method == "HEAD"; }
-  /// The values of all headers `name`, which is in lower case.
+  /// The values of all headers with this name, in any letter case.
   std::vector<std::string> header(std::string_view name) const;
 };
 
 struct HttpResponse {
-  /// Sends bytes; false if the client left.
+  /// Sends bytes; false if the client has disconnected.
   using Write = std::function<bool(std::string_view)>;
 
   int status = 200;
   HttpHeaders headers;
   std::string type;  ///< of the body
   std::string body;
-  /// If it is larger than the body, the connection ends after the body, too early for the client.
+  /// If this is larger than the body, the connection ends after the body, before the client
+  /// expects.
   std::size_t announcedSize = 0;
-  /// In place of a body: called for more of it until it returns false.
+  /// Replaces the body: called repeatedly to write more of it, until it returns false.
   std::function<bool(const Write&)> stream;
 
   void setBody(std::string text, const char* mediaType) {
@@ -65,18 +66,18 @@ struct Refusal {
   std::string reason;
 };
 
-/// Responds with `reason`: as JSON below /api/, else as plain text.
+/// Responds with `reason`, as JSON below /api/ and as plain text elsewhere.
 void refuse(Exchange& exchange, const Refusal& refusal);
 /// `allowed` are the allowed methods: "GET, HEAD".
 void refuseMethod(Exchange& exchange, const char* allowed);
 
-/// Serves HTTP/1.1 connections. A request target in absolute form (from the client of a proxy) is
-/// served as its path, for any host. Bodies are passed on as they were received, whatever their
-/// media type, and responses are sent uncompressed. Thread-safe.
+/// Serves HTTP/1.1 connections. Of a request target in absolute form (a proxy request), only the
+/// path counts, for any host. Bodies are passed on as received, whatever their media type, and
+/// responses are sent uncompressed. Thread-safe.
 class HttpServer {
  public:
   using Handler = std::function<void(Exchange&)>;
-  /// Decides before the body is read.
+  /// Returns a refusal for a request that must not be handled. Called before the body is read.
   using Guard = std::function<std::optional<Refusal>(const HttpRequest&, const Connection&)>;
 
   HttpServer(Handler handler, Guard guard);
@@ -92,13 +93,14 @@ class HttpServer {
   std::unique_ptr<Engine> _engine;
 };
 
-/// Where a request goes (RFC 9112, section 3.2).
+/// The target of a request (RFC 9112, section 3.2).
 struct RequestTarget {
   std::string path;       ///< percent escapes decoded
   std::string authority;  ///< host and port of a target in absolute form, else empty
 };
 
-/// Splits `target` as the client wrote it; `decoded` is the part before the query, decoded.
+/// Splits `target`, which is as the client wrote it. `decoded` is the part before the query,
+/// decoded.
 ///
 ///     http://config.kelvane.example/reporting/kelvane.xml  ->  /reporting/kelvane.xml
 RequestTarget readTarget(const std::string& target, const std::string& decoded);

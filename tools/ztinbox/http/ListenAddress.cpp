@@ -135,7 +135,7 @@ ListeningSocket::ListeningSocket(const ListenAddress& address) : _address(addres
   const SocketAddress wanted(address);
   _socket =
       FileDescriptor(::socket(wanted.family(), SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-  // Allows remains of closed connections at the address, but no second inbox.
+  // Allows closed connections that remain at the address (TIME_WAIT), but not a second inbox.
   turnOn(number(), SOL_SOCKET, SO_REUSEADDR);
   if (address.isIpv6()) turnOn(number(), IPPROTO_IPV6, IPV6_V6ONLY);
   if (!_socket.isOpen() || ::bind(number(), wanted.get(), wanted.length()) != 0 ||

@@ -11,37 +11,39 @@ namespace zt::inbox {
 
 /// An address and port of this machine.
 struct ListenAddress {
-  std::string address;  ///< IPv4 or IPv6, in numbers and without brackets
+  std::string address;  ///< IPv4 or IPv6, numeric, without brackets
   std::uint16_t port = 0;
 
   bool isIpv6() const { return address.find(':') != std::string::npos; }
-  /// Whether it means every address of the machine.
+  /// Whether this stands for all addresses of the machine.
   bool isWildcard() const { return address == "0.0.0.0" || address == "::"; }
   /// "127.0.0.1:8025", "[::1]:8025"
   std::string text() const;
 };
 
-/// Reads "127.0.0.1:8025", "[::1]:8025" or "localhost:8025" (which means 127.0.0.1). Nothing for
-/// any other text, including other names: where the inbox listens must not depend on a lookup.
+/// Parses "127.0.0.1:8025", "[::1]:8025" or "localhost:8025" (which means 127.0.0.1). Returns
+/// nullopt for any other text, including other names: where the inbox listens must not depend on a
+/// lookup.
 std::optional<ListenAddress> parseListenAddress(std::string_view text);
 
-// Who may use the page and the API. Another site's page in the user's browser can send requests to
-// this machine too, under a host name of its own (DNS rebinding); its requests carry that name.
+// Who may use the page and the API. A page of another site in the user's browser can also send
+// requests to this machine, under its own host name (DNS rebinding); its requests contain that
+// name.
 
 /// Whether the value of a Host header names the inbox that listens on `own`: that address, or a
 /// name or address of the loopback interface, with the port of `own`.
 bool isOwnHost(std::string_view host, const ListenAddress& own);
 
-/// The same for the value of an Origin header: "http://" and an own host.
+/// The same for the value of an Origin header, which is "http://" and a host.
 bool isOwnOrigin(std::string_view origin, const ListenAddress& own);
 
-/// A TCP socket that listens.
+/// A listening TCP socket.
 class ListeningSocket {
  public:
-  /// Port 0: a free one. Throws MachineFault if the address is not available.
+  /// Port 0 selects a free port. Throws MachineFault if the address is not available.
   explicit ListeningSocket(const ListenAddress& address);
 
-  /// With the actual port.
+  /// The address with the actual port.
   const ListenAddress& address() const { return _address; }
   int number() const { return _socket.number(); }
 

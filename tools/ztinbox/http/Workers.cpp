@@ -26,7 +26,7 @@ void Workers::run(Job job) {
   try {
     _threads.emplace_back([this] { work(); });
   } catch (const std::system_error&) {
-    // There can be no more threads: the job waits for an existing one.
+    // No further thread can be started, so the job waits for an existing one.
     if (_threads.empty()) throw;
   }
 }

@@ -11,7 +11,7 @@
 
 namespace zt::inbox {
 
-/// A thread pool: threads are started when jobs need them, up to a limit; then jobs wait.
+/// A thread pool. Threads are started when jobs need them, up to a limit; beyond it, jobs wait.
 class Workers {
  public:
   using Job = std::function<void()>;
@@ -36,8 +36,8 @@ class Workers {
   bool _ending = false;
 };
 
-/// The sockets of the open connections, so that all can be ended, whatever their threads are
-/// waiting for. Thread-safe.
+/// The sockets of the open connections, so that all of them can be ended, whatever their threads
+/// are waiting for. Thread-safe.
 class OpenConnections {
  public:
   /// Keeps a socket in the list; must be destroyed before the socket is closed.

@@ -20,8 +20,8 @@ namespace zt::inbox {
 /// The files of the folder tools/ztinbox/page/.
 extern const std::span<const EmbeddedFile> kPageFiles;
 
-/// The page that shows the reports: its document at / and its parts below /page/. It reads and
-/// changes everything through the JSON API.
+/// The web page that shows the reports: its document at / and its other files below /page/. The
+/// page reads and changes everything through the JSON API.
 class Page {
  public:
   static bool owns(std::string_view path);

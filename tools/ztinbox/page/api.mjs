@@ -1,4 +1,4 @@
-// The inbox's own JSON interface; a fault is an Error with the reason that the inbox gave.
+// Calls of the inbox's JSON interface. They throw an ApiFault with the reason that the inbox gave.
 
 const ROOT = "/api/v1/";
 
@@ -22,7 +22,7 @@ async function ask(method, path, parameters, body) {
       body: body === undefined ? undefined : JSON.stringify(body),
     });
   } catch {
-    throw new ApiFault("the inbox does not answer", 0);
+    throw new ApiFault("the inbox does not respond", 0);
   }
   if (response.ok) return response.json();
   const answer = await response.json().catch(() => ({}));
@@ -42,7 +42,7 @@ export const changeBehaviour = (change) => ask("PUT", "behaviour", {}, change);
 export const rawAddress = (number) => address(`reports/${number}/raw`);
 export const eventsAddress = (after) => address("events", {after});
 
-// At most `most` bytes of a report: {bytes, cut}.
+// Reads at most `most` bytes of a report; `cut` is true if there are more: {bytes, cut}
 export async function readRaw(number, most) {
   const response = await fetch(rawAddress(number));
   if (!response.ok) throw new ApiFault("no such report", response.status);

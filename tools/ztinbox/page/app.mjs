@@ -1,4 +1,4 @@
-// The page: what its address says is shown, what comes in is added, keys and buttons act.
+// Entry point of the page: shows what the address asks for, adds new reports, handles keys and buttons.
 
 import {ApiFault, deleteReport, deleteReports, listReports, markReport, markReports, readReport, readStatistics} from "./api.mjs";
 import {openBehaviour, refreshBehaviour} from "./behaviour.mjs";
@@ -41,18 +41,19 @@ const closePane = () => {
   setTimeout(() => (number === null ? byId("list").focus() : list.focus(number)));
 };
 
-// Runs what a person asked for; says so when the inbox refuses.
+// Runs an action that the user asked for, and shows a message if the inbox refuses it.
 async function attempt(action) {
   try {
     return await action();
   } catch (error) {
     if (!(error instanceof ApiFault)) throw error;
-    toast(`Not done: ${error.message}.`, "bad");
+    toast(`That failed: ${error.message}.`, "bad");
     return undefined;
   }
 }
 
-// What nobody asked for fails in silence: the bar says when the connection is lost.
+// Runs an action that the user did not ask for. Errors are not shown; the header shows a lost
+// connection.
 async function quietly(action) {
   try {
     await action();
@@ -127,7 +128,7 @@ async function openReport() {
   } catch (error) {
     if (!(error instanceof ApiFault)) throw error;
     if (error.status === 404 && !report) list.remove(route.number);
-    content = [h("div", {class: "pane-body"}, h("h2", {tabindex: "-1", id: "pane-title"}, "Not there"),
+    content = [h("div", {class: "pane-body"}, h("h2", {tabindex: "-1", id: "pane-title"}, "Report not found"),
       h("p", {}, `Report #${route.number}${route.other ? ` or #${route.other}` : ""} cannot be shown: ${error.message}.`),
       h("p", {}, h("a", {href: addressOf({page: "list", query: route.query})}, "Back to the list")))];
   }
@@ -179,7 +180,7 @@ async function follow() {
 }
 
 async function removeOne(report) {
-  const text = `Report #${report.number} of ${nameOf(report)} is deleted for good.`;
+  const text = `This permanently deletes report #${report.number} of ${nameOf(report)}.`;
   if (!(await confirmed("Delete this report?", text, "Delete"))) return;
   await attempt(async () => {
     await deleteReport(report.number);
@@ -193,11 +194,11 @@ async function removeAll() {
   const {isFiltered, parameters, newest} = list;
   await attempt(refreshStatistics);
   const count = countText(statistics.reports, "report");
-  const title = isFiltered ? "Delete what is found?" : "Delete all reports?";
-  const text = `This deletes ${count} for good${isFiltered ? "; others stay" : ""}.`;
+  const title = isFiltered ? "Delete the found reports?" : "Delete all reports?";
+  const text = `This permanently deletes ${count}${isFiltered ? " and keeps all others" : ""}.`;
   if (!(await confirmed(title, text, isFiltered ? `Delete ${statistics.reports}` : "Delete all"))) return;
   await attempt(async () => {
-    // What came in since the person saw the list stays.
+    // Keeps the reports that arrived after the list was shown.
     const {deleted} = await deleteReports(isFiltered ? {...parameters, before: newest + 1} : {});
     toast(`${countText(deleted, "report")} deleted`);
     if (route.page === "report") closePane();
@@ -214,7 +215,7 @@ async function markAll() {
   });
 }
 
-// The figures of many reports take a while: they are read once a second at the most.
+// Computing the statistics of many reports takes a while, so they are read at most once a second.
 let resting = false;
 let stale = false;
 
@@ -233,7 +234,7 @@ async function refreshSoon() {
   resting = false;
 }
 
-// Reports come in faster than rows can be built: they are gathered for a moment.
+// Reports can arrive faster than rows can be built, so they are collected briefly.
 let gathered = [];
 
 async function takeGathered() {
@@ -343,7 +344,7 @@ function wire() {
 
 wire();
 quietly(refreshBehaviour);
-// Asked before the list, so that nothing that comes in between is missed.
+// Read before the list, so that no report that arrives in between is missed.
 const newest = (await attempt(() => listReports({limit: 1})))?.[0]?.number ?? 0;
 await follow();
 live.start(newest);

@@ -8,11 +8,11 @@ import {durationText} from "./format.mjs";
 const ANSWERS = [
   ["accept", "Accept", "answer true"],
   ["refuse", "Refuse", "answer false"],
-  ["error", "Error", "an HTTP status instead of an answer"],
-  ["garbage", "Garbage", "bytes that are no answer"],
-  ["hang", "Hang", "take the report and never answer"],
-  ["drop", "Drop", "close the connection without an answer"],
-  ["truncate", "Truncate", "break off within the answer"],
+  ["error", "Error", "only an HTTP status, such as 503"],
+  ["garbage", "Garbage", "a web page instead of a SOAP response"],
+  ["hang", "Hang", "receive the report and never respond"],
+  ["drop", "Drop", "close the connection without a response"],
+  ["truncate", "Truncate", "close the connection in the middle of the response"],
 ];
 
 const WORDS = {
@@ -24,7 +24,7 @@ const WORDS = {
   truncate: ["Truncates", "warn"],
 };
 
-// The state in a few words and its colour: {text: "Accepts, after 200 ms", tone: "warn"}
+// A short description and its colour: {text: "Accepts, after 200 ms", tone: "warn"}
 export function describeBehaviour({answer, slow, failRate, scenario}) {
   const error = answer.startsWith("error:") ? [`Error ${answer.slice(6)}`, "warn"] : null;
   let [text, tone] = WORDS[answer] ?? error ?? [answer, "warn"];
@@ -58,7 +58,7 @@ function answerChoice([word, label, text], chosen) {
     h("span", {}, h("strong", {}, label), h("span", {class: "quiet"}, ` ${text}`)));
 }
 
-// What the form says, as the API wants it; throws a SyntaxError for a scenario that is no JSON.
+// The settings in the form, as the API expects them. Throws a SyntaxError if the scenario is not JSON.
 function readForm(form) {
   const value = (id) => form.querySelector(`#${id}`).value;
   const answer = form.querySelector("[name=answer]:checked").value;
@@ -103,11 +103,11 @@ export async function openBehaviour() {
     h("fieldset", {class: "choices"}, h("legend", {}, "Answer to each report"), ...ANSWERS.map((row) => answerChoice(row, word))),
     h("div", {class: "fields"},
       numberField("status", "Error status", status ?? 503, {min: 200, max: 599, required: true}),
-      numberField("slow", "Wait before it, ms", now.slow, {min: 0, max: 3_600_000, required: true}),
+      numberField("slow", "Delay, ms", now.slow, {min: 0, max: 3_600_000, required: true}),
       numberField("fail-rate", "Random faults, %", Math.round(now.failRate * 1e6) / 1e4, {min: 0, max: 100, step: "any", required: true}),
       numberField("seed", "Seed of the faults", now.seed, {min: 0, required: true})),
     h("div", {class: "field"},
-      h("label", {for: "scenario"}, "Scenario: steps played in order, instead of the answer above; the last stays"),
+      h("label", {for: "scenario"}, "Scenario: steps played in order, instead of the answer above; the last one stays in force"),
       h("textarea", {id: "scenario", rows: 4, spellcheck: "false", placeholder: '[{"answer": "error:503", "times": 2}, {"answer": "accept"}]'}, steps)),
     fault,
     h("div", {class: "buttons"},

@@ -1,11 +1,11 @@
-// What the charts of the statistics are drawn from.
+// Computes the bars of the charts from the statistics.
 
 const MINUTE = 60_000;
-// Minutes of a bar.
+// Possible widths of a bar, in minutes.
 const WIDTHS = [1, 2, 5, 10, 15, 30, 60, 120, 240, 360, 720, 1_440, 2_880, 10_080, 43_200];
 
-// The API gives only the minutes in which something came; bars are for all times between the first
-// and the last, so wide that there are `most` of them at the most.
+// The API lists only the minutes in which reports arrived. The bars cover the whole time from the first
+// to the last, and are wide enough that there are at most `most`.
 //
 //     -> {minutes: 5, bars: [{begin, accepted, refused, failed}], highest}
 export function barsOf(minutes, most) {

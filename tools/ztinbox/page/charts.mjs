@@ -1,4 +1,4 @@
-// Charts over what is stored, or over what a search finds.
+// Charts of all stored reports, or of those that a search finds.
 
 import {barsOf, widthText} from "./chartScale.mjs";
 import {h, svg} from "./dom.mjs";
@@ -9,7 +9,7 @@ const HEIGHT = 140;
 const KINDS = [
   ["accepted", "accepted", "good"],
   ["refused", "refused", "bad"],
-  ["failed", "answered with a fault", "warn"],
+  ["failed", "fault or no response", "warn"],
 ];
 
 function percent(part) {
@@ -28,7 +28,7 @@ function figures(title, columns, rows) {
         h("tbody", {}, ...rows.map(([first, ...others]) => h("tr", {}, h("th", {scope: "row"}, first), ...others.map((value) => h("td", {}, String(value)))))))));
 }
 
-function momentOf(date) {
+function minuteText(date) {
   return `${dateText(date)} ${clockText(date).slice(0, 5)}`;
 }
 
@@ -40,12 +40,12 @@ function barView(bar, index, count, highest) {
     return height > 0 ? svg("rect", {"data-tone": tone, x: percent((index + 0.08) / count), width: percent(0.84 / count), y: top.toFixed(2), height: height.toFixed(2)}) : null;
   });
   const sums = KINDS.filter(([key]) => bar[key] > 0).map(([key, label]) => `${bar[key]} ${label}`);
-  return svg("g", {}, svg("title", {}, `${momentOf(bar.begin)}: ${sums.join(", ") || "none"}`), ...parts);
+  return svg("g", {}, svg("title", {}, `${minuteText(bar.begin)}: ${sums.join(", ") || "none"}`), ...parts);
 }
 
 function minutesChart({minutes}) {
   const {minutes: width, bars, highest} = barsOf(minutes, MOST_BARS);
-  // Few bars do not fill the width.
+  // Leaves space on the right if there are only a few bars.
   const count = Math.max(bars.length, 24);
   const title = `Answers per ${widthText(width)}`;
   const chart = svg("svg", {class: "chart", height: HEIGHT + 1, role: "img", "aria-label": `${title}: ${countText(bars.length, "bar")}, the highest ${highest}`},
@@ -56,9 +56,9 @@ function minutesChart({minutes}) {
     h("div", {class: "plot"},
       h("div", {class: "plot-axis", "aria-hidden": "true"}, h("span", {}, String(highest)), h("span", {}, "0")),
       chart,
-      h("div", {class: "plot-times", "aria-hidden": "true"}, h("span", {}, momentOf(bars[0].begin)), bars.length > 1 ? h("span", {}, momentOf(bars.at(-1).begin)) : null)),
-    figures(title, ["Begin", "Accepted", "Refused", "Fault"], bars.filter((bar) => bar.accepted + bar.refused + bar.failed > 0)
-      .map((bar) => [momentOf(bar.begin), bar.accepted, bar.refused, bar.failed])));
+      h("div", {class: "plot-times", "aria-hidden": "true"}, h("span", {}, minuteText(bars[0].begin)), bars.length > 1 ? h("span", {}, minuteText(bars.at(-1).begin)) : null)),
+    figures(title, ["From", "Accepted", "Refused", "Fault"], bars.filter((bar) => bar.accepted + bar.refused + bar.failed > 0)
+      .map((bar) => [minuteText(bar.begin), bar.accepted, bar.refused, bar.failed])));
 }
 
 function resultsChart({results}) {
@@ -86,11 +86,11 @@ function stepsChart({steps}) {
       svg("circle", {class: "mean", cx: percent(step.mean / longest), cy: 10, r: 4.5})),
     h("span", {class: "range-times"}, `${durationText(step.shortest)} – `, h("strong", {}, durationText(step.mean)), ` – ${durationText(step.longest)}`)));
   return h("section", {class: "block"},
-    h("div", {class: "block-head"}, h("h3", {}, "Durations of the steps"), h("span", {class: "quiet"}, "shortest – mean – longest, the most frequent steps first")),
+    h("div", {class: "block-head"}, h("h3", {}, "Durations of the steps"), h("span", {class: "quiet"}, "shortest – mean – longest, most frequent steps first")),
     h("ol", {class: "ranges"}, ...rows));
 }
 
-// `query`: what was searched for, to say so.
+// `query` is the search whose reports the charts show, for the headline.
 export function chartsView(statistics, query, close) {
   const {reports, bytes, unread, tests} = statistics;
   const facts = [countText(reports, "report"), sizeText(bytes), `${unread} unread`, `${tests} to the test address`];
@@ -99,7 +99,7 @@ export function chartsView(statistics, query, close) {
       h("div", {class: "pane-title"},
         h("button", {type: "button", class: "back", "aria-label": "Back to the list", title: "Back to the list (Esc)", onclick: close}, "←"),
         h("h2", {tabindex: "-1", id: "pane-title"}, "Charts"),
-        h("span", {class: "quiet"}, query ? `of what is found: ${query}` : "of all reports"))),
+        h("span", {class: "quiet"}, query ? `of reports found by: ${query}` : "of all reports"))),
     h("div", {class: "pane-body"},
       h("p", {class: "block quiet"}, facts.join(" · ")),
       ...(reports === 0 ? [h("p", {class: "block"}, "Nothing to show yet.")] : [minutesChart(statistics)]),

@@ -10,7 +10,7 @@ const IDENTITY = [
   ["Result", "result"],
 ];
 
-// Counts names that occur again: "NAME", "NAME [2]", …
+// Numbers repeated names: "NAME", "NAME [2]", …
 class Names {
   constructor() {
     this.counts = new Map();
@@ -49,8 +49,9 @@ function keyOf(row) {
   return JSON.stringify(row.path);
 }
 
-// [{path, state, left, right}]: state is "equal", "changed", "left" or "right" (only there). In the
-// order of the left report; what only the right one has follows what it follows there.
+// Returns [{path, state, left, right}]; `state` is "equal", "changed", "left" (only there) or "right".
+// Rows are in the order of the left report. A row that only the right report has comes after the row that
+// precedes it there.
 export function compareReports(left, right) {
   const leftRows = flatten(left);
   const rightRows = flatten(right);

@@ -3,7 +3,7 @@
 import {listReports, readReport} from "./api.mjs";
 import {compareReports, countStates} from "./compare.mjs";
 import {h} from "./dom.mjs";
-import {momentText, nameOf} from "./format.mjs";
+import {timeText, nameOf} from "./format.mjs";
 
 const STATES = {equal: "equal", changed: "changed"};
 const MOST_ROWS = 5_000;
@@ -27,18 +27,18 @@ function table(rows, left, right) {
 }
 
 function optionText(report) {
-  const words = [`#${report.number}`, momentText(report.received), nameOf(report), report.applicationVersion, report.result];
+  const words = [`#${report.number}`, timeText(report.received), nameOf(report), report.applicationVersion, report.result];
   return words.filter(Boolean).join("  ");
 }
 
-// Reports to compare with: of the same application, else the newest.
+// The reports to choose from: those of the same application, or else the newest.
 async function candidates(report) {
   const same = report.applicationId ? await listReports({application: report.applicationId, limit: 100}) : [];
   const others = same.filter(({number}) => number !== report.number);
   return others.length > 0 ? others : (await listReports({limit: 100})).filter(({number}) => number !== report.number);
 }
 
-// go(number) opens the comparison with that report.
+// `go(number)` opens the comparison with another report.
 export async function compareView(report, otherNumber, go) {
   const choices = await candidates(report);
   if (choices.length === 0 && !otherNumber) {
@@ -65,7 +65,7 @@ export async function compareView(report, otherNumber, go) {
   toggle.addEventListener("change", show);
   show();
   head.append(h("span", {class: "gap"}), toggle, h("label", {for: "only-differences"}, "Differences only"));
-  const incomplete = report.complete && other.complete ? null : h("p", {class: "quiet"}, "Of very large reports or values only the beginning is compared.");
+  const incomplete = report.complete && other.complete ? null : h("p", {class: "quiet"}, "Only the beginning of very large reports and values is compared.");
   return h("div", {class: "block"}, head,
     h("p", {class: "quiet"}, `${counts.changed} changed · ${counts.left} only in #${report.number} · ${counts.right} only in #${other.number} · ${counts.equal} equal`),
     incomplete, body);

@@ -1,4 +1,4 @@
-// The dialogs: native ones, which keep the focus inside and close with Escape.
+// Dialogs. They are native dialog elements, which keep the focus inside and close on Escape.
 
 import {h} from "./dom.mjs";
 
@@ -15,7 +15,7 @@ export function openDialog(title, content, {wide = false} = {}) {
   return dialog;
 }
 
-// Whether the person said yes.
+// Resolves to true if the user confirms.
 export function confirmed(title, text, action) {
   return new Promise((resolve) => {
     let answer = false;
@@ -39,7 +39,7 @@ export function confirmed(title, text, action) {
 }
 
 const KEYS = [
-  ["j  k", "next, previous report; with one opened, opens it"],
+  ["j  k", "go to the next or previous report; if a report is open, open that one instead"],
   ["Enter", "open the report"],
   ["Esc", "close the report; leave the search box"],
   ["/", "search"],
@@ -47,12 +47,12 @@ const KEYS = [
 ];
 
 const OPERATORS = [
-  ["customer:Kelvane", "the customer ID, letter for letter; so application: and machine:"],
+  ["customer:Kelvane", "exactly this customer ID; application: and machine: work the same way"],
   ["pool:EXECUTION", "reports with a pool of this type"],
   ["after:2026-11-21", "received on this day or later; also a time (2026-11-21T12:00) or an age (15m, 2h, 3d)"],
-  ["before:2h", "received before"],
-  ["is:unread", "so is:read and is:test"],
-  ["copy \"no route\"", "words of names and values; words in quotation marks stand one after another"],
+  ["before:2h", "received before this day, time or age"],
+  ["is:unread", "not yet read; also is:read and is:test"],
+  ["copy \"no route\"", "words in names and values; quotation marks make a phrase"],
 ];
 
 function definitions(rows) {

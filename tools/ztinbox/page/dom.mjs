@@ -1,5 +1,5 @@
-// Builds elements. A text becomes a text node and nothing else, so that what a report holds is
-// never read as markup; there is no way in here to give an element a style or a script as text.
+// Builds elements. Texts only become text nodes and attribute values, so the content of a report is
+// never parsed as markup. Do not add a function here that sets markup, styles or scripts from a string.
 
 const SVG = "http://www.w3.org/2000/svg";
 
@@ -29,7 +29,7 @@ export function byId(id) {
   return document.getElementById(id);
 }
 
-// Says something for a moment, aloud too.
+// Shows a message for four seconds; screen readers announce it.
 export function toast(text, tone = "plain") {
   const message = h("p", {class: "toast", "data-tone": tone}, text);
   byId("toasts").append(message);

@@ -1,4 +1,4 @@
-// Texts for people out of the figures of the API.
+// Formats values of the API for display.
 
 const UNITS = [
   ["d", 86_400_000],
@@ -51,20 +51,20 @@ export function clockText(date) {
   return `${two(date.getHours())}:${two(date.getMinutes())}:${two(date.getSeconds())}`;
 }
 
-// Of today the time alone, in the time zone of the browser.
-export function momentText(iso, now = new Date()) {
+// Date and time in the browser's time zone; for today only the time.
+export function timeText(iso, now = new Date()) {
   const date = new Date(iso);
   const day = dateText(date);
   return day === dateText(now) ? clockText(date) : `${day} ${clockText(date)}`;
 }
 
-export function fullMomentText(iso) {
+export function fullTimeText(iso) {
   const date = new Date(iso);
   const milliseconds = String(date.getMilliseconds()).padStart(3, "0");
   return `${dateText(date)} ${clockText(date)}.${milliseconds}`;
 }
 
-// What a report's sender is called in one word.
+// A short name for the sender of a report.
 export function nameOf(report) {
   return report.customerId || report.applicationId || "unnamed sender";
 }

@@ -1,11 +1,11 @@
-// The list of reports: newest first, pages of older ones, new ones on top as they come in.
+// The list of reports, newest first. New reports are added on top; older ones are loaded page by page.
 
 import {listReports} from "./api.mjs";
 import {byId, h} from "./dom.mjs";
-import {answerTone, countText, durationText, fullMomentText, momentText, nameOf, resultTone, sizeText} from "./format.mjs";
+import {answerTone, countText, durationText, fullTimeText, timeText, nameOf, resultTone, sizeText} from "./format.mjs";
 
 const PAGE = 100;
-// Rows that live reports may add before the oldest rows are removed.
+// When new reports make the list longer than this, the oldest rows are removed.
 const MOST_ROWS = 1_000;
 
 export function badge(text, tone) {
@@ -23,7 +23,7 @@ function rowOf(report, address) {
       h("span", {class: "mark"}, report.read ? null : h("span", {class: "hidden"}, "unread ")),
       h("span", {class: "who"}, nameOf(report), report.applicationVersion ? h("span", {class: "version"}, ` ${report.applicationVersion}`) : null),
       h("span", {class: "app"}, report.applicationId ?? ""),
-      h("time", {class: "when", datetime: report.received, title: fullMomentText(report.received)}, momentText(report.received)),
+      h("time", {class: "when", datetime: report.received, title: fullTimeText(report.received)}, timeText(report.received)),
       h(
         "span",
         {class: "facts"},
@@ -41,7 +41,7 @@ function rowOf(report, address) {
 }
 
 export class ReportList {
-  // address(number): where a row leads to.
+  // `address(number)` returns the link target of a row.
   constructor(address) {
     this.address = address;
     this.rows = byId("rows");
@@ -62,7 +62,7 @@ export class ReportList {
     return Object.keys(this.parameters).length > 0;
   }
 
-  // Shows what is found by `parameters`, from the newest on; throws an ApiFault.
+  // Shows the newest reports that `parameters` find; throws an ApiFault.
   async load(parameters = this.parameters) {
     const load = ++this.loads;
     const found = await listReports({...parameters, limit: PAGE});
@@ -87,7 +87,7 @@ export class ReportList {
     rows[0]?.firstChild.focus();
   }
 
-  // Reports that came in, oldest first.
+  // Adds new reports, which are given oldest first.
   async arrive(reports) {
     let fresh = reports;
     if (this.isFiltered) {
@@ -112,7 +112,7 @@ export class ReportList {
     this.changed();
   }
 
-  // Takes over what was deleted or marked elsewhere, and keeps the place in the list.
+  // Shows what was deleted or marked elsewhere, without moving the list.
   async refresh() {
     const load = this.loads;
     if (this.reports.length === 0) return;
@@ -154,7 +154,8 @@ export class ReportList {
     this.changed();
   }
 
-  // The report `step` rows below the focused, else the opened one; null at either end.
+  // The number of the report `step` rows below the focused one, or else the open one; null beyond either
+  // end of the list.
   next(step) {
     const focused = document.activeElement?.closest(".row");
     const from = Number(focused?.dataset.number ?? this.opened ?? 0);
@@ -185,24 +186,24 @@ export class ReportList {
   }
 }
 
-// What stands where there are no rows.
+// The content that is shown when the list is empty.
 export function emptyText(list, statistics, origin) {
   if (list.isFiltered) {
     return [
       h("h3", {}, "Nothing found"),
-      h("p", {}, `None of ${countText(statistics?.total ?? 0, "report")} matches this search. Operators compare letter for letter; words find longer words that begin with them.`),
+      h("p", {}, `None of ${countText(statistics?.total ?? 0, "report")} matches this search. Operators need the exact value; words also find longer words that start with them.`),
       h("p", {}, h("a", {href: "#/"}, "Show all reports")),
     ];
   }
   const line = (text) => h("pre", {tabindex: "0"}, text);
   return [
-    h("h3", {}, "No report has come yet"),
-    h("p", {}, "Point a host at this inbox in one of two ways. Its reports appear here as they come."),
-    h("h4", {}, "As its proxy, without changing the host"),
+    h("h3", {}, "No reports yet"),
+    h("p", {}, "Point a host at this inbox in one of two ways. Its reports then appear here as they arrive."),
+    h("h4", {}, "As an HTTP proxy, without changing the host"),
     line(`http_proxy=${origin} ./your-host`),
-    h("h4", {}, "By the address of its configuration document"),
+    h("h4", {}, "As its configuration URL"),
     line(`${origin}/reporting/kelvane.xml`),
-    h("p", {}, "Try it with the command line program:"),
+    h("p", {}, "Or try it from the command line:"),
     line(`ztreport send --config-url ${origin}/reporting/kelvane.xml report.json`),
   ];
 }

@@ -1,12 +1,12 @@
-// The stream of reports that come in. The browser resumes it by itself with the number of the last
-// report it got; where it has given up, the stream is begun anew behind that report.
+// The stream of new reports. After a lost connection the browser reconnects by itself, starting after
+// the last report that it received. If the browser gives up, this module does the same.
 
 import {eventsAddress} from "./api.mjs";
 
 const PAUSE = 2_000;
 
-// onReport(report), onChanged() when reports were deleted or marked by whomever, onState("live" or
-// "lost"), onAgain() when the connection is back.
+// Calls onReport(report) for each new report, onChanged() when any client deleted or marked reports,
+// onState("live" or "lost"), and onAgain() when the connection is back.
 export class LiveReports {
   constructor({onReport, onChanged, onState, onAgain}) {
     this.onReport = onReport;

@@ -2,7 +2,7 @@
 //
 //     customer:Kelvane pool:"MY POOL" after:2026-11-21 "no route"
 //
-// What is no operator is searched for as text.
+// Everything that is not an operator is searched as text.
 
 const DAY = /^\d{4}-\d{2}-\d{2}$/;
 const TIME = /^\d{4}-\d{2}-\d{2}T\d{2}:\d{2}(:\d{2}(\.\d{1,3})?)?(Z|[+-]\d{2}:\d{2})?$/;
@@ -15,24 +15,24 @@ const OPERATORS = {
   application: {parameter: "application"},
   pool: {parameter: "pool"},
   machine: {parameter: "machine"},
-  after: {parameter: "since", read: readMoment},
-  before: {parameter: "until", read: readMoment},
+  after: {parameter: "since", read: readTime},
+  before: {parameter: "until", read: readTime},
   is: {words: {unread: ["read", "false"], read: ["read", "true"], test: ["test", "true"]}},
 };
 
-// A day or a time without an offset is meant in the time zone of the browser.
-function readMoment(text, now) {
+// A day or a time without an offset is in the browser's time zone.
+function readTime(text, now) {
   const ago = AGO.exec(text);
   if (ago) return new Date(now.getTime() - Number(ago[1]) * SECONDS[ago[2]] * 1_000).toISOString();
   if (!DAY.test(text) && !TIME.test(text)) return null;
   const date = new Date(DAY.test(text) ? `${text}T00:00` : text);
   if (Number.isNaN(date.getTime())) return null;
-  // The browser takes the 31st of February for a day of March.
+  // The browser reads 31 February as a day in March.
   if (DAY.test(text) && date.getDate() !== Number(text.slice(8))) return null;
   return date.toISOString();
 }
 
-// Words with the quotation marks they were written with: a"b c" is one.
+// Splits at spaces outside quotation marks, which are kept: a"b c" is one word.
 function split(text) {
   return text.match(/(?:"[^"]*(?:"|$)|[^\s"])+/g) ?? [];
 }
@@ -41,12 +41,12 @@ function unquoted(text) {
   return text.replaceAll('"', "");
 }
 
-// {parameters: {customer: "Kelvane", text: "…"}, fault: null}, or the fault of what was written.
+// Returns {parameters: {customer: "Kelvane", text: "…"}, fault: null}, or a fault as text.
 export function parseQuery(text, now = new Date()) {
   const parameters = {};
   const words = [];
   const set = (parameter, value, word) => {
-    if (parameter in parameters) return `${word}: can be given once`;
+    if (parameter in parameters) return `${word}: can be given only once`;
     parameters[parameter] = value;
     return null;
   };
@@ -78,7 +78,7 @@ function take(name, value, set, now) {
   return set(operator.parameter, read, name);
 }
 
-// An operator as one would type it: operatorText("pool", "MY POOL") -> pool:"MY POOL"
+// Writes an operator for the search box: operatorText("pool", "MY POOL") -> pool:"MY POOL"
 export function operatorText(name, value) {
   return /[\s"]/.test(value) ? `${name}:"${unquoted(value)}"` : `${name}:${value}`;
 }

@@ -1,5 +1,5 @@
-// Finds what an XML 1.0 parser would object to in a report's text. Reports are written without
-// escaping, so there often is something; a parser stops at the first place, this goes on behind it.
+// Finds all XML 1.0 errors in the text of a report. Reports are written without escaping, so errors are
+// common. Unlike a parser, this does not stop at the first one.
 
 const NAME = "[:A-Z_a-z\\u00c0-\\ufffd][-:A-Z_a-z.0-9\\u00b7-\\ufffd]*";
 const START_TAG = new RegExp(`<(${NAME})`, "y");
@@ -22,7 +22,7 @@ function referenceFault(name) {
   if (ENTITIES.has(name)) return null;
   if (!name.startsWith("#")) return `the entity "&${name}" is not defined`;
   const code = name[1] === "x" ? Number.parseInt(name.slice(2), 16) : Number(name.slice(1, -1));
-  return isCharacter(code) ? null : `"&${name}" is no character of XML`;
+  return isCharacter(code) ? null : `"&${name}" is not an XML character`;
 }
 
 class Check {
@@ -84,7 +84,7 @@ class Check {
 
   suspectFault(found, isContent) {
     if (found[0][0] === "&") return referenceFault(found[1]);
-    if (found[0] === "]]>") return isContent ? '"]]>" in a text' : null;
+    if (found[0] === "]]>") return isContent ? '"]]>" in text' : null;
     const code = found[0].charCodeAt(0).toString(16).toUpperCase().padStart(4, "0");
     return `the character U+${code} is not allowed`;
   }
@@ -156,9 +156,9 @@ class Check {
     const top = this.open.at(-1);
     if (!top) return this.fault(start, tag[0].length, `the end tag "${tag[1]}" has no start tag`);
     if (top.name === tag[1]) return this.open.pop();
-    this.fault(start, tag[0].length, `the end tag "${tag[1]}" where that of "${top.name}" is due`);
-    // It either replaces the right end tag or is one too many; in the second case the right one
-    // follows.
+    this.fault(start, tag[0].length, `the end tag "${tag[1]}" does not match the start tag "${top.name}"`);
+    // It either replaces the right end tag or is an extra one. If the right one follows, it is an extra
+    // one.
     NEXT_TAG.lastIndex = this.at;
     const next = NEXT_TAG.exec(this.text);
     if (!(next && next[1] === "/" && next[2] === top.name)) this.open.pop();
@@ -171,19 +171,20 @@ class Check {
   }
 }
 
-// [{start, end, reason}], in the order of the text. With `cut` the text is only the beginning.
+// Returns [{start, end, reason}] in text order. `cut`: the text is only the beginning of the report, so
+// its end is not an error.
 export function findFaults(text, cut = false) {
   return new Check(text, cut).run();
 }
 
-// Lines and columns from 1 on.
+// Line and column, counted from 1.
 export function placeOf(text, offset) {
   const before = text.slice(0, offset);
   const line = before.split("\n").length;
   return {line, column: offset - (before.lastIndexOf("\n") + 1) + 1};
 }
 
-// The text line by line, each a list of parts: {text, reason}, reason null where nothing is wrong.
+// Splits the text into lines, each a list of parts {text, reason}; `reason` is null for correct parts.
 export function markedLines(text, faults) {
   const lines = [];
   let next = 0;

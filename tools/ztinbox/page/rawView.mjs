@@ -1,4 +1,4 @@
-// The text of a report with line numbers, and with what an XML parser would object to marked.
+// The text of a report with line numbers and highlighted XML errors.
 
 import {readRaw} from "./api.mjs";
 import {h, toast} from "./dom.mjs";
@@ -22,7 +22,7 @@ function encodingFaults(text, isUtf8, cut) {
   const faults = [];
   for (let at = text.indexOf("\ufffd"); at >= 0 && faults.length < MOST_FAULTS; at = text.indexOf("\ufffd", at + 1)) {
     if (cut && at >= text.length - 3) break;
-    faults.push({start: at, end: at + 1, reason: "bytes that are no UTF-8"});
+    faults.push({start: at, end: at + 1, reason: "bytes that are not UTF-8"});
   }
   return faults;
 }
@@ -32,7 +32,7 @@ export async function copyText(text) {
     await navigator.clipboard.writeText(text);
     toast("Copied");
   } catch {
-    // Pages of other addresses than the loopback one have no clipboard.
+    // Browsers give access to the clipboard only on loopback addresses and over HTTPS.
     const area = h("textarea", {class: "hidden", "aria-hidden": "true"});
     area.value = text;
     document.body.append(area);
@@ -58,16 +58,16 @@ function goTo(line, pane) {
 
 function verdict(text, faults, pane, cut) {
   if (faults.length === 0) {
-    return h("p", {class: "verdict", "data-tone": "good"}, cut ? "Nothing to object to in the part that is shown." : "Well-formed XML.");
+    return h("p", {class: "verdict", "data-tone": "good"}, cut ? "The part that is shown has no XML errors." : "Well-formed XML.");
   }
   const [first] = faults;
   const {line, column} = placeOf(text, first.start);
-  const count = faults.length >= MOST_FAULTS ? `${MOST_FAULTS} places or more` : countText(faults.length, "place");
+  const count = faults.length >= MOST_FAULTS ? `${MOST_FAULTS} errors or more` : countText(faults.length, "error");
   return h("div", {class: "verdict", "data-tone": "bad"},
     h("p", {}, "An XML parser stops at ",
       h("button", {type: "button", class: "link", onclick: () => goTo(line, pane)}, `line ${line}, column ${column}`),
       `: ${first.reason}.`),
-    faults.length > 1 ? h("details", {}, h("summary", {}, `${count} to object to`), h("ol", {class: "faults"}, ...faults.slice(0, 100).map((fault) => {
+    faults.length > 1 ? h("details", {}, h("summary", {}, count), h("ol", {class: "faults"}, ...faults.slice(0, 100).map((fault) => {
       const place = placeOf(text, fault.start);
       return h("li", {}, h("button", {type: "button", class: "link", onclick: () => goTo(place.line, pane)}, `${place.line}:${place.column}`), ` ${fault.reason}`);
     }))) : null);
@@ -85,9 +85,9 @@ export async function rawView(report) {
       h("h3", {}, "Raw text"),
       h("span", {class: "quiet"}, `${sizeText(report.size)} · ${countText(lines.length, "line")}${isUtf8 ? "" : " · not UTF-8"}`),
       h("span", {class: "gap"}),
-      h("button", {type: "button", onclick: () => copyText(text)}, cut ? "Copy what is shown" : "Copy")),
+      h("button", {type: "button", onclick: () => copyText(text)}, cut ? "Copy the shown part" : "Copy")),
     verdict(text, faults, pane, cut),
-    ...[cut ? h("p", {class: "quiet"}, `The first ${sizeText(MOST_BYTES)} of ${sizeText(report.size)} is shown; the download has all.`) : null,
+    ...[cut ? h("p", {class: "quiet"}, `The first ${sizeText(MOST_BYTES)} of ${sizeText(report.size)} is shown. The download is complete.`) : null,
       shown.length < lines.length ? h("p", {class: "quiet"}, `The first ${MOST_LINES} lines are shown.`) : null].filter(Boolean),
     h("ol", {class: "lines", tabindex: "0", "aria-label": "Lines of the report"}, ...shown.map((parts, index) => lineView(parts, index + 1))));
   return pane;

@@ -1,10 +1,9 @@
-// One report: summary, timeline, pools, request; its raw text and the comparison are views of their
-// own.
+// One report, in four views: its content, its raw text, its HTTP request, and a comparison.
 
 import {rawAddress} from "./api.mjs";
 import {compareView} from "./compareView.mjs";
 import {h} from "./dom.mjs";
-import {answerTone, durationText, fullMomentText, nameOf, resultTone, sizeText} from "./format.mjs";
+import {answerTone, durationText, fullTimeText, nameOf, resultTone, sizeText} from "./format.mjs";
 import {badge} from "./list.mjs";
 import {operatorText} from "./query.mjs";
 import {copyText, rawView} from "./rawView.mjs";
@@ -30,7 +29,7 @@ function summary(report, address) {
     ["Version", report.applicationVersion || h("span", {class: "none"}, "none")],
     ["Machine", searchLink("machine", report.machineId)],
     ["Report ID", report.reportId || h("span", {class: "none"}, "none")],
-    ["Received", h("time", {datetime: report.received}, fullMomentText(report.received))],
+    ["Received", h("time", {datetime: report.received}, fullTimeText(report.received))],
     ["From", report.sender],
     ["Size", sizeText(report.size)],
   ];
@@ -79,8 +78,8 @@ function poolView(pool) {
 }
 
 function faultView(report, address) {
-  const what = report.content.length === 0 ? "No pool of this report" : "Not all of this report";
-  return h("p", {class: "block", role: "note"}, `${what} can be read: ${report.fault}. See its `, h("a", {href: address(report.number, "raw")}, "raw text"), ".");
+  const what = report.content.length === 0 ? "No pool" : "Only a part";
+  return h("p", {class: "block", role: "note"}, `${what} of this report can be read: ${report.fault}. See its `, h("a", {href: address(report.number, "raw")}, "raw text"), ".");
 }
 
 function contentView(report, address) {
@@ -91,7 +90,7 @@ function contentView(report, address) {
     ...report.content.map(poolView),
     report.fault ? faultView(report, address) : null,
     report.content.length === 0 && !report.fault ? h("p", {class: "quiet block"}, "This report has no pools.") : null,
-    report.complete ? null : h("p", {class: "quiet block"}, "Of this very large report only the beginning is shown; the raw text has all."),
+    report.complete ? null : h("p", {class: "quiet block"}, "Only the beginning of this very large report is shown. The download is complete."),
   ];
 }
 
@@ -114,7 +113,7 @@ async function bodyOf(report, route, actions) {
   return contentView(report, actions.address);
 }
 
-// The whole pane. actions: address(number, view), compare(number), close(), remove(), unread().
+// The whole pane. `actions` has address(number, view), compare(number), close(), remove(), unread().
 export async function reportView(report, route, actions) {
   const body = await bodyOf(report, route, actions);
   const head = h("header", {class: "pane-head"},

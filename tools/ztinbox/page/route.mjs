@@ -1,5 +1,5 @@
-// What an address of the page shows: #/, #/charts, #/reports/12, #/reports/12/raw,
-// #/reports/12/request, #/reports/12/compare/9; each with ?q= and what is searched for.
+// Reads and writes the page's addresses: #/, #/charts, #/reports/12, #/reports/12/raw,
+// #/reports/12/request, #/reports/12/compare/9. Each may end in ?q= and the search text.
 
 const REPORT = /^\/reports\/([1-9]\d{0,18})(?:\/(raw|request|compare)(?:\/([1-9]\d{0,18}))?)?$/;
 

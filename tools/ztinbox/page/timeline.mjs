@@ -1,8 +1,8 @@
-// The scale of a run's timeline: places are parts of the whole, 0 to 1.
+// Computes the scale of a run's timeline. Positions and widths are fractions of the whole, 0 to 1.
 
 const FIRST_STEPS = [1, 2, 5];
 
-// Round times from 0 on, `count` steps at most: niceTicks(1200, 6) -> [0, 200, 400, …, 1200]
+// Round times from 0 to `total` in at most `count` steps: niceTicks(1200, 6) -> [0, 200, …, 1200]
 export function niceTicks(total, count) {
   if (!(total > 0)) return [0];
   let step = 1;
@@ -18,8 +18,8 @@ export function niceTicks(total, count) {
   return ticks;
 }
 
-// What stands where: for each step {start, width} (width null for what has no duration, start null
-// for what has no time), and ticks {at, time}. `total` is 0 where no time passed or none is known.
+// Returns for each step {start, width}, and ticks {at, time}. `start` is null for a step without a time,
+// `width` for one without a duration. `total` is 0 if no time passed or no time is known.
 export function timelineScale(steps, duration, tickCount = 6) {
   let total = duration ?? 0;
   for (const step of steps) total = Math.max(total, (step.offset ?? 0) + (step.duration ?? 0));
@@ -35,7 +35,7 @@ export function timelineScale(steps, duration, tickCount = 6) {
   };
 }
 
-// "error", "enter", "leave" or "note": how a step is drawn.
+// How a step is drawn: "error", "enter", "leave" or "note".
 export function kindOf(step) {
   if (step.failed) return "error";
   if (step.type === "ENTER") return "enter";

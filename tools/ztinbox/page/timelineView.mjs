@@ -1,4 +1,4 @@
-// Draws the steps of a run: a row for each, its bar or mark on a common scale.
+// Draws the steps of a run, one row each, as bars and marks on a common time scale.
 
 import {h, svg} from "./dom.mjs";
 import {durationText} from "./format.mjs";
@@ -43,12 +43,12 @@ export function timelineView(pool) {
     pool.steps.length === 1 ? "1 step" : `${pool.steps.length} steps`,
     errors > 0 ? `${errors} failed` : null,
     isTimed && total > 0 ? durationText(total) : null,
-    isTimed && total === 0 ? "no time passed between them" : null,
+    isTimed && total === 0 ? "all at the same time" : null,
     isTimed ? null : "without times",
   ].filter(Boolean);
   return h("section", {class: "block timeline", "data-timed": isTimed ? "" : null},
     h("div", {class: "block-head"}, h("h3", {}, "Steps"), h("span", {class: "quiet"}, facts.join(" · "))),
     isTimed && total > 0 ? h("div", {class: "step axis", "aria-hidden": "true"}, axis) : null,
     h("ol", {class: "steps"}, ...shown.map((step, index) => stepRow(step, bars[index], total > 0 ? ticks : [], isTimed))),
-    shown.length < pool.steps.length ? h("p", {class: "quiet"}, `The first ${MOST_STEPS} are shown.`) : null);
+    shown.length < pool.steps.length ? h("p", {class: "quiet"}, `The first ${MOST_STEPS} steps are shown.`) : null);
 }

@@ -37,9 +37,9 @@ constexpr std::array<StepNames, 2> kStepNames{{
      "DIAGNOSE_MESSAGESTRING", "DIAGNOSE_MESSAGECODE", "", "DIAGNOSE_SUCCESSFULLREPAIR"},
 }};
 
-/// A timestamp of a report: yyyy-MM-dd'T'HH:mm:ss.SSS and the sender's time zone in a few letters,
-/// which do not identify a zone. Two of one report are compared as if they were in UTC if their
-/// zones are equal.
+/// A timestamp of a report: yyyy-MM-dd'T'HH:mm:ss.SSS and a few letters for the sender's time zone,
+/// which do not identify a zone. Timestamps of one report are compared, as if they were in UTC, if
+/// their letters are equal.
 struct ReportTime {
   milliseconds time;  ///< since 1970 on the sender's clock
   std::string_view zone;
@@ -63,7 +63,7 @@ std::string_view valueOf(const FieldRange& fields, std::string_view name) {
   return {};
 }
 
-/// Nothing if the sender's clock was set back meanwhile.
+/// Returns nullopt if the sender's clock was set back in between.
 std::optional<milliseconds> between(const std::optional<ReportTime>& start,
                                     const std::optional<ReportTime>& end) {
   if (!start || !end || start->zone != end->zone || end->time < start->time) return std::nullopt;
@@ -102,7 +102,7 @@ std::vector<TimedStep> readSteps(const FieldRange& fields, const StepNames& name
 
 void setTimes(std::vector<TimedStep>& steps, const std::optional<ReportTime>& start,
               const std::optional<ReportTime>& end) {
-  // From the last step to the first, so that the next step that leaves a name is known.
+  // Iterates backwards, so that the next step that leaves each name is known.
   std::unordered_map<std::string_view, const TimedStep*> left;
   const std::optional<ReportTime>* next = &end;
   // NOLINTNEXTLINE(modernize-loop-convert): Clang 14 cannot compile std::views::reverse.
@@ -120,7 +120,7 @@ void setTimes(std::vector<TimedStep>& steps, const std::optional<ReportTime>& st
   }
 }
 
-/// A value that was not read has no address in the text.
+/// A value that was not found is a view without an address.
 std::optional<std::string> bounded(std::string_view value) {
   if (value.data() == nullptr) return std::nullopt;
   return std::string(value.substr(0, kLongestIdentityValue));

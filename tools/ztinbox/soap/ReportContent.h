@@ -16,20 +16,20 @@ namespace zt::inbox {
 inline constexpr std::size_t kLongestIdentityValue = 1024;  ///< bytes; longer ones are cut off
 inline constexpr std::size_t kMostPools = 1'000;            ///< later ones are left out
 
-/// The values that `report` does not have are missing.
+/// Values that are missing from `report` are nullopt.
 ReportIdentity identityOf(const reader::ParsedReport& report);
 
 /// One step of a run or of a diagnosis.
 struct RunStep {
   std::string_view name;
-  std::string_view type;  ///< ENTER, ERROR, …; of a diagnosis MANUAL, AUTOMATIC, …
+  std::string_view type;  ///< ENTER, ERROR, …; in a diagnosis MANUAL, AUTOMATIC, …
   std::string_view message;
   std::string_view code;
   bool failed = false;  ///< an error, or a repair without success
-  /// Since the run's start; only an execution's steps have a time.
+  /// Time since the run's start; only the steps of an execution have one.
   std::optional<std::chrono::milliseconds> offset = std::nullopt;
-  /// Of an ENTER step: the time until the step of the same name is left, else until the next step,
-  /// else until the run's end.
+  /// Only for ENTER steps: the time until the step of the same name is left, or else until the next
+  /// step, or else until the run's end.
   std::optional<std::chrono::milliseconds> duration = std::nullopt;
 };
 
@@ -40,12 +40,12 @@ struct PoolRun {
   std::vector<RunStep> steps;
 };
 
-/// Nothing for a pool of any other type. `pool` is one of `report`. Strings are views into its
-/// text.
+/// Returns nullopt for a pool of any other type. `pool` is one of `report`; the strings are views
+/// into the report's text.
 std::optional<PoolRun> readRun(const reader::ParsedReport& report, const reader::Pool& pool);
 
 /// What the store keeps of a report's text, so that it can be listed and counted without parsing
-/// the text again. Of a text that cannot be read: what comes before the error.
+/// the text again. If the text has an error, this is the content before it.
 struct ReportContent {
   ReportIdentity identity;
   std::optional<std::string> result;

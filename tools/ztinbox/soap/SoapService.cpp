@@ -11,7 +11,8 @@ namespace {
 constexpr int kBadRequest = 400;
 constexpr std::chrono::milliseconds kForever{-1};
 
-/// Announces all of an acceptance and ends the connection before the accepting part.
+/// Announces the length of an acceptance, but sends only a beginning of it without the accepting
+/// words.
 void answerTruncated(Exchange& exchange) {
   const std::string whole = reportAnswer(true);
   exchange.response.setBody(whole.substr(0, harmlessLength(whole)), kXmlType);

@@ -11,7 +11,7 @@ class SoapService {
   /// `intake` outlives the service.
   explicit SoapService(Intake& intake) : _intake(intake) {}
 
-  /// `test`: came to the test address.
+  /// `test`: the request was posted to the test address.
   void respond(Exchange& exchange, bool test);
 
  private:

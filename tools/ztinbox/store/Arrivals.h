@@ -12,20 +12,20 @@ class Arrivals {
  public:
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
-  /// The numbers may come in any order.
+  /// The order of the numbers does not matter.
   void add(std::uint64_t number);
   /// Restarts count() at 0.
   void clear();
-  /// Reports were deleted or marked.
+  /// Call it when reports were deleted or marked.
   void addChange();
 
-  /// Since the start or the last clear().
+  /// The number of new reports since the start or the last clear().
   std::uint64_t count() const;
   /// The highest number of a report.
   std::uint64_t lastNumber() const;
   std::uint64_t changes() const;
 
-  // Waiting: false if `timeout` ends first
+  // These wait; they return false after the timeout.
 
   bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const;
   /// Until there is a report with a higher number, or there are more changes.

@@ -41,7 +41,7 @@ void create(const std::string& path) {
   }
 }
 
-/// The kernel releases it when the process ends, however that happens.
+/// Locks the folder. The kernel releases the lock when the process ends, however that happens.
 FileDescriptor lock(const std::string& path) {
   const std::string file = path + "/ztinbox.lock";
   FileDescriptor opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
@@ -51,7 +51,7 @@ FileDescriptor lock(const std::string& path) {
   if (::flock(opened.number(), LOCK_EX | LOCK_NB) == 0) return opened;
   if (errno == EWOULDBLOCK) {
     throw MachineFault("the data folder " + path +
-                       " is in use by another inbox; --data names another one");
+                       " is in use by another inbox; choose another one with --data");
   }
   throw MachineFault("cannot lock " + file + ": " + std::strerror(errno));
 }
@@ -60,11 +60,11 @@ FileDescriptor lock(const std::string& path) {
 
 std::string defaultDataFolder() {
   const std::string data = variable("XDG_DATA_HOME");
-  // A relative base directory must be ignored.
+  // Relative paths must be ignored (XDG base directories).
   if (data.starts_with('/')) return std::string(withoutTrailingSlashes(data)) + "/ztinbox";
   const std::string home = variable("HOME");
   if (!home.empty()) return std::string(withoutTrailingSlashes(home)) + "/.local/share/ztinbox";
-  throw MachineFault("no home folder to keep reports in: --data names one");
+  throw MachineFault("no home folder to keep reports in; choose a folder with --data");
 }
 
 DataFolder::DataFolder(std::string_view path) : _path(withoutTrailingSlashes(path)) {

@@ -8,14 +8,14 @@
 namespace zt::inbox {
 
 /// The inbox's folder in the user's data folder (XDG base directories): $XDG_DATA_HOME/ztinbox, or
-/// ~/.local/share/ztinbox. Throws MachineFault when the user has no home folder.
+/// ~/.local/share/ztinbox. Throws MachineFault if the user has no home folder.
 std::string defaultDataFolder();
 
-/// The folder of the reports, locked by this process while the object lives.
+/// The folder of the reports. It is locked for this process as long as the object exists.
 class DataFolder {
  public:
   /// Creates the folder, readable by its owner only, and its parents. Throws MachineFault if it
-  /// cannot be created, or another inbox uses it.
+  /// cannot be created or another inbox uses it.
   explicit DataFolder(std::string_view path);
 
   const std::string& path() const { return _path; }

@@ -11,7 +11,7 @@ namespace zt::inbox {
 
 namespace {
 
-/// Nothing else writes to the file, but a person may open it with another program.
+/// The inbox alone writes to the file, but the user may open it with another program.
 constexpr int kPatienceInMilliseconds = 10'000;
 constexpr mode_t kOwnerOnly = 0600;
 
@@ -20,13 +20,13 @@ void createForOwnerOnly(const std::string& file) {
   const FileDescriptor created(::open(file.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, kOwnerOnly));
 }
 
-/// "ztin": the file is one of this program.
+/// "ztin": marks the file as a database of this program.
 constexpr std::int64_t kApplicationId = 0x7a74696e;
 constexpr std::int64_t kVersion = 1;
 
-/// A commit has reached the kernel, so that the end of this program cannot undo it, but not yet the
-/// disk: waiting for the disk would halve the rate. saveNow() waits for it, and so does SQLite
-/// itself about every eight megabytes.
+/// After a commit, the data is in the kernel, so it survives the end of this program, but it may
+/// not be on the disk: waiting for the disk would halve the rate. saveNow() waits for it, and
+/// SQLite itself does so about every eight megabytes.
 constexpr const char* kWriting = R"(
 PRAGMA page_size = 8192;
 PRAGMA journal_mode = WAL;
@@ -50,11 +50,11 @@ constexpr const char* kTables = R"(
 CREATE TABLE reports (
   number INTEGER PRIMARY KEY AUTOINCREMENT,
   received INTEGER NOT NULL,           -- milliseconds since 1970
-  test INTEGER NOT NULL,               -- 1: came to the test address
+  test INTEGER NOT NULL,               -- 1: was posted to the test address
   answer TEXT NOT NULL,                -- the word of --answer
   sender TEXT NOT NULL,                -- address and port
   size INTEGER NOT NULL,               -- bytes of the body
-  read INTEGER NOT NULL DEFAULT 0,     -- 1: a person marked it as read
+  read INTEGER NOT NULL DEFAULT 0,     -- 1: the user marked it as read
   report_id TEXT,
   machine_id TEXT,
   customer_id TEXT,
@@ -70,20 +70,20 @@ CREATE INDEX reports_by_application ON reports (application_id);
 
 CREATE TABLE bodies (
   report INTEGER PRIMARY KEY,
-  head TEXT NOT NULL,                  -- request line and headers as they came
-  body BLOB NOT NULL                   -- the bytes as they came, an LZ4 block of reports.size
+  head TEXT NOT NULL,                  -- request line and headers as received
+  body BLOB NOT NULL                   -- the body as received, an LZ4 block of reports.size bytes
 );
 
 CREATE TABLE pools (
   report INTEGER NOT NULL,
   position INTEGER NOT NULL,
   type TEXT NOT NULL,
-  first INTEGER NOT NULL,              -- 1: no pool of this type before it
+  first INTEGER NOT NULL,              -- 1: the report's first pool of this type
   PRIMARY KEY (report, position)
 ) WITHOUT ROWID;
 CREATE INDEX pools_by_type ON pools (type, report) WHERE first = 1;
 
--- Reports that came or went since the full-text index was brought up to date.
+-- Reports that were added or deleted since the full-text index was last updated.
 CREATE TABLE unsearched (report INTEGER PRIMARY KEY);
 
 CREATE TABLE steps (
@@ -110,7 +110,7 @@ void check(Database& database) {
   const std::int64_t version = database.number("PRAGMA user_version");
   if (version > kVersion) {
     throw DatabaseFault(database.file() + ": written by a newer ztinbox (version " +
-                        std::to_string(version) + " of the tables, this one knows " +
+                        std::to_string(version) + " of the tables; this program knows version " +
                         std::to_string(kVersion) + ")");
   }
   for (const char* table : {"reports", "bodies", "pools", "steps", "unsearched", "search"}) {
@@ -162,7 +162,7 @@ Statement::Statement(Database& database, std::string_view sql) : _database(datab
 }
 
 void Statement::reset() {
-  // Repeats the error of the last step, which was thrown then.
+  // This returns the error of the last step again, which has already been thrown.
   sqlite3_reset(_statement.get());
   sqlite3_clear_bindings(_statement.get());
 }
@@ -217,7 +217,7 @@ std::optional<std::int64_t> Statement::optionalInteger(int column) const {
 }
 
 void prepareForWriting(Database& database) {
-  // A file of another program must not be changed.
+  // Checked first, because a file of another program must not be changed.
   if (database.number("SELECT count(*) FROM sqlite_schema") > 0) check(database);
   database.run(kWriting);
   if (database.number("SELECT count(*) FROM sqlite_schema") == 0) createTables(database);
@@ -239,7 +239,7 @@ void shrink(Database& database) {
   try {
     database.run("VACUUM; PRAGMA wal_checkpoint(TRUNCATE);");
   } catch (const DatabaseFault&) {
-    // Later reports use the space.
+    // Later reports will use the free space.
   }
 }
 

@@ -18,24 +18,24 @@ struct sqlite3_stmt;
 
 namespace zt::inbox {
 
-/// The database file failed: it is damaged, it cannot be written, or the disk is full. The message
-/// names the file and the reason.
+/// The database cannot be used: it is damaged, it cannot be written, or the disk is full. The
+/// message names the file and the reason.
 struct DatabaseFault : MachineFault {
   using MachineFault::MachineFault;
 };
 
-/// One connection to an SQLite database file. Used by one thread at a time. Every operation throws
-/// DatabaseFault.
+/// One connection to an SQLite database file. Used by one thread at a time. Every operation can
+/// throw DatabaseFault.
 class Database {
  public:
   enum class Access { kWrite, kRead };
 
-  /// For writing, a missing file is created, readable by its owner alone.
+  /// For writing, a missing file is created, readable by its owner only.
   Database(std::string file, Access access);
 
   /// Runs statements that return no rows, separated by semicolons.
   void run(const std::string& statements);
-  /// The one number that `query` returns.
+  /// The number that `query` returns.
   std::int64_t number(std::string_view query);
 
   /// How many rows the last statement inserted, changed or deleted.
@@ -55,7 +55,7 @@ class Database {
   std::unique_ptr<sqlite3, Close> _handle;
 };
 
-/// A compiled statement of a database that outlives it.
+/// A compiled statement. The database must outlive it.
 ///
 ///     Statement insert(database, "INSERT INTO pools VALUES (?, ?)");
 ///     insert.run(number, "EXECUTION");
@@ -66,8 +66,8 @@ class Statement {
  public:
   Statement(Database& database, std::string_view sql);
 
-  /// Starts over with these values for the question marks: integers, strings (bytes, which need not
-  /// be UTF-8), optional values, nullptr. Strings are not copied: they must live until the
+  /// Restarts the statement with these values for the question marks: integers, strings (which need
+  /// not be UTF-8), optional values, nullptr. Strings are not copied: they must exist until the
   /// statement has run.
   template <class... Values>
   void bind(const Values&... values) {
@@ -103,7 +103,7 @@ class Statement {
     reset();
   }
 
-  // Columns of the row, counted from 0. Views are valid until the next call of next() or reset().
+  // Columns of the current row, counted from 0. Views are valid until next() or reset() is called.
 
   bool isNull(int column) const;
   std::int64_t integer(int column) const;
@@ -121,9 +121,9 @@ class Statement {
   std::unique_ptr<sqlite3_stmt, Finish> _statement;
 };
 
-/// Configures the connection, creates the tables of a new database and checks those of an existing
-/// one. Throws DatabaseFault: it is not a database, it is damaged, it belongs to another program,
-/// or a newer inbox wrote it.
+/// Configures the connection, and creates the tables of a new database or checks those of an
+/// existing one. Throws DatabaseFault if the file is not a database, is damaged, belongs to another
+/// program, or was written by a newer inbox.
 void prepareForWriting(Database& database);
 
 /// The same for an additional connection that only reads.
@@ -132,19 +132,19 @@ void prepareForReading(Database& database);
 /// Deletes all reports at once, which is faster than one by one.
 void deleteEverything(Database& database);
 
-/// Waits until everything committed is on the disk, where it survives a power failure too. Outside
-/// of a transaction.
+/// Waits until everything that is committed is on the disk, where it also survives a power failure.
+/// Must be called outside of a transaction.
 void saveNow(Database& database);
 
-/// Releases the file's free space, if that is possible now.
+/// Tries to release the free space of the file.
 void shrink(Database& database);
 
-/// A few connections for reading, each opened when it is first needed. Thread-safe.
+/// A pool of a few connections for reading, each opened when it is first needed. Thread-safe.
 class ConnectionPool {
  public:
   explicit ConnectionPool(std::string file) : _file(std::move(file)) {}
 
-  /// A connection for the scope.
+  /// Holds a connection of the pool for a scope.
   class Lease {
    public:
     explicit Lease(ConnectionPool& pool) : _pool(pool), _database(pool.take()) {}
@@ -160,7 +160,7 @@ class ConnectionPool {
   };
 
  private:
-  /// Waits for a free one. Throws DatabaseFault.
+  /// Waits for a free connection. Throws DatabaseFault.
   std::unique_ptr<Database> take();
   void giveBack(std::unique_ptr<Database> database);
 

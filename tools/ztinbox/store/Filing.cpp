@@ -10,13 +10,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// How long reports are gathered for a transaction, unless a thread waits for them.
+/// How long reports are collected for a transaction, unless a thread waits for them.
 constexpr milliseconds kGathering{10};
-/// Time until the next attempt.
+/// Time until the next attempt after a failure.
 constexpr milliseconds kAfterFault{1'000};
-/// The memory limit of the waiting reports; those being filed take as much again.
+/// The memory limit of the waiting reports; reports that are being filed take as much again.
 constexpr std::size_t kMostBytes = std::size_t{16} * 1024 * 1024;
-/// Larger ones are filed immediately and alone, so that a full disk is reported to their sender.
+/// Larger reports are filed immediately and alone, so that their sender learns that the disk is
+/// full.
 constexpr std::size_t kLargestGathered = std::size_t{1024} * 1024;
 
 }  // namespace
@@ -63,7 +64,7 @@ std::uint64_t Filing::fileAtOnce(IncomingReport report) {
   fileAll();
   std::vector<IncomingReport> alone;
   alone.push_back(std::move(report));
-  // No other report is kept meanwhile, so the thread has nothing to file.
+  // _order is locked, so no other report is added and the thread has nothing to file.
   const std::uint64_t number = _lastKept + 1;
   alone.front().report.number = number;
   _file(alone);
@@ -92,7 +93,7 @@ void Filing::serve() {
   while (!isEmpty() && !_fault) filePortion(lock);
 }
 
-/// False at the end.
+/// Returns false at the end.
 bool Filing::waitForReports(std::unique_lock<std::mutex>& lock) {
   _changed.wait(lock, [this] { return _ending || !isEmpty(); });
   _changed.wait_for(lock, _fault ? kAfterFault : kGathering,

@@ -14,24 +14,24 @@
 
 namespace zt::inbox {
 
-/// Keeps reports immediately and moves them to the database together: each is written to the
-/// write-ahead log, which is cheap, and milliseconds later one transaction files all that have come
-/// meanwhile. The size of the waiting reports is limited. Thread-safe.
+/// Moves reports to the database in groups. Each report is first written to the write-ahead log,
+/// which is cheap; milliseconds later, one transaction files all reports that have arrived in the
+/// meantime. The memory of the waiting reports is limited. Thread-safe.
 class Filing {
  public:
-  /// Commits reports to the database in the order of the list, all or none; throws on failure.
+  /// Commits reports to the database in the order of the list, all or none. Throws on failure.
   /// Called by one thread at a time.
   using File = std::function<void(std::vector<IncomingReport>&)>;
 
-  /// `journal` is empty and outlives it. The next number is `lastNumber` + 1.
+  /// `journal` is empty and outlives this object. The next number is `lastNumber` + 1.
   Filing(Journal& journal, std::uint64_t lastNumber, File file);
   Filing(const Filing&) = delete;
   Filing& operator=(const Filing&) = delete;
-  /// Files the waiting reports. Those that cannot be filed stay in the journal.
+  /// Files the waiting reports. Reports that cannot be filed stay in the journal.
   ~Filing();
 
-  /// Assigns the next number to the report and keeps it. Throws DatabaseFault if it cannot be kept,
-  /// and while earlier reports cannot be filed.
+  /// Assigns the next number to the report and writes it to the journal. Throws DatabaseFault if
+  /// that fails, and while earlier reports cannot be filed.
   std::uint64_t keep(IncomingReport report);
 
   /// Waits until all earlier reports are filed. Throws if they cannot be filed.
@@ -49,16 +49,16 @@ class Filing {
   Journal& _journal;
   const File _file;
   std::mutex _order;  ///< locked while a report is kept
-  std::mutex _mutex;  ///< of all members below
+  std::mutex _mutex;  ///< protects all members below
   std::condition_variable _changed;
   std::vector<IncomingReport> _kept;
   std::size_t _keptBytes = 0;
   std::vector<IncomingReport> _inFiling;  ///< used by its thread only
   std::uint64_t _lastKept;
   std::uint64_t _lastFiled;
-  std::uint64_t _awaited = 0;  ///< the last one that a thread waits for
+  std::uint64_t _awaited = 0;  ///< the last report that a thread waits for
   std::uint64_t _failures = 0;
-  std::exception_ptr _fault;  ///< of the last filing, if it failed
+  std::exception_ptr _fault;  ///< the error of the last filing, if it failed
   bool _ending = false;
   std::thread _thread;
 };

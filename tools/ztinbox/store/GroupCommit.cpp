@@ -9,7 +9,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr std::chrono::milliseconds kQuietMoment{20};
+constexpr std::chrono::milliseconds kQuietTime{20};
 constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
 
 }  // namespace
@@ -48,13 +48,14 @@ void GroupCommit::serve() {
     if (!batch.empty()) {
       commit(batch);
       _backgroundIsLeft = true;
-      _pause = kQuietMoment;
+      _pause = kQuietTime;
     }
     if (batch.empty() || Clock::now() - _lastBackground > kLongestBackgroundPause) runBackground();
   }
 }
 
-/// An empty batch: no job came for a while, and there is background work. False at the end.
+/// `batch` is empty if no job was added for a while and there is background work. Returns false at
+/// the end.
 bool GroupCommit::waitForBatch(Batch& batch) {
   const auto hasToGoOn = [this] { return _ending || !_waiting.empty(); };
   std::unique_lock lock(_mutex);
@@ -85,7 +86,7 @@ void GroupCommit::commit(Batch& batch) {
       for (const Entry& entry : batch) entry.job.work();
     });
   } catch (...) {
-    // A failing job (too large for the disk) must not fail the others.
+    // A failing job, such as one that is too large for the disk, must not make the others fail.
     for (Entry& entry : batch) commitAlone(entry);
     return;
   }

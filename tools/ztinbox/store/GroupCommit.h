@@ -12,38 +12,39 @@
 
 namespace zt::inbox {
 
-/// Runs jobs on a database in a thread of its own, one after another in their order. Jobs that come
-/// while the disk is busy share the next commit, so that many simultaneous clients do not wait for
-/// one commit each. Thread-safe.
+/// Runs jobs on a database in a separate thread, one after another, in the order in which they were
+/// added. Jobs that are added while the disk is busy share the next commit, so that simultaneous
+/// clients do not wait for one commit each. Thread-safe.
 class GroupCommit {
  public:
   struct Job {
     std::function<void()> work;       ///< inside a transaction; may run again after a failure
-    std::function<void()> committed;  ///< once it is committed, before its future is ready
+    std::function<void()> committed;  ///< after the commit, before the future is ready
   };
 
-  /// `database` outlives it and is used by its thread only, which also runs the hooks:
+  /// Functions that the thread calls.
   struct Hooks {
     std::function<void()> rolledBack;  ///< after a rollback
-    /// One portion of low-priority work, inside a transaction; false if nothing was left. It runs
-    /// when no job has come for some milliseconds, and regularly between jobs.
+    /// Does one portion of low-priority work, inside a transaction; false if nothing was left.
+    /// Called when no job has been added for some milliseconds, and regularly between jobs.
     std::function<bool()> background;
-    std::function<void()> settled;  ///< once nothing is left; outside a transaction
+    std::function<void()> settled;  ///< when no such work is left; outside a transaction
   };
+  /// `database` outlives this object; only its thread uses it.
   GroupCommit(Database& database, Hooks hooks);
   GroupCommit(const GroupCommit&) = delete;
   GroupCommit& operator=(const GroupCommit&) = delete;
   /// Finishes all jobs.
   ~GroupCommit();
 
-  /// The future is ready once the work is committed. It throws if that failed; other jobs are not
-  /// affected.
+  /// The future is ready once the work is committed. It throws if the work or the commit failed;
+  /// other jobs are not affected.
   std::future<void> add(Job job);
 
-  /// Whether it only finishes its jobs: low-priority work should not be added.
+  /// Whether only the existing jobs are being finished, so that none should be added.
   bool isEnding() const;
 
-  /// Waits for `job`.
+  /// Adds `job` and waits for it.
   void run(Job job) { add(std::move(job)).get(); }
 
  private:
@@ -64,7 +65,7 @@ class GroupCommit {
   Database& _database;
   Hooks _hooks;
   bool _backgroundIsLeft = true;
-  std::chrono::milliseconds _pause{0};  ///< before background work
+  std::chrono::milliseconds _pause{0};  ///< time to wait for jobs before background work
   std::chrono::steady_clock::time_point _lastBackground;
   mutable std::mutex _mutex;
   std::condition_variable _changed;

@@ -37,8 +37,8 @@ void set(std::string& bytes, std::size_t at, std::uint64_t number) {
   std::memcpy(bytes.data() + at, &number, kWord);
 }
 
-/// FNV-1a (draft-eastlake-fnv) by words: it detects a content that reached the disk in part, not a
-/// forged one.
+/// FNV-1a (draft-eastlake-fnv), by words. It detects content of which only a part reached the disk,
+/// not forged content.
 std::uint64_t sumOf(std::string_view bytes) {
   constexpr std::uint64_t kPrime = 0x100'0000'01b3;
   std::uint64_t sum = 0xcbf2'9ce4'8422'2325;
@@ -52,7 +52,7 @@ std::uint64_t sumOf(std::string_view bytes) {
   return sum;
 }
 
-/// Reads the parts of a content; after a missing part all others are missing too.
+/// Reads the parts of a record's content. After a missing part, all others are missing too.
 class Parts {
  public:
   explicit Parts(std::string_view bytes) : _rest(bytes) {}
@@ -99,7 +99,7 @@ std::optional<IncomingReport> readContentOf(std::string_view bytes) {
 }
 
 constexpr mode_t kOwnerOnly = 0600;
-/// A file grows by this size.
+/// Files grow in steps of this size.
 constexpr std::size_t kStep = std::size_t{1024} * 1024;
 
 [[noreturn]] void fail(const std::string& path) {
@@ -191,7 +191,7 @@ void Journal::clear() {
   for (File& file : _files) {
     file.size = 0;
     file.capacity = 0;
-    // If that fails, the numbers of the old reports show that they are stored.
+    // If this fails, the numbers of the old reports show that they are in the database.
     static_cast<void>(::ftruncate(file.descriptor.number(), 0));
   }
 }

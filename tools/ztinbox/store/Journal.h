@@ -17,27 +17,27 @@ namespace zt::inbox {
 /// Appends a record of `report` to `bytes`: number, time, sender, answer, head and packed body, but
 /// not what can be read from its text.
 ///
-/// A record is a mark, the length of its content, a checksum, and the content; numbers are 64 bits
-/// in the machine's own byte order, strings a length and their bytes.
+/// A record is a mark, the length of its content, a checksum, and the content. Numbers have 64 bits
+/// in the machine's byte order; strings are a length and their bytes.
 void appendRecord(std::string& bytes, const IncomingReport& report);
 
-/// Removes the record at the beginning of `bytes` and returns it. Nothing if they do not begin with
-/// a complete record, which happens if the program or the machine stopped while writing one.
+/// Removes the record at the beginning of `bytes` and returns it. Returns nullopt if there is no
+/// complete record, which happens if the program or the machine stopped while writing one.
 std::optional<IncomingReport> takeRecord(std::string_view& bytes);
 
-/// The write-ahead log: the reports that are kept but not in the database yet, in two alternating
-/// files of the data folder. While the reports of one are moved to the database, the other takes
-/// the next ones.
+/// The write-ahead log: the reports that are not in the database yet, in two alternating files of
+/// the data folder. While the reports of one file are moved to the database, the other receives the
+/// next ones.
 ///
-///     journal.append(report);      // survives the end of the program from now on
+///     journal.append(report);      // from now on, the report survives the end of the program
 ///     journal.turn();              // the next reports go into the other file
 ///     ...                          // the earlier reports are committed to the database
 ///     journal.forget();            // their file is reused
 ///
-/// The files are mapped into memory, so appending is copying. A reused file is overwritten; until
-/// then it may contain reports that are in the database too, which their numbers show.
+/// The files are mapped into memory, so appending is copying. A reused file may still contain
+/// reports that are in the database; their numbers show it.
 ///
-/// Used by one thread at a time, except that one may call forget() while another one appends.
+/// Used by one thread at a time, except that one thread may call forget() while another appends.
 /// Throws DatabaseFault.
 class Journal {
  public:
@@ -46,15 +46,15 @@ class Journal {
 
   explicit Journal(const std::string& folder);
 
-  /// Those with higher numbers than `number`, in their order: those that an earlier run of the
-  /// program did not move to the database.
+  /// The reports with higher numbers than `number`, in their order. These are the reports that an
+  /// earlier run of the program did not move to the database.
   std::vector<IncomingReport> after(std::uint64_t number) const;
-  /// Removes all, and releases the disk space.
+  /// Removes all reports and releases the disk space.
   void clear();
 
-  /// All of it or nothing.
+  /// Appends the whole report or nothing.
   void append(const IncomingReport& report);
-  /// After a forget() since the last one.
+  /// Between two calls, forget() must be called.
   void turn() { _current = 1 - _current; }
   void forget() { _files[1 - _current].size = 0; }
 

@@ -11,18 +11,18 @@
 
 namespace zt::inbox {
 
-/// Writes the rows of reports, with statements that are compiled once, within a transaction of the
-/// caller. Marks reports for the SearchIndexer, which updates the full-text index.
+/// Writes the rows of reports, with statements that are compiled once. The caller begins and
+/// commits the transaction. Marks reports for the SearchIndexer, which updates the full-text index.
 class ReportWriter {
  public:
   explicit ReportWriter(Database& database);
 
-  /// Uses the report's own number. Sets duplicateOf.
+  /// Inserts the report under its number. Sets duplicateOf.
   void insert(IncomingReport& incoming);
-  /// Removes all of the report; false if there is none.
+  /// Removes all rows of the report; false if there is no such report.
   bool remove(std::uint64_t number);
   std::optional<std::uint64_t> oldest();
-  /// False if there is none.
+  /// Returns false if there is no such report.
   bool setRead(std::uint64_t number, bool read);
 
  private:
@@ -39,12 +39,12 @@ class ReportWriter {
   std::vector<Statement> _deleteRest;
 };
 
-/// The columns of reports `r` for readReport(), in its order.
+/// The columns that readReport() expects; `r` is the table of reports.
 extern const char* const kReportColumns;
 
 /// The report in the current row, without its pools.
 StoredReport readReport(const Statement& row);
-/// Adds the types of their pools.
+/// Adds the types of the pools to the reports.
 void readPools(Database& database, std::vector<StoredReport>& reports);
 
 }  // namespace zt::inbox

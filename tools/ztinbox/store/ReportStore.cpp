@@ -7,7 +7,7 @@ namespace zt::inbox {
 
 namespace {
 
-/// How many are removed or marked at once: senders wait meanwhile.
+/// How many reports are removed or marked at a time; senders wait meanwhile.
 constexpr std::size_t kPortion = 200;
 constexpr std::chrono::seconds kIndexingPatience{2};
 
@@ -22,7 +22,7 @@ std::uint64_t lastNumber(Database& database) {
       database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
 }
 
-/// Files the reports that an earlier run kept but did not file. Returns the last number.
+/// Files the reports that an earlier run left in the journal. Returns the last number.
 std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
   auto reports = journal.after(lastNumber(database));
   if (!reports.empty()) {
@@ -72,7 +72,7 @@ void ReportStore::file(std::vector<IncomingReport>& reports) {
   _commits.run({insert, tell});
 }
 
-/// A connection that sees all earlier reports.
+/// A connection to a database that contains all earlier reports.
 ConnectionPool::Lease ReportStore::readAll() {
   _filing.fileAll();
   return ConnectionPool::Lease(_readers);
@@ -220,8 +220,8 @@ void ReportStore::recount() {
   _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
 }
 
-/// Removes the excess of an inbox with a higher limit in portions, so that reports can come in
-/// between.
+/// Removes the reports beyond the limit, which an earlier run with a higher limit left. Does so in
+/// portions, so that new reports can be stored in between.
 void ReportStore::trim() {
   const auto more = std::make_shared<bool>(false);
   _commits.add({[this, more] {

@@ -19,42 +19,43 @@
 
 namespace zt::inbox {
 
-/// The newest `most` reports, in an SQLite database in its own folder. An added report is in the
-/// write-ahead log before add() returns, and soon in the database: it survives the end of the
-/// program, and soon a power failure too. Reports in the database are not kept in memory.
-/// Thread-safe; every operation throws DatabaseFault if the database fails.
+/// Stores the newest `most` reports in an SQLite database, in a folder of its own. add() writes a
+/// report to the write-ahead log before it returns, so the report survives the end of the program.
+/// Soon afterwards it is in the database and also survives a power failure. Reports in the database
+/// are not kept in memory. Thread-safe; every operation can throw DatabaseFault.
 class ReportStore {
  public:
-  /// Receives the reports once they are in the database, those of a transaction together, in the
-  /// order of their numbers, from one thread. Not those of an earlier run.
+  /// Receives the reports of each transaction once they are in the database, in the order of their
+  /// numbers, from one thread; but not the reports of an earlier run.
   using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
   /// Throws MachineFault if the folder or its content cannot be used.
   ReportStore(const std::string& folder, std::size_t most, Listener listener = {});
 
-  /// Keeps `incoming` with the next number; the oldest report is removed if there are too many.
-  /// Once it returns, the report is kept, and the operations below include it.
+  /// Stores the report under the next number, and removes the oldest report if there are too many.
+  /// The operations below include the report from now on.
   void add(IncomingReport incoming);
 
-  /// At most `limit`, newest first. A filter with a text waits until earlier reports are indexed,
-  /// but under heavy load for at most two seconds: then it leaves out the rest.
+  /// At most `limit` reports, newest first. With a text in the filter, this waits until earlier
+  /// reports are indexed, but no longer than two seconds; reports that are not indexed by then are
+  /// not found.
   std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit);
-  /// At most `limit` with higher numbers than `number`, oldest first.
+  /// At most `limit` reports with higher numbers than `number`, oldest first.
   std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit);
   std::optional<StoredReport> find(std::uint64_t number);
   std::optional<ReportBytes> bytes(std::uint64_t number);
-  /// The numbers of the reports with this report ID, oldest first, at most `limit`.
+  /// The numbers of at most `limit` reports with this report ID, oldest first.
   std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
   Statistics statistics(const ReportFilter& filter);
 
-  /// False if there is none.
+  /// Returns false if there is no such report.
   bool remove(std::uint64_t number);
-  /// Returns their number. Reports that come meanwhile stay.
+  /// Returns how many were removed. Keeps reports that arrive in the meantime.
   std::size_t remove(const ReportFilter& filter);
-  /// Removes all and shrinks the file. Returns their number.
+  /// Removes all reports and shrinks the file. Returns how many were removed.
   std::size_t clear();
 
-  /// False if there is none.
+  /// Returns false if there is no such report.
   bool setRead(std::uint64_t number, bool read);
   /// Returns the number of changed reports.
   std::size_t setRead(ReportFilter filter, bool read);
@@ -75,12 +76,12 @@ class ReportStore {
   Database _writing;
   ReportWriter _writer;
   SearchIndexer _indexer;
-  std::size_t _count = 0;  ///< used by the writing thread
+  std::size_t _count = 0;  ///< used by the thread of _commits
   Journal _journal;
   Arrivals _arrivals;
   ConnectionPool _readers;
-  GroupCommit _commits;  ///< its thread uses all of the above
-  Filing _filing;        ///< last: its thread uses all of the above
+  GroupCommit _commits;  ///< its thread uses all members above
+  Filing _filing;        ///< last, because its thread uses all members above
 };
 
 }  // namespace zt::inbox

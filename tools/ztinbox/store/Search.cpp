@@ -12,10 +12,10 @@ namespace zt::inbox {
 namespace {
 
 constexpr std::string_view kBlanks = " \t\r\n";
-/// Almost every report has words with shorter beginnings.
+/// Shorter beginnings would match words of almost every report.
 constexpr std::size_t kShortestBeginning = 3;
 
-/// The index has letters and digits only.
+/// The index consists of letters and digits only.
 bool isWordCharacter(char character) {
   const auto byte = static_cast<unsigned char>(character);
   return byte >= 0x80 || (byte >= '0' && byte <= '9') || (byte >= 'A' && byte <= 'Z') ||
@@ -38,7 +38,7 @@ void addLine(std::string& text, std::string_view line) {
   if (!part.empty()) text.append(part).append("\n");
 }
 
-// A sender may have to wait for a portion: some milliseconds.
+// A sender may have to wait for one portion, which takes some milliseconds.
 constexpr std::int64_t kReportsOfPortion = 32;
 constexpr std::size_t kBytesOfPortion = std::size_t{1024} * 1024;
 

@@ -14,7 +14,7 @@ namespace zt::inbox {
 
 using Timestamp = std::chrono::system_clock::time_point;
 
-/// The sender and content of a report, as the bytes of its text, which need not be UTF-8.
+/// The sender and pool types of a report, as bytes of its text, which need not be UTF-8.
 struct ReportIdentity {
   std::optional<std::string> reportId;
   std::optional<std::string> machineId;
@@ -24,19 +24,19 @@ struct ReportIdentity {
   std::vector<std::string> pools;  ///< the pools' types, in order
 };
 
-/// Everything about one report but its bytes.
+/// Everything about one report except its bytes.
 struct StoredReport {
   std::uint64_t number = 0;  ///< counts from 1, never reused
   Timestamp received;
-  bool test = false;   ///< came to the test address
+  bool test = false;   ///< was posted to the test address
   std::string sender;  ///< address and port of the client
   Answer answer;
   std::size_t size = 0;  ///< bytes of the body
   ReportIdentity identity;
   std::optional<std::string> result;  ///< of its run: succeeded, failed or cancelled
   std::optional<std::chrono::milliseconds> duration;  ///< of its run
-  std::optional<std::uint64_t> duplicateOf;  ///< the first kept report with the same report ID
-  bool read = false;                         ///< a person marked it as read
+  std::optional<std::uint64_t> duplicateOf;  ///< the first stored report with the same report ID
+  bool read = false;                         ///< the user marked it as read
 };
 
 /// The bytes as they were received.
@@ -55,18 +55,18 @@ struct StepDuration {
 struct IncomingReport {
   StoredReport report;  ///< the store sets its number, duplicateOf and read
   std::string head;
-  std::string packedBody;  ///< of report.size bytes
+  std::string packedBody;  ///< packed() of report.size bytes
   std::vector<StepDuration> steps;
 
-  /// Sets what the list and the charts show of the report's text `body`.
+  /// Sets the members that come from the report's text, `body`.
   void read(std::string_view body);
 
-  /// Approximately how much memory it takes.
+  /// The approximate memory that this object takes, in bytes.
   std::size_t memory() const;
 };
 
-/// `text` in the LZ4 block format. Reports are repetitive: packed, they have about a tenth of the
-/// size, which makes writing them to the disk fast.
+/// Compresses `text` in the LZ4 block format. Reports are repetitive: this reduces them to about a
+/// tenth, which makes writing them to the disk fast.
 std::string packed(std::string_view text);
 
 /// Restores the `size` bytes that packed() was called with. Throws DatabaseFault if `bytes` are

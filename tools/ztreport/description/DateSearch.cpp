@@ -17,13 +17,13 @@ using std::chrono::hours;
 using std::chrono::milliseconds;
 using std::chrono::minutes;
 
-ZtString textOf(milliseconds moment) {
-  return ZtPortalDef::stringFromDate(ZtDate::fromMilliseconds(std::int64_t{moment.count()}));
+ZtString textOf(milliseconds time) {
+  return ZtPortalDef::stringFromDate(ZtDate::fromMilliseconds(std::int64_t{time.count()}));
 }
 
-bool isTextOf(std::string_view text, milliseconds moment) { return textOf(moment) == text; }
+bool isTextOf(std::string_view text, milliseconds time) { return textOf(time) == text; }
 
-/// The digits of one number of a date. -1 when they are none.
+/// The number with these digits; -1 if they are not digits.
 int numberOf(std::string_view digits) {
   int number = 0;
   for (const char digit : digits) {
@@ -33,13 +33,13 @@ int numberOf(std::string_view digits) {
   return number;
 }
 
-/// What a clock shows that the text starts with, "2026-11-21T13:00:00.000", as if it went by
-/// Greenwich and by the Gregorian calendar throughout. (Other calendars have days that this one
-/// does not; those count on into the next month.)
+/// The local time at the start of `text`, "2026-11-21T13:00:00.000", as if it were in UTC and in
+/// the Gregorian calendar. (Days of other calendars that this one does not have continue into the
+/// next month.)
 std::optional<milliseconds> localTimeOf(std::string_view text) {
   constexpr std::string_view kForm = "-00-00T00:00:00.000";
   const std::size_t yearSize = text.find('-');
-  if (yearSize < 4 || yearSize > 5) return std::nullopt;  // 10000 is as far as zones can lead
+  if (yearSize < 4 || yearSize > 5) return std::nullopt;  // an offset can lead to the year 10000
   const std::string_view rest = text.substr(yearSize, kForm.size());
   if (rest.size() != kForm.size()) return std::nullopt;
   for (std::size_t i = 0; i < kForm.size(); ++i) {
@@ -60,7 +60,7 @@ std::optional<milliseconds> localTimeOf(std::string_view text) {
          std::chrono::seconds(second) + milliseconds(fraction);
 }
 
-/// The year of a date's text, in whatever digits. It has four at least, and perhaps a sign.
+/// The year of a date's text, in the digits of any script: at least four, perhaps with a sign.
 std::string_view yearOf(std::string_view text) {
   constexpr std::size_t kShortest = 4;
   return text.substr(0, text.find('-', kShortest));
@@ -72,7 +72,7 @@ bool isNegative(std::string_view year) {
   return !year.empty() && (year.front() == '-' || year.front() == '\xe2' || year.front() == '\xd8');
 }
 
-/// Whether one text of a date comes before the other, in a calendar that counts on.
+/// Whether one date's text is before the other, in a calendar whose years increase.
 bool isBefore(std::string_view text, std::string_view other) {
   const std::string_view year = yearOf(text);
   const std::string_view otherYear = yearOf(other);
@@ -90,8 +90,8 @@ constexpr milliseconds startOf(int year, unsigned month, unsigned day) {
       .time_since_epoch();
 }
 
-/// A stretch of time in which the years of dates count on. All together are the moments that a
-/// description can have.
+/// A range of time in which the years of dates increase. Together, the ranges have all points in
+/// time that a description can express.
 struct Stretch {
   milliseconds begin;
   milliseconds end;
@@ -99,14 +99,14 @@ struct Stretch {
 constexpr std::array<Stretch, 3> kStretches{{
     {startOf(622, 8, 1), startOf(10000, 1, 2)},  // every calendar in use has begun
     {startOf(0, 12, 28), startOf(622, 8, 1)},    // the year 1 begins on 0000-12-30
-    {startOf(-1, 12, 31), startOf(0, 12, 31)},   // the year 1 before it, written as 0001 as well
+    {startOf(-1, 12, 31), startOf(0, 12, 31)},  // the year before it, which is also written as 0001
 }};
 
-/// By how much a clock is set back.
+/// Amounts by which clocks are set back.
 constexpr std::array<minutes, 8> kSetBack{{minutes(60), minutes(30), minutes(120), minutes(20),
                                            minutes(40), minutes(90), minutes(180), hours(24)}};
 
-/// Narrows a stretch down to where the text of a date would have to be.
+/// Searches the range by halves for the date that is written as `text`.
 std::optional<milliseconds> findWithin(Stretch stretch, std::string_view text) {
   auto [begin, end] = stretch;
   while (begin < end) {
@@ -119,8 +119,8 @@ std::optional<milliseconds> findWithin(Stretch stretch, std::string_view text) {
       end = middle;
     }
   }
-  // An hour that comes twice differs in the zone's name alone, and the search may have gone to the
-  // other one.
+  // When clocks are set back, an hour occurs twice with different zone names, and the search may
+  // have found the other one.
   for (const milliseconds near : {begin, begin - milliseconds(1)}) {
     for (const minutes setBack : kSetBack) {
       if (isTextOf(text, near - setBack)) return near - setBack;
@@ -132,21 +132,21 @@ std::optional<milliseconds> findWithin(Stretch stretch, std::string_view text) {
 
 }  // namespace
 
-std::optional<std::string> DateSearch::momentOf(std::string_view text) {
+std::optional<std::string> DateSearch::timestampOf(std::string_view text) {
   const std::optional<milliseconds> local = localTimeOf(text);
-  std::optional<milliseconds> moment;
-  if (local) moment = findByOffset(text, *local);
-  if (moment) {
-    _offset = *local - *moment;
+  std::optional<milliseconds> time;
+  if (local) time = findByOffset(text, *local);
+  if (time) {
+    _offset = *local - *time;
   } else {
-    moment = findByHalves(text);
+    time = findByHalves(text);
   }
-  if (!moment) return std::nullopt;
-  _last = *moment;
+  if (!time) return std::nullopt;
+  _last = *time;
 
-  const ZtDate date = ZtDate::fromMilliseconds(std::int64_t{moment->count()});
-  const minutes offset = std::chrono::duration_cast<minutes>(local ? *local - *moment : minutes(0));
-  std::string written = formatRfc3339(*moment, offset);
+  const ZtDate date = ZtDate::fromMilliseconds(std::int64_t{time->count()});
+  const minutes offset = std::chrono::duration_cast<minutes>(local ? *local - *time : minutes(0));
+  std::string written = formatRfc3339(*time, offset);
   if (dateOf(written) != date) return std::nullopt;
   return written;
 }
@@ -154,7 +154,7 @@ std::optional<std::string> DateSearch::momentOf(std::string_view text) {
 std::optional<milliseconds> DateSearch::findByOffset(std::string_view text, milliseconds local) {
   if (isTextOf(text, local - _offset)) return local - _offset;
 
-  // Goes to where clocks show that time, which may be far off in another calendar.
+  // Approaches the time at which clocks show `local`, which is far off in another calendar.
   constexpr int kSteps = 4;
   milliseconds near = local;
   for (int i = 0; i < kSteps; ++i) {

@@ -56,7 +56,7 @@ std::string writtenReal(float number) {
   return {text.data(), end.ptr};
 }
 
-/// The number that is the whole of a text.
+/// Parses `text`, which must be a number and nothing else.
 template <class Number>
 std::optional<Number> numberOf(std::string_view text) {
   Number number{};
@@ -65,13 +65,13 @@ std::optional<Number> numberOf(std::string_view text) {
   return number;
 }
 
-/// Turns the values of a report into those of a description that are written as the same text
-/// again. Throws `Undescribable` for a value that has none.
+/// Turns the values of a report into those of a description, which are written as the same text
+/// again. Throws `Undescribable` for a value that a description cannot express.
 class ValueDescriber {
  public:
   explicit ValueDescriber(const reader::ParsedReport& report) : _report(&report) {}
 
-  /// A string, null for "(null)": a missing string and that string are written alike.
+  /// A string, or null for "(null)": a missing string and that string look the same in a report.
   Json text(std::string_view value) const {
     if (value == kNull) return nullptr;
     for (std::string_view rest = value; !rest.empty();) {
@@ -84,9 +84,9 @@ class ValueDescriber {
 
   Json date(std::string_view value) {
     if (value == kNull) return nullptr;
-    std::optional<std::string> moment = _dates.momentOf(value);
-    if (!moment) fail(value, "a date as this time zone and language write it");
-    return *std::move(moment);
+    std::optional<std::string> timestamp = _dates.timestampOf(value);
+    if (!timestamp) fail(value, "a date as this time zone and language write it");
+    return *std::move(timestamp);
   }
 
   Json integer(std::string_view value) const {
@@ -99,7 +99,7 @@ class ValueDescriber {
     const auto number = numberOf<double>(value);
     if (!number || !std::isfinite(static_cast<float>(*number)) ||
         writtenReal(static_cast<float>(*number)) != value) {
-      fail(value, "a 32-bit float with two digits behind the point");
+      fail(value, "a 32-bit float with two digits after the point");
     }
     return *number;
   }
@@ -110,7 +110,7 @@ class ValueDescriber {
     fail(value, "TRUE or FALSE");
   }
 
-  /// The name; for the empty text one of the numbers without a name.
+  /// The name, or for the empty text a number without a name.
   Json enumerator(std::string_view value, const Enumeration& enumeration) const {
     if (value.empty()) return enumeration.unnamed;
     for (std::uint64_t number = 0; number < enumeration.count; ++number) {
@@ -191,10 +191,10 @@ Json describedAsGeneric(const reader::ParsedReport& report, const Pool& pool,
 
 // Typed pools.
 
-/// Takes the fields of a typed pool or of a record in the order of their table.
+/// Reads the fields of a typed pool or of a record in the order of their table.
 class TableReader {
  public:
-  /// `place` is the part of the report to name where a field is missing at the end.
+  /// `place` is the part of the report that an error names if a field is missing at the end.
   TableReader(const FieldRange& fields, std::string_view place, ValueDescriber& values)
       : _next(fields.begin()), _end(fields.end()), _place(place), _values(&values) {}
 
@@ -240,7 +240,7 @@ class TableReader {
     }
   }
 
-  /// An array of records, absent where there is no record.
+  /// Reads a list of records, which is absent if there is no record.
   template <class Record>
   void takeRecords(std::string_view key, std::string_view name, Json& described) {
     if (atEnd() || _next->type != FieldType::Records || _next->name != name) return;
@@ -260,7 +260,7 @@ class TableReader {
 
   bool atEnd() const { return _next == _end; }
 
-  /// The value of the next field, which must have this type and name.
+  /// Reads the value of the next field, which must have this type and name.
   std::string_view take(FieldType type, std::string_view name) {
     if (atEnd() || _next->type != type || _next->name != name) {
       _values->fail(atEnd() ? _place : _next->name, "the field " + std::string(name));
@@ -288,7 +288,7 @@ Json describedAs(const reader::ParsedReport& report, const Pool& pool, ValueDesc
 
 using Describe = Json (*)(const reader::ParsedReport&, const Pool&, ValueDescriber&);
 
-/// How pools of this type are described; null for a type that only generic pools have.
+/// The function that describes pools of this type; null for a type without a typed pool.
 Describe typedDescriber(std::string_view type) {
   Describe describe = nullptr;
   eachPoolClass([&]<class TypedPool> {
@@ -299,7 +299,8 @@ Describe typedDescriber(std::string_view type) {
   return describe;
 }
 
-/// A pool of the kind that its type names if it has exactly that kind's fields, else a generic one.
+/// Describes a pool as the typed pool of its type if it has exactly the fields of that, or else as
+/// a generic one.
 Json describedPool(const reader::ParsedReport& report, const Pool& pool, ValueDescriber& values) {
   const Describe describeTyped = typedDescriber(pool.type);
   if (describeTyped == nullptr) return describedAsGeneric(report, pool, values);
@@ -309,7 +310,7 @@ Json describedPool(const reader::ParsedReport& report, const Pool& pool, ValueDe
     try {
       return describedAsGeneric(report, pool, values);
     } catch (const Undescribable& asGeneric) {
-      // The attempt that got further was more likely the right one.
+      // The attempt that read more of the pool is more likely the right one.
       throw asTyped.offset() < asGeneric.offset() ? asGeneric : asTyped;
     }
   }

@@ -6,12 +6,12 @@
 namespace zt::tools {
 
 /// The description (see `Description`) of a report. Rendered in the time zone and language in which
-/// the report was written, it is the same text again except for the IDs of report and machine,
-/// which a description does not have. Throws `reader::ReadError` with the place of the first thing
-/// that no description can express.
+/// the report was written, it is the same text again, except for the IDs of report and machine,
+/// which a description does not have. Throws `reader::ReadError` with the position of the first
+/// part that a description cannot express.
 ///
-/// Values that reports do not carry are absent: the configuration, and the values of some pools
-/// that are for the host alone. "(null)" becomes null.
+/// Values that are not in reports are absent: the configuration, and the values of some pools that
+/// are for the host's own use. "(null)" becomes null.
 Json describedReport(const reader::ParsedReport& report);
 
 }  // namespace zt::tools

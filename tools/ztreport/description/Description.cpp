@@ -22,7 +22,7 @@ Description::Description(const std::string& text) : _json(parseJson(text)) {
     return true;
   });
   make(nullptr, false,
-       MachineCheck::Skipped);  // shows the faults of the pools before anything is asked
+       MachineCheck::Skipped);  // finds errors in the pools before a server is contacted
 }
 
 std::shared_ptr<ZtPortalData> Description::make(const ZtString& configurationUrl,

@@ -15,15 +15,15 @@ namespace zt::tools {
 ///      "pools": [{"kind": "generic", "poolType": "CUSTOM", "fields": [
 ///        {"name": "COUNT", "type": "integer", "value": 7}]}]}
 ///
-/// An absent key leaves what the library sets; null makes a text or a date missing.
+/// An absent key keeps the library's default; null makes a string or a date missing.
 class Description {
  public:
-  /// Reads `text` whole. Raises `JsonError` with the place of the first fault.
+  /// Reads all of `text`. Throws `JsonError` with the position of the first error.
   explicit Description(const std::string& text);
 
-  /// A document that knows no server: for its text, and for the store.
+  /// Creates a document without a server, to render or save it.
   std::shared_ptr<ZtPortalData> makeOffline() const;
-  /// A document that has asked its server already. `configurationUrl` must be there.
+  /// Creates a document that has contacted its server. `configurationUrl` must not be empty.
   std::shared_ptr<ZtPortalData> makeOnline(const ZtString& configurationUrl) const;
 
   const ZtString& configurationUrl() const { return _configurationUrl; }

@@ -13,8 +13,8 @@
 
 namespace zt::tools {
 
-/// Reads the timestamp of a description: RFC 3339 with "T" and "Z" in capitals, at most nine digits
-/// of a fraction (cut off after the third) and no leap seconds. Nothing for any other text.
+/// Reads the timestamp of a description: RFC 3339 with "T" and "Z" in capitals, a fraction of at
+/// most nine digits (cut off after the third) and no leap seconds. Nullopt for any other text.
 std::optional<ZtDate> dateOf(std::string_view text);
 
 /// A value of a description and its JSON pointer. Reads the value as a type of the library; throws
@@ -32,20 +32,20 @@ class JsonValue {
   ZtDate date() const;
   std::int32_t integer() const;
   std::int64_t longInteger() const;
-  /// Any number within a 32-bit float; one too small for it becomes zero.
+  /// Any number within the range of a 32-bit float; one too close to zero becomes zero.
   float real() const;
   bool boolean() const;
-  /// true, false, or a number from -128 to 255, which is the byte.
+  /// true, false, or the byte as a number from -128 to 255.
   ZtBOOL booleanByte() const;
   /// A number without a sign, or the name that `nameOf` returns for a number below `count`.
   std::uint64_t enumeration(const std::function<ZtString(std::uint64_t)>& nameOf,
                             std::uint64_t count) const;
   std::vector<JsonValue> list() const;
 
-  /// Calls `read` for every member of an object, in the order of the names. `read` returns whether
-  /// it knows the name; an unknown name is an error.
+  /// Calls `read` for every member of an object, in the order of their names. `read` returns
+  /// whether it knows the name; an unknown name is an error.
   void eachMember(const std::function<bool(const std::string&, const JsonValue&)>& read) const;
-  /// The member `name` of an object, null pointer when it is absent.
+  /// The member `name` of an object; a null pointer if it is absent.
   const Json* member(const std::string& name) const;
   JsonValue child(const std::string& name, const Json& value) const;
 

@@ -16,7 +16,7 @@ namespace zt::tools {
 
 namespace {
 
-/// The value of a member that decides how all others are read; `known` lists the possible values.
+/// The value of the member that decides how all others are read; `known` lists the possible values.
 std::string discriminator(const JsonValue& object, const std::string& name,
                           const std::string& known) {
   const Json* value = object.member(name);
@@ -152,7 +152,7 @@ bool readByKey(Object& object, const std::string& key, const JsonValue& value) {
   return known;
 }
 
-/// How a document adds the pools that a time stamp is enough for.
+/// How a document adds the pools that need only a timestamp.
 constexpr std::tuple kAdders{&ZtPortalData::addPoolExecution, &ZtPortalData::addPoolDeinstallation,
                              &ZtPortalData::addPoolInitialization, &ZtPortalData::addPoolDiagnose,
                              &ZtPortalData::addPoolConnectionManager};

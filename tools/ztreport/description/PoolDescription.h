@@ -5,7 +5,7 @@
 
 namespace zt::tools {
 
-/// Whether a description may let the library examine the machine, which starts a subprocess.
+/// Whether a description may let the library examine the machine, which starts subprocesses.
 enum class MachineCheck { Allowed, Skipped };
 
 /// Adds the pool that `object` describes to a document. Throws `JsonError` at the first error.

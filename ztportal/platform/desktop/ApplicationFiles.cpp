@@ -42,7 +42,7 @@ Words withoutEnv(const Words& command) {
   return {word, command.end()};
 }
 
-/// flatpak-run(1): the application is the first word after "run" that is no option.
+/// flatpak-run(1): the application is the first word after "run" that is not an option.
 ApplicationFiles filesOfFlatpak(const Words& command, const std::string& root) {
   constexpr std::string_view kCommandOption = "--command=";
   std::string name;

@@ -5,15 +5,15 @@
 
 namespace zt {
 
-/// Where the files of an installed application may be, most likely place first.
+/// Where the files of an installed application may be, in order of likelihood.
 struct ApplicationFiles {
   std::vector<std::string> programFolders;  // of the program itself and its libraries
   std::vector<std::string> dataFolders;     // shared data that only this application has
-  std::string snapInfo;                     // the description of the Snap; empty for all else
+  std::string snapInfo;  // the description of a Snap; empty for other applications
 };
 
-/// The places for the application that `command` starts. Nothing is started: a script is assumed to
-/// start a program in the library folder of its name.
+/// The files of the application that `command` starts. No program is run; a script is assumed to
+/// start a program in the library folder with its name.
 ///
 ///     /usr/lib/firefox-esr/firefox-esr      /usr/lib/firefox-esr
 ///     thunderbird (/usr/bin/thunderbird)    /usr/bin, /usr/lib/thunderbird,

@@ -19,7 +19,7 @@ struct DesktopApplication {
 
 class DesktopAnswers;
 
-/// The applications that GIO knows: which desktop entries are usable, their names in the user's
+/// Asks GIO about applications: which desktop entries are usable, their names in the user's
 /// language, the user's default applications. GIO starts threads, so it runs in the program
 /// `ztportal-applications`, once for each question unless `asking` has asked it before. Without
 /// that program there is no answer.
@@ -35,7 +35,7 @@ class DesktopApplications {
   explicit DesktopApplications(std::string libexec);
 
   /// The application of the first usable entry of `files`. An entry without a program is skipped; a
-  /// hidden one ends the list, since it overrides the next ones.
+  /// hidden one ends the list, because it overrides the next ones.
   std::optional<DesktopApplication> firstOf(const std::vector<std::string>& files);
 
   /// The user's default application for URLs of a scheme ("http").
@@ -55,7 +55,7 @@ class DesktopApplications {
 
   std::string _program;
   LinuxSubprocesses _subprocesses;
-  std::shared_ptr<DesktopAnswers> _answers;  // null: each question is asked when needed
+  std::shared_ptr<DesktopAnswers> _answers;  // null if questions are asked when needed
 };
 
 }  // namespace zt

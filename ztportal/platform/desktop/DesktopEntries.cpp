@@ -65,7 +65,7 @@ std::string joined(std::string_view start, std::string_view end) {
   return path;
 }
 
-/// Adds an absolute path. Relative ones in the variables are invalid by definition.
+/// Adds an absolute path. Relative paths in the variables are invalid (XDG base directories).
 void addFolder(std::vector<std::string>& folders, std::string_view folder) {
   folder = withoutTrailingSlashes(folder);
   if (!folder.starts_with('/')) return;

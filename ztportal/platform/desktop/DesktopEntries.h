@@ -6,9 +6,9 @@
 
 namespace zt {
 
-/// The desktop IDs that an application with a bundle identifier may have, as a distribution
-/// package, from its vendor, as Flatpak and as Snap, in order of precedence. Any other identifier
-/// is that of the entry of its own name:
+/// The desktop IDs that an application with a bundle identifier may have, in order of precedence:
+/// as a distribution's package, from its vendor, as Flatpak and as Snap. An identifier that is not
+/// in the table has the desktop ID of the same name:
 ///
 ///     desktopIdsOf("org.mozilla.firefox")    "firefox.desktop", "firefox-esr.desktop", ...
 ///     desktopIdsOf("chromium")               "chromium.desktop"
@@ -25,13 +25,13 @@ std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier);
 std::string bundleIdentifierOf(std::string_view desktopId);
 
 /// The folders with the shared data of applications: `$XDG_DATA_HOME` and `$XDG_DATA_DIRS` or their
-/// defaults (XDG base directories), then those that Flatpak and Snap export to, which are missing
-/// in the environment of a session that started before their installation. `root` is the root
-/// folder of the system's files; it does not apply to the variables.
+/// defaults (XDG base directories), then those to which Flatpak and Snap export. The latter are
+/// missing from the environment of a session that started before Flatpak or Snap was installed.
+/// `root` is the root folder of the system's files; it does not apply to the variables.
 std::vector<std::string> dataFolders(const std::string& root);
 
-/// The files of a desktop ID in `dataFolders`, in order of precedence. As a dash in the ID may mean
-/// a slash, "kde4-mail.desktop" is `applications/kde4-mail.desktop` or
+/// The files of a desktop ID in `dataFolders`, in order of precedence. A dash in the ID may stand
+/// for a slash, so "kde4-mail.desktop" is `applications/kde4-mail.desktop` or
 /// `applications/kde4/mail.desktop`.
 std::vector<std::string> desktopEntryFiles(const std::vector<std::string>& dataFolders,
                                            std::string_view desktopId);

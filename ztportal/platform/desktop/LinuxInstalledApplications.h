@@ -9,13 +9,13 @@
 
 namespace zt {
 
-/// Applications on Linux: bundles, and what the desktop knows by desktop entries.
+/// Applications on Linux: bundles, and applications with desktop entries.
 ///
 /// A bundle is looked up by its "CFBundleIdentifier" among the folders in `~/Applications`,
 /// `/Applications` and `/opt`, in this order. Otherwise an application is looked up by its desktop
 /// entry (as defined by freedesktop.org) under the names of `desktopIdsOf`, and the path is that of
-/// the entry's file. An entry that is hidden, or whose program is missing, is no application; one
-/// that is only left out of menus is.
+/// the entry's file. An entry that is hidden, or whose program is missing, is not an application;
+/// one that is only left out of menus is.
 ///
 /// The default application is that of GIO, which honours `mimeapps.list`. If the program of its
 /// entry is in a bundle, the path is the bundle's.

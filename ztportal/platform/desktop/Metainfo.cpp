@@ -68,7 +68,7 @@ std::optional<std::int64_t> startOfDay(std::string_view date) {
   date.remove_prefix(1);
   const auto day = takeNumber(date);
   if (!day) return std::nullopt;
-  // The types of a date below truncate any number.
+  // The date types below would truncate larger numbers.
   const bool isDate =
       *year >= 0 && *year <= 9999 && *month >= 1 && *month <= 12 && *day >= 1 && *day <= 31;
   if (!isDate) return std::nullopt;

@@ -11,7 +11,7 @@
 
 namespace zt::test {
 
-/// Answers by a function of the test and records the requests. Without a function every request
+/// Responds with a function of the test and records the requests. Without a function every request
 /// fails.
 class FakeHttpTransport final : public HttpTransport {
  public:

@@ -13,7 +13,7 @@ struct HttpHeader {
   std::string_view value;
 };
 
-/// Views only; the strings must live until the exchange is over.
+/// Consists of views: the strings must exist until the exchange is over.
 struct HttpRequest {
   std::string_view url;     ///< absolute, http or https
   std::string_view method;  ///< "GET" or "POST"
@@ -24,7 +24,7 @@ struct HttpRequest {
 
 struct HttpResponse {
   int status = 0;    ///< 0: no complete response arrived
-  std::string body;  ///< the bytes as they came; empty with status 0
+  std::string body;  ///< the bytes as received; empty with status 0
 };
 
 /// An HTTP client: one request, one complete response, on the caller's thread.

@@ -10,7 +10,7 @@
 
 namespace zt::test {
 
-/// Answers from a table; other selectors fail.
+/// Returns the numbers of a table; other selectors fail.
 class FakeGestalt final : public Gestalt {
  public:
   std::optional<std::int32_t> ask(std::uint32_t selector) override {

@@ -22,7 +22,7 @@ class Gestalt {
  public:
   virtual ~Gestalt() = default;
 
-  /// The number for `selector`; nothing if it is unknown.
+  /// The number for `selector`; nullopt if it is unknown.
   virtual std::optional<std::int32_t> ask(std::uint32_t selector) = 0;
 };
 

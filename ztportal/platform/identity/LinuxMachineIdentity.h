@@ -7,12 +7,13 @@
 
 namespace zt {
 
-/// An ID derived from the machine's own (machine-id(5)), which must stay private: systemd hashes it
-/// with this library's application ID, so that it matches no other application's ID and cannot be
-/// traced back. Missing on a machine without an initialized ID.
+/// An ID that is derived from the machine ID (machine-id(5)), which must stay private: systemd
+/// hashes it with this library's application ID, so that the result differs from that of other
+/// applications and does not reveal the machine ID. Missing on a machine whose ID is not
+/// initialised.
 class LinuxMachineIdentity final : public MachineIdentity {
  public:
-  /// Chosen at random. A change makes every machine a new one for the receivers.
+  /// Random. If it changes, every machine is a new one for the receivers of reports.
   static constexpr const char* kApplicationId = "9ec2c3fe78ec432995cd460970e9a439";
 
   ZtString platformUUID() override;

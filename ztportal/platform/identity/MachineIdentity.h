@@ -4,7 +4,7 @@
 
 namespace zt {
 
-/// What identifies this machine.
+/// The identity of this machine.
 class MachineIdentity {
  public:
   virtual ~MachineIdentity() = default;
@@ -13,7 +13,7 @@ class MachineIdentity {
   virtual ZtString platformUUID() = 0;
 };
 
-/// A fresh random UUID (RFC 4122, version 4) from the kernel's random source, in upper case:
+/// A new random UUID (RFC 4122, version 4) from the kernel's random source, in upper case:
 /// "0F1D6A52-93E5-4E0B-8D57-5A2C7D3B9E11". Missing if the kernel returns no random bytes.
 ZtString randomUuid();
 

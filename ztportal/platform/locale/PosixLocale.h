@@ -13,7 +13,7 @@ namespace zt {
 std::string_view userLocaleName(const char* category);
 
 /// Whether the POSIX locale name `name` has no language: "C" and "POSIX", with or without a
-/// codeset, and every string that is no locale name. The C library treats those as "C", too.
+/// codeset, and every string that is not a locale name. The C library also treats those as "C".
 bool isPosixLocale(std::string_view name);
 
 /// A POSIX locale name, language[_territory][.codeset][@modifier], in parts.

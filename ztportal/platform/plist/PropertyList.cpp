@@ -25,12 +25,12 @@ constexpr std::size_t kMostContainers = 1000;
 constexpr std::uint64_t kFactor = 10;
 constexpr std::uint64_t kAlwaysAllowed = 1'000'000;
 
-/// The objects of a binary property list: a table of offsets that the trailer refers to.
+/// The objects of a binary property list, which has a table of their offsets and a trailer.
 class Objects {
  public:
   explicit Objects(std::string_view data) : _data(data) {}
 
-  /// Reads the trailer; false when the table does not fit.
+  /// Reads the trailer; false if the table does not fit into the data.
   bool open() {
     if (_data.size() < kMagic.size() + kTrailerSize) return false;
     const std::size_t trailer = _data.size() - kTrailerSize;
@@ -56,7 +56,7 @@ class Objects {
 
   bool isDictionary(std::uint64_t object) const { return kindOf(object) == kDictionary; }
 
-  /// The bytes of a string or of data, and one for any object.
+  /// One, plus the number of bytes of a string or of data.
   std::uint64_t weight(std::uint64_t object) const {
     const unsigned kind = kindOf(object);
     if (kind != kData && kind != kAscii && kind != kUtf16) return 1;
@@ -77,8 +77,8 @@ class Objects {
     return content.has_value();
   }
 
-  /// The objects in the container `object`, a dictionary's keys before its values; nothing if they
-  /// do not fit.
+  /// The objects in the container `object`, a dictionary's keys before its values; nullopt if they
+  /// do not fit into the data.
   std::optional<std::vector<std::uint64_t>> references(std::uint64_t object) const {
     const std::optional<Content> content = contentOf(object);
     if (!content) return std::nullopt;
@@ -94,7 +94,7 @@ class Objects {
   }
 
  private:
-  // Kinds of objects; between the last two there are sets.
+  // Kinds of objects. The number between the last two means a set.
   static constexpr unsigned kData = 0x4;
   static constexpr unsigned kAscii = 0x5;
   static constexpr unsigned kUtf16 = 0x6;
@@ -109,7 +109,7 @@ class Objects {
     std::size_t position;
   };
 
-  /// Nothing if it does not fit or there is no such object.
+  /// Nullopt if it does not fit into the data or there is no such object.
   std::optional<Content> contentOf(std::uint64_t object) const {
     const std::optional<std::size_t> start = positionOf(object);
     if (!start) return std::nullopt;
@@ -127,7 +127,7 @@ class Objects {
     return content;
   }
 
-  /// 0, which is none of the above, if there is no such object.
+  /// The kind of the object; 0, which is not a kind, if there is no such object.
   unsigned kindOf(std::uint64_t object) const {
     const std::optional<std::size_t> position = positionOf(object);
     return position ? byte(*position) >> 4U : 0;
@@ -170,11 +170,11 @@ ZtString stringOf(plist_t value) {
   return isUtf8(view) ? ZtString(view) : nullptr;
 }
 
-/// Whether a reader that copies each object to every place where it is referenced terminates on the
-/// binary property list `data`: there are at most 1000 arrays, sets and dictionaries, each is
-/// referenced once, and the copies of its strings and data come to at most 1 MB or ten times its
-/// length, whichever is more. Twenty arrays that each hold the next one twice are a million copies,
-/// and long chains are read recursively. Writers share strings and numbers, never containers.
+/// Whether the binary property list `data` is safe for a reader that copies each object for every
+/// reference to it: there are at most 1000 arrays, sets and dictionaries, each is referenced once,
+/// and the copies of strings and data take at most 1 MB or ten times the length of `data`,
+/// whichever is more. Twenty arrays that each contain the next one twice are a million copies, and
+/// long chains are read recursively. Writers share strings and numbers, but never containers.
 bool copiesWithinMeasure(std::string_view data) {
   Objects objects(data);
   if (!objects.open()) return false;
@@ -187,7 +187,7 @@ bool copiesWithinMeasure(std::string_view data) {
     if (!objects.isContainer(object)) continue;
     const auto held = objects.references(object);
     if (!held || ++containers > kMostContainers) return false;
-    // Containers that overlap can hold more references than there are bytes.
+    // Overlapping containers can have more references than there are bytes.
     references += held->size();
     if (references > data.size()) return false;
     for (const std::uint64_t reference : *held) {
@@ -202,7 +202,7 @@ bool copiesWithinMeasure(std::string_view data) {
 }
 
 /// Whether the keys of all dictionaries in such a list are strings without NUL characters. libplist
-/// ends the process over a UTF-16 key with one, and cuts off others there.
+/// ends the process for a UTF-16 key with a NUL character, and cuts off other keys there.
 bool keysArePlainTexts(std::string_view data) {
   Objects objects(data);
   if (!objects.open()) return false;

@@ -13,7 +13,7 @@ namespace zt {
 /// missing.
 using PropertyListStrings = std::map<std::string, ZtString>;
 
-/// Reads a property list, XML or binary. Nothing if `data` is neither or its top level is not a
+/// Parses a property list, XML or binary. Nullopt if `data` is neither or its top level is not a
 /// dictionary.
 std::optional<PropertyListStrings> parsePropertyList(std::string_view data);
 

@@ -11,9 +11,9 @@ namespace zt {
 inline constexpr std::chrono::year kFirstCivilYear{1};
 inline constexpr std::chrono::year kLastCivilYear{9999};
 
-/// Writes milliseconds since 1970-01-01T00:00:00.000 by the Gregorian calendar, always in 23
-/// characters: "2026-11-21T13:00:00.000". Keeps the characters of the day, since the next timestamp
-/// is nearly always of the same day.
+/// Writes milliseconds since 1970-01-01T00:00:00.000 in the Gregorian calendar, always with 23
+/// characters: "2026-11-21T13:00:00.000". Keeps the characters of the day, because the next
+/// timestamp is nearly always of the same day.
 class CivilTimeWriter {
  public:
   /// `sinceEpoch` must be in the years 1 to 9999. Only growing `text` allocates memory.

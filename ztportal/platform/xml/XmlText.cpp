@@ -18,7 +18,8 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kNowhere = std::string_view::npos;
 
-/// First bytes of a file and the encoding that they mean. Longer ones precede their prefixes.
+/// The first bytes of a file and the encoding that they mean. Longer ones come before their
+/// prefixes.
 struct Beginning {
   std::string_view bytes;
   std::string_view encoding;
@@ -114,7 +115,7 @@ XmlPlace xmlPlace(std::string_view text, std::size_t offset) {
   XmlPlace place{1 + static_cast<std::size_t>(std::ranges::count(before, '\n')),
                  1 + charactersIn(before.substr(lineStart))};
 
-  // The name of the encoding may have another length in the text than in the source.
+  // The name of the encoding may have different lengths in the text and in the source.
   const std::string_view name = declaredEncoding(xmlDeclaration(source));
   if (name.empty()) return place;
   const auto nameStart = static_cast<std::size_t>(name.data() - source.data());

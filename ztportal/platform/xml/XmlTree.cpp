@@ -22,9 +22,8 @@ namespace {
 const xmlNode* asNode(const void* node) { return static_cast<const xmlNode*>(node); }
 const xmlDoc* asTree(const void* tree) { return static_cast<const xmlDoc*>(tree); }
 
-/// What a document may come to with its entities replaced: kFactor times its length or
-/// kAlwaysAllowed bytes of text and nodes, whichever is more, and kDepth entities nested in each
-/// other.
+/// The limits of a document with its entities replaced: kFactor times its length or kAlwaysAllowed
+/// bytes of text and nodes, whichever is more, and kDepth levels of nested entities.
 constexpr std::size_t kFactor = 10;
 constexpr std::size_t kAlwaysAllowed = 1'000'000;
 constexpr int kDepth = 40;
@@ -33,8 +32,8 @@ std::size_t expansionLimit(std::size_t length) {
   return std::max(kAlwaysAllowed, kFactor * length);
 }
 
-/// The entity declared in the document that the entity reference `node` refers to; null if it is
-/// not declared or external.
+/// The entity to which the entity reference `node` refers; null if it is external or not declared
+/// in the document.
 const xmlNode* referencedEntity(const xmlNode& node) {
   const auto* entity = reinterpret_cast<const xmlEntity*>(node.children);
   const bool isInternal = entity != nullptr && entity->etype == XML_INTERNAL_GENERAL_ENTITY;
@@ -51,7 +50,7 @@ bool isEntered(const xmlNode& node, const xmlNode& top) {
 }
 
 /// The node after `node` in document order, in the tree whose top is `top`; null after the last
-/// one. Trees may be too deep for a recursion.
+/// one. Trees may be too deep for recursion.
 const xmlNode* following(const xmlNode* node, const xmlNode& top) {
   if (isEntered(*node, top) && node->children != nullptr) return node->children;
   for (; node != &top; node = node->parent) {
@@ -63,16 +62,16 @@ const xmlNode* following(const xmlNode* node, const xmlNode& top) {
 /// The size of a part of a document with its entities replaced.
 struct Extent {
   std::size_t size = 0;  ///< one for each byte of text and each node
-  int depth = 0;         ///< of entities nested in each other
+  int depth = 0;         ///< levels of nested entities
 };
 
-/// Measures how a tree would grow without expanding it.
+/// Measures how large a tree would be with its entities replaced, without replacing them.
 class Expansion {
  public:
   explicit Expansion(std::size_t limit) : _limit(limit) {}
 
-  /// The extent of `top` and all below it, which is nested in `outer` entities; nothing beyond the
-  /// limits.
+  /// The extent of `top` and all its descendants, which are nested in `outer` entities; nullopt
+  /// beyond the limits.
   std::optional<Extent> of(const xmlNode& top, int outer) {
     Extent whole;
     for (const xmlNode* node = &top; node != nullptr; node = following(node, top)) {
@@ -120,8 +119,8 @@ bool expandsWithin(std::size_t limit, const xmlDoc& tree) {
   return Expansion(limit).of(*asNode(&tree), 0).has_value();
 }
 
-/// Appends the text of `top` and all below it, with entity references replaced. The tree has passed
-/// `expandsWithin`.
+/// Appends the text of `top` and all its descendants, with entity references replaced. The tree has
+/// passed `expandsWithin`.
 void appendText(std::string& text, const xmlNode& top) {
   if (top.type == XML_COMMENT_NODE || top.type == XML_PI_NODE) {
     if (top.content != nullptr) text += reinterpret_cast<const char*>(top.content);
@@ -146,7 +145,7 @@ constexpr int kQuietAndAlone =
 constexpr int kContent = kQuietAndAlone | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 constexpr int kForm = kQuietAndAlone | XML_PARSE_HUGE;
 
-/// Restores the last error that libxml2 reports to other users of this thread.
+/// Restores libxml2's last error, which other users of libxml2 on this thread may read.
 class LastErrorKept {
  public:
   LastErrorKept() {
@@ -163,15 +162,15 @@ class LastErrorKept {
   xmlError _error{};
 };
 
-// XML_PARSE_HUGE switches libxml2's guard against growing entities off, so it is cleared at the
-// document type declaration, the only place that declares entities.
+// XML_PARSE_HUGE disables libxml2's protection against entity expansion, so it is cleared at the
+// document type declaration, the only place that can declare entities.
 void beginDocumentType(void* context, const xmlChar* name, const xmlChar* publicId,
                        const xmlChar* systemId) {
   static_cast<xmlParserCtxt*>(context)->options &= ~XML_PARSE_HUGE;
   xmlSAX2InternalSubset(context, name, publicId, systemId);
 }
 
-/// The size that the parameter entities of one document may still reach.
+/// The size that the parameter entities of a document may still grow by.
 struct ParameterEntities {
   std::size_t left;
   bool refused = false;
@@ -179,7 +178,7 @@ struct ParameterEntities {
 
 /// Shared by the handlers of one parse.
 struct Parse {
-  const xmlParserCtxt* parser;  // of the document; entities have parsers of their own
+  const xmlParserCtxt* parser;  // of the document; libxml2 uses other parsers for entities
   ParameterEntities parameterEntities;
   std::optional<XmlFault> fault = std::nullopt;
 };
@@ -189,8 +188,8 @@ std::string firstLine(const char* message) {
   return std::string(text.substr(0, text.find('\n')));
 }
 
-// Replaces the handlers that a host may have set for its own use of libxml2. Only the first error
-// counts: later ones often follow from it.
+// Used instead of the handlers that a host may have set for its own use of libxml2. Only the first
+// error counts, because later ones often follow from it.
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
   if (error->level != XML_ERR_FATAL || parse->fault) return;
@@ -208,9 +207,9 @@ void noteError(void* context, xmlErrorPtr error) {
   parse->fault->offset = input->consumed + static_cast<std::size_t>(at - input->base);
 }
 
-// Each reference to a parameter entity is parsed anew, and libxml2 does not return from some that
-// are nested in each other. Those are refused, like those that grow beyond the limit: for the
-// parser they are not declared.
+// libxml2 parses every reference to a parameter entity again, and does not return from some nested
+// ones. Those are refused, like those that grow beyond the limit: the parser treats them as
+// undeclared.
 xmlEntityPtr parameterEntity(void* context, const xmlChar* name) {
   const auto* parser = static_cast<const xmlParserCtxt*>(context);
   ParameterEntities* entities = &static_cast<Parse*>(parser->_private)->parameterEntities;
@@ -231,7 +230,7 @@ ZtString qualified(const xmlChar* name, const xmlNs* space) {
   return std::string(reinterpret_cast<const char*>(space->prefix)) + ':' + local;
 }
 
-/// Lists `node` and its next siblings; for `Content` with the entities' nodes instead of the
+/// Lists `node` and its next siblings; for `Content` with the nodes of entities instead of
 /// references.
 void listSiblings(std::vector<const void*>& list, const xmlNode* node, ZtXMLKeep keep) {
   for (; node != nullptr; node = node->next) {
@@ -284,7 +283,7 @@ std::string xmlTreeText(const void* tree) {
   if (!buffer) throw std::bad_alloc();
   xmlSaveCtxt* save = xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_AS_XML | XML_SAVE_NO_XHTML);
   if (save == nullptr) throw std::bad_alloc();
-  // Node by node: for a whole document libxml2 adds line ends between the top-level nodes.
+  // Node by node, because for a whole document libxml2 adds line ends between the top-level nodes.
   for (xmlNode* node = asTree(tree)->children; node != nullptr; node = node->next) {
     xmlSaveTree(save, node);
   }

@@ -14,7 +14,7 @@ using Tree = std::unique_ptr<void, zt::Free<zt::releaseXmlTree>>;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-/// Sets `error`, unless it is null, for a fault in `text`.
+/// Describes `fault`, which is in `text`, in `error`, unless that is null.
 void report(ZtXMLError* error, const XmlFault& fault, std::string_view text) {
   if (error == nullptr) return;
   *error = {0, 0, fault.reason};
@@ -55,7 +55,7 @@ std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXML
     return nullptr;
   }
   std::string source = zt::xmlTextInUtf8(text);
-  // libxml2 skips one, too; but a second one is a character that no document starts with.
+  // libxml2 also skips a byte order mark; but no document can start with a second one.
   if (source.starts_with(kByteOrderMark)) {
     report(error, {"a second byte order mark", 0}, text);
     return nullptr;

@@ -27,10 +27,10 @@ class ZT_EXPORT ZtXMLNode {
   /// The name as written, prefix included; the target of a processing instruction; missing for
   /// other nodes (texts, comments, entity references, the document and its type declaration).
   ZtString name() const;
-  /// The concatenated text of the node and all below it, with entity references replaced; for a
-  /// comment or a processing instruction its content. Never missing.
+  /// The concatenated text of the node and all its descendants, with entity references replaced;
+  /// for a comment or a processing instruction its content. Never missing.
   ZtString text() const;
-  /// The direct children in document order. Of a document: its top-level nodes.
+  /// The direct children in document order; for a document its top-level nodes.
   std::vector<ZtXMLNode> children() const;
   /// Names, as written, and values of an element's attributes in document order, without namespace
   /// declarations and the defaults of the document type declaration.
@@ -44,20 +44,20 @@ class ZT_EXPORT ZtXMLNode {
   const void* _node;
 };
 
-/// What a parse keeps of the text.
+/// What a parsed document keeps of the text.
 enum class ZtXMLKeep {
-  /// The content: blank texts between elements are dropped, CDATA sections become text, and entity
-  /// references are replaced by the entity's nodes. Elements nested deeper than 256 are refused;
-  /// single texts above 10 MB may be.
+  /// The content: white space between elements is dropped, CDATA sections become text, and entity
+  /// references are replaced by the entity's nodes. Elements that are nested deeper than 256 levels
+  /// are refused; single texts above 10 MB may be refused.
   Content,
-  /// All of it, so that the document can be written back unchanged. Without a document type
-  /// declaration depth and length are unlimited; with one the limits of `Content` apply.
+  /// Everything, so that the document can be written back unchanged. Without a document type
+  /// declaration, depth and length are unlimited; with one, the limits of `Content` apply.
   Form
 };
 
-/// Why a text is no XML document, and where the first error is.
+/// Why a text is not an XML document, and where the first error is.
 struct ZtXMLError {
-  std::size_t line = 0;    ///< from 1; 0 if no single place is at fault
+  std::size_t line = 0;    ///< from 1; 0 if the error has no position
   std::size_t column = 0;  ///< in characters, from 1; 0 with line 0
   ZtString reason;         ///< one line in English; may quote the text
 };
@@ -91,9 +91,9 @@ class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocumen
   /// The document as XML text in UTF-8. It has an XML declaration only if the parsed text had one,
   /// and an encoding in the declaration (then "UTF-8") only if that had one.
   ///
-  /// With `ZtXMLKeep::Form` it is the parsed text, byte for byte except for the encoding, a byte
+  /// With `ZtXMLKeep::Form` it is the parsed text, byte for byte, except for the encoding, a byte
   /// order mark, which is dropped, and the line ends, which are line feeds as for every XML
-  /// processor. With `ZtXMLKeep::Content` it is the content formatted anew: attributes in double
+  /// processor. With `ZtXMLKeep::Content` the content is formatted again: attributes in double
   /// quotes, `<a/>` for an empty element, no white space outside the root element.
   std::string xmlText() const;
 

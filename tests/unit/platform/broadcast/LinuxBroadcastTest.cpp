@@ -42,7 +42,7 @@ std::string expectedLine(const std::string& object,
   return zt::test::broadcastLine(kName, object, userInfo);
 }
 
-/// Whether two long texts are the same, without printing them.
+/// Compares two long texts without printing them.
 void expectSame(const std::optional<std::string>& told, const std::string& expected) {
   ASSERT_TRUE(told.has_value());
   EXPECT_EQ(told->size(), expected.size());
@@ -104,7 +104,7 @@ TEST_F(LinuxBroadcastOnABusTest, SendsNothingThatCannotStandInAMessage) {
   post(nullptr, "object", {});
   post(nul, "object", {});
   post(std::string(256, 'a'), "object", {});
-  // Nothing of that came before this one.
+  // None of those arrived before this one.
   post(kName, "the first", {});
   expectSame(_receiver.next(), expectedLine("the first", {}));
 }
@@ -115,8 +115,8 @@ TEST_F(LinuxBroadcastOnABusTest, SendsNothingThatIsTooLargeForABus) {
   expectSame(_receiver.next(), expectedLine("the first", {}));
 }
 
-// A sender that was gone as soon as its message had left it now and then lost a large one: the
-// bus had not read it whole when it found the connection closed.
+// A sender that disconnected right after sending sometimes lost a large message: the bus had not
+// read all of it when it found the connection closed.
 TEST_F(LinuxBroadcastOnABusTest, LosesNoMessageAndKeepsTheirOrder) {
   const std::string padding(1024 * 1024, 'x');
   for (int i = 0; i < 20; ++i) {
@@ -228,7 +228,7 @@ TEST_F(LinuxBroadcastTest, WithoutABusNothingHappens) {
   }
 }
 
-/// A socket that takes connections and says nothing.
+/// A socket that accepts connections and never responds.
 class SilentServer {
  public:
   explicit SilentServer(const std::string& path) : _socket(::socket(AF_UNIX, SOCK_STREAM, 0)) {

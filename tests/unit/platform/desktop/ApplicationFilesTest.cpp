@@ -26,7 +26,7 @@ class ApplicationFilesTest : public testing::Test {
   MadeUpDesktop _desktop;
 };
 
-TEST_F(ApplicationFilesTest, StandBesideTheProgram) {
+TEST_F(ApplicationFilesTest, AreNextToTheProgram) {
   const std::string program = _desktop.program("usr/lib/firefox-esr/firefox-esr");
   const ApplicationFiles found = files({program, "%u"});
   ASSERT_FALSE(found.programFolders.empty());
@@ -44,7 +44,7 @@ TEST_F(ApplicationFilesTest, LinksToTheProgramAreFollowed) {
   EXPECT_EQ(programOf({"browser", "%u"}), program);
 }
 
-TEST_F(ApplicationFilesTest, AScriptStandsForTheLibraryFolderOfItsName) {
+TEST_F(ApplicationFilesTest, AScriptMeansTheLibraryFolderOfItsName) {
   const std::string script = _desktop.program("usr/bin/thunderbird");
   for (const std::string& word : {std::string("thunderbird"), script}) {
     EXPECT_THAT(files({word, "%u"}).programFolders,
@@ -53,7 +53,7 @@ TEST_F(ApplicationFilesTest, AScriptStandsForTheLibraryFolderOfItsName) {
   }
 }
 
-TEST_F(ApplicationFilesTest, WhatSetsTheEnvironmentIsNoApplication) {
+TEST_F(ApplicationFilesTest, EnvIsNotTheApplication) {
   _desktop.program("usr/bin/env");
   const std::string program = _desktop.program("usr/bin/mail");
   const std::vector<std::string> commands[] = {
@@ -78,7 +78,7 @@ TEST_F(ApplicationFilesTest, ACommandWithoutAProgramHasNone) {
   }
 }
 
-TEST_F(ApplicationFilesTest, AFlatpaksAreWhereItIsDeployed) {
+TEST_F(ApplicationFilesTest, OfAFlatpakAreInItsDeployment) {
   const ApplicationFiles found =
       files({"/usr/bin/flatpak", "run", "--branch=stable", "--command=/app/bin/firefox",
              "--file-forwarding", "org.mozilla.firefox", "@@u", "%u", "@@"});
@@ -89,7 +89,7 @@ TEST_F(ApplicationFilesTest, AFlatpaksAreWhereItIsDeployed) {
   EXPECT_THAT(found.dataFolders, ElementsAre(own + "/share", system + "/share"));
 }
 
-TEST_F(ApplicationFilesTest, AFlatpakMayHaveACommandOfItsOwn) {
+TEST_F(ApplicationFilesTest, AFlatpakMayHaveItsOwnCommand) {
   const ApplicationFiles found = files({"flatpak", "run", "org.some"});
   EXPECT_THAT(found.programFolders, IsEmpty());
   EXPECT_EQ(found.dataFolders.size(), 2U);
@@ -97,7 +97,7 @@ TEST_F(ApplicationFilesTest, AFlatpakMayHaveACommandOfItsOwn) {
   EXPECT_THAT(files({"flatpak"}).dataFolders, IsEmpty());
 }
 
-TEST_F(ApplicationFilesTest, ASnapsAreInItsCurrentRevision) {
+TEST_F(ApplicationFilesTest, OfASnapAreInItsCurrentRevision) {
   const std::string snap = _desktop.program("usr/bin/snap");
   for (const char* name : {"firefox", "firefox.tool"}) {
     const std::string program = _desktop.link("snap/bin/" + std::string(name), snap);

@@ -79,7 +79,7 @@ TEST_F(DpkgVersionTest, GuessesAreLookedAtFirst) {
   putStatus("1.2");
   _desktop.write("var/lib/dpkg/info/mail-client.list", kFile);
   EXPECT_EQ(version({"missing", "other", "mail-client"}), "1.2");
-  // As is shown by a file that would be found otherwise.
+  // This file would be found otherwise.
   _desktop.write("var/lib/dpkg/info/mail-client-data.list", kFile);
   EXPECT_EQ(version({"mail-client-data"}), "9");
   EXPECT_EQ(version({"mail-client"}), "1.2");
@@ -174,7 +174,7 @@ TEST_F(ApplicationVersionTest, IsThatOfTheApplicationItself) {
   EXPECT_FALSE(_desktop.startedAProgram());
 }
 
-TEST_F(ApplicationVersionTest, TheApplicationGoesBeforeItsMetainfoAndThatBeforeThePackage) {
+TEST_F(ApplicationVersionTest, ComesFromTheApplicationThenMetainfoThenThePackage) {
   _desktop.program("usr/bin/mail");
   EXPECT_EQ(version({"mail"}), "");
   _desktop.entry("usr/share/applications/mail.desktop", "");
@@ -187,7 +187,7 @@ TEST_F(ApplicationVersionTest, TheApplicationGoesBeforeItsMetainfoAndThatBeforeT
   EXPECT_FALSE(_desktop.startedAProgram());
 }
 
-TEST_F(ApplicationVersionTest, RpmIsAskedWhereDpkgKnowsNothing) {
+TEST_F(ApplicationVersionTest, RpmIsAskedIfDpkgHasNoPackage) {
   _desktop.program("usr/bin/mail");
   _desktop.write("var/lib/rpm/rpmdb.sqlite", "");
   _desktop.script("usr/bin/rpm", "echo Version: 4.0\n");
@@ -204,7 +204,7 @@ TEST_F(ApplicationVersionTest, ACopyOfAnEntryIsOfThePackageOfTheEntry) {
   EXPECT_EQ(version({"mail"}, "home/.local/share/applications/mail.desktop"), "3.0");
 }
 
-TEST_F(ApplicationVersionTest, AFlatpakTellsItWhereItIsDeployed) {
+TEST_F(ApplicationVersionTest, OfAFlatpakIsInItsDeployment) {
   const std::vector<std::string> command = {
       "/usr/bin/flatpak", "run", "--command=mail", "org.mail", "@@u", "%u", "@@"};
   const std::string files = "var/lib/flatpak/app/org.mail/current/active/files/";
@@ -214,7 +214,7 @@ TEST_F(ApplicationVersionTest, AFlatpakTellsItWhereItIsDeployed) {
   EXPECT_EQ(version(command), "1.0");
 }
 
-TEST_F(ApplicationVersionTest, ASnapTellsItInItsDescription) {
+TEST_F(ApplicationVersionTest, OfASnapIsInItsDescription) {
   _desktop.link("snap/bin/mail", _desktop.program("usr/bin/snap"));
   const std::vector<std::string> command = {_desktop.path("snap/bin/mail"), "%u"};
   const struct {

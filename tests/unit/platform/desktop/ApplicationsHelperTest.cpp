@@ -29,7 +29,7 @@ class ApplicationsHelperTest : public testing::Test {
   const ProgramResult _none{1, "", ""};
 };
 
-TEST_F(ApplicationsHelperTest, TellsPathNameAndWords) {
+TEST_F(ApplicationsHelperTest, PrintsPathNameAndWords) {
   const std::string file =
       _desktop.entry("usr/share/applications/some.desktop",
                      "Name=Some \"thing\"\nExec=\"some program\" --name \"a b\" '' %u\n");
@@ -40,7 +40,7 @@ TEST_F(ApplicationsHelperTest, TellsPathNameAndWords) {
   EXPECT_EQ(run({"default", "http"}), run({"entry", file}));
 }
 
-TEST_F(ApplicationsHelperTest, TakesTheFirstUsableEntryUpToAHiddenOne) {
+TEST_F(ApplicationsHelperTest, UsesTheFirstUsableEntryUpToAHiddenOne) {
   const std::string name = "Name=Some\nExec=\"some program\"\n";
   const std::string good = _desktop.entry("good.desktop", name);
   const std::string missing = _desktop.path("missing.desktop");
@@ -57,11 +57,11 @@ TEST_F(ApplicationsHelperTest, AnEntryMayHaveNeitherNameNorCommand) {
   EXPECT_EQ(run({"entry", file}), answer({file, ""}));
 }
 
-TEST_F(ApplicationsHelperTest, SaysNothingWhenThereIsNoDefault) {
+TEST_F(ApplicationsHelperTest, PrintsNothingWithoutADefault) {
   EXPECT_EQ(run({"default", "http"}), _none);
 }
 
-TEST_F(ApplicationsHelperTest, AnswersNothingElse) {
+TEST_F(ApplicationsHelperTest, AcceptsNoOtherQuestion) {
   const ProgramResult usage{2, "",
                             "ztportal-applications: usage: ztportal-applications default SCHEME\n"
                             "                              ztportal-applications entry FILE...\n"};
@@ -75,7 +75,7 @@ TEST_F(ApplicationsHelperTest, AnswersNothingElse) {
   for (const auto& row : rows) EXPECT_EQ(run(row), usage) << testing::PrintToString(row);
 }
 
-TEST_F(ApplicationsHelperTest, SaysWhenItCannotWrite) {
+TEST_F(ApplicationsHelperTest, ReportsAWriteError) {
   const std::string file = _desktop.entry("some.desktop", "Name=Some\n");
   const ProgramResult result = zt::test::runProgram(zt::libexecFolder() + "/ztportal-applications",
                                                     {"entry", file}, {.output = "/dev/full"});

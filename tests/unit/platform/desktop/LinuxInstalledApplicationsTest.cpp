@@ -44,7 +44,7 @@ class LinuxInstalledApplicationsTest : public testing::Test {
     const auto found = told->find("CFBundleName");
     return found != told->end() ? found->second : ZtString();
   }
-  /// An entry of the system for a program that is there.
+  /// Adds a system-wide entry for a program that exists.
   std::string entry(const std::string& file, const std::string& lines = "Name=Some\n") const {
     return _desktop.entry("usr/share/applications/" + file, lines + "Exec=some %u\n");
   }
@@ -119,7 +119,7 @@ TEST_F(LinuxInstalledApplicationsTest, LetterCaseMatters) {
   EXPECT_EQ(withIdentifier("org.mozilla.Firefox"), std::nullopt);
 }
 
-TEST_F(LinuxInstalledApplicationsTest, AnEntryWithoutItsProgramIsNoApplication) {
+TEST_F(LinuxInstalledApplicationsTest, AnEntryWithoutItsProgramIsNotAnApplication) {
   const char* const rows[] = {
       "Name=Some\nExec=missing\n",
       "Name=Some\nExec=/missing/program %u\n",
@@ -137,12 +137,12 @@ TEST_F(LinuxInstalledApplicationsTest, AnEntryWithoutItsProgramIsNoApplication) 
   EXPECT_EQ(withIdentifier(kFirefox), std::nullopt);
 }
 
-TEST_F(LinuxInstalledApplicationsTest, AnEntryThatIsOnlyLeftOutOfMenusIsOne) {
+TEST_F(LinuxInstalledApplicationsTest, AnEntryThatIsOnlyHiddenFromMenusIsAnApplication) {
   const std::string file = entry("firefox.desktop", "Name=Some\nNoDisplay=true\nOnlyShowIn=KDE;\n");
   EXPECT_EQ(withIdentifier(kFirefox), file);
 }
 
-TEST_F(LinuxInstalledApplicationsTest, TheUsersEntryTakesThePlaceOfTheSystems) {
+TEST_F(LinuxInstalledApplicationsTest, TheUsersEntryReplacesTheSystems) {
   const std::string system = entry("firefox.desktop");
   const char* const own = "home/.local/share/applications/firefox.desktop";
   const std::string file = _desktop.entry(own, "Name=Mine\nExec=some\n");
@@ -213,11 +213,11 @@ TEST_F(LinuxInstalledApplicationsTest, OnlyBundlesAndEntriesAreApplications) {
   }
 }
 
-TEST_F(LinuxInstalledApplicationsTest, BundlesStandInTheUsualFolders) {
+TEST_F(LinuxInstalledApplicationsTest, FindsBundlesInTheUsualFolders) {
   for (const char* folder : {"opt", "Applications", "home/Applications"}) {
     const std::string bundle = std::string(folder) + "/Some.app";
     _desktop.write(bundle + "/Contents/Info.plist", identified("com.example.some"));
-    // Each goes before the one of the row above.
+    // Each has precedence over the one in the row above.
     EXPECT_EQ(withIdentifier("com.example.some"), _desktop.path(bundle));
   }
   EXPECT_EQ(withIdentifier("com.example.Some"), std::nullopt);
@@ -233,7 +233,7 @@ TEST_F(LinuxInstalledApplicationsTest, OfSeveralBundlesInAFolderTheFirstByNameCo
   EXPECT_EQ(withIdentifier("some"), _desktop.path("opt/a"));
 }
 
-TEST_F(LinuxInstalledApplicationsTest, ABundleGoesBeforeAnEntry) {
+TEST_F(LinuxInstalledApplicationsTest, ABundleHasPrecedenceOverAnEntry) {
   entry("firefox.desktop");
   _desktop.write("opt/Fire.app/Contents/Info.plist",
                  infoPlist("<key>CFBundleIdentifier</key><string>org.mozilla.firefox</string>"
@@ -260,7 +260,7 @@ TEST_F(LinuxInstalledApplicationsTest, TheDefaultIsThatOfTheUsersList) {
   EXPECT_EQ(_applications.defaultFor("mailto:"), std::nullopt);
 }
 
-TEST_F(LinuxInstalledApplicationsTest, TheDesktopMayHaveADefaultOfItsOwn) {
+TEST_F(LinuxInstalledApplicationsTest, TheDesktopMayHaveItsOwnDefault) {
   const std::string firefox = entry("firefox.desktop");
   const std::string opera = entry("opera.desktop");
   _desktop.write("etc/xdg/mimeapps.list",
@@ -276,7 +276,7 @@ TEST_F(LinuxInstalledApplicationsTest, TheDesktopMayHaveADefaultOfItsOwn) {
   EXPECT_EQ(_applications.defaultFor("http:"), firefox);
 }
 
-TEST_F(LinuxInstalledApplicationsTest, ADefaultThatIsNoneOfTheKnownTellsItsOwnIdentifier) {
+TEST_F(LinuxInstalledApplicationsTest, AnUnknownDefaultHasItsOwnIdentifier) {
   const std::string chromium = entry("chromium.desktop", "Name=Chromium Web Browser\n");
   putDefaults("x-scheme-handler/http=chromium.desktop\n");
   EXPECT_EQ(_applications.defaultFor("http:"), chromium);

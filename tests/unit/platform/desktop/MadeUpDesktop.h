@@ -9,8 +9,8 @@
 
 namespace zt::test {
 
-/// A machine with nothing installed, for the questions about applications: its files stand below
-/// `root()`, and the environment of its user, who has no language, is in force for a scope.
+/// A machine without applications: its files are below `root()`, and the environment of its user,
+/// who has no language, is set for a scope.
 ///
 ///     MadeUpDesktop desktop;
 ///     desktop.program("usr/bin/mail");
@@ -25,7 +25,7 @@ class MadeUpDesktop {
     _folder.write(name, content);
     return path(name);
   }
-  /// A program that writes the file "started" when it is started.
+  /// Adds a program that creates the file "started" when it is run.
   std::string program(std::string_view name) const {
     return script(name, ": >" + path("started") + "\n");
   }
@@ -39,7 +39,7 @@ class MadeUpDesktop {
     std::filesystem::create_symlink(target, path(name));
     return path(name);
   }
-  /// A desktop entry of an application with these lines.
+  /// Adds a desktop entry of an application with these lines.
   std::string entry(std::string_view name, const std::string& lines) const {
     return write(name, "[Desktop Entry]\nType=Application\n" + lines);
   }

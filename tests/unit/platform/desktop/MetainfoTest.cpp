@@ -54,7 +54,7 @@ TEST_F(MetainfoTest, TheNewestReleaseCounts) {
       {R"(<release version="1" timestamp="5" date="2023-09-30"/><release version="2"
            date="2022-09-30"/>)",
        "2"},
-      // Months and years too large for their types became others.
+      // Months and years that were too large for their types became other numbers.
       {R"(<release version="1" date="2020-01-01"/><release version="2" date="2024-257-01"/>)", "1"},
       {R"(<release version="1" date="2020-01-01"/><release version="2" date="67560-01-01"/>)", "1"},
       {R"(<release version="1" date="2020-01-01"/><release version="2" date="2024--255-1"/>)", "1"},
@@ -96,7 +96,7 @@ TEST_F(MetainfoTest, BelongsToTheEntryThatItNames) {
   }
 }
 
-TEST_F(MetainfoTest, StandsInTwoFoldersUnderTwoNames) {
+TEST_F(MetainfoTest, IsFoundInTwoFoldersUnderTwoNames) {
   const std::string file = releases(R"(<release version="1"/>)");
   for (const char* name : {"a/metainfo/x.metainfo.xml", "a/metainfo/x.appdata.xml",
                            "b/appdata/x.appdata.xml", "b/appdata/x.metainfo.xml"}) {
@@ -122,7 +122,7 @@ TEST_F(MetainfoTest, TheFirstFileWithAReleaseCounts) {
   EXPECT_EQ(newest(), "2");
 }
 
-TEST_F(MetainfoTest, AFileThatCannotBeReadIsNone) {
+TEST_F(MetainfoTest, AFileThatCannotBeReadIsIgnored) {
   EXPECT_EQ(newestOf("<component><id>mail.desktop</id><releases>"), "");
   EXPECT_EQ(newestOf(""), "");
   _folder.write("a/metainfo/folder.metainfo.xml/file", "");

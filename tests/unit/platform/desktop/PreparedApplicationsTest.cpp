@@ -15,7 +15,7 @@
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"
 
-// Questions about applications that the desktop's program answers all at once.
+// Questions about applications that one run of the helper program answers together.
 
 namespace {
 
@@ -40,7 +40,7 @@ class PreparedApplicationsTest : public testing::Test {
                    "[Default Applications]\nx-scheme-handler/http=other.desktop\n");
   }
 
-  /// In the place of the library's program: a shell that gets the path of the real one as `$real`.
+  /// Replaces the helper program by a shell script that has the path of the real one in `$real`.
   LinuxInstalledApplications withProgram(const std::string& commands) const {
     _desktop.script("libexec/ztportal-applications",
                     "real=" + zt::libexecFolder() + "/ztportal-applications\n" + commands);
@@ -71,7 +71,7 @@ class PreparedApplicationsTest : public testing::Test {
   LinuxInstalledApplications _afresh{zt::libexecFolder(), _desktop.root()};
 };
 
-TEST_F(PreparedApplicationsTest, AnswersAsTheOneThatPreparedIt) {
+TEST_F(PreparedApplicationsTest, GivesTheSameAnswers) {
   ASSERT_TRUE(_afresh.withIdentifier("org.mozilla.firefox"));
   ASSERT_TRUE(_afresh.defaultFor("http:"));
   ASSERT_FALSE(_afresh.defaultFor("mailto:"));
@@ -85,7 +85,7 @@ TEST_F(PreparedApplicationsTest, StartsTheProgramOnce) {
   EXPECT_EQ(content("log"), "started\n");
 }
 
-TEST_F(PreparedApplicationsTest, WhatItWasNotPreparedForIsAskedAfresh) {
+TEST_F(PreparedApplicationsTest, OtherQuestionsAreAskedSeparately) {
   const auto prepared = _afresh.prepared({}, {});
   expectSameAnswers(*prepared, _afresh);
   const std::string added =
@@ -93,7 +93,7 @@ TEST_F(PreparedApplicationsTest, WhatItWasNotPreparedForIsAskedAfresh) {
   EXPECT_EQ(prepared->withIdentifier("added"), added);
 }
 
-TEST_F(PreparedApplicationsTest, WhatTheProgramDoesNotSayIsAskedAfresh) {
+TEST_F(PreparedApplicationsTest, UnansweredQuestionsAreAskedAgain) {
   const char* const rows[] = {
       "exit 1",
       "printf '2\\0/one\\0'",
@@ -108,7 +108,7 @@ TEST_F(PreparedApplicationsTest, WhatTheProgramDoesNotSayIsAskedAfresh) {
   }
 }
 
-TEST_F(PreparedApplicationsTest, AProgramThatCannotBeStartedRaisesWhenItIsAsked) {
+TEST_F(PreparedApplicationsTest, AProgramThatCannotBeStartedThrowsWhenItIsAsked) {
   auto applications = withProgram("");
   const std::string program = _desktop.path("libexec/ztportal-applications");
   std::ofstream(program) << "#!" << _desktop.path("missing") << "\n";
@@ -116,12 +116,12 @@ TEST_F(PreparedApplicationsTest, AProgramThatCannotBeStartedRaisesWhenItIsAsked)
   EXPECT_THROW(prepared->defaultFor("http:"), ZtException);
 }
 
-TEST_F(PreparedApplicationsTest, OneThatIsNeverAskedLeavesNoChild) {
+TEST_F(PreparedApplicationsTest, IfItIsNeverAskedItLeavesNoSubprocess) {
   { const auto prepared = _afresh.prepared(kIdentifiers, kUrls); }
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1);
 }
 
-TEST_F(PreparedApplicationsTest, TheProgramLeadsEachOfSeveralAnswersByTheNumberOfItsTexts) {
+TEST_F(PreparedApplicationsTest, TheProgramPrintsTheNumberOfStringsBeforeEachOfSeveralAnswers) {
   const std::string file = _desktop.path("usr/share/applications/firefox.desktop");
   const std::string other = _desktop.path("usr/share/applications/other.desktop");
   const auto terminated = [](const std::vector<std::string>& texts) {
@@ -134,7 +134,7 @@ TEST_F(PreparedApplicationsTest, TheProgramLeadsEachOfSeveralAnswersByTheNumberO
                  {"several", "2", "entry", file, "2", "default", "mailto", "2", "default", "http"}),
       (ProgramResult{
           0, terminated({"4", file, "Fire", "some", "%u", "0", "3", other, "Other", "some"}), ""}));
-  // What is no question ends the answers.
+  // An invalid question ends the answers.
   EXPECT_EQ(runProgram(zt::libexecFolder() + "/ztportal-applications",
                        {"several", "2", "default", "mailto", "1", "other"}),
             (ProgramResult{0, terminated({"0"}), ""}));

@@ -20,7 +20,7 @@ using zt::test::TemporaryFolder;
 
 using Numbers = std::optional<std::array<std::int32_t, 3>>;
 
-/// The three separate numbers; nothing when all of them fail.
+/// The three separate numbers; nullopt if all of them fail.
 Numbers numbersOf(LinuxGestalt& gestalt) {
   const auto major = gestalt.ask(zt::kGestaltSystemVersionMajor);
   const auto minor = gestalt.ask(zt::kGestaltSystemVersionMinor);
@@ -49,7 +49,7 @@ std::string printed(const Numbers& numbers) {
          std::to_string((*numbers)[2]);
 }
 
-TEST(LinuxGestaltTest, TakesTheNumbersThatTheVersionHas) {
+TEST(LinuxGestaltTest, ReturnsTheNumbersOfTheVersion) {
   const std::pair<const char*, Numbers> rows[] = {
       {"12", numbers(12, 0, 0)},
       {"40", numbers(40, 0, 0)},
@@ -218,7 +218,7 @@ std::string versionByTheShell() {
   return shell.readLine(std::chrono::seconds(10)).value_or("no answer");
 }
 
-TEST(LinuxGestaltTest, TellsThisMachinesVersion) {
+TEST(LinuxGestaltTest, ReturnsThisMachinesVersion) {
   LinuxGestalt gestalt;
   const Numbers version = numbersOf(gestalt);
   if (!version) GTEST_SKIP() << "this machine's distribution has no version";

@@ -32,7 +32,7 @@ TEST(RandomUuidTest, IsAUuidOfVersion4InUpperCase) {
   }
 }
 
-TEST(RandomUuidTest, IsAnotherOneEachTime) {
+TEST(RandomUuidTest, IsDifferentEachTime) {
   std::set<ZtString> seen;
   for (int i = 0; i < 1000; ++i) seen.insert(zt::randomUuid());
   EXPECT_EQ(seen.size(), 1000U);
@@ -80,7 +80,7 @@ TEST_F(LinuxMachineIdentityTest, IsTheSameForEveryCallAndUser) {
   EXPECT_EQ(failed, 0);
 }
 
-TEST_F(LinuxMachineIdentityTest, DoesNotGiveTheMachinesOwnIdAway) {
+TEST_F(LinuxMachineIdentityTest, DoesNotRevealTheMachineId) {
   const ZtString uuid = LinuxMachineIdentity().platformUUID();
   EXPECT_NE(lowerWithoutHyphens(std::string(uuid.view())), lowerWithoutHyphens(_raw));
 }

@@ -23,8 +23,8 @@ std::string xmlList(std::string_view content) {
   return list += "\n</plist>\n";
 }
 
-/// A binary property list of these objects, the first one on top. Offsets have four bytes,
-/// references one.
+/// A binary property list of these objects; the first one is the top-level object. Offsets have
+/// four bytes, references one.
 std::string binaryList(const std::vector<std::string>& objects) {
   std::string list = "bplist00";
   std::string table;
@@ -57,7 +57,7 @@ TEST(PropertyList, ReadsTheStringsOfAnXmlDictionary) {
                                     Pair("Empty", "")));
 }
 
-TEST(PropertyList, HasOtherXmlValuesMissing) {
+TEST(PropertyList, OtherXmlValuesAreMissing) {
   const auto strings = zt::parsePropertyList(xmlList(
       "<dict><key>a</key><integer>3</integer><key>b</key><true/>"
       "<key>c</key><array><string>x</string></array>"
@@ -90,13 +90,13 @@ TEST(PropertyList, ReadsAnEmptyDictionary) {
   }
 }
 
-TEST(PropertyList, HasAStringThatIsNoUtf8Missing) {
+TEST(PropertyList, AStringThatIsNotUtf8IsMissing) {
   const auto strings = zt::parsePropertyList(binaryList({"\xD1\1\2"s, "\x51k"s, "\x52\xFF\xC0"s}));
   ASSERT_TRUE(strings);
   EXPECT_THAT(*strings, ElementsAre(Pair("k", nullptr)));
 }
 
-TEST(PropertyList, RefusesWhatIsNoDictionary) {
+TEST(PropertyList, RefusesEverythingButADictionary) {
   for (const std::string& data : {""s,
                                   "x"s,
                                   "hello"s,
@@ -141,7 +141,7 @@ TEST(PropertyList, RefusesEveryTruncatedList) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(PropertyList, SurvivesEveryByteOfABinaryListBeingWrong) {
+TEST(PropertyList, SurvivesAnyWrongByteInABinaryList) {
   const std::string binary = binaryList({"\xD2\1\2\3\4"s, "\x51k"s, "\x51l"s, "\x51v"s, "\xA1\3"s});
   ASSERT_TRUE(zt::parsePropertyList(binary));
   for (std::size_t position = 0; position < binary.size(); ++position) {
@@ -154,8 +154,9 @@ TEST(PropertyList, SurvivesEveryByteOfABinaryListBeingWrong) {
   }
 }
 
-TEST(PropertyList, RefusesContainersThatHoldEachOtherOverAndOver) {
-  // A dictionary in itself; and 30 arrays, each holding the next one twice: a thousand million.
+TEST(PropertyList, RefusesContainersThatContainEachOtherRepeatedly) {
+  // A dictionary that contains itself; and 30 arrays that each contain the next one twice, which is
+  // a thousand million copies.
   EXPECT_FALSE(zt::parsePropertyList(binaryList({"\xD1\1\0"s, "\x51k"s})));
   std::vector<std::string> objects = {"\xD1\1\2"s, "\x51k"s};
   for (char next = 3; next < 33; ++next) objects.push_back("\xA2"s + next + next);
@@ -163,8 +164,7 @@ TEST(PropertyList, RefusesContainersThatHoldEachOtherOverAndOver) {
   EXPECT_FALSE(zt::parsePropertyList(binaryList(objects)));
 }
 
-// A key in UTF-16 with a character of the number 0 ended the host's process: libplist asserts that
-// there is none.
+// A UTF-16 key with a NUL character ended the host's process: libplist asserts that there is none.
 TEST(PropertyList, RefusesAKeyWithANulCharacter) {
   for (const std::string& key :
        {"\x52k\0"s, "\x52\0k"s, "\x51\0"s, "\x5F\x10\2k\0"s, "\x62\0k\0\0"s, "\x61\0\0"s}) {
@@ -180,7 +180,7 @@ TEST(PropertyList, RefusesAKeyWithANulCharacter) {
 
 // A long string that is referenced many times was copied each time, so a file of 1 MiB could
 // exhaust the memory of the machine.
-TEST(PropertyList, RefusesATextThatStandsInTooManyPlaces) {
+TEST(PropertyList, RefusesAStringThatIsReferencedTooOften) {
   const auto shared = [](unsigned char length, int places) {
     const std::string text = "\x5F\x11"s + static_cast<char>(length) + '\0' +
                              std::string(std::size_t{length} * 256, 'x');
@@ -193,7 +193,7 @@ TEST(PropertyList, RefusesATextThatStandsInTooManyPlaces) {
   EXPECT_FALSE(zt::parsePropertyList(shared(100, 30'000)));
 }
 
-TEST(PropertyList, RefusesContainersThatStandTooDeepInEachOther) {
+TEST(PropertyList, RefusesContainersThatAreNestedTooDeeply) {
   const auto nested = [](int depth) {
     std::string list = "<dict><key>a</key>";
     for (int i = 0; i < depth; ++i) list += "<array>";

@@ -39,7 +39,7 @@ const bool kIsTellingPath = [] {
   std::exit(0);
 }();
 
-/// What a copy of this program at `path` says.
+/// The output of a copy of this program at `path`.
 std::optional<std::string> toldBy(const std::string& path, const char* how) {
   std::filesystem::create_directories(std::filesystem::path(path).parent_path());
   std::filesystem::copy_file("/proc/self/exe", path);
@@ -106,7 +106,7 @@ class LibexecFolderTest : public testing::Test {
     return _root + "/" + name;
   }
 
-  /// A copy of `file` at `name`.
+  /// Copies `file` to `name`.
   std::string copy(const std::string& file, const std::string& name) {
     std::string path = _root + "/" + name;
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
@@ -114,14 +114,14 @@ class LibexecFolderTest : public testing::Test {
     return path;
   }
 
-  /// What a copy of this program, which the library is linked into, finds.
+  /// The folder that a copy of this program finds, which the library is linked into.
   std::optional<std::string> foundByProgram(const std::string& name) {
     const ScopedEnvironment tell(kTellFolder, "");
     Subprocess program({copy("/proc/self/exe", name)});
     return program.readLine(std::chrono::seconds(60));
   }
 
-  /// What a copy of a shared library with the code in it finds.
+  /// The folder that a copy of a shared library with this code finds.
   std::string foundByLibrary(const std::string& name) {
     const std::string path = copy(zt::test::paths::kLibexecLibrary, name);
     const std::unique_ptr<void, zt::Free<::dlclose>> library(::dlopen(path.c_str(), RTLD_NOW));
@@ -135,16 +135,16 @@ class LibexecFolderTest : public testing::Test {
   std::string _root;
 };
 
-TEST_F(LibexecFolderTest, HoldsTheProgramsOfThisBuild) {
+TEST_F(LibexecFolderTest, ContainsTheProgramsOfThisBuild) {
   EXPECT_EQ(::access((zt::libexecFolder() + "/dscl").c_str(), X_OK), 0) << zt::libexecFolder();
 }
 
-TEST_F(LibexecFolderTest, StandsBesideTheFolderOfTheProgram) {
+TEST_F(LibexecFolderTest, IsNextToTheFolderOfTheProgram) {
   const std::string libexec = makeFolder("libexec/ztportal");
   EXPECT_EQ(foundByProgram("bin/program"), libexec);
 }
 
-TEST_F(LibexecFolderTest, StandsBesideTheFolderOfTheLibrary) {
+TEST_F(LibexecFolderTest, IsNextToTheFolderOfTheLibrary) {
   const std::string libexec = makeFolder("prefix/libexec/ztportal");
   EXPECT_EQ(foundByLibrary("prefix/lib/libsome.so"), libexec);
   EXPECT_EQ(foundByLibrary("prefix/lib64/libsome.so"), libexec);
@@ -170,7 +170,7 @@ TEST_F(LibexecFolderTest, LinksToTheLibraryAreFollowed) {
   EXPECT_EQ(reinterpret_cast<Function*>(::dlsym(library.get(), "zt_libexec_folder"))(), libexec);
 }
 
-TEST_F(LibexecFolderTest, LastIsWhereTheBuildWasToBeInstalled) {
+TEST_F(LibexecFolderTest, TheInstallationPrefixIsTheLastResort) {
   const std::string configured = zt::test::paths::kLibexecFolder;
   const std::string expected = std::filesystem::is_directory(configured) ? configured : "";
   EXPECT_EQ(foundByProgram("bin/program"), expected);

@@ -16,7 +16,7 @@ std::string civilTime(std::int64_t milliseconds) {
   return text;
 }
 
-TEST(CivilTimeTest, WritesAlwaysTheSameNumberOfDigits) {
+TEST(CivilTimeTest, AlwaysWritesTheSameNumberOfDigits) {
   struct Row {
     std::int64_t milliseconds;
     const char* text;
@@ -47,7 +47,7 @@ TEST(CivilTimeTest, AgreesWithTheCLibraryOnEveryDate) {
   }
 }
 
-TEST(CivilTimeTest, AppendsToWhatIsThere) {
+TEST(CivilTimeTest, AppendsToTheText) {
   std::string text = "at ";
   zt::appendCivilTime(text, std::chrono::milliseconds(0));
   EXPECT_EQ(text, "at 1970-01-01T00:00:00.000");

@@ -16,7 +16,7 @@
 #include "tests/unit/platform/time/DateTextEnvironment.h"
 #include "ztportal/platform/time/DateText.h"
 
-// The same dates by ICU, used plainly: a new format for each.
+// Compares with ICU's own formatter, which is created anew for each date.
 
 namespace {
 
@@ -98,8 +98,8 @@ std::string timestamp(std::int64_t moment) {
 
 std::int64_t startOfYear(int year) { return (year - 1970) * kYear; }
 
-/// The moments at which the zone's offset or name changes in about the year `year`, and their
-/// neighbours.
+/// The times around the year `year` at which the zone's offset or name changes, and the times just
+/// before and after them.
 std::vector<std::int64_t> momentsAroundChanges(const icu::TimeZone& zone, int year) {
   const auto& basic = dynamic_cast<const icu::BasicTimeZone&>(zone);
   std::vector<std::int64_t> moments;
@@ -116,7 +116,7 @@ std::vector<std::int64_t> momentsAroundChanges(const icu::TimeZone& zone, int ye
   return moments;
 }
 
-/// Dates of all ages, others for every seed; each in the company of some of the same weeks.
+/// Random dates of all ages; the seed selects them. Each is followed by others in the same weeks.
 std::vector<std::int64_t> momentsOfAllAges(unsigned seed) {
   std::vector<std::int64_t> moments{0,
                                     -1,
@@ -178,9 +178,9 @@ TEST(DateTextTest, WritesWhatIcuWritesAroundEveryChangeOfTheOffset) {
   }
 }
 
-// Egypt had winter time for the four weeks of Ramadan, so the weeks around have one offset at both
-// ends and another one between.
-TEST(DateTextTest, NoticesAnOffsetThatHoldsForFourWeeksOnly) {
+// Egypt had winter time for the four weeks of Ramadan, so a window around them has the same offset
+// at both ends and another one in between.
+TEST(DateTextTest, DetectsAnOffsetThatLastsOnlyFourWeeks) {
   const std::unique_ptr<icu::TimeZone> cairo = zoneNamed("Africa/Cairo");
   std::vector<std::int64_t> moments;
   for (std::int64_t day = 0; day < 100; ++day) moments.push_back(1'280'000'000'000 + day * kDay);

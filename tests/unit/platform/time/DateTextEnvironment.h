@@ -4,8 +4,7 @@
 
 namespace zt::test {
 
-/// A process whose user has the time zone `zone` (null: none set) and the locale `locale` for
-/// everything.
+/// Sets the time zone `zone` (null: none is set) and the locale `locale` for all categories.
 class UserIn {
  public:
   UserIn(const char* zone, const char* locale)

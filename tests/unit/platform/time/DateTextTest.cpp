@@ -83,7 +83,7 @@ TEST(DateTextTest, UnderstandsEveryWayToNameAZone) {
       {":/usr/share/zoneinfo/posix/Europe/Berlin", "2026-11-21T13:00:00.000MEZ"},
       {"Etc/GMT+5", "2026-11-21T07:00:00.000GMT-5"},
       {"EST5EDT", "2026-11-21T07:00:00.000GMT-5"},
-      // The C library's: hours west of Greenwich, and names that it takes as they are.
+      // POSIX values: hours west of Greenwich, and names that the C library uses as they are.
       {"GMT+2", "2026-11-21T10:00:00.000GMT"},
       {"CET-1CEST,M3.5.0,M10.5.0/3", "2026-11-21T13:00:00.000CET"},
       {":CET-1CEST,M3.5.0,M10.5.0/3", "2026-11-21T13:00:00.000CET"},
@@ -98,7 +98,7 @@ TEST(DateTextTest, UnderstandsEveryWayToNameAZone) {
   }
 }
 
-/// The same text by the C library.
+/// The same text, written by the C library.
 std::string strftimeText(std::int64_t milliseconds) {
   const auto sinceEpoch = std::chrono::milliseconds(milliseconds);
   const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
@@ -221,7 +221,7 @@ TEST(DateTextTest, ThreadsWriteAtOnce) {
   EXPECT_EQ(written[1], expected);
 }
 
-/// Writes a timestamp when it goes.
+/// Writes a timestamp in its destructor.
 struct LateWriter {
   std::string* text = nullptr;
   ~LateWriter() {
@@ -233,7 +233,7 @@ TEST(DateTextTest, AnObjectThatOutlivesTheThreadsFormatterCanWriteATimestamp) {
   const UserIn user("Europe/Berlin", "de_DE.UTF-8");
   std::string late;
   std::thread([&late] {
-    // Made before the formatter, so it goes after it.
+    // Created before the formatter, so it is destroyed after it.
     thread_local LateWriter writer;
     writer.text = &late;
     EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T13:00:00.000MEZ");

@@ -9,7 +9,7 @@ using std::string_literals::operator""s;
 using std::string_view_literals::operator""sv;
 using testing::Optional;
 
-TEST(XmlText, HasADeclarationOnlyAtItsVeryStart) {
+TEST(XmlText, HasADeclarationOnlyAtItsStart) {
   struct {
     std::string_view text;
     std::string_view declaration;
@@ -28,7 +28,7 @@ TEST(XmlText, HasADeclarationOnlyAtItsVeryStart) {
   for (const auto& row : rows) EXPECT_EQ(zt::xmlDeclaration(row.text), row.declaration) << row.text;
 }
 
-TEST(XmlText, TellsTheEncodingOfAFile) {
+TEST(XmlText, DetectsTheEncodingOfAFile) {
   struct {
     std::string_view bytes;
     const char* encoding;
@@ -56,7 +56,7 @@ TEST(XmlText, TellsTheEncodingOfAFile) {
   }
 }
 
-TEST(XmlText, IsPutInUtf8) {
+TEST(XmlText, IsNormalisedToUtf8) {
   struct {
     const char* text;
     const char* result;
@@ -76,7 +76,7 @@ TEST(XmlText, IsPutInUtf8) {
   for (const auto& row : rows) EXPECT_EQ(zt::xmlTextInUtf8(row.text), row.result) << row.text;
 }
 
-TEST(TextEncoding, GivesUtf8) {
+TEST(TextEncoding, ConvertsToUtf8) {
   struct {
     std::string bytes;
     const char* encoding;
@@ -97,7 +97,7 @@ TEST(TextEncoding, GivesUtf8) {
   }
 }
 
-TEST(TextEncoding, RefusesBytesWithoutMeaning) {
+TEST(TextEncoding, RefusesInvalidBytes) {
   struct {
     std::string bytes;
     const char* encoding;

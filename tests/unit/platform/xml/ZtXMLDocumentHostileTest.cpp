@@ -100,7 +100,7 @@ TEST(ZtXMLDocumentHostile, LoadsNothingFromOutside) {
   }
 }
 
-/// Ten entities, each made of ten of the one before.
+/// Ten entities, each of which consists of ten references to the previous one.
 std::string laughs(std::string_view first, std::string_view content) {
   std::string text = "<!DOCTYPE a [<!ENTITY e0 '" + std::string(first) + "'>";
   for (int i = 1; i < 10; ++i) {
@@ -110,7 +110,7 @@ std::string laughs(std::string_view first, std::string_view content) {
   return text + "]>" + std::string(content);
 }
 
-TEST(ZtXMLDocumentHostile, RefusesEntitiesThatGrowBeyondMeasure) {
+TEST(ZtXMLDocumentHostile, RefusesEntitiesThatExpandExcessively) {
   const std::string large = "<!DOCTYPE a [<!ENTITY e '" + std::string(100'000, 'x') + "'>]>";
   std::string parameters = "<!DOCTYPE a [<!ENTITY % p0 '<!ENTITY x \"y\">'>";
   for (int i = 1; i < 10; ++i) {
@@ -129,7 +129,7 @@ TEST(ZtXMLDocumentHostile, RefusesEntitiesThatGrowBeyondMeasure) {
       laughs("", "<a>&e9;</a>"),
       laughs("", "<a b='&e9;'/>"),
       laughs("<b/>", "<a>&e9;</a>"),
-      // Beginning with the smallest, so that each is known before it is needed.
+      // The smallest one comes first, so that each is declared before it is used.
       laughs("lol", "<a>&e1;&e2;&e3;&e4;&e5;&e6;&e7;&e8;&e9;</a>"),
       large + "<a>" + repeated("&e;", 10'000) + "</a>",
       large + "<a b='" + repeated("&e;", 10'000) + "'/>",
@@ -149,7 +149,7 @@ TEST(ZtXMLDocumentHostile, RefusesEntitiesThatGrowBeyondMeasure) {
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
-TEST(ZtXMLDocumentHostile, TakesEntitiesThatStayWithinMeasure) {
+TEST(ZtXMLDocumentHostile, AcceptsEntitiesWithinTheLimits) {
   const std::string text = "<!DOCTYPE a [<!ENTITY % p '<!ENTITY e \"" + std::string(1000, 'x') +
                            "\">'>%p;]><a>" + repeated("&e;", 900) + "</a>";
   for (const ZtXMLKeep keep : kBothKeeps) {
@@ -195,8 +195,8 @@ TEST(ZtXMLDocumentHostile, RefusesADeepDocumentForItsContent) {
   EXPECT_FALSE(ZtXMLDocument::parse(nested(100'000)));
 }
 
-// Behind a first byte order mark a second one was skipped as well, and stood at the beginning of
-// the saved report when that was sent: what arrived was another text than what had been parsed.
+// A second byte order mark was skipped like the first, and appeared at the beginning of the saved
+// report when that was sent: the server received a text that differed from the parsed one.
 TEST(ZtXMLDocumentHostile, RefusesASecondByteOrderMark) {
   for (const std::string& bytes :
        {"\xEF\xBB\xBF\xEF\xBB\xBF<a/>"s, "\xEF\xBB\xBF\xEF\xBB\xBF<?xml version='1.0'?><a/>"s,

@@ -103,7 +103,7 @@ TEST(ZtXMLDocument, IsWrittenBackAsAnXmlProcessorSeesIt) {
   }
 }
 
-TEST(ZtXMLDocument, IsWrittenAnewWithItsContentAlone) {
+TEST(ZtXMLDocument, IsFormattedAgainWithOnlyItsContent) {
   struct {
     const char* text;
     const char* written;
@@ -143,7 +143,7 @@ TEST(ZtXMLDocument, NamesNodesAsTheyAreWritten) {
               ElementsAre("", "", "", "", "text", "c", "p", "data"));
 }
 
-TEST(ZtXMLDocument, GathersTextAcrossAllBelow) {
+TEST(ZtXMLDocument, ConcatenatesTheTextOfAllDescendants) {
   struct {
     const char* text;
     const char* content;
@@ -178,7 +178,7 @@ TEST(ZtXMLDocument, ListsAttributesAsTheyAreWritten) {
   EXPECT_THAT(root.children().front().attributes(), IsEmpty());
 }
 
-TEST(ZtXMLDocument, PutsWhatEntitiesStandForInTheContent) {
+TEST(ZtXMLDocument, ReplacesEntitiesInTheContent) {
   constexpr std::string_view kText =
       "<!DOCTYPE a [<!ENTITY e '<b/>x<c>y</c>&f;'><!ENTITY f '<d/>'>]><a>&e;<z/></a>";
   EXPECT_THAT(names(rootOf(kText).children()), ElementsAre("b", nullptr, "c", "d", "z"));
@@ -202,7 +202,7 @@ TEST(ZtXMLDocument, LivesAsLongAsItsNodes) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST(ZtXMLDocument, ServesThreadsAtOnce) {
+TEST(ZtXMLDocument, CanBeUsedByThreadsInParallel) {
   const auto shared = ZtXMLDocument::parse("<a><b c='1'>text</b></a>");
   std::vector<std::thread> threads;
   std::vector<int> right(4);

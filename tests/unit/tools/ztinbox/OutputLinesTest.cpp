@@ -69,7 +69,7 @@ TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
   output.write("lost too\nand lost");
   EXPECT_EQ(pipe.readAll().find("lost"), std::string::npos);
   output.write("back");
-  EXPECT_EQ(pipe.readAll(), "(3 lines left out)\nback\n");
+  EXPECT_EQ(pipe.readAll(), "(3 lines dropped)\nback\n");
   output.write("again");
   EXPECT_EQ(pipe.readAll(), "again\n");
 }
@@ -77,7 +77,7 @@ TEST(LineOutputTest, LeavesLinesOutWhenNobodyReadsAndSaysHowMany) {
 using zt::inbox::AnswerKind;
 using zt::inbox::StoredReport;
 
-/// Everything behind the time, which is the local one.
+/// Everything after the time, which is local time.
 std::string withoutTime(const std::string& line) {
   constexpr std::size_t kTimeLength = std::string_view("2026-11-21 12:00:00").size();
   return line.size() < kTimeLength ? line : line.substr(kTimeLength);

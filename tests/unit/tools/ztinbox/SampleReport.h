@@ -77,7 +77,7 @@ inline SampleReport reportWithId(std::string reportId) {
   return report;
 }
 
-/// As the library asks for the service's version.
+/// The library's request for the server's version.
 inline constexpr std::string_view kVersionRequest =
     "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\">"
     "  <SOAP-ENV:Body>"

@@ -19,12 +19,12 @@ using zt::tools::DateSearch;
 
 using Found = std::optional<std::string>;
 
-TEST(DateSearchTest, FindsTheMomentOfADate) {
+TEST(DateSearchTest, FindsTheTimestampOfADate) {
   const struct {
     const char* zone;
     const char* locale;
     const char* text;
-    Found moment;
+    Found timestamp;
   } rows[] = {
       {"UTC", "C", "2026-11-21T12:00:00.123UTC", "2026-11-21T12:00:00.123Z"},
       {"UTC", "C", "1969-12-31T23:59:59.999UTC", "1969-12-31T23:59:59.999Z"},
@@ -36,7 +36,8 @@ TEST(DateSearchTest, FindsTheMomentOfADate) {
       {"America/St_Johns", "C", "2026-07-01T13:00:00.000GMT-2:30", "2026-07-01T13:00:00.000-02:30"},
       {"CET-1CEST,M3.5.0,M10.5.0/3", "C", "2026-07-01T13:00:00.000CEST",
        "2026-07-01T13:00:00.000+02:00"},
-      // An hour that comes twice is told by the zone's name, and one that never comes is none.
+      // The zone's name distinguishes an hour that occurs twice; an hour that is skipped is no
+      // date.
       {"Europe/Berlin", "C", "2026-10-25T02:30:00.000GMT+2", "2026-10-25T02:30:00.000+02:00"},
       {"Europe/Berlin", "C", "2026-10-25T02:30:00.000GMT+1", "2026-10-25T02:30:00.000+01:00"},
       {"Europe/Berlin", "C", "2026-03-29T02:30:00.000GMT+1", std::nullopt},
@@ -67,15 +68,15 @@ TEST(DateSearchTest, FindsTheMomentOfADate) {
   for (const auto& row : rows) {
     const ScopedEnvironment zone("TZ", row.zone);
     const ScopedEnvironment locale("LC_ALL", row.locale);
-    const Found found = DateSearch().momentOf(row.text);
-    EXPECT_EQ(found, row.moment) << row.zone << " " << row.locale << " " << row.text;
+    const Found found = DateSearch().timestampOf(row.text);
+    EXPECT_EQ(found, row.timestamp) << row.zone << " " << row.locale << " " << row.text;
     if (found && dateOf(*found)) {
       EXPECT_EQ(ZtPortalDef::stringFromDate(*dateOf(*found)), row.text);
     }
   }
 }
 
-TEST(DateSearchTest, FindsAMomentOfEveryDateThatIsWritten) {
+TEST(DateSearchTest, FindsATimestampForEveryWrittenDate) {
   constexpr int kDates = 40;
   for (const char* zone :
        {"UTC", "Europe/Berlin", "Europe/London", "Asia/Kolkata", "America/St_Johns",
@@ -89,7 +90,7 @@ TEST(DateSearchTest, FindsAMomentOfEveryDateThatIsWritten) {
       for (int i = 0; i < kDates; ++i) {
         const ZtString text =
             ZtPortalDef::stringFromDate(ZtDate::fromMilliseconds(generator.moment()));
-        const Found found = dates.momentOf(text.view());
+        const Found found = dates.timestampOf(text.view());
         ASSERT_TRUE(found) << zone << " " << locale << " " << text.view();
         ASSERT_EQ(ZtPortalDef::stringFromDate(*dateOf(*found)), text) << zone << " " << locale;
       }

@@ -7,7 +7,7 @@
 
 namespace zt::test {
 
-/// The message of the `JsonError` that `read` throws; "no fault" if it throws none.
+/// The message of the `JsonError` that `read` throws; "no fault" if it does not throw.
 template <class Read>
 std::string faultOf(Read&& read) {
   try {

@@ -18,7 +18,7 @@ struct Row {
   bool isNamed;
 };
 
-/// None of the hosts can be reached but through a proxy.
+/// Hosts that can be reached only through a proxy.
 constexpr Row kRows[] = {
     {"a.nowhere.invalid", "*", true},
     {"a.nowhere.invalid", "*,b", false},

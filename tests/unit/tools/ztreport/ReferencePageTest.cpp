@@ -18,7 +18,7 @@
 #include "ztportal/pools/FieldTable.h"
 
 // docs/report-description.md: the tables of the kinds of pools are generated from the field tables,
-// and the tables that people write are compared with what a description accepts.
+// and the hand-written tables are compared with the keys that a description accepts.
 
 namespace {
 
@@ -62,7 +62,7 @@ std::string typeName(const zt::Enumeration* enumeration) {
   }
 }
 
-/// The default of a value, read from an object of which the description says nothing else.
+/// The default of a value, read from an object whose description says nothing about it.
 class Defaults {
  public:
   explicit Defaults(ZtDate poolTime) : _poolTime(poolTime) {}
@@ -133,7 +133,7 @@ std::string rowsOf(const Object& object, const Defaults& defaults, const std::st
   return rows;
 }
 
-/// A pool of which the description says its time and has one empty entry in each list.
+/// A pool whose description has only a timestamp and one empty entry in each list.
 template <class Pool>
 std::shared_ptr<Pool> plainPool() {
   std::string lists;
@@ -162,7 +162,7 @@ std::string generatedPart() {
     const auto pool = plainPool<Pool>();
     Section section{code(Fields<Pool>::kKind), "", rowsOf(*pool, Defaults(pool->timeStamp()), "")};
     if constexpr (std::same_as<Pool, ZtPortalPool>) {
-      section.note = "A pool with generic fields alone.";
+      section.note = "A pool with only generic fields.";
       section.rows.replace(section.rows.find("–"), std::string_view("–").size(), "the pool's type");
     } else {
       section.note = "Pool type " + code(Fields<Pool>::kType) + ".";
@@ -220,7 +220,7 @@ std::vector<std::string> keysUnder(const std::string& heading) {
   return keys;
 }
 
-/// What a description says about a key with a value that no key takes.
+/// The error message for a key with a value that no key accepts.
 std::string faultOf(const std::string& before, const std::string& key, const std::string& after) {
   return zt::test::faultOf(
       [&] { const Description description(before + '"' + key + R"(": {"x": 0})" + after); });

@@ -8,7 +8,7 @@
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
 
-// Data folders that cannot be used: each is refused with a text that says why, and nothing in it is
+// Data folders that cannot be used: each is refused with a message that says why, and is not
 // changed.
 
 namespace {
@@ -49,7 +49,7 @@ class DamagedDataTest : public ::testing::Test {
     return {std::istreambuf_iterator<char>(stream), {}};
   }
 
-  /// Tries to use the folder and expects that the file is as it was.
+  /// Tries to use the folder, and expects that the file is not changed.
   void expectRefused(const std::string& reason) const {
     const std::string before = bytes();
     EXPECT_EQ(faultOf(folder()), file() + ": " + reason);
@@ -91,7 +91,8 @@ TEST_F(DamagedDataTest, ADatabaseOfAnotherProgramIsRefused) {
 TEST_F(DamagedDataTest, ADatabaseOfANewerProgramIsRefused) {
   fill();
   Database(file(), Database::Access::kWrite).run("PRAGMA user_version = 2");
-  expectRefused("written by a newer ztinbox (version 2 of the tables, this one knows 1)");
+  expectRefused(
+      "written by a newer ztinbox (version 2 of the tables; this program knows version 1)");
 }
 
 TEST_F(DamagedDataTest, AnEmptyFileIsANewDatabase) {
@@ -108,8 +109,9 @@ TEST_F(DamagedDataTest, AFolderThatCannotBeCreatedIsRefused) {
 
 TEST_F(DamagedDataTest, AFolderInUseIsRefused) {
   const ReportStore store(folder(), 100);
-  EXPECT_EQ(faultOf(folder() + "/"), "the data folder " + folder() +
-                                         " is in use by another inbox; --data names another one");
+  EXPECT_EQ(faultOf(folder() + "/"),
+            "the data folder " + folder() +
+                " is in use by another inbox; choose another one with --data");
 }
 
 TEST_F(DamagedDataTest, ADamagedReportIsToldWhenItIsRead) {

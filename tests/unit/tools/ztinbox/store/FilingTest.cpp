@@ -30,7 +30,7 @@ IncomingReport reportOfSize(std::size_t size) {
   return report;
 }
 
-/// In place of the database: notes what is filed, can be held up and can fail.
+/// Replaces the database: records what is filed, can be blocked and can fail.
 class FakeDatabase {
  public:
   void file(const std::vector<IncomingReport>& reports) {

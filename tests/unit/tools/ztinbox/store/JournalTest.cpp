@@ -38,7 +38,7 @@ std::string recordOf(const IncomingReport& report) {
 
 class JournalTest : public ::testing::Test {
  protected:
-  /// What a program that starts now finds.
+  /// The reports that a program finds if it starts now.
   Numbers left(std::uint64_t after = 0) const {
     Numbers numbers;
     for (const IncomingReport& report : Journal(folder()).after(after)) {
@@ -113,7 +113,7 @@ TEST_F(JournalTest, AFileThatStartsOverIsWrittenOver) {
   Journal journal(folder());
   std::uint64_t number = 0;
   for (int turn = 0; turn < 6; ++turn) {
-    // Longer and shorter ones, so that their ends do not meet those of what is written over.
+    // Longer and shorter ones, so that they do not end where the overwritten ones did.
     for (int i = 0; i < 3; ++i) {
       ++number;
       journal.append(numbered(number, std::string(number * 37 % 100, 'x')));

@@ -9,7 +9,8 @@
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
 
-// What a run that was killed between keeping reports and filing them leaves to the next one.
+// What the next run finds after a run that was killed between writing reports to the journal and
+// filing them.
 
 namespace {
 
@@ -50,7 +51,7 @@ TEST_F(ReportRecoveryTest, WhatIsInTheJournalAloneIsFiled) {
     store.add(newReport("b"));
   }
   {
-    // The first of these is in the database, as when the end came between filing and forgetting.
+    // The first of these is in the database, as if the run ended between filing and forget().
     Journal journal(folder());
     journal.append(newReport("b", 2));
     journal.append(newReport("a", 3));
