@@ -9,7 +9,10 @@
 
 namespace {
 
+using zt::test::crlf;
+using zt::test::fieldLines;
 using zt::test::thrownBy;
+using zt::test::written;
 
 class ZtPortalPoolArrayTest : public zt::test::PoolsFixture {
  protected:
@@ -37,13 +40,6 @@ TEST_F(ZtPortalPoolArrayTest, BeginsWithItsNameAndAnEmptyList) {
   EXPECT_TRUE(ZtPortalPoolArray::initWithName(nullptr)->fieldName().isNull());
 }
 
-TEST_F(ZtPortalPoolArrayTest, EachArrayHasAListOfItsOwn) {
-  const auto first = ZtPortalPoolArray::initWithName("LIST");
-  const auto second = ZtPortalPoolArray::initWithName("LIST");
-  first->addInteger("N", 1);
-  EXPECT_TRUE(second->fields().empty());
-}
-
 TEST_F(ZtPortalPoolArrayTest, AddsChildrenOfEveryKindInOrderAndReturnsThem) {
   const auto array = ZtPortalPoolArray::initWithName("LIST");
   const auto string = array->addString("S", "text");
@@ -51,20 +47,13 @@ TEST_F(ZtPortalPoolArrayTest, AddsChildrenOfEveryKindInOrderAndReturnsThem) {
   const auto number = array->addFloat("F", 2.5F);
   const auto boolean = array->addBOOL("B", 2);
   const auto inner = array->addArray("A");
-
-  EXPECT_EQ(string->fieldName(), "S");
   EXPECT_EQ(string->data(), "text");
-  EXPECT_EQ(integer->fieldName(), "I");
   EXPECT_EQ(integer->data(), -7);
-  EXPECT_EQ(number->fieldName(), "F");
   EXPECT_EQ(number->data(), 2.5F);
-  EXPECT_EQ(boolean->fieldName(), "B");
   EXPECT_EQ(boolean->data(), 2);
-  EXPECT_EQ(inner->fieldName(), "A");
   EXPECT_TRUE(inner->fields().empty());
-
-  const ZtPortalPoolArray::Fields expected{string, integer, number, boolean, inner};
-  EXPECT_EQ(array->fields(), expected);
+  EXPECT_EQ(array->fields(), (ZtPortalPoolArray::Fields{string, integer, number, boolean, inner}));
+  EXPECT_EQ(namesIn(*array), "S I F B A ");
 }
 
 TEST_F(ZtPortalPoolArrayTest, AnArrayWithoutAListTakesNoChildAndReturnsNull) {
@@ -86,14 +75,6 @@ TEST_F(ZtPortalPoolArrayTest, ASnapshotDoesNotContainWhatIsAddedLater) {
   array->addString("SECOND", "2");
   EXPECT_EQ(snapshot, ZtPortalPoolArray::Fields{first});
   EXPECT_EQ(array->fields().size(), 2U);
-}
-
-TEST_F(ZtPortalPoolArrayTest, ASnapshotHasTheSameChildrenAndNoCopies) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  const auto child = array->addString("S", "before");
-  const auto snapshot = array->fields();
-  child->setData("after");
-  EXPECT_EQ(std::dynamic_pointer_cast<ZtPortalPoolString>(snapshot.front())->data(), "after");
 }
 
 TEST_F(ZtPortalPoolArrayTest, AChangeOfTheLiveListChangesTheArray) {
@@ -129,10 +110,9 @@ TEST_F(ZtPortalPoolArrayTest, ReleasesItsChildrenAtItsEnd) {
 
 TEST_F(ZtPortalPoolArrayTest, ReturnsTheChildAtAnIndex) {
   const auto array = arrayOfThree();
-  EXPECT_EQ(array->field(0)->fieldName(), "A");
-  EXPECT_EQ(array->field(1)->fieldName(), "B");
-  EXPECT_EQ(array->field(2)->fieldName(), "C");
-  EXPECT_EQ(array->field(1), array->fields()[1]);
+  for (std::int32_t index = 0; index < 3; ++index) {
+    EXPECT_EQ(array->field(index), array->fields()[static_cast<std::size_t>(index)]);
+  }
 }
 
 TEST_F(ZtPortalPoolArrayTest, AWrongIndexThrowsWhetherReadOrDeleted) {
@@ -165,7 +145,6 @@ TEST_F(ZtPortalPoolArrayTest, DeletingTheFirstOfThreeMovesTheOthersDown) {
   const auto second = array->field(1);
   const auto third = array->field(2);
   array->deleteField(0);
-  EXPECT_EQ(array->fields(), (ZtPortalPoolArray::Fields{second, third}));
   EXPECT_EQ(array->field(0), second);
   EXPECT_EQ(array->field(1), third);
 }
@@ -180,14 +159,118 @@ TEST_F(ZtPortalPoolArrayTest, DeletesInTheMiddleAndAtTheEnd) {
   EXPECT_EQ(namesIn(*array), "");
 }
 
-TEST_F(ZtPortalPoolArrayTest, ADeletedChildLivesOnWithItsHolder) {
+// What it writes.
+
+TEST_F(ZtPortalPoolArrayTest, AnEmptyArrayWritesExactlyFourLines) {
   const auto array = ZtPortalPoolArray::initWithName("LIST");
-  const auto child = array->addString("S", "text");
-  const auto snapshot = array->fields();
-  array->deleteField(0);
-  EXPECT_EQ(child->data(), "text");
-  EXPECT_EQ(snapshot.size(), 1U);
-  EXPECT_TRUE(array->fields().empty());
+  EXPECT_EQ(written(*array, "    ", true),
+            "    <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
+            "      <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
+            "      <Fields xsi:type=\"com_Fields\"/>\r\n"
+            "    </Data>\r\n");
+  EXPECT_EQ(written(*array, "    ", false),
+            "    <Field FieldType=\"array\">\r\n"
+            "      <Name>LIST</Date>\r\n"
+            "      <Fields/>\r\n"
+            "    </Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTest, WritesChildrenOfEveryKind) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->addString("S", "a<b");
+  array->addInteger("I", -7);
+  array->addFloat("F", 0.5F);
+  array->addBOOL("B", 1);
+  array->mutableFields()->push_back(ZtPortalPoolField::initWithName("N"));
+  array->addArray("E");
+  for (const bool soap : {true, false}) {
+    EXPECT_EQ(written(*array, "", soap), crlf(fieldLines(R"(
+array LIST
+  string S = a<b | integer I = -7 | float F = 0.50 | boolean B = TRUE
+  none N
+  array E
+)",
+                                                         0, soap)));
+  }
+}
+
+TEST_F(ZtPortalPoolArrayTest, NestedArraysAreFourBlanksDeeperEachAndCloseWithData) {
+  const auto outer = ZtPortalPoolArray::initWithName("ONE");
+  outer->addArray("TWO")->addArray("THREE")->addBOOL("DEEP", 0);
+  EXPECT_EQ(written(*outer, "  ", false),
+            "  <Field FieldType=\"array\">\r\n"
+            "    <Name>ONE</Date>\r\n"
+            "    <Fields>\r\n"
+            "      <Field FieldType=\"array\">\r\n"
+            "        <Name>TWO</Date>\r\n"
+            "        <Fields>\r\n"
+            "          <Field FieldType=\"array\">\r\n"
+            "            <Name>THREE</Date>\r\n"
+            "            <Fields>\r\n"
+            "              <Field FieldType=\"boolean\">\r\n"
+            "                <Name>DEEP</Name>\r\n"
+            "                <Value>FALSE</Value>\r\n"
+            "              </Field>\r\n"
+            "            </Fields>\r\n"
+            "          </Data>\r\n"
+            "        </Fields>\r\n"
+            "      </Data>\r\n"
+            "    </Fields>\r\n"
+            "  </Data>\r\n");
+}
+
+TEST_F(ZtPortalPoolArrayTest, WritesAHundredLevels) {
+  const auto outer = ZtPortalPoolArray::initWithName("L");
+  auto inner = outer;
+  std::string outline = "array L";
+  for (std::size_t level = 1; level < 100; ++level) {
+    inner = inner->addArray("L");
+    outline += "\n" + std::string(2 * level, ' ') + "array L";
+  }
+  EXPECT_EQ(written(*outer, "", false), crlf(fieldLines(outline, 0)));
+}
+
+TEST_F(ZtPortalPoolArrayTest, NullChildrenAreSkipped) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  array->mutableFields()->push_back(nullptr);
+  EXPECT_EQ(written(*array, "", false),
+            "<Field FieldType=\"array\">\r\n"
+            "  <Name>LIST</Date>\r\n"
+            "  <Fields>\r\n"
+            "  </Fields>\r\n"
+            "</Data>\r\n");
+  array->addInteger("I", 1);
+  EXPECT_EQ(array->field(0), nullptr);
+  EXPECT_EQ(written(*array, "", false), crlf(fieldLines("array LIST\n  integer I = 1", 0)));
+}
+
+TEST_F(ZtPortalPoolArrayTest, WritesAnyPrefixAndNameUnchanged) {
+  const struct {
+    ZtString prefix;
+    ZtString name;
+    std::string writtenPrefix;
+    std::string writtenName;
+  } rows[] = {{"\t", "<&>", "\t", "<&>"}, {nullptr, nullptr, "(null)", "(null)"}};
+  for (const auto& row : rows) {
+    const std::string& p = row.writtenPrefix;
+    EXPECT_EQ(written(*ZtPortalPoolArray::initWithName(row.name), row.prefix, false),
+              p + "<Field FieldType=\"array\">\r\n" +                 //
+                  p + "  <Name>" + row.writtenName + "</Date>\r\n" +  //
+                  p + "  <Fields/>\r\n" +                             //
+                  p + "</Data>\r\n");
+  }
+}
+
+TEST_F(ZtPortalPoolArrayTest, AppendsTheCurrentChildrenAlsoThoseOfAnotherArray) {
+  const auto shared = ZtPortalPoolInteger::initWithNameAndValue("I", 1);
+  const auto first = ZtPortalPoolArray::initWithName("FIRST");
+  const auto second = ZtPortalPoolArray::initWithName("SECOND");
+  first->mutableFields()->push_back(shared);
+  second->mutableFields()->push_back(shared);
+  shared->setData(2);
+  std::string xml = "old";
+  second->addToXml("", xml, false);
+  EXPECT_EQ(xml, "old" + crlf(fieldLines("array SECOND\n  integer I = 2", 0)));
 }
 
 }  // namespace
