@@ -105,28 +105,6 @@ TEST_F(PoolWriterTest, WritesTheFieldsOfATableAndSkipsNullRecordsAndEmptyLists) 
                               "boolean FALSE_FIELD = FALSE"));
 }
 
-TEST_F(PoolWriterTest, AListHasAnElementForEachRecordAndNoneAroundThem) {
-  Sample sample;
-  sample.records.assign(2, record("r"));
-  std::string text = written(sample, "", false);
-  for (std::size_t at = text.find(kLongName); at != text.npos; at = text.find(kLongName)) {
-    text.replace(at, kLongName.size(), "N");
-  }
-  const std::string fields =
-      "      <Fields>\r\n"
-      "        <Field FieldType=\"string\">\r\n"
-      "          <Name>N</Name>\r\n"
-      "          <Value>r</Value>\r\n"
-      "        </Field>\r\n";
-  EXPECT_NE(text.find("    <Field FieldType=\"array\">\r\n"
-                      "      <Name>RECORDS</Name>\r\n" +
-                      fields),
-            text.npos)
-      << text;
-  EXPECT_NE(text.find("      </Fields>\r\n" + fields), text.npos) << text;
-  EXPECT_NE(text.find("      </Fields>\r\n    </Field>\r\n"), text.npos) << text;
-}
-
 TEST_F(PoolWriterTest, EveryLineStartsWithThePrefix) {
   Sample sample;
   sample.records = {record("r")};

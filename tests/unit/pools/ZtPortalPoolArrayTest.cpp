@@ -7,14 +7,10 @@
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolArray.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::crlf;
-using zt::test::fieldLines;
-using zt::test::thrownBy;
-using zt::test::written;
-
-class ZtPortalPoolArrayTest : public zt::test::PoolsFixture {
+class ZtPortalPoolArrayTest : public PoolsFixture {
  protected:
   static std::shared_ptr<ZtPortalPoolArray> arrayOfThree() {
     auto array = ZtPortalPoolArray::initWithName("THREE");
@@ -159,118 +155,5 @@ TEST_F(ZtPortalPoolArrayTest, DeletesInTheMiddleAndAtTheEnd) {
   EXPECT_EQ(namesIn(*array), "");
 }
 
-// What it writes.
-
-TEST_F(ZtPortalPoolArrayTest, AnEmptyArrayWritesExactlyFourLines) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  EXPECT_EQ(written(*array, "    ", true),
-            "    <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
-            "      <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
-            "      <Fields xsi:type=\"com_Fields\"/>\r\n"
-            "    </Data>\r\n");
-  EXPECT_EQ(written(*array, "    ", false),
-            "    <Field FieldType=\"array\">\r\n"
-            "      <Name>LIST</Date>\r\n"
-            "      <Fields/>\r\n"
-            "    </Data>\r\n");
-}
-
-TEST_F(ZtPortalPoolArrayTest, WritesChildrenOfEveryKind) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  array->addString("S", "a<b");
-  array->addInteger("I", -7);
-  array->addFloat("F", 0.5F);
-  array->addBOOL("B", 1);
-  array->mutableFields()->push_back(ZtPortalPoolField::initWithName("N"));
-  array->addArray("E");
-  for (const bool soap : {true, false}) {
-    EXPECT_EQ(written(*array, "", soap), crlf(fieldLines(R"(
-array LIST
-  string S = a<b | integer I = -7 | float F = 0.50 | boolean B = TRUE
-  none N
-  array E
-)",
-                                                         0, soap)));
-  }
-}
-
-TEST_F(ZtPortalPoolArrayTest, NestedArraysAreFourBlanksDeeperEachAndCloseWithData) {
-  const auto outer = ZtPortalPoolArray::initWithName("ONE");
-  outer->addArray("TWO")->addArray("THREE")->addBOOL("DEEP", 0);
-  EXPECT_EQ(written(*outer, "  ", false),
-            "  <Field FieldType=\"array\">\r\n"
-            "    <Name>ONE</Date>\r\n"
-            "    <Fields>\r\n"
-            "      <Field FieldType=\"array\">\r\n"
-            "        <Name>TWO</Date>\r\n"
-            "        <Fields>\r\n"
-            "          <Field FieldType=\"array\">\r\n"
-            "            <Name>THREE</Date>\r\n"
-            "            <Fields>\r\n"
-            "              <Field FieldType=\"boolean\">\r\n"
-            "                <Name>DEEP</Name>\r\n"
-            "                <Value>FALSE</Value>\r\n"
-            "              </Field>\r\n"
-            "            </Fields>\r\n"
-            "          </Data>\r\n"
-            "        </Fields>\r\n"
-            "      </Data>\r\n"
-            "    </Fields>\r\n"
-            "  </Data>\r\n");
-}
-
-TEST_F(ZtPortalPoolArrayTest, WritesAHundredLevels) {
-  const auto outer = ZtPortalPoolArray::initWithName("L");
-  auto inner = outer;
-  std::string outline = "array L";
-  for (std::size_t level = 1; level < 100; ++level) {
-    inner = inner->addArray("L");
-    outline += "\n" + std::string(2 * level, ' ') + "array L";
-  }
-  EXPECT_EQ(written(*outer, "", false), crlf(fieldLines(outline, 0)));
-}
-
-TEST_F(ZtPortalPoolArrayTest, NullChildrenAreSkipped) {
-  const auto array = ZtPortalPoolArray::initWithName("LIST");
-  array->mutableFields()->push_back(nullptr);
-  EXPECT_EQ(written(*array, "", false),
-            "<Field FieldType=\"array\">\r\n"
-            "  <Name>LIST</Date>\r\n"
-            "  <Fields>\r\n"
-            "  </Fields>\r\n"
-            "</Data>\r\n");
-  array->addInteger("I", 1);
-  EXPECT_EQ(array->field(0), nullptr);
-  EXPECT_EQ(written(*array, "", false), crlf(fieldLines("array LIST\n  integer I = 1", 0)));
-}
-
-TEST_F(ZtPortalPoolArrayTest, WritesAnyPrefixAndNameUnchanged) {
-  const struct {
-    ZtString prefix;
-    ZtString name;
-    std::string writtenPrefix;
-    std::string writtenName;
-  } rows[] = {{"\t", "<&>", "\t", "<&>"}, {nullptr, nullptr, "(null)", "(null)"}};
-  for (const auto& row : rows) {
-    const std::string& p = row.writtenPrefix;
-    EXPECT_EQ(written(*ZtPortalPoolArray::initWithName(row.name), row.prefix, false),
-              p + "<Field FieldType=\"array\">\r\n" +                 //
-                  p + "  <Name>" + row.writtenName + "</Date>\r\n" +  //
-                  p + "  <Fields/>\r\n" +                             //
-                  p + "</Data>\r\n");
-  }
-}
-
-TEST_F(ZtPortalPoolArrayTest, AppendsTheCurrentChildrenAlsoThoseOfAnotherArray) {
-  const auto shared = ZtPortalPoolInteger::initWithNameAndValue("I", 1);
-  const auto first = ZtPortalPoolArray::initWithName("FIRST");
-  const auto second = ZtPortalPoolArray::initWithName("SECOND");
-  first->mutableFields()->push_back(shared);
-  second->mutableFields()->push_back(shared);
-  shared->setData(2);
-  std::string xml = "old";
-  second->addToXml("", xml, false);
-  EXPECT_EQ(xml, "old" + crlf(fieldLines("array SECOND\n  integer I = 2", 0)));
-}
-
 }  // namespace
+}  // namespace zt::test

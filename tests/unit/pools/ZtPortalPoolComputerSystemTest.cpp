@@ -6,10 +6,8 @@
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
 
+namespace zt::test {
 namespace {
-
-using zt::test::kNoon;
-using zt::test::poolText;
 
 constexpr const char* kUnknown = R"(
 string OS_NAME =
@@ -20,7 +18,7 @@ string USER_LANGUAGE = NEUTRAL
 boolean USER_ISADMIN = FALSE
 )";
 
-class ZtPortalPoolComputerSystemTest : public zt::test::PoolsFixture {
+class ZtPortalPoolComputerSystemTest : public PoolsFixture {
  protected:
   /// The text of a pool with these fields up to the user's rights and these others.
   static std::string text(const std::string& fields, bool soap = false,
@@ -29,7 +27,7 @@ class ZtPortalPoolComputerSystemTest : public zt::test::PoolsFixture {
                     fields + lists + "boolean WINDOWS_FIREWALL_ENABLED = FALSE\n" + more, soap, 11);
   }
   std::string written(bool soap = false) const {
-    return zt::test::written(*_pool, "           ", soap);
+    return test::written(*_pool, "           ", soap);
   }
 
   std::shared_ptr<ZtPortalPoolComputerSystem> _pool =
@@ -173,3 +171,4 @@ TEST_F(ZtPortalPoolComputerSystemTest, ItsListsAreLive) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -9,11 +9,8 @@
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolConnectionManager.h"
 
+namespace zt::test {
 namespace {
-
-using zt::test::kNoon;
-using zt::test::poolText;
-using zt::test::written;
 
 using Pool = ZtPortalPoolConnectionManager;
 
@@ -60,7 +57,7 @@ struct Device {
   const char* imsi = "(null)";
 };
 
-class ZtPortalPoolConnectionManagerTest : public zt::test::PoolsFixture {
+class ZtPortalPoolConnectionManagerTest : public PoolsFixture {
  protected:
   /// The device, the counters and what follows them; `value` returns that of each counter.
   template <class Value>
@@ -161,3 +158,4 @@ TEST_F(ZtPortalPoolConnectionManagerTest, ACounterOfMinusOneIsWrittenSo) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -9,15 +9,10 @@
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/pools/ZtPortalPoolDiagnose.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::kLater;
-using zt::test::kNoon;
-using zt::test::poolText;
-using zt::test::thrownBy;
-using zt::test::written;
-
-class ZtPortalPoolDiagnoseTest : public zt::test::PoolsFixture {
+class ZtPortalPoolDiagnoseTest : public PoolsFixture {
  protected:
   /// The outline of a step that is as it was made.
   static std::string step(const std::string& name, const std::string& type) {
@@ -126,3 +121,4 @@ integer TRIES = 3
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -13,16 +13,10 @@
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::kEpoch;
-using zt::test::kLater;
-using zt::test::kNoon;
-using zt::test::poolText;
-using zt::test::thrownBy;
-using zt::test::written;
-
-class ZtPortalPoolExecutionTest : public zt::test::PoolsFixture {
+class ZtPortalPoolExecutionTest : public PoolsFixture {
  protected:
   /// A new pool, and the outline of what follows its fixed fields.
   static std::string fresh(std::string_view more = "", bool soap = false) {
@@ -304,7 +298,7 @@ TEST_F(ZtPortalPoolExecutionTest, WritesMissingValuesAsNullAndOddBytesAsFalse) {
   pool->setEndErrorMessageCode(nullptr);
   pool->setCancelled(2);
   pool->setSuccessfull(-1);
-  EXPECT_EQ(written(*pool, "", false), zt::test::crlf(zt::test::poolLines("(null)", "(null)", R"(
+  EXPECT_EQ(written(*pool, "", false), crlf(poolLines("(null)", "(null)", R"(
 string INSTALLATION_TYPE = (null)
 string START_POINT = (null)
 string START_TIME = (null)
@@ -320,3 +314,4 @@ boolean SUCCESSFULL = FALSE
 }
 
 }  // namespace
+}  // namespace zt::test

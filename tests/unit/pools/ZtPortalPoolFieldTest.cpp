@@ -16,13 +16,10 @@
 
 // The bare field and the fields with a value.
 
+namespace zt::test {
 namespace {
 
-using zt::test::crlf;
-using zt::test::fieldLines;
-using zt::test::written;
-
-class ZtPortalPoolFieldTest : public zt::test::PoolsFixture {
+class ZtPortalPoolFieldTest : public PoolsFixture {
  protected:
   /// A new field has the value; a field that is set to it has it and keeps its name.
   template <class Field, class Value>
@@ -143,3 +140,4 @@ TEST_F(ZtPortalPoolFieldTest, ABareFieldWritesAnyNameAndPrefixUnchanged) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -7,17 +7,10 @@
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPool.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::crlf;
-using zt::test::fieldLines;
-using zt::test::kLater;
-using zt::test::kNoon;
-using zt::test::poolText;
-using zt::test::thrownBy;
-using zt::test::written;
-
-class ZtPortalPoolTest : public zt::test::PoolsFixture {
+class ZtPortalPoolTest : public PoolsFixture {
  protected:
   static std::string genericFieldsOf(const ZtPortalPool& pool, const ZtString& prefix, bool soap) {
     std::string xml;
@@ -209,3 +202,4 @@ TEST_F(ZtPortalPoolTest, AppendsItsCurrentValuesAndTheSameAgain) {
 }
 
 }  // namespace
+}  // namespace zt::test

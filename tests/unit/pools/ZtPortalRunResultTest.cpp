@@ -9,12 +9,8 @@
 
 // The removal and the first set-up of a product: two classes that differ only in their pool type.
 
+namespace zt::test {
 namespace {
-
-using zt::test::kLater;
-using zt::test::kNoon;
-using zt::test::poolText;
-using zt::test::written;
 
 template <class Pool>
 constexpr const char* kType = "DEINSTALLATION";
@@ -22,7 +18,7 @@ template <>
 constexpr const char* kType<ZtPortalPoolInitialization> = "INITIALIZATION";
 
 template <class Pool>
-class ZtPortalRunResultTest : public zt::test::PoolsFixture {
+class ZtPortalRunResultTest : public PoolsFixture {
  protected:
   std::shared_ptr<Pool> _pool = Pool::initWithValues(kNoon);
 };
@@ -85,3 +81,4 @@ integer FILES = 12
 }
 
 }  // namespace
+}  // namespace zt::test

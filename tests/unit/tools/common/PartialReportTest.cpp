@@ -10,17 +10,14 @@
 
 // What is read of a report that has a fault.
 
+namespace zt::test {
 namespace {
 
 using zt::reader::ParsedReport;
 using zt::reader::readReport;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
-using zt::test::told;
 
 /// A pool with an array in an array, and with two records.
-const std::string kDeepPool = plainPool(zt::test::plainFields(R"(
+const std::string kDeepPool = plainPool(plainFields(R"(
 string A = 1
 array OUTER
   array INNER
@@ -69,3 +66,4 @@ TEST(PartialReportTest, WhateverLineCannotBeReadTheRestBeforeItIs) {
 }
 
 }  // namespace
+}  // namespace zt::test

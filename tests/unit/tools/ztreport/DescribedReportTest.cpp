@@ -8,15 +8,12 @@
 #include "tools/common/ReportReader.h"
 #include "tools/ztreport/description/DescribedReport.h"
 
+namespace zt::test {
 namespace {
 
 using nlohmann::ordered_json;
-using zt::Json;
 using zt::reader::ReadError;
 using zt::reader::readReport;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
 using zt::tools::describedReport;
 
 /// Dates are those of Greenwich, whatever the machine is set to.
@@ -37,20 +34,20 @@ class DescribedReportTest : public testing::Test {
               ordered_json::parse("[" + json + "]").dump(2));
   }
   static void expectFields(const std::string& outline, const std::string& json) {
-    expectPool(plainPool(zt::test::fieldLines(outline, 8)),
+    expectPool(plainPool(fieldLines(outline, 8)),
                R"({"kind": "generic", "poolType": "CUSTOM",
         "timeStamp": "2026-11-21T12:00:00.000Z", "fields": [)" +
                    json + "]}");
   }
 
  private:
-  zt::test::ScopedEnvironment _zone{"TZ", "UTC"};
-  zt::test::ScopedEnvironment _locale{"LC_ALL", "C"};
+  ScopedEnvironment _zone{"TZ", "UTC"};
+  ScopedEnvironment _locale{"LC_ALL", "C"};
 };
 
 /// A pool without a date, with the fields of an outline.
 std::string pool(const std::string& type, const std::string& outline) {
-  return zt::test::poolLines(type, "(null)", outline, false, 4);
+  return poolLines(type, "(null)", outline, false, 4);
 }
 
 std::string openPool(const std::string& type) {
@@ -193,7 +190,7 @@ TEST_F(DescribedReportTest, TellsThePlaceOfWhatNoDescriptionHas) {
       {plainPool("        <Field FieldType=\"array\">\n          <Name>A</Date>\n"
                  "          <Fields>\n          </Fields>\n        </Data>\n"),
        "line 13, column 17: expected an array with fields"},
-      {plainPool(zt::test::fieldLines("records BROWSERS\n  - string A = x", 8)),
+      {plainPool(fieldLines("records BROWSERS\n  - string A = x", 8)),
        "line 13, column 17: expected an array that a generic field can be (its name ends with "
        "</Date>)"},
       {pool("DIAGNOSE", diagnosis("X")),
@@ -213,3 +210,4 @@ TEST_F(DescribedReportTest, TellsThePlaceOfWhatNoDescriptionHas) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -6,14 +6,11 @@
 #include "tools/common/ReportReader.h"
 #include "tools/ztreport/commands/ReportTree.h"
 
+namespace zt::test {
 namespace {
 
 using zt::reader::readReport;
 using zt::terminal::TerminalStyle;
-using zt::test::plainField;
-using zt::test::plainFields;
-using zt::test::plainLines;
-using zt::test::plainPool;
 using zt::tools::reportTree;
 
 constexpr const char* kHead =
@@ -79,7 +76,7 @@ TEST(ReportTreeTest, GoesOnInItsColumnAfterALineEnd) {
                 "  B  string   \\x0a\n"
                 "              \\x0a\n"
                 "              x\n");
-  std::string text = zt::test::crlf(plainLines(plainPool(plainField("A", "one\ntwo\n\n"))));
+  std::string text = crlf(plainLines(plainPool(plainField("A", "one\ntwo\n\n"))));
   text.replace(text.find("two"), 3, "t\rwo");
   EXPECT_EQ(reportTree(readReport(text), {}), std::string(kHead) +
                                                   "  A  string   one\\x0d\\x0a\n"
@@ -130,3 +127,4 @@ TEST(ReportTreeTest, Colours) {
 }
 
 }  // namespace
+}  // namespace zt::test
