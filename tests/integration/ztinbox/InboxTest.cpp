@@ -25,6 +25,7 @@ std::string printedUrl(Subprocess& inbox) {
   const std::string line = inbox.waitForLines(1);
   return line.empty() ? "" : line.substr(line.find("http"), line.rfind('\n') - line.find("http"));
 }
+
 TEST(InboxTest, TheConfigurationPointsAtTheInbox) {
   const Inbox inbox;
   auto client = inbox.newClient();

@@ -88,25 +88,11 @@ TEST(ReportContentTest, ATextThatIsNotAReportHasNoIdentity) {
 }
 
 TEST(ReportContentTest, KeepsWhatComesBeforeAnError) {
-  SampleReport report;
-  report.pools = {"A", "B"};
+  const SampleReport report;
   std::string text = report.text();
-  text.resize(text.find("</Data>\r\n", text.find("Pool=\"B\"")));
-  EXPECT_EQ(readIdentity(text).customerId, "Kelvane");
-  EXPECT_EQ(readIdentity(text).pools, report.pools);
-  std::string damaged = report.text();
-  damaged.insert(damaged.find("<Field "), "x");
-  EXPECT_EQ(readIdentity(damaged).pools, report.pools);
   text.resize(text.find("<CustomerID"));
   EXPECT_EQ(readIdentity(text).machineId, report.machineId);
   EXPECT_EQ(readIdentity(text).customerId, std::nullopt);
-}
-
-TEST(ReportContentTest, LongValuesAreCutOff) {
-  SampleReport report;
-  report.customerId = std::string(1'000'000, 'k');
-  EXPECT_EQ(readIdentity(report.text()).customerId,
-            std::string(zt::inbox::kLongestIdentityValue, 'k'));
 }
 
 /// The test's time limit detects a search that starts over and over again.
