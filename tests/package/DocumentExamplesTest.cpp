@@ -20,13 +20,8 @@
 // The code blocks in docs/: descriptions are rendered and compared with the texts that follow them,
 // commands are run and their output is compared.
 
+namespace zt::test {
 namespace {
-
-using zt::test::Inbox;
-using zt::test::MarkdownBlock;
-using zt::test::markdownBlocks;
-using zt::test::runProgram;
-using zt::test::TemporaryFolder;
 
 /// Report and machine IDs differ in each run. Translates between the IDs in a document's examples
 /// and those of this run.
@@ -102,8 +97,7 @@ class Reader {
                "/bin/bash", {"-c", "exec 2>&1; cd; " + command},
                {.environment =
                     std::vector<std::string>{
-                        "HOME=" + _home.path(),
-                        "PATH=" + zt::test::paths::kBuild + "/bin" + ":/usr/bin:/bin",
+                        "HOME=" + _home.path(), "PATH=" + paths::kBuild + "/bin" + ":/usr/bin:/bin",
                         "TZ=Europe/Berlin", "LC_ALL=en_US.UTF-8", "http_proxy=" + _inbox.url(),
                         "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}})
         .output;
@@ -151,18 +145,18 @@ class Reader {
 
 TEST(DocumentExamplesTest, OfTheReportFormat) {
   Reader reader;
-  reader.read(zt::test::paths::kSource + "/docs/report-format.md");
+  reader.read(paths::kSource + "/docs/report-format.md");
   EXPECT_GE(reader.count(), 11) << "the blocks are not found";
 }
 
 TEST(DocumentExamplesTest, OfTheStore) {
   Reader reader;
-  reader.read(zt::test::paths::kSource + "/docs/store.md");
+  reader.read(paths::kSource + "/docs/store.md");
   EXPECT_GE(reader.count(), 5) << "the blocks are not found";
 }
 
 TEST(DocumentExamplesTest, OfTheNotification) {
-  const auto blocks = markdownBlocks(zt::test::paths::kSource + "/docs/notification.md");
+  const auto blocks = markdownBlocks(paths::kSource + "/docs/notification.md");
   ASSERT_EQ(blocks.size(), 1U);
   ASSERT_EQ(blocks[0].language, "xml");
   const auto entries = zt::parsePropertyList(blocks[0].content);
@@ -171,3 +165,4 @@ TEST(DocumentExamplesTest, OfTheNotification) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -16,15 +16,12 @@
 // The programs of examples/, built against the installed library. They reach the customer's
 // configuration host only through a proxy, which is an inbox.
 
+namespace zt::test {
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
-using zt::test::Inbox;
-using zt::test::ProgramResult;
-using zt::test::runProgram;
-using zt::test::TemporaryFolder;
 
 using Pools = std::vector<std::string>;
 
@@ -32,7 +29,7 @@ class ExamplesTest : public testing::Test {
  protected:
   ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
     return runProgram(
-        zt::test::paths::kExamples + "." + example + "/" + example, arguments,
+        paths::kExamples + "." + example + "/" + example, arguments,
         {.environment = std::vector<std::string>{
              "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
              "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
@@ -141,3 +138,4 @@ TEST_F(ExamplesTest, ConnectionManagerSavesEachPeriodThatIsRefused) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -3,7 +3,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -17,14 +16,13 @@
 // packages are unpacked into another folder, so their loader needs ZT_LIBRARIES; installed programs
 // find their library by themselves.
 
+namespace zt::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::StartsWith;
-using zt::test::Subprocess;
-using zt::test::TemporaryFolder;
 
-const std::string kDescription = zt::test::paths::kSource + "/examples/reports/installation.json";
+const std::string kDescription = paths::kSource + "/examples/reports/installation.json";
 
 std::string program(const std::string& name) {
   const char* const folder = std::getenv("ZT_PROGRAMS");
@@ -53,29 +51,12 @@ class InstalledToolsTest : public testing::Test {
     return text;
   }
 
-  /// The text without the report ID and timestamps, which differ between runs.
-  static std::string withoutIdAndTimestamps(const std::string& text) {
-    static const std::regex reportId("(<ReportID[^>]*>)[^<]*");
-    static const std::regex timestamp(R"(\d{4}-\d\d-\d\dT\d\d:\d\d:\d\d\.\d{3})");
-    return std::regex_replace(std::regex_replace(text, reportId, "$1"), timestamp, "");
-  }
-
   TemporaryFolder _data;
 };
 
 TEST_F(InstalledToolsTest, TellTheirVersion) {
-  EXPECT_EQ(output(program("ztreport"), {"--version"}),
-            "ztreport " + zt::test::paths::kVersion + "\n");
-  EXPECT_EQ(output(program("ztinbox"), {"--version"}),
-            "ztinbox " + zt::test::paths::kVersion + "\n");
-}
-
-TEST_F(InstalledToolsTest, RenderAsTheBuiltOneDoes) {
-  const std::vector<std::string> render{"render", kDescription};
-  const std::string rendered = output(program("ztreport"), render);
-  EXPECT_THAT(rendered, HasSubstr("EXECUTION"));
-  EXPECT_EQ(withoutIdAndTimestamps(rendered),
-            withoutIdAndTimestamps(output(zt::test::paths::kReportProgram, render)));
+  EXPECT_EQ(output(program("ztreport"), {"--version"}), "ztreport " + paths::kVersion + "\n");
+  EXPECT_EQ(output(program("ztinbox"), {"--version"}), "ztinbox " + paths::kVersion + "\n");
 }
 
 TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
@@ -93,3 +74,4 @@ TEST_F(InstalledToolsTest, SendAndReceiveAReport) {
 }
 
 }  // namespace
+}  // namespace zt::test

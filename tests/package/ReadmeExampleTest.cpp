@@ -15,21 +15,18 @@
 
 // Runs the program of README.md, which the build compiles against the public headers.
 
+namespace zt::test {
 namespace {
 
 using testing::HasSubstr;
 using testing::IsEmpty;
-using zt::test::Inbox;
-using zt::test::LoopbackPort;
-using zt::test::runProgram;
-using zt::test::TemporaryFolder;
 
 class ReadmeExampleTest : public testing::Test {
  protected:
   /// Runs it without a session bus, with `proxy` in place of the customers' servers; its exit
   /// status.
   int runWithProxy(const std::string& proxy) const {
-    const auto result = runProgram(zt::test::paths::kReadmeExample, {},
+    const auto result = runProgram(paths::kReadmeExample, {},
                                    {.environment = std::vector<std::string>{
                                         "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + proxy,
                                         "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
@@ -74,3 +71,4 @@ TEST_F(ReadmeExampleTest, IsInTheStoreWithoutAServer) {
 }
 
 }  // namespace
+}  // namespace zt::test

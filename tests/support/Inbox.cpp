@@ -62,6 +62,11 @@ Inbox::Inbox(std::vector<std::string> options)
 
 int Inbox::port() const { return std::stoi(_url.substr(_url.rfind(':') + 1)); }
 
+std::string Inbox::post(const std::string& report, const std::string& path) const {
+  const auto response = newClient().post(path, report);
+  return response ? response->body : "";
+}
+
 void Inbox::behave(const std::string& json) const {
   expectSuccess(newClient().put("/api/v1/behaviour", json), "change its behaviour");
 }

@@ -44,6 +44,8 @@ class Inbox {
   std::string configurationUrl() const { return _url + "/reporting/kelvane.xml"; }
   int port() const;
 
+  /// Posts a report; the body of the response, empty when there is none.
+  std::string post(const std::string& report, const std::string& path = "/soap") const;
   /// Changes how reports are answered; settings that `json` does not name stay.
   void behave(const std::string& json) const;
   /// All stored reports, newest first.

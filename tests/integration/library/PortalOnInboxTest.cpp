@@ -107,39 +107,6 @@ TEST_F(PortalOnInboxTest, AMisbehavingServerLosesNoReport) {
   }
 }
 
-TEST_F(PortalOnInboxTest, WithRandomFailuresEveryReportIsAcceptedOrSaved) {
-  const Inbox failing({"--fail-rate", "0.5", "--seed", "11"});
-  std::vector<std::string> saved;
-  for (int i = 0; i < 12; ++i) {
-    const auto document = makeReport(failing.configurationUrl());
-    if (!document->reportToServer()) {
-      saved.push_back(std::string(document->reportId().view()) + ".ztr");
-    }
-  }
-  EXPECT_LT(saved.size(), 12U);
-  EXPECT_GT(saved.size(), 0U);
-  EXPECT_THAT(stored(), UnorderedElementsAreArray(saved));
-}
-
-TEST_F(PortalOnInboxTest, AServerThatIsGoneLeavesTheReportInTheStore) {
-  std::shared_ptr<ZtPortalData> document;
-  {
-    const Inbox gone;
-    document = makeReport(gone.configurationUrl());
-  }
-  ASSERT_TRUE(document->online());
-  EXPECT_FALSE(document->reportToServer());
-  EXPECT_FALSE(document->sendSavedReports());
-  EXPECT_EQ(content(fileOf(*document)), document->getSoapString());
-}
-
-TEST_F(PortalOnInboxTest, IsReachedAsAProxyForAnyConfigurationHost) {
-  const ScopedEnvironment proxy("http_proxy", inbox.url().c_str());
-  const auto document = makeReport("http://config.kelvane.example/reporting/kelvane.xml");
-  EXPECT_TRUE(document->reportToServer());
-  EXPECT_THAT(received(), ElementsAre(document->getSoapString()));
-}
-
 TEST_F(PortalOnInboxTest, DocumentsOfTwoThreadsAreAllAccepted) {
   constexpr int kReports = 5;
   int accepted[2] = {0, 0};

@@ -362,19 +362,6 @@ test("shows the beginning of a report that is too large to show", async () => {
   await expectText(page, ".raw", "The first 1.0 MiB of 3.0 MiB is shown");
 });
 
-test("the checks of the other tests find faults", async () => {
-  const page = await open("#/", {allowErrors: true});
-  assert.deepEqual(await accessibilityFaults(page), []);
-  await page.evaluate(() => {
-    document.querySelector("label[for=query]").remove();
-    document.getElementById("query").removeAttribute("placeholder");
-    document.getElementById("list-count").innerHTML = '<img src="x" onerror="alert(1)"><b style="color:red">x</b>';
-  });
-  await page.waitForFunction(() => globalThis.violations.length >= 2);
-  assert.deepEqual((await opened.faults()).map((fault) => fault.split(" ")[0]).sort(), ["script-src-attr", "style-src-attr"]);
-  assert.deepEqual([...new Set((await accessibilityFaults(page)).map((fault) => fault.split(":")[0]))], ["image-alt", "label-title-only", "label"]);
-});
-
 const VIEWS = ["", "reports/1", "reports/1/raw", "reports/1/request", "reports/1/compare/2", "charts", "?q=nothing"];
 
 for (const colorScheme of ["light", "dark"]) {

@@ -9,20 +9,10 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
+namespace zt::test {
 namespace {
 
 using nlohmann::json;
-using zt::test::Inbox;
-using zt::test::reportOf;
-using zt::test::reportWithId;
-using zt::test::SampleReport;
-
-void post(const Inbox& inbox, const SampleReport& report) {
-  auto client = inbox.newClient();
-  const auto answer = client.post("/soap", report.text(), "text/xml");
-  ASSERT_TRUE(answer);
-  ASSERT_EQ(answer->status, 200);
-}
 
 struct Answer {
   int status = 0;
@@ -49,19 +39,6 @@ std::vector<int> numbers(const Inbox& inbox, const std::string& query) {
   return all;
 }
 
-TEST(ApiTest, ListsReportsInPages) {
-  const Inbox inbox;
-  for (const char* customer : {"Kelvane", "a b&c", "Kelvane", "(null)"}) {
-    post(inbox, reportOf(customer));
-  }
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 3, 2, 1}));
-  EXPECT_EQ(numbers(inbox, "?limit=2"), (std::vector<int>{4, 3}));
-  EXPECT_EQ(numbers(inbox, "?limit=2&before=3"), (std::vector<int>{2, 1}));
-  EXPECT_EQ(numbers(inbox, "?customer=Kelvane"), (std::vector<int>{3, 1}));
-  EXPECT_EQ(numbers(inbox, "?customer=a%20b%26c"), (std::vector<int>{2}));
-  EXPECT_EQ(numbers(inbox, "?customer=nobody"), (std::vector<int>{}));
-}
-
 TEST(ApiTest, AnswersWithErrorsInJson) {
   const Inbox inbox;
   const struct {
@@ -71,11 +48,9 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
     const char* reason;
   } rows[] = {
       {"GET", "/api/v1/reports?limit=0", 400, "limit must be a whole number from 1 to 1000"},
-      {"GET", "/api/v1/reports?limit=1001", 400, "limit must be a whole number from 1 to 1000"},
       {"GET", "/api/v1/reports?limit=", 400, "limit must be a whole number from 1 to 1000"},
       {"GET", "/api/v1/reports?before=x", 400, "before must be a whole number from 1"},
       {"GET", "/api/v1/reports?test=yes", 400, "test must be true or false"},
-      {"GET", "/api/v1/reports?read=", 400, "read must be true or false"},
       {"GET", "/api/v1/reports?since=soon", 400,
        "since must be a date (2026-11-21) or a time with its offset (2026-11-21T12:00:00Z)"},
       {"GET", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
@@ -83,29 +58,20 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
       {"DELETE", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
       {"DELETE", "/api/v1/reports?limit=1", 400, "unknown parameter: limit"},
       {"GET", "/api/v1/reports/1?x=y", 400, "unknown parameter: x"},
-      {"GET", "/api/v1/stats?limit=1", 400, "unknown parameter: limit"},
       {"GET", "/api/v1/events?after=x", 400, "after must be a whole number from 0"},
       {"PUT", "/api/v1/reports/read", 400, R"(must be {"read": true} or {"read": false})"},
       {"GET", "/api/v1/reports/1/nothing", 404, "no such address"},
       {"DELETE", "/api/v1/events", 405, "method not allowed: DELETE"},
-      {"POST", "/api/v1/stats", 405, "method not allowed: POST"},
       {"GET", "/api/v1/reports/1/read", 405, "method not allowed: GET"},
       {"GET", "/api/v1/reports/1", 404, "no such report"},
       {"GET", "/api/v1/reports/x", 404, "no such report"},
-      {"GET", "/api/v1/reports/1/raw", 404, "no such report"},
       {"GET", "/api/v1/reports/99999999999999999999", 404, "no such report"},
       {"DELETE", "/api/v1/reports/7", 404, "no such report"},
-      {"DELETE", "/api/v1/reports/7/raw", 405, "method not allowed: DELETE"},
-      {"POST", "/api/v1/reports", 405, "method not allowed: POST"},
-      {"PUT", "/api/v1/wait", 405, "method not allowed: PUT"},
-      {"DELETE", "/api/v1/behaviour", 405, "method not allowed: DELETE"},
       {"GET", "/api/v1/wait?count=-1", 400, "count must be a whole number from 0"},
       {"GET", "/api/v1/wait?timeout=nan", 400,
        "timeout must be a number of seconds from 0 to 3600"},
       {"GET", "/api/v1/wait?count=1&timeout=0.01", 408, "timed out: 0 arrived"},
       {"GET", "/api/v1/nothing", 404, "no such address"},
-      {"GET", "/api/v1/", 404, "no such address"},
-      {"GET", "/api/", 404, "no such address"},
       {"GET", "/api/v2/reports", 404, "no such address"},
   };
   for (const auto& row : rows) {
@@ -119,7 +85,7 @@ TEST(ApiTest, GivesOneReportAndItsBytes) {
   Inbox inbox;
   SampleReport report;
   report.customerId = std::string("\xff\0<b>\x1b", 6);
-  post(inbox, report);
+  inbox.post(report.text());
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   const json listed = json::parse(inbox.reportList())[0];
   for (const auto& [key, value] : listed.items()) EXPECT_EQ(one[key], value) << key;
@@ -133,31 +99,25 @@ TEST(ApiTest, GivesOneReportAndItsBytes) {
   EXPECT_EQ(raw->header("X-Content-Type-Options"), "nosniff");
 }
 
-TEST(ApiTest, DeletesOneReportOrAll) {
-  Inbox inbox;
-  for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
-  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports/2").body, "{\"deleted\":1}\n");
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{3, 1}));
-  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports").body, "{\"deleted\":2}\n");
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{}));
-  post(inbox, SampleReport());
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4}));
-}
-
 TEST(ApiTest, FindsReportsByWhatIsInThem) {
   const Inbox inbox;
   SampleReport report;
   report.value = "Zürich disk full";
-  post(inbox, report);
+  inbox.post(report.text());
+  report.customerId = "a b&c";
   report.machineId = "{OTHER}";
   report.applicationId = "{A}";
   report.pools = {"CUSTOM"};
   report.value = "full disk";
-  post(inbox, report);
+  inbox.post(report.text());
   const struct {
     const char* query;
     std::vector<int> numbers;
   } rows[] = {
+      {"", {2, 1}},
+      {"?limit=1", {2}},
+      {"?limit=1&before=2", {1}},
+      {"?customer=a%20b%26c", {2}},
       {"?text=DISK%20full", {2, 1}},
       {"?text=%22disk%20full%22", {1}},
       {"?text=zuri", {1}},
@@ -178,7 +138,7 @@ TEST(ApiTest, FindsReportsByWhatIsInThem) {
 
 TEST(ApiTest, DeletesAndMarksWhatIsFound) {
   const Inbox inbox;
-  for (const char* customer : {"a", "b", "a", "c"}) post(inbox, reportOf(customer));
+  for (const char* customer : {"a", "b", "a", "c"}) inbox.post(reportOf(customer).text());
   EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/4/read", R"({"read": true})").body,
             "{\"changed\":1}\n");
   EXPECT_EQ(ask(inbox, "PUT", "/api/v1/reports/read?customer=a", R"({"read": true})").body,
@@ -188,17 +148,20 @@ TEST(ApiTest, DeletesAndMarksWhatIsFound) {
             "{\"changed\":3}\n");
   EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?customer=a&before=3").body, "{\"deleted\":1}\n");
   EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports?text=nothing").body, "{\"deleted\":0}\n");
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 3, 2}));
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports/3").body, "{\"deleted\":1}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{4, 2}));
+  EXPECT_EQ(ask(inbox, "DELETE", "/api/v1/reports").body, "{\"deleted\":2}\n");
+  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{}));
 }
 
 TEST(ApiTest, ShowsTheRequestAndTheOtherReportsOfTheSameId) {
   Inbox inbox;
-  const zt::test::RawClient client(inbox.port());
-  ASSERT_TRUE(client.send(zt::test::postRequest(
-      "/soap", SampleReport().text(), "X-Two:  a b \r\nx-empty:\r\nX-Two: %0d%0a<b>\r\n")));
+  const RawClient client(inbox.port());
+  ASSERT_TRUE(client.send(postRequest("/soap", SampleReport().text(),
+                                      "X-Two:  a b \r\nx-empty:\r\nX-Two: %0d%0a<b>\r\n")));
   inbox.waitFor(1);
-  post(inbox, SampleReport());
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
+  inbox.post(SampleReport().text());
   ask(inbox, "GET", "/api/v1/wait?count=3");
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   EXPECT_EQ(one["sameId"], json({2, 3}));
@@ -224,7 +187,7 @@ TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
                       "                   </Field>\r\n"
                       "                 </Fields>\r\n"
                       "               </Data>\r\n";
-  post(inbox, report);
+  inbox.post(report.text());
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   EXPECT_EQ(one["complete"], true);
   EXPECT_EQ(one["content"],
@@ -243,7 +206,7 @@ TEST(ApiTest, TellsWhereAReportCannotBeRead) {
   SampleReport report;
   report.pools = {"EXECUTION", "CUSTOM"};
   report.moreFields = "               <Field>\r\n";
-  post(inbox, report);
+  inbox.post(report.text());
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   EXPECT_EQ(one["fault"],
             "line 18, column 16: expected \"<Field\" after 15 blanks or \"</Fields>\" after 13");
@@ -259,21 +222,16 @@ TEST(ApiTest, TellsWhereAReportCannotBeRead) {
 
 TEST(ApiTest, CountsForCharts) {
   Inbox inbox({"--answer", "refuse"});
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
   inbox.behave(R"({"answer": "accept"})");
-  post(inbox, reportOf("other"));
+  inbox.post(reportOf("other").text());
   json stats = json::parse(ask(inbox, "GET", "/api/v1/stats").body);
   EXPECT_EQ(stats["arrivals"], 2);
   EXPECT_EQ(stats["reports"], 2);
   EXPECT_EQ(stats["unread"], 2);
   int accepted = 0;
-  int refused = 0;
-  for (const json& minute : stats["minutes"]) {
-    accepted += minute["accepted"].get<int>();
-    refused += minute["refused"].get<int>();
-  }
+  for (const json& minute : stats["minutes"]) accepted += minute["accepted"].get<int>();
   EXPECT_EQ(accepted, 1);
-  EXPECT_EQ(refused, 1);
   stats = json::parse(ask(inbox, "GET", "/api/v1/stats?customer=other").body);
   EXPECT_EQ(stats["reports"], 1);
   EXPECT_EQ(stats["arrivals"], 2);
@@ -282,7 +240,7 @@ TEST(ApiTest, CountsForCharts) {
 TEST(ApiTest, ADeletionWithoutALengthIsAnsweredAtOnce) {
   // The HTTP library once read such a request up to the end of the connection.
   const Inbox inbox;
-  zt::test::RawClient client(inbox.port());
+  RawClient client(inbox.port());
   ASSERT_TRUE(client.send("DELETE /api/v1/reports HTTP/1.1\r\nHost: " + inbox.url().substr(7) +
                           "\r\nConnection: close\r\n\r\n"));
   EXPECT_TRUE(client.receiveAll().ends_with("{\"deleted\":0}\n"));
@@ -291,29 +249,12 @@ TEST(ApiTest, ADeletionWithoutALengthIsAnsweredAtOnce) {
 TEST(ApiTest, WaitsForReports) {
   Inbox inbox;
   std::thread sending([&inbox] {
-    for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
+    for (int i = 0; i < 3; ++i) inbox.post(SampleReport().text());
   });
   EXPECT_EQ(ask(inbox, "GET", "/api/v1/wait?count=3&timeout=25").body, "{\"count\":3}\n");
   sending.join();
   inbox.clear();
   EXPECT_EQ(ask(inbox, "GET", "/api/v1/wait?timeout=0").status, 408);
-}
-
-TEST(ApiTest, KeepsTheNewestReports) {
-  Inbox inbox({"--max", "2"});
-  for (int i = 0; i < 5; ++i) post(inbox, SampleReport());
-  EXPECT_EQ(numbers(inbox, ""), (std::vector<int>{5, 4}));
-  inbox.waitFor(5);
-}
-
-TEST(ApiTest, FindsDuplicates) {
-  Inbox inbox;
-  for (const char* id : {"{A}", "{B}", "{A}", "{A}"}) post(inbox, reportWithId(id));
-  const auto list = inbox.reports();
-  EXPECT_EQ(list[0].duplicateOf, 1U);
-  EXPECT_EQ(list[1].duplicateOf, 1U);
-  EXPECT_EQ(list[2].duplicateOf, 0U);
-  EXPECT_EQ(list[3].duplicateOf, 0U);
 }
 
 TEST(ApiTest, ShowsAndChangesTheBehaviour) {
@@ -331,16 +272,11 @@ TEST(ApiTest, ShowsAndChangesTheBehaviour) {
 TEST(ApiTest, AWrongBehaviourChangesNothing) {
   const Inbox inbox;
   const std::string before = ask(inbox, "GET", "/api/v1/behaviour").body;
-  const Answer wrong =
-      ask(inbox, "PUT", "/api/v1/behaviour",
-          R"({"answer": "drop", "scenario": [{"answer": "drop"}, {"answer": "later"}]})");
+  const Answer wrong = ask(inbox, "PUT", "/api/v1/behaviour", R"({"answer": "drop", "Slow": 1})");
   EXPECT_EQ(wrong.status, 400);
-  EXPECT_EQ(wrong.body,
-            "{\"error\":\"/scenario/1/answer: must be accept, refuse, garbage, error:STATUS (200 "
-            "to 599), hang, drop or truncate\"}\n");
-  EXPECT_EQ(ask(inbox, "PUT", "/api/v1/behaviour", R"({"Slow": 1})").body,
-            "{\"error\":\"/Slow: unknown key\"}\n");
+  EXPECT_EQ(wrong.body, "{\"error\":\"/Slow: unknown key\"}\n");
   EXPECT_EQ(ask(inbox, "GET", "/api/v1/behaviour").body, before);
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <csignal>
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -12,18 +10,11 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
+namespace zt::test {
 namespace {
 
 using nlohmann::json;
-using zt::test::Inbox;
-using zt::test::RawClient;
-using zt::test::SampleReport;
 using Clock = std::chrono::steady_clock;
-
-void post(const Inbox& inbox, const SampleReport& report) {
-  auto client = inbox.newClient();
-  ASSERT_TRUE(client.post("/soap", report.text(), "text/xml"));
-}
 
 /// A client of the event stream; takes the chunks apart (RFC 9112, section 7.1).
 class Events {
@@ -94,15 +85,15 @@ std::string idOf(const std::string& event) { return event.substr(0, event.find('
 
 TEST(EventsTest, TellsEachNewReport) {
   Inbox inbox;
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
   Events events(inbox);
   EXPECT_TRUE(events.head().starts_with("HTTP/1.1 200 OK\r\n")) << events.head();
   EXPECT_NE(events.head().find("\r\nContent-Type: text/event-stream\r\n"), std::string::npos);
   EXPECT_EQ(events.next(), "retry: 1000");
   SampleReport report;
   report.customerId = "a\r\ndata: b\xff";
-  post(inbox, report);
-  post(inbox, SampleReport());
+  inbox.post(report.text());
+  inbox.post(SampleReport().text());
   const std::string event = events.nextEvent();
   constexpr std::string_view kStart = "id: 2\nevent: report\ndata: ";
   ASSERT_TRUE(event.starts_with(kStart)) << event;
@@ -112,7 +103,7 @@ TEST(EventsTest, TellsEachNewReport) {
 
 TEST(EventsTest, GoesOnWhereTheClientWas) {
   const Inbox inbox;
-  for (int i = 0; i < 120; ++i) post(inbox, SampleReport());
+  for (int i = 0; i < 120; ++i) inbox.post(SampleReport().text());
   auto client = inbox.newClient();
   client.remove("/api/v1/reports/119");
   const struct {
@@ -138,7 +129,7 @@ TEST(EventsTest, GoesOnWhereTheClientWas) {
 
 TEST(EventsTest, TellsWhenReportsAreDeletedOrMarked) {
   const Inbox inbox;
-  for (int i = 0; i < 3; ++i) post(inbox, SampleReport());
+  for (int i = 0; i < 3; ++i) inbox.post(SampleReport().text());
   Events events(inbox);
   EXPECT_EQ(events.next(), "retry: 1000");
   auto client = inbox.newClient();
@@ -150,7 +141,7 @@ TEST(EventsTest, TellsWhenReportsAreDeletedOrMarked) {
   client.remove("/api/v1/reports/2");
   client.remove("/api/v1/reports");
   EXPECT_EQ(events.nextEvent(), changed);
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
   EXPECT_EQ(idOf(events.nextEvent()), "id: 4") << "what changed nothing is not told";
 }
 
@@ -159,7 +150,7 @@ TEST(EventsTest, ANumberThatNoReportHasReachedMeansTheNext) {
   const Inbox inbox;
   Events events(inbox, "", "Last-Event-ID: 18446744073709551615\r\n");
   EXPECT_EQ(events.next(), "retry: 1000");
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
   EXPECT_EQ(idOf(events.nextEvent()), "id: 1");
 }
 
@@ -170,26 +161,11 @@ TEST(EventsTest, ACommentShowsThatItIsAlive) {
   EXPECT_EQ(events.next(), ": still here");
 }
 
-TEST(EventsTest, EndsWithTheProgram) {
-  Inbox inbox;
-  std::vector<std::unique_ptr<Events>> clients;
-  for (int i = 0; i < 20; ++i) {
-    clients.push_back(std::make_unique<Events>(inbox));
-    clients.back()->next();
-  }
-  const auto start = Clock::now();
-  inbox.process().signal(SIGTERM);
-  EXPECT_EQ(inbox.process().wait(), 0);
-  EXPECT_LT(Clock::now() - start, std::chrono::seconds(10));
-  for (const auto& client : clients) EXPECT_EQ(client->next(), "");
-  EXPECT_EQ(inbox.process().waitForErrors(), "");
-}
-
 TEST(EventsTest, AReaderThatTakesNothingHoldsUpNobody) {
   const Inbox inbox;
   SampleReport report;
   report.pools = std::vector<std::string>(60, std::string(1'000, 'p'));
-  for (int i = 0; i < 200; ++i) post(inbox, report);
+  for (int i = 0; i < 200; ++i) inbox.post(report.text());
   // More than fits into the buffers of its connection.
   const RawClient stuck(inbox.port());
   ASSERT_TRUE(stuck.send("GET /api/v1/events?after=0 HTTP/1.1\r\nHost: " + inbox.url().substr(7) +
@@ -197,9 +173,10 @@ TEST(EventsTest, AReaderThatTakesNothingHoldsUpNobody) {
   Events events(inbox);
   EXPECT_EQ(events.next(), "retry: 1000");
   const auto start = Clock::now();
-  post(inbox, SampleReport());
+  inbox.post(SampleReport().text());
   EXPECT_EQ(idOf(events.nextEvent()), "id: 201");
   EXPECT_LT(Clock::now() - start, std::chrono::seconds(4)) << "it waited for the other one";
 }
 
 }  // namespace
+}  // namespace zt::test

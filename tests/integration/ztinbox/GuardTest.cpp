@@ -6,10 +6,8 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
+namespace zt::test {
 namespace {
-
-using zt::test::Inbox;
-using zt::test::RawClient;
 
 /// The status line and the body of the answer to a request without a body.
 class Asked {
@@ -38,9 +36,11 @@ TEST(GuardTest, AForeignHostSeesNeitherPageNorApi) {
   for (const std::string& host :
        {std::string("evil.example"), "evil.example:" + port, std::string("127.0.0.1"),
         std::string("127.0.0.1:1"), std::string(""), "localhost.evil.example:" + port}) {
-    const Asked page(inbox, "GET", "/", "Host: " + host + "\r\n");
-    EXPECT_EQ(page.status, kForbidden) << host;
-    EXPECT_EQ(page.body, "foreign host\n") << host;
+    for (const char* path : {"/", "/page/app.mjs", "/%70age/app.mjs", "/page%2fapp.mjs"}) {
+      const Asked page(inbox, "GET", path, "Host: " + host + "\r\n");
+      EXPECT_EQ(page.status, kForbidden) << host << path;
+      EXPECT_EQ(page.body, "foreign host\n") << host << path;
+    }
     for (const char* path :
          {"/api/v1/reports", "/%61pi/v1/reports", "/%61%70%69/v1/wait?count=0",
           "/api%2fv1/behaviour", "/api/v1/nothing", "/%u0061pi/v1/reports", "/%61pi/v1/%65vents",
@@ -103,9 +103,8 @@ TEST(GuardTest, ReportingClientsMayUseAnyHostAndOrigin) {
   EXPECT_EQ(Asked(inbox, "GET", "/reporting/kelvane.xml", headers).status, kFine);
   EXPECT_EQ(Asked(inbox, "GET", "/nothing", headers).status, "HTTP/1.1 404 Not Found");
   RawClient client(inbox.port());
-  const std::string report = zt::test::SampleReport().text();
-  ASSERT_TRUE(
-      client.send(zt::test::postRequest("/soap", report, headers + "Connection: close\r\n")));
+  const std::string report = SampleReport().text();
+  ASSERT_TRUE(client.send(postRequest("/soap", report, headers + "Connection: close\r\n")));
   EXPECT_TRUE(client.receiveAll().starts_with(kFine));
 }
 
@@ -123,3 +122,4 @@ TEST(GuardTest, TheBodyOfARefusedRequestIsNoRequest) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -8,36 +8,22 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
+#include "tools/ztinbox/soap/SoapMessages.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::HttpClient;
-using zt::test::Inbox;
-using zt::test::kVersionRequest;
-using zt::test::postRequest;
-using zt::test::RawClient;
-using zt::test::SampleReport;
-using zt::test::TemporaryFolder;
+using zt::inbox::reportAnswer;
 
-std::string answerWith(const std::string& value) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-         "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\" "
-         "xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
-         "xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\n"
-         "  <SOAP-ENV:Body>\n"
-         "    <ns1:postPoolDatasResponse xmlns:ns1=\"http://reporting.kelvane.example/portal\" "
-         "SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">\n"
-         "      <return xsi:type=\"xsd:boolean\">" +
-         value +
-         "</return>\n"
-         "    </ns1:postPoolDatasResponse>\n"
-         "  </SOAP-ENV:Body>\n"
-         "</SOAP-ENV:Envelope>\n";
+std::string configurationOf(const std::string& url) {
+  return "<configuration><defSOAP>" + url + "/soap</defSOAP><defTestSOAP>" + url +
+         "/soap-test</defTestSOAP></configuration>";
 }
 
-std::string configurationOf(const Inbox& inbox) {
-  return "<configuration><defSOAP>" + inbox.url() + "/soap</defSOAP><defTestSOAP>" + inbox.url() +
-         "/soap-test</defTestSOAP></configuration>";
+/// The address that an inbox prints when it starts; empty if it prints none.
+std::string printedUrl(Subprocess& inbox) {
+  const std::string line = inbox.waitForLines(1);
+  return line.empty() ? "" : line.substr(line.find("http"), line.rfind('\n') - line.find("http"));
 }
 
 TEST(InboxTest, TheConfigurationPointsAtTheInbox) {
@@ -48,7 +34,7 @@ TEST(InboxTest, TheConfigurationPointsAtTheInbox) {
     ASSERT_TRUE(answer) << path;
     EXPECT_EQ(answer->status, 200) << path;
     EXPECT_EQ(answer->header("Content-Type"), "text/xml; charset=utf-8");
-    EXPECT_EQ(answer->body, configurationOf(inbox)) << path;
+    EXPECT_EQ(answer->body, configurationOf(inbox.url())) << path;
   }
   for (const char* path : {"/reporting/kelvane", "/reporting/.xml", "/kelvane.xml", "/nothing"}) {
     const auto answer = client.get(path);
@@ -59,13 +45,9 @@ TEST(InboxTest, TheConfigurationPointsAtTheInbox) {
 }
 
 TEST(InboxTest, AnswersAVersionRequest) {
-  Inbox inbox;
-  auto client = inbox.newClient();
+  const Inbox inbox;
   for (const char* path : {"/soap", "/soap-test"}) {
-    const auto answer = client.post(path, std::string(kVersionRequest), "text/xml");
-    ASSERT_TRUE(answer) << path;
-    EXPECT_EQ(answer->status, 200);
-    EXPECT_EQ(answer->body, "<versioninfo>ztinbox 1.0.0</versioninfo>");
+    EXPECT_EQ(inbox.post(std::string(kVersionRequest), path), zt::inbox::versionDocument());
   }
   EXPECT_EQ(inbox.reports().size(), 0U);
 }
@@ -79,7 +61,7 @@ TEST(InboxTest, AcceptsAReportAndKeepsIt) {
   const auto answer = client.post("/soap", report.text(), "text/xml");
   ASSERT_TRUE(answer);
   EXPECT_EQ(answer->status, 200);
-  EXPECT_EQ(answer->body, answerWith("true"));
+  EXPECT_EQ(answer->body, reportAnswer(true));
   EXPECT_EQ(inbox.raw(1), report.text());
 
   auto list = nlohmann::json::parse(inbox.reportList());
@@ -105,21 +87,14 @@ TEST(InboxTest, AcceptsAReportAndKeepsIt) {
 }
 
 TEST(InboxTest, RefusesAReportAndKeepsIt) {
-  Inbox inbox({"--answer", "refuse"});
-  auto client = inbox.newClient();
-  const auto answer = client.post("/soap", SampleReport().text(), "text/xml");
-  ASSERT_TRUE(answer);
-  EXPECT_EQ(answer->status, 200);
-  EXPECT_EQ(answer->body, answerWith("false"));
+  const Inbox inbox({"--answer", "refuse"});
+  EXPECT_EQ(inbox.post(SampleReport().text()), reportAnswer(false));
   EXPECT_EQ(inbox.reports()[0].answer, "refused");
 }
 
 TEST(InboxTest, MarksReportsToTheTestAddress) {
-  Inbox inbox;
-  auto client = inbox.newClient();
-  const auto answer = client.post("/soap-test", SampleReport().text(), "text/xml");
-  ASSERT_TRUE(answer);
-  EXPECT_EQ(answer->body, answerWith("true"));
+  const Inbox inbox;
+  EXPECT_EQ(inbox.post(SampleReport().text(), "/soap-test"), reportAnswer(true));
   EXPECT_TRUE(inbox.reports()[0].isTest);
 }
 
@@ -149,7 +124,7 @@ TEST(InboxTest, TheMediaTypeOfAReportDoesNotMatter) {
                            "application/octet-stream"}) {
     const auto answer = client.post("/soap", report.text(), type);
     ASSERT_TRUE(answer) << type;
-    EXPECT_EQ(answer->body, answerWith("true")) << type;
+    EXPECT_EQ(answer->body, reportAnswer(true)) << type;
   }
   EXPECT_EQ(inbox.raw(2), report.text());
 }
@@ -172,10 +147,10 @@ TEST(InboxTest, ServesAsAProxyForAnyHost) {
   const auto configuration = client.get("http://config.kelvane.example/reporting/kelvane.xml",
                                         "Host: config.kelvane.example\r\n");
   ASSERT_TRUE(configuration);
-  EXPECT_EQ(configuration->body, configurationOf(inbox));
+  EXPECT_EQ(configuration->body, configurationOf(inbox.url()));
   const auto answer = client.post("http://config.kelvane.example/soap-test", SampleReport().text());
   ASSERT_TRUE(answer);
-  EXPECT_EQ(answer->body, answerWith("true"));
+  EXPECT_EQ(answer->body, reportAnswer(true));
   EXPECT_TRUE(inbox.reports()[0].isTest);
 }
 
@@ -206,37 +181,28 @@ TEST(InboxTest, AHalfClosedConnectionStillGetsItsAnswer) {
   RawClient client(inbox.port());
   ASSERT_TRUE(client.send(postRequest("/soap", SampleReport().text())));
   client.endSending();
-  EXPECT_TRUE(client.receiveAll().ends_with(answerWith("true")));
+  EXPECT_TRUE(client.receiveAll().ends_with(reportAnswer(true)));
 }
 
 TEST(InboxTest, ListensOnIpv6) {
   const TemporaryFolder folder;
-  zt::test::Subprocess child(
-      {zt::test::paths::kInboxProgram, "--listen", "[::1]:0", "--data", folder.path()});
-  const std::string line = child.waitForLines(1);
-  if (line.empty()) GTEST_SKIP() << "no IPv6 here: " << child.waitForErrors();
-  const std::string url = line.substr(line.find("http://"), line.size() - line.find("http://") - 1);
-  ASSERT_TRUE(url.starts_with("http://[::1]:")) << line;
-  HttpClient client(std::stoi(url.substr(url.rfind(':') + 1)), "::1");
-  const auto configuration = client.get("/reporting/kelvane.xml");
-  ASSERT_TRUE(configuration);
-  EXPECT_EQ(configuration->body, "<configuration><defSOAP>" + url + "/soap</defSOAP><defTestSOAP>" +
-                                     url + "/soap-test</defTestSOAP></configuration>");
+  Subprocess child({paths::kInboxProgram, "--listen", "[::1]:0", "--data", folder.path()});
+  const std::string url = printedUrl(child);
+  if (url.empty()) GTEST_SKIP() << "no IPv6 here: " << child.waitForErrors();
+  ASSERT_TRUE(url.starts_with("http://[::1]:")) << url;
+  const HttpClient client(std::stoi(url.substr(url.rfind(':') + 1)), "::1");
+  EXPECT_EQ(client.get("/reporting/kelvane.xml").value().body, configurationOf(url));
 }
 
 TEST(InboxTest, OnEveryAddressItPointsAtTheOneThatWasAsked) {
   const TemporaryFolder folder;
-  zt::test::Subprocess child(
-      {zt::test::paths::kInboxProgram, "--listen", "0.0.0.0:0", "--data", folder.path()});
-  const std::string line = child.waitForLines(1);
-  ASSERT_TRUE(line.starts_with("ztinbox: listening on http://0.0.0.0:")) << line;
-  const std::string port = line.substr(line.rfind(':') + 1, line.size() - line.rfind(':') - 2);
-  HttpClient client(std::stoi(port));
-  const auto configuration = client.get("/reporting/kelvane.xml");
-  ASSERT_TRUE(configuration);
-  EXPECT_EQ(configuration->body, "<configuration><defSOAP>http://127.0.0.1:" + port +
-                                     "/soap</defSOAP><defTestSOAP>http://127.0.0.1:" + port +
-                                     "/soap-test</defTestSOAP></configuration>");
+  Subprocess child({paths::kInboxProgram, "--listen", "0.0.0.0:0", "--data", folder.path()});
+  const std::string url = printedUrl(child);
+  ASSERT_TRUE(url.starts_with("http://0.0.0.0:")) << url;
+  const std::string port = url.substr(url.rfind(':') + 1);
+  EXPECT_EQ(HttpClient(std::stoi(port)).get("/reporting/kelvane.xml").value().body,
+            configurationOf("http://127.0.0.1:" + port));
 }
 
 }  // namespace
+}  // namespace zt::test

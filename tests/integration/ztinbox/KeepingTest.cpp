@@ -20,20 +20,16 @@
 
 // What is kept of the reports, whatever happens to the program.
 
+namespace zt::test {
 namespace {
 
 using nlohmann::json;
-using zt::test::Inbox;
-using zt::test::RawClient;
-using zt::test::SampleReport;
-using zt::test::Subprocess;
-using zt::test::TemporaryFolder;
 
 bool isAccepted(const std::string& answer) { return answer.find(">true<") != std::string::npos; }
 
 std::string postedTo(int port, const std::string& report) {
   RawClient client(port);
-  if (!client.send(zt::test::postRequest("/soap", report, "Connection: close\r\n"))) return "";
+  if (!client.send(postRequest("/soap", report, "Connection: close\r\n"))) return "";
   return client.receiveAll();
 }
 
@@ -126,29 +122,13 @@ TEST(KeepingTest, NoAcceptedReportIsLostWhenTheProgramIsKilled) {
   }
 }
 
-TEST(KeepingTest, ReportsStayWhenTheProgramEnds) {
-  const TemporaryFolder folder;
-  const SampleReport report;
-  {
-    const Inbox inbox({"--data", folder.path("a/b")});
-    EXPECT_TRUE(isAccepted(postedTo(inbox.port(), report.text())));
-  }
-  Inbox inbox({"--data", folder.path("a/b")});
-  EXPECT_EQ(inbox.raw(1), report.text());
-  EXPECT_TRUE(isAccepted(postedTo(inbox.port(), report.text())));
-  EXPECT_EQ(inbox.reports()[0].duplicateOf, 1U);
-  inbox.waitFor(1);
-  auto client = inbox.newClient();
-  EXPECT_EQ(client.get("/api/v1/wait?count=2&timeout=0")->status, 408) << "since the start";
-}
-
 TEST(KeepingTest, WhatCannotBeKeptIsNotAccepted) {
   const TemporaryFolder folder;
   // Files of more than 2 MiB cannot be written.
   Subprocess child({"/bin/sh", "-c",
                     "trap '' XFSZ; ulimit -f 4096; exec \"$0\" --listen 127.0.0.1:0 "
                     "--data \"$1\"",
-                    zt::test::paths::kInboxProgram, folder.path()});
+                    paths::kInboxProgram, folder.path()});
   const std::string line = child.waitForLines(1);
   const int port = std::stoi(line.substr(line.rfind(':') + 1));
   SampleReport large;
@@ -193,12 +173,12 @@ TEST(KeepingTest, TheUsersDataFolderIsTheDefault) {
        folder.path("x/.local/share/ztinbox")},
   };
   for (const auto& row : rows) {
-    Subprocess child({zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0"},
+    Subprocess child({paths::kInboxProgram, "--listen", "127.0.0.1:0"},
                      {.environment = row.environment});
     child.waitForLines(1);
     EXPECT_TRUE(std::filesystem::exists(row.data + "/reports.db")) << row.data;
   }
-  Subprocess homeless({zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0"},
+  Subprocess homeless({paths::kInboxProgram, "--listen", "127.0.0.1:0"},
                       {.environment = std::vector<std::string>{}});
   EXPECT_EQ(homeless.wait(), 3);
   EXPECT_EQ(homeless.waitForErrors(),
@@ -206,3 +186,4 @@ TEST(KeepingTest, TheUsersDataFolderIsTheDefault) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -14,28 +14,17 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 
+namespace zt::test {
 namespace {
 
 using testing::MatchesRegex;
-using zt::test::Inbox;
-using zt::test::postRequest;
-using zt::test::RawClient;
-using zt::test::reportWithId;
-using zt::test::SampleReport;
-using zt::test::Subprocess;
-using zt::test::TemporaryFolder;
 
 constexpr const char* kTime = "20[0-9][0-9]-[0-9][0-9]-[0-9][0-9] [0-9][0-9]:[0-9][0-9]:[0-9][0-9]";
 
-void post(const Inbox& inbox, const std::string& path, const std::string& report) {
-  auto client = inbox.newClient();
-  client.post(path, report, "text/xml");
-}
-
-using Finished = zt::test::ProgramResult;
+using Finished = ProgramResult;
 
 Finished run(const std::vector<std::string>& arguments) {
-  return zt::test::runProgram(zt::test::paths::kInboxProgram, arguments);
+  return runProgram(paths::kInboxProgram, arguments);
 }
 
 /// The lines about reports, each without its time.
@@ -57,11 +46,11 @@ TEST(ProgramTest, WritesALineForEachReport) {
   Inbox inbox({"--max", "3"});
   SampleReport first = reportWithId("{A}");
   first.pools = {"EXECUTION", "CUSTOM"};
-  post(inbox, "/soap", first.text());
+  inbox.post(first.text());
   const std::string size = std::to_string(first.text().size()) + " bytes";
   for (const char* answer : {"refuse", "garbage", "error:503", "drop", "truncate"}) {
     inbox.behave(std::string(R"({"answer": ")") + answer + "\"}");
-    post(inbox, answer == std::string("drop") ? "/soap-test" : "/soap", first.text());
+    inbox.post(first.text(), answer == std::string("drop") ? "/soap-test" : "/soap");
   }
   const std::string who =
       "  Kelvane  {7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11} 2.1.77  EXECUTION, CUSTOM  " + size;
@@ -116,7 +105,7 @@ TEST(ProgramTest, HostileTextsDoNotReachTheTerminal) {
       "\xe2\x80\xae"  // NOLINT(misc-misleading-bidirectional): shown by its escape
       "LOOP",
       "\b\b"};
-  post(inbox, "/soap", report.text());
+  inbox.post(report.text());
   EXPECT_EQ(linesOf(inbox, 1),
             "  #1  accepted  \\x1b]0;owned\\x07\\x1b[2J  \\x00\\xff\\u{9b}" + std::string(45, 'i') +
                 "… 1\\x0d\\x0a2026-11-21 12:00:00  #9  accepted  \\u{202e}LOOP, \\x08\\x08  " +
@@ -126,8 +115,7 @@ TEST(ProgramTest, HostileTextsDoNotReachTheTerminal) {
 TEST(ProgramTest, EndsCleanlyOnSignals) {
   for (const int signal : {SIGINT, SIGTERM}) {
     const TemporaryFolder folder;
-    Subprocess child(
-        {zt::test::paths::kInboxProgram, "--listen", "127.0.0.1:0", "--data", folder.path()});
+    Subprocess child({paths::kInboxProgram, "--listen", "127.0.0.1:0", "--data", folder.path()});
     child.waitForLines(1);
     child.signal(signal);
     EXPECT_EQ(child.wait(), 0) << signal;
@@ -148,6 +136,10 @@ TEST(ProgramTest, EndsCleanlyWhileClientsHang) {
   RawClient waiting(inbox.port());
   ASSERT_TRUE(waiting.send("GET /api/v1/wait?count=9&timeout=3600 HTTP/1.1\r\nHost: " +
                            inbox.url().substr(7) + "\r\n\r\n"));
+  RawClient following(inbox.port());
+  ASSERT_TRUE(
+      following.send("GET /api/v1/events HTTP/1.1\r\nHost: " + inbox.url().substr(7) + "\r\n\r\n"));
+  EXPECT_TRUE(following.receiveSome().starts_with("HTTP/1.1 200 OK\r\n"));
   RawClient unfinished(inbox.port());
   ASSERT_TRUE(unfinished.send("POST /soap HTTP/1.1\r\nContent-Length: 100\r\n\r\nx"));
 
@@ -156,6 +148,8 @@ TEST(ProgramTest, EndsCleanlyWhileClientsHang) {
   EXPECT_EQ(inbox.process().waitForErrors(), "");
   EXPECT_EQ(hanging.receiveAll(), "");
   EXPECT_EQ(slow.receiveAll(), "");
+  following.receiveAll();
+  EXPECT_NE(following.end(), RawClient::End::kStillOpen);
 }
 
 TEST(ProgramTest, KeepsServingWhenNobodyReadsItsLines) {
@@ -247,3 +241,4 @@ TEST(ProgramTest, PrintsItsVersion) {
 }
 
 }  // namespace
+}  // namespace zt::test

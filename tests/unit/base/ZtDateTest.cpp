@@ -47,24 +47,13 @@ TEST(ZtDateTest, KeepsEveryMillisecondItIsMadeFrom) {
 }
 
 TEST(ZtDateTest, RoundsDownToMilliseconds) {
-  struct Row {
+  const struct {
     std::int64_t microsecondsSinceEpoch;
     std::int64_t expected;
-  };
-  const Row table[] = {{0, 0},
-                       {1, 0},
-                       {999, 0},
-                       {1000, 1},
-                       {1500, 1},
-                       {1999, 1},
-                       {-1, -1},
-                       {-500, -1},
-                       {-999, -1},
-                       {-1000, -1},
-                       {-1001, -2},
-                       {123456789, 123456},
-                       {1795262400123999, 1795262400123}};
-  for (const Row& row : table) {
+  } rows[] = {{0, 0},      {999, 0},    {1000, 1},
+              {1999, 1},   {-1, -1},    {-999, -1},
+              {-1000, -1}, {-1001, -2}, {1795262400123999, 1795262400123}};
+  for (const auto& row : rows) {
     EXPECT_EQ(ZtDate(moment(microseconds(row.microsecondsSinceEpoch))).milliseconds(), row.expected)
         << row.microsecondsSinceEpoch << " microseconds";
   }

@@ -48,15 +48,6 @@ TEST(ZtStringTest, CopiesShareOneText) {
   EXPECT_EQ(first.view().data(), third.view().data());
 }
 
-TEST(ZtStringTest, ATextOutlivesTheStringItWasCopiedFrom) {
-  ZtString kept;
-  {
-    const ZtString original = std::string(100, 'x');
-    kept = original;
-  }
-  EXPECT_EQ(kept.view(), std::string(100, 'x'));
-}
-
 TEST(ZtStringTest, AssigningItselfKeepsTheText) {
   ZtString text = "self";
   const ZtString& same = text;
@@ -66,16 +57,11 @@ TEST(ZtStringTest, AssigningItselfKeepsTheText) {
 
 TEST(ZtStringTest, AMovedFromStringIsMissing) {
   ZtString from = "moved";
-  const ZtString to = std::move(from);
+  ZtString to = std::move(from);
   EXPECT_EQ(to, "moved");
   EXPECT_TRUE(from.isNull());  // NOLINT(bugprone-use-after-move): that is what is tested
-}
-
-TEST(ZtStringTest, MoveAssignmentTakesTheText) {
-  ZtString from = "new";
-  ZtString to = "old";
-  to = std::move(from);
-  EXPECT_EQ(to, "new");
+  to = ZtString("assigned");
+  EXPECT_EQ(to, "assigned");
 }
 
 TEST(ZtStringTest, AMissingTextEqualsOnlyAMissingOne) {

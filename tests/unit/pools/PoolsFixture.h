@@ -3,8 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "tests/support/Printing.h"
+#include "tests/support/ReportOutline.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtException.h"
@@ -42,6 +44,12 @@ std::string written(const Writer& writer, const ZtString& prefix, bool soap) {
   std::string xml;
   writer.addToXml(prefix, xml, soap);
   return xml;
+}
+
+/// The text of a pool of `kNoon` with the fields of an outline (`ReportOutline.h`).
+inline std::string poolText(const std::string& type, std::string_view outline, bool soap = false,
+                            std::size_t indent = 0) {
+  return crlf(poolLines(type, "2026-11-21T12:00:00.123UTC", outline, soap, indent));
 }
 
 }  // namespace zt::test

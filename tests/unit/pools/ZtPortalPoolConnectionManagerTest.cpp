@@ -6,16 +6,11 @@
 #include <memory>
 #include <string>
 
-#include "tests/unit/pools/ExpectedText.h"
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolConnectionManager.h"
 
+namespace zt::test {
 namespace {
-
-using zt::test::ExpectedText;
-using zt::test::kNoon;
-using zt::test::kNoonText;
-using zt::test::written;
 
 using Pool = ZtPortalPoolConnectionManager;
 
@@ -62,23 +57,23 @@ struct Device {
   const char* imsi = "(null)";
 };
 
-class ZtPortalPoolConnectionManagerTest : public zt::test::PoolsFixture {
+class ZtPortalPoolConnectionManagerTest : public PoolsFixture {
  protected:
-  /// The device and the counters; `value` returns that of each counter.
+  /// The device, the counters and what follows them; `value` returns that of each counter.
   template <class Value>
-  static ExpectedText expected(bool soap, const Device& device, Value value) {
-    ExpectedText text(soap);
-    text.beginPool("CONNECTIONMANAGER", kNoonText)
-        .field("string", "DEVICE_MODEL", device.model)
-        .field("string", "DEVICE_MANUFACTURER", device.manufacturer)
-        .field("string", "DEVICE_IMEI", device.imei)
-        .field("string", "DEVICE_INTERFACE", device.interface)
-        .field("string", "SIM_OPERATOR", device.simOperator)
-        .field("string", "SIM_IMSI", device.imsi);
+  static std::string expected(bool soap, const Device& device, Value value,
+                              const std::string& more = "") {
+    std::string outline = std::string("string DEVICE_MODEL = ") + device.model +
+                          "\nstring DEVICE_MANUFACTURER = " + device.manufacturer +
+                          "\nstring DEVICE_IMEI = " + device.imei +
+                          "\nstring DEVICE_INTERFACE = " + device.interface +
+                          "\nstring SIM_OPERATOR = " + device.simOperator +
+                          "\nstring SIM_IMSI = " + device.imsi + "\n";
     for (std::size_t index = 0; index < kCounters.size(); ++index) {
-      text.field("integer", kCounters[index].name, value(index));
+      outline.append("integer ").append(kCounters[index].name).append(" = ");
+      outline.append(value(index)).append("\n");
     }
-    return text;
+    return poolText("CONNECTIONMANAGER", outline + more, soap);
   }
   static std::string zero(std::size_t /*index*/) { return "0"; }
 
@@ -86,8 +81,8 @@ class ZtPortalPoolConnectionManagerTest : public zt::test::PoolsFixture {
 };
 
 TEST_F(ZtPortalPoolConnectionManagerTest, ANewPoolWritesEmptyTextsNoImeiNoImsiAndZeros) {
-  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero).endPool());
-  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, zero).endPool());
+  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero));
+  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, zero));
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlaceAndGenericFieldsFollow) {
@@ -98,8 +93,7 @@ TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlaceAndGe
   _pool->addBOOL("PREPAID", 1);
   const auto value = [](std::size_t index) { return std::to_string(index + 100); };
   for (const bool soap : {true, false}) {
-    EXPECT_EQ(written(*_pool, "", soap),
-              expected(soap, {}, value).field("boolean", "PREPAID", "TRUE").endPool());
+    EXPECT_EQ(written(*_pool, "", soap), expected(soap, {}, value, "boolean PREPAID = TRUE"));
   }
 }
 
@@ -112,7 +106,7 @@ TEST_F(ZtPortalPoolConnectionManagerTest, EveryTextHasItsFieldInItsPlace) {
   _pool->setSimIMSI("262011234567890");
   const Device device{"E3372", "Example",       "356938035643809",
                       "USB",   "Operator & Co", "262011234567890"};
-  EXPECT_EQ(written(*_pool, "", false), expected(false, device, zero).endPool());
+  EXPECT_EQ(written(*_pool, "", false), expected(false, device, zero));
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, ImeiAndImsiSurviveAClearThatResetsTheRest) {
@@ -133,8 +127,7 @@ TEST_F(ZtPortalPoolConnectionManagerTest, ImeiAndImsiSurviveAClearThatResetsTheR
   Device device;
   device.imei = "356938035643809";
   device.imsi = "262011234567890";
-  EXPECT_EQ(written(*_pool, "", false),
-            expected(false, device, zero).field("string", "KEPT", "yes").endPool());
+  EXPECT_EQ(written(*_pool, "", false), expected(false, device, zero, "string KEPT = yes"));
   EXPECT_EQ(_pool->mobileVolumeHome(), 0);
   EXPECT_EQ(_pool->mobileVolumeRoaming(), 0);
   EXPECT_EQ(_pool->registeredRoamNetworks(), nullptr);
@@ -151,7 +144,7 @@ TEST_F(ZtPortalPoolConnectionManagerTest, VolumesAndRoamingNetworksAreKeptButNot
   EXPECT_EQ(_pool->mobileVolumeHome(), kMuch);
   EXPECT_EQ(_pool->mobileVolumeRoaming(), -kMuch);
   EXPECT_EQ(_pool->registeredRoamNetworks(), networks);
-  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero).endPool());
+  EXPECT_EQ(written(*_pool, "", true), expected(true, {}, zero));
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, ACounterOfMinusOneIsWrittenSo) {
@@ -161,7 +154,8 @@ TEST_F(ZtPortalPoolConnectionManagerTest, ACounterOfMinusOneIsWrittenSo) {
     if (index == 7) return "-1";
     return index == 17 ? "-2147483648" : "0";
   };
-  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, value).endPool());
+  EXPECT_EQ(written(*_pool, "", false), expected(false, {}, value));
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -3,21 +3,14 @@
 #include <memory>
 #include <string>
 
-#include "tests/unit/pools/ExpectedText.h"
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolDeinstallation.h"
 #include "ztportal/pools/ZtPortalPoolInitialization.h"
 
 // The removal and the first set-up of a product: two classes that differ only in their pool type.
 
+namespace zt::test {
 namespace {
-
-using zt::test::ExpectedText;
-using zt::test::kLater;
-using zt::test::kLaterText;
-using zt::test::kNoon;
-using zt::test::kNoonText;
-using zt::test::written;
 
 template <class Pool>
 constexpr const char* kType = "DEINSTALLATION";
@@ -25,22 +18,8 @@ template <>
 constexpr const char* kType<ZtPortalPoolInitialization> = "INITIALIZATION";
 
 template <class Pool>
-class ZtPortalRunResultTest : public zt::test::PoolsFixture {
+class ZtPortalRunResultTest : public PoolsFixture {
  protected:
-  /// A new pool.
-  static ExpectedText fresh(bool soap) {
-    ExpectedText text(soap, 6);
-    text.beginPool(kType<Pool>, kNoonText)
-        .field("string", "START_TIME", kNoonText)
-        .field("string", "END_TIME", kNoonText)
-        .field("string", "END_RESULTSTRING", "")
-        .field("string", "END_RESULTCODE", "")
-        .field("string", "END_ERRORMESSAGESTRING", "")
-        .field("string", "END_ERRORMESSAGECODE", "")
-        .field("boolean", "SUCCESSFULL", "TRUE");
-    return text;
-  }
-
   std::shared_ptr<Pool> _pool = Pool::initWithValues(kNoon);
 };
 
@@ -62,8 +41,18 @@ TYPED_TEST(ZtPortalRunResultTest, BeginsAndEndsAtItsTimeStampWithDefaults) {
 TYPED_TEST(ZtPortalRunResultTest, ANewPoolWritesItsDefaults) {
   const std::shared_ptr<ZtPortalPool> base = this->_pool;
   for (const bool soap : {true, false}) {
-    EXPECT_EQ(written(*this->_pool, "      ", soap), this->fresh(soap).endPool());
-    EXPECT_EQ(written(*base, "      ", soap), this->fresh(soap).endPool());
+    const std::string expected = poolText(kType<TypeParam>, R"(
+string START_TIME = 2026-11-21T12:00:00.123UTC
+string END_TIME = 2026-11-21T12:00:00.123UTC
+string END_RESULTSTRING =
+string END_RESULTCODE =
+string END_ERRORMESSAGESTRING =
+string END_ERRORMESSAGECODE =
+boolean SUCCESSFULL = TRUE
+)",
+                                          soap, 6);
+    EXPECT_EQ(written(*this->_pool, "      ", soap), expected);
+    EXPECT_EQ(written(*base, "      ", soap), expected);
   }
 }
 
@@ -77,19 +66,19 @@ TYPED_TEST(ZtPortalRunResultTest, AFilledPoolWritesItsValuesAndThenItsGenericFie
   this->_pool->setSuccessfull(2);
   this->_pool->addInteger("FILES", 12);
   for (const bool soap : {true, false}) {
-    EXPECT_EQ(written(*this->_pool, "", soap),
-              ExpectedText(soap)
-                  .beginPool(kType<TypeParam>, kNoonText)
-                  .field("string", "START_TIME", kLaterText)
-                  .field("string", "END_TIME", "(null)")
-                  .field("string", "END_RESULTSTRING", "removed")
-                  .field("string", "END_RESULTCODE", "3")
-                  .field("string", "END_ERRORMESSAGESTRING", "a <file> & more")
-                  .field("string", "END_ERRORMESSAGECODE", "(null)")
-                  .field("boolean", "SUCCESSFULL", "FALSE")
-                  .field("integer", "FILES", "12")
-                  .endPool());
+    EXPECT_EQ(written(*this->_pool, "", soap), poolText(kType<TypeParam>, R"(
+string START_TIME = 2026-11-21T12:00:01.250UTC
+string END_TIME = (null)
+string END_RESULTSTRING = removed
+string END_RESULTCODE = 3
+string END_ERRORMESSAGESTRING = a <file> & more
+string END_ERRORMESSAGECODE = (null)
+boolean SUCCESSFULL = FALSE
+integer FILES = 12
+)",
+                                                        soap));
   }
 }
 
 }  // namespace
+}  // namespace zt::test

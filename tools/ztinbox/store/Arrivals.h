@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
@@ -13,26 +14,50 @@ class Arrivals {
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
   /// The order of the numbers does not matter.
-  void add(std::uint64_t number);
+  void add(std::uint64_t number) {
+    const std::lock_guard lock(_mutex);
+    _lastNumber = std::max(_lastNumber, number);
+    ++_count;
+    _changed.notify_all();
+  }
   /// Restarts count() at 0.
-  void clear();
+  void clear() {
+    const std::lock_guard lock(_mutex);
+    _count = 0;
+  }
   /// Call it when reports were deleted or marked.
-  void addChange();
+  void addChange() {
+    const std::lock_guard lock(_mutex);
+    ++_changes;
+    _changed.notify_all();
+  }
 
   /// The number of new reports since the start or the last clear().
-  std::uint64_t count() const;
+  std::uint64_t count() const { return read(_count); }
   /// The highest number of a report.
-  std::uint64_t lastNumber() const;
-  std::uint64_t changes() const;
+  std::uint64_t lastNumber() const { return read(_lastNumber); }
+  std::uint64_t changes() const { return read(_changes); }
 
   // These wait; they return false after the timeout.
 
-  bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const;
+  bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(_mutex);
+    return _changed.wait_for(lock, timeout, [&] { return _count >= count; });
+  }
   /// Until there is a report with a higher number, or there are more changes.
   bool waitForNews(std::uint64_t number, std::uint64_t changes,
-                   std::chrono::milliseconds timeout) const;
+                   std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(_mutex);
+    return _changed.wait_for(lock, timeout,
+                             [&] { return _lastNumber > number || _changes > changes; });
+  }
 
  private:
+  std::uint64_t read(const std::uint64_t& value) const {
+    const std::lock_guard lock(_mutex);
+    return value;
+  }
+
   mutable std::mutex _mutex;
   mutable std::condition_variable _changed;
   std::uint64_t _lastNumber;

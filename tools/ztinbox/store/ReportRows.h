@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <variant>
 #include <vector>
 
 #include "tools/ztinbox/store/Database.h"
@@ -46,5 +47,46 @@ extern const char* const kReportColumns;
 StoredReport readReport(const Statement& row);
 /// Adds the types of the pools to the reports.
 void readPools(Database& database, std::vector<StoredReport>& reports);
+
+/// Selects the reports that match every condition that is set.
+struct ReportFilter {
+  std::optional<std::string> customer = std::nullopt;     ///< exactly this customer ID
+  std::optional<std::string> application = std::nullopt;  ///< this application ID
+  std::optional<std::string> machine = std::nullopt;      ///< this machine ID
+  std::optional<std::string> pool = std::nullopt;         ///< it has a pool of this type
+  std::optional<std::string> text = std::nullopt;         ///< see searchExpression()
+  std::optional<bool> test = std::nullopt;                ///< came to the test address, or did not
+  std::optional<bool> read = std::nullopt;                ///< is marked as read, or is not
+  std::optional<Timestamp> since = std::nullopt;          ///< received at this time or later
+  std::optional<Timestamp> until = std::nullopt;          ///< received before
+  std::optional<std::uint64_t> before = std::nullopt;     ///< only smaller numbers
+};
+
+/// A filter in SQL: the selected reports are rows `r` of the table `reports`.
+///
+///     const FilterSql filter(wanted);
+///     Statement select(database, "SELECT r.number" + filter.text() + " ORDER BY " +
+///                                filter.order() + " DESC LIMIT 10");
+///     filter.bindTo(select);
+class FilterSql {
+ public:
+  explicit FilterSql(const ReportFilter& filter);
+
+  /// " FROM … WHERE …"
+  const std::string& text() const { return _text; }
+  /// The column with the report's number by which the rows are in order without sorting.
+  const std::string& order() const { return _order; }
+
+  /// Binds the values, which this object owns: it must outlive the statement's run.
+  void bindTo(Statement& statement) const;
+
+ private:
+  using Value = std::variant<std::int64_t, std::string>;
+  void where(const std::string& condition, Value value);
+
+  std::string _text;
+  std::string _order;
+  std::vector<Value> _values;
+};
 
 }  // namespace zt::inbox

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/store/ReportFilter.h"
+#include "tools/ztinbox/store/ReportRows.h"
 
 namespace zt::inbox {
 

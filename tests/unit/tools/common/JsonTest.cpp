@@ -6,12 +6,8 @@
 #include "tests/unit/tools/ztreport/JsonFault.h"
 #include "tools/common/Json.h"
 
+namespace zt::test {
 namespace {
-
-using zt::childPointer;
-using zt::Json;
-using zt::parseJson;
-using zt::test::faultOf;
 
 std::string faultIn(const std::string& text) {
   return faultOf([&] { parseJson(text); });
@@ -127,3 +123,4 @@ TEST(JsonTest, RefusesNestingBeyondAThousandLevels) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -10,42 +10,22 @@
 
 // What is read of a report that has a fault.
 
+namespace zt::test {
 namespace {
 
 using zt::reader::ParsedReport;
 using zt::reader::readReport;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
-using zt::test::told;
 
 /// A pool with an array in an array, and with two records.
-const std::string kDeepPool = plainPool(plainField("A", "1") + R"(        <Field FieldType="array">
-          <Name>OUTER</Date>
-          <Fields>
-            <Field FieldType="array">
-              <Name>INNER</Date>
-              <Fields>
-                <Field FieldType="integer">
-                  <Name>COUNT</Name>
-                  <Value>7</Value>
-                </Field>
-              </Fields>
-            </Data>
-          </Fields>
-        </Data>
-        <Field FieldType="array">
-          <Name>STEPS</Name>
-          <Fields>
-            <Field FieldType="string">
-              <Name>STEP_NAME</Name>
-              <Value>Copy</Value>
-            </Field>
-          </Fields>
-          <Fields>
-          </Fields>
-        </Field>
-)");
+const std::string kDeepPool = plainPool(plainFields(R"(
+string A = 1
+array OUTER
+  array INNER
+    integer COUNT = 7
+records STEPS
+  - string STEP_NAME = Copy
+  -
+)"));
 
 TEST(PartialReportTest, TellsWhatStandsBeforeAFault) {
   std::string text = plainLines(kDeepPool + plainPool(""));
@@ -86,3 +66,4 @@ TEST(PartialReportTest, WhateverLineCannotBeReadTheRestBeforeItIs) {
 }
 
 }  // namespace
+}  // namespace zt::test

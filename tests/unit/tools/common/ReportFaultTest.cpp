@@ -9,16 +9,12 @@
 
 // What is refused, with the place of the first thing that cannot be read.
 
+namespace zt::test {
 namespace {
 
 using zt::reader::placeIn;
 using zt::reader::ReadError;
 using zt::reader::readReport;
-using zt::test::crlf;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
-using zt::test::soapLines;
 
 std::string faultOf(std::string_view text) {
   try {
@@ -70,16 +66,11 @@ TEST(ReportFaultTest, InTheHead) {
           {"<reportData>", "<reportdata>", R"(line 2, column 1: expected "<reportData>")"},
           {"  <ReportID>", " <ReportID>",
            R"(line 3, column 2: expected "<ReportID>" after 2 blanks)"},
-          {"  <ReportID>", "   <ReportID>",
-           R"(line 3, column 3: expected "<ReportID>" after 2 blanks)"},
           {"  <ReportID>", "\t<ReportID>",
            R"(line 3, column 1: expected "<ReportID>" after 2 blanks)"},
           {"  <MachineID>{M}</MachineID>\n", "", R"(line 4, column 3: expected "<MachineID>")"},
           {"{M}</MachineID>", "{M}", R"(line 4, column 17: expected "</MachineID>")"},
-          {"{M}</MachineID>", "{M}</MachineID> ",
-           "line 4, column 29: expected the end of the line"},
           {"  <Datas>\n", "", R"(line 8, column 3: expected "<Datas>" after 2 blanks)"},
-          {"  <Datas>\n", "  <Datas>x\n", "line 8, column 10: expected the end of the line"},
       });
 }
 
@@ -117,18 +108,14 @@ TEST(ReportFaultTest, InAField) {
       kReport,
       {
           {"FieldType=\"string\"", "FieldType=\"date\"", kNoField},
-          {"<Field FieldType=\"string\">", "<Feld>", kNoField},
           {"<Field FieldType=\"string\">", "<Field FieldType=\"string\"> ",
            "line 12, column 35: expected the end of the line"},
           {"          <Name>", "         <Name>",
            R"(line 13, column 10: expected "<Name>" after 10 blanks)"},
-          {"<Name>", "<name>", R"(line 13, column 11: expected "<Name>")"},
-          {"</Name>", "</name>", R"(line 13, column 31: expected "</Name>")"},
           {"</Name>", "", R"(line 13, column 24: expected "</Name>")"},
           {"          <Value>Home</Value>\n", "",
            R"(line 14, column 9: expected "<Value>" after 10 blanks)"},
           {"Home</Value>", "Home", R"(line 14, column 22: expected "</Value>")"},
-          {"Home</Value>", "Home</Value>x", "line 14, column 30: expected the end of the line"},
           {"Home</Value>", "Home</Value>x\n</Value>",
            "line 14, column 30: expected the end of the line"},
           {"Home</Value>", "Ho</Value>\nme</Value>",
@@ -200,3 +187,4 @@ TEST(ReportFaultTest, EveryBeginningOfAReportIsRefusedAtItsEndOrItsLastLine) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -2,19 +2,10 @@
 
 #include <cstddef>
 #include <string>
-#include <string_view>
+
+#include "tests/support/ReportOutline.h"
 
 namespace zt::test {
-
-/// `lines`, which end with line feeds, with the line ends of a written report.
-inline std::string crlf(std::string_view lines) {
-  std::string text;
-  for (const char byte : lines) {
-    if (byte == '\n') text += '\r';
-    text += byte;
-  }
-  return text;
-}
 
 /// Line 9 of a plain report is the first of `pools`.
 inline std::string plainLines(const std::string& pools) {
@@ -64,26 +55,20 @@ inline std::string soapLines(const std::string& pools) {
 
 /// A pool of a plain report; line 12 is the first of `fields`.
 inline std::string plainPool(const std::string& fields) {
-  return "    <Data Pool=\"CUSTOM\">\n"
-         "      <Date>2026-11-21T12:00:00.000UTC</Date>\n"
-         "      <Fields>\n" +
-         fields +
-         "      </Fields>\n"
-         "    </Data>\n";
+  const std::string empty = poolLines("CUSTOM", "2026-11-21T12:00:00.000UTC", "", false, 4);
+  const std::string list = "<Fields>\n" + fields + "      </Fields>";
+  return std::string(empty).replace(empty.find("<Fields/>"), 9, list);
 }
 
-/// A field of a plain report's pool, four lines.
+/// A field of a plain report's pool, four lines. Name and value can be any.
 inline std::string plainField(const std::string& name, const std::string& value,
                               const std::string& type = "string") {
-  return "        <Field FieldType=\"" + type +
-         "\">\n"
-         "          <Name>" +
-         name +
-         "</Name>\n"
-         "          <Value>" +
-         value +
-         "</Value>\n"
-         "        </Field>\n";
+  const std::string blanks(8, ' ');
+  return blanks + "<Field FieldType=\"" + type + "\">\n" + blanks + "  <Name>" + name +
+         "</Name>\n" + blanks + "  <Value>" + value + "</Value>\n" + blanks + "</Field>\n";
 }
+
+/// The fields of an outline (`ReportOutline.h`) in a plain report's pool.
+inline std::string plainFields(std::string_view outline) { return fieldLines(outline, 8); }
 
 }  // namespace zt::test

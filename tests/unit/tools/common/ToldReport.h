@@ -2,29 +2,20 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 #include "tools/common/ReportReader.h"
 
 namespace zt::test {
 
 inline std::string typeName(reader::FieldType type) {
-  switch (type) {
-    case reader::FieldType::String:
-      return "string";
-    case reader::FieldType::Integer:
-      return "integer";
-    case reader::FieldType::Float:
-      return "float";
-    case reader::FieldType::Boolean:
-      return "boolean";
-    case reader::FieldType::None:
-      return "none";
-    case reader::FieldType::Array:
-      return "array";
-    case reader::FieldType::Records:
-      return "records";
-    case reader::FieldType::Record:
-      return "record";
+  using reader::FieldType;
+  const std::pair<FieldType, const char*> names[] = {
+      {FieldType::String, "string"},   {FieldType::Integer, "integer"}, {FieldType::Float, "float"},
+      {FieldType::Boolean, "boolean"}, {FieldType::None, "none"},       {FieldType::Array, "array"},
+      {FieldType::Records, "records"}, {FieldType::Record, "record"}};
+  for (const auto& [named, name] : names) {
+    if (named == type) return name;
   }
   return "?";
 }

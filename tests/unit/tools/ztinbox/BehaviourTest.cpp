@@ -80,11 +80,6 @@ TEST(BehaviourTest, FailsAboutAsOftenAsTheRateSays) {
   EXPECT_EQ(failures, 2481);
 }
 
-TEST(BehaviourTest, ARateOfZeroNeverFails) {
-  FaultGenerator faults(1);
-  for (int i = 0; i < 1'000; ++i) EXPECT_FALSE(faults.next(0));
-}
-
 TEST(BehaviourTest, AFaultDoesNotDependOnEarlierRates) {
   FaultGenerator steady(3);
   FaultGenerator changing(3);

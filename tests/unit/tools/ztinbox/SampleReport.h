@@ -5,6 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/unit/tools/common/ReportText.h"
+
 namespace zt::test {
 
 /// Writes a report as the library does: unescaped, line by line.
@@ -20,34 +22,25 @@ struct SampleReport {
   std::string moreFields;  ///< lines behind it
 
   std::string text() const {
-    std::string report =
-        "<SOAP-ENV:Envelope xmlns:SOAP-ENV=\"http://schemas.xmlsoap.org/soap/envelope/\""
-        " xmlns:SOAP-ENC=\"http://schemas.xmlsoap.org/soap/encoding/\""
-        " xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\""
-        " xmlns:xsd=\"http://www.w3.org/2001/XMLSchema\">\r\n"
-        "  <SOAP-ENV:Body>\r\n"
-        "    <postPoolDatas xmlns:m=\"http://reporting.kelvane.example/portal\""
-        " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding/\">\r\n"
-        "       <reportData xsi:type=\"com_Report\">\r\n";
-    report += header("ReportID", reportId) + header("MachineID", machineId) +
-              header("CustomerID", customerId) + header("ApplicationID", applicationId) +
-              header("ApplicationVersion", applicationVersion);
-    report += "         <Datas xsi:type=\"com_Pools\">\r\n";
+    std::string datas;
     for (const std::string& pool : pools) {
-      report += "           <Data xsi:type=\"com_Pool\" Pool=\"" + pool + "\">\r\n";
-      report +=
-          "             <Date xsi:type=\"xsd:dateTime\">2026-11-21T12:00:00.123UTC</Date>\r\n";
-      report += "             <Fields xsi:type=\"com_Fields\">\r\n";
-      report += field(name, value) + moreFields;
-      report += "             </Fields>\r\n";
-      report += "           </Data>\r\n";
+      datas += "           <Data xsi:type=\"com_Pool\" Pool=\"" + pool +
+               "\">\r\n"
+               "             <Date xsi:type=\"xsd:dateTime\">2026-11-21T12:00:00.123UTC</Date>\r\n"
+               "             <Fields xsi:type=\"com_Fields\">\r\n" +
+               field(name, value) + moreFields +
+               "             </Fields>\r\n"
+               "           </Data>\r\n";
     }
-    report +=
-        "         </Datas>\r\n"
-        "       </reportData>\r\n"
-        "    </postPoolDatas>\r\n"
-        "  </SOAP-ENV:Body>\r\n"
-        "</SOAP-ENV:Envelope>\r\n";
+    // From the end to the beginning, so that no value is taken for a mark.
+    std::string report = crlf(soapLines("@"));
+    const std::pair<std::string_view, const std::string&> marks[] = {
+        {"@", datas},           {"2.1.77", applicationVersion},
+        {"{A}", applicationId}, {"Kelvane", customerId},
+        {"{M}", machineId},     {"{R}", reportId}};
+    for (const auto& [mark, content] : marks) {
+      report.replace(report.find(mark), mark.size(), content);
+    }
     return report;
   }
 
@@ -58,10 +51,6 @@ struct SampleReport {
            indent + "  <Name xsi:type=\"xsd:string\">" + name + "</Name>\r\n" +  //
            indent + "  <Value xsi:type=\"xsd:string\">" + value + "</Value>\r\n" + indent +
            "</Field>\r\n";
-  }
-
-  static std::string header(const std::string& name, const std::string& value) {
-    return "         <" + name + " xsi:type=\"xsd:string\">" + value + "</" + name + ">\r\n";
   }
 };
 

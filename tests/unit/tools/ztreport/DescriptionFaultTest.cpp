@@ -20,12 +20,11 @@ struct Row {
 };
 
 std::string pool(const std::string& members) { return R"({"pools": [)" + members + "]}"; }
-std::string generic(const std::string& members) {
-  return pool(R"({"kind": "generic", )" + members + "}");
+std::string ofKind(const std::string& kind, const std::string& members) {
+  return pool(R"({"kind": ")" + kind + "\", " + members + "}");
 }
-std::string execution(const std::string& members) {
-  return pool(R"({"kind": "execution", )" + members + "}");
-}
+std::string generic(const std::string& members) { return ofKind("generic", members); }
+std::string execution(const std::string& members) { return ofKind("execution", members); }
 /// The second of two fields.
 std::string field(const std::string& members) {
   return generic(R"("fields": [{"type": "none"}, {)" + members + "}]");
@@ -35,9 +34,8 @@ std::string step(const std::string& members) {
   return execution(R"("steps": [{}, {)" + members + "}]");
 }
 
-constexpr const char* kDate =
-    "expected a date such as \"2026-11-21T12:00:00.123Z\" or null, found ";
-constexpr const char* kTypes = "string, integer, float, boolean, array, none";
+const std::string kDate = "expected a date such as \"2026-11-21T12:00:00.123Z\" or null, found ";
+const std::string kTypes = "string, integer, float, boolean, array, none";
 
 void expectFaults(const std::vector<Row>& rows) {
   for (const Row& row : rows) EXPECT_EQ(faultIn(row.json), row.fault) << row.json;
@@ -46,23 +44,16 @@ void expectFaults(const std::vector<Row>& rows) {
 TEST(DescriptionFaultTest, NamesTheFaultsOfTheWhole) {
   expectFaults({
       {"[]", "expected an object, found []"},
-      {"null", "expected an object, found null"},
       {"\"x\"", "expected an object, found \"x\""},
       {R"({"customerId": 1})", "/customerId: expected a string or null, found 1"},
-      {R"({"customerId": ["Kelvane"]})",
-       "/customerId: expected a string or null, found [\"Kelvane\"]"},
       {R"({"applicationId": true})", "/applicationId: expected a string or null, found true"},
       {R"({"applicationVersion": 2.1})",
        "/applicationVersion: expected a string or null, found 2.1"},
       {R"({"configurationUrl": null})", "/configurationUrl: expected a string, found null"},
-      {R"({"configurationUrl": 80})", "/configurationUrl: expected a string, found 80"},
       {R"({"cacheConfiguration": null})",
        "/cacheConfiguration: expected true or false, found null"},
       {R"({"cacheConfiguration": 1})", "/cacheConfiguration: expected true or false, found 1"},
-      {R"({"cacheConfiguration": "yes"})",
-       "/cacheConfiguration: expected true or false, found \"yes\""},
       {R"({"pools": null})", "/pools: expected a list, found null"},
-      {R"({"pools": {}})", "/pools: expected a list, found {}"},
       {R"({"reportId": "{A}"})", "/reportId: unknown key"},
       {R"({"CustomerId": "Kelvane"})", "/CustomerId: unknown key"},
       {R"({"": 1})", "/: unknown key"},
@@ -81,25 +72,15 @@ const std::string kKinds =
 TEST(DescriptionFaultTest, NamesTheFaultsOfAPool) {
   expectFaults({
       {pool("null"), "/pools/0: expected an object, found null"},
-      {pool("[]"), "/pools/0: expected an object, found []"},
-      {pool("{}"),
-       "/pools/0: \"kind\" is absent; it is one of generic, execution, deinstallation, "
-       "initialization, diagnose, connectionManager, computerSystem"},
+      {pool("{}"), "/pools/0: \"kind\" is absent; it is one of " + kKinds},
       {pool(R"({"kind": "generic"}, {"timeStamp": null})"),
-       "/pools/1: \"kind\" is absent; it is one of generic, execution, deinstallation, "
-       "initialization, diagnose, connectionManager, computerSystem"},
+       "/pools/1: \"kind\" is absent; it is one of " + kKinds},
       {pool(R"({"kind": null})"), "/pools/0/kind: expected a string, found null"},
-      {pool(R"({"kind": 0})"), "/pools/0/kind: expected a string, found 0"},
       {pool(R"({"kind": "EXECUTION"})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
       {pool(R"({"kind": ""})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
       {generic(R"("poolType": 1)"), "/pools/0/poolType: expected a string or null, found 1"},
-      {generic(R"("timeStamp": 0)"), std::string("/pools/0/timeStamp: ") + kDate + "0"},
-      {generic(R"("timeStamp": "now")"), std::string("/pools/0/timeStamp: ") + kDate + "\"now\""},
-      {generic(R"("timeStamp": "")"), std::string("/pools/0/timeStamp: ") + kDate + "\"\""},
-      {generic(R"("timeStamp": "2023-02-29T00:00:00Z")"),
-       std::string("/pools/0/timeStamp: ") + kDate + "\"2023-02-29T00:00:00Z\""},
+      {generic(R"("timeStamp": 0)"), "/pools/0/timeStamp: " + kDate + "0"},
       {generic(R"("fields": null)"), "/pools/0/fields: expected a list, found null"},
-      {generic(R"("fields": {"name": 1})"), "/pools/0/fields: expected a list, found {\"name\":1}"},
       {generic(R"("startPoint": "setup")"), "/pools/0/startPoint: unknown key"},
       {generic(R"("steps": [])"), "/pools/0/steps: unknown key"},
       {execution(R"("poolType": "EXECUTION")"), "/pools/0/poolType: unknown key"},
@@ -119,17 +100,8 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAnExecution) {
               "/pools/0/" + std::string(key) + ": " + kDate + "12");
   }
   for (const char* key : {"successfull", "cancelled"}) {
-    const std::string start = '"' + std::string(key) + "\": ";
-    const std::string place = "/pools/0/" + std::string(key) + ": ";
-    expectFaults({
-        {execution(start + "null"),
-         place + "expected true, false or a number from -128 to 255, found null"},
-        {execution(start + "\"yes\""),
-         place + "expected true, false or a number from -128 to 255, found \"yes\""},
-        {execution(start + "0.5"), place + "expected an integer, found 0.5"},
-        {execution(start + "256"), place + "256 is out of range (-128 to 255)"},
-        {execution(start + "-129"), place + "-129 is out of range (-128 to 255)"},
-    });
+    EXPECT_EQ(faultIn(execution('"' + std::string(key) + "\": 256")),
+              "/pools/0/" + std::string(key) + ": 256 is out of range (-128 to 255)");
   }
 }
 
@@ -137,9 +109,7 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAStep) {
   const std::string place = "/pools/0/steps/1/";
   expectFaults({
       {execution(R"("steps": null)"), "/pools/0/steps: expected a list, found null"},
-      {execution(R"("steps": {})"), "/pools/0/steps: expected a list, found {}"},
       {execution(R"("steps": ["Copy"])"), "/pools/0/steps/0: expected an object, found \"Copy\""},
-      {execution(R"("steps": [{}, null])"), "/pools/0/steps/1: expected an object, found null"},
       {step(R"("timeStamp": 1)"), place + "timeStamp: " + kDate + "1"},
       {step(R"("stepName": 1)"), place + "stepName: expected a string or null, found 1"},
       {step(R"("stepMessageString": [])"),
@@ -149,12 +119,6 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAStep) {
       {step(R"("stepType": "BEGIN")"),
        place + "stepType: expected one of ENTER, LEAVE, EXIT, INFO, ERROR or a number, found "
                "\"BEGIN\""},
-      {step(R"("stepType": -1)"),
-       place + "stepType: expected a name or an integer without a sign, found -1"},
-      {step(R"("stepType": 1.5)"),
-       place + "stepType: expected a name or an integer without a sign, found 1.5"},
-      {step(R"("stepType": null)"),
-       place + "stepType: expected a name or an integer without a sign, found null"},
       {step(R"("stepType": true)"),
        place + "stepType: expected a name or an integer without a sign, found true"},
       {step(R"("successfullRepair": true)"), place + "successfullRepair: unknown key"},
@@ -170,39 +134,15 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAField) {
       {generic(R"("fields": [1])"), "/pools/0/fields/0: expected an object, found 1"},
       {field(R"("name": "A")"), place + ": \"type\" is absent; it is one of " + kTypes},
       {field(R"("type": null)"), place + "/type: expected a string, found null"},
-      {field(R"("type": 1)"), place + "/type: expected a string, found 1"},
       {field(R"("type": "String")"), noSuchType},
       {field(R"("type": "bool")"), noSuchType},
       {field(R"("type": "")"), noSuchType},
       {field(R"("type": "string", "value": 1)"),
        place + "/value: expected a string or null, found 1"},
-      {field(R"("type": "string", "value": {"a": [true]})"),
-       place + "/value: expected a string or null, found {\"a\":[true]}"},
-      {field(R"("type": "integer", "value": null)"),
-       place + "/value: expected an integer, found null"},
-      {field(R"("type": "integer", "value": "7")"),
-       place + "/value: expected an integer, found \"7\""},
-      {field(R"("type": "integer", "value": 3.5)"),
-       place + "/value: expected an integer, found 3.5"},
-      {field(R"("type": "integer", "value": -2147483649)"),
-       place + "/value: -2147483649 is out of range (-2147483648 to 2147483647)"},
       {field(R"("type": "integer", "value": 2147483648)"),
        place + "/value: 2147483648 is out of range (-2147483648 to 2147483647)"},
-      {field(R"("type": "float", "value": null)"), place + "/value: expected a number, found null"},
       {field(R"("type": "float", "value": "1")"), place + "/value: expected a number, found \"1\""},
-      {field(R"("type": "float", "value": 1e39)"),
-       place + "/value: 1e+39 is out of the range of a 32-bit float"},
-      {field(R"("type": "float", "value": -1e39)"),
-       place + "/value: -1e+39 is out of the range of a 32-bit float"},
-      {field(R"("type": "float", "value": 1e400)"), place + "/value: 1e400 is out of range"},
       {field(R"("type": "boolean", "value": null)"), noByte + "null"},
-      {field(R"("type": "boolean", "value": "true")"), noByte + "\"true\""},
-      {field(R"("type": "boolean", "value": 256)"),
-       place + "/value: 256 is out of range (-128 to 255)"},
-      {field(R"("type": "boolean", "value": -129)"),
-       place + "/value: -129 is out of range (-128 to 255)"},
-      {field(R"("type": "boolean", "value": 1.0)"),
-       place + "/value: expected an integer, found 1.0"},
       {field(R"("type": "array", "fields": null)"), place + "/fields: expected a list, found null"},
       {field(R"("type": "array", "value": [])"), place + "/value: unknown key"},
       {field(R"("type": "array", "fields": [{"type": "array", "fields": [{"type": "x"}]}])"),
@@ -221,6 +161,40 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAField) {
     EXPECT_EQ(faultIn(field(R"("": 1, "type": ")" + std::string(type) + '"')),
               place + "/: unknown key");
   }
+}
+
+TEST(DescriptionFaultTest, NamesTheFaultsOfOtherPools) {
+  const struct {
+    const char* kind;
+    const char* json;
+    const char* fault;
+  } rows[] = {
+      {"deinstallation", R"("startPoint": "x")", "/pools/0/startPoint: unknown key"},
+      {"diagnose", R"("steps": [{"stepType": 0}])", "/pools/0/steps/0/stepType: unknown key"},
+      {"diagnose", R"("steps": [{"diagnoseType": "ENTER"}])",
+       "/pools/0/steps/0/diagnoseType: expected one of MANUAL, AUTOMATIC, RIS or a number, "
+       "found \"ENTER\""},
+      {"connectionManager", R"("sentSMS": 2147483648)",
+       "/pools/0/sentSMS: 2147483648 is out of range (-2147483648 to 2147483647)"},
+      {"connectionManager", R"("mobileVolumeHome": 9223372036854775808)",
+       "/pools/0/mobileVolumeHome: 9223372036854775808 is out of range "
+       "(-9223372036854775808 to 9223372036854775807)"},
+      {"connectionManager", R"("registeredRoamNetworks": ["A", null])",
+       "/pools/0/registeredRoamNetworks/1: expected a string, found null"},
+      {"computerSystem", R"("autoCheck": 1)",
+       "/pools/0/autoCheck: expected true or false, found 1"},
+      {"computerSystem", R"("browsers": [{"timeStamp": null}])",
+       "/pools/0/browsers/0/timeStamp: unknown key"},
+  };
+  for (const auto& row : rows)
+    EXPECT_EQ(faultIn(ofKind(row.kind, row.json)), row.fault) << row.json;
+}
+
+TEST(DescriptionFaultTest, AnUnknownLanguageNamesThoseThatThereAre) {
+  const std::string fault = faultIn(ofKind("computerSystem", R"("osLanguage": "KLINGON")"));
+  EXPECT_TRUE(fault.starts_with("/pools/0/osLanguage: expected one of NEUTRAL, AFRIKAANS, "))
+      << fault;
+  EXPECT_TRUE(fault.ends_with(", UKRAINIAN, VIETNAMESE or a number, found \"KLINGON\"")) << fault;
 }
 
 }  // namespace

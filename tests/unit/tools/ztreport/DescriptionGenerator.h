@@ -9,6 +9,7 @@
 #include <limits>
 #include <nlohmann/json.hpp>
 #include <random>
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -64,46 +65,16 @@ class DescriptionGenerator {
   }
 
   std::string string() {
-    static const std::vector<std::string> kPieces{"a",
-                                                  "Home",
-                                                  "ä",
-                                                  "€",
-                                                  "😀",
-                                                  " ",
-                                                  "  ",
-                                                  "\t",
-                                                  "\"",
-                                                  "'",
-                                                  "&",
-                                                  "&amp;",
-                                                  "<",
-                                                  ">",
-                                                  "/",
-                                                  "\\",  //
-                                                  "<Field>",
-                                                  "</Field>",
-                                                  "<Fields/>",
-                                                  "</Fields>",
-                                                  "<Name>",
-                                                  "</Name>",
-                                                  "<Value>",
-                                                  "</Value>",  //
-                                                  "</Date>",
-                                                  "</Data>",
-                                                  "<Data Pool=\"X\">",
-                                                  "</Datas>",
-                                                  "</reportData>",
-                                                  "\">",
-                                                  "(null)",  //
-                                                  "(null",
-                                                  "TRUE",
-                                                  "0",
-                                                  "\x1b[2J",
-                                                  "\x7f",
-                                                  "\n",
-                                                  "\r",
-                                                  "]]>",
-                                                  std::string(1, '\0')};
+    static const std::vector<std::string> kPieces = [] {
+      std::vector<std::string> pieces{" ", "  ", "\t", "\x1b[2J", "\x7f", "\n", "\r"};
+      pieces.emplace_back("<Data Pool=\"X\">");
+      pieces.emplace_back(1, '\0');
+      std::istringstream words(
+          "a Home ä € 😀 \" ' & &amp; < > / \\ <Field> </Field> <Fields/> </Fields> <Name> </Name> "
+          "<Value> </Value> </Date> </Data> </Datas> </reportData> \"> (null) (null TRUE 0 ]]>");
+      for (std::string word; words >> word;) pieces.push_back(word);
+      return pieces;
+    }();
     std::string text;
     for (int i = below(6); i > 0; --i) {
       text += kPieces[static_cast<std::size_t>(below(kPieces.size()))];

@@ -1,122 +1,52 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
-#include "tests/support/Printing.h"
-#include "tests/support/ScopedEnvironment.h"
+#include "tests/unit/pools/PoolsFixture.h"
 #include "tools/ztreport/description/Description.h"
 
+// What a description makes: the same as the calls that it stands for. How that is written is a
+// matter of the pools' own tests; that each key stands for its field, of ReferencePageTest.
+
+namespace zt::test {
 namespace {
 
 using zt::tools::Description;
 
-/// Texts of dates are those of Greenwich, whatever the machine is set to.
-class DescriptionTest : public testing::Test {
- private:
-  zt::test::ScopedEnvironment _zone{"TZ", "UTC"};
-  zt::test::ScopedEnvironment _locale{"LC_ALL", "C"};
-};
-
-std::string crlf(std::string_view lines) {
-  std::string text;
-  for (const char byte : lines) {
-    if (byte == '\n') text += '\r';
-    text += byte;
+class DescriptionTest : public PoolsFixture {
+ protected:
+  static std::shared_ptr<ZtPortalData> documentOf(const std::string& pools) {
+    return Description(R"({"pools": [)" + pools + "]}").makeOffline();
   }
-  return text;
-}
-
-/// The plain text of a document with these pools.
-std::string report(const ZtPortalData& document, std::string_view pools,
-                   std::string_view identifiers =
-                       "  <CustomerID>(null)</CustomerID>\n"
-                       "  <ApplicationID>(null)</ApplicationID>\n"
-                       "  <ApplicationVersion>(null)"
-                       "</ApplicationVersion>\n") {
-  return crlf("<?xml version=\"1.0\"?>\n<reportData>\n  <ReportID>" +
-              std::string(document.reportId().view()) + "</ReportID>\n  <MachineID>" +
-              std::string(document.machineId().view()) + "</MachineID>\n" +
-              std::string(identifiers) + "  <Datas>\n" + std::string(pools) +
-              "  </Datas>\n</reportData>\n");
-}
-
-std::string field(const std::string& type, const std::string& name, const std::string& value) {
-  return "        <Field FieldType=\"" + type + "\">\n          <Name>" + name +
-         "</Name>\n          <Value>" + value + "</Value>\n        </Field>\n";
-}
-
-/// A generic pool without a date.
-std::string customPool(const std::string& fields) {
-  const std::string list =
-      fields.empty() ? "      <Fields/>\n" : "      <Fields>\n" + fields + "      </Fields>\n";
-  return "    <Data Pool=\"CUSTOM\">\n      <Date>(null)</Date>\n" + list + "    </Data>\n";
-}
-
-std::string customPoolOf(const std::string& fields) {
-  return R"({"kind": "generic", "poolType": "CUSTOM", "timeStamp": null, "fields": [)" + fields +
-         "]}";
-}
-
-void expectFields(const std::string& fields, const std::string& text) {
-  const auto document = Description(R"({"pools": [)" + customPoolOf(fields) + "]}").makeOffline();
-  EXPECT_EQ(document->generateXml(nullptr, false), report(*document, customPool(text))) << fields;
-}
-
-constexpr const char* kNoon = "2026-11-21T12:00:00.000UTC";
-
-/// What an execution pool has when it was just created.
-struct ExecutionText {
-  std::string timeStamp = kNoon;
-  std::string executionType = "Standard";
-  std::string startPoint = {};
-  std::string startTime = kNoon;
-  std::string endPoint = {};
-  std::string endTime = kNoon;
-  std::string endResultString = {};
-  std::string endResultCode = {};
-  std::string endErrorMessageString = {};
-  std::string endErrorMessageCode = {};
-  std::string cancelled = "FALSE";
-  std::string successfull = "TRUE";
-  std::string steps = {};
-  std::string fields = {};
-
-  std::string stepList() const {
-    if (steps.empty()) return "";
-    return "        <Field FieldType=\"array\">\n          <Name>INSTALLATIONSTEPS</Name>\n" +
-           steps + "        </Field>\n";
+  /// The one pool of a document; `json` is what its description says besides the kind.
+  template <class Pool>
+  static std::shared_ptr<Pool> described(const std::string& kind, const std::string& json) {
+    const auto pools =
+        documentOf(R"({"kind": ")" + kind + "\"" + (json.empty() ? "" : ", ") + json + "}")
+            ->pools();
+    return std::dynamic_pointer_cast<Pool>(pools.at(0));
   }
-  std::string text() const {
-    return "    <Data Pool=\"EXECUTION\">\n      <Date>" + timeStamp + "</Date>\n      <Fields>\n" +
-           field("string", "INSTALLATION_TYPE", executionType) +
-           field("string", "START_POINT", startPoint) + field("string", "START_TIME", startTime) +
-           field("string", "END_POINT", endPoint) + field("string", "END_TIME", endTime) +
-           field("string", "END_RESULTSTRING", endResultString) +
-           field("string", "END_RESULTCODE", endResultCode) +
-           field("string", "END_ERRORMESSAGESTRING", endErrorMessageString) +
-           field("string", "END_ERRORMESSAGECODE", endErrorMessageCode) +
-           field("boolean", "CANCELLED", cancelled) + field("boolean", "SUCCESSFULL", successfull) +
-           stepList() + fields + "      </Fields>\n    </Data>\n";
+
+  /// Compares the text of a described pool of `kNoon`, or without a date, with that of `expected`.
+  template <class Pool>
+  static void expectPool(const std::string& kind, const std::string& json, const Pool& expected) {
+    const std::string time =
+        expected.timeStamp().isNull() ? "null" : R"("2026-11-21T12:00:00.123Z")";
+    const auto pool =
+        described<Pool>(kind, R"("timeStamp": )" + time + (json.empty() ? "" : ", ") + json);
+    ASSERT_NE(pool, nullptr);
+    EXPECT_EQ(written(*pool, "", false), written(expected, "", false)) << json;
+  }
+  static void expectFields(const std::string& json, const std::string& outline) {
+    const auto pool = described<ZtPortalPool>(
+        "generic", R"("poolType": "CUSTOM", "timeStamp": null, "fields": [)" + json + "]");
+    EXPECT_EQ(written(*pool, "", false), crlf(poolLines("CUSTOM", "(null)", outline))) << json;
   }
 };
-
-std::string stepText(const std::string& name, const std::string& type, const std::string& time,
-                     const std::string& message = "", const std::string& code = "") {
-  const auto inner = [](const std::string& fieldName, const std::string& value) {
-    return "            <Field FieldType=\"string\">\n              <Name>" + fieldName +
-           "</Name>\n              <Value>" + value + "</Value>\n            </Field>\n";
-  };
-  return "          <Fields>\n" + inner("STEP_NAME", name) + inner("STEP_TYPE", type) +
-         inner("STEP_TIMESTAMP", time) + inner("STEP_MESSAGESTRING", message) +
-         inner("STEP_MESSAGECODE", code) + "          </Fields>\n";
-}
-
-void expectExecution(const std::string& members, const ExecutionText& expected) {
-  const auto document =
-      Description(R"({"pools": [{"kind": "execution")" + members + "}]}").makeOffline();
-  EXPECT_EQ(document->generateXml(nullptr, false), report(*document, expected.text())) << members;
-}
 
 TEST_F(DescriptionTest, OfNothingIsADocumentWithoutText) {
   for (const char* text : {"{}", R"({"pools": []})", R"({"customerId": "Kelvane"})"}) {
@@ -131,54 +61,45 @@ TEST_F(DescriptionTest, TakesTheIdentifiers) {
   const Description description(R"({
       "customerId": "Kelvane", "applicationId": "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}",
       "applicationVersion": "2.1.77", "configurationUrl": "http://127.0.0.1:1/k.xml",
-      "cacheConfiguration": true, "pools": [)" +
-                                customPoolOf("") + "]}");
+      "cacheConfiguration": true, "pools": [{"kind": "generic"}]})");
   EXPECT_TRUE(description.hasPools());
   EXPECT_EQ(description.configurationUrl(), "http://127.0.0.1:1/k.xml");
   const auto document = description.makeOffline();
   EXPECT_EQ(document->configurationUrl(), nullptr);
-  EXPECT_EQ(document->generateXml(nullptr, false),
-            report(*document, customPool(""),
-                   "  <CustomerID>Kelvane</CustomerID>\n"
-                   "  <ApplicationID>{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}</ApplicationID>\n"
-                   "  <ApplicationVersion>2.1.77</ApplicationVersion>\n"));
+  EXPECT_EQ(document->customerId(), "Kelvane");
+  EXPECT_EQ(document->applicationId(), "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}");
+  EXPECT_EQ(document->applicationVersion(), "2.1.77");
+  EXPECT_NE(document->reportId(), description.makeOffline()->reportId());
 }
 
 TEST_F(DescriptionTest, TakesNullAndEmptyIdentifiersApart) {
-  const auto document = Description(R"({"customerId": null, "applicationId": "",
-      "applicationVersion": "<&>", "pools": [)" +
-                                    customPoolOf("") + "]}")
-                            .makeOffline();
-  EXPECT_EQ(document->generateXml(nullptr, false),
-            report(*document, customPool(""),
-                   "  <CustomerID>(null)</CustomerID>\n"
-                   "  <ApplicationID></ApplicationID>\n"
-                   "  <ApplicationVersion><&></ApplicationVersion>\n"));
-}
-
-TEST_F(DescriptionTest, MakesADocumentOfItsOwnEachTime) {
-  const Description description(R"({"pools": [)" + customPoolOf("") + "]}");
-  EXPECT_NE(description.makeOffline()->reportId(), description.makeOffline()->reportId());
-  EXPECT_EQ(description.makeOffline()->pools().size(), 1U);
+  const auto document =
+      Description(R"({"customerId": null, "applicationId": "", "applicationVersion": "<&>"})")
+          .makeOffline();
+  EXPECT_TRUE(document->customerId().isNull());
+  EXPECT_EQ(document->applicationId(), "");
+  EXPECT_EQ(document->applicationVersion(), "<&>");
 }
 
 TEST_F(DescriptionTest, KeepsTheOrderOfThePools) {
-  const auto document = Description(R"({"pools": [
-      {"kind": "generic", "poolType": "B", "timeStamp": "2026-11-21T12:00:00Z"},
-      {"kind": "execution", "timeStamp": "2026-11-21T12:00:00Z"},
-      {"kind": "generic", "poolType": "A", "timeStamp": "2026-11-21T14:00:00.9876+02:00"},
+  const auto document = documentOf(R"(
+      {"kind": "generic", "poolType": "B", "timeStamp": "2026-11-21T12:00:00.123Z"},
+      {"kind": "execution", "timeStamp": "2026-11-21T12:00:00.123Z"},
+      {"kind": "generic", "poolType": "A", "timeStamp": "2026-11-21T14:00:01.2509+02:00"},
       {"kind": "generic", "poolType": null, "timeStamp": null},
-      {"kind": "generic", "poolType": "B", "timeStamp": "1969-12-31T23:59:59.999Z"}]})")
-                            .makeOffline();
-  const auto empty = [](const std::string& type, const std::string& date) {
-    return "    <Data Pool=\"" + type + "\">\n      <Date>" + date +
-           "</Date>\n      <Fields/>\n    </Data>\n";
-  };
-  EXPECT_EQ(
-      document->generateXml(nullptr, false),
-      report(*document, empty("B", kNoon) + ExecutionText().text() +
-                            empty("A", "2026-11-21T12:00:00.987UTC") + empty("(null)", "(null)") +
-                            empty("B", "1969-12-31T23:59:59.999UTC")));
+      {"kind": "generic", "poolType": "B", "timeStamp": "1970-01-01T00:00:00Z"})");
+  const struct {
+    ZtString type;
+    ZtDate timeStamp;
+  } rows[] = {
+      {"B", kNoon}, {"EXECUTION", kNoon}, {"A", kLater}, {nullptr, ZtDate()}, {"B", kEpoch}};
+  std::size_t at = 0;
+  ASSERT_EQ(document->pools().size(), std::size(rows));
+  for (const auto& row : rows) {
+    EXPECT_EQ(document->pools()[at]->poolType(), row.type) << at;
+    EXPECT_EQ(document->pools()[at]->timeStamp(), row.timeStamp) << at;
+    ++at;
+  }
 }
 
 TEST_F(DescriptionTest, TakesFieldsOfEveryType) {
@@ -188,55 +109,50 @@ TEST_F(DescriptionTest, TakesFieldsOfEveryType) {
                   {"name": "ABSENT", "type": "string"},
                   {"name": null, "type": "string", "value": "<a&\u00e4>"},
                   {"type": "string", "value": "x"})",
-               field("string", "EDITION", "Home") + field("string", "EMPTY", "") +
-                   field("string", "MISSING", "(null)") + field("string", "ABSENT", "(null)") +
-                   field("string", "(null)", "<a&ä>") + field("string", "(null)", "x"));
+               R"(
+string EDITION = Home
+string EMPTY =
+string MISSING = (null)
+string ABSENT = (null)
+string (null) = <a&ä>
+string (null) = x
+)");
   expectFields(R"({"name": "A", "type": "integer", "value": -2147483648},
                   {"name": "B", "type": "integer", "value": 2147483647},
                   {"name": "C", "type": "integer"})",
-               field("integer", "A", "-2147483648") + field("integer", "B", "2147483647") +
-                   field("integer", "C", "0"));
+               R"(
+integer A = -2147483648
+integer B = 2147483647
+integer C = 0
+)");
   expectFields(R"({"name": "A", "type": "float", "value": 2.5},
                   {"name": "B", "type": "float", "value": 7},
                   {"name": "C", "type": "float", "value": 1e-50},
                   {"name": "D", "type": "float", "value": 1e-400},
                   {"name": "E", "type": "float"},
                   {"name": "F", "type": "float", "value": 16777217})",
-               field("float", "A", "2.50") + field("float", "B", "7.00") +
-                   field("float", "C", "0.00") + field("float", "D", "0.00") +
-                   field("float", "E", "0.00") + field("float", "F", "16777216.00"));
+               R"(
+float A = 2.50
+float B = 7.00
+float C = 0.00
+float D = 0.00
+float E = 0.00
+float F = 16777216.00
+)");
   expectFields(R"({"name": "BARE", "type": "none"}, {"type": "none"},
                   {"name": null, "type": "none"})",
-               "        <Field type=\"none\">\n          <Name type=\"none\">BARE</Name>\n"
-               "        </Field>\n"
-               "        <Field type=\"none\">\n          <Name type=\"none\">(null)</Name>\n"
-               "        </Field>\n"
-               "        <Field type=\"none\">\n          <Name type=\"none\">(null)</Name>\n"
-               "        </Field>\n");
+               "none BARE\nnone (null)\nnone (null)");
 }
 
 TEST_F(DescriptionTest, TakesBooleansAsBytes) {
-  const struct {
-    const char* value;
-    int byte;
-    const char* text;
-  } rows[] = {
-      {"true", 1, "TRUE"}, {"false", 0, "FALSE"},   {"1", 1, "TRUE"},       {"0", 0, "FALSE"},
-      {"2", 2, "FALSE"},   {"127", 127, "FALSE"},   {"128", -128, "FALSE"}, {"255", -1, "FALSE"},
-      {"-1", -1, "FALSE"}, {"-128", -128, "FALSE"},
-  };
-  for (const auto& row : rows) {
-    const std::string described =
-        R"({"name": "FLAG", "type": "boolean", "value": )" + std::string(row.value) + "}";
-    expectFields(described, field("boolean", "FLAG", row.text));
-    const auto document =
-        Description(R"({"pools": [)" + customPoolOf(described) + "]}").makeOffline();
-    const auto flag =
-        std::dynamic_pointer_cast<ZtPortalPoolBOOL>(document->pools().front()->field(0));
-    ASSERT_NE(flag, nullptr);
-    EXPECT_EQ(flag->data(), row.byte) << row.value;
+  const auto pool = described<ZtPortalPool>("generic", R"("fields": [
+      {"name": "A", "type": "boolean", "value": true},
+      {"name": "B", "type": "boolean", "value": 255}, {"name": "C", "type": "boolean"}])");
+  std::vector<int> bytes;
+  for (const auto& field : pool->fields()->fields()) {
+    bytes.push_back(std::dynamic_pointer_cast<ZtPortalPoolBOOL>(field)->data());
   }
-  expectFields(R"({"name": "FLAG", "type": "boolean"})", field("boolean", "FLAG", "FALSE"));
+  EXPECT_EQ(bytes, (std::vector<int>{1, -1, 0}));
 }
 
 TEST_F(DescriptionTest, TakesArraysInArrays) {
@@ -246,113 +162,66 @@ TEST_F(DescriptionTest, TakesArraysInArrays) {
                     {"name": "EMPTY", "type": "array", "fields": []},
                     {"name": "A", "type": "string", "value": "x"}]},
                   {"type": "array"})",
-               R"(        <Field FieldType="array">
-          <Name>OUTER</Date>
-          <Fields>
-            <Field FieldType="array">
-              <Name>INNER</Date>
-              <Fields>
-                <Field FieldType="integer">
-                  <Name>COUNT</Name>
-                  <Value>7</Value>
-                </Field>
-              </Fields>
-            </Data>
-            <Field FieldType="array">
-              <Name>EMPTY</Date>
-              <Fields/>
-            </Data>
-            <Field FieldType="string">
-              <Name>A</Name>
-              <Value>x</Value>
-            </Field>
-          </Fields>
-        </Data>
-        <Field FieldType="array">
-          <Name>(null)</Date>
-          <Fields/>
-        </Data>
+               R"(
+array OUTER
+  array INNER
+    integer COUNT = 7
+  array EMPTY
+  string A = x
+array (null)
 )");
 }
 
-TEST_F(DescriptionTest, LeavesWhatTheCreationOfAnExecutionSets) {
-  expectExecution(R"(, "timeStamp": "2026-11-21T12:00:00Z")", {});
-  expectExecution(R"(, "timeStamp": "2026-11-21T12:00:00Z", "steps": [], "fields": [])", {});
+TEST_F(DescriptionTest, LeavesWhatTheCreationOfAPoolSets) {
+  const auto execution = ZtPortalPoolExecution::initWithValues(kNoon);
+  expectPool("execution", "", *execution);
+  expectPool("execution", R"("steps": [], "fields": [])", *execution);
+  expectPool("initialization", "", *ZtPortalPoolInitialization::initWithValues(kNoon));
 }
 
 TEST_F(DescriptionTest, TakesNullTimeStampsAsMissingThroughout) {
-  expectExecution(R"(, "timeStamp": null, "steps": [{"timeStamp": null, "stepName": null}])",
-                  {.timeStamp = "(null)",
-                   .startTime = "(null)",
-                   .endTime = "(null)",
-                   .steps = stepText("(null)", "ENTER", "(null)")});
-  expectExecution(R"(, "timeStamp": null, "endTime": "2026-11-21T12:00:00Z")",
-                  {.timeStamp = "(null)", .startTime = "(null)"});
+  const auto pool = ZtPortalPoolExecution::initWithValues(ZtDate());
+  pool->addStep(ZtDate(), nullptr, 0);
+  expectPool("execution", R"("steps": [{"timeStamp": null, "stepName": null}])", *pool);
 }
 
 TEST_F(DescriptionTest, TakesEveryValueOfAnExecution) {
-  expectExecution(R"(, "timeStamp": "2026-11-21T12:00:00Z", "startPoint": "setup",
+  const auto pool = ZtPortalPoolExecution::initWithValues(kNoon);
+  pool->setStartPoint("setup");
+  pool->setEndPoint("finish");
+  pool->setStartTime(kLater);
+  pool->setEndTime(kEpoch);
+  pool->setEndResultString("OK");
+  pool->setEndResultCode("0");
+  pool->setEndErrorMessageString("none");
+  pool->setEndErrorMessageCode(nullptr);
+  pool->setSuccessfull(0);
+  pool->setCancelled(1);
+  pool->setExecutionType("Silent");
+  pool->addString("EDITION", "Home");
+  expectPool("execution", R"("startPoint": "setup",
       "endPoint": "finish", "startTime": "2026-11-21T12:00:01.250Z",
-      "endTime": "2026-11-21T12:00:02.5Z", "endResultString": "OK", "endResultCode": "0",
-      "endErrorMessageString": "none", "endErrorMessageCode": "E0", "successfull": false,
+      "endTime": "1970-01-01T00:00:00Z", "endResultString": "OK", "endResultCode": "0",
+      "endErrorMessageString": "none", "endErrorMessageCode": null, "successfull": false,
       "cancelled": true, "executionType": "Silent",
       "fields": [{"name": "EDITION", "type": "string", "value": "Home"}])",
-                  {.executionType = "Silent",
-                   .startPoint = "setup",
-                   .startTime = "2026-11-21T12:00:01.250UTC",
-                   .endPoint = "finish",
-                   .endTime = "2026-11-21T12:00:02.500UTC",
-                   .endResultString = "OK",
-                   .endResultCode = "0",
-                   .endErrorMessageString = "none",
-                   .endErrorMessageCode = "E0",
-                   .cancelled = "TRUE",
-                   .successfull = "FALSE",
-                   .fields = field("string", "EDITION", "Home")});
-  expectExecution(R"(, "timeStamp": "2026-11-21T12:00:00Z", "startPoint": null, "endPoint": null,
-      "startTime": null, "endTime": null, "endResultString": null, "endResultCode": null,
-      "endErrorMessageString": null, "endErrorMessageCode": null, "executionType": null,
-      "successfull": 255, "cancelled": -128)",
-                  {.executionType = "(null)",
-                   .startPoint = "(null)",
-                   .startTime = "(null)",
-                   .endPoint = "(null)",
-                   .endTime = "(null)",
-                   .endResultString = "(null)",
-                   .endResultCode = "(null)",
-                   .endErrorMessageString = "(null)",
-                   .endErrorMessageCode = "(null)",
-                   .successfull = "FALSE"});
+             *pool);
 }
 
-TEST_F(DescriptionTest, TakesStepsInOrderByNameAndByNumber) {
-  expectExecution(
-      R"(, "timeStamp": "2026-11-21T12:00:00Z", "steps": [
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "Copy", "stepType": "LEAVE",
-       "stepMessageString": "done", "stepMessageCode": "0"},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "Copy", "stepType": "ENTER"},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "", "stepType": "EXIT"},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "A", "stepType": "INFO"},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "A", "stepType": "ERROR"},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "A", "stepType": 4},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "A", "stepType": 5},
-      {"timeStamp": "2026-11-21T12:00:00Z", "stepName": "A", "stepType": 18446744073709551615,
-       "stepMessageString": null, "stepMessageCode": null},
-      {"timeStamp": "2026-11-21T12:00:00Z"}])",
-      {.steps = stepText("Copy", "LEAVE", kNoon, "done", "0") + stepText("Copy", "ENTER", kNoon) +
-                stepText("", "EXIT", kNoon) + stepText("A", "INFO", kNoon) +
-                stepText("A", "ERROR", kNoon) + stepText("A", "ERROR", kNoon) +
-                stepText("A", "", kNoon) + stepText("A", "", kNoon, "(null)", "(null)") +
-                stepText("(null)", "ENTER", kNoon)});
-}
-
-TEST_F(DescriptionTest, KeepsStepTypesOf64Bits) {
-  const auto document = Description(R"({"pools": [{"kind": "execution", "steps": [
-      {"stepType": 18446744073709551615}]}]})")
-                            .makeOffline();
-  const auto pool = std::dynamic_pointer_cast<ZtPortalPoolExecution>(document->pools().front());
-  ASSERT_NE(pool, nullptr);
-  EXPECT_EQ(pool->executionStep(0)->stepType(), 18446744073709551615U);
+TEST_F(DescriptionTest, TakesStepsInOrder) {
+  const auto expected = ZtPortalPoolExecution::initWithValues(kNoon);
+  const auto first = expected->addStep(kLater, "Copy", ZtPortalStepLeave);
+  first->setStepMessageString("done");
+  first->setStepMessageCode("0");
+  const auto second = expected->addStep(ZtDate(), "", ZtPortalStepEnter);
+  second->setStepMessageString(nullptr);
+  second->setStepMessageCode(nullptr);
+  expected->addStep(kNoon, nullptr, 5);
+  expectPool("execution", R"("steps": [{"timeStamp": "2026-11-21T12:00:01.250Z",
+      "stepName": "Copy", "stepType": "LEAVE", "stepMessageString": "done", "stepMessageCode": "0"},
+      {"timeStamp": null, "stepName": "", "stepMessageString": null, "stepMessageCode": null},
+      {"timeStamp": "2026-11-21T12:00:00.123Z", "stepType": 5}])",
+             *expected);
 }
 
 TEST_F(DescriptionTest, TakesTheTimeNowForAnAbsentTimeStamp) {
@@ -375,4 +244,88 @@ TEST_F(DescriptionTest, TakesTheTimeNowForAnAbsentTimeStamp) {
   EXPECT_EQ(execution->endTime(), execution->timeStamp());
 }
 
+TEST_F(DescriptionTest, ADiagnoseTakesItsSteps) {
+  const auto pool = described<ZtPortalPoolDiagnose>("diagnose", R"("steps": [
+      {"timeStamp": "2026-11-21T12:00:00.123Z", "stepName": "DNS", "diagnoseType": "RIS",
+       "stepMessageString": "no answer", "stepMessageCode": "17", "successfullRepair": false,
+       "cancelledRepair": true, "optionalString": "free", "optionalBoolean": 255},
+      {"diagnoseType": 7}])");
+  ASSERT_NE(pool, nullptr);
+  ASSERT_EQ(pool->diagnoseSteps()->size(), 2U);
+  const auto first = pool->diagnoseStep(0);
+  EXPECT_EQ(first->timeStamp(), kNoon);
+  EXPECT_EQ(first->stepName(), "DNS");
+  EXPECT_EQ(first->diagnoseType(), ZtPortalDiagnoseRIS);
+  EXPECT_EQ(first->stepMessageString(), "no answer");
+  EXPECT_EQ(first->stepMessageCode(), "17");
+  EXPECT_EQ(first->successfullRepair(), 0);
+  EXPECT_EQ(first->cancelledRepair(), 1);
+  EXPECT_EQ(first->optionalString(), "free");
+  EXPECT_EQ(first->optionalBoolean(), -1);
+  const auto second = pool->diagnoseStep(1);
+  EXPECT_FALSE(second->timeStamp().isNull());
+  EXPECT_TRUE(second->stepName().isNull());
+  EXPECT_EQ(second->diagnoseType(), 7U);
+  EXPECT_EQ(second->successfullRepair(), 1);
+}
+
+TEST_F(DescriptionTest, AConnectionManagerTakesWhatIsNotWritten) {
+  const auto pool = described<ZtPortalPoolConnectionManager>(
+      "connectionManager", R"("mobileVolumeHome": 9223372036854775807,
+      "mobileVolumeRoaming": -9223372036854775808, "registeredRoamNetworks": ["A", "B"])");
+  ASSERT_NE(pool, nullptr);
+  EXPECT_EQ(pool->mobileVolumeHome(), INT64_MAX);
+  EXPECT_EQ(pool->mobileVolumeRoaming(), INT64_MIN);
+  ASSERT_NE(pool->registeredRoamNetworks(), nullptr);
+  EXPECT_EQ(*pool->registeredRoamNetworks(), (std::vector<ZtString>{"A", "B"}));
+}
+
+TEST_F(DescriptionTest, AComputerSystemTakesEverything) {
+  const std::string json = R"("osName": "MACOS", "osVersion": "MACOS 10.6",
+      "servicePack": 8, "osBuildString": "10K549", "osLanguage": "GERMAN", "userLanguage": 35,
+      "isAdmin": true, "firewallEnabled": true,
+      "antivirusApps": [{"appName": "AV", "appVersion": "4", "appCompany": null,
+                         "isEnabled": true, "isUpToDate": true}],
+      "firewallApps": [{"appName": "Wall", "appVersion": "3", "appCompany": "Co",
+                        "isEnabled": true}, {}],
+      "emailClients": [{"appName": "Mail", "appVersion": null, "isStandard": true}],
+      "browsers": [{"appName": "A", "appVersion": "1"}, {"appName": "B", "appVersion": "2",
+                    "isStandard": 1}])";
+  const auto expected = ZtPortalPoolComputerSystem::initWithValues(kNoon, false);
+  expected->setOsName("MACOS");
+  expected->setOsVersion("MACOS 10.6");
+  expected->setServicePack(8);
+  expected->setOsLanguage(ZtLanguageGerman);
+  expected->setUserLanguage(ZtLanguageSerbian);
+  expected->setIsAdmin(1);
+  const auto antivirus = expected->addAntivirusApp("AV", "4");
+  antivirus->setAppCompany(nullptr);
+  antivirus->setIsEnabled(1);
+  antivirus->setIsUpToDate(1);
+  const auto firewall = expected->addFirewallApp("Wall", "3");
+  firewall->setAppCompany("Co");
+  firewall->setIsEnabled(1);
+  expected->addFirewallApp(nullptr, nullptr);
+  expected->addEMailClient("Mail", nullptr, 1);
+  expected->addBrowser("A", "1", 0);
+  expected->addBrowser("B", "2", 1);
+  expectPool("computerSystem", json, *expected);
+  const auto pool = described<ZtPortalPoolComputerSystem>("computerSystem", json);
+  EXPECT_EQ(pool->osBuildString(), "10K549");
+  EXPECT_EQ(pool->firewallEnabled(), 1);
+}
+
+TEST_F(DescriptionTest, AComputerSystemLooksAtTheMachineOnlyWhenItSaysSo) {
+  const auto quiet = described<ZtPortalPoolComputerSystem>("computerSystem", "");
+  EXPECT_EQ(quiet->osName(), "");
+  const auto never =
+      described<ZtPortalPoolComputerSystem>("computerSystem", R"("autoCheck": false)");
+  EXPECT_EQ(never->osName(), "");
+  const auto checked = described<ZtPortalPoolComputerSystem>(
+      "computerSystem", R"("autoCheck": true, "servicePack": -1)");
+  EXPECT_EQ(checked->osName(), "MACOS");
+  EXPECT_EQ(checked->servicePack(), -1) << "what is said goes before what is found";
+}
+
 }  // namespace
+}  // namespace zt::test

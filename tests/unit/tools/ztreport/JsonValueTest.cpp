@@ -8,30 +8,33 @@
 #include "tests/unit/tools/ztreport/JsonFault.h"
 #include "tools/ztreport/description/JsonValue.h"
 
+namespace zt::test {
 namespace {
 
-using zt::Json;
-using zt::parseJson;
-using zt::test::faultOf;
 using zt::tools::JsonValue;
 
+template <class Result>
+Result valueOf(const std::string& json, Result (JsonValue::*read)() const) {
+  const Json value = parseJson(json);
+  return (JsonValue(value, "/v").*read)();
+}
+template <class Result>
+std::string faultIn(const std::string& json, Result (JsonValue::*read)() const) {
+  return faultOf([&] { valueOf(json, read); });
+}
+
 TEST(JsonValueTest, ReadsIntegersOf32Bits) {
-  EXPECT_EQ(JsonValue(Json(0), "/v").integer(), 0);
-  const Json smallest = parseJson("-2147483648");
-  EXPECT_EQ(JsonValue(smallest, "/v").integer(), std::numeric_limits<std::int32_t>::min());
-  const Json largest = parseJson("2147483647");
-  EXPECT_EQ(JsonValue(largest, "/v").integer(), std::numeric_limits<std::int32_t>::max());
+  EXPECT_EQ(valueOf("0", &JsonValue::integer), 0);
+  EXPECT_EQ(valueOf("-2147483648", &JsonValue::integer), std::numeric_limits<std::int32_t>::min());
+  EXPECT_EQ(valueOf("2147483647", &JsonValue::integer), std::numeric_limits<std::int32_t>::max());
 
   constexpr const char* kRange = " is out of range (-2147483648 to 2147483647)";
   for (const char* text : {"-2147483649", "2147483648", "4294967296", "-9223372036854775808",
                            "9223372036854775808", "18446744073709551615"}) {
-    const Json value = parseJson(text);
-    EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").integer(); }),
-              std::string("/v: ") + text + kRange);
+    EXPECT_EQ(faultIn(text, &JsonValue::integer), std::string("/v: ") + text + kRange);
   }
   for (const char* text : {"3.5", "7.0", "\"7\"", "null", "true", "[7]"}) {
-    const Json value = parseJson(text);
-    EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").integer(); }),
+    EXPECT_EQ(faultIn(text, &JsonValue::integer),
               std::string("/v: expected an integer, found ") + text);
   }
 }
@@ -51,17 +54,13 @@ TEST(JsonValueTest, ReadsFloatsAndMakesTooSmallOnesZero) {
       {"18446744073709551615", 18446744073709551616.0F},
   };
   for (const auto& row : rows) {
-    const Json value = parseJson(row.text);
-    EXPECT_EQ(JsonValue(value, "/v").real(), row.number) << row.text;
+    EXPECT_EQ(valueOf(row.text, &JsonValue::real), row.number) << row.text;
   }
   for (const char* text : {"1e+39", "-1e+39", "1e+308"}) {
-    const Json value = parseJson(text);
-    EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").real(); }),
+    EXPECT_EQ(faultIn(text, &JsonValue::real),
               std::string("/v: ") + text + " is out of the range of a 32-bit float");
   }
-  const Json text = parseJson("\"1\"");
-  EXPECT_EQ(faultOf([&] { (void)JsonValue(text, "/v").real(); }),
-            "/v: expected a number, found \"1\"");
+  EXPECT_EQ(faultIn("\"1\"", &JsonValue::real), "/v: expected a number, found \"1\"");
 }
 
 TEST(JsonValueTest, ReadsBooleanBytes) {
@@ -71,16 +70,13 @@ TEST(JsonValueTest, ReadsBooleanBytes) {
   } rows[] = {{"true", 1},   {"false", 0},  {"0", 0},    {"1", 1},   {"2", 2},      {"127", 127},
               {"128", -128}, {"129", -127}, {"255", -1}, {"-1", -1}, {"-128", -128}};
   for (const auto& row : rows) {
-    const Json value = parseJson(row.text);
-    EXPECT_EQ(JsonValue(value, "/v").booleanByte(), row.byte) << row.text;
+    EXPECT_EQ(valueOf(row.text, &JsonValue::booleanByte), row.byte) << row.text;
   }
   for (const char* text : {"-129", "256"}) {
-    const Json value = parseJson(text);
-    EXPECT_EQ(faultOf([&] { (void)JsonValue(value, "/v").booleanByte(); }),
+    EXPECT_EQ(faultIn(text, &JsonValue::booleanByte),
               std::string("/v: ") + text + " is out of range (-128 to 255)");
   }
-  const Json null;
-  EXPECT_EQ(faultOf([&] { (void)JsonValue(null, "/v").booleanByte(); }),
+  EXPECT_EQ(faultIn("null", &JsonValue::booleanByte),
             "/v: expected true, false or a number from -128 to 255, found null");
 }
 
@@ -140,3 +136,4 @@ TEST(JsonValueTest, NamesNoPlaceForTheWholeDocument) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -6,13 +6,11 @@
 #include "tools/common/ReportReader.h"
 #include "tools/ztreport/commands/ReportTree.h"
 
+namespace zt::test {
 namespace {
 
 using zt::reader::readReport;
 using zt::terminal::TerminalStyle;
-using zt::test::plainField;
-using zt::test::plainLines;
-using zt::test::plainPool;
 using zt::tools::reportTree;
 
 constexpr const char* kHead =
@@ -29,10 +27,8 @@ TEST(ReportTreeTest, OfAReportWithoutPools) {
 }
 
 TEST(ReportTreeTest, PutsNamesTypesAndValuesInColumns) {
-  EXPECT_EQ(treeOf(plainField("A", "one") + plainField("LONGER_NAME", "7", "integer") +
-                   plainField("Ä", "TRUE", "boolean") + plainField("EMPTY", "") +
-                   "        <Field type=\"none\">\n          <Name type=\"none\">BARE</Name>\n"
-                   "        </Field>\n"),
+  EXPECT_EQ(treeOf(plainFields("string A = one | integer LONGER_NAME = 7 | boolean Ä = TRUE\n"
+                               "string EMPTY =\nnone BARE")),
             std::string(kHead) +
                 "  A            string   one\n"
                 "  LONGER_NAME  integer  7\n"
@@ -42,35 +38,15 @@ TEST(ReportTreeTest, PutsNamesTypesAndValuesInColumns) {
 }
 
 TEST(ReportTreeTest, IndentsArraysAndNumbersRecords) {
-  EXPECT_EQ(treeOf(R"(        <Field FieldType="array">
-          <Name>STEPS</Name>
-          <Fields>
-            <Field FieldType="string">
-              <Name>STEP_NAME</Name>
-              <Value>Copy</Value>
-            </Field>
-            <Field FieldType="boolean">
-              <Name>DONE</Name>
-              <Value>TRUE</Value>
-            </Field>
-          </Fields>
-          <Fields>
-          </Fields>
-        </Field>
-        <Field FieldType="array">
-          <Name>OUTER</Date>
-          <Fields>
-            <Field FieldType="array">
-              <Name>INNER</Date>
-              <Fields/>
-            </Data>
-            <Field FieldType="float">
-              <Name>F</Name>
-              <Value>0.62</Value>
-            </Field>
-          </Fields>
-        </Data>
-)" + plainField("A", "x")),
+  EXPECT_EQ(treeOf(plainFields(R"(
+records STEPS
+  - string STEP_NAME = Copy | boolean DONE = TRUE
+  -
+array OUTER
+  array INNER
+  float F = 0.62
+string A = x
+)")),
             std::string(kHead) +
                 "  STEPS  records  2\n"
                 "    1  STEP_NAME  string   Copy\n"
@@ -100,7 +76,7 @@ TEST(ReportTreeTest, GoesOnInItsColumnAfterALineEnd) {
                 "  B  string   \\x0a\n"
                 "              \\x0a\n"
                 "              x\n");
-  std::string text = zt::test::crlf(plainLines(plainPool(plainField("A", "one\ntwo\n\n"))));
+  std::string text = crlf(plainLines(plainPool(plainField("A", "one\ntwo\n\n"))));
   text.replace(text.find("two"), 3, "t\rwo");
   EXPECT_EQ(reportTree(readReport(text), {}), std::string(kHead) +
                                                   "  A  string   one\\x0d\\x0a\n"
@@ -111,13 +87,9 @@ TEST(ReportTreeTest, GoesOnInItsColumnAfterALineEnd) {
 
 TEST(ReportTreeTest, BreaksLongValuesAtTheWidthOfTheWindow) {
   const std::string fields = plainField("A", "0123456789abcdefghijklmnopqrstuvwxyz");
-  EXPECT_EQ(treeOf(fields, {.columns = 44}),
-            "report       {R}\nmachine      {M}\n"
-            "customer     Kelvane\napplication  {A}\n"
-            "version      2.1.77\nform         plain XML\n\n"
-            "CUSTOM  2026-11-21T12:00:00.000UTC\n"
-            "  A  string   0123456789abcdefghijklmnopqrst\n"
-            "              uvwxyz\n");
+  EXPECT_EQ(treeOf(fields, {.columns = 44}), std::string(kHead) +
+                                                 "  A  string   0123456789abcdefghijklmnopqrst\n"
+                                                 "              uvwxyz\n");
   EXPECT_EQ(treeOf(fields, {.columns = 50}),
             std::string(kHead) + "  A  string   0123456789abcdefghijklmnopqrstuvwxyz\n");
   // A line has at least twenty characters, and an escape is never split.
@@ -155,3 +127,4 @@ TEST(ReportTreeTest, Colours) {
 }
 
 }  // namespace
+}  // namespace zt::test

@@ -24,6 +24,12 @@ class GroupCommitTest : public ::testing::Test {
   GroupCommit::Hooks hooks() {
     return {[this] { ++_undone; }, [] { return false; }, [this] { ++_settled; }};
   }
+  static bool waitFor(const std::atomic<int>& count, int wanted) {
+    for (int i = 0; i < 3'000 && count < wanted; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return count >= wanted;
+  }
   std::string rows() {
     Statement select(_database, "SELECT x FROM t ORDER BY rowid");
     std::string all;
@@ -85,12 +91,6 @@ TEST_F(GroupCommitTest, WorksInTheBackgroundUntilNothingIsLeft) {
     return ++portions % 3 != 0;
   };
   GroupCommit commits(_database, all);
-  const auto waitFor = [](const std::atomic<int>& count, int wanted) {
-    for (int i = 0; i < 3'000 && count < wanted; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return count >= wanted;
-  };
   EXPECT_TRUE(waitFor(_settled, 1)) << "what an earlier run left";
   EXPECT_EQ(portions, 3);
   commits.run(insert("1"));
@@ -110,13 +110,9 @@ TEST_F(GroupCommitTest, AFailureInTheBackgroundIsUndoneAndTriedAgainLater) {
     return false;
   };
   GroupCommit commits(_database, all);
-  for (int i = 0; i < 3'000 && tries < 1; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  EXPECT_TRUE(waitFor(tries, 1));
   commits.run(insert("1"));
-  for (int i = 0; i < 3'000 && _settled < 1; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(10));
-  }
+  EXPECT_TRUE(waitFor(_settled, 1));
   std::string kept;
   commits.run({[&] { kept = rows(); }, {}});
   EXPECT_EQ(kept, "1b");
