@@ -48,9 +48,7 @@ class FakeFiles final : public Files {
     return true;
   }
 
-  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
-    return isFolder(root) && !relative.empty() && createFolders(root + "/" + relative);
-  }
+  bool createPrivateFolders(const std::string& path) override { return createFolders(path); }
 
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     const std::scoped_lock lock(_mutex);
@@ -83,9 +81,8 @@ class FakeFiles final : public Files {
     return true;
   }
 
-  bool writeBelow(const std::string& root, const std::string& relative,
-                  std::string_view content) override {
-    return !relative.empty() && write(root + "/" + relative, content);
+  bool writePrivate(const std::string& path, std::string_view content) override {
+    return write(path, content);
   }
 
   bool remove(const std::string& path) override {

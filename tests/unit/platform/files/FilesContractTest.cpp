@@ -85,6 +85,8 @@ TYPED_TEST(FilesContract, NoFolderIsCreatedWhereAFileIsInTheWay) {
   EXPECT_FALSE(this->files().createFolders(this->path("file")));
   EXPECT_FALSE(this->files().createFolders(this->path("file/a")));
   EXPECT_FALSE(this->files().createFolders(this->path("file/a/b")));
+  EXPECT_FALSE(this->files().createPrivateFolders(this->path("file")));
+  EXPECT_FALSE(this->files().createPrivateFolders(this->path("file/a")));
   EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
@@ -116,31 +118,15 @@ TYPED_TEST(FilesContract, AWriteReplacesTheWholeContent) {
   EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
 }
 
-TYPED_TEST(FilesContract, MakesFoldersAndFilesBelowARoot) {
-  EXPECT_FALSE(this->files().writeBelow(this->root(), "a/b/file", "x"));
-  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a/b"));
-  EXPECT_TRUE(this->files().createFoldersBelow(this->root(), "a//b/"));
-  EXPECT_TRUE(this->files().createFoldersBelow(this->path("a"), "b/c"));
-  EXPECT_TRUE(this->files().writeBelow(this->root(), "a/b/file", "long content"));
-  EXPECT_TRUE(this->files().writeBelow(this->path("a/b"), "file", "short"));
+TYPED_TEST(FilesContract, MakesPrivateFoldersAndFiles) {
+  EXPECT_FALSE(this->files().writePrivate(this->path("a/b/file"), "x"));
+  EXPECT_TRUE(this->files().createPrivateFolders(this->path("a/b")));
+  EXPECT_TRUE(this->files().createPrivateFolders(this->path("a//b/")));
+  EXPECT_TRUE(this->files().createPrivateFolders(this->path("a/b/c")));
+  EXPECT_TRUE(this->files().writePrivate(this->path("a/b/file"), "long content"));
+  EXPECT_TRUE(this->files().writePrivate(this->path("a/b/file"), "short"));
   EXPECT_THAT(this->read(this->path("a/b/file")), Optional(std::string("short")));
   EXPECT_THAT(this->files().list(this->path("a/b")), Optional(UnorderedElementsAre("c", "file")));
-}
-
-TYPED_TEST(FilesContract, MakesNothingBelowWhatIsNoFolder) {
-  ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
-  EXPECT_FALSE(this->files().createFoldersBelow(this->path("missing"), "a"));
-  EXPECT_FALSE(this->files().createFoldersBelow(this->path("file"), "a"));
-  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file/a"));
-  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), "file"));
-  EXPECT_FALSE(this->files().createFoldersBelow(this->root(), ""));
-  EXPECT_FALSE(this->files().writeBelow(this->path("missing"), "a", "x"));
-  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/a", "x"));
-  EXPECT_FALSE(this->files().writeBelow(this->root(), "file/", "x"));
-  EXPECT_FALSE(this->files().writeBelow(this->root(), "", "x"));
-  EXPECT_FALSE(this->files().writeBelow(this->root(), "a" + kNulByte, "x"));
-  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
-  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
 TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
@@ -149,6 +135,8 @@ TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
   ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
   EXPECT_FALSE(this->files().write(this->path("file/below"), "x"));
   EXPECT_FALSE(this->files().write(this->path("file/"), "x"));
+  EXPECT_FALSE(this->files().writePrivate(this->path("file/below"), "x"));
+  EXPECT_FALSE(this->files().writePrivate(this->path("file/"), "x"));
   EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
@@ -156,6 +144,7 @@ TYPED_TEST(FilesContract, WritesNothingOverAFolder) {
   ASSERT_TRUE(this->files().createFolders(this->path("a")));
   EXPECT_FALSE(this->files().write(this->path("a"), "x"));
   EXPECT_FALSE(this->files().write(this->path("a/"), "x"));
+  EXPECT_FALSE(this->files().writePrivate(this->path("a"), "x"));
   EXPECT_TRUE(this->files().isFolder(this->path("a")));
   EXPECT_THAT(this->files().list(this->path("a")), Optional(IsEmpty()));
 }
@@ -229,6 +218,8 @@ TYPED_TEST(FilesContract, AnEmptyTextNamesNothing) {
   EXPECT_EQ(this->files().list(""), std::nullopt);
   EXPECT_EQ(this->read(""), std::nullopt);
   EXPECT_FALSE(this->files().write("", "x"));
+  EXPECT_FALSE(this->files().createPrivateFolders(""));
+  EXPECT_FALSE(this->files().writePrivate("", "x"));
   EXPECT_FALSE(this->files().remove(""));
 }
 
@@ -243,6 +234,8 @@ TYPED_TEST(FilesContract, APathWithANulByteNamesNothing) {
   EXPECT_EQ(this->files().list(folder), std::nullopt);
   EXPECT_EQ(this->read(file), std::nullopt);
   EXPECT_FALSE(this->files().write(file, "x"));
+  EXPECT_FALSE(this->files().createPrivateFolders(this->path("new") + kNulByte));
+  EXPECT_FALSE(this->files().writePrivate(file, "x"));
   EXPECT_FALSE(this->files().remove(file));
   EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
   EXPECT_THAT(this->files().list(this->root()), Optional(UnorderedElementsAre("a", "file")));
