@@ -2,6 +2,7 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
+#include "ztportal/platform/process/ProgramPath.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/system/ZtHost.h"
@@ -19,11 +20,14 @@ std::string joinedPath(std::string_view folder, std::string_view name) {
   return path;
 }
 
-/// Path of the host's folder below the user's.
+/// Path of the host's folder below the user's. A name that would lead elsewhere is replaced by that
+/// of the executable file.
 std::optional<std::string> hostPath() {
   const ZtString name = ZtHost::bundleInfo("CFBundleName");
   if (name.isNull()) return std::nullopt;
-  return joinedPath(COMPANY_NAME.view(), name.view());
+  if (isFileName(name.view())) return joinedPath(COMPANY_NAME.view(), name.view());
+  const std::string executable = executablePath();
+  return joinedPath(COMPANY_NAME.view(), executable.substr(executable.rfind('/') + 1));
 }
 
 }  // namespace

@@ -53,6 +53,18 @@ TEST_F(ReportStoreTest, TheHostsFolderHasTheNamesOfVendorAndHost) {
   EXPECT_TRUE(platform.files_.isFolder("/home/user/.local/share/Kelvane/Setup"));
 }
 
+// Regression: a name like "../../x" put the store outside the vendor's folder.
+TEST_F(ReportStoreTest, ANameThatLeadsElsewhereIsReplacedByThatOfTheExecutable) {
+  for (const std::string name : {"../../x", "/x", "a/b", ".", "..", "a\nb", "\x7F"}) {
+    ZtHost::setBundleInfo({{"CFBundleName", name}});
+    EXPECT_EQ(hostFolder(), "/home/user/.local/share/Kelvane/ztportal_unit_test") << name;
+  }
+  for (const std::string name : {"...", "..x", "Setup 2.1", "\xC3\x84", "a\\b"}) {
+    ZtHost::setBundleInfo({{"CFBundleName", name}});
+    EXPECT_EQ(hostFolder(), "/home/user/.local/share/Kelvane/" + name);
+  }
+}
+
 // The store.
 
 TEST_F(ReportStoreTest, IsTheFolderReportsOfTheHost) {
