@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <span>
 #include <string>
@@ -165,6 +166,8 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
                 [this](const auto&... application) { addBrowser(application...); });
 } catch (const ZtException&) {
   // What was found until then stays.
+} catch (const std::bad_alloc&) {
+  // The same.
 }
 
 bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {

@@ -1,5 +1,6 @@
 #include "ztportal/portal/Companion.h"
 
+#include <new>
 #include <optional>
 #include <string>
 
@@ -47,12 +48,14 @@ bool testModeIsOn() try {
   return false;
 }
 
-void broadcastRequest(const ZtString& request) {
+void broadcastRequest(const ZtString& request) try {
   Platform::current().broadcast().post(
       "ZtPortalGhostNotification", ZtHost::bundleInfo("CFBundleName"),
       {{"version", ZtHost::bundleInfo("CFBundleShortVersionString")},
        {"date", shortDateAndTime(ZtDate::now())},
        {"request", request}});
+} catch (const std::bad_alloc&) {
+  // Without memory there is no notification, but the request may still be sent.
 }
 
 }  // namespace zt

@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -72,6 +73,8 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   return isRead;
 } catch (const ZtException&) {
   return false;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 ZtString ReportingServer::readVersion() try {
@@ -85,6 +88,8 @@ ZtString ReportingServer::readVersion() try {
   return _version;
 } catch (const ZtException&) {
   return "";
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 bool ReportingServer::send(const ZtString& request) const {
@@ -104,6 +109,8 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) tr
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
 } catch (const ZtException&) {
   return "";
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }

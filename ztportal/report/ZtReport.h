@@ -43,9 +43,9 @@ class ZT_EXPORT ZtReport {
   using Facts = std::map<std::string, ZtString>;
 
   /// Makes a report for the customer with exactly the ID `customer`; null for an unknown customer,
-  /// before anything else happens. `guid` is the ID of the application; if it is missing or empty,
-  /// the customer's default is used. The reported version is the host's (see `ZtHost`), "short
-  /// version.build version".
+  /// before anything else happens, and when there is not enough memory. `guid` is the ID of the
+  /// application; if it is missing or empty, the customer's default is used. The reported version
+  /// is the host's (see `ZtHost`), "short version.build version".
   static std::shared_ptr<ZtReport> initWithCustomerAndGuid(const ZtString& customer,
                                                            const ZtString& guid);
 
@@ -55,7 +55,8 @@ class ZT_EXPORT ZtReport {
   ~ZtReport();
 
   /// The run starts now at `startPoint`, a name of the host's choice. The first call adds the
-  /// execution pool; later calls replace its start point and time.
+  /// execution pool; later calls replace its start point and time. Without memory for the pool
+  /// nothing happens.
   void startReport(const ZtString& startPoint);
   /// The run ends now at `endPoint`. Does nothing before a start.
   void stopReport(const ZtString& endPoint);

@@ -1,5 +1,6 @@
 #include "ztportal/platform/files/LinuxFiles.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
@@ -9,8 +10,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <system_error>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -29,6 +29,10 @@ bool isFolderAt(const std::string& path) {
   struct stat status {};
   return canNameAFile(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
+};
 
 class OpenFile {
  public:
@@ -156,14 +160,17 @@ bool LinuxFiles::createPrivateFolders(const std::string& path) {
 
 std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) {
   if (!canNameAFile(folder)) return std::nullopt;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
+  // The iterators of std::filesystem end the process when memory runs out.
+  const std::unique_ptr<DIR, CloseFolder> open(::opendir(folder.c_str()));
+  if (!open) return std::nullopt;
   std::vector<std::string> names;
-  while (!error && entry != std::filesystem::directory_iterator()) {
-    names.push_back(entry->path().filename().string());
-    entry.increment(error);
+  errno = 0;
+  while (const dirent* entry = ::readdir(open.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+    errno = 0;
   }
-  if (error) return std::nullopt;
+  if (errno != 0) return std::nullopt;
   return names;
 }
 

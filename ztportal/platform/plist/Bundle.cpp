@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ztportal/base/RegularFile.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 
 namespace zt {
 
@@ -66,13 +67,11 @@ std::optional<std::string> Bundle::resource(std::string_view name, std::string_v
 std::vector<std::string> Bundle::localizations() const {
   constexpr std::string_view kEnding = ".lproj";
   std::vector<std::string> names;
-  std::error_code error;
-  fs::directory_iterator entry(resourceFolder(_path), error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    std::string name = entry->path().filename().string();
-    std::error_code ignored;
+  LinuxFiles files;
+  const fs::path folder = resourceFolder(_path);
+  for (std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
     if (name.size() <= kEnding.size() || !name.ends_with(kEnding)) continue;
-    if (!entry->is_directory(ignored)) continue;
+    if (!files.isFolder(folder / name)) continue;
     name.resize(name.size() - kEnding.size());
     names.push_back(std::move(name));
   }
