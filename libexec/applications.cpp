@@ -15,18 +15,22 @@
 
 #include <gio/gdesktopappinfo.h>
 #include <gio/gio.h>
+#include <sys/stat.h>
 
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "libexec/DesktopEntry.h"
+#include "ztportal/base/RegularFile.h"
 #include "ztportal/platform/Free.h"
 
 namespace {
@@ -34,6 +38,8 @@ namespace {
 constexpr int kNoApplication = 1;
 constexpr int kWrongUsage = 2;
 constexpr int kMachineFailed = 3;
+
+namespace fs = std::filesystem;
 
 using AppInfo = std::unique_ptr<GDesktopAppInfo, zt::Free<g_object_unref>>;
 
@@ -53,7 +59,39 @@ Answer firstUsable(Words files) {
   return {};
 }
 
+/// Whether what GIO would read in `folder` and, with `isDeep`, below it are regular files of a
+/// usual size.
+bool isReadable(const std::string& folder, bool isDeep) {
+  std::error_code error;
+  fs::recursive_directory_iterator entry(folder, error);
+  for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
+    if (!isDeep) entry.disable_recursion_pending();
+    const std::string name = entry->path().filename().string();
+    struct stat status {};
+    const bool isRead = name.ends_with("mimeapps.list") ||
+                        (isDeep && (name.ends_with(".desktop") || name == "mimeinfo.cache" ||
+                                    name == "defaults.list"));
+    if (!isRead || ::stat(entry->path().c_str(), &status) != 0 || S_ISDIR(status.st_mode)) continue;
+    if (!S_ISREG(status.st_mode)) return false;
+    if (static_cast<std::size_t>(status.st_size) > zt::kSettingsFileLimit) return false;
+  }
+  return true;
+}
+
+/// GIO waits for the writer of a FIFO and reads files of any size.
+bool canAskGio() {
+  for (const char* const* each = g_get_system_config_dirs(); *each != nullptr; ++each) {
+    if (!isReadable(*each, false)) return false;
+  }
+  for (const char* const* each = g_get_system_data_dirs(); *each != nullptr; ++each) {
+    if (!isReadable(std::string(*each) + "/applications", true)) return false;
+  }
+  return isReadable(g_get_user_config_dir(), false) &&
+         isReadable(std::string(g_get_user_data_dir()) + "/applications", true);
+}
+
 Answer defaultFor(const char* scheme) {
+  if (!canAskGio()) return {};
   GAppInfo* const found = g_app_info_get_default_for_uri_scheme(scheme);
   if (found == nullptr) return {};
   const AppInfo application(G_DESKTOP_APP_INFO(found));

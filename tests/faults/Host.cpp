@@ -21,6 +21,7 @@
 #include <cstring>
 #include <exception>
 #include <memory>
+#include <new>
 #include <random>
 #include <string>
 #include <string_view>
@@ -127,7 +128,9 @@ void run(std::string_view operation, const char* url, Random random, bool stops,
     }
     if (operation == "send" || operation == "save") fill(*document, random);
     if (operation == "probe") document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
-    journal.keep(document->getSoapString());
+    const std::string text = document->getSoapString();
+    if (text.empty() && operation != "resend") throw std::bad_alloc();
+    journal.keep(text);
     journal.outcome = kReady;
     journal.outcome = act(operation, *document) ? kAccepted : kNotAccepted;
   } catch (const std::exception& error) {

@@ -115,6 +115,7 @@ ERRORS = {  # the errors of each call; the first one is also tried as a lasting 
     "execve": ["ENOENT", "ENOMEM"],
     "ftruncate": ["EIO", "EINTR"],
     "getrandom": ["ENOSYS", "EINTR"],
+    "mkdir": ["EROFS", "ENOSPC", "EACCES"],
     "mkdirat": ["EROFS", "ENOSPC", "EACCES"],
     "openat": ["EMFILE", "EACCES", "EIO", "EINTR"],
     "pipe2": ["EMFILE", "ENFILE"],
@@ -132,7 +133,7 @@ ERRORS = {  # the errors of each call; the first one is also tried as a lasting 
     "write": ["ENOSPC", "EIO", "EINTR"],
 }
 OTHER_ERRORS = ["EIO"]
-MEMORY = {"mmap", "mprotect"}  # calls whose failure reaches the host as std::bad_alloc
+MEMORY = {"mmap", "mprotect"}  # without memory there may be no text to save
 # Calls that report no errors, calls whose failure the C library treats as fatal, and calls that only
 # main() of the host makes.
 EXEMPT = {"brk", "exit", "exit_group", "fstat", "futex", "getegid", "geteuid", "getgid", "getpgrp",
@@ -207,7 +208,8 @@ def try_fault(scene, name, kind, fault):
     in_store = any(str(scene.home) in line for line in struck)
     judge_operation(
         scene, name, run, before, usual=not struck and run.seconds < EXCHANGE_TIMEOUT,
-        may_lose=in_store and error not in PASSING and name != "save again", may_throw=call in MEMORY)
+        may_lose=name != "save again" and (call in MEMORY or in_store and error not in PASSING),
+        may_throw=call in MEMORY)
     # strace does not execute a close() that it makes fail.
     check(call == "close" or run.descriptors <= 0, f"{run.descriptors} more descriptors are open")
     check(call == "wait4" or not run.children, "a subprocess is left behind")

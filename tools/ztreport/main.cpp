@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tools/ztreport/commands/Commands.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
 
 // The command line. The manual page and the completions are derived from its --help.
@@ -193,7 +194,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
 
 /// Names the host after the options. The name becomes a folder of the store.
 void setHost(const std::string& name, const std::string& version) {
-  if (name.empty() || name == "." || name == ".." || name.find('/') != std::string::npos) {
+  if (name.empty() || !isFileName(name)) {
     throw Failure(Exit::WrongInput, "--app-name: \"" + name + "\" is not a folder name");
   }
   ZtHost::setBundleInfo({{"CFBundleName", name},

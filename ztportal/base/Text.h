@@ -55,6 +55,15 @@ constexpr std::string_view withoutTrailingSlashes(std::string_view path) {
   return path;
 }
 
+/// Whether `name` can be the name of a file or folder that stays in its place and can be read: no
+/// slash, "." or "..", and no control character (ASCII).
+constexpr bool isFileName(std::string_view name) {
+  const auto isForbidden = [](char character) {
+    return character == '/' || character == '\x7F' || static_cast<unsigned char>(character) < ' ';
+  };
+  return name != "." && name != ".." && std::none_of(name.begin(), name.end(), isForbidden);
+}
+
 /// Whether `letter` equals `lower` in either case. `lower` is ASCII and not a capital letter.
 constexpr bool isLetterAnyCase(char letter, char lower) {
   return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -76,8 +75,7 @@ class PoolWriter {
   template <class Record>
   void value(std::string_view name, const std::vector<std::shared_ptr<Record>>& list) {
     if (list.empty()) return;
-    const auto nulls = std::count(list.begin(), list.end(), nullptr);
-    beginRecords(name, list.size() - static_cast<std::size_t>(nulls));
+    beginRecords(name);
     for (const auto& record : list) {
       if (record == nullptr) continue;
       fieldsOf(*record);
@@ -98,13 +96,12 @@ class PoolWriter {
 
   void field(const Tag& type, std::string_view name, std::string_view text);
 
-  void beginRecords(std::string_view name, std::size_t count);
+  void beginRecords(std::string_view name);
   void endRecord();
   void endRecords();
   std::string_view nextColumn(const Tag& type, std::string_view name);
   void addColumn(const Tag& type, std::string_view name);
   void reservePiece(std::string_view name);
-  void reserveMarkup();
 
   void appendDate(ZtDate date);
 
@@ -124,7 +121,6 @@ class PoolWriter {
   // records of a list, and are collected while the first one is written.
   std::string _pieces;
   std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, first that of the lead
-  std::size_t _recordCount = 0;                             // of the list
   std::size_t _columnCount = 0;
   std::size_t _column = 0;  // the next column of the current record
   std::size_t _recordEndSize = 0;

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <limits>
 #include <memory>
+#include <new>
 #include <optional>
 #include <span>
 #include <string>
@@ -166,6 +167,8 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
                 [this](const auto&... application) { addBrowser(application...); });
 } catch (const ZtException&) {
   // The values that were found before stay.
+} catch (const std::bad_alloc&) {
+  // The same.
 }
 
 bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {

@@ -1,5 +1,6 @@
 #include "ztportal/portal/Companion.h"
 
+#include <new>
 #include <optional>
 #include <string>
 
@@ -22,7 +23,8 @@ std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
   if (!bundle) return std::nullopt;
   const std::optional<std::string> path = bundle->resource("ghost", "plist");
   if (!path) return std::nullopt;
-  const std::optional<std::string> content = Platform::current().files().read(*path);
+  const std::optional<std::string> content =
+      Platform::current().files().read(*path, kSettingsFileLimit);
   if (!content) return std::nullopt;
   const auto entries = parsePropertyList(*content);
   if (!entries) return std::nullopt;
@@ -46,12 +48,14 @@ bool testModeIsOn() try {
   return false;
 }
 
-void broadcastRequest(const ZtString& request) {
+void broadcastRequest(const ZtString& request) try {
   Platform::current().broadcast().post(
       "ZtPortalGhostNotification", ZtHost::bundleInfo("CFBundleName"),
       {{"version", ZtHost::bundleInfo("CFBundleShortVersionString")},
        {"date", shortDateAndTime(ZtDate::now())},
        {"request", request}});
+} catch (const std::bad_alloc&) {
+  // Without memory there is no notification, but the request may still be sent.
 }
 
 }  // namespace zt

@@ -25,15 +25,15 @@ std::optional<std::string> hostFolder();
 /// every operation.
 class ReportStore {
  public:
-  /// Creates the folder if it does not exist. Nothing when that fails; a link in place of one of
-  /// the folders below the user's counts as a failure, since it could lead out of the store.
+  /// Creates the folder if it does not exist, for its owner alone. Nothing when that fails.
   static std::optional<ReportStore> open();
 
-  std::string folder() const;
+  const std::string& folder() const { return _folder; }
   /// Path of the report's file, whether it exists or not.
   std::string fileOf(const ZtString& reportId) const;
 
-  /// Writes the file of the report, readable by its owner only. Failures are silent.
+  /// Writes the file of the report, readable by its owner only; a link in its place is not
+  /// followed. Failures are silent.
   void save(const ZtString& reportId, std::string_view text) const;
   /// Paths of the saved reports, in the order in which the system lists them.
   std::vector<std::string> files() const;
@@ -44,11 +44,9 @@ class ReportStore {
   static std::optional<std::string> request(const std::string& file);
 
  private:
-  ReportStore(std::string root, std::string relativePath)
-      : _root(std::move(root)), _relativePath(std::move(relativePath)) {}
+  explicit ReportStore(std::string folder) : _folder(std::move(folder)) {}
 
-  std::string _root;          // the user's application-support folder
-  std::string _relativePath;  // of the store, below the root
+  std::string _folder;
 };
 
 }  // namespace zt

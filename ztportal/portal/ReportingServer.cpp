@@ -3,6 +3,7 @@
 #include <array>
 #include <chrono>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string>
 
@@ -36,7 +37,8 @@ ZtString trimmedText(const ZtXMLNode& node) {
 std::shared_ptr<ZtXMLDocument> localConfiguration() {
   std::string path;
   appendText(path, ZtString().printed(), APP_CONFIGURATIONFILE.view());
-  const std::optional<std::string> content = Platform::current().files().read(path);
+  const std::optional<std::string> content =
+      Platform::current().files().read(path, kSettingsFileLimit);
   return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
 }
 
@@ -72,6 +74,8 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   return isRead;
 } catch (const ZtException&) {
   return false;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 ZtString ReportingServer::readVersion() try {
@@ -85,6 +89,8 @@ ZtString ReportingServer::readVersion() try {
   return _version;
 } catch (const ZtException&) {
   return "";
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 bool ReportingServer::send(const ZtString& request) const {
@@ -104,6 +110,8 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) tr
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
 } catch (const ZtException&) {
   return "";
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }

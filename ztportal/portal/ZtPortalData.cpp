@@ -1,5 +1,6 @@
 #include "ztportal/portal/ZtPortalData.h"
 
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -29,6 +30,24 @@ ZtString machineIdentifier() {
   return braced(uuid != infos.end() ? uuid->second : ZtString());
 }
 
+/// Replaces the customer ID by that of the test mode for a scope. An empty one is deliberately not
+/// put back: servers rely on it.
+class TestCustomerId {
+ public:
+  explicit TestCustomerId(ZtString& customerId) : _customerId(customerId), _given(customerId) {
+    _customerId = zt::testCustomerId(_given);
+  }
+  TestCustomerId(const TestCustomerId&) = delete;
+  TestCustomerId& operator=(const TestCustomerId&) = delete;
+  ~TestCustomerId() {
+    if (!_given.empty()) _customerId = std::move(_given);
+  }
+
+ private:
+  ZtString& _customerId;
+  ZtString _given;
+};
+
 ZtString orMissing(const std::optional<std::string>& text) {
   return text ? ZtString(*text) : nullptr;
 }
@@ -39,9 +58,11 @@ std::shared_ptr<ZtPortalData> ZtPortalData::initWithValues(const ZtString& confi
                                                            bool cacheConfiguration,
                                                            const ZtString& customerId,
                                                            const ZtString& applicationId,
-                                                           const ZtString& applicationVersion) {
+                                                           const ZtString& applicationVersion) try {
   return std::make_shared<ZtPortalData>(Creation{}, configurationUrl, cacheConfiguration,
                                         customerId, applicationId, applicationVersion);
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 ZtPortalData::ZtPortalData(Creation /*creation*/, ZtString configurationUrl,
@@ -116,17 +137,23 @@ const std::shared_ptr<ZtPortalPool>& ZtPortalData::_pool(std::int32_t index) con
 
 // Request text.
 
-std::string ZtPortalData::getSoapString() {
-  if (!_mutexEnabled()) return generateXml(nullptr, true);
-
-  const ZtString given = _customerId;
-  _customerId = zt::testCustomerId(given);
-  std::string text = generateXml(nullptr, true);
-  if (!given.empty()) _customerId = given;
-  return text;
+std::string ZtPortalData::getSoapString() try { return _request(); } catch (const std::bad_alloc&) {
+  return "";
 }
 
 std::string ZtPortalData::generateXml(const ZtString& /*text*/, bool soap) const try {
+  return _text(soap);
+} catch (const std::bad_alloc&) {
+  return "";
+}
+
+std::string ZtPortalData::_request() {
+  if (!_mutexEnabled()) return _text(true);
+  const TestCustomerId scope(_customerId);
+  return _text(true);
+}
+
+std::string ZtPortalData::_text(bool soap) const try {
   return zt::reportText({_reportId, _machineId, _customerId, _applicationId, _applicationVersion},
                         _pools, soap);
 } catch (const ZtException&) {
@@ -172,7 +199,7 @@ bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
 void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }
 
 bool ZtPortalData::reportToServer() try {
-  const ZtString request = getSoapString();
+  const ZtString request = _request();
   _notifyGhost(request);
   // Only a document that once had a URL tries to connect again.
   if (!_getReportUrl().empty() && !_server->isReady()) {
@@ -183,20 +210,27 @@ bool ZtPortalData::reportToServer() try {
   return false;
 } catch (const ZtException&) {
   return false;
+} catch (const std::bad_alloc&) {
+  // The delivery may have failed, and then there is memory again to save the report.
+  saveReport();
+  return false;
 }
 
 bool ZtPortalData::reportToFile(const ZtString& path) try {
   if (path.isNull()) return false;
-  zt::Platform::current().files().write(std::string(path.view()), getSoapString());
+  zt::Platform::current().files().write(std::string(path.view()), _request());
   return false;
 } catch (const ZtException&) {
+  return false;
+} catch (const std::bad_alloc&) {
   return false;
 }
 
 void ZtPortalData::saveReport() try {
-  if (const auto store = zt::ReportStore::open()) store->save(_reportId, getSoapString());
+  if (const auto store = zt::ReportStore::open()) store->save(_reportId, _request());
 } catch (const ZtException&) {
   // Deliberately silent: a caller that needs to know looks for the file.
+} catch (const std::bad_alloc&) {
 }
 
 bool ZtPortalData::sendSavedReports() try {
@@ -208,6 +242,8 @@ bool ZtPortalData::sendSavedReports() try {
   }
   return false;
 } catch (const ZtException&) {
+  return false;
+} catch (const std::bad_alloc&) {
   return false;
 }
 
@@ -221,6 +257,8 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
   _notifyGhost(request);
   return _server->send(request);
 } catch (const ZtException&) {
+  return false;
+} catch (const std::bad_alloc&) {
   return false;
 }
 

@@ -81,17 +81,20 @@ class ZT_EXPORT ZtPortalData {
 
   /// The complete SOAP 1.1 request `postPoolDatas`; lines end with CR LF. Empty for a document
   /// without pools. In test mode the customer ID has the suffix "_Test" during the call. An empty
-  /// customer ID deliberately stays "_Test" afterwards: servers rely on it.
+  /// customer ID deliberately stays "_Test" afterwards: servers rely on it. Empty also when there
+  /// is not enough memory for the text.
   std::string getSoapString();
   /// The SOAP request, or without `soap` the same body as plain XML. `text` is ignored. Empty for
-  /// a document without pools, or if a pool throws a `ZtException` while it is written.
+  /// a document without pools, if a pool throws a `ZtException` while it is written, or if there
+  /// is not enough memory for the text.
   std::string generateXml(const ZtString& text, bool soap) const;
 
   /// Broadcasts the request, then posts it to the server. True if the server accepted it; otherwise
   /// the report is in the offline store, if it could be written there.
   bool reportToServer();
-  /// Writes the request to the file at `path` (UTF-8), replacing its content. Always returns false,
-  /// also after a success, so that no caller relies on the result.
+  /// Writes the request to the file at `path` (UTF-8), replacing its content. A new file gets the
+  /// mode that the process's umask leaves; a link is followed, also one to a missing file. Always
+  /// returns false, also after a success, so that no caller relies on the result.
   bool reportToFile(const ZtString& path);
   /// Writes the request to its file in the offline store, unless the file is already identical.
   /// Failures are silent.
@@ -129,6 +132,10 @@ class ZT_EXPORT ZtPortalData {
 
  private:
   friend struct ZtTestAccess;
+
+  // Request text. These throw std::bad_alloc, so that an empty text replaces no saved one.
+  std::string _request();
+  std::string _text(bool soap) const;
 
   // Pools.
   const std::shared_ptr<ZtPortalPool>& _pool(std::int32_t index) const;

@@ -1,6 +1,7 @@
 #include "ztportal/report/ZtReport.h"
 
 #include <array>
+#include <new>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
@@ -54,11 +55,13 @@ void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
 }  // namespace
 
 std::shared_ptr<ZtReport> ZtReport::initWithCustomerAndGuid(const ZtString& customer,
-                                                            const ZtString& guid) {
+                                                            const ZtString& guid) try {
   const Customer* const row = customerWithId(customer);
   if (row == nullptr) return nullptr;
   return std::make_shared<ZtReport>(Creation{}, guid.empty() ? row->defaultApplicationId : guid,
                                     row->id, row->url);
+} catch (const std::bad_alloc&) {
+  return nullptr;
 }
 
 ZtReport::ZtReport(Creation /*creation*/, ZtString appId, ZtString customerId, ZtString url)
@@ -69,13 +72,15 @@ ZtReport::ZtReport(Creation /*creation*/, ZtString appId, ZtString customerId, Z
 
 ZtReport::~ZtReport() = default;
 
-void ZtReport::startReport(const ZtString& startPoint) {
+void ZtReport::startReport(const ZtString& startPoint) try {
   if (_poolExecution == nullptr && _data != nullptr) {
     _poolExecution = _data->addPoolExecution(ZtDate::now());
   }
   if (_poolExecution == nullptr) return;
   _poolExecution->setStartPoint(startPoint);
   _poolExecution->setStartTime(ZtDate::now());
+} catch (const std::bad_alloc&) {
+  // There is no execution pool then.
 }
 
 void ZtReport::stopReport(const ZtString& endPoint) {
@@ -96,6 +101,8 @@ bool ZtReport::sendReport(bool send) try {
   if (_data != nullptr) _data->saveReport();
   return true;
 } catch (const ZtException&) {
+  return false;
+} catch (const std::bad_alloc&) {
   return false;
 }
 

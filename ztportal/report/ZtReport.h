@@ -43,9 +43,9 @@ class ZT_EXPORT ZtReport {
   using Facts = std::map<std::string, ZtString>;
 
   /// Creates a report for the customer with exactly the ID `customer`; null for an unknown
-  /// customer, without any other effect. `guid` is the ID of the application; if it is missing or
-  /// empty, the customer's default is used. The reported version is the host's (see `ZtHost`):
-  /// "short version.build version".
+  /// customer, without any other effect, and if there is not enough memory. `guid` is the ID of the
+  /// application; if it is missing or empty, the customer's default is used. The reported version
+  /// is the host's (see `ZtHost`): "short version.build version".
   static std::shared_ptr<ZtReport> initWithCustomerAndGuid(const ZtString& customer,
                                                            const ZtString& guid);
 
@@ -55,7 +55,8 @@ class ZT_EXPORT ZtReport {
   ~ZtReport();
 
   /// Records that the run starts now at `startPoint`, a name of the host's choice. The first call
-  /// adds the execution pool; later calls replace its start point and time.
+  /// adds the execution pool; later calls replace its start point and time. Has no effect if there
+  /// is not enough memory.
   void startReport(const ZtString& startPoint);
   /// Records that the run ends now at `endPoint`. Has no effect before startReport().
   void stopReport(const ZtString& endPoint);

@@ -6,7 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -128,7 +130,7 @@ TEST_F(PortalStoreTest, AnotherUserSeesNothingOfSavedReports) {
     // The folder of the host can be seen, what is in the store cannot.
     if (::access(data.path("Kelvane/Setup").c_str(), R_OK) != 0) return 1;
     if (LinuxFiles().list(store())) return 2;
-    if (LinuxFiles().read(file)) return 3;
+    if (LinuxFiles().read(file, kReportFileLimit)) return 3;
     struct stat status {};
     if (::stat(file.c_str(), &status) == 0 || errno != EACCES) return 4;
     if (LinuxFiles().write(file, "x") || LinuxFiles().remove(file)) return 5;
@@ -150,35 +152,37 @@ TEST_F(PortalStoreTest, OnlyTheOwnerMayReadAReportInAFolderOpenToOthers) {
   EXPECT_EQ(modeOf(fileOf(*report)), 0600U);
 }
 
-TEST_F(PortalStoreTest, ALinkInPlaceOfAFolderOfTheStoreIsNotFollowed) {
-  for (const char* planted : {"Kelvane", "Kelvane/Setup", "Kelvane/Setup/reports"}) {
-    const TemporaryFolder outside;
-    fs::create_directories(outside.path("Setup/reports"));
-    outside.write("old.ztr", "<kept/>");
-    outside.write("reports/old.ztr", "<kept/>");
-    outside.write("Setup/reports/old.ztr", "<kept/>");
-    fs::create_directories(fs::path(data.path(planted)).parent_path());
-    fs::create_symlink(outside.path(), data.path(planted));
+// Regression: with a link in place of one of its folders there was no store, and every report that
+// the server refused was lost.
+TEST_F(PortalStoreTest, AFolderOfTheStoreMayBeALink) {
+  for (const std::string link : {"Kelvane", "Kelvane/Setup", "Kelvane/Setup/reports"}) {
+    const TemporaryFolder elsewhere;
+    fs::create_directories(fs::path(data.path(link)).parent_path());
+    fs::create_symlink(elsewhere.path(), data.path(link));
+    const auto report = makeReport(kNoServer);
+    EXPECT_FALSE(report->reportToServer()) << link;
+    EXPECT_EQ(content(fileOf(*report)), report->getSoapString()) << link;
+    EXPECT_EQ(std::string(report->reportFile().view()), fileOf(*report)) << link;
 
     const ReportingServer server;
-    const auto report = makeReport(server.configurationUrl());
-    report->saveReport();
-    EXPECT_TRUE(report->reportFile().isNull()) << planted;
-    EXPECT_FALSE(report->sendSavedReports()) << planted;
-
-    std::size_t files = 0;
-    for (const auto& entry : fs::recursive_directory_iterator(outside.path())) {
-      if (!entry.is_regular_file()) continue;
-      EXPECT_EQ(entry.path().filename(), "old.ztr") << planted;
-      EXPECT_EQ(content(entry.path()), "<kept/>") << planted;
-      ++files;
-    }
-    EXPECT_EQ(files, 3U) << planted;
-    for (const std::string& request : server.requests()) {
-      EXPECT_EQ(request.find("kept"), std::string::npos) << planted;
-    }
+    makeReport(server.configurationUrl())->sendSavedReports();
+    EXPECT_FALSE(fs::exists(fileOf(*report))) << link;
     fs::remove_all(data.path("Kelvane"));
   }
+}
+
+TEST_F(PortalStoreTest, ALinkToNoFolderIsNoStore) {
+  data.write("file", "kept");
+  for (const char* target : {"missing", "file"}) {
+    fs::create_directories(data.path("Kelvane/Setup"));
+    fs::create_symlink(data.path(target), store());
+    const auto report = makeReport(kNoServer);
+    report->saveReport();
+    EXPECT_TRUE(report->reportFile().isNull()) << target;
+    EXPECT_FALSE(report->sendSavedReports()) << target;
+    fs::remove_all(data.path("Kelvane"));
+  }
+  EXPECT_EQ(content(data.path("file")), "kept");
 }
 
 TEST_F(PortalStoreTest, ALinkInPlaceOfAReportIsNotFollowed) {
@@ -189,6 +193,50 @@ TEST_F(PortalStoreTest, ALinkInPlaceOfAReportIsNotFollowed) {
   report->saveReport();
   EXPECT_EQ(content(target), "kept");
   EXPECT_TRUE(fs::is_symlink(fileOf(*report)));
+}
+
+// Regression: a FIFO in a file's place was waited for without end, and a device or an enormous file
+// was read until the memory was exhausted.
+TEST_F(PortalStoreTest, WhatIsNoRegularFileOfALimitedSizeIsUnreadable) {
+  const ReportingServer server;
+  const auto report = makeReport(server.configurationUrl());
+  fs::create_directories(store());
+  const std::string file = store() + "/x.ztr";
+  const std::function<void()> rows[] = {
+      [&] { ASSERT_EQ(::mkfifo(file.c_str(), 0600), 0); },
+      [&] { fs::create_symlink("/dev/zero", file); },
+      [&] {
+        data.write("Kelvane/Setup/reports/x.ztr", "<report/>");
+        fs::resize_file(file, std::uintmax_t{3} << 30U);
+      },
+  };
+  for (const auto& make : rows) {
+    make();
+    EXPECT_FALSE(report->sendSavedReport(file));
+    EXPECT_FALSE(report->sendSavedReports());
+    EXPECT_TRUE(fs::remove(file));
+  }
+
+  ASSERT_EQ(::mkfifo(fileOf(*report).c_str(), 0600), 0);
+  report->saveReport();
+  EXPECT_TRUE(fs::is_fifo(fileOf(*report)));
+
+  ASSERT_EQ(::mkfifo(data.path("(null)configuration.xml").c_str(), 0600), 0);
+  const fs::path before = fs::current_path();
+  fs::current_path(data.path());
+  EXPECT_TRUE(
+      ZtPortalData::initWithValues(server.configurationUrl(), true, "Kelvane", nullptr, nullptr)
+          ->gotConfiguration());
+  fs::current_path(before);
+}
+
+TEST_F(PortalStoreTest, AReportInAFileHasTheModeThatTheUmaskLeaves) {
+  const ScopedUmask umask(022);
+  const auto report = makeReport(kNoServer);
+  fs::create_symlink("report.xml", data.path("link"));
+  EXPECT_FALSE(report->reportToFile(data.path("link")));
+  EXPECT_EQ(content(data.path("report.xml")), report->getSoapString());
+  EXPECT_EQ(modeOf(data.path("report.xml")), 0644U);
 }
 
 TEST_F(PortalStoreTest, TheUsersDataFolderMayBeALink) {

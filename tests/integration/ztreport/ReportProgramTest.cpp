@@ -116,6 +116,7 @@ TEST_F(ReportProgramTest, RefusesWrongUsage) {
       {{"save", file, "--app-name", ".."}, "--app-name: \"..\" is not a folder name"},
       {{"save", "--app-name", "a/b", file}, "--app-name: \"a/b\" is not a folder name"},
       {{"save", "--app-name", "/", file}, "--app-name: \"/\" is not a folder name"},
+      {{"save", "--app-name", "a\tb", file}, "--app-name: \"a\tb\" is not a folder name"},
   };
   for (const auto& row : rows) expectFailure(row.arguments, 2, row.message);
 }

@@ -104,6 +104,17 @@ TEST_F(StoreListTest, SaysWhyAFileCannotBeRead) {
                       "pipe.ztr          -    [0-9] s  cannot be sent: no regular file")));
 }
 
+TEST_F(StoreListTest, DoesNotReadAnEnormousFile) {
+  put("large.ztr", "");
+  const fs::path file = program.storeFolder() + "/large.ztr";
+  const auto written = fs::last_write_time(file);
+  fs::resize_file(file, std::uintmax_t{3} << 30U);  // sparse
+  fs::last_write_time(file, written);
+  EXPECT_THAT(listed(),
+              testing::ElementsAre(
+                  "large.ztr  3221225472 bytes  5 min  cannot be sent: larger than 64 MiB"));
+}
+
 TEST_F(StoreListTest, EscapesControlCharacters) {
   put("\x1b[31m\n\xE2\x80\x8B.ztr", "<\x1b/>");
   const auto lines = listed();

@@ -1,3 +1,4 @@
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -7,6 +8,7 @@
 #include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/time/DateText.h"
+#include "ztportal/pools/ZtPortalPoolField.h"
 #include "ztportal/portal/Companion.h"
 
 namespace zt::test {
@@ -196,6 +198,22 @@ TEST_F(CompanionTest, AnEmptyCustomerKeepsTheSuffixAndAMissingOneStaysMissing) {
   EXPECT_TRUE(missing->customerId().isNull());
 }
 
+/// A field of a host, whose writer throws what the library does not know.
+struct ForeignField final : ZtPortalPoolField {
+  ForeignField() : ZtPortalPoolField(Creation{}, "FOREIGN") {}
+  void addToXml(const ZtString&, std::string&, bool) const override { throwForeign(); }
+};
+
+// Regression: the customer ID kept its suffix after such an exception, and got another one with
+// each further request.
+TEST_F(CompanionTest, TheSuffixIsTakenOffWhenAnotherExceptionPasses) {
+  switchTestModeOn();
+  const auto document = makeDocumentWithPool("Brisalink");
+  document->pools().front()->fields()->mutableFields()->push_back(std::make_shared<ForeignField>());
+  EXPECT_THROW(document->getSoapString(), ForeignError);
+  EXPECT_EQ(document->customerId(), "Brisalink");
+}
+
 TEST_F(CompanionTest, AnEmptyDocumentStaysEmptyInTestMode) {
   const auto document = makeDocument();
   switchTestModeOn();
@@ -243,7 +261,8 @@ TEST_F(CompanionTest, ARefusedTestIsSavedWithTheSuffix) {
   report = {200, kRefused};
   EXPECT_FALSE(document->reportToServer());
   EXPECT_EQ(LinuxFiles().read(folder.path("share/Kelvane/Setup/reports/" +
-                                          std::string(document->reportId().view()) + ".ztr")),
+                                          std::string(document->reportId().view()) + ".ztr"),
+                              kReportFileLimit),
             requestOf(*document, "Kelvane_Test"));
 }
 

@@ -64,21 +64,20 @@ class ObservedFiles final : public Files {
   bool createFolders(const std::string& path) override {
     return observed("createFolders ", path).createFolders(path);
   }
-  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
-    return observed("createFolders ", root + "/" + relative).createFoldersBelow(root, relative);
+  bool createPrivateFolders(const std::string& path) override {
+    return observed("createFolders ", path).createPrivateFolders(path);
   }
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     return observed("list ", folder).list(folder);
   }
-  std::optional<std::string> read(const std::string& path) override {
-    return observed("read ", path).read(path);
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
+    return observed("read ", path).read(path, limit);
   }
   bool write(const std::string& path, std::string_view content) override {
     return observed("write ", path).write(path, content);
   }
-  bool writeBelow(const std::string& root, const std::string& relative,
-                  std::string_view content) override {
-    return observed("write ", root + "/" + relative).writeBelow(root, relative, content);
+  bool writePrivate(const std::string& path, std::string_view content) override {
+    return observed("write ", path).writePrivate(path, content);
   }
   bool remove(const std::string& path) override { return observed("remove ", path).remove(path); }
 

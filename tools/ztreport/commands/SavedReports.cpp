@@ -7,6 +7,7 @@
 #include <system_error>
 
 #include "tools/ztreport/commands/InputOutput.h"
+#include "ztportal/base/RegularFile.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -45,6 +46,10 @@ SavedReport look(const std::string& path) {
     return report;
   }
   if (const auto size = fs::file_size(path, error); !error) report.size = size;
+  if (report.size > kReportFileLimit) {
+    report.fault = "larger than 64 MiB";
+    return report;
+  }
   const auto content = contentOf(path);
   report.fault = content ? faultIn(*content) : std::strerror(errno);
   return report;

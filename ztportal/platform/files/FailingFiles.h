@@ -38,24 +38,22 @@ class FailingFiles final : public Files {
   bool createFolders(const std::string& path) override {
     return !fails(Operation::CreateFolders) && _files.createFolders(path);
   }
-  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
-    return !fails(Operation::CreateFolders) && _files.createFoldersBelow(root, relative);
+  bool createPrivateFolders(const std::string& path) override {
+    return !fails(Operation::CreateFolders) && _files.createPrivateFolders(path);
   }
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     if (fails(Operation::List)) return std::nullopt;
     return _files.list(folder);
   }
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
     if (fails(Operation::Read)) return std::nullopt;
-    return _files.read(path);
+    return _files.read(path, limit);
   }
   bool write(const std::string& path, std::string_view content) override {
     return mayFailMidway(path, [&] { return _files.write(path, content); });
   }
-  bool writeBelow(const std::string& root, const std::string& relative,
-                  std::string_view content) override {
-    return mayFailMidway(root + "/" + relative,
-                         [&] { return _files.writeBelow(root, relative, content); });
+  bool writePrivate(const std::string& path, std::string_view content) override {
+    return mayFailMidway(path, [&] { return _files.writePrivate(path, content); });
   }
   bool remove(const std::string& path) override {
     return !fails(Operation::Remove) && _files.remove(path);

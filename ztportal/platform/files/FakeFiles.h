@@ -48,9 +48,7 @@ class FakeFiles final : public Files {
     return true;
   }
 
-  bool createFoldersBelow(const std::string& root, const std::string& relative) override {
-    return isFolder(root) && !relative.empty() && createFolders(root + "/" + relative);
-  }
+  bool createPrivateFolders(const std::string& path) override { return createFolders(path); }
 
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     const std::scoped_lock lock(_mutex);
@@ -59,10 +57,10 @@ class FakeFiles final : public Files {
     return entry->names;
   }
 
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
     const std::scoped_lock lock(_mutex);
     const Entry* entry = find(path);
-    if (entry == nullptr) return std::nullopt;
+    if (entry == nullptr || (entry->content && entry->content->size() > limit)) return std::nullopt;
     return entry->content;
   }
 
@@ -83,9 +81,8 @@ class FakeFiles final : public Files {
     return true;
   }
 
-  bool writeBelow(const std::string& root, const std::string& relative,
-                  std::string_view content) override {
-    return !relative.empty() && write(root + "/" + relative, content);
+  bool writePrivate(const std::string& path, std::string_view content) override {
+    return write(path, content);
   }
 
   bool remove(const std::string& path) override {

@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "ztportal/base/RegularFile.h"
 
 namespace zt {
 
@@ -18,19 +21,18 @@ class Files {
   /// Creates the folder and every missing one above it, with default attributes. An existing
   /// folder is a success.
   virtual bool createFolders(const std::string& path) = 0;
-  /// The same for `root`/`relative`, but only their owner may use new folders, and a symbolic link
-  /// below `root` is an error.
-  virtual bool createFoldersBelow(const std::string& root, const std::string& relative) = 0;
+  /// The same, but only their owner may use new folders, whatever the umask.
+  virtual bool createPrivateFolders(const std::string& path) = 0;
   /// Names of the entries, without "." and "..", in the order in which the system lists them.
   virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
-  virtual std::optional<std::string> read(const std::string& path) = 0;
-  /// Replaces the content of the file, in place. Only its owner may read and write a new file,
-  /// whatever the umask. If writing fails midway, a regular file is removed.
+  /// As `regularFile`: nothing for anything else than a regular file of at most `limit` bytes.
+  virtual std::optional<std::string> read(const std::string& path, std::size_t limit) = 0;
+  /// Replaces the content of the file, in place, or creates the file with default attributes. If
+  /// writing fails midway, a regular file is removed.
   virtual bool write(const std::string& path, std::string_view content) = 0;
-  /// The same for `root`/`relative`, but a symbolic link below `root`, or anything else than a
-  /// regular file, is an error.
-  virtual bool writeBelow(const std::string& root, const std::string& relative,
-                          std::string_view content) = 0;
+  /// The same, but only its owner may read and write a new file, whatever the umask, and anything
+  /// else than a regular file in its place, such as a symbolic link, is an error.
+  virtual bool writePrivate(const std::string& path, std::string_view content) = 0;
   virtual bool remove(const std::string& path) = 0;
 };
 

@@ -1,17 +1,16 @@
 #include "ztportal/platform/files/LinuxFiles.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
+#include <memory>
 #include <utility>
 #include <vector>
 
@@ -21,21 +20,27 @@ namespace zt {
 
 namespace {
 
-constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
-
 /// The system would cut a path off at its first NUL byte.
 bool canNameAFile(const std::string& path) {
   return !path.empty() && path.find('\0') == std::string::npos;
 }
 
+bool isFolderAt(const std::string& path) {
+  struct stat status {};
+  return canNameAFile(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+struct CloseFolder {
+  void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
 class OpenFile {
  public:
   OpenFile() = default;
-  /// `path` is relative to `folder`, a file descriptor, unless it is absolute.
-  OpenFile(int folder, const std::string& path, int flags, mode_t mode = 0) {
+  explicit OpenFile(const std::string& path, int flags, mode_t mode = 0) {
     int number = -1;
     do {
-      number = ::openat(folder, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode);
+      number = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, mode);
     } while (number < 0 && errno == EINTR);
     _descriptor = FileDescriptor(number);
   }
@@ -63,13 +68,16 @@ class OpenFile {
   FileDescriptor _descriptor;
 };
 
-enum class Links { Follow, Refuse };
+OpenFile openFile(const std::string& path) {
+  // In a folder like /tmp the kernel may refuse O_CREAT for an existing file of another user.
+  OpenFile found(path, O_TRUNC);
+  if (found.isOpen() || errno != ENOENT) return found;
+  return OpenFile(path, O_CREAT | O_TRUNC, 0666);
+}
 
-/// Opens the file `name` of `folder`, which is created if it is missing. If links are refused, so
-/// is everything else that is no regular file.
-OpenFile openForWriting(int folder, const std::string& name, Links links) {
+OpenFile openPrivateFile(const std::string& path) {
   constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-  OpenFile created(folder, name, O_WRONLY | O_CREAT | O_EXCL, kOwnerOnly);
+  OpenFile created(path, O_CREAT | O_EXCL, kOwnerOnly);
   if (created.isOpen()) {
     // The umask may have removed the owner's permissions. A file system without modes may refuse,
     // which does no harm.
@@ -77,17 +85,16 @@ OpenFile openForWriting(int folder, const std::string& name, Links links) {
     return created;
   }
   if (errno != EEXIST) return created;
-  if (links == Links::Follow) return {folder, name, O_WRONLY | O_TRUNC};
   // Opening a FIFO without a reader would block.
-  OpenFile found(folder, name, O_WRONLY | O_NOFOLLOW | O_NONBLOCK);
+  OpenFile found(path, O_NOFOLLOW | O_NONBLOCK);
   if (found.isOpen() && (!found.isRegular() || ::ftruncate(found.descriptor(), 0) != 0)) {
     return {};
   }
   return found;
 }
 
-bool writeTo(int folder, const std::string& name, Links links, std::string_view content) {
-  OpenFile file = openForWriting(folder, name, links);
+/// Writes to `file`, which is open for `path`.
+bool writeTo(OpenFile file, const std::string& path, std::string_view content) {
   if (!file.isOpen()) return false;
   const bool isRegular = file.isRegular();
   if (file.writeAll(content)) {
@@ -96,33 +103,26 @@ bool writeTo(int folder, const std::string& name, Links links, std::string_view 
     // Also empties the target of a link.
     [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
   }
-  if (isRegular) ::unlinkat(folder, name.c_str(), 0);
+  if (isRegular) ::unlink(path.c_str());
   return false;
 }
 
-/// Creates the folder `name` unless it exists. Its owner may use it whatever the umask.
-void makeFolder(int above, const std::string& name, mode_t mode) {
-  if (::mkdirat(above, name.c_str(), mode) != 0) return;
+/// Creates the folder unless it exists. Its owner may use it whatever the umask.
+void makeFolder(const std::string& path, mode_t mode) {
+  if (::mkdir(path.c_str(), mode) != 0) return;
   struct stat status {};
-  if (::fstatat(above, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (::lstat(path.c_str(), &status) != 0) return;
   if (!S_ISDIR(status.st_mode) || (status.st_mode & S_IRWXU) == S_IRWXU) return;
-  ::fchmodat(above, name.c_str(), (status.st_mode & 07777U) | S_IRWXU, 0);
+  ::chmod(path.c_str(), (status.st_mode & 07777U) | S_IRWXU);
 }
 
-/// Opens the folder `relative` below `root` without following links below `root`. Missing folders
-/// are created with `newMode`, if there is one.
-OpenFile openFolderBelow(const std::string& root, std::string_view relative,
-                         std::optional<mode_t> newMode = std::nullopt) {
-  constexpr int kFolder = O_PATH | O_DIRECTORY;
-  OpenFile folder(AT_FDCWD, root, kFolder);
-  while (folder.isOpen() && !relative.empty()) {
-    const std::string name(relative.substr(0, relative.find('/')));
-    relative.remove_prefix(std::min(name.size() + 1, relative.size()));
-    if (name.empty() || name == ".") continue;
-    if (newMode) makeFolder(folder.descriptor(), name, *newMode);
-    folder = OpenFile(folder.descriptor(), name, kFolder | O_NOFOLLOW);
+bool makeFolders(const std::string& path, mode_t mode) {
+  if (!canNameAFile(path)) return false;
+  for (std::size_t end = 0; !isFolderAt(path) && end != std::string::npos;) {
+    end = path.find('/', end + 1);
+    makeFolder(path.substr(0, end), mode);
   }
-  return folder;
+  return isFolderAt(path);
 }
 
 bool isAbsolute(const char* path) { return path != nullptr && path[0] == '/'; }
@@ -144,79 +144,50 @@ std::string homeOfUserDatabase() {
 }  // namespace
 
 bool LinuxFiles::exists(const std::string& path) {
-  std::error_code error;
-  return canNameAFile(path) && std::filesystem::exists(path, error);
+  struct stat status {};
+  return canNameAFile(path) && ::stat(path.c_str(), &status) == 0;
 }
 
-bool LinuxFiles::isFolder(const std::string& path) {
-  std::error_code error;
-  return canNameAFile(path) && std::filesystem::is_directory(path, error);
-}
+bool LinuxFiles::isFolder(const std::string& path) { return isFolderAt(path); }
 
 bool LinuxFiles::createFolders(const std::string& path) {
-  if (!canNameAFile(path)) return false;
-  for (std::size_t end = 0; !isFolder(path) && end != std::string::npos;) {
-    end = path.find('/', end + 1);
-    makeFolder(AT_FDCWD, path.substr(0, end), S_IRWXU | S_IRWXG | S_IRWXO);
-  }
-  return isFolder(path);
+  return makeFolders(path, S_IRWXU | S_IRWXG | S_IRWXO);
 }
 
-bool LinuxFiles::createFoldersBelow(const std::string& root, const std::string& relative) {
-  if (!canNameAFile(root) || !canNameAFile(relative)) return false;
-  return openFolderBelow(root, relative, S_IRWXU).isOpen();
+bool LinuxFiles::createPrivateFolders(const std::string& path) {
+  return makeFolders(path, S_IRWXU);
 }
 
 std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) {
   if (!canNameAFile(folder)) return std::nullopt;
-  std::error_code error;
-  std::filesystem::directory_iterator entry(folder, error);
+  // The iterators of std::filesystem end the process when memory runs out.
+  const std::unique_ptr<DIR, CloseFolder> open(::opendir(folder.c_str()));
+  if (!open) return std::nullopt;
   std::vector<std::string> names;
-  while (!error && entry != std::filesystem::directory_iterator()) {
-    names.push_back(entry->path().filename().string());
-    entry.increment(error);
+  errno = 0;
+  while (const dirent* entry = ::readdir(open.get())) {
+    const std::string_view name = entry->d_name;
+    if (name != "." && name != "..") names.emplace_back(name);
+    errno = 0;
   }
-  if (error) return std::nullopt;
+  if (errno != 0) return std::nullopt;
   return names;
 }
 
-std::optional<std::string> LinuxFiles::read(const std::string& path) {
-  if (!canNameAFile(path)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  if (!file.is_open()) return std::nullopt;
-  std::string content;
-  while (file.good()) {
-    const std::size_t before = content.size();
-    content.resize(before + kReadBlock);
-    file.read(content.data() + before, kReadBlock);
-    content.resize(before + static_cast<std::size_t>(file.gcount()));
-  }
-  if (file.bad()) return std::nullopt;
-  return content;
+std::optional<std::string> LinuxFiles::read(const std::string& path, std::size_t limit) {
+  return regularFile(path, limit);
 }
 
 bool LinuxFiles::write(const std::string& path, std::string_view content) {
-  return canNameAFile(path) && writeTo(AT_FDCWD, path, Links::Follow, content);
+  return canNameAFile(path) && writeTo(openFile(path), path, content);
 }
 
-bool LinuxFiles::writeBelow(const std::string& root, const std::string& relative,
-                            std::string_view content) {
-  if (!canNameAFile(root) || !canNameAFile(relative)) return false;
-  const std::size_t nameAt = relative.rfind('/') + 1;  // 0 without a slash
-  const OpenFile folder = openFolderBelow(root, std::string_view(relative).substr(0, nameAt));
-  return folder.isOpen() &&
-         writeTo(folder.descriptor(), relative.substr(nameAt), Links::Refuse, content);
+bool LinuxFiles::writePrivate(const std::string& path, std::string_view content) {
+  return canNameAFile(path) && writeTo(openPrivateFile(path), path, content);
 }
 
 bool LinuxFiles::remove(const std::string& path) {
-  std::error_code error;
-  return canNameAFile(path) && std::filesystem::remove(path, error);
-}
-
-std::optional<std::string> regularFile(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
-  return LinuxFiles().read(path);
+  return canNameAFile(path) && std::remove(path.c_str()) == 0;
 }
 
 std::string homeFolder() {

@@ -1,15 +1,53 @@
 #include "ztportal/platform/identity/LinuxMachineIdentity.h"
 
+#include <fcntl.h>
 #include <sys/random.h>
+#include <sys/stat.h>
 #include <systemd/sd-id128.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
+#include "ztportal/base/FileDescriptor.h"
+#include "ztportal/base/RegularFile.h"
+
 namespace zt {
+
+namespace {
+
+using UuidBytes = std::array<std::uint8_t, 16>;
+
+/// Random bytes of the kernel. Old kernels and some sandboxes have no getrandom(2).
+std::optional<UuidBytes> randomBytes() {
+  UuidBytes bytes{};
+  constexpr auto kAll = static_cast<ssize_t>(std::tuple_size_v<UuidBytes>);
+  if (::getrandom(bytes.data(), bytes.size(), 0) == kAll) return bytes;
+  const FileDescriptor device(::open("/dev/urandom", O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+  struct stat status {};
+  const bool isDevice = ::fstat(device.number(), &status) == 0 && S_ISCHR(status.st_mode);
+  if (isDevice && ::read(device.number(), bytes.data(), bytes.size()) == kAll) return bytes;
+  return std::nullopt;
+}
+
+/// A random UUID made by the kernel (random(4)), for a process that sees no devices.
+ZtString kernelUuid() {
+  constexpr std::size_t kSize = 36;
+  std::optional<std::string> text = regularFile("/proc/sys/kernel/random/uuid", kSize + 1);
+  if (!text || text->size() < kSize) return nullptr;
+  text->resize(kSize);
+  std::transform(text->begin(), text->end(), text->begin(), [](char digit) {
+    return digit >= 'a' && digit <= 'f' ? static_cast<char>(digit - 'a' + 'A') : digit;
+  });
+  return *text;
+}
+
+}  // namespace
 
 ZtString uuidText(std::span<const std::uint8_t, 16> bytes) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
@@ -37,13 +75,11 @@ ZtString LinuxMachineIdentity::platformUUID() {
 }
 
 ZtString randomUuid() {
-  std::array<unsigned char, 16> bytes{};
-  if (::getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    return nullptr;
-  }
-  bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0FU) | 0x40U);  // version 4: random
-  bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3FU) | 0x80U);  // variant: RFC 4122
-  return uuidText(bytes);
+  std::optional<UuidBytes> bytes = randomBytes();
+  if (!bytes) return kernelUuid();
+  bytes->at(6) = static_cast<std::uint8_t>((bytes->at(6) & 0x0FU) | 0x40U);  // version 4: random
+  bytes->at(8) = static_cast<std::uint8_t>((bytes->at(8) & 0x3FU) | 0x80U);  // variant: RFC 4122
+  return uuidText(*bytes);
 }
 
 }  // namespace zt

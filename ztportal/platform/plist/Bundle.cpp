@@ -1,19 +1,18 @@
 #include "ztportal/platform/plist/Bundle.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
+
+#include "ztportal/base/RegularFile.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 
 namespace zt {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kInfoLimit = std::size_t{1} << 20U;
 
 fs::path infoFile(const fs::path& bundle) { return bundle / "Contents" / "Info.plist"; }
 fs::path resourceFolder(const fs::path& bundle) { return bundle / "Contents" / "Resources"; }
@@ -23,25 +22,13 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
-/// The content of `file`; nothing if it is no regular file, unreadable or implausibly large.
-std::optional<std::string> readInfo(const fs::path& file) {
-  if (!isFile(file)) return std::nullopt;
-  std::ifstream stream(file, std::ios::binary);
-  std::string content(kInfoLimit + 1, '\0');
-  stream.read(content.data(), static_cast<std::streamsize>(content.size()));
-  const auto size = static_cast<std::size_t>(stream.gcount());
-  if (stream.bad() || size == 0 || size > kInfoLimit) return std::nullopt;
-  content.resize(size);
-  return content;
-}
-
 }  // namespace
 
 Bundle::Bundle(std::string path, PropertyListStrings info)
     : _path(std::move(path)), _info(std::move(info)) {}
 
 std::optional<Bundle> Bundle::at(const std::string& path) {
-  const std::optional<std::string> content = readInfo(infoFile(path));
+  const std::optional<std::string> content = regularFile(infoFile(path), kSettingsFileLimit);
   if (!content) return std::nullopt;
   std::optional<PropertyListStrings> info = parsePropertyList(*content);
   if (!info) return std::nullopt;
@@ -80,13 +67,11 @@ std::optional<std::string> Bundle::resource(std::string_view name, std::string_v
 std::vector<std::string> Bundle::localizations() const {
   constexpr std::string_view kEnding = ".lproj";
   std::vector<std::string> names;
-  std::error_code error;
-  fs::directory_iterator entry(resourceFolder(_path), error);
-  for (; !error && entry != fs::directory_iterator(); entry.increment(error)) {
-    std::string name = entry->path().filename().string();
-    std::error_code ignored;
+  LinuxFiles files;
+  const fs::path folder = resourceFolder(_path);
+  for (std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
     if (name.size() <= kEnding.size() || !name.ends_with(kEnding)) continue;
-    if (!entry->is_directory(ignored)) continue;
+    if (!files.isFolder(folder / name)) continue;
     name.resize(name.size() - kEnding.size());
     names.push_back(std::move(name));
   }

@@ -193,7 +193,11 @@ std::string firstLine(const char* message) {
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
   if (error->level != XML_ERR_FATAL || parse->fault) return;
-  parse->fault = XmlFault{firstLine(error->message), std::nullopt};
+  try {
+    parse->fault = XmlFault{firstLine(error->message), std::nullopt};
+  } catch (const std::bad_alloc&) {
+    return;  // no exception may pass the functions of libxml2
+  }
   if (parse->parser->inputNr < 1) return;
   // The text itself, not an entity that the parser is reading.
   const xmlParserInput* input = parse->parser->inputTab[0];

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -59,6 +62,26 @@ TEST_F(ApplicationsHelperTest, AnEntryMayHaveNeitherNameNorCommand) {
 
 TEST_F(ApplicationsHelperTest, PrintsNothingWithoutADefault) {
   EXPECT_EQ(run({"default", "http"}), _none);
+}
+
+// Regression: a FIFO in place of one of these files was waited for without end.
+TEST_F(ApplicationsHelperTest, WaitsForNoFifo) {
+  const std::string file =
+      _desktop.entry("usr/share/applications/some.desktop", "Name=Some\nExec=\"some program\"\n");
+  _desktop.write("home/.config/mimeapps.list",
+                 "[Default Applications]\nx-scheme-handler/http=some.desktop\n");
+  ASSERT_EQ(run({"default", "http"}).status, 0);
+  for (const char* name :
+       {"home/.config/gnome-mimeapps.list", "usr/share/applications/mimeinfo.cache",
+        "usr/share/applications/vendor/other.desktop"}) {
+    const std::string fifo = _desktop.path(name);
+    std::filesystem::create_directories(std::filesystem::path(fifo).parent_path());
+    ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
+    EXPECT_EQ(run({"default", "http"}), _none) << name;
+    EXPECT_EQ(run({"entry", fifo}), _none) << name;
+    EXPECT_EQ(::unlink(fifo.c_str()), 0);
+  }
+  EXPECT_EQ(run({"default", "http"}).status, 0);
 }
 
 TEST_F(ApplicationsHelperTest, AcceptsNoOtherQuestion) {

@@ -1,13 +1,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cctype>
+#include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <set>
 #include <string>
 #include <system_error>
@@ -24,11 +33,16 @@ using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::Subprocess;
 
+bool isUuid(const ZtString& text) {
+  return testing::Value(
+      std::string(text.printed()),
+      MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+}
+
 TEST(RandomUuidTest, IsAUuidOfVersion4InUpperCase) {
   for (int i = 0; i < 100; ++i) {
-    EXPECT_THAT(
-        std::string(zt::randomUuid().view()),
-        MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}"));
+    const ZtString uuid = zt::randomUuid();
+    EXPECT_TRUE(isUuid(uuid)) << uuid.view();
   }
 }
 
@@ -36,6 +50,46 @@ TEST(RandomUuidTest, IsDifferentEachTime) {
   std::set<ZtString> seen;
   for (int i = 0; i < 1000; ++i) seen.insert(zt::randomUuid());
   EXPECT_EQ(seen.size(), 1000U);
+}
+
+/// From now on getrandom(2) fails in this process, as in a sandbox or with an old kernel.
+bool forbidGetrandom() {
+  struct sock_filter instructions[] = {
+      BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(struct seccomp_data, nr)),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getrandom, 0, 1),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+      BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+  };
+  const struct sock_fprog program { std::size(instructions), instructions };
+  return ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) == 0 &&
+         ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
+}
+
+// Regression: without getrandom(2) every report had the ID "{(null)}", so that in the store each
+// replaced the one before.
+TEST(RandomUuidTest, NeedsNoGetrandom) {
+  const int failed = inForkedProcess([] {
+    if (!forbidGetrandom()) return kNotPermitted;
+    const ZtString first = zt::randomUuid();
+    return isUuid(first) && zt::randomUuid() != first ? 0 : 1;
+  });
+  if (failed == kNotPermitted) GTEST_SKIP() << "a filter of system calls is not permitted";
+  EXPECT_EQ(failed, 0);
+}
+
+TEST(RandomUuidTest, NeedsNoDevicesEither) {
+  const int failed = inForkedProcess([] {
+    if (::unshare(CLONE_NEWNS) != 0 ||
+        ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
+        ::mount("none", "/dev", "tmpfs", 0, nullptr) != 0 || !forbidGetrandom()) {
+      return kNotPermitted;
+    }
+    std::ofstream("/dev/urandom") << "not a device, always the same";
+    const ZtString first = zt::randomUuid();
+    return isUuid(first) && zt::randomUuid() != first ? 0 : 1;
+  });
+  if (failed == kNotPermitted) GTEST_SKIP() << "mounting is not permitted";
+  EXPECT_EQ(failed, 0);
 }
 
 TEST(UuidTextTest, WritesTheBytesInTheirOrder) {
