@@ -32,9 +32,9 @@ class HttpTransport {
  public:
   virtual ~HttpTransport() = default;
 
-  /// Sends `request` and waits for the response, following redirects (to http and https only).
-  /// Every failure (no such host, refused, timed out, cut off, larger than the limit of the
-  /// implementation) gives status 0.
+  /// Sends `request` once and waits for the response, following redirects (to http and https only)
+  /// with the same method and body. Every failure (no such host, refused, timed out, cut off, larger
+  /// than the limit of the implementation) gives status 0.
   virtual HttpResponse exchange(const HttpRequest& request) = 0;
 
   /// Closes what is kept open on this thread for the next exchange.
