@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "ztportal/base/Text.h"
+#include "ztportal/base/Utf8.h"
 #include "ztportal/platform/http/CurlLibrary.h"
 #include "ztportal/platform/http/CurlNames.h"
 #include "ztportal/platform/http/CurlSession.h"
@@ -103,6 +104,7 @@ struct Arrival {
   std::string body;
   std::size_t headerBytes = 0;
   bool headersComplete = false;
+  bool isCut = false;
 };
 
 // For both callbacks any other result than `size` ends the transfer.
@@ -117,13 +119,23 @@ std::size_t takeHeader(char* line, std::size_t /*one*/, std::size_t size, void* 
 
 std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* arrival) {
   auto& arrived = *static_cast<Arrival*>(arrival);
-  if (size > kBodyLimit - arrived.body.size()) return 0;
+  const std::size_t room = kBodyLimit - arrived.body.size();
   try {
-    arrived.body.append(bytes, size);
+    arrived.body.append(bytes, std::min(size, room));
   } catch (const std::bad_alloc&) {
     return 0;
   }
-  return size;
+  arrived.isCut = size > room;
+  return arrived.isCut ? 0 : size;
+}
+
+/// Removes the beginning of a UTF-8 character from the end.
+void removeHalfCharacter(std::string& text) {
+  std::size_t last = text.size();
+  do {
+    --last;
+  } while (last > 0 && text.size() - last < 4 && (text[last] & 0xc0) == 0x80);
+  if (!isUtf8(std::string_view(text).substr(last))) text.resize(last);
 }
 
 /// What libcurl may do by itself within a transfer, and what it wanted to do.
@@ -249,11 +261,12 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
 
   HopResult result;
   // libcurl accepts a response whose headers are cut off.
-  if (isWhole && arrival.headersComplete) {
+  if ((isWhole || arrival.isCut) && arrival.headersComplete) {
     long status = 0;
     curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
     const char* redirect = nullptr;
     curl.easyGetinfo(handle, CURLINFO_REDIRECT_URL, &redirect);
+    if (arrival.isCut) removeHalfCharacter(arrival.body);
     result.response = {static_cast<int>(status), std::move(arrival.body)};
     if (redirect != nullptr) result.redirect = redirect;
   }

@@ -20,7 +20,8 @@ struct CurlLibrary;
 /// descriptor has become another file. A forked process opens its own.
 ///
 /// - A POST is sent once: it is not repeated when a kept connection ends without a response.
-/// - A response above 16 MiB, or with headers above 1 MiB, counts as none.
+/// - Of a body above 16 MiB the first 16 MiB count, less a UTF-8 character that this would split. A
+///   response with headers above 1 MiB counts as none.
 /// - At most 5 redirects are followed, with the same method and body, and none from https to http.
 ///   A user name and its password go to the scheme, host and port of the first URL only.
 /// - libcurl looks up each name in a thread of its own, unless it was built with c-ares. There is
