@@ -195,6 +195,16 @@ void setMethod(CurlOptions& options, const HttpRequest& request, Restraint& rest
   options.set(CURLOPT_PREREQDATA, &restraint);
 }
 
+/// OpenSSL's variables for private certificate authorities, which libcurl itself does not read.
+void setAuthorities(CurlOptions& options) {
+  const auto setPath = [&options](CURLoption option, const char* variable) {
+    const char* const path = std::getenv(variable);
+    if (path != nullptr && *path != '\0') options.set(option, path);
+  };
+  setPath(CURLOPT_CAINFO, "SSL_CERT_FILE");
+  setPath(CURLOPT_CAPATH, "SSL_CERT_DIR");
+}
+
 struct Credentials {
   std::string user;
   std::string password;
@@ -223,6 +233,7 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
 
   CurlOptions options(curl, handle);
   setMethod(options, request, restraint);
+  setAuthorities(options);
   options.set(CURLOPT_CURLU, hop.url.get());
   if (!hop.credentials.user.empty() || !hop.credentials.password.empty()) {
     options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
