@@ -18,6 +18,11 @@
 /// Everything runs on the caller's thread. Several threads may use the library, each with its own
 /// objects. The library prints nothing, starts no thread and never ends the program; it reports
 /// failures by return values and by the exception `ZtException`.
+///
+/// Unless libcurl was built with c-ares, it looks up the name of a server or proxy in a temporary
+/// thread of its own: at most one in the process at any time. A look-up that does not end within
+/// the two seconds of its request leaves that thread behind until the system gives up; meanwhile
+/// every request that needs a name fails at once, as without a network. Addresses need no thread.
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

@@ -78,7 +78,6 @@ std::vector<std::pair<const char*, LoopbackResponse>> faults(const std::string& 
       {"no HTTP", {body, Then::Close}},
       {"an empty body", success("")},
       {"invalid UTF-8", success(body + "<!--\xff-->")},
-      {"one byte more than 16 MiB", success(padded(body, kLargest + 1))},
       {"a redirect to ftp",
        {"HTTP/1.1 302 Found\r\nLocation: ftp://" + host + "/file.xml" + length + "0\r\n\r\n"}},
       {"an endless redirect",
@@ -155,6 +154,14 @@ TEST_F(PortalOnTheWireTest, AResponseOf16MiBIsAccepted) {
     server.setResponse(asked, success(padded(server.healthyBody(asked), kLargest)));
     EXPECT_EQ(lifeOf(*makeReport(server.configurationUrl())), (Life{true, true, true}));
   }
+}
+
+// A report was saved, and sent again, although the server had accepted it in a long response.
+TEST_F(PortalOnTheWireTest, OfALongerResponseTheFirst16MiBCount) {
+  const std::string rest(kLargest + 1, '\xff');
+  ReportingServer server;
+  server.setResponse(RequestKind::Report, success(server.healthyBody(RequestKind::Report) + rest));
+  EXPECT_EQ(lifeOf(*makeReport(server.configurationUrl())), (Life{true, true, false}));
 }
 
 TEST_F(PortalOnTheWireTest, ARedirectToHttpIsFollowed) {

@@ -1,111 +1,36 @@
 #include "ztportal/platform/http/CurlHttpTransport.h"
 
-#include <curl/curl.h>
-#include <dlfcn.h>
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <arpa/inet.h>
 
 #include <algorithm>
-#include <limits>
+#include <array>
+#include <chrono>
+#include <cstdlib>
 #include <new>
-#include <type_traits>
 #include <utility>
 
 #include "ztportal/base/Text.h"
+#include "ztportal/base/Utf8.h"
+#include "ztportal/platform/http/CurlLibrary.h"
+#include "ztportal/platform/http/CurlNames.h"
+#include "ztportal/platform/http/CurlSession.h"
 
 namespace zt {
 
 namespace {
 
+using Clock = std::chrono::steady_clock;
+
 constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
-constexpr long kRedirects = 10;
-/// The first version with all options that are set below (CURLOPT_QUICK_EXIT).
-constexpr unsigned kOldestVersion = 0x075700;
+constexpr int kRedirects = 5;
 
-}  // namespace
-
-/// The functions of libcurl. The library stays loaded as long as the process runs: connections and
-/// what libcurl itself loads may be in use until then.
-struct CurlHttpTransport::Library {
-  explicit Library(const std::vector<const char*>& names) {
-    for (const char* name : names) {
-      const std::string failure = load(name);
-      if (failure.empty()) {
-        error.clear();
-        return;
-      }
-      appendText(error, error.empty() ? "" : "; ", failure);
-    }
-  }
-
-  decltype(&curl_easy_cleanup) easyCleanup = nullptr;
-  decltype(&curl_easy_getinfo) easyGetinfo = nullptr;
-  decltype(&curl_easy_init) easyInit = nullptr;
-  decltype(&curl_easy_perform) easyPerform = nullptr;
-  decltype(&curl_easy_reset) easyReset = nullptr;
-  decltype(&curl_easy_setopt) easySetopt = nullptr;
-  decltype(&curl_free) free = nullptr;
-  decltype(&curl_global_init) globalInit = nullptr;
-  decltype(&curl_slist_append) slistAppend = nullptr;
-  decltype(&curl_slist_free_all) slistFreeAll = nullptr;
-  decltype(&curl_url) url = nullptr;
-  decltype(&curl_url_cleanup) urlCleanup = nullptr;
-  decltype(&curl_url_get) urlGet = nullptr;
-  decltype(&curl_url_set) urlSet = nullptr;
-  decltype(&curl_version_info) versionInfo = nullptr;
-
-  std::string error;  ///< why the functions cannot be called; empty if they can
-
- private:
-  /// Empty on success, otherwise what is wrong with the library `name`.
-  std::string load(const char* name) {
-    void* const library = ::dlopen(name, RTLD_LAZY | RTLD_LOCAL);
-    bool isComplete = library != nullptr;
-    const auto find = [&](const char* symbol, auto& function) {
-      if (!isComplete) return;
-      function =
-          reinterpret_cast<std::remove_reference_t<decltype(function)>>(::dlsym(library, symbol));
-      isComplete = function != nullptr;
-    };
-    find("curl_easy_cleanup", easyCleanup);
-    find("curl_easy_getinfo", easyGetinfo);
-    find("curl_easy_init", easyInit);
-    find("curl_easy_perform", easyPerform);
-    find("curl_easy_reset", easyReset);
-    find("curl_easy_setopt", easySetopt);
-    find("curl_free", free);
-    find("curl_global_init", globalInit);
-    find("curl_slist_append", slistAppend);
-    find("curl_slist_free_all", slistFreeAll);
-    find("curl_url", url);
-    find("curl_url_cleanup", urlCleanup);
-    find("curl_url_get", urlGet);
-    find("curl_url_set", urlSet);
-    find("curl_version_info", versionInfo);
-    if (!isComplete) {
-      const char* const reason = ::dlerror();
-      return reason == nullptr ? name : reason;
-    }
-    const curl_version_info_data& version = *versionInfo(CURLVERSION_NOW);
-    if (version.version_num < kOldestVersion) {
-      return std::string(name) + ": version " + version.version + " is too old";
-    }
-    if (globalInit(CURL_GLOBAL_DEFAULT) != CURLE_OK) return std::string(name) + ": not initialized";
-    return {};
-  }
-};
-
-namespace {
-
-using Curl = CurlHttpTransport::Library;
 using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
 using Text = std::unique_ptr<char, decltype(&curl_free)>;
 
 class HeaderList {
  public:
-  explicit HeaderList(const Curl& curl) : _curl(curl) {}
+  explicit HeaderList(const CurlLibrary& curl) : _curl(curl) {}
   HeaderList(const HeaderList&) = delete;
   HeaderList& operator=(const HeaderList&) = delete;
   ~HeaderList() { _curl.slistFreeAll(_first); }
@@ -118,44 +43,60 @@ class HeaderList {
   curl_slist* get() const { return _first; }
 
  private:
-  const Curl& _curl;
+  const CurlLibrary& _curl;
   curl_slist* _first = nullptr;
 };
 
-/// The libcurl handle of a thread, with its open connections.
-struct ThreadHandle {
-  CURL* handle = nullptr;
-  decltype(&curl_easy_cleanup) cleanup = nullptr;
-  pid_t process = 0;
-};
-// Without a destructor, so that a host may still send from its own static destructors.
-constinit thread_local ThreadHandle threadHandle;
+// URLs.
 
-struct ThreadHandleCloser {
-  ~ThreadHandleCloser() {
-    if (threadHandle.handle != nullptr && threadHandle.process == getpid()) {
-      // libcurl ignores SIGPIPE meanwhile, for the whole process. Two threads that did so at once
-      // could leave it ignored.
-      static std::mutex mutex;
-      const std::lock_guard lock(mutex);
-      threadHandle.cleanup(threadHandle.handle);
-    }
-    threadHandle = {};
+std::string partOf(const CurlLibrary& curl, const Url& url, CURLUPart part, unsigned flags = 0) {
+  char* text = nullptr;
+  if (curl.urlGet(url.get(), part, &text, flags) != CURLUE_OK) return {};
+  const Text owner(text, curl.free);
+  return text;
+}
+
+/// `text` as a URL; null unless its scheme is http or https.
+Url httpUrl(const CurlLibrary& curl, std::string_view text, unsigned flags = 0) {
+  Url none(nullptr, curl.urlCleanup);
+  if (text.find('\0') != std::string_view::npos) return none;
+  Url url(curl.url(), curl.urlCleanup);
+  // Without CURLU_GUESS_SCHEME a missing scheme is an error.
+  if (!url ||
+      curl.urlSet(url.get(), CURLUPART_URL, std::string(text).c_str(), flags) != CURLUE_OK) {
+    return none;
   }
-};
+  const std::string scheme = partOf(curl, url, CURLUPART_SCHEME);
+  return scheme == "http" || scheme == "https" ? std::move(url) : std::move(none);
+}
 
-/// The handle of this thread, set back to libcurl's defaults; null if libcurl returns none.
-CURL* freshHandle(const Curl& curl) {
-  static thread_local const ThreadHandleCloser kCloser;
-  static_cast<void>(kCloser);
+/// Scheme, host and port: what a user name and its password are meant for (RFC 6454).
+std::array<std::string, 3> originOf(const CurlLibrary& curl, const Url& url) {
+  return {partOf(curl, url, CURLUPART_SCHEME), partOf(curl, url, CURLUPART_HOST),
+          partOf(curl, url, CURLUPART_PORT, CURLU_DEFAULT_PORT)};
+}
 
-  // A forked process shares its parent's connections. To close them in good order would end the
-  // parent's as well, so it leaves the parent's handle as it is.
-  const pid_t process = getpid();
-  if (threadHandle.process != process) threadHandle = {nullptr, curl.easyCleanup, process};
-  if (threadHandle.handle == nullptr) threadHandle.handle = curl.easyInit();
-  if (threadHandle.handle != nullptr) curl.easyReset(threadHandle.handle);
-  return threadHandle.handle;
+/// Whether libcurl knows the address of `host` without asking anybody.
+bool isAddress(const std::string& host) {
+  in_addr address{};
+  return host.starts_with('[') || equalsAnyCase(host, "localhost") ||
+         ::inet_pton(AF_INET, host.c_str(), &address) == 1;
+}
+
+/// Whether a request for `url` needs no name look-up, whichever proxy it goes through.
+bool hasOnlyAddresses(const CurlLibrary& curl, const Url& url) {
+  if (!isAddress(partOf(curl, url, CURLUPART_HOST))) return false;
+  for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+    const char* const value = std::getenv(name);
+    if (value == nullptr || *value == '\0') continue;
+    const Url proxy(curl.url(), curl.urlCleanup);
+    constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME;
+    if (!proxy || curl.urlSet(proxy.get(), CURLUPART_URL, value, kFlags) != CURLUE_OK ||
+        !isAddress(partOf(curl, proxy, CURLUPART_HOST))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 /// The part of a response that has arrived.
@@ -163,6 +104,7 @@ struct Arrival {
   std::string body;
   std::size_t headerBytes = 0;
   bool headersComplete = false;
+  bool isCut = false;
 };
 
 // For both callbacks any other result than `size` ends the transfer.
@@ -177,41 +119,44 @@ std::size_t takeHeader(char* line, std::size_t /*one*/, std::size_t size, void* 
 
 std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* arrival) {
   auto& arrived = *static_cast<Arrival*>(arrival);
-  if (size > kBodyLimit - arrived.body.size()) return 0;
+  const std::size_t room = kBodyLimit - arrived.body.size();
   try {
-    arrived.body.append(bytes, size);
+    arrived.body.append(bytes, std::min(size, room));
   } catch (const std::bad_alloc&) {
     return 0;
   }
-  return size;
+  arrived.isCut = size > room;
+  return arrived.isCut ? 0 : size;
 }
 
-/// Keeps connections out of the programs that the host starts, and away from the numbers of the
-/// standard streams: a host that has closed those may still write to them.
-curl_socket_t openSocket(void* /*context*/, curlsocktype /*purpose*/, curl_sockaddr* address) {
-  const int opened = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
-  if (opened < 0 || opened > STDERR_FILENO) return opened;
-  const int moved = fcntl(opened, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  ::close(opened);
-  return moved < 0 ? CURL_SOCKET_BAD : moved;
+/// Removes the beginning of a UTF-8 character from the end.
+void removeHalfCharacter(std::string& text) {
+  std::size_t last = text.size();
+  do {
+    --last;
+  } while (last > 0 && text.size() - last < 4 && (text[last] & 0xc0) == 0x80);
+  if (!isUtf8(std::string_view(text).substr(last))) text.resize(last);
 }
 
-/// `text` as a URL; null unless its scheme is http or https.
-Url httpUrl(const Curl& curl, std::string_view text) {
-  Url none(nullptr, curl.urlCleanup);
-  if (text.find('\0') != std::string_view::npos) return none;
-  Url url(curl.url(), curl.urlCleanup);
-  if (!url) return url;
-  // Without flags libcurl does not guess a missing scheme.
-  char* part = nullptr;
-  if (curl.urlSet(url.get(), CURLUPART_URL, std::string(text).c_str(), 0) != CURLUE_OK ||
-      curl.urlGet(url.get(), CURLUPART_SCHEME, &part, 0) != CURLUE_OK) {
-    return none;
-  }
-  const Text scheme(part, curl.free);
-  const std::string_view name = scheme.get();
-  if (name != "http" && name != "https") url.reset();
-  return url;
+/// What libcurl may do by itself within a transfer, and what it wanted to do.
+struct Restraint {
+  bool mayLookUp = false;
+  bool wantsLookUp = false;
+  bool hasBegun = false;
+};
+
+int beginLookUp(void* /*resolver*/, void* /*reserved*/, void* restraint) {
+  auto& restrained = *static_cast<Restraint*>(restraint);
+  restrained.wantsLookUp = !restrained.mayLookUp;
+  return restrained.wantsLookUp ? 1 : 0;
+}
+
+/// libcurl repeats a request when a kept connection ends without a response. But the server may
+/// have read the first one, and a report must not be posted twice.
+int beginPost(void* restraint, char* /*remoteAddress*/, char* /*localAddress*/, int /*remotePort*/,
+              int /*localPort*/) {
+  const bool isFirst = !std::exchange(static_cast<Restraint*>(restraint)->hasBegun, true);
+  return isFirst ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
 bool isOneLine(std::string_view text) {
@@ -236,42 +181,7 @@ bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
   return true;
 }
 
-class Options {
- public:
-  Options(const Curl& curl, CURL* handle) : _curl(curl), _handle(handle) {}
-
-  template <class T>
-  void set(CURLoption option, T value) {
-    if (_curl.easySetopt(_handle, option, value) != CURLE_OK) _accepted = false;
-  }
-  bool accepted() const { return _accepted; }
-
- private:
-  const Curl& _curl;
-  CURL* _handle;
-  bool _accepted = true;
-};
-
-void setLimits(Options& options, std::chrono::milliseconds timeout) {
-  using Milliseconds = std::chrono::milliseconds::rep;
-  constexpr Milliseconds kLongest = std::numeric_limits<int>::max();
-  const long milliseconds = static_cast<long>(std::min(timeout.count(), kLongest));
-  options.set(CURLOPT_TIMEOUT_MS, milliseconds);
-  options.set(CURLOPT_CONNECTTIMEOUT_MS, milliseconds);
-  options.set(CURLOPT_NOSIGNAL, 1L);
-  // Abandons a name look-up that hangs; libcurl would wait for it beyond the time-out.
-  options.set(CURLOPT_QUICK_EXIT, 1L);
-  options.set(CURLOPT_PROTOCOLS_STR, "http,https");
-  options.set(CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-  options.set(CURLOPT_FOLLOWLOCATION, 1L);
-  options.set(CURLOPT_MAXREDIRS, kRedirects);
-  options.set(CURLOPT_OPENSOCKETFUNCTION, openSocket);
-  // Applies to redirects only, since the first address is passed as a CURLU: no server can make the
-  // library log in to another one with a name and a password of its choice.
-  options.set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L);
-}
-
-void setMethod(Options& options, const HttpRequest& request) {
+void setMethod(CurlOptions& options, const HttpRequest& request, Restraint& restraint) {
   if (request.method == "GET") {
     options.set(CURLOPT_HTTPGET, 1L);
     return;
@@ -281,37 +191,137 @@ void setMethod(Options& options, const HttpRequest& request) {
   options.set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(body.size()));
   // libcurl reads from standard input for a null pointer.
   options.set(CURLOPT_POSTFIELDS, body.empty() ? "" : body.data());
+  options.set(CURLOPT_PREREQFUNCTION, beginPost);
+  options.set(CURLOPT_PREREQDATA, &restraint);
 }
 
-HttpResponse exchangeOrThrow(const Curl& curl, const HttpRequest& request) {
-  if (request.method != "GET" && request.method != "POST") return {};
-  if (request.timeout <= std::chrono::milliseconds::zero()) return {};
-  const Url url = httpUrl(curl, request.url);
-  HeaderList headers(curl);
-  if (!url || !addHeaders(headers, request.headers)) return {};
-  CURL* handle = freshHandle(curl);
-  if (handle == nullptr) return {};
+/// OpenSSL's variables for private certificate authorities, which libcurl itself does not read.
+void setAuthorities(CurlOptions& options) {
+  const auto setPath = [&options](CURLoption option, const char* variable) {
+    const char* const path = std::getenv(variable);
+    if (path != nullptr && *path != '\0') options.set(option, path);
+  };
+  setPath(CURLOPT_CAINFO, "SSL_CERT_FILE");
+  setPath(CURLOPT_CAPATH, "SSL_CERT_DIR");
+}
 
+struct Credentials {
+  std::string user;
+  std::string password;
+};
+
+/// A request to one URL, redirects not followed.
+struct Hop {
+  const Url& url;
+  const Credentials& credentials;
+  curl_slist* headers;
+  Clock::time_point deadline;
+};
+
+struct HopResult {
+  HttpResponse response;
+  std::string redirect;  ///< where the response sends the request; empty if nowhere
+};
+
+HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop& hop) {
+  CurlSession& session = CurlSession::begin(curl);
+  CURL* const handle = session.handle();
+  CurlNames& names = CurlNames::ofThisProcess(curl);
   Arrival arrival;
-  Options options(curl, handle);
-  setLimits(options, request.timeout);
-  setMethod(options, request);
-  options.set(CURLOPT_CURLU, url.get());
-  options.set(CURLOPT_HTTPHEADER, headers.get());
+  Restraint restraint;
+  restraint.mayLookUp = hasOnlyAddresses(curl, hop.url);
+
+  CurlOptions options(curl, handle);
+  setMethod(options, request, restraint);
+  setAuthorities(options);
+  options.set(CURLOPT_CURLU, hop.url.get());
+  if (!hop.credentials.user.empty() || !hop.credentials.password.empty()) {
+    options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
+    options.set(CURLOPT_PASSWORD, hop.credentials.password.c_str());
+  }
+  options.set(CURLOPT_NOSIGNAL, 1L);
+  options.set(CURLOPT_MAXAGE_CONN, static_cast<long>(CurlSession::kIdleLimit.count()) - 1);
+  options.set(CURLOPT_OPENSOCKETFUNCTION, CurlSockets::open);
+  options.set(CURLOPT_OPENSOCKETDATA, &session.sockets());
+  options.set(CURLOPT_CLOSESOCKETFUNCTION, CurlSockets::close);
+  options.set(CURLOPT_CLOSESOCKETDATA, &session.sockets());
+  options.set(CURLOPT_SHARE, names.found());
+  options.set(CURLOPT_RESOLVER_START_FUNCTION, beginLookUp);
+  options.set(CURLOPT_RESOLVER_START_DATA, &restraint);
+  options.set(CURLOPT_HTTPHEADER, hop.headers);
   options.set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   options.set(CURLOPT_HEADERFUNCTION, takeHeader);
   options.set(CURLOPT_HEADERDATA, &arrival);
   options.set(CURLOPT_WRITEFUNCTION, takeBody);
   options.set(CURLOPT_WRITEDATA, &arrival);
 
-  const bool whole = options.accepted() && curl.easyPerform(handle) == CURLE_OK;
-  long status = 0;
-  curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+  const auto perform = [&] {
+    const auto left = std::chrono::floor<std::chrono::milliseconds>(hop.deadline - Clock::now());
+    if (left.count() <= 0) return false;
+    restraint.wantsLookUp = false;
+    options.set(CURLOPT_TIMEOUT_MS, static_cast<long>(left.count()));
+    options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(left.count()));
+    return options.accepted() && curl.easyPerform(handle) == CURLE_OK;
+  };
+  bool isWhole = perform();
+  // The second one is for SOCKS proxies to which libcurl passes the address of the host.
+  for (const char* noProxy : {static_cast<const char*>(nullptr), "*"}) {
+    if (!restraint.wantsLookUp || !names.find(hop.url.get(), noProxy, hop.deadline)) break;
+    isWhole = perform();
+  }
+
+  HopResult result;
+  // libcurl accepts a response whose headers are cut off.
+  if ((isWhole || arrival.isCut) && arrival.headersComplete) {
+    long status = 0;
+    curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
+    const char* redirect = nullptr;
+    curl.easyGetinfo(handle, CURLINFO_REDIRECT_URL, &redirect);
+    if (arrival.isCut) removeHalfCharacter(arrival.body);
+    result.response = {static_cast<int>(status), std::move(arrival.body)};
+    if (redirect != nullptr) result.redirect = redirect;
+  }
   // The handle outlives this exchange and must not refer to it.
   curl.easyReset(handle);
-  // libcurl accepts a response whose headers are cut off.
-  if (!whole || !arrival.headersComplete) return {};
-  return {static_cast<int>(status), std::move(arrival.body)};
+  CurlSession::keep();
+  return result;
+}
+
+HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request) {
+  if (request.method != "GET" && request.method != "POST") return {};
+  if (request.timeout <= std::chrono::milliseconds::zero()) return {};
+  const auto deadline =
+      Clock::now() + std::min(request.timeout, std::chrono::milliseconds(kMostCurlMilliseconds));
+  HeaderList headers(curl);
+  Url url = httpUrl(curl, request.url);
+  if (!url || !addHeaders(headers, request.headers)) return {};
+
+  // Taken out of the URL, so that a redirect which names a user can be told from one that is
+  // relative to it.
+  Credentials credentials{partOf(curl, url, CURLUPART_USER, CURLU_URLDECODE),
+                          partOf(curl, url, CURLUPART_PASSWORD, CURLU_URLDECODE)};
+  // libcurl decodes no control characters.
+  if (credentials.user.empty() != partOf(curl, url, CURLUPART_USER).empty() ||
+      credentials.password.empty() != partOf(curl, url, CURLUPART_PASSWORD).empty()) {
+    return {};
+  }
+  curl.urlSet(url.get(), CURLUPART_USER, nullptr, 0);
+  curl.urlSet(url.get(), CURLUPART_PASSWORD, nullptr, 0);
+
+  // libcurl could follow redirects, but would also go from http over https back to http.
+  for (int redirects = 0; redirects <= kRedirects; ++redirects) {
+    HopResult hop = makeHop(curl, request, {url, credentials, headers.get(), deadline});
+    if (hop.redirect.empty()) return std::move(hop.response);
+    // No server can make the library log in to another one with credentials of its choice.
+    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE | CURLU_DISALLOW_USER);
+    if (!next) return {};
+    const auto origin = originOf(curl, url);
+    const auto nextOrigin = originOf(curl, next);
+    if (origin.front() == "https" && nextOrigin.front() != "https") return {};
+    if (nextOrigin != origin) credentials = {};
+    url = std::move(next);
+  }
+  return {};
 }
 
 }  // namespace
@@ -323,17 +333,19 @@ CurlHttpTransport::~CurlHttpTransport() = default;
 
 HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
   try {
-    const Library& curl = library();
+    const CurlLibrary& curl = library();
     return curl.error.empty() ? exchangeOrThrow(curl, request) : HttpResponse{};
   } catch (const std::bad_alloc&) {
     return {};
   }
 }
 
+void CurlHttpTransport::closeConnections() { CurlSession::end(); }
+
 const std::string& CurlHttpTransport::loadError() { return library().error; }
 
-const CurlHttpTransport::Library& CurlHttpTransport::library() {
-  std::call_once(_loading, [this] { _library = std::make_unique<const Library>(_names); });
+const CurlLibrary& CurlHttpTransport::library() {
+  std::call_once(_loading, [this] { _library = std::make_unique<const CurlLibrary>(_names); });
   return *_library;
 }
 

@@ -32,10 +32,13 @@ class HttpTransport {
  public:
   virtual ~HttpTransport() = default;
 
-  /// Sends `request` and waits for the response, following redirects (to http and https only).
-  /// Every failure (no such host, refused, timed out, cut off, larger than the limit of the
-  /// implementation) gives status 0.
+  /// Sends `request` once and waits for the response, following redirects (to http and https only)
+  /// with the same method and body. Every failure (no such host, refused, timed out, cut off) gives
+  /// status 0. The implementation may cut a long body.
   virtual HttpResponse exchange(const HttpRequest& request) = 0;
+
+  /// Closes what is kept open on this thread for the next exchange.
+  virtual void closeConnections() = 0;
 };
 
 }  // namespace zt

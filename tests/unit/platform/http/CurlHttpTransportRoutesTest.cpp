@@ -2,14 +2,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <chrono>
 #include <cstdlib>
+#include <iterator>
+#include <set>
 #include <thread>
 
+#include "tests/support/Subprocess.h"
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 
 namespace {
@@ -26,6 +32,32 @@ using zt::test::ok;
 using zt::test::redirect;
 using zt::test::refusingUrl;
 using zt::test::Then;
+
+std::set<int> openNumbers() {
+  std::set<int> numbers;
+  for (int number = 0; number < 1024; ++number) {
+    if (::fcntl(number, F_GETFD) != -1) numbers.insert(number);
+  }
+  return numbers;
+}
+
+/// The client's end of a connection to `server`; -1 if there is none.
+int connectionTo(const LoopbackServer& server) {
+  for (const int number : openNumbers()) {
+    sockaddr_in peer{};
+    socklen_t length = sizeof(peer);
+    if (getpeername(number, reinterpret_cast<sockaddr*>(&peer), &length) != 0) continue;
+    if (peer.sin_family == AF_INET && ntohs(peer.sin_port) == server.port()) return number;
+  }
+  return -1;
+}
+
+/// Waits until the client's system knows that the server has closed the connection. (One that was
+/// reset has no peer any more.)
+void waitForTheEndOf(int connection) {
+  pollfd end{connection, POLLRDHUP, 0};
+  if (connection >= 0) ::poll(&end, 1, 60'000);
+}
 
 class CurlHttpTransportRoutes : public zt::test::CurlHttpTransportFixture {};
 
@@ -51,25 +83,90 @@ TEST_F(CurlHttpTransportRoutes, CarriesNothingOverToTheNextExchange) {
 TEST_F(CurlHttpTransportRoutes, ConnectsAnewWhereTheServerHasClosedTheConnection) {
   LoopbackServer server({ok("1", Then::Close), ok("2", Then::Reset), ok("3")});
   EXPECT_EQ(get(server.url("/")).body, "1");
+  waitForTheEndOf(connectionTo(server));
   EXPECT_EQ(post(server.url("/"), "x").body, "2");
+  waitForTheEndOf(connectionTo(server));
   EXPECT_EQ(post(server.url("/"), "y").body, "3");
   EXPECT_EQ(server.connections(), 3);
   EXPECT_THAT(server.requests(), SizeIs(3));
 }
 
+// libcurl repeated a POST on a new connection when the server read it on a kept one and closed that
+// without a response. The server then had the report twice, and the store may have sent it again.
+TEST_F(CurlHttpTransportRoutes, SendsAPostOnce) {
+  for (const Then end : {Then::Close, Then::Reset}) {
+    for (const std::string& body : {std::string(), std::string("body"), std::string(300000, 'x')}) {
+      LoopbackServer server({ok("kept"), {"", end}, ok("again"), ok("next")});
+      EXPECT_EQ(get(server.url("/")).body, "kept");
+      EXPECT_EQ(post(server.url("/"), body).status, 0);
+      EXPECT_THAT(server.requests(), SizeIs(2));
+      EXPECT_EQ(post(server.url("/"), body).body, "again");
+    }
+  }
+}
+
+TEST_F(CurlHttpTransportRoutes, SendsARedirectedPostOnceToEachServer) {
+  LoopbackServer server({redirect("307 Temporary Redirect", "/b"), {"", Then::Close}, ok("again")});
+  EXPECT_EQ(post(server.url("/a"), "body").status, 0);
+  EXPECT_THAT(server.requests(), ElementsAre(testing::StartsWith("POST /a HTTP/1.1\r\n"),
+                                             testing::StartsWith("POST /b HTTP/1.1\r\n")));
+}
+
+// A report after a suspend or a change of the network was written to a connection that no longer
+// led anywhere: it took the whole time-out and failed.
+TEST_F(CurlHttpTransportRoutes, UsesNoConnectionThatWasIdleForSeconds) {
+  LoopbackServer server({ok("1"), ok("2")});
+  EXPECT_EQ(get(server.url("/")).body, "1");
+  std::this_thread::sleep_for(3s);
+  EXPECT_EQ(post(server.url("/"), "x").body, "2");
+  EXPECT_EQ(server.connections(), 2);
+}
+
+// A host closed all descriptors, and the next report was written into the file that it then opened.
+TEST_F(CurlHttpTransportRoutes, ForgetsAConnectionThatTheHostHasClosed) {
+  LoopbackServer server({ok("1"), ok("2")});
+  // Forked, since what is forgotten counts as leaked.
+  const int status = zt::test::inForkedProcess([&] {
+    const std::set<int> before = openNumbers();
+    if (get(server.url("/")).body != "1") return 1;
+    const std::set<int> after = openNumbers();
+    std::vector<int> numbers;
+    std::ranges::set_difference(after, before, std::back_inserter(numbers));
+    int pair[2];
+    if (numbers.empty() || ::socketpair(AF_UNIX, SOCK_STREAM, 0, pair) != 0) return 2;
+    for (const int number : numbers) ::dup2(pair[0], number);
+
+    if (post(server.url("/"), "x").body != "2") return 3;
+    _transport.closeConnections();
+    char byte = 0;
+    if (::recv(pair[1], &byte, 1, MSG_DONTWAIT) != -1 || errno != EAGAIN) return 4;
+    for (const int number : numbers) {
+      if (::fcntl(number, F_GETFD) == -1) return 5;
+    }
+    return 0;
+  });
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(server.connections(), 2);
+}
+
+TEST_F(CurlHttpTransportRoutes, ClosesItsConnectionsOnDemand) {
+  LoopbackServer server({ok("1"), ok("2", Then::Close)});
+  EXPECT_EQ(get(server.url("/")).body, "1");
+  EXPECT_NE(connectionTo(server), -1);
+  _transport.closeConnections();
+  EXPECT_EQ(connectionTo(server), -1);
+  EXPECT_EQ(post(server.url("/"), "x").body, "2");
+  EXPECT_EQ(server.connections(), 2);
+  _transport.closeConnections();
+  _transport.closeConnections();
+}
+
 TEST_F(CurlHttpTransportRoutes, LeavesItsConnectionOutOfProgramsThatTheHostStarts) {
   LoopbackServer server({ok("")});
   ASSERT_EQ(get(server.url("/")).status, 200);
-  int found = 0;
-  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-    sockaddr_in peer{};
-    socklen_t length = sizeof(peer);
-    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0) continue;
-    if (ntohs(peer.sin_port) != server.port()) continue;
-    ++found;
-    EXPECT_EQ(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
-  }
-  EXPECT_EQ(found, 1);
+  const int connection = connectionTo(server);
+  ASSERT_NE(connection, -1);
+  EXPECT_EQ(fcntl(connection, F_GETFD) & FD_CLOEXEC, FD_CLOEXEC);
 }
 
 TEST_F(CurlHttpTransportRoutes, TakesARedirectedAnswerThatIsCutShortForNone) {
@@ -101,23 +198,18 @@ TEST_F(CurlHttpTransportRoutes, FollowsRedirects) {
                                              testing::StartsWith("GET /c?d=e HTTP/1.1\r\n")));
 }
 
-TEST_F(CurlHttpTransportRoutes, MakesAGetOfARedirectedPostAsBrowsersDo) {
-  struct {
-    const char* status;
-    bool staysPost;
-  } const rows[] = {{"301 Moved Permanently", false},
-                    {"302 Found", false},
-                    {"303 See Other", false},
-                    {"307 Temporary Redirect", true},
-                    {"308 Permanent Redirect", true}};
-  for (const auto& row : rows) {
-    LoopbackServer server({redirect(row.status, "/b"), ok("there")});
-    EXPECT_EQ(post(server.url("/a"), "body").body, "there") << row.status;
-    const std::string common = "/b HTTP/1.1\r\nHost: " + server.host() + "\r\nAccept: */*\r\n";
-    EXPECT_EQ(server.requests().at(1), row.staysPost
-                                           ? "POST " + common + "Content-Length: 4\r\n\r\nbody"
-                                           : "GET " + common + "\r\n")
-        << row.status;
+// A POST became a GET for 301, 302 and 303: a report that no server had could count as accepted,
+// and none arrived where a server redirects to its new address.
+TEST_F(CurlHttpTransportRoutes, RepeatsAPostForEveryRedirect) {
+  for (const char* status : {"301 Moved Permanently", "302 Found", "303 See Other",
+                             "307 Temporary Redirect", "308 Permanent Redirect"}) {
+    LoopbackServer server({redirect(status, "/b"), ok("there")});
+    const HttpHeader headers[] = {{"Content-Type", "application/xml"}};
+    EXPECT_EQ(post(server.url("/a"), "body", headers).body, "there") << status;
+    EXPECT_EQ(server.requests().at(1), "POST /b HTTP/1.1\r\nHost: " + server.host() +
+                                           "\r\nAccept: */*\r\nContent-Type: application/xml\r\n"
+                                           "Content-Length: 4\r\n\r\nbody")
+        << status;
   }
 }
 
@@ -134,7 +226,14 @@ TEST_F(CurlHttpTransportRoutes, FollowsNoRedirectToAnotherScheme) {
 TEST_F(CurlHttpTransportRoutes, EndsARedirectLoop) {
   LoopbackServer server([](const std::string&) { return redirect("302 Found", "/again"); });
   EXPECT_EQ(get(server.url("/")).status, 0);
-  EXPECT_THAT(server.requests(), SizeIs(11));
+  EXPECT_THAT(server.requests(), SizeIs(6));
+}
+
+TEST_F(CurlHttpTransportRoutes, FollowsFiveRedirects) {
+  std::vector<LoopbackResponse> script(5, redirect("302 Found", "/again"));
+  script.push_back(ok("there"));
+  LoopbackServer server(std::move(script));
+  EXPECT_EQ(post(server.url("/"), "x").body, "there");
 }
 
 TEST_F(CurlHttpTransportRoutes, AsksOnlyHttpServers) {
@@ -218,12 +317,7 @@ TEST_F(CurlHttpTransportRoutes, ClosesTheConnectionWithItsThread) {
   }
   EXPECT_EQ(ended, 400);
   EXPECT_EQ(server.connections(), 2);
-  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-    sockaddr_in peer{};
-    socklen_t length = sizeof(peer);
-    if (getpeername(descriptor, reinterpret_cast<sockaddr*>(&peer), &length) != 0) continue;
-    EXPECT_NE(ntohs(peer.sin_port), server.port());
-  }
+  EXPECT_EQ(connectionTo(server), -1);
 }
 
 TEST_F(CurlHttpTransportRoutes, LeavesTheParentsConnectionAloneInAChild) {

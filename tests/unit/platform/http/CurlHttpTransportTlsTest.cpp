@@ -1,0 +1,145 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "tests/support/ScopedEnvironment.h"
+#include "tests/support/Subprocess.h"
+#include "tests/support/TemporaryFolder.h"
+#include "tests/unit/platform/http/CurlHttpTransportFixture.h"
+
+// HTTPS, with servers of OpenSSL.
+
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using zt::test::LoopbackResponse;
+using zt::test::LoopbackServer;
+using zt::test::ok;
+using zt::test::redirect;
+using zt::test::runProgram;
+using zt::test::ScopedEnvironment;
+using zt::test::Subprocess;
+using zt::test::SubprocessOptions;
+using zt::test::TemporaryFolder;
+
+/// A certificate that signs itself, for a server at 127.0.0.1.
+class Certificate {
+ public:
+  Certificate() {
+    const zt::test::ProgramResult made = runProgram(
+        "openssl", {"req", "-x509", "-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
+                    "-nodes", "-keyout", key(), "-out", file(), "-days", "2", "-subj",
+                    "/CN=" + _folder.path().substr(_folder.path().rfind('/') + 1), "-addext",
+                    "subjectAltName=IP:127.0.0.1"});
+    EXPECT_EQ(made.status, 0) << made.errors;
+  }
+
+  std::string key() const { return _folder.path("key.pem"); }
+  std::string file() const { return _folder.path("certificate.pem"); }
+  /// A folder with the certificate under the name by which OpenSSL looks for it.
+  std::string folder() const {
+    const std::string hash =
+        runProgram("openssl", {"x509", "-hash", "-noout", "-in", file()}).output;
+    const TemporaryFolder& all = _hashed;
+    std::filesystem::copy_file(file(), all.path(hash.substr(0, hash.find('\n')) + ".0"),
+                               std::filesystem::copy_options::skip_existing);
+    return all.path();
+  }
+
+ private:
+  TemporaryFolder _folder;
+  TemporaryFolder _hashed;
+};
+
+/// An HTTPS server whose responses are files: "/there" is the response in the file "there".
+class TlsServer {
+ public:
+  explicit TlsServer(const Certificate& certificate)
+      : _server({"sh", "-c",
+                 "cd \"$0\" && exec openssl s_server -accept 127.0.0.1:0 -cert \"$1\" "
+                 "-key \"$2\" -HTTP",
+                 _files.path(), certificate.file(), certificate.key()}) {
+    // "ACCEPT 127.0.0.1:40123"
+    while (const std::optional<std::string> line = _server.readLine()) {
+      if (!line->starts_with("ACCEPT ")) continue;
+      _port = line->substr(line->rfind(':') + 1);
+      break;
+    }
+    respond("there", ok("over TLS"));
+  }
+
+  void respond(const std::string& name, const LoopbackResponse& response) {
+    _files.write(name, response.bytes);
+  }
+  std::string url(const std::string& name, const std::string& host = "127.0.0.1") const {
+    return "https://" + host + ":" + _port + "/" + name;
+  }
+
+ private:
+  TemporaryFolder _files;
+  Subprocess _server;
+  std::string _port;
+};
+
+class CurlHttpTransportTls : public zt::test::CurlHttpTransportFixture {
+ protected:
+  Certificate certificate;
+  TlsServer server{certificate};
+  ScopedEnvironment file{"SSL_CERT_FILE", certificate.file().c_str()};
+  ScopedEnvironment folder{"SSL_CERT_DIR", nullptr};
+};
+
+TEST_F(CurlHttpTransportTls, PrivateAuthoritiesOfTheEnvironmentCount) {
+  const Certificate another;
+  struct {
+    const char* what;
+    std::string file;
+    std::string folder;
+    bool isTrusted;
+  } const rows[] = {
+      {"no variable", "", "", false},
+      {"the file", certificate.file(), "", true},
+      {"the folder", "", certificate.folder(), true},
+      {"another file", another.file(), "", false},
+      {"another folder", "", another.folder(), false},
+      {"another file and the folder", another.file(), certificate.folder(), true},
+      {"the file and another folder", certificate.file(), another.folder(), true},
+      {"a file that is missing", "/nowhere/authorities.pem", "", false},
+  };
+  for (const auto& row : rows) {
+    const ScopedEnvironment fileOfRow("SSL_CERT_FILE", row.file.c_str());
+    const ScopedEnvironment folderOfRow("SSL_CERT_DIR", row.folder.c_str());
+    EXPECT_EQ(get(server.url("there")).body, row.isTrusted ? "over TLS" : "") << row.what;
+    // The server has one client at a time.
+    _transport.closeConnections();
+  }
+}
+
+TEST_F(CurlHttpTransportTls, ACertificateForAnotherNameDoesNotCount) {
+  EXPECT_EQ(get(server.url("there", "localhost")).status, 0);
+}
+
+TEST_F(CurlHttpTransportTls, ARedirectToHttpsIsFollowed) {
+  LoopbackServer first({redirect("301 Moved Permanently", server.url("there"))});
+  EXPECT_EQ(get(first.url("/")).body, "over TLS");
+}
+
+TEST_F(CurlHttpTransportTls, NoRedirectGoesBackToHttp) {
+  LoopbackServer plain([this](const std::string& request) {
+    return request.starts_with("GET /first ")
+               ? redirect("301 Moved Permanently", server.url("back"))
+               : ok("in the clear");
+  });
+  server.respond("back", redirect("302 Found", plain.url("/second")));
+  EXPECT_EQ(get(server.url("back")).status, 0);
+  EXPECT_EQ(plain.connections(), 0);
+  EXPECT_EQ(get(plain.url("/first")).status, 0);
+  EXPECT_THAT(plain.requests(), ElementsAre(HasSubstr("GET /first ")));
+}
+
+}  // namespace
