@@ -151,13 +151,9 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
   zt::appendText(version, "MACOS ", infoOf(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER).printed());
   setOsVersion(version);
   setServicePack(leadingNumber(infoOf(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK).view()));
-  const std::vector<std::string> languages = zt::preferredLanguages();
-  // Without a language the check ends early, and the pool lists no applications.
-  const ProbedApplications applications =
-      languages.empty() ? ProbedApplications() : beginApplications();
+  const ProbedApplications applications = beginApplications();
   setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
-  if (languages.empty()) return;
-  _osLanguage = _userLanguage = zt::languageOfCode(languages.front());
+  _osLanguage = _userLanguage = zt::languageOfCode(zt::preferredLanguages().front());
 
   eachInstalled(applications, kEMailClients, kEMailUrl,
                 [this](const auto&... application) { addEMailClient(application...); });
