@@ -113,9 +113,14 @@ const DesktopAnswers::Answer* DesktopAnswers::find(const Question& question) {
 }
 
 void DesktopAnswers::readAll() {
-  const std::string output = _program->readToEnd();
+  const std::optional<std::string> output = _program->readToEnd();
   _program.reset();
-  std::string_view rest = output;
+  // A program that hangs is not asked again.
+  if (!output) {
+    for (const Question& question : _questions) _answers[question] = std::nullopt;
+    return;
+  }
+  std::string_view rest = *output;
   for (const Question& question : _questions) {
     auto texts = takeTexts(rest);
     if (!texts) return;
@@ -167,7 +172,7 @@ std::optional<DesktopApplication> DesktopApplications::ask(const Question& quest
   if (_answers != nullptr) {
     if (const DesktopAnswers::Answer* known = _answers->find(question)) return *known;
   }
-  return DesktopAnswers::parse(_subprocesses.output(_program, question));
+  return DesktopAnswers::parse(_subprocesses.start(_program, question)->readToEnd().value_or(""));
 }
 
 }  // namespace zt

@@ -138,18 +138,6 @@ TEST(DsclTest, AnswersTheLibrarysQuestion) {
   EXPECT_EQ(printedGroup("/nowhere"), "");
 }
 
-/// The home folder stands unquoted in the command, deliberately: the shell takes it apart.
-TEST(DsclTest, AHomeWithABlankIsTwoWordsAndNoQuestion) {
-  EXPECT_EQ(printedGroup("/root b"), "");
-  EXPECT_EQ(printedGroup(" /root "), "0\n") << "blanks around it do not matter";
-}
-
-TEST(DsclTest, AQuoteInTheHomeSpoilsTheCommand) {
-  EXPECT_EQ(printedGroup("/home/o'neill"), "");
-  EXPECT_EQ(printedGroup("/home/a\"b"), "");
-  EXPECT_EQ(printedGroup("'/root'"), "0\n") << "a pair of quotes is taken off";
-}
-
 TEST(DsclTest, TheSystemsOwnProgramGoesFirst) {
   const TemporaryFolder folder;
   std::filesystem::permissions(folder.write("dscl", "#!/bin/sh\necho PrimaryGroupID: 80 \"$@\"\n"),
