@@ -1,5 +1,9 @@
 #include "libexec/DesktopEntry.h"
 
+#include <optional>
+
+#include "ztportal/base/RegularFile.h"
+
 namespace zt {
 
 namespace {
@@ -21,10 +25,8 @@ std::string owned(char* text) {
 DesktopEntry::DesktopEntry() : _keys(g_key_file_new()) {}
 
 DesktopEntry DesktopEntry::inFile(const char* path) {
-  DesktopEntry entry;
-  entry._isRead =
-      g_key_file_load_from_file(entry._keys.get(), path, G_KEY_FILE_NONE, nullptr) != FALSE;
-  return entry;
+  const std::optional<std::string> content = regularFile(path, kSettingsFileLimit);
+  return content ? inText(*content) : DesktopEntry();
 }
 
 DesktopEntry DesktopEntry::inText(std::string_view text) {

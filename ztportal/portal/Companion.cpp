@@ -22,7 +22,8 @@ std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
   if (!bundle) return std::nullopt;
   const std::optional<std::string> path = bundle->resource("ghost", "plist");
   if (!path) return std::nullopt;
-  const std::optional<std::string> content = Platform::current().files().read(*path);
+  const std::optional<std::string> content =
+      Platform::current().files().read(*path, kSettingsFileLimit);
   if (!content) return std::nullopt;
   const auto entries = parsePropertyList(*content);
   if (!entries) return std::nullopt;

@@ -71,7 +71,7 @@ std::string ReportStore::fileOf(const ZtString& reportId) const {
 void ReportStore::save(const ZtString& reportId, std::string_view text) const {
   Files& files = Platform::current().files();
   // Writing truncates first, so a file that is already identical is not put at risk.
-  if (files.read(fileOf(reportId)) == text) return;
+  if (files.read(fileOf(reportId), text.size()) == text) return;
   std::string path = joinedPath(_relativePath, reportId.view());
   path += kReportEnding;
   files.writeBelow(_root, path, text);
@@ -91,7 +91,8 @@ std::vector<std::string> ReportStore::files() const {
 void ReportStore::remove(const std::string& file) { Platform::current().files().remove(file); }
 
 std::optional<std::string> ReportStore::request(const std::string& file) {
-  const std::optional<std::string> content = Platform::current().files().read(file);
+  const std::optional<std::string> content =
+      Platform::current().files().read(file, kReportFileLimit);
   if (!content) return std::nullopt;
   // A file that could only be sent after a repair is never sent, so no repair is tried.
   const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form);

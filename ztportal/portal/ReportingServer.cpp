@@ -35,7 +35,8 @@ ZtString trimmedText(const ZtXMLNode& node) {
 std::shared_ptr<ZtXMLDocument> localConfiguration() {
   std::string path;
   appendText(path, ZtString().printed(), APP_CONFIGURATIONFILE.view());
-  const std::optional<std::string> content = Platform::current().files().read(path);
+  const std::optional<std::string> content =
+      Platform::current().files().read(path, kSettingsFileLimit);
   return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
 }
 

@@ -128,7 +128,7 @@ TEST_F(PortalStoreTest, AnotherUserSeesNothingOfSavedReports) {
     // The folder of the host can be seen, what is in the store cannot.
     if (::access(data.path("Kelvane/Setup").c_str(), R_OK) != 0) return 1;
     if (LinuxFiles().list(store())) return 2;
-    if (LinuxFiles().read(file)) return 3;
+    if (LinuxFiles().read(file, zt::kReportFileLimit)) return 3;
     struct stat status {};
     if (::stat(file.c_str(), &status) == 0 || errno != EACCES) return 4;
     if (LinuxFiles().write(file, "x") || LinuxFiles().remove(file)) return 5;

@@ -243,7 +243,8 @@ TEST_F(CompanionTest, ARefusedTestIsSavedWithTheSuffix) {
   report = {200, kRefused};
   EXPECT_FALSE(document->reportToServer());
   EXPECT_EQ(LinuxFiles().read(folder.path("share/Kelvane/Setup/reports/" +
-                                          std::string(document->reportId().view()) + ".ztr")),
+                                          std::string(document->reportId().view()) + ".ztr"),
+                              kReportFileLimit),
             requestOf(*document, "Kelvane_Test"));
 }
 

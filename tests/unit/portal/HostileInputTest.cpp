@@ -58,7 +58,7 @@ class HostileInputTest : public PortalTest {
     SCOPED_TRACE(testing::PrintToString(content.substr(0, 200)));
     const std::string path = resend(content);
     EXPECT_THAT(steps, IsEmpty());
-    EXPECT_TRUE(platform.files_.read(path) == content);
+    EXPECT_TRUE(platform.files_.read(path, kReportFileLimit) == content);
   }
 
   void expectSentUnchanged(const std::string& content) {

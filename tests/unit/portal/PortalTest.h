@@ -70,8 +70,8 @@ class ObservedFiles final : public Files {
   std::optional<std::vector<std::string>> list(const std::string& folder) override {
     return observed("list ", folder).list(folder);
   }
-  std::optional<std::string> read(const std::string& path) override {
-    return observed("read ", path).read(path);
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
+    return observed("read ", path).read(path, limit);
   }
   bool write(const std::string& path, std::string_view content) override {
     return observed("write ", path).write(path, content);

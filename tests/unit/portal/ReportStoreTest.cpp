@@ -70,7 +70,7 @@ TEST_F(ReportStoreTest, AsksForTheUsersFolderOnce) {
   platform.supportFolder_.folder = "/elsewhere";
   store->save("{1}", "<one/>");
   EXPECT_THAT(platform.supportFolder_.askedDomains, ElementsAre(kUserDomain));
-  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr")), "<one/>");
+  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr"), kReportFileLimit), "<one/>");
 }
 
 TEST_F(ReportStoreTest, ThereIsNoStoreWithoutAUsersFolderOrNameOrWhenAFolderCannotBeCreated) {
@@ -96,7 +96,7 @@ TEST_F(ReportStoreTest, ThereIsNoStoreWithoutAUsersFolderOrNameOrWhenAFolderCann
   ASSERT_TRUE(platform.files_.createFolders("/home/user/.local/share/Kelvane/Setup"));
   ASSERT_TRUE(platform.files_.write(kReports, "a file in its place"));
   expectNoStore();
-  EXPECT_EQ(platform.files_.read(kReports), "a file in its place");
+  EXPECT_EQ(platform.files_.read(kReports, kReportFileLimit), "a file in its place");
   EXPECT_THAT(steps, IsEmpty());
 }
 
@@ -105,7 +105,7 @@ TEST_F(ReportStoreTest, SavingTwiceOverwritesTheSameFile) {
   store->save("{1}", "<one/>");
   store->save("{1}", "<two/>");
   EXPECT_THAT(namesInStore(), ElementsAre("{1}.ztr"));
-  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr")), "<two/>");
+  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr"), kReportFileLimit), "<two/>");
 }
 
 // A saved report was lost when the host saved it again, as resending does, and the disk was full or
@@ -117,7 +117,7 @@ TEST_F(ReportStoreTest, AnIdenticalFileIsNotWrittenAgain) {
   files.failAlways(Operation::WriteMidway);
   platform.replacedFiles = &files;
   store->save("{1}", "<one/>");
-  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr")), "<one/>");
+  EXPECT_EQ(platform.files_.read(inStore("{1}.ztr"), kReportFileLimit), "<one/>");
 }
 
 TEST_F(ReportStoreTest, SavingIsSilentWhenItFails) {

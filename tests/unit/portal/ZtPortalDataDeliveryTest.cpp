@@ -21,7 +21,7 @@ class ZtPortalDataDeliveryTest : public PortalTest {
   }
   /// The content of the report's file in the store; nothing when there is none.
   std::optional<std::string> saved(const ZtPortalData& sent) {
-    return platform.files_.read(fileOf(sent));
+    return platform.files_.read(fileOf(sent), kReportFileLimit);
   }
   /// Puts a file into the store and returns its path.
   std::string store(const std::string& name, const std::string& content) {
@@ -170,7 +170,7 @@ TEST_F(ZtPortalDataDeliveryTest, SavingIsSilentWhenTheFilesThrow) {
 
 TEST_F(ZtPortalDataDeliveryTest, ReportToFileReturnsFalseAlsoAfterWriting) {
   EXPECT_FALSE(document->reportToFile("/report.xml"));
-  EXPECT_EQ(platform.files_.read("/report.xml"), requestOf(*document));
+  EXPECT_EQ(platform.files_.read("/report.xml", kReportFileLimit), requestOf(*document));
   EXPECT_FALSE(platform.files_.exists(kReports));
   EXPECT_FALSE(document->reportToFile("/no/such/folder/report.xml"));
   observeFiles([this](const std::string& operation) {
@@ -193,7 +193,7 @@ TEST_F(ZtPortalDataDeliveryTest, ASavedReportIsBroadcastThenPostedAndStays) {
   EXPECT_EQ(platform.broadcast_.posted.front().userInfo.at("request"), "<one/>");
   report = {200, kRefused};
   EXPECT_FALSE(document->sendSavedReport(path));
-  EXPECT_EQ(platform.files_.read(path), "<one/>");
+  EXPECT_EQ(platform.files_.read(path, kReportFileLimit), "<one/>");
 }
 
 TEST_F(ZtPortalDataDeliveryTest, AReportOfAnotherDocumentIsSentWithLineFeedsAlone) {

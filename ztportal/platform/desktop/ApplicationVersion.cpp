@@ -8,6 +8,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "ztportal/base/RegularFile.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/desktop/ApplicationFiles.h"
 #include "ztportal/platform/desktop/DesktopEntries.h"
@@ -44,7 +45,7 @@ std::optional<std::string_view> fieldOf(std::string_view line, std::string_view 
 std::string ownerOf(const std::string& path, const std::vector<std::string>& guesses,
                     const std::string& lists) {
   const auto owns = [&](const std::string& list) {
-    const std::optional<std::string> content = regularFile(lists + list);
+    const std::optional<std::string> content = regularFile(lists + list, kPackageFileLimit);
     return content && hasLine(*content, path);
   };
   for (const std::string& guess : guesses) {
@@ -74,7 +75,8 @@ std::optional<std::string_view> valueOf(std::string_view line, std::string_view 
 
 /// `Version` in the section `[App]`.
 std::string versionOfMozilla(const std::string& folder) {
-  const std::optional<std::string> content = regularFile(folder + "/application.ini");
+  const std::optional<std::string> content =
+      regularFile(folder + "/application.ini", kSettingsFileLimit);
   std::string_view rest = content ? *content : std::string_view();
   bool isApplication = false;
   while (!rest.empty()) {
@@ -88,7 +90,7 @@ std::string versionOfMozilla(const std::string& folder) {
 
 /// `version` at the top level, in quotes or without.
 std::string versionOfSnap(const std::string& file) {
-  const std::optional<std::string> content = regularFile(file);
+  const std::optional<std::string> content = regularFile(file, kSettingsFileLimit);
   std::string_view rest = content ? *content : std::string_view();
   while (!rest.empty()) {
     const std::string_view line = takeLine(rest);
@@ -127,7 +129,7 @@ std::string dpkgVersion(const std::string& path, const std::vector<std::string>&
   const std::string folder = root + "/var/lib/dpkg/";
   const std::string owner = ownerOf(path, guesses, folder + "info/");
   if (owner.empty()) return {};
-  const std::optional<std::string> status = regularFile(folder + "status");
+  const std::optional<std::string> status = regularFile(folder + "status", kPackageFileLimit);
   std::string_view rest = status ? *status : std::string_view();
   bool isOwner = false;
   while (!rest.empty()) {

@@ -8,6 +8,7 @@
 #include <optional>
 #include <system_error>
 
+#include "ztportal/base/RegularFile.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
@@ -119,7 +120,7 @@ std::string newestReleaseIn(std::string_view content, std::string_view desktopId
 std::string newestRelease(const std::vector<std::string>& dataFolders, std::string_view desktopId) {
   for (const std::string& folder : dataFolders) {
     for (const std::string& file : metainfoFiles(folder)) {
-      const std::optional<std::string> content = regularFile(file);
+      const std::optional<std::string> content = regularFile(file, kSettingsFileLimit);
       std::string version = content ? newestReleaseIn(*content, desktopId) : "";
       if (!version.empty()) return version;
     }

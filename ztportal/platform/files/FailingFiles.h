@@ -45,9 +45,9 @@ class FailingFiles final : public Files {
     if (fails(Operation::List)) return std::nullopt;
     return _files.list(folder);
   }
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
     if (fails(Operation::Read)) return std::nullopt;
-    return _files.read(path);
+    return _files.read(path, limit);
   }
   bool write(const std::string& path, std::string_view content) override {
     return mayFailMidway(path, [&] { return _files.write(path, content); });

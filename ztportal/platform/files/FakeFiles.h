@@ -59,10 +59,10 @@ class FakeFiles final : public Files {
     return entry->names;
   }
 
-  std::optional<std::string> read(const std::string& path) override {
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override {
     const std::scoped_lock lock(_mutex);
     const Entry* entry = find(path);
-    if (entry == nullptr) return std::nullopt;
+    if (entry == nullptr || (entry->content && entry->content->size() > limit)) return std::nullopt;
     return entry->content;
   }
 

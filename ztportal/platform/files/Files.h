@@ -1,9 +1,12 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "ztportal/base/RegularFile.h"
 
 namespace zt {
 
@@ -23,7 +26,8 @@ class Files {
   virtual bool createFoldersBelow(const std::string& root, const std::string& relative) = 0;
   /// Names of the entries, without "." and "..", in the order in which the system lists them.
   virtual std::optional<std::vector<std::string>> list(const std::string& folder) = 0;
-  virtual std::optional<std::string> read(const std::string& path) = 0;
+  /// As `regularFile`: nothing for anything else than a regular file of at most `limit` bytes.
+  virtual std::optional<std::string> read(const std::string& path, std::size_t limit) = 0;
   /// Replaces the content of the file, in place. Only its owner may read and write a new file,
   /// whatever the umask. If writing fails midway, a regular file is removed.
   virtual bool write(const std::string& path, std::string_view content) = 0;

@@ -10,7 +10,6 @@
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
 #include <vector>
@@ -20,8 +19,6 @@
 namespace zt {
 
 namespace {
-
-constexpr std::size_t kReadBlock = std::size_t{64} * 1024;
 
 /// The system would cut a path off at its first NUL byte.
 bool canNameAFile(const std::string& path) {
@@ -180,19 +177,8 @@ std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& fold
   return names;
 }
 
-std::optional<std::string> LinuxFiles::read(const std::string& path) {
-  if (!canNameAFile(path)) return std::nullopt;
-  std::ifstream file(path, std::ios::binary);
-  if (!file.is_open()) return std::nullopt;
-  std::string content;
-  while (file.good()) {
-    const std::size_t before = content.size();
-    content.resize(before + kReadBlock);
-    file.read(content.data() + before, kReadBlock);
-    content.resize(before + static_cast<std::size_t>(file.gcount()));
-  }
-  if (file.bad()) return std::nullopt;
-  return content;
+std::optional<std::string> LinuxFiles::read(const std::string& path, std::size_t limit) {
+  return regularFile(path, limit);
 }
 
 bool LinuxFiles::write(const std::string& path, std::string_view content) {
@@ -211,12 +197,6 @@ bool LinuxFiles::writeBelow(const std::string& root, const std::string& relative
 bool LinuxFiles::remove(const std::string& path) {
   std::error_code error;
   return canNameAFile(path) && std::filesystem::remove(path, error);
-}
-
-std::optional<std::string> regularFile(const std::string& path) {
-  std::error_code ignored;
-  if (!std::filesystem::is_regular_file(path, ignored)) return std::nullopt;
-  return LinuxFiles().read(path);
 }
 
 std::string homeFolder() {

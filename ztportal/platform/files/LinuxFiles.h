@@ -19,7 +19,7 @@ class LinuxFiles final : public Files {
   /// New folders get mode 0700.
   bool createFoldersBelow(const std::string& root, const std::string& relative) override;
   std::optional<std::vector<std::string>> list(const std::string& folder) override;
-  std::optional<std::string> read(const std::string& path) override;
+  std::optional<std::string> read(const std::string& path, std::size_t limit) override;
   /// A new file gets mode 0600, an existing one keeps its mode. A device or FIFO is written to but
   /// never removed.
   bool write(const std::string& path, std::string_view content) override;
@@ -28,10 +28,6 @@ class LinuxFiles final : public Files {
   /// Removes a file, a link or an empty folder.
   bool remove(const std::string& path) override;
 };
-
-/// The content of `path`; nothing if it cannot be read or is no regular file (reading a device may
-/// never end).
-std::optional<std::string> regularFile(const std::string& path);
 
 /// The user's data folder (XDG base directories): `$XDG_DATA_HOME`, or `.local/share` in the user's
 /// home, which is `$HOME` or else the one of the user database. A variable that holds no absolute

@@ -8,8 +8,8 @@
 #include <system_error>
 #include <utility>
 
+#include "ztportal/base/RegularFile.h"
 #include "ztportal/base/Text.h"
-#include "ztportal/platform/files/LinuxFiles.h"
 
 namespace zt {
 
@@ -112,7 +112,9 @@ class ReleaseFiles {
   }
 
  private:
-  std::optional<std::string> read(const char* path) { return _files.read(_root + path); }
+  std::optional<std::string> read(const char* path) {
+    return regularFile(_root + path, kSettingsFileLimit);
+  }
 
   /// Distributions derived from Debian have the file, too, with Debian's number.
   std::optional<Version> debianVersion(const Release& release) {
@@ -131,7 +133,6 @@ class ReleaseFiles {
     return leadingVersion(std::string_view(*text).substr(at + kBeforeNumber.size()));
   }
 
-  LinuxFiles _files;
   const std::string& _root;
 };
 

@@ -1,19 +1,17 @@
 #include "ztportal/platform/plist/Bundle.h"
 
 #include <algorithm>
-#include <cstddef>
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 #include <utility>
+
+#include "ztportal/base/RegularFile.h"
 
 namespace zt {
 
 namespace {
 
 namespace fs = std::filesystem;
-
-constexpr std::size_t kInfoLimit = std::size_t{1} << 20U;
 
 fs::path infoFile(const fs::path& bundle) { return bundle / "Contents" / "Info.plist"; }
 fs::path resourceFolder(const fs::path& bundle) { return bundle / "Contents" / "Resources"; }
@@ -23,25 +21,13 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
-/// The content of `file`; nothing if it is no regular file, unreadable or implausibly large.
-std::optional<std::string> readInfo(const fs::path& file) {
-  if (!isFile(file)) return std::nullopt;
-  std::ifstream stream(file, std::ios::binary);
-  std::string content(kInfoLimit + 1, '\0');
-  stream.read(content.data(), static_cast<std::streamsize>(content.size()));
-  const auto size = static_cast<std::size_t>(stream.gcount());
-  if (stream.bad() || size == 0 || size > kInfoLimit) return std::nullopt;
-  content.resize(size);
-  return content;
-}
-
 }  // namespace
 
 Bundle::Bundle(std::string path, PropertyListStrings info)
     : _path(std::move(path)), _info(std::move(info)) {}
 
 std::optional<Bundle> Bundle::at(const std::string& path) {
-  const std::optional<std::string> content = readInfo(infoFile(path));
+  const std::optional<std::string> content = regularFile(infoFile(path), kSettingsFileLimit);
   if (!content) return std::nullopt;
   std::optional<PropertyListStrings> info = parsePropertyList(*content);
   if (!info) return std::nullopt;

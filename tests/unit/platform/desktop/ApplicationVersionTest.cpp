@@ -106,7 +106,7 @@ TEST_F(RpmVersionTest, IsAskedOfTheProgram) {
   _desktop.script("usr/bin/rpm",
                   "printf '%s|' \"$@\" >" + log + "\necho Version: 128.5.0\necho Version: 1\n");
   EXPECT_EQ(version(), "128.5.0");
-  EXPECT_EQ(zt::regularFile(log),
+  EXPECT_EQ(zt::regularFile(log, zt::kSettingsFileLimit),
             "-q|-f|--queryformat|Version: %{VERSION}\\n|/usr/share/applications/mail.desktop|");
 }
 

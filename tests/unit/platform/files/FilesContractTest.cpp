@@ -34,6 +34,9 @@ template <class Subject>
 class FilesContract : public testing::Test {
  protected:
   zt::Files& files() { return _subject.files; }
+  std::optional<std::string> read(const std::string& path) {
+    return files().read(path, zt::kReportFileLimit);
+  }
   std::string path(const std::string& name) const { return _subject.root() + "/" + name; }
   std::string root() const { return _subject.root(); }
 
@@ -74,7 +77,7 @@ TYPED_TEST(FilesContract, AnExistingFolderIsCreatedWithSuccess) {
   ASSERT_TRUE(this->files().write(this->path("a/file"), "kept"));
   EXPECT_TRUE(this->files().createFolders(this->path("a")));
   EXPECT_TRUE(this->files().createFolders(this->path("a/")));
-  EXPECT_THAT(this->files().read(this->path("a/file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("a/file")), Optional(std::string("kept")));
 }
 
 TYPED_TEST(FilesContract, NoFolderIsCreatedWhereAFileIsInTheWay) {
@@ -82,7 +85,7 @@ TYPED_TEST(FilesContract, NoFolderIsCreatedWhereAFileIsInTheWay) {
   EXPECT_FALSE(this->files().createFolders(this->path("file")));
   EXPECT_FALSE(this->files().createFolders(this->path("file/a")));
   EXPECT_FALSE(this->files().createFolders(this->path("file/a/b")));
-  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
 TYPED_TEST(FilesContract, ReadsEveryByteThatWasWritten) {
@@ -100,7 +103,7 @@ TYPED_TEST(FilesContract, ReadsEveryByteThatWasWritten) {
     EXPECT_TRUE(this->files().write(path, content)) << content.size();
     EXPECT_TRUE(this->files().exists(path)) << content.size();
     EXPECT_FALSE(this->files().isFolder(path)) << content.size();
-    EXPECT_TRUE(this->files().read(path) == content) << content.size();
+    EXPECT_TRUE(this->read(path) == content) << content.size();
   }
 }
 
@@ -108,7 +111,7 @@ TYPED_TEST(FilesContract, AWriteReplacesTheWholeContent) {
   const std::string path = this->path("file");
   for (const char* content : {"long content", "short", "", "longer than ever before"}) {
     EXPECT_TRUE(this->files().write(path, content)) << content;
-    EXPECT_THAT(this->files().read(path), Optional(std::string(content)));
+    EXPECT_THAT(this->read(path), Optional(std::string(content)));
   }
   EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
 }
@@ -120,7 +123,7 @@ TYPED_TEST(FilesContract, MakesFoldersAndFilesBelowARoot) {
   EXPECT_TRUE(this->files().createFoldersBelow(this->path("a"), "b/c"));
   EXPECT_TRUE(this->files().writeBelow(this->root(), "a/b/file", "long content"));
   EXPECT_TRUE(this->files().writeBelow(this->path("a/b"), "file", "short"));
-  EXPECT_THAT(this->files().read(this->path("a/b/file")), Optional(std::string("short")));
+  EXPECT_THAT(this->read(this->path("a/b/file")), Optional(std::string("short")));
   EXPECT_THAT(this->files().list(this->path("a/b")), Optional(UnorderedElementsAre("c", "file")));
 }
 
@@ -137,7 +140,7 @@ TYPED_TEST(FilesContract, MakesNothingBelowWhatIsNoFolder) {
   EXPECT_FALSE(this->files().writeBelow(this->root(), "", "x"));
   EXPECT_FALSE(this->files().writeBelow(this->root(), "a" + kNulByte, "x"));
   EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
-  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
 TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
@@ -146,7 +149,7 @@ TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
   ASSERT_TRUE(this->files().write(this->path("file"), "kept"));
   EXPECT_FALSE(this->files().write(this->path("file/below"), "x"));
   EXPECT_FALSE(this->files().write(this->path("file/"), "x"));
-  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
 }
 
 TYPED_TEST(FilesContract, WritesNothingOverAFolder) {
@@ -160,11 +163,17 @@ TYPED_TEST(FilesContract, WritesNothingOverAFolder) {
 TYPED_TEST(FilesContract, ReadsNothingButFiles) {
   ASSERT_TRUE(this->files().createFolders(this->path("a")));
   ASSERT_TRUE(this->files().write(this->path("file"), "x"));
-  EXPECT_EQ(this->files().read(this->path("a")), std::nullopt);
-  EXPECT_EQ(this->files().read(this->path("missing")), std::nullopt);
-  EXPECT_EQ(this->files().read(this->path("missing/file")), std::nullopt);
-  EXPECT_EQ(this->files().read(this->path("file/below")), std::nullopt);
-  EXPECT_EQ(this->files().read(this->path("file/")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("a")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("missing")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("missing/file")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("file/below")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("file/")), std::nullopt);
+}
+
+TYPED_TEST(FilesContract, ReadsNothingBeyondTheLimit) {
+  ASSERT_TRUE(this->files().write(this->path("file"), "12345"));
+  EXPECT_THAT(this->files().read(this->path("file"), 5), Optional(std::string("12345")));
+  EXPECT_EQ(this->files().read(this->path("file"), 4), std::nullopt);
 }
 
 TYPED_TEST(FilesContract, ListsFilesAndFoldersButNotWhatIsBelow) {
@@ -198,7 +207,7 @@ TYPED_TEST(FilesContract, RemovesAFile) {
   ASSERT_TRUE(this->files().write(this->path("other"), "kept"));
   EXPECT_TRUE(this->files().remove(this->path("file")));
   EXPECT_FALSE(this->files().exists(this->path("file")));
-  EXPECT_EQ(this->files().read(this->path("file")), std::nullopt);
+  EXPECT_EQ(this->read(this->path("file")), std::nullopt);
   EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("other")));
   EXPECT_FALSE(this->files().remove(this->path("file")));
 }
@@ -207,7 +216,7 @@ TYPED_TEST(FilesContract, RemovesAFolderOnlyWhenItIsEmpty) {
   ASSERT_TRUE(this->files().createFolders(this->path("a")));
   ASSERT_TRUE(this->files().write(this->path("a/file"), "kept"));
   EXPECT_FALSE(this->files().remove(this->path("a")));
-  EXPECT_THAT(this->files().read(this->path("a/file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("a/file")), Optional(std::string("kept")));
   ASSERT_TRUE(this->files().remove(this->path("a/file")));
   EXPECT_TRUE(this->files().remove(this->path("a")));
   EXPECT_FALSE(this->files().exists(this->path("a")));
@@ -218,7 +227,7 @@ TYPED_TEST(FilesContract, AnEmptyTextNamesNothing) {
   EXPECT_FALSE(this->files().isFolder(""));
   EXPECT_FALSE(this->files().createFolders(""));
   EXPECT_EQ(this->files().list(""), std::nullopt);
-  EXPECT_EQ(this->files().read(""), std::nullopt);
+  EXPECT_EQ(this->read(""), std::nullopt);
   EXPECT_FALSE(this->files().write("", "x"));
   EXPECT_FALSE(this->files().remove(""));
 }
@@ -232,10 +241,10 @@ TYPED_TEST(FilesContract, APathWithANulByteNamesNothing) {
   EXPECT_FALSE(this->files().isFolder(folder));
   EXPECT_FALSE(this->files().createFolders(this->path("new") + kNulByte));
   EXPECT_EQ(this->files().list(folder), std::nullopt);
-  EXPECT_EQ(this->files().read(file), std::nullopt);
+  EXPECT_EQ(this->read(file), std::nullopt);
   EXPECT_FALSE(this->files().write(file, "x"));
   EXPECT_FALSE(this->files().remove(file));
-  EXPECT_THAT(this->files().read(this->path("file")), Optional(std::string("kept")));
+  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
   EXPECT_THAT(this->files().list(this->root()), Optional(UnorderedElementsAre("a", "file")));
 }
 

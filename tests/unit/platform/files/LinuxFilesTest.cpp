@@ -42,6 +42,10 @@ bool mountTmpfs(const std::string& folder, const char* options) {
 
 class LinuxFilesTest : public testing::Test {
  protected:
+  std::optional<std::string> read(const std::string& path) {
+    return _files.read(path, zt::kReportFileLimit);
+  }
+
   LinuxFiles _files;
   TemporaryFolder _folder;
 };
@@ -52,7 +56,7 @@ TEST_F(LinuxFilesTest, ANewFileIsItsOwnersAloneWhateverTheUmask) {
     const std::string path = _folder.path("file" + std::to_string(mask));
     ASSERT_TRUE(_files.write(path, "content")) << mask;
     EXPECT_EQ(modeOf(path), 0600U) << mask;
-    EXPECT_THAT(_files.read(path), Optional(std::string("content"))) << mask;
+    EXPECT_THAT(read(path), Optional(std::string("content"))) << mask;
   }
 }
 
@@ -63,7 +67,7 @@ TEST_F(LinuxFilesTest, AnExistingFileKeepsItsModeAndStaysTheSameFile) {
   ASSERT_EQ(::chmod(path.c_str(), 0640), 0);
   ASSERT_TRUE(_files.write(path, "after"));
   EXPECT_EQ(modeOf(path), 0640U);
-  EXPECT_THAT(_files.read(otherName), Optional(std::string("after")));
+  EXPECT_THAT(read(otherName), Optional(std::string("after")));
 }
 
 TEST_F(LinuxFilesTest, FoldersGetTheModeThatTheUmaskLeaves) {
@@ -83,7 +87,7 @@ TEST_F(LinuxFilesTest, FollowsLinks) {
   EXPECT_TRUE(_files.createFolders(_folder.path("link")));
   EXPECT_TRUE(_files.createFolders(_folder.path("link/below")));
   EXPECT_TRUE(_files.write(_folder.path("link/file"), "after"));
-  EXPECT_THAT(_files.read(_folder.path("folder/file")), Optional(std::string("after")));
+  EXPECT_THAT(read(_folder.path("folder/file")), Optional(std::string("after")));
   EXPECT_TRUE(_files.isFolder(_folder.path("folder/below")));
 }
 
@@ -91,7 +95,7 @@ TEST_F(LinuxFilesTest, ALinkToNothingDoesNotExistAndCanBeRemoved) {
   const std::string link = _folder.path("link");
   std::filesystem::create_symlink("missing", link);
   EXPECT_FALSE(_files.exists(link));
-  EXPECT_EQ(_files.read(link), std::nullopt);
+  EXPECT_EQ(read(link), std::nullopt);
   EXPECT_FALSE(_files.write(link, "x"));
   EXPECT_FALSE(_files.createFolders(link + "/below"));
   EXPECT_TRUE(_files.remove(link));
@@ -111,7 +115,7 @@ TEST_F(LinuxFilesTest, ListsInTheOrderOfTheFolder) {
 }
 
 TEST_F(LinuxFilesTest, ReadsFilesWhoseSizeTheSystemDoesNotTell) {
-  const std::optional<std::string> status = _files.read("/proc/self/status");
+  const std::optional<std::string> status = read("/proc/self/status");
   ASSERT_TRUE(status.has_value());
   EXPECT_TRUE(status->starts_with("Name:\t")) << *status;
 }
@@ -119,7 +123,7 @@ TEST_F(LinuxFilesTest, ReadsFilesWhoseSizeTheSystemDoesNotTell) {
 TEST_F(LinuxFilesTest, AReadErrorMidwayGivesNothing) {
   // Opens for everyone who may trace this process; no memory is mapped at the address 0.
   ASSERT_TRUE(_files.exists("/proc/self/mem"));
-  EXPECT_EQ(_files.read("/proc/self/mem"), std::nullopt);
+  EXPECT_EQ(read("/proc/self/mem"), std::nullopt);
 }
 
 TEST_F(LinuxFilesTest, AFileBeyondTheSizeLimitIsNotLeftBehind) {
@@ -141,7 +145,7 @@ TEST_F(LinuxFilesTest, AFileBeyondTheSizeLimitIsNotLeftBehind) {
   EXPECT_FALSE(_files.exists(path));
   EXPECT_FALSE(_files.exists(_folder.path("new")));
   EXPECT_FALSE(std::filesystem::is_symlink(link));
-  EXPECT_THAT(_files.read(target), Optional(std::string())) << "half a file is left";
+  EXPECT_THAT(read(target), Optional(std::string())) << "half a file is left";
 }
 
 TEST_F(LinuxFilesTest, AFileOnAFullFileSystemIsNotLeftBehind) {
@@ -174,7 +178,7 @@ TEST_F(LinuxFilesTest, NothingIsChangedOnAReadOnlyFileSystem) {
     if (_files.write(_folder.path("new"), "x")) return 2;
     if (_files.createFolders(_folder.path("a/b"))) return 3;
     if (_files.remove(file)) return 4;
-    if (_files.read(file) != "kept") return 5;
+    if (read(file) != "kept") return 5;
     return _files.createFolders(_folder.path()) ? 0 : 6;
   });
   if (failed == kNotPermitted) GTEST_SKIP() << "mounting is not permitted";
@@ -199,7 +203,7 @@ TEST_F(LinuxFilesTest, NothingIsChangedWithoutTheRightTo) {
     if (_files.remove(closed + "/file")) return 3;
     if (_files.list(secret)) return 4;
     if (_files.exists(secret + "/file")) return 5;
-    if (_files.read(secret + "/file")) return 6;
+    if (read(secret + "/file")) return 6;
     return _files.list(closed) == std::vector<std::string>{"file"} ? 0 : 7;
   });
   ASSERT_EQ(::chmod(closed.c_str(), 0755), 0);
@@ -219,8 +223,8 @@ TEST_F(LinuxFilesTest, LeavesNoFileOpen) {
   for (int i = 0; i < 10; ++i) {
     _files.write(_folder.path("file"), "x");
     _files.write(_folder.path("missing/file"), "x");
-    _files.read(_folder.path("file"));
-    _files.read(_folder.path());
+    read(_folder.path("file"));
+    read(_folder.path());
     _files.list(_folder.path());
     _files.list(_folder.path("file"));
   }
