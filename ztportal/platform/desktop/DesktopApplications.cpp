@@ -138,8 +138,9 @@ std::optional<DesktopApplication> DesktopApplications::firstOf(
   return ask(questionForFirstOf(files));
 }
 
-std::optional<DesktopApplication> DesktopApplications::defaultFor(const std::string& scheme) {
-  return ask(questionForDefault(scheme));
+std::optional<DesktopApplication> DesktopApplications::defaultFor(
+    const std::string& scheme, const std::vector<std::string>& dataFolders) {
+  return ask(questionForDefault(scheme, dataFolders));
 }
 
 DesktopApplications::Question DesktopApplications::questionForFirstOf(
@@ -150,9 +151,12 @@ DesktopApplications::Question DesktopApplications::questionForFirstOf(
   return question;
 }
 
-DesktopApplications::Question DesktopApplications::questionForDefault(const std::string& scheme) {
+DesktopApplications::Question DesktopApplications::questionForDefault(
+    const std::string& scheme, const std::vector<std::string>& dataFolders) {
   if (scheme.empty()) return {};
-  return {"default", scheme};
+  Question question{"default", scheme};
+  question.insert(question.end(), dataFolders.begin(), dataFolders.end());
+  return question;
 }
 
 DesktopApplications DesktopApplications::asking(const std::vector<Question>& questions) const {
