@@ -44,3 +44,5 @@ ZtString ZtHost::bundleInfo(const std::string& key) {
   if (const auto found = info.find(key); found != info.end()) return found->second;
   return key == "CFBundleName" ? executableName() : ZtString();
 }
+
+std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
@@ -27,4 +28,10 @@ class ZT_EXPORT ZtHost {
   /// The value of a key from `setBundleInfo`, or if that was never called from the main bundle.
   /// Missing for an unknown key, except "CFBundleName": that is then the executable's file name.
   static ZtString bundleInfo(const std::string& key);
+
+  /// The paths of the library's helper programs (`dscl`, `ztportal-applications`) that are not
+  /// installed where the library looks for them; empty if all are. Without them an inventory has no
+  /// applications and no administrator. A host that is shipped with the library should check this
+  /// once, when it is tested.
+  static std::vector<std::string> missingPrograms();
 };
