@@ -58,7 +58,7 @@ class RealPortalTest : public ::testing::Test {
   }
   /// The bytes of a file; nothing when there is none.
   static std::optional<std::string> content(const std::string& path) {
-    return LinuxFiles().read(path);
+    return LinuxFiles().read(path, kReportFileLimit);
   }
 
   const TemporaryFolder data;
