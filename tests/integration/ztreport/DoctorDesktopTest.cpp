@@ -95,7 +95,7 @@ TEST_F(DoctorDesktopTest, NamesTheHelperProgramsThatAreMissing) {
   const TemporaryFolder prefix;
   std::filesystem::create_directories(prefix.path("lib"));
   std::filesystem::copy_file(
-      std::filesystem::path(paths::kReportProgram) / "../../lib/libztportal.so.1",
+      std::filesystem::path(paths::kReportProgram).parent_path() / "../lib/libztportal.so.1",
       prefix.path("lib/libztportal.so.1"));
   program.setVariable("LD_LIBRARY_PATH=" + prefix.path("lib"));
   const Diagnosis diagnosis = examine(_server.configurationUrl());

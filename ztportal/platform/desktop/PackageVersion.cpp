@@ -173,12 +173,15 @@ std::string portageVersion(const std::string& path, const std::vector<std::strin
                            const std::string& root) {
   const std::string folder = root + "/var/db/pkg/";
   const std::string start = "obj " + path + " ";
+  const std::string lineStart = "\n" + start;
   for (const std::string& category : guessedFirst(folder, {})) {
-    for (const std::string& package : guessedFirst(folder + category, guesses)) {
-      const auto content =
-          regularFile(folder + category + "/" + package + "/CONTENTS", kPackageFileLimit);
-      if (content &&
-          (content->starts_with(start) || content->find("\n" + start) != std::string::npos)) {
+    const std::string packages = folder + category + "/";
+    for (const std::string& package : guessedFirst(packages, guesses)) {
+      std::string file = packages;
+      file.append(package).append("/CONTENTS");
+      const auto content = regularFile(file, kPackageFileLimit);
+      if (!content) continue;
+      if (content->starts_with(start) || content->find(lineStart) != std::string::npos) {
         return portageVersionIn(package);
       }
     }
