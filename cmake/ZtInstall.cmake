@@ -1,6 +1,19 @@
 # The install rules, in three components: `runtime` (the shared library and its helper programs),
 # `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file) and
 # `tools`. No installed file contains the installation prefix, so the installation can be moved.
+#
+# A project that adds this one to its build gets only the first component: its programs need that to
+# run.
+
+install(
+  TARGETS ztportal_shared
+  EXPORT ztportal-shared-targets
+  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
+install(TARGETS ztportal_dscl ztportal_applications
+        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal" COMPONENT runtime)
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
 
 include(CMakePackageConfigHelpers)
 
@@ -42,16 +55,9 @@ if(differences)
 endif()
 
 install(
-  TARGETS ztportal_shared
-  EXPORT ztportal-shared-targets
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
-install(
   TARGETS ztportal_static
   EXPORT ztportal-static-targets
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
-
-install(TARGETS ztportal_dscl ztportal_applications
-        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal" COMPONENT runtime)
 
 get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)
 foreach(header IN LISTS headers)

@@ -48,9 +48,7 @@ bool DesktopEntry::isUsable() const {
   return text("Exec").empty() || (!words.empty() && isProgram(words.front().c_str()));
 }
 
-std::string DesktopEntry::name() const {
-  return owned(g_key_file_get_locale_string(_keys.get(), kGroup, "Name", nullptr, nullptr));
-}
+std::string DesktopEntry::name() const { return text("Name"); }
 
 std::vector<std::string> DesktopEntry::command() const {
   char** words = nullptr;

@@ -26,7 +26,7 @@ class DesktopEntry {
   bool isHidden() const;
   /// Whether it is an application whose program is installed.
   bool isUsable() const;
-  /// In the user's language; empty if the entry has none.
+  /// The one without a language; empty if the entry has none.
   std::string name() const;
   /// The words of the command line, unquoted; none if it is malformed.
   std::vector<std::string> command() const;

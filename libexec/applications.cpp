@@ -1,15 +1,17 @@
 // Looks up desktop applications with GIO, in a separate process: GIO starts threads, which the
 // library must not do in a host.
 //
-//     ztportal-applications default SCHEME    the user's default application for a URL scheme
+//     ztportal-applications default SCHEME [FOLDER...]
+//                                             the user's default application for a URL scheme; the
+//                                             folders replace $XDG_DATA_DIRS
 //     ztportal-applications entry FILE...     the application of the first usable desktop entry;
 //                                             a hidden one ends the list
 //     ztportal-applications several [COUNT QUESTION]...
 //                                             several of these, each preceded by the number of its
 //                                             words; only for the library
 //
-// An answer is a list of strings, each followed by a NUL byte: the entry's path, the name in the
-// user's language (empty if the entry has none) and the words of its command. Without an
+// An answer is a list of strings, each followed by a NUL byte: the entry's path, its name without a
+// language (empty if the entry has none) and the words of its command. Without an
 // application nothing is written, and the exit status is 1. For several questions each answer is
 // preceded by the number of its strings, and the exit status is 0.
 
@@ -90,7 +92,11 @@ bool canAskGio() {
          isReadable(std::string(g_get_user_data_dir()) + "/applications", true);
 }
 
-Answer defaultFor(const char* scheme) {
+/// GLib reads the variable at the first question about a default, so only the folders of that count.
+Answer defaultFor(const char* scheme, Words folders) {
+  std::string list;
+  for (const char* folder : folders) list.append(list.empty() ? "" : ":").append(folder);
+  if (!list.empty()) g_setenv("XDG_DATA_DIRS", list.c_str(), TRUE);
   if (!canAskGio()) return {};
   GAppInfo* const found = g_app_info_get_default_for_uri_scheme(scheme);
   if (found == nullptr) return {};
@@ -105,8 +111,8 @@ Answer defaultFor(const char* scheme) {
 /// Nullopt for words that are not a question.
 std::optional<Answer> answerTo(Words question) {
   const std::string_view kind = question.size() >= 2 ? question[0] : "";
-  const bool hasScheme = question.size() == 2 && *question[1] != '\0';
-  if (kind == "default" && hasScheme) return defaultFor(question[1]);
+  const bool hasScheme = question.size() >= 2 && *question[1] != '\0';
+  if (kind == "default" && hasScheme) return defaultFor(question[1], question.subspan(2));
   if (kind == "entry") return firstUsable(question.subspan(1));
   return std::nullopt;
 }
@@ -149,7 +155,7 @@ int main(int count, char** words) {
   const std::optional<Answer> texts = answerTo(arguments);
   if (texts) return texts->empty() ? kNoApplication : write(written(*texts));
   std::fputs(
-      "ztportal-applications: usage: ztportal-applications default SCHEME\n"
+      "ztportal-applications: usage: ztportal-applications default SCHEME [FOLDER...]\n"
       "                              ztportal-applications entry FILE...\n",
       stderr);
   return kWrongUsage;

@@ -1,6 +1,8 @@
-# Builds the project in SOURCE in the folder BINARY, with the library installed in PREFIX or, depending on
-# OPTIONS, with the library's sources. With EXPECTED, its program `consumer` must print the content of that
-# file; with REFUSED, its configuration must fail with a message that matches.
+# Builds the project in SOURCE in the folder BINARY, with the library installed in PREFIX or, depending
+# on OPTIONS, with the library's sources. With EXPECTED, its program `consumer` has to print the content
+# of that file; with REFUSED, its configuration has to fail with a message that matches. With INSTALLED,
+# the program is installed and moved, and has to print the same then; the installation has to consist of
+# files whose names match that pattern, which include the library's helper programs.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -30,4 +32,16 @@ if(EXPECTED)
   file(READ "${EXPECTED}" expected)
   run("${BINARY}/consumer")
   expect_equal("the output" "${output}" "${expected}")
+endif()
+if(INSTALLED)
+  run("${CMAKE_COMMAND}" --install "${BINARY}" --prefix "${BINARY}/first")
+  file(RENAME "${BINARY}/first" "${BINARY}/installed")
+  run("${BINARY}/installed/bin/consumer")
+  expect_equal("the output of the installed program" "${output}" "${expected}")
+  file(GLOB_RECURSE files RELATIVE "${BINARY}/installed" "${BINARY}/installed/*")
+  set(strangers ${files})
+  list(FILTER strangers EXCLUDE REGEX "${INSTALLED}")
+  expect_equal("the unexpected files" "${strangers}" "")
+  list(FILTER files INCLUDE REGEX "^libexec/")
+  expect_equal("the helper programs" "${files}" "libexec/ztportal/dscl;libexec/ztportal/ztportal-applications")
 endif()

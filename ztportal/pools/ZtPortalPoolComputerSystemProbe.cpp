@@ -33,14 +33,23 @@ ZtString valueOf(const Info& info, const std::string& key) {
   return found != info.end() ? found->second : ZtString();
 }
 
-/// Whether the user's primary group, which the directory service has for the home folder, is 80
-/// or 20. 20 counts deliberately: it is the group of every user on some machines, and their reports
-/// have always said so.
+/// Whether `path` means itself in a shell command, unquoted.
+bool isPlain(std::string_view path) {
+  constexpr std::string_view kPlain =
+      "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._+@-";
+  return !path.empty() && path.find_first_not_of(kPlain) == std::string_view::npos;
+}
+
+/// Whether the user's primary group, which the directory service has for the home folder, is 80 or
+/// 20. 20 counts deliberately: it is the group of every user on some machines, and their
+/// reports have always said so.
 bool isUserAdmin() {
-  // The path reaches the shell unquoted, blanks and quotes included.
+  // The path is not quoted: the directory service has always got this very command.
+  std::string home = zt::homeFolder();
+  if (!isPlain(home)) home = zt::homeOfUserDatabase();
+  if (!isPlain(home)) return false;
   std::string command;
-  zt::appendText(command, "dscl . -read ", zt::homeFolder(),
-                 " PrimaryGroupID | awk '{ print $2 }'");
+  zt::appendText(command, "dscl . -read ", home, " PrimaryGroupID | awk '{ print $2 }'");
   const std::string output =
       Platform::current().subprocesses().output("/bin/bash", {"-c", command});
   const std::string_view group = zt::trimmed(output);
@@ -153,13 +162,9 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
   zt::appendText(version, "MACOS ", infoOf(ZtDIAG_SYSTEM_INFOS_OS_VERSION_NUMBER).printed());
   setOsVersion(version);
   setServicePack(leadingNumber(infoOf(ZtDIAG_SYSTEM_INFOS_OS_SERVICEPACK).view()));
-  const std::vector<std::string> languages = zt::preferredLanguages();
-  // Without a language the check ends early, and the pool lists no applications.
-  const ProbedApplications applications =
-      languages.empty() ? ProbedApplications() : beginApplications();
+  const ProbedApplications applications = beginApplications();
   setIsAdmin(static_cast<ZtBOOL>(_isCurrentUserAnAdmin()));
-  if (languages.empty()) return;
-  _osLanguage = _userLanguage = zt::languageOfCode(languages.front());
+  _osLanguage = _userLanguage = zt::languageOfCode(zt::preferredLanguages().front());
 
   eachInstalled(applications, kEMailClients, kEMailUrl,
                 [this](const auto&... application) { addEMailClient(application...); });

@@ -3,6 +3,7 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <utility>
 
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
@@ -35,10 +36,18 @@ std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
 
 }  // namespace
 
-bool testModeIsOn() try {
-  for (const auto& application : Platform::current().runningApplications().list()) {
+std::vector<std::string> runningCompanions() {
+  std::vector<std::string> bundles;
+  for (auto& application : Platform::current().runningApplications().list()) {
     if (application.bundleIdentifier != GHOST_BUNDLE_IDENT) continue;
-    const std::optional<ZtString> entry = testModeEntry(application.bundlePath);
+    bundles.push_back(std::move(application.bundlePath));
+  }
+  return bundles;
+}
+
+bool testModeIsOn() try {
+  for (const std::string& bundle : runningCompanions()) {
+    const std::optional<ZtString> entry = testModeEntry(bundle);
     if (!entry) continue;
     if (entry->isNull()) return false;
     if (*entry == "1") return true;

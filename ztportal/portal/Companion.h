@@ -1,8 +1,14 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 #include "ztportal/base/ZtString.h"
 
 namespace zt {
+
+/// The bundles of the running companion applications, one for each process.
+std::vector<std::string> runningCompanions();
 
 /// Whether a running companion application switches the test mode on: its bundle has a property
 /// list "ghost" in which "ztTestMode" is the string "1". Every call looks at the running

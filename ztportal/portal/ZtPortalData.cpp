@@ -266,6 +266,12 @@ ZtString ZtPortalData::reportFile() const { return _getReportFile(); }
 
 ZtString ZtPortalData::reportFolder() { return _getReportFolder(); }
 
+std::vector<std::string> ZtPortalData::runningCompanions() try {
+  return zt::runningCompanions();
+} catch (const ZtException&) {
+  return {};
+}
+
 ZtString ZtPortalData::_getReportFile() const {
   const auto store = zt::ReportStore::open();
   return store ? ZtString(store->fileOf(_reportId)) : nullptr;

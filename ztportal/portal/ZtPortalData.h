@@ -113,6 +113,10 @@ class ZT_EXPORT ZtPortalData {
   /// The store's folder, which is created if it does not exist; missing if that fails.
   static ZtString reportFolder();
 
+  /// The bundles of the running companion applications, one for each process. Only these can switch
+  /// test mode on: processes of this user or root, in bundles that nobody else may change.
+  static std::vector<std::string> runningCompanions();
+
   // The state of the document. URLs are empty until a configuration has been read.
   const ZtString& reportId() const { return _reportId; }
   const ZtString& machineId() const { return _machineId; }

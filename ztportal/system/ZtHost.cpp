@@ -51,3 +51,5 @@ void ZtHost::closeConnections() {
   platform.http().closeConnections();
   platform.broadcast().closeConnections();
 }
+
+std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
@@ -32,4 +33,10 @@ class ZT_EXPORT ZtHost {
   /// the reporting server and to the session bus. The next report opens new ones. For hosts that
   /// want no open connection between two reports; those of a thread are also closed when it ends.
   static void closeConnections();
+
+  /// The paths of the library's helper programs (`dscl`, `ztportal-applications`) that are not
+  /// installed where the library looks for them; empty if all are. Without them an inventory has no
+  /// applications and no administrator. A host that is shipped with the library should check this
+  /// once, when it is tested.
+  static std::vector<std::string> missingPrograms();
 };

@@ -1,9 +1,12 @@
+#include <filesystem>
 #include <optional>
 
+#include "TestPaths.h"
 #include "tests/integration/library/CompanionBundle.h"
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
+#include "tests/support/TemporaryFolder.h"
 
 // The checks of session bus, companion and test mode. They run while no other test does: a running
 // companion switches test mode on for all programs of the machine.
@@ -81,6 +84,28 @@ TEST_F(DoctorDesktopTest, FindsTheCompanionAndItsTestMode) {
     EXPECT_EQ(diagnosis.findings.at("report URL"), row.reportUrl);
   }
   EXPECT_THAT(_server.requests().back(), StartsWith("POST /soap-test "));
+}
+
+// A host that was installed without the helper programs reported no browsers, and nothing said why.
+TEST_F(DoctorDesktopTest, NamesTheHelperProgramsThatAreMissing) {
+  EXPECT_EQ(examine(_server.configurationUrl()).findings.at("helper programs"), "ok: installed");
+  if (std::filesystem::is_directory(paths::kLibexecFolder)) {
+    GTEST_SKIP() << "the library is installed here";
+  }
+  const TemporaryFolder prefix;
+  std::filesystem::create_directories(prefix.path("lib"));
+  std::filesystem::copy_file(
+      std::filesystem::path(paths::kReportProgram).parent_path() / "../lib/libztportal.so.1",
+      prefix.path("lib/libztportal.so.1"));
+  program.setVariable("LD_LIBRARY_PATH=" + prefix.path("lib"));
+  const Diagnosis diagnosis = examine(_server.configurationUrl());
+  EXPECT_EQ(diagnosis.status, 0);
+  const std::string folder = prefix.path("libexec/ztportal/");
+  EXPECT_EQ(diagnosis.findings.at("helper programs"),
+            "warning: missing: " + folder + "dscl, " + folder +
+                "ztportal-applications; reports do not list the browsers and e-mail clients of "
+                "this machine, or never say that the user is an administrator -> install the "
+                "library with them, see docs/shipping.md");
 }
 
 TEST_F(DoctorDesktopTest, FindsATestModeWithoutATestUrl) {

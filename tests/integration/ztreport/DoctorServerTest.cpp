@@ -72,7 +72,8 @@ TEST_F(DoctorServerTest, EveryCheckPassesOnAHealthyMachine) {
                 "ok       saved reports      none\n"
                 "ok       session bus        available\n"
                 "ok       companion          none is running\n"
-                "ok       test mode          off\n");
+                "ok       test mode          off\n"
+                "ok       helper programs    installed\n");
   EXPECT_EQ(program.fileCount(), 0U);
   const auto requests = _server.requests();
   ASSERT_EQ(requests.size(), 2U);

@@ -62,5 +62,6 @@ Finding checkSavedReports(Subject& subject);
 Finding checkSessionBus(Subject& subject);
 Finding checkCompanion(Subject& subject);
 Finding checkTestMode(Subject& subject);
+Finding checkHelperPrograms(Subject& subject);
 
 }  // namespace zt::tools

@@ -16,7 +16,7 @@ struct Check {
   Finding (*find)(Subject&);
 };
 
-constexpr std::array<Check, 13> kChecks{{
+constexpr std::array<Check, 14> kChecks{{
     {"configuration URL", checkConfigurationUrl},
     {"name lookup", checkNameLookup},
     {"proxy", checkProxy},
@@ -30,6 +30,7 @@ constexpr std::array<Check, 13> kChecks{{
     {"session bus", checkSessionBus},
     {"companion", checkCompanion},
     {"test mode", checkTestMode},
+    {"helper programs", checkHelperPrograms},
 }};
 
 std::string_view nameOf(State state) {

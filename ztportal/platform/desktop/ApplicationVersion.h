@@ -13,21 +13,11 @@ namespace zt {
 /// 1. the application itself: a Mozilla `application.ini` among its files;
 /// 2. its newest metainfo release;
 /// 3. the `meta/snap.yaml` of a Snap;
-/// 4. the package database (dpkg, then rpm) for the entry, or for one of the same ID in another
-/// folder
-///    of `dataFolders` (a user may have a copy of a package's entry).
+/// 4. the package database for the entry, or for one of the same ID in another folder of
+///    `dataFolders` (a user may have a copy of a package's entry).
 ///
 /// `root` is the root folder of the system's files.
 std::string versionOf(const DesktopApplication& application,
                       const std::vector<std::string>& dataFolders, const std::string& root);
-
-/// The upstream version of the Debian package that contains the file `path`, from the database of
-/// dpkg(1): "128.5.0esr" for "1:128.5.0esr-1~deb12u1". Empty if no package contains it. `guesses`
-/// are likely names of the package; they are tried before the file lists of all packages are read.
-std::string dpkgVersion(const std::string& path, const std::vector<std::string>& guesses,
-                        const std::string& root);
-
-/// The same for rpm(8), which is run if it has a database.
-std::string rpmVersion(const std::string& path, const std::string& root);
 
 }  // namespace zt

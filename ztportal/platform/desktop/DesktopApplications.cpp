@@ -113,9 +113,14 @@ const DesktopAnswers::Answer* DesktopAnswers::find(const Question& question) {
 }
 
 void DesktopAnswers::readAll() {
-  const std::string output = _program->readToEnd();
+  const std::optional<std::string> output = _program->readToEnd();
   _program.reset();
-  std::string_view rest = output;
+  // A program that hangs is not asked again.
+  if (!output) {
+    for (const Question& question : _questions) _answers[question] = std::nullopt;
+    return;
+  }
+  std::string_view rest = *output;
   for (const Question& question : _questions) {
     auto texts = takeTexts(rest);
     if (!texts) return;
@@ -133,8 +138,9 @@ std::optional<DesktopApplication> DesktopApplications::firstOf(
   return ask(questionForFirstOf(files));
 }
 
-std::optional<DesktopApplication> DesktopApplications::defaultFor(const std::string& scheme) {
-  return ask(questionForDefault(scheme));
+std::optional<DesktopApplication> DesktopApplications::defaultFor(
+    const std::string& scheme, const std::vector<std::string>& dataFolders) {
+  return ask(questionForDefault(scheme, dataFolders));
 }
 
 DesktopApplications::Question DesktopApplications::questionForFirstOf(
@@ -145,9 +151,12 @@ DesktopApplications::Question DesktopApplications::questionForFirstOf(
   return question;
 }
 
-DesktopApplications::Question DesktopApplications::questionForDefault(const std::string& scheme) {
+DesktopApplications::Question DesktopApplications::questionForDefault(
+    const std::string& scheme, const std::vector<std::string>& dataFolders) {
   if (scheme.empty()) return {};
-  return {"default", scheme};
+  Question question{"default", scheme};
+  question.insert(question.end(), dataFolders.begin(), dataFolders.end());
+  return question;
 }
 
 DesktopApplications DesktopApplications::asking(const std::vector<Question>& questions) const {
@@ -167,7 +176,7 @@ std::optional<DesktopApplication> DesktopApplications::ask(const Question& quest
   if (_answers != nullptr) {
     if (const DesktopAnswers::Answer* known = _answers->find(question)) return *known;
   }
-  return DesktopAnswers::parse(_subprocesses.output(_program, question));
+  return DesktopAnswers::parse(_subprocesses.start(_program, question)->readToEnd().value_or(""));
 }
 
 }  // namespace zt

@@ -13,14 +13,14 @@ namespace zt {
 /// An application as its desktop entry describes it.
 struct DesktopApplication {
   std::string entry;  // path of the entry's file
-  ZtString name;      // in the user's language; missing if the entry has none
+  ZtString name;      // the one without a language; missing if the entry has none
   std::vector<std::string> command;
 };
 
 class DesktopAnswers;
 
-/// Asks GIO about applications: which desktop entries are usable, their names in the user's
-/// language, the user's default applications. GIO starts threads, so it runs in the program
+/// Asks GIO about applications: which desktop entries are usable, their names and commands, the
+/// user's default applications. GIO starts threads, so it runs in the program
 /// `ztportal-applications`, once for each question unless `asking` has asked it before. Without
 /// that program there is no answer.
 ///
@@ -38,12 +38,14 @@ class DesktopApplications {
   /// hidden one ends the list, because it overrides the next ones.
   std::optional<DesktopApplication> firstOf(const std::vector<std::string>& files);
 
-  /// The user's default application for URLs of a scheme ("http").
-  std::optional<DesktopApplication> defaultFor(const std::string& scheme);
+  /// The user's default application for URLs of a scheme ("http") among those in `dataFolders`.
+  std::optional<DesktopApplication> defaultFor(const std::string& scheme,
+                                               const std::vector<std::string>& dataFolders);
 
   /// The questions of the two functions above; empty if the answer is known to be none.
   static Question questionForFirstOf(const std::vector<std::string>& files);
-  static Question questionForDefault(const std::string& scheme);
+  static Question questionForDefault(const std::string& scheme,
+                                     const std::vector<std::string>& dataFolders);
 
   /// Starts the program for all `questions` and returns without waiting for it. The result answers
   /// them, and those about single entries that it has seen, from the program's output; other

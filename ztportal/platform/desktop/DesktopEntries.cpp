@@ -9,6 +9,7 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/files/LinuxFiles.h"
+#include "ztportal/platform/locale/UserLocale.h"
 
 namespace zt {
 
@@ -27,6 +28,7 @@ constexpr DesktopId kDesktopIds[] = {
     {"org.mozilla.firefox", "firefox-esr.desktop"},          // Debian, openSUSE
     {"org.mozilla.firefox", "org.mozilla.firefox.desktop"},  // Flatpak, Fedora
     {"org.mozilla.firefox", "firefox_firefox.desktop"},      // Snap
+    {"org.mozilla.firefox", "firefox-bin.desktop"},          // Gentoo
     {"org.mozilla.firefox", "mozilla-firefox.desktop"},      // older Fedora
 
     {"org.mozilla.thunderbird", "thunderbird.desktop"},                  // most distributions
@@ -36,6 +38,7 @@ constexpr DesktopId kDesktopIds[] = {
     {"org.mozilla.thunderbird", "org.mozilla.thunderbird_esr.desktop"},  // Flatpak
     {"org.mozilla.thunderbird", "org.mozilla.Thunderbird.desktop"},      // Flatpak until 2026
     {"org.mozilla.thunderbird", "thunderbird_thunderbird.desktop"},      // Snap
+    {"org.mozilla.thunderbird", "thunderbird-bin.desktop"},              // Gentoo
     {"org.mozilla.thunderbird", "mozilla-thunderbird.desktop"},          // older Fedora
 
     {"com.operasoftware.Opera", "opera.desktop"},            // the vendor
@@ -48,22 +51,34 @@ constexpr DesktopId kDesktopIds[] = {
     {"com.google.Chrome", "com.google.Chrome.desktop"},     // Flatpak, the vendor's newer packages
 };
 
-bool isTaken(std::string_view desktopId) {
-  for (const DesktopId& each : kDesktopIds) {
-    if (each.desktopId == desktopId) return true;
-  }
-  return false;
-}
-
-namespace fs = std::filesystem;
-
-constexpr std::string_view kApplications = "/applications/";
-
 std::string joined(std::string_view start, std::string_view end) {
   std::string path;
   appendText(path, start, end);
   return path;
 }
+
+/// The bundle identifier in the table; empty if the ID is not in it.
+std::string_view knownIdentifierOf(std::string_view desktopId) {
+  for (const DesktopId& each : kDesktopIds) {
+    if (each.desktopId == desktopId) return each.bundleIdentifier;
+  }
+  return {};
+}
+
+/// The bundle identifier for an entry that an application made for itself; empty for any other. The
+/// program alone does not tell: a test version of Firefox also has the program "firefox".
+std::string_view identifierOfUsersEntry(std::string_view desktopId, std::string_view program) {
+  constexpr std::string_view kStart = "userapp-";
+  if (!desktopId.starts_with(kStart)) return {};
+  const std::string name = lowerCase(desktopId.substr(kStart.size()));
+  const std::string_view file = program.substr(program.rfind('/') + 1);
+  if (file.empty() || !name.starts_with(file.substr(0, file.find('-')))) return {};
+  return knownIdentifierOf(joined(file, kEnding));
+}
+
+namespace fs = std::filesystem;
+
+constexpr std::string_view kApplications = "/applications/";
 
 /// Adds an absolute path. Relative paths in the variables are invalid (XDG base directories).
 void addFolder(std::vector<std::string>& folders, std::string_view folder) {
@@ -98,14 +113,14 @@ std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier) {
   if (!ids.empty() || bundleIdentifier.empty()) return ids;
   std::string own(bundleIdentifier);
   own += kEnding;
-  if (!isTaken(own)) ids.push_back(own);
+  if (knownIdentifierOf(own).empty()) ids.push_back(own);
   return ids;
 }
 
-std::string bundleIdentifierOf(std::string_view desktopId) {
-  for (const DesktopId& each : kDesktopIds) {
-    if (each.desktopId == desktopId) return std::string(each.bundleIdentifier);
-  }
+std::string bundleIdentifierOf(std::string_view desktopId, std::string_view program) {
+  std::string_view known = knownIdentifierOf(desktopId);
+  if (known.empty()) known = identifierOfUsersEntry(desktopId, program);
+  if (!known.empty()) return std::string(known);
   if (desktopId.ends_with(kEnding)) desktopId.remove_suffix(kEnding.size());
   return std::string(desktopId);
 }

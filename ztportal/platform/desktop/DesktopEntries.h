@@ -18,11 +18,15 @@ namespace zt {
 /// dashes for slashes. Letter case matters.
 std::vector<std::string> desktopIdsOf(std::string_view bundleIdentifier);
 
-/// The reverse: each desktop ID belongs to one identifier.
+/// The reverse: each desktop ID belongs to one identifier. An entry that an application made for
+/// itself, as GIO names it ("userapp-NAME-XXXXXX.desktop"), is that of the application whose name
+/// it has and whose program it starts, which has the path `program`.
 ///
-///     bundleIdentifierOf("firefox-esr.desktop")    "org.mozilla.firefox"
-///     bundleIdentifierOf("chromium.desktop")       "chromium"
-std::string bundleIdentifierOf(std::string_view desktopId);
+///     bundleIdentifierOf("firefox-esr.desktop", "")    "org.mozilla.firefox"
+///     bundleIdentifierOf("userapp-Firefox-AB12CD.desktop", "/opt/firefox/firefox")
+///                                                      "org.mozilla.firefox"
+///     bundleIdentifierOf("chromium.desktop", "")       "chromium"
+std::string bundleIdentifierOf(std::string_view desktopId, std::string_view program);
 
 /// The folders with the shared data of applications: `$XDG_DATA_HOME` and `$XDG_DATA_DIRS` or their
 /// defaults (XDG base directories), then those to which Flatpak and Snap export. The latter are

@@ -35,10 +35,10 @@ std::unique_ptr<InstalledApplications> LinuxInstalledApplications::prepared(
   const auto add = [&questions](DesktopApplications::Question question) {
     if (!question.empty()) questions.push_back(std::move(question));
   };
-  for (const std::string_view url : urls) {
-    add(DesktopApplications::questionForDefault(schemeOf(url)));
-  }
   const std::vector<std::string> folders = dataFolders(_root);
+  for (const std::string_view url : urls) {
+    add(DesktopApplications::questionForDefault(schemeOf(url), folders));
+  }
   for (const std::string_view identifier : bundleIdentifiers) {
     for (const std::string& desktopId : desktopIdsOf(identifier)) {
       add(DesktopApplications::questionForFirstOf(desktopEntryFiles(folders, desktopId)));
@@ -61,7 +61,7 @@ std::optional<std::string> LinuxInstalledApplications::withIdentifier(
 }
 
 std::optional<std::string> LinuxInstalledApplications::defaultFor(std::string_view url) {
-  const auto application = _desktop.defaultFor(schemeOf(url));
+  const auto application = _desktop.defaultFor(schemeOf(url), dataFolders(_root));
   if (!application) return std::nullopt;
   const std::optional<Bundle> bundle = Bundle::above(programOf(application->command));
   return bundle ? bundle->path() : application->entry;
@@ -74,7 +74,8 @@ std::optional<InstalledApplications::Info> LinuxInstalledApplications::info(
   const auto application = _desktop.firstOf({path});
   if (!application) return std::nullopt;
   const std::vector<std::string> folders = dataFolders(_root);
-  Info info{{"CFBundleIdentifier", bundleIdentifierOf(desktopIdOf(folders, path))}};
+  Info info{{"CFBundleIdentifier",
+             bundleIdentifierOf(desktopIdOf(folders, path), programOf(application->command))}};
   if (!application->name.isNull()) info["CFBundleName"] = application->name;
   const std::string version = versionOf(*application, folders, _root);
   if (!version.empty()) info["CFBundleShortVersionString"] = version;

@@ -20,10 +20,10 @@ namespace zt {
 /// The default application is that of GIO, which honours `mimeapps.list`. If the program of its
 /// entry is in a bundle, the path is the bundle's.
 ///
-/// "CFBundleName" of an entry is its name in the user's language, "CFBundleShortVersionString" the
-/// result of `versionOf`; each is absent if it is unknown. No program of an application is started.
-/// The files and the environment are read at each call. Without state: one object serves all
-/// threads.
+/// "CFBundleName" of an entry is its name without a language, so that it is the same for all users;
+/// "CFBundleShortVersionString" is the result of `versionOf`; each is absent if it is unknown. No
+/// program of an application is started. The files and the environment are read at each call.
+/// Without state: one object serves all threads.
 class LinuxInstalledApplications final : public InstalledApplications {
  public:
   /// `libexec` is the folder with the library's programs; without it no desktop entry is found.

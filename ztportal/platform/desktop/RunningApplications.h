@@ -7,13 +7,14 @@
 
 namespace zt {
 
-/// A running process whose executable is in a bundle.
+/// A running process whose program is in a bundle.
 struct RunningApplication {
   ZtString bundleIdentifier;  ///< "CFBundleIdentifier" of the bundle; missing if it has none
   std::string bundlePath;
 };
 
-/// The running applications that the user may see.
+/// The running applications of the user and of the administrator. Those of other users do not
+/// count: they must not change how this one's reports are sent.
 class RunningApplications {
  public:
   virtual ~RunningApplications() = default;

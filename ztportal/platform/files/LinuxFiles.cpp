@@ -127,6 +127,8 @@ bool makeFolders(const std::string& path, mode_t mode) {
 
 bool isAbsolute(const char* path) { return path != nullptr && path[0] == '/'; }
 
+}  // namespace
+
 std::string homeOfUserDatabase() {
   constexpr std::size_t kFirstSize = 1024;
   constexpr std::size_t kLargestSize = kFirstSize * 1024;
@@ -140,8 +142,6 @@ std::string homeOfUserDatabase() {
   }
   return {};
 }
-
-}  // namespace
 
 bool LinuxFiles::exists(const std::string& path) {
   struct stat status {};

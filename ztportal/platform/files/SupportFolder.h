@@ -23,4 +23,7 @@ class SupportFolder {
 /// absolute path.
 std::string homeFolder();
 
+/// The user's home folder of the user database; empty if it is unknown or no absolute path.
+std::string homeOfUserDatabase();
+
 }  // namespace zt

@@ -73,6 +73,7 @@ std::optional<std::string> unquoted(std::string_view text) {
 
 struct Release {
   std::string id;
+  std::string version;  // for people: "22.04.3 LTS (Jammy Jellyfish)"
   std::string versionId;
 };
 
@@ -85,6 +86,7 @@ Release parseRelease(std::string_view text) {
     if (line.starts_with('#') || equals == std::string_view::npos) continue;
     const std::string_view name = line.substr(0, equals);
     std::string* const target = name == "ID"           ? &release.id
+                                : name == "VERSION"    ? &release.version
                                 : name == "VERSION_ID" ? &release.versionId
                                                        : nullptr;
     if (target == nullptr) continue;
@@ -104,8 +106,9 @@ class ReleaseFiles {
     const Release release = parseRelease(*text);
     const std::optional<Version> version = leadingVersion(release.versionId);
     if (!version) return std::nullopt;
-    for (const auto& finer : {debianVersion(release), releaseSentence("/etc/redhat-release"),
-                              releaseSentence("/etc/centos-release")}) {
+    for (const auto& finer :
+         {debianVersion(release), releaseSentence("/etc/redhat-release"),
+          releaseSentence("/etc/centos-release"), leadingVersion(release.version)}) {
       if (finer && refines(*finer, *version)) return finer;
     }
     return version;

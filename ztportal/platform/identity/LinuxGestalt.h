@@ -7,10 +7,11 @@
 namespace zt {
 
 /// Version numbers of the distribution from os-release(5), refined where another file of the
-/// distribution has more of them (`debian_version`, `redhat-release`, `centos-release`):
+/// distribution (`debian_version`, `redhat-release`, `centos-release`) or the version for people
+/// has more of them:
 ///
 ///     VERSION_ID="12", debian_version "12.11"                          12, 11, 0
-///     VERSION_ID="22.04"                                               22, 4, 0
+///     VERSION_ID="22.04", VERSION="22.04.3 LTS (Jammy Jellyfish)"      22, 4, 3
 ///     VERSION_ID="7", "CentOS Linux release 7.9.2009 (Core)"           7, 9, 2009
 ///
 /// `kGestaltSystemVersionMajor`, `-Minor` and `-BugFix` return the three. `kGestaltSystemVersion`

@@ -16,21 +16,26 @@ namespace zt {
 
 namespace {
 
-icu::Locale userLocale() { return {icuLocaleName(userLocaleName("LC_TIME")).c_str()}; }
+constexpr const char* kMessages = "LC_MESSAGES";
+constexpr const char* kFormats = "LC_TIME";
+
+icu::Locale userLocale(const char* category) {
+  return {icuLocaleName(userLocaleName(category)).c_str()};
+}
 
 ZtString missingIfEmpty(std::string_view text) { return text.empty() ? ZtString() : text; }
 
 }  // namespace
 
 ZtString IcuUserLocale::languageCode() {
-  if (isPosixLocale(userLocaleName("LC_TIME"))) return nullptr;
-  return missingIfEmpty(userLocale().getLanguage());
+  if (isPosixLocale(userLocaleName(kMessages))) return nullptr;
+  return missingIfEmpty(userLocale(kMessages).getLanguage());
 }
 
 ZtString IcuUserLocale::countryCode() {
-  if (isPosixLocale(userLocaleName("LC_TIME"))) return nullptr;
+  if (isPosixLocale(userLocaleName(kFormats))) return nullptr;
   // Three digits stand for a part of the world, not for a country.
-  const icu::Locale locale = userLocale();
+  const icu::Locale locale = userLocale(kFormats);
   const std::string_view region = locale.getCountry();
   return region.size() == 2 ? ZtString(region) : ZtString();
 }
@@ -39,7 +44,7 @@ ZtString IcuUserLocale::countryName(const ZtString& countryCode) {
   if (countryCode.isNull()) return nullptr;
   const icu::Locale country("", std::string(countryCode.view()).c_str());
   icu::UnicodeString name;
-  country.getDisplayCountry(userLocale(), name);
+  country.getDisplayCountry(userLocale(kMessages), name);
   std::string text;
   return missingIfEmpty(name.toUTF8String(text));
 }

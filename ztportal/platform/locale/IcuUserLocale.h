@@ -6,9 +6,11 @@
 
 namespace zt {
 
-/// The locale that the environment names (the first of `LC_ALL`, `LC_TIME` and `LANG` that is set
-/// and not empty) and the languages and countries of the Unicode data. "C" and "POSIX" have neither
-/// language nor country; the names of countries are then English.
+/// The locale that the environment names and the languages and countries of the Unicode data. The
+/// language, and the names of countries, are of the locale for messages (the first of `LC_ALL`,
+/// `LC_MESSAGES` and `LANG` that is set and not empty), the country is of the locale for formats
+/// (`LC_TIME` in place of `LC_MESSAGES`). "C" and "POSIX" have neither language nor country; the
+/// names of countries are then English.
 class IcuUserLocale final : public UserLocale {
  public:
   ZtString languageCode() override;

@@ -36,24 +36,33 @@ std::string tagOf(const icu::Locale& locale, UErrorCode status) {
   return U_SUCCESS(status) ? tag : std::string();
 }
 
-/// The short tag of a POSIX locale name's language; empty if it has none.
+/// The texts of a program that is not translated are English.
+constexpr const char* kWithoutLocale = "en";
+
+/// Languages whose regions reports tell apart; every region of English is.
+constexpr std::string_view kReportedRegions[] = {"nl-BE", "pt-BR", "pt-PT"};
+
+bool isReported(const std::string& withRegion) {
+  return std::find(std::begin(kReportedRegions), std::end(kReportedRegions), withRegion) !=
+         std::end(kReportedRegions);
+}
+
+/// The short tag of a POSIX locale name's language; empty if it is no locale name.
 std::string languageOf(std::string_view localeName) {
+  if (localeName == "C" || localeName == "POSIX") return kWithoutLocale;
   if (isPosixLocale(localeName)) return {};
   std::string identifier = icuLocaleName(localeName);
   identifier.erase(std::min(identifier.find('@'), identifier.size()));
   const std::string tag = canonicalLanguageTag(identifier);
   LanguageParts parts = languageParts(tag);
-  if (parts.language.empty()) return {};
   if (parts.language == "zh") {
     const std::string script = languageParts(withLikelySubtags(tag)).script;
     return script.empty() ? parts.language : parts.language + "-" + script;
   }
   if (parts.language == "no") parts.language = "nb";
   if (parts.region.empty()) return parts.language;
-
   std::string withRegion = parts.language + "-" + parts.region;
-  if (parts.language == "en" || parts.language == "pt") return withRegion;
-  return withoutLikelySubtags(withRegion);
+  return parts.language == "en" || isReported(withRegion) ? withRegion : parts.language;
 }
 
 void addLanguage(std::vector<std::string>& languages, std::string_view localeName) {
@@ -137,20 +146,10 @@ std::string withLikelySubtags(const std::string& tag) {
   return tagOf(locale, status);
 }
 
-std::string withoutLikelySubtags(const std::string& tag) {
-  if (tag.empty()) return {};
-  UErrorCode status = U_ZERO_ERROR;
-  icu::Locale locale = icu::Locale::forLanguageTag(tag, status);
-  locale.minimizeSubtags(status);
-  return tagOf(locale, status);
-}
-
 std::vector<std::string> preferredLanguages() {
   const std::string_view localeName = userLocaleName("LC_MESSAGES");
-  if (isPosixLocale(localeName)) return {};
-
   std::vector<std::string> languages;
-  const char* const list = std::getenv("LANGUAGE");
+  const char* const list = isPosixLocale(localeName) ? nullptr : std::getenv("LANGUAGE");
   std::string_view rest = list == nullptr ? "" : list;
   while (!rest.empty()) {
     const std::size_t colon = std::min(rest.find(':'), rest.size());
@@ -158,6 +157,7 @@ std::vector<std::string> preferredLanguages() {
     rest.remove_prefix(std::min(colon + 1, rest.size()));
   }
   addLanguage(languages, localeName);
+  if (languages.empty()) languages.emplace_back(kWithoutLocale);
   return languages;
 }
 

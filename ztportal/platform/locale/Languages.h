@@ -30,16 +30,15 @@ LanguageParts languageParts(const std::string& tag);
 /// `tag` with the script and region that are most likely for it (Unicode TR 35, likely subtags):
 /// "zh-TW" gives "zh-Hant-TW".
 std::string withLikelySubtags(const std::string& tag);
-/// `tag` without the script and region that are the most likely ones: "de-DE" gives "de".
-std::string withoutLikelySubtags(const std::string& tag);
 
 /// The user's languages, most preferred first, without repetitions: those of `LANGUAGE`, then that
 /// of the first of `LC_ALL`, `LC_MESSAGES` and `LANG` that is set and not empty. As with gettext,
-/// `LANGUAGE` counts only if those name a language. Empty if none is named.
+/// "C" and "POSIX" mean English, and `LANGUAGE` does not count in that locale. Never empty: where
+/// no language is named it is "en".
 ///
-/// The tags are as short as possible: the region is left out if it is the language's main one
-/// ("de_DE" gives "de", "de_AT" gives "de-AT"), but kept for English and Portuguese; Chinese has
-/// its script instead ("zh_TW" gives "zh-Hant").
+/// The tags are those of the languages of reports, without their regions ("de_AT" gives "de")
+/// except for English ("en-GB"), "nl-BE", "pt-BR" and "pt-PT"; Chinese has its script ("zh_TW"
+/// gives "zh-Hant").
 std::vector<std::string> preferredLanguages();
 
 /// Those of the localizations `available` that suit a user with the languages `preferred`, best

@@ -1,12 +1,15 @@
 #include "ztportal/platform/plist/Bundle.h"
 
+#include <sys/types.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
 
 #include "ztportal/base/RegularFile.h"
-#include "ztportal/platform/files/LinuxFiles.h"
+#include "ztportal/platform/files/TrustedFiles.h"
 
 namespace zt {
 
@@ -22,33 +25,47 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
+bool isBundle(const fs::path& folder, uid_t owner) {
+  const fs::path info = infoFile(folder);
+  return isFile(info) && isTrusted(info, owner) && isTrusted(info.parent_path(), owner) &&
+         isTrusted(folder, owner);
+}
+
+std::optional<std::string> bundleAbove(const std::string& executable, uid_t owner) {
+  fs::path folder = fs::path(executable).parent_path();
+  while (!folder.empty()) {
+    if (isBundle(folder, owner)) return folder.string();
+    fs::path above = folder.parent_path();
+    if (above == folder) break;
+    folder = std::move(above);
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Bundle::Bundle(std::string path, PropertyListStrings info)
     : _path(std::move(path)), _info(std::move(info)) {}
 
 std::optional<Bundle> Bundle::at(const std::string& path) {
+  return isBundle(path, ::geteuid()) ? read(path) : std::nullopt;
+}
+
+std::optional<Bundle> Bundle::above(const std::string& executable) {
+  const std::optional<std::string> path = bundleAbove(executable, ownerOf(executable));
+  return path ? read(*path) : std::nullopt;
+}
+
+std::optional<std::string> Bundle::pathAbove(const std::string& executable) {
+  return bundleAbove(executable, ::geteuid());
+}
+
+std::optional<Bundle> Bundle::read(const std::string& path) {
   const std::optional<std::string> content = regularFile(infoFile(path), kSettingsFileLimit);
   if (!content) return std::nullopt;
   std::optional<PropertyListStrings> info = parsePropertyList(*content);
   if (!info) return std::nullopt;
   return Bundle(path, std::move(*info));
-}
-
-std::optional<Bundle> Bundle::above(const std::string& executable) {
-  const std::optional<std::string> path = pathAbove(executable);
-  return path ? at(*path) : std::nullopt;
-}
-
-std::optional<std::string> Bundle::pathAbove(const std::string& executable) {
-  fs::path folder = fs::path(executable).parent_path();
-  while (!folder.empty()) {
-    if (isFile(infoFile(folder))) return folder.string();
-    fs::path above = folder.parent_path();
-    if (above == folder) break;
-    folder = std::move(above);
-  }
-  return std::nullopt;
 }
 
 ZtString Bundle::info(const std::string& key) const {
@@ -60,7 +77,10 @@ std::optional<std::string> Bundle::resource(std::string_view name, std::string_v
   std::string file(name);
   if (!type.empty()) (file += '.') += type;
   const fs::path path = resourceFolder(_path) / file;
-  if (!isFile(path)) return std::nullopt;
+  const uid_t user = ::geteuid();
+  if (!isFile(path) || !isTrusted(path, user) || !isTrusted(path.parent_path(), user)) {
+    return std::nullopt;
+  }
   return path.string();
 }
 

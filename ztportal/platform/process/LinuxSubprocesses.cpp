@@ -1,8 +1,10 @@
 #include "ztportal/platform/process/LinuxSubprocesses.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -10,6 +12,7 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -77,10 +80,11 @@ class FileActions {
   posix_spawn_file_actions_t _actions{};
 };
 
-/// No signal blocked, and those that a program relies on with their default actions.
-class SignalAttributes {
+/// No signal blocked, those that a program relies on with their default actions, and a process
+/// group of its own, so that it can be killed with all that it started.
+class Attributes {
  public:
-  SignalAttributes() {
+  Attributes() {
     ::posix_spawnattr_init(&_attributes);
     sigset_t signals;
     ::sigemptyset(&signals);
@@ -88,11 +92,13 @@ class SignalAttributes {
     ::sigaddset(&signals, SIGPIPE);
     ::sigaddset(&signals, SIGCHLD);
     ::posix_spawnattr_setsigdefault(&_attributes, &signals);
-    ::posix_spawnattr_setflags(&_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    ::posix_spawnattr_setpgroup(&_attributes, 0);
+    ::posix_spawnattr_setflags(
+        &_attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETPGROUP);
   }
-  SignalAttributes(const SignalAttributes&) = delete;
-  SignalAttributes& operator=(const SignalAttributes&) = delete;
-  ~SignalAttributes() { ::posix_spawnattr_destroy(&_attributes); }
+  Attributes(const Attributes&) = delete;
+  Attributes& operator=(const Attributes&) = delete;
+  ~Attributes() { ::posix_spawnattr_destroy(&_attributes); }
 
   const posix_spawnattr_t* get() const { return &_attributes; }
 
@@ -100,19 +106,29 @@ class SignalAttributes {
   posix_spawnattr_t _attributes{};
 };
 
-/// The host's environment with `libexec` at the end of `PATH`. It points to the host's own strings.
+bool isOf(std::string_view entry, std::string_view variable) {
+  return entry.starts_with(variable) && entry.substr(variable.size()).starts_with('=');
+}
+
+enum class Variables { All, PathAndUser };
+
+/// The host's environment, or a part of it, with `libexec` at the end of `PATH`. It points to the
+/// host's own strings.
 class Environment {
  public:
-  explicit Environment(const std::string& libexec) {
-    constexpr std::string_view kPath = "PATH=";
+  Environment(Variables variables, const std::string& libexec) {
     const bool appends = !libexec.empty() && libexec.find(':') == std::string::npos;
     for (char** entry = environ; entry != nullptr && *entry != nullptr; ++entry) {
-      const bool isPath = appends && std::string_view(*entry).starts_with(kPath);
-      if (!isPath) _pointers.push_back(*entry);
-      if (isPath && _path.empty()) _path = *entry;
+      const bool isPath = isOf(*entry, "PATH");
+      const bool isUsers = isOf(*entry, "LANG") || isOf(*entry, "HOME");
+      if (isPath && appends) {
+        if (_path.empty()) _path = *entry;
+      } else if (isPath || isUsers || variables == Variables::All) {
+        _pointers.push_back(*entry);
+      }
     }
     if (appends) {
-      if (_path.empty()) _path.append(kPath).append(standardPath());
+      if (_path.empty()) _path.append("PATH=").append(standardPath());
       _path.append(":").append(libexec);
       _pointers.push_back(_path.data());
     }
@@ -139,43 +155,13 @@ std::vector<char*> pointersTo(std::vector<std::string>& words) {
 
 bool hasNul(const std::string& text) { return text.find('\0') != std::string::npos; }
 
-}  // namespace
-
-RunningSubprocess::RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output)
-    : _process(process), _input(std::move(input)), _output(std::move(output)) {}
-
-RunningSubprocess::~RunningSubprocess() {
-  _output.close();
-  _input.close();
-  while (::waitpid(_process, nullptr, 0) < 0 && errno == EINTR) {
-  }
-}
-
-std::string RunningSubprocess::readToEnd() const {
-  std::string text;
-  std::array<char, std::size_t{16} * 1024> block;
-  for (;;) {
-    const ssize_t count = ::read(_output.number(), block.data(), block.size());
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return text;
-    text.append(block.data(), static_cast<std::size_t>(count));
-  }
-}
-
-LinuxSubprocesses::LinuxSubprocesses(std::string libexec) : _libexec(std::move(libexec)) {}
-
-std::string LinuxSubprocesses::output(const std::string& program,
-                                      const std::vector<std::string>& arguments) {
-  return start(program, arguments)->readToEnd();
-}
-
-std::unique_ptr<RunningSubprocess> LinuxSubprocesses::start(
-    const std::string& program, const std::vector<std::string>& arguments) const {
+std::unique_ptr<RunningSubprocess> startWith(const Environment& environment,
+                                             const std::string& program,
+                                             const std::vector<std::string>& arguments) {
   std::vector<std::string> words{program};
   words.insert(words.end(), arguments.begin(), arguments.end());
   if (std::any_of(words.begin(), words.end(), hasNul)) throw notStarted(program, EINVAL);
   const std::vector<char*> argv = pointersTo(words);
-  const Environment environment(_libexec);
 
   Pipe input = openPipe(program);
   Pipe output = openPipe(program);
@@ -184,7 +170,7 @@ std::unique_ptr<RunningSubprocess> LinuxSubprocesses::start(
   actions.copy(output.writeEnd, STDOUT_FILENO);
   actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
   actions.closeFrom(STDERR_FILENO + 1);
-  const SignalAttributes attributes;
+  const Attributes attributes;
 
   pid_t process = -1;
   const int error = ::posix_spawn(&process, program.c_str(), actions.get(), attributes.get(),
@@ -192,6 +178,67 @@ std::unique_ptr<RunningSubprocess> LinuxSubprocesses::start(
   if (error != 0) throw notStarted(program, error);
   return std::make_unique<RunningSubprocess>(process, std::move(input.writeEnd),
                                              std::move(output.readEnd));
+}
+
+/// Waits for `descriptor` to become readable, or closed at the other end.
+bool isReadyBefore(std::chrono::steady_clock::time_point deadline,
+                   const FileDescriptor& descriptor) {
+  for (;;) {
+    const auto left =
+        std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
+    pollfd asked{descriptor.number(), POLLIN, 0};
+    const int ready = ::poll(&asked, 1, static_cast<int>(std::max<std::int64_t>(left.count(), 0)));
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+  }
+}
+
+}  // namespace
+
+RunningSubprocess::RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output)
+    : _process(process), _input(std::move(input)), _output(std::move(output)) {}
+
+RunningSubprocess::~RunningSubprocess() {
+  _output.close();
+  _input.close();
+  if (!endsInTime()) kill();
+  while (::waitpid(_process, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
+std::optional<std::string> RunningSubprocess::readToEnd() const {
+  constexpr std::size_t kLimit = std::size_t{1} << 20U;
+  std::string text;
+  std::array<char, std::size_t{16} * 1024> block;
+  while (text.size() <= kLimit && isReadyBefore(_deadline, _output)) {
+    const ssize_t count = ::read(_output.number(), block.data(), block.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count <= 0) return text;
+    text.append(block.data(), static_cast<std::size_t>(count));
+  }
+  kill();
+  return std::nullopt;
+}
+
+bool RunningSubprocess::endsInTime() const {
+  const FileDescriptor process(static_cast<int>(::syscall(SYS_pidfd_open, _process, 0)));
+  // A host that waits for all subprocesses may have removed it already.
+  if (!process.isOpen()) return errno == ESRCH;
+  return isReadyBefore(_deadline, process);
+}
+
+void RunningSubprocess::kill() const { ::kill(-_process, SIGKILL); }
+
+LinuxSubprocesses::LinuxSubprocesses(std::string libexec) : _libexec(std::move(libexec)) {}
+
+std::string LinuxSubprocesses::output(const std::string& program,
+                                      const std::vector<std::string>& arguments) {
+  const Environment environment(Variables::PathAndUser, _libexec);
+  return startWith(environment, program, arguments)->readToEnd().value_or("");
+}
+
+std::unique_ptr<RunningSubprocess> LinuxSubprocesses::start(
+    const std::string& program, const std::vector<std::string>& arguments) const {
+  return startWith(Environment(Variables::All, _libexec), program, arguments);
 }
 
 }  // namespace zt

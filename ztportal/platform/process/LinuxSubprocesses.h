@@ -2,7 +2,9 @@
 
 #include <sys/types.h>
 
+#include <chrono>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,8 +14,9 @@
 
 namespace zt {
 
-/// A program that `LinuxSubprocesses` started, with our ends of its pipes. The destructor closes
-/// both and waits for the program to end. Used by one thread.
+/// A program that `LinuxSubprocesses` started, with our ends of its pipes. It may run for five
+/// seconds; then it is killed with its process group. The destructor closes both pipes and waits
+/// for the program to end. Used by one thread.
 class RunningSubprocess {
  public:
   RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output);
@@ -21,13 +24,20 @@ class RunningSubprocess {
   RunningSubprocess& operator=(const RunningSubprocess&) = delete;
   ~RunningSubprocess();
 
-  /// All that it writes to its standard output until it closes that, without a time limit.
-  std::string readToEnd() const;
+  /// All that it writes to its standard output until it closes that; nothing if it has not done so
+  /// in time, or writes more than a mebibyte.
+  std::optional<std::string> readToEnd() const;
 
  private:
+  using Clock = std::chrono::steady_clock;
+
+  bool endsInTime() const;
+  void kill() const;
+
   pid_t _process;
   FileDescriptor _input;
   FileDescriptor _output;
+  Clock::time_point _deadline = Clock::now() + std::chrono::seconds(5);
 };
 
 /// Starts programs by posix_spawn(3). The subprocess has
@@ -38,9 +48,10 @@ class RunningSubprocess {
 /// - no other open file;
 /// - no blocked signal, and SIGPIPE and SIGCHLD with their default actions, whatever the host does
 ///   with them;
-/// - the host's environment with the library's folder of programs at the end of `PATH`, so that the
-///   system's programs take precedence. Without `PATH` it is the system's standard one (confstr(3))
-///   and that folder. A folder with a colon in its path cannot be added.
+/// - a process group of its own;
+/// - the host's `PATH` with the library's folder of programs at its end, so that the system's
+///   programs take precedence. Without `PATH` it is the system's standard one (confstr(3)) and that
+///   folder. A folder with a colon in its path cannot be added.
 ///
 /// The subprocess is waited for after its output has ended; its exit status is ignored. A host may
 /// ignore SIGCHLD or wait for all subprocesses itself. Without state: one object serves all
@@ -50,10 +61,12 @@ class LinuxSubprocesses final : public Subprocesses {
   /// `libexec` is the folder at the end of `PATH`; empty for none.
   explicit LinuxSubprocesses(std::string libexec = libexecFolder());
 
+  /// Besides `PATH` the environment has the host's `LANG` and `HOME` only. Other variables make a
+  /// shell run what it was not told to (`BASH_ENV`, exported functions).
   std::string output(const std::string& program,
                      const std::vector<std::string>& arguments) override;
 
-  /// Starts the program in the same way and returns at once; never null.
+  /// Starts the program with the host's environment and returns at once; never null.
   std::unique_ptr<RunningSubprocess> start(const std::string& program,
                                            const std::vector<std::string>& arguments) const;
 

@@ -12,6 +12,9 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
+
+#include "ztportal/platform/files/TrustedFiles.h"
 
 namespace zt {
 
@@ -34,6 +37,8 @@ bool isFolder(const fs::path& path) {
   std::error_code ignored;
   return fs::is_directory(path, ignored);
 }
+
+fs::path libexecIn(const fs::path& prefix) { return prefix / "libexec" / "ztportal"; }
 
 bool isProgram(const std::string& path) {
   std::error_code ignored;
@@ -73,13 +78,31 @@ std::string libexecFolder() {
   std::error_code error;
   const fs::path file = fs::canonical(fileOfThisCode(), error);
   if (!error) {
+    const uid_t owner = ownerOf(file);
     const fs::path above = file.parent_path().parent_path();
     for (const fs::path& prefix : {above, above.parent_path()}) {
-      const fs::path folder = prefix / "libexec" / "ztportal";
-      if (isFolder(folder)) return folder.string();
+      const fs::path folder = libexecIn(prefix);
+      if (isFolder(folder) && isTrusted(folder, owner) && isTrusted(folder.parent_path(), owner)) {
+        return folder;
+      }
     }
   }
   return isFolder(ZT_LIBEXEC_FOLDER) ? ZT_LIBEXEC_FOLDER : "";
+}
+
+std::vector<std::string> missingLibexecPrograms() {
+  fs::path folder = libexecFolder();
+  if (folder.empty()) {
+    fs::path prefix = fs::path(fileOfThisCode()).parent_path().parent_path();
+    if (prefix.filename() == "lib") prefix = prefix.parent_path();  // lib/x86_64-linux-gnu
+    folder = libexecIn(prefix);
+  }
+  std::vector<std::string> missing;
+  for (const char* name : {"dscl", "ztportal-applications"}) {
+    std::string path = folder / name;
+    if (!isProgram(path)) missing.push_back(std::move(path));
+  }
+  return missing;
 }
 
 std::string standardPath() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace zt {
 
@@ -17,8 +18,13 @@ std::string executablePath();
 ///     /usr/lib/x86_64-linux-gnu/libztportal.so.1    /usr/libexec/ztportal
 ///     /opt/setup/bin/setup                          /opt/setup/libexec/ztportal
 ///
-/// or else the one in the installation prefix of the build.
+/// or else the one in the installation prefix of the build. A folder that another user may write,
+/// or that belongs neither to root, the user nor the owner of the file with this code, is none: a
+/// program in /tmp/setup must not run what somebody put into /tmp/libexec.
 std::string libexecFolder();
+
+/// The paths of those programs that are not in libexecFolder(), or not where that should be.
+std::vector<std::string> missingLibexecPrograms();
 
 /// The value of `PATH` to use if the environment has none (confstr(3)).
 std::string standardPath();

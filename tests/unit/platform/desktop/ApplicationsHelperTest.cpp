@@ -85,16 +85,12 @@ TEST_F(ApplicationsHelperTest, WaitsForNoFifo) {
 }
 
 TEST_F(ApplicationsHelperTest, AcceptsNoOtherQuestion) {
-  const ProgramResult usage{2, "",
-                            "ztportal-applications: usage: ztportal-applications default SCHEME\n"
-                            "                              ztportal-applications entry FILE...\n"};
-  const std::vector<std::string> rows[] = {{},
-                                           {"--help"},
-                                           {"entry"},
-                                           {"default"},
-                                           {"default", ""},
-                                           {"default", "http", "https"},
-                                           {"other", "http"}};
+  const ProgramResult usage{
+      2, "",
+      "ztportal-applications: usage: ztportal-applications default SCHEME [FOLDER...]\n"
+      "                              ztportal-applications entry FILE...\n"};
+  const std::vector<std::string> rows[] = {{},          {"--help"},      {"entry"},
+                                           {"default"}, {"default", ""}, {"other", "http"}};
   for (const auto& row : rows) EXPECT_EQ(run(row), usage) << testing::PrintToString(row);
 }
 

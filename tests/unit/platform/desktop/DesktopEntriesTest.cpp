@@ -21,14 +21,16 @@ using zt::test::MadeUpDesktop;
 using zt::test::ScopedEnvironment;
 
 TEST(DesktopIdsTest, AreTheNamesOfPackagesFlatpaksAndSnaps) {
-  EXPECT_THAT(desktopIdsOf("org.mozilla.firefox"),
-              ElementsAre("firefox.desktop", "firefox-esr.desktop", "org.mozilla.firefox.desktop",
-                          "firefox_firefox.desktop", "mozilla-firefox.desktop"));
+  EXPECT_THAT(
+      desktopIdsOf("org.mozilla.firefox"),
+      ElementsAre("firefox.desktop", "firefox-esr.desktop", "org.mozilla.firefox.desktop",
+                  "firefox_firefox.desktop", "firefox-bin.desktop", "mozilla-firefox.desktop"));
   EXPECT_THAT(desktopIdsOf("org.mozilla.thunderbird"),
               ElementsAre("thunderbird.desktop", "thunderbird-esr.desktop",
                           "net.thunderbird.Thunderbird.desktop", "org.mozilla.thunderbird.desktop",
                           "org.mozilla.thunderbird_esr.desktop", "org.mozilla.Thunderbird.desktop",
-                          "thunderbird_thunderbird.desktop", "mozilla-thunderbird.desktop"));
+                          "thunderbird_thunderbird.desktop", "thunderbird-bin.desktop",
+                          "mozilla-thunderbird.desktop"));
   EXPECT_THAT(desktopIdsOf("com.operasoftware.Opera"),
               ElementsAre("opera.desktop", "opera-stable.desktop", "com.opera.Opera.desktop",
                           "opera_opera.desktop"));
@@ -41,7 +43,7 @@ TEST(DesktopIdsTest, BelongToTheirIdentifier) {
   for (const char* identifier : {"org.mozilla.firefox", "org.mozilla.thunderbird",
                                  "com.operasoftware.Opera", "com.google.Chrome"}) {
     for (const std::string& desktopId : desktopIdsOf(identifier)) {
-      EXPECT_EQ(bundleIdentifierOf(desktopId), identifier) << desktopId;
+      EXPECT_EQ(bundleIdentifierOf(desktopId, ""), identifier) << desktopId;
     }
   }
 }
@@ -51,7 +53,7 @@ TEST(DesktopIdsTest, AnyOtherIdentifierHasTheEntryOfItsOwnName) {
                                  "com.microsoft.Outlook", "chromium", "Org.Mozilla.Firefox"}) {
     const std::string desktopId = std::string(identifier) + ".desktop";
     EXPECT_THAT(desktopIdsOf(identifier), ElementsAre(desktopId));
-    EXPECT_EQ(bundleIdentifierOf(desktopId), identifier);
+    EXPECT_EQ(bundleIdentifierOf(desktopId, ""), identifier);
   }
 }
 
@@ -67,9 +69,36 @@ TEST(DesktopIdsTest, OtherChannelsAreOtherApplications) {
         "opera-developer.desktop", "thunderbird-beta.desktop", "chromium.desktop",
         "Firefox.desktop"}) {
     const std::string name(desktopId);
-    EXPECT_EQ(bundleIdentifierOf(name), name.substr(0, name.size() - 8));
+    EXPECT_EQ(bundleIdentifierOf(name, ""), name.substr(0, name.size() - 8));
   }
-  EXPECT_EQ(bundleIdentifierOf("no ending"), "no ending");
+  EXPECT_EQ(bundleIdentifierOf("no ending", ""), "no ending");
+}
+
+// GIO gives such an entry to an application that makes itself the default one. It belonged to no
+// application, so none was the default.
+TEST(DesktopIdsTest, AnEntryThatAnApplicationMadeForItselfIsItsOwn) {
+  const struct {
+    const char* desktopId;
+    const char* program;
+    const char* identifier;
+  } rows[] = {
+      {"userapp-Firefox-AB12CD.desktop", "/usr/lib/firefox/firefox", "org.mozilla.firefox"},
+      {"userapp-Firefox-AB12CD.desktop", "/home/a/firefox-esr", "org.mozilla.firefox"},
+      {"userapp-firefox-bin-AB12CD.desktop", "/opt/firefox-bin", "org.mozilla.firefox"},
+      {"userapp-Firefox ESR-AB12CD.desktop", "firefox", "org.mozilla.firefox"},
+      {"userapp-Thunderbird-AB12CD.desktop", "/a/thunderbird", "org.mozilla.thunderbird"},
+      {"userapp-Google Chrome-AB12CD.desktop", "/a/google-chrome", "com.google.Chrome"},
+      // Not what it says that it is.
+      {"userapp-Firefox-AB12CD.desktop", "/usr/bin/chromium", "userapp-Firefox-AB12CD"},
+      {"userapp-Firefox-AB12CD.desktop", "/usr/bin/opera", "userapp-Firefox-AB12CD"},
+      {"userapp-Firefox-AB12CD.desktop", "", "userapp-Firefox-AB12CD"},
+      {"userapp-Nightly-AB12CD.desktop", "/opt/nightly/firefox", "userapp-Nightly-AB12CD"},
+      {"my-firefox.desktop", "/usr/lib/firefox/firefox", "my-firefox"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(bundleIdentifierOf(row.desktopId, row.program), row.identifier)
+        << row.desktopId << " " << row.program;
+  }
 }
 
 std::vector<std::string> folders(const char* dataHome, const char* dataFolderList) {

@@ -1,17 +1,24 @@
 #include <gmock/gmock.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
 #include <optional>
 #include <string>
+#include <system_error>
+#include <thread>
 #include <utility>
 #include <vector>
 
+#include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
@@ -23,6 +30,9 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using zt::LinuxRunningApplications;
 using zt::RunningApplication;
+using zt::test::inForkedProcess;
+using zt::test::kNotPermitted;
+using zt::test::ScopedEnvironment;
 using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
 
@@ -64,6 +74,24 @@ class LinuxRunningApplicationsTest : public testing::Test {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
     std::filesystem::copy_file("/bin/sleep", path);
     return path;
+  }
+
+  /// A command of the shell that waits, without starting a program.
+  std::string waiting() const {
+    const std::string pipe = _folder.path("pipe");
+    ::mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR);
+    return "read line <" + pipe;
+  }
+
+  /// Waits until `process` has become `program`.
+  static void waitUntilItRuns(const Subprocess& process, const std::string& program) {
+    const std::string link = "/proc/" + std::to_string(process.pid()) + "/exe";
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    std::error_code error;
+    while (std::filesystem::read_symlink(link, error) != program) {
+      ASSERT_LT(std::chrono::steady_clock::now(), end) << program << " does not start";
+      std::this_thread::yield();
+    }
   }
 
   /// What runs in this test's own folder.
@@ -142,12 +170,117 @@ TEST_F(LinuxRunningApplicationsTest, AProcessThatEndedButWasNotWaitedForIsLeftOu
   EXPECT_THAT(running(), IsEmpty());
 }
 
+/// Runs `body` in a process that is user `user`; the result is that of inForkedProcess().
+template <class Body>
+int asUser(uid_t user, Body body) {
+  return inForkedProcess([&] {
+    if (::setgroups(0, nullptr) != 0 || ::setgid(user) != 0 || ::setuid(user) != 0) {
+      return kNotPermitted;
+    }
+    return body();
+  });
+}
+
+constexpr uid_t kUser = 30001;
+constexpr uid_t kOtherUser = 30002;
+
+// The applications of all users counted: anybody could send the reports of others to the test
+// server.
+TEST_F(LinuxRunningApplicationsTest, OtherUsersApplicationsDoNotCount) {
+  std::filesystem::permissions(_root, std::filesystem::perms(0755));
+  const std::string bundle = makeBundle("Some.app", identified("com.example.some"));
+  const std::string program = makeProgram("Some.app/program");
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  const std::vector<std::string> asOther = {"/usr/bin/setpriv", "--reuid=30002", "--regid=30002",
+                                            "--clear-groups",   program,         "60"};
+  const Subprocess process(asOther);
+  waitUntilItRuns(process, program);
+  EXPECT_THAT(running(), IsEmpty());
+  EXPECT_EQ(asUser(kUser, [&] { return running().empty() ? 0 : 1; }), 0);
+  EXPECT_EQ(asUser(kOtherUser, [&] { return running().size() == 1 ? 0 : 1; }), 0);
+}
+
+TEST_F(LinuxRunningApplicationsTest, RootsApplicationsCountForEverybody) {
+  std::filesystem::permissions(_root, std::filesystem::perms(0755));
+  const std::string bundle = makeBundle("Some.app", identified("com.example.some"));
+  const std::string program = makeProgram("Some.app/program");
+  if (::geteuid() != 0) GTEST_SKIP() << "needs root";
+  const Subprocess process({program, "60"});
+  waitUntilItRuns(process, program);
+  // Another user may not read the link to the executable.
+  EXPECT_EQ(asUser(kUser, [&] { return running().size() == 1 ? 0 : 1; }), 0);
+}
+
+/// A script in a bundle is run by a program that is in none.
+TEST_F(LinuxRunningApplicationsTest, AScriptCountsForItsBundle) {
+  const std::string bundle = makeBundle("Some.app", identified("com.example.some"));
+  const std::string script = _root + "/Some.app/Contents/Linux/some";
+  _folder.write("Some.app/Contents/Linux/some", "#!/bin/sh -e\necho started\n" + waiting());
+  std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+  const std::string expected = "com.example.some " + bundle;
+  const std::vector<std::string> commands[] = {
+      {script},
+      {script, "--option"},
+      {"/bin/sh", script, _root},
+      {"/bin/bash", "-u", script},
+      {"/usr/bin/env", "-C", _root + "/Some.app/Contents", "/bin/sh", "Linux/some"},
+  };
+  for (const auto& command : commands) {
+    Subprocess process(command);
+    ASSERT_EQ(process.readLine(std::chrono::seconds(60)), "started");
+    EXPECT_THAT(running(), ElementsAre(expected)) << testing::PrintToString(command);
+  }
+}
+
+TEST_F(LinuxRunningApplicationsTest, AFileThatIsOnlyReadDoesNotCount) {
+  makeBundle("Some.app", identified("com.example.some"));
+  const std::string file = _folder.write("Some.app/Contents/file", "");
+  const Subprocess reader({"/usr/bin/tail", "-f", file});
+  waitUntilItRuns(reader, "/usr/bin/tail");
+  const Subprocess shell({"/bin/sh", "-c", waiting(), file});
+  waitUntilItRuns(shell, std::filesystem::canonical("/bin/sh").string());
+  EXPECT_THAT(running(), IsEmpty());
+}
+
+/// Inside Flatpak an application is in /app, wherever that is on the machine.
+TEST_F(LinuxRunningApplicationsTest, AnApplicationInsideFlatpakCountsForItsBundle) {
+  makeBundle("Some.app", identified("com.example.some"));
+  makeProgram("Some.app/program");
+  const std::string script =
+      "mount -t tmpfs none " + _root + "/sandbox && cd " + _root +
+      "/sandbox && "
+      "mkdir usr app && mount --rbind /usr usr && mount --bind " +
+      _root +
+      " app && "
+      "cp -P /lib /lib64 . && { [ -z \"$FLATPAK\" ] || touch .flatpak-info; } && "
+      "pivot_root . . && cd / && echo ready && exec /app/Some.app/program 60";
+  std::filesystem::create_directories(_folder.path("sandbox"));
+  for (const bool isFlatpak : {true, false}) {
+    const ScopedEnvironment flatpak("FLATPAK", isFlatpak ? "1" : "");
+    Subprocess process({"/usr/bin/unshare", "--mount", "/bin/sh", "-c", script});
+    if (process.readLine(std::chrono::seconds(60)) != "ready") {
+      GTEST_SKIP() << "no mounts can be made here";
+    }
+    waitUntilItRuns(process, "/app/Some.app/program");
+    const std::string bundle = "/proc/" + std::to_string(process.pid()) + "/root/app/Some.app";
+    std::vector<std::string> found = described(LinuxRunningApplications().list());
+    std::erase_if(found, [](const std::string& text) { return !text.starts_with("com.example."); });
+    if (isFlatpak) {
+      EXPECT_THAT(found, ElementsAre("com.example.some " + bundle));
+    } else {
+      EXPECT_THAT(found, IsEmpty()) << "another container";
+    }
+  }
+}
+
 /// A process table that is made up: a folder for each process, with a link to its executable.
 class MadeUpProcessTableTest : public LinuxRunningApplicationsTest {
  protected:
   void addProcess(const std::string& name, const std::string& executable) {
     std::filesystem::create_directories(_folder.path("proc/" + name));
     std::filesystem::create_symlink(executable, _folder.path("proc/" + name + "/exe"));
+    _folder.write("proc/" + name + "/status",
+                  "Name:\tprogram\nUid:\t" + std::to_string(::geteuid()) + "\t0\t0\t0\n");
   }
   std::vector<std::string> listed() {
     return described(LinuxRunningApplications(_folder.path("proc")).list());
@@ -169,7 +302,6 @@ TEST_F(MadeUpProcessTableTest, BrokenEntriesAreLeftOut) {
   addProcess("self", inBundle);
   addProcess("10x", inBundle);
   addProcess("-11", inBundle);
-  addProcess("1234567890123456789012345678901234567890", inBundle);
   addProcess("12", "/" + std::string(3000, 'x') + "/program");
   addProcess("13", inBundle);
   EXPECT_THAT(listed(), ElementsAre("com.example.some " + bundle, "com.example.some " + bundle));
@@ -239,6 +371,34 @@ TEST_F(MadeUpProcessTableTest, SeesABundleThatChangesBetweenTwoCalls) {
   ASSERT_THAT(listed(), ElementsAre("before " + _root + "/Some.app"));
   makeBundle("Some.app", identified("after"));
   EXPECT_THAT(listed(), ElementsAre("after " + _root + "/Some.app"));
+}
+
+TEST_F(MadeUpProcessTableTest, PathsInsideFlatpakStartAtTheRootOfTheProcess) {
+  const std::string bundle = makeBundle("proc/1/root/none/Some.app", identified("some"));
+  const std::string script = _folder.write("proc/1/root/none/Some.app/Contents/some.py", "");
+  addProcess("1", "/none/Some.app/program");
+  addProcess("2", "/usr/bin/python3.11");
+  _folder.write("proc/1/root/none/Some.app/program", "");
+  std::filesystem::create_symlink(_root + "/proc/1/root", _folder.path("proc/2/root"));
+  EXPECT_THAT(listed(), IsEmpty());
+  _folder.write("proc/1/root/.flatpak-info", "");
+  EXPECT_THAT(listed(), ElementsAre("some " + bundle));
+  for (const std::string file : {"/none/Some.app/Contents/some.py", "Contents/some.py"}) {
+    _folder.write("proc/2/cmdline", std::string("python\0-u\0", 10) + file + std::string(1, '\0'));
+    std::filesystem::remove(_folder.path("proc/2/cwd"));
+    std::filesystem::create_symlink("/none/Some.app", _folder.path("proc/2/cwd"));
+    EXPECT_THAT(listed(), UnorderedElementsAre("some " + bundle,
+                                               "some " + _root + "/proc/2/root/none/Some.app"));
+  }
+}
+
+TEST_F(MadeUpProcessTableTest, AProcessOfAnUnknownUserIsLeftOut) {
+  addProcess("1", makeBundle("Some.app", identified("some")) + "/program");
+  for (const char* status : {"", "Name:\tprogram\n", "Uid:\t0\n", "Name:\tprogram\nUid:\t\n",
+                             "Name:\tprogram\nUid:\t30002\t0\t0\t0\n"}) {
+    _folder.write("proc/1/status", status);
+    EXPECT_THAT(listed(), IsEmpty()) << status;
+  }
 }
 
 TEST_F(MadeUpProcessTableTest, WithoutATableNothingRuns) { EXPECT_THAT(listed(), IsEmpty()); }

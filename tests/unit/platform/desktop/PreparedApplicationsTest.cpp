@@ -108,6 +108,19 @@ TEST_F(PreparedApplicationsTest, UnansweredQuestionsAreAskedAgain) {
   }
 }
 
+TEST_F(PreparedApplicationsTest, AProgramThatHangsIsNotAskedAgain) {
+  auto applications =
+      withProgram("echo started >>" + _desktop.path("log") + "\nexec /bin/sleep 1000\n");
+  const auto prepared = applications.prepared(kIdentifiers, kUrls);
+  for (const std::string_view identifier : kIdentifiers) {
+    EXPECT_EQ(prepared->withIdentifier(identifier), std::nullopt) << identifier;
+  }
+  for (const std::string_view url : kUrls) {
+    EXPECT_EQ(prepared->defaultFor(url), std::nullopt) << url;
+  }
+  EXPECT_EQ(content("log"), "started\n");
+}
+
 TEST_F(PreparedApplicationsTest, AProgramThatCannotBeStartedThrowsWhenItIsAsked) {
   auto applications = withProgram("");
   const std::string program = _desktop.path("libexec/ztportal-applications");

@@ -169,6 +169,21 @@ TEST(LinuxGestaltTest, IsRefinedByTheDistributionsOwnFile) {
   }
 }
 
+// Every Ubuntu had the bug-fix number 0.
+TEST(LinuxGestaltTest, IsRefinedByTheVersionForPeople) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"ID=ubuntu\nVERSION_ID=\"22.04\"\nVERSION=\"22.04.3 LTS (Jammy Jellyfish)\"\n", "22 4 3"},
+      {"VERSION=\"20.04.6 LTS (Focal Fossa)\"\nVERSION_ID=\"20.04\"\nID=ubuntu\n", "20 4 6"},
+      {"ID=ubuntu\nVERSION_ID=\"23.10\"\nVERSION=\"23.10 (Mantic Minotaur)\"\n", "23 10 0"},
+      {"ID=ubuntu\nVERSION_ID=\"22.04\"\nVERSION=\"24.04.1 LTS\"\n", "22 4 0"},
+      {"ID=sles\nVERSION_ID=\"15.5\"\nVERSION=\"15-SP5\"\n", "15 5 0"},
+      {"ID=ubuntu\nVERSION=\"22.04.3 LTS\"\n", "nothing"},
+  };
+  for (const auto& [release, expected] : rows) {
+    EXPECT_EQ(printed(numbersFor({{"etc/os-release", release}})), expected) << release;
+  }
+}
+
 TEST(LinuxGestaltTest, PacksTheVersionButNeverBelowTheSeparateNumbersFirst) {
   const std::pair<const char*, std::int32_t> rows[] = {
       {"12.3.4", 0x1234},

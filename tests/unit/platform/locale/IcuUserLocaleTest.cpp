@@ -26,6 +26,7 @@ class IcuUserLocaleTest : public testing::Test {
  private:
   ScopedEnvironment _all{"LC_ALL", nullptr};
   ScopedEnvironment _time{"LC_TIME", nullptr};
+  ScopedEnvironment _messages{"LC_MESSAGES", nullptr};
 };
 
 TEST_F(IcuUserLocaleTest, HasTheLanguageAndTheCountryOfTheEnvironment) {
@@ -50,11 +51,45 @@ TEST_F(IcuUserLocaleTest, HasTheLanguageAndTheCountryOfTheEnvironment) {
 
 TEST_F(IcuUserLocaleTest, FollowsTheFirstVariableThatIsSet) {
   const ScopedEnvironment lang("LANG", "de_DE");
+  EXPECT_EQ(locale.languageCode(), "de");
   EXPECT_EQ(locale.countryCode(), "DE");
+  const ScopedEnvironment messages("LC_MESSAGES", "it_IT");
   const ScopedEnvironment time("LC_TIME", "fr_FR");
+  EXPECT_EQ(locale.languageCode(), "it");
   EXPECT_EQ(locale.countryCode(), "FR");
   const ScopedEnvironment all("LC_ALL", "ja_JP");
+  EXPECT_EQ(locale.languageCode(), "ja");
   EXPECT_EQ(locale.countryCode(), "JP");
+}
+
+// The language was that of the locale for formats: "en" for a German user who has dates in the
+// neutral form, and "de" for an English one in Germany.
+TEST_F(IcuUserLocaleTest, TakesTheLanguageFromMessagesAndTheCountryFromFormats) {
+  struct Row {
+    const char* lang;
+    const char* messages;
+    const char* time;
+    ZtString language;
+    ZtString country;
+    ZtString germany;
+  };
+  const Row rows[] = {
+      {"de_DE.UTF-8", nullptr, "C", "de", nullptr, "Deutschland"},
+      {"de_DE.UTF-8", nullptr, "POSIX", "de", nullptr, "Deutschland"},
+      {"en_US.UTF-8", nullptr, "de_DE.UTF-8", "en", "DE", "Germany"},
+      {"de_DE.UTF-8", "fr_FR.UTF-8", nullptr, "fr", "DE", "Allemagne"},
+      {"de_DE.UTF-8", "C", nullptr, nullptr, "DE", "Germany"},
+  };
+  for (const Row& row : rows) {
+    const ScopedEnvironment lang("LANG", row.lang);
+    const ScopedEnvironment messages("LC_MESSAGES", row.messages);
+    const ScopedEnvironment time("LC_TIME", row.time);
+    SCOPED_TRACE(testing::Message() << row.lang << " " << (row.messages ? row.messages : "unset")
+                                    << " " << (row.time ? row.time : "unset"));
+    EXPECT_EQ(locale.languageCode(), row.language);
+    EXPECT_EQ(locale.countryCode(), row.country);
+    EXPECT_EQ(locale.countryName("DE"), row.germany);
+  }
 }
 
 TEST_F(IcuUserLocaleTest, NamesACountryInItsOwnLanguage) {

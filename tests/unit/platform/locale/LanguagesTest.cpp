@@ -10,7 +10,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 using zt::test::ScopedEnvironment;
 
 TEST(LanguageTagTest, IsCanonical) {
@@ -76,26 +75,15 @@ TEST(LanguageTagTest, HasParts) {
   EXPECT_EQ(bare.region, "");
 }
 
-TEST(LanguageTagTest, GainsAndLosesWhatGoesWithoutSaying) {
-  struct Row {
-    const char* tag;
-    const char* longest;
-    const char* shortest;
-  };
-  const Row rows[] = {
-      {"de", "de-Latn-DE", "de"},           {"de-DE", "de-Latn-DE", "de"},
-      {"de-AT", "de-Latn-AT", "de-AT"},     {"zh-TW", "zh-Hant-TW", "zh-TW"},
-      {"sr-Latn", "sr-Latn-RS", "sr-Latn"},
-  };
-  for (const Row& row : rows) {
-    EXPECT_EQ(zt::withLikelySubtags(row.tag), row.longest) << row.tag;
-    EXPECT_EQ(zt::withoutLikelySubtags(row.tag), row.shortest) << row.tag;
-  }
+TEST(LanguageTagTest, GainsTheLikelyScriptAndRegion) {
+  EXPECT_EQ(zt::withLikelySubtags("de"), "de-Latn-DE");
+  EXPECT_EQ(zt::withLikelySubtags("de-AT"), "de-Latn-AT");
+  EXPECT_EQ(zt::withLikelySubtags("zh-TW"), "zh-Hant-TW");
+  EXPECT_EQ(zt::withLikelySubtags("sr-Latn"), "sr-Latn-RS");
 }
 
 TEST(LanguageTagTest, NoLanguageStaysNoLanguage) {
   EXPECT_EQ(zt::withLikelySubtags(""), "");
-  EXPECT_EQ(zt::withoutLikelySubtags(""), "");
   EXPECT_EQ(zt::languageParts("").language, "");
 }
 
@@ -109,24 +97,45 @@ std::vector<std::string> languages(const char* language, const char* all, const 
   return zt::preferredLanguages();
 }
 
-TEST(PreferredLanguagesTest, AreShortCodes) {
+TEST(PreferredLanguagesTest, AreTheCodesOfReports) {
   struct Row {
     const char* locale;
     const char* code;
   };
   const Row rows[] = {
-      {"de_DE.UTF-8", "de"},     {"de_DE@euro", "de"},  {"de_AT", "de-AT"},
-      {"de_CH", "de-CH"},        {"de", "de"},          {"fr_FR", "fr"},
-      {"fr_CA", "fr-CA"},        {"ja_JP", "ja"},       {"ja_JP.eucJP", "ja"},
-      {"pt_BR", "pt-BR"},        {"pt_PT", "pt-PT"},    {"pt", "pt"},
-      {"en_US", "en-US"},        {"en_GB", "en-GB"},    {"en", "en"},
-      {"zh_CN", "zh-Hans"},      {"zh_SG", "zh-Hans"},  {"zh_TW", "zh-Hant"},
-      {"zh_HK", "zh-Hant"},      {"zh_MO", "zh-Hant"},  {"zh", "zh-Hans"},
-      {"zh_Hant_CN", "zh-Hant"}, {"nl_NL", "nl"},       {"nl_BE", "nl-BE"},
-      {"nn_NO", "nn"},           {"nb_NO", "nb"},       {"no_NO", "nb"},
-      {"sr_RS", "sr"},           {"sr_RS@latin", "sr"}, {"sr_ME", "sr-ME"},
-      {"ca_ES@valencia", "ca"},  {"es_ES", "es"},       {"es_MX", "es-MX"},
-      {"iw_IL", "he"},           {"gsw_CH", "gsw"},     {"th_TH@calendar=gregorian", "th"},
+      {"de_DE.UTF-8", "de"},
+      {"de_DE@euro", "de"},
+      {"de_AT", "de"},
+      {"de", "de"},
+      {"fr_CA", "fr"},
+      {"ja_JP.eucJP", "ja"},
+      {"es_MX", "es"},
+      {"es_419", "es"},
+      {"sr_ME", "sr"},
+      {"sr_RS@latin", "sr"},
+      {"ca_ES@valencia", "ca"},
+      {"pt_BR", "pt-BR"},
+      {"pt_PT", "pt-PT"},
+      {"pt_AO", "pt"},
+      {"pt", "pt"},
+      {"nl_NL", "nl"},
+      {"nl_BE", "nl-BE"},
+      {"en_US", "en-US"},
+      {"en_GB", "en-GB"},
+      {"en", "en"},
+      {"zh_CN", "zh-Hans"},
+      {"zh_SG", "zh-Hans"},
+      {"zh_TW", "zh-Hant"},
+      {"zh_HK", "zh-Hant"},
+      {"zh_MO", "zh-Hant"},
+      {"zh", "zh-Hans"},
+      {"zh_Hant_CN", "zh-Hant"},
+      {"nn_NO", "nn"},
+      {"nb_NO", "nb"},
+      {"no_NO", "nb"},
+      {"iw_IL", "he"},
+      {"gsw_CH", "gsw"},
+      {"th_TH@calendar=gregorian", "th"},
       {"uk_UA.KOI8-U", "uk"},
   };
   for (const Row& row : rows) {
@@ -137,7 +146,7 @@ TEST(PreferredLanguagesTest, AreShortCodes) {
 
 TEST(PreferredLanguagesTest, AreThoseOfTheListThenThatOfTheLocale) {
   EXPECT_THAT(languages("fr:de_AT:en", nullptr, nullptr, "de_DE.UTF-8"),
-              ElementsAre("fr", "de-AT", "en", "de"));
+              ElementsAre("fr", "de", "en"));
 }
 
 TEST(PreferredLanguagesTest, AreNamedOnce) {
@@ -145,8 +154,12 @@ TEST(PreferredLanguagesTest, AreNamedOnce) {
 }
 
 TEST(PreferredLanguagesTest, LeaveOutWhatIsNoLanguage) {
-  EXPECT_THAT(languages(":C::POSIX:fr:nonsense:", nullptr, nullptr, "de_DE"),
-              ElementsAre("fr", "de"));
+  EXPECT_THAT(languages("::fr:nonsense:", nullptr, nullptr, "de_DE"), ElementsAre("fr", "de"));
+}
+
+TEST(PreferredLanguagesTest, AreEnglishForAnUntranslatedEntryOfTheList) {
+  EXPECT_THAT(languages("fr:C", nullptr, nullptr, "de_DE"), ElementsAre("fr", "en", "de"));
+  EXPECT_THAT(languages("POSIX", nullptr, nullptr, "de_DE"), ElementsAre("en", "de"));
 }
 
 TEST(PreferredLanguagesTest, TakeTheFirstLocaleThatIsSetAndNotEmpty) {
@@ -155,12 +168,16 @@ TEST(PreferredLanguagesTest, TakeTheFirstLocaleThatIsSetAndNotEmpty) {
   EXPECT_THAT(languages(nullptr, nullptr, "", "de_DE"), ElementsAre("de"));
 }
 
-TEST(PreferredLanguagesTest, AreNoneInTheCLocaleWhateverTheListSays) {
-  for (const char* locale : {"C", "POSIX", "C.UTF-8", "", static_cast<const char*>(nullptr)}) {
-    EXPECT_THAT(languages("fr:de", nullptr, nullptr, locale), IsEmpty())
+// There was no language in these locales, which containers, services and installers run in, and the
+// inventory ended early: it listed no application.
+TEST(PreferredLanguagesTest, AreEnglishInTheCLocaleWhateverTheListSays) {
+  for (const char* locale : {"C", "POSIX", "C.UTF-8", "C.utf8", "nonsense", "und_DE", "",
+                             static_cast<const char*>(nullptr)}) {
+    EXPECT_THAT(languages(nullptr, nullptr, nullptr, locale), ElementsAre("en"))
         << (locale == nullptr ? "unset" : locale);
   }
-  EXPECT_THAT(languages("fr:de", "C", nullptr, "de_DE"), IsEmpty());
+  EXPECT_THAT(languages("fr:de", nullptr, nullptr, "C.UTF-8"), ElementsAre("en"));
+  EXPECT_THAT(languages("fr:de", "C", nullptr, "de_DE"), ElementsAre("en"));
 }
 
 using Names = std::vector<std::string>;

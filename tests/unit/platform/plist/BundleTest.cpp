@@ -1,6 +1,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
 
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/plist/Bundle.h"
@@ -157,6 +161,87 @@ TEST(Bundle, HasNoLocalizationsWithoutResources) {
   const auto bundle = Bundle::at(folder.path("Setup.app"));
   ASSERT_TRUE(bundle);
   EXPECT_THAT(bundle->localizations(), IsEmpty());
+}
+
+// Any user could put a bundle above the programs of others, as /tmp/Contents above an AppImage.
+TEST(Bundle, IsNoneIfSomebodyElseMayChangeIt) {
+  const TemporaryFolder folder;
+  constexpr uid_t kOther = 30001;
+  struct Row {
+    const char* path;
+    mode_t mode;
+    uid_t owner;
+    gid_t group;
+    bool isBundle;
+  } const rows[] = {
+      {"", 0755, 0, 0, true},
+      {"", 0775, 0, 0, true},  // the group "root" has no other members
+      {"", 0775, 0, 30001, false},
+      {"", 0755, 0, 30001, true},
+      {"", 0777, 0, 0, false},
+      {"", 01777, 0, 0, false},
+      {"", 0755, kOther, 0, false},
+      {"/Contents", 0777, 0, 0, false},
+      {"/Contents", 0755, kOther, 0, false},
+      {"/Contents/Info.plist", 0666, 0, 0, false},
+      {"/Contents/Info.plist", 0664, 0, 30001, false},
+      {"/Contents/Info.plist", 0644, kOther, 0, false},
+      {"/Contents/Linux", 0777, kOther, 0, true},  // only what is read from the bundle counts
+  };
+  for (const Row& row : rows) {
+    const std::string bundle = folder.path("Setup.app");
+    std::filesystem::create_directories(bundle + "/Contents/Linux");
+    folder.write("Setup.app/Contents/Info.plist", kInfo);
+    const std::string path = bundle + row.path;
+    ASSERT_EQ(::chmod(path.c_str(), row.mode), 0);
+    if (::chown(path.c_str(), row.owner, row.group) != 0) GTEST_SKIP() << "needs root";
+    const std::string executable = bundle + "/Contents/Linux/setup";
+    SCOPED_TRACE(testing::Message() << path << " " << std::oct << row.mode << std::dec << " "
+                                    << row.owner << ":" << row.group);
+    EXPECT_EQ(Bundle::at(bundle).has_value(), row.isBundle);
+    EXPECT_EQ(Bundle::pathAbove(executable).has_value(), row.isBundle);
+    EXPECT_EQ(Bundle::above(executable).has_value(), row.isBundle);
+    std::filesystem::remove_all(bundle);
+  }
+}
+
+TEST(Bundle, IsTheNextOneAboveOneThatDoesNotCount) {
+  const TemporaryFolder folder;
+  folder.write("Outer.app/Contents/Info.plist", kInfo);
+  folder.write("Outer.app/Inner.app/Contents/Info.plist", kInfo);
+  std::filesystem::permissions(folder.path("Outer.app/Inner.app"), std::filesystem::perms::all);
+  EXPECT_THAT(Bundle::pathAbove(folder.path("Outer.app/Inner.app/setup")),
+              Optional(folder.path("Outer.app")));
+}
+
+/// Who owns the program could change it as well as the bundle.
+TEST(Bundle, AboveAProgramMayBelongToItsOwner) {
+  const TemporaryFolder folder;
+  constexpr uid_t kOther = 30001;
+  folder.write("Setup.app/Contents/Info.plist", kInfo);
+  const std::string executable = folder.write("Setup.app/setup", "");
+  for (const char* path : {"Setup.app", "Setup.app/Contents", "Setup.app/Contents/Info.plist"}) {
+    if (::chown(folder.path(path).c_str(), kOther, kOther) != 0) GTEST_SKIP() << "needs root";
+  }
+  EXPECT_FALSE(Bundle::above(executable));
+  ASSERT_EQ(::chown(executable.c_str(), kOther, kOther), 0);
+  EXPECT_TRUE(Bundle::above(executable));
+  EXPECT_FALSE(Bundle::pathAbove(executable));
+  EXPECT_FALSE(Bundle::at(folder.path("Setup.app")));
+}
+
+TEST(Bundle, HasNoResourceThatSomebodyElseMayChange) {
+  const TemporaryFolder folder;
+  folder.write("Setup.app/Contents/Info.plist", kInfo);
+  const std::string file = folder.write("Setup.app/Contents/Resources/ghost.plist", "");
+  const auto bundle = Bundle::at(folder.path("Setup.app"));
+  ASSERT_TRUE(bundle);
+  ASSERT_TRUE(bundle->resource("ghost", "plist"));
+  ASSERT_EQ(::chmod(file.c_str(), 0666), 0);
+  EXPECT_FALSE(bundle->resource("ghost", "plist"));
+  ASSERT_EQ(::chmod(file.c_str(), 0644), 0);
+  ASSERT_EQ(::chmod(folder.path("Setup.app/Contents/Resources").c_str(), 0777), 0);
+  EXPECT_FALSE(bundle->resource("ghost", "plist"));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -26,6 +27,7 @@
 
 namespace {
 
+using testing::UnorderedElementsAre;
 using zt::LinuxSubprocesses;
 using zt::test::inForkedProcess;
 using zt::test::ScopedEnvironment;
@@ -273,11 +275,58 @@ TEST(LinuxSubprocessesTest, PutsTheLibrarysProgramsAtTheEndOfThePath) {
   }
 }
 
-TEST(LinuxSubprocessesTest, TheRestOfTheEnvironmentIsTheHosts) {
+// The whole environment of the host was passed. `BASH_ENV`, say, names a script that a shell runs
+// first.
+TEST(LinuxSubprocessesTest, PassesNoOtherVariablesThanPathLanguageAndHome) {
+  const TemporaryFolder folder;
+  const std::string script = folder.write("script", "echo unexpected\n");
+  const ScopedEnvironment start("BASH_ENV", script.c_str());
+  const ScopedEnvironment function("BASH_FUNC_printenv%%", "() { echo unexpected\n}");
+  const ScopedEnvironment path("PATH", "/usr/bin:/bin");
+  const ScopedEnvironment language("LANG", "de_DE");
+  const ScopedEnvironment home("HOME", "/home/a b");
+  EXPECT_THAT(lines(LinuxSubprocesses("/lib").output("/usr/bin/printenv", {})),
+              UnorderedElementsAre("LANG=de_DE", "HOME=/home/a b", "PATH=/usr/bin:/bin:/lib"));
+  EXPECT_EQ(LinuxSubprocesses("").output("/bin/bash", {"-c", "printenv HOME"}), "/home/a b\n");
+  const ScopedEnvironment noLanguage("LANG", nullptr);
+  const ScopedEnvironment noHome("HOME", nullptr);
+  EXPECT_EQ(LinuxSubprocesses("/lib").output("/usr/bin/printenv", {}), "PATH=/usr/bin:/bin:/lib\n");
+}
+
+TEST(LinuxSubprocessesTest, AStartedProgramHasTheHostsEnvironment) {
   const ScopedEnvironment some("ZT_TEST_SOME", "a=b \"c\"");
   const ScopedEnvironment path("PATHS", "/bin");
-  EXPECT_EQ(LinuxSubprocesses("/lib").output("/usr/bin/printenv", {"ZT_TEST_SOME", "PATHS"}),
-            "a=b \"c\"\n/bin\n");
+  const auto program =
+      LinuxSubprocesses("/lib").start("/usr/bin/printenv", {"ZT_TEST_SOME", "PATHS"});
+  EXPECT_EQ(program->readToEnd(), "a=b \"c\"\n/bin\n");
+}
+
+// A subprocess that did not end blocked the host for ever.
+TEST(LinuxSubprocessesTest, EndsWithAllThatItStartedAfterFiveSeconds) {
+  struct Row {
+    const char* script;
+    const char* output;
+  };
+  const Row rows[] = {
+      {"echo 80; sleep 1000 | cat", ""},               // does not close its output
+      {"echo 80; sleep 1000 & echo more", ""},         // leaves somebody with its output behind
+      {"echo 80; exec >&-; sleep 1000", "80\n"},       // does not end
+      {"echo 80; exec >&-; cat; sleep 1000", "80\n"},  // the same after its input has ended
+  };
+  std::vector<std::jthread> threads;
+  for (const Row& row : rows) {
+    threads.emplace_back([&row] {
+      const auto start = std::chrono::steady_clock::now();
+      EXPECT_EQ(outputOf(row.script), row.output) << row.script;
+      const auto took = std::chrono::steady_clock::now() - start;
+      EXPECT_GE(took, std::chrono::seconds(5)) << row.script;
+      EXPECT_LT(took, std::chrono::seconds(60)) << row.script;
+    });
+  }
+}
+
+TEST(LinuxSubprocessesTest, AnOutputWithoutEndIsNone) {
+  EXPECT_EQ(LinuxSubprocesses("").output("/usr/bin/yes", {"80"}), "");
 }
 
 }  // namespace

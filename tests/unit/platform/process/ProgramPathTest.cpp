@@ -1,5 +1,6 @@
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -9,6 +10,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "TestPaths.h"
 #include "tests/support/ScopedEnvironment.h"
@@ -89,10 +91,17 @@ TEST_F(ExecutableTest, MayBeNamedLikeADeletedFile) {
 
 constexpr const char* kTellFolder = "ZT_TEST_TELL_LIBEXEC_FOLDER";
 
-/// A copy of this program that is started with the variable set says where it finds the folder.
+/// A copy of this program that is started with the variable set says where it finds the folder, or
+/// if it is "missing" which programs it does not find.
 const bool kIsTelling = [] {
-  if (std::getenv(kTellFolder) == nullptr) return false;
-  std::puts(zt::libexecFolder().c_str());
+  const char* const what = std::getenv(kTellFolder);
+  if (what == nullptr) return false;
+  std::string told = zt::libexecFolder();
+  if (what == std::string_view("missing")) {
+    told.clear();
+    for (const std::string& path : zt::missingLibexecPrograms()) told.append(path).append(" ");
+  }
+  std::puts(told.c_str());
   std::fflush(stdout);
   ::_exit(0);
 }();
@@ -114,9 +123,9 @@ class LibexecFolderTest : public testing::Test {
     return path;
   }
 
-  /// The folder that a copy of this program finds, which the library is linked into.
-  std::optional<std::string> foundByProgram(const std::string& name) {
-    const ScopedEnvironment tell(kTellFolder, "");
+  /// What a copy of this program finds; the library is linked into it.
+  std::optional<std::string> foundByProgram(const std::string& name, const char* what = "") {
+    const ScopedEnvironment tell(kTellFolder, what);
     Subprocess program({copy("/proc/self/exe", name)});
     return program.readLine(std::chrono::seconds(60));
   }
@@ -176,6 +185,39 @@ TEST_F(LibexecFolderTest, TheInstallationPrefixIsTheLastResort) {
   EXPECT_EQ(foundByProgram("bin/program"), expected);
   _folder.write("libexec/ztportal", "a file");
   EXPECT_EQ(foundByLibrary("lib/libsome.so"), expected);
+}
+
+// A program in /tmp/setup ran whatever somebody had put into /tmp/libexec/ztportal.
+TEST_F(LibexecFolderTest, OneThatSomebodyElseMayChangeIsNone) {
+  const std::string configured = zt::test::paths::kLibexecFolder;
+  const std::string none = std::filesystem::is_directory(configured) ? configured : "";
+  const std::string folder = makeFolder("libexec/ztportal");
+  ASSERT_EQ(foundByProgram("bin/first"), folder);
+  for (const char* name : {"libexec", "libexec/ztportal"}) {
+    const std::string path = _root + "/" + name;
+    ASSERT_EQ(::chmod(path.c_str(), 0777), 0);
+    EXPECT_EQ(foundByProgram("bin/writable" + std::to_string(path.size())), none) << name;
+    ASSERT_EQ(::chmod(path.c_str(), 0755), 0);
+    if (::chown(path.c_str(), 30001, 0) != 0) continue;  // needs root
+    EXPECT_EQ(foundByProgram("bin/other" + std::to_string(path.size())), none) << name;
+    ASSERT_EQ(::chown(path.c_str(), ::geteuid(), 0), 0);
+  }
+  EXPECT_EQ(foundByProgram("bin/last"), folder);
+}
+
+TEST_F(LibexecFolderTest, NamesWhatIsMissing) {
+  if (std::filesystem::is_directory(zt::test::paths::kLibexecFolder)) {
+    GTEST_SKIP() << "the library is installed here";
+  }
+  const std::string folder = _root + "/libexec/ztportal/";
+  const std::string all = folder + "dscl " + folder + "ztportal-applications ";
+  EXPECT_EQ(foundByProgram("bin/first", "missing"), all);
+  EXPECT_EQ(foundByProgram("lib/x86_64-linux-gnu/second", "missing"), all);
+  copy("/bin/true", "libexec/ztportal/dscl");
+  EXPECT_EQ(foundByProgram("bin/third", "missing"), folder + "ztportal-applications ");
+  copy("/bin/true", "libexec/ztportal/ztportal-applications");
+  EXPECT_EQ(foundByProgram("bin/fourth", "missing"), "");
+  EXPECT_TRUE(zt::missingLibexecPrograms().empty()) << "of this build";
 }
 
 class ProgramPathTest : public testing::Test {
