@@ -83,7 +83,12 @@ std::string reportText(const ReportHeader& header,
   appendText(xml, indent, kPools.text(soap));
 
   const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
-  for (const auto& pool : pools) pool->addToXml(poolPrefix, xml, soap);
+  // A field of the host's may add a pool while it is written; none is ever removed.
+  const std::size_t count = pools.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::shared_ptr<ZtPortalPool> pool = pools[i];
+    pool->addToXml(poolPrefix, xml, soap);
+  }
 
   appendText(xml, indent, "  </Datas>\r\n", indent, "</reportData>\r\n");
   if (soap) {
