@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "ztportal/base/ZtAtomic.h"
+#include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
@@ -43,4 +44,10 @@ ZtString ZtHost::bundleInfo(const std::string& key) {
   const Info& info = given != nullptr ? *given : mainBundleInfo();
   if (const auto found = info.find(key); found != info.end()) return found->second;
   return key == "CFBundleName" ? executableName() : ZtString();
+}
+
+void ZtHost::closeConnections() {
+  zt::Platform& platform = zt::Platform::current();
+  platform.http().closeConnections();
+  platform.broadcast().closeConnections();
 }

@@ -27,4 +27,9 @@ class ZT_EXPORT ZtHost {
   /// The value of a key from `setBundleInfo`, or if that was never called from the main bundle.
   /// Missing for an unknown key, except "CFBundleName": that is then the executable's file name.
   static ZtString bundleInfo(const std::string& key);
+
+  /// Closes the connections that the library keeps for the next report of the calling thread: to
+  /// the reporting server and to the session bus. The next report opens new ones. For hosts that
+  /// want no open connection between two reports; those of a thread are also closed when it ends.
+  static void closeConnections();
 };

@@ -14,6 +14,7 @@
 #include "tests/support/Printing.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
+#include "ztportal/platform/FakePlatform.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace {
@@ -182,6 +183,13 @@ TEST_F(ZtHostThatNamesItselfTest, MayBeReadWhileAnotherThreadSetsIt) {
   }
   writer.join();
   EXPECT_EQ(mixtures, 0);
+}
+
+TEST(ZtHostTest, ClosesTheConnectionsToTheServerAndToTheBus) {
+  zt::test::FakePlatform platform;
+  ZtHost::closeConnections();
+  EXPECT_EQ(platform.http_.closings, 1);
+  EXPECT_EQ(platform.broadcast_.closings, 1);
 }
 
 }  // namespace

@@ -16,6 +16,9 @@ class Broadcast {
   /// happens. Missing strings are sent as "(null)".
   virtual void post(const ZtString& name, const ZtString& object,
                     const std::map<std::string, ZtString>& userInfo) = 0;
+
+  /// Closes what is kept open on this thread for the next message.
+  virtual void closeConnections() = 0;
 };
 
 }  // namespace zt

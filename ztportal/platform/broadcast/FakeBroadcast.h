@@ -22,9 +22,11 @@ class FakeBroadcast final : public Broadcast {
     posted.push_back({name, object, userInfo});
     if (onPost) onPost();
   }
+  void closeConnections() override { ++closings; }
 
   std::vector<Message> posted;
   std::function<void()> onPost;  // may throw
+  int closings = 0;              // calls of closeConnections()
 };
 
 }  // namespace zt::test

@@ -22,6 +22,7 @@ class LinuxBroadcast final : public Broadcast {
 
   void post(const ZtString& name, const ZtString& object,
             const std::map<std::string, ZtString>& userInfo) override;
+  void closeConnections() override;
 };
 
 }  // namespace zt

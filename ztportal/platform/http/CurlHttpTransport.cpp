@@ -131,17 +131,20 @@ struct ThreadHandle {
 // Without a destructor, so that a host may still send from its own static destructors.
 constinit thread_local ThreadHandle threadHandle;
 
-struct ThreadHandleCloser {
-  ~ThreadHandleCloser() {
-    if (threadHandle.handle != nullptr && threadHandle.process == getpid()) {
-      // libcurl ignores SIGPIPE meanwhile, for the whole process. Two threads that did so at once
-      // could leave it ignored.
-      static std::mutex mutex;
-      const std::lock_guard lock(mutex);
-      threadHandle.cleanup(threadHandle.handle);
-    }
-    threadHandle = {};
+/// Closes the connections of this thread. A forked process leaves those of its parent alone.
+void closeThreadHandle() {
+  if (threadHandle.handle != nullptr && threadHandle.process == getpid()) {
+    // libcurl ignores SIGPIPE meanwhile, for the whole process. Two threads that did so at once
+    // could leave it ignored.
+    static std::mutex mutex;
+    const std::lock_guard lock(mutex);
+    threadHandle.cleanup(threadHandle.handle);
   }
+  threadHandle = {};
+}
+
+struct ThreadHandleCloser {
+  ~ThreadHandleCloser() { closeThreadHandle(); }
 };
 
 /// The handle of this thread, set back to libcurl's defaults; null if libcurl returns none.
@@ -329,6 +332,8 @@ HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
     return {};
   }
 }
+
+void CurlHttpTransport::closeConnections() { closeThreadHandle(); }
 
 const std::string& CurlHttpTransport::loadError() { return library().error; }
 

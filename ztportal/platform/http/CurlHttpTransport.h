@@ -35,6 +35,7 @@ class CurlHttpTransport final : public HttpTransport {
   ~CurlHttpTransport() override;
 
   HttpResponse exchange(const HttpRequest& request) noexcept override;
+  void closeConnections() override;
 
   /// Why no request can be sent, in the words of dlerror(3); empty if libcurl is usable. Loads it.
   const std::string& loadError();

@@ -34,9 +34,11 @@ class FakeHttpTransport final : public HttpTransport {
     last.timeout = request.timeout;
     return answer ? answer(last) : HttpResponse{};
   }
+  void closeConnections() override { ++closings; }
 
   std::function<HttpResponse(const Asked&)> answer;
   std::vector<Asked> asked;
+  int closings = 0;  // calls of closeConnections()
 };
 
 }  // namespace zt::test

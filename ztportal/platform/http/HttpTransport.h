@@ -36,6 +36,9 @@ class HttpTransport {
   /// Every failure (no such host, refused, timed out, cut off, larger than the limit of the
   /// implementation) gives status 0.
   virtual HttpResponse exchange(const HttpRequest& request) = 0;
+
+  /// Closes what is kept open on this thread for the next exchange.
+  virtual void closeConnections() = 0;
 };
 
 }  // namespace zt
