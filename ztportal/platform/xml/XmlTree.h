@@ -22,8 +22,8 @@ struct XmlFault {
 };
 
 /// Parses `text`, which is UTF-8 without NUL bytes and byte order mark. Null when it is not
-/// well-formed, too long, or its entities grow beyond measure; then `fault` is set. The caller
-/// releases the tree.
+/// namespace-well-formed, too long, or its entities grow beyond measure; then `fault` is set. The
+/// caller releases the tree.
 void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault);
 void releaseXmlTree(void* tree);
 
@@ -33,6 +33,7 @@ const void* xmlTreeRoot(const void* tree);
 
 // As ZtXMLNode's operations of the same names.
 ZtString xmlNodeName(const void* node);
+bool xmlNodeIsElement(const void* node);
 std::string xmlNodeText(const void* node);
 std::vector<const void*> xmlNodeChildren(const void* node, ZtXMLKeep keep);
 std::vector<std::pair<ZtString, ZtString>> xmlNodeAttributes(const void* node);
