@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -131,6 +132,18 @@ TEST_F(RequestTextTest, HasThePoolsThatWereThereWhenItWasBegun) {
   EXPECT_THAT(text, HasSubstr("called\r\n"));
   EXPECT_THAT(text, HasSubstr("Pool=\"EMPTY\""));
   EXPECT_THAT(text, Not(HasSubstr("Pool=\"NEW\"")));
+}
+
+// Each pool looked for the time zone by itself, so that one text could have dates of two zones.
+TEST_F(RequestTextTest, IsWrittenInTheZoneInWhichItWasBegun) {
+  std::optional<ScopedEnvironment> otherZone;
+  const auto change = [&otherZone] { otherZone.emplace("TZ", "NST3:30"); };
+  pools[0]->fields()->mutableFields()->push_back(std::make_shared<CallingField>(change));
+  pools[1]->setTimeStamp(ZtDate::fromMilliseconds(1795262400123));
+  EXPECT_THAT(reportText(kHeader, pools, false),
+              HasSubstr("Pool=\"EMPTY\">\r\n      <Date>2026-11-21T12:00:00.123UTC</Date>"));
+  EXPECT_THAT(reportText(kHeader, pools, false),
+              HasSubstr("Pool=\"EMPTY\">\r\n      <Date>2026-11-21T08:30:00.123NST</Date>"));
 }
 
 TEST_F(RequestTextTest, TheVersionRequestByteForByte) {
