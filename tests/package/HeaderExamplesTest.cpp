@@ -84,7 +84,7 @@ TEST(HeaderExamplesTest, ZtAtomic) {
 }
 
 TEST(HeaderExamplesTest, ZtXMLDocument) {
-  auto document = ZtXMLDocument::parse("<a><ns:b key='1'>two</ns:b></a>");
+  auto document = ZtXMLDocument::parse("<a xmlns:ns='urn:n'><ns:b key='1'>two</ns:b></a>");
   ZtXMLNode root = *document->rootElement();
   ZtXMLNode child = root.children().front();
   child.name();

@@ -47,7 +47,8 @@ class ZT_EXPORT ZtPortalDef {
   static ZtString appendSOAPParams(bool soap, const ZtString& params);
 
   /// `date` in the format "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35) in the process's time zone
-  /// and the user's locale, for example "2026-11-21T13:00:00.000GMT+1". Missing for a missing date.
+  /// and the user's locale at the time of the call, for example "2026-11-21T13:00:00.000GMT+1"; in
+  /// the `addToXml` of a field, those of the report's text. Missing for a missing date.
   static ZtString stringFromDate(const ZtDate& date);
 
   static void addStringFieldToXml(const ZtString& prefix, std::string& xml, const ZtString& name,

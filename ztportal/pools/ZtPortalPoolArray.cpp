@@ -1,6 +1,7 @@
 #include "ztportal/pools/ZtPortalPoolArray.h"
 
 #include <string_view>
+#include <typeinfo>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/pools/ListAccess.h"
@@ -9,6 +10,15 @@
 namespace {
 
 constexpr std::string_view kChildIndent = "    ";
+
+/// Whether `field` is null or a value field of the library. Any other may be a class of the host's
+/// or contain one, whose `addToXml` may change the report.
+bool runsNoHostCode(const ZtPortalPoolField* field) {
+  if (field == nullptr) return true;
+  const std::type_info* const type = &typeid(*field);
+  return type == &typeid(ZtPortalPoolString) || type == &typeid(ZtPortalPoolInteger) ||
+         type == &typeid(ZtPortalPoolFloat) || type == &typeid(ZtPortalPoolBOOL);
+}
 
 template <class Child>
 std::shared_ptr<Child> added(ZtPortalPoolArray::Fields* list, std::shared_ptr<Child> child) {
@@ -44,11 +54,18 @@ void ZtPortalPoolArray::addToXml(const ZtString& prefix, std::string& xml, bool 
   zt::appendText(xml, lead, zt::kArrayEnd);
 }
 
+// The text is that of a snapshot. Copying a long list takes as long as writing a part of it, so
+// only those children are copied that are written after host code may have changed the list.
 void ZtPortalPoolArray::addChildrenToXml(const ZtString& prefix, std::string& xml,
                                          bool soap) const {
   if (_mutableFields == nullptr) return;
-  for (const auto& child : *_mutableFields) {
-    if (child != nullptr) child->addToXml(prefix, xml, soap);
+  auto child = _mutableFields->begin();
+  for (; child != _mutableFields->end() && runsNoHostCode(child->get()); ++child) {
+    if (*child != nullptr) (*child)->addToXml(prefix, xml, soap);
+  }
+  const Fields others(child, _mutableFields->end());
+  for (const auto& other : others) {
+    if (other != nullptr) other->addToXml(prefix, xml, soap);
   }
 }
 

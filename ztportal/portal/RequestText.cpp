@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "ztportal/base/Text.h"
+#include "ztportal/platform/time/DateText.h"
 #include "ztportal/pools/Markup.h"
 
 namespace zt {
@@ -66,6 +67,7 @@ constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
 std::string reportText(const ReportHeader& header,
                        const std::vector<std::shared_ptr<ZtPortalPool>>& pools, bool soap) {
   if (pools.empty()) return "";  // hosts recognise an empty report by its empty text
+  const Timestamps allInOneZone;
   const std::string_view indent = soap ? kSoapIndent : std::string_view();
   std::string xml;
   xml.reserve(kUsualSize);
@@ -83,7 +85,12 @@ std::string reportText(const ReportHeader& header,
   appendText(xml, indent, kPools.text(soap));
 
   const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
-  for (const auto& pool : pools) pool->addToXml(poolPrefix, xml, soap);
+  // A field of the host's may add a pool while it is written; none is ever removed.
+  const std::size_t count = pools.size();
+  for (std::size_t i = 0; i < count; ++i) {
+    const std::shared_ptr<ZtPortalPool> pool = pools[i];
+    pool->addToXml(poolPrefix, xml, soap);
+  }
 
   appendText(xml, indent, "  </Datas>\r\n", indent, "</reportData>\r\n");
   if (soap) {

@@ -47,8 +47,7 @@ bool matches(std::string_view text, std::string_view pattern) {
 template <class Predicate>
 std::optional<ZtXMLNode> firstChild(const ZtXMLNode& node, Predicate isWanted) {
   for (const ZtXMLNode& child : node.children()) {
-    const ZtString name = child.name();
-    if (!name.isNull() && isWanted(name.view())) return child;
+    if (child.isElement() && isWanted(child.name().view())) return child;
   }
   return std::nullopt;
 }

@@ -18,20 +18,19 @@ class ZT_EXPORT ZtUtils {
  public:
   ZtUtils() = delete;
 
-  /// The first child whose name, prefix included, is exactly `name`. Texts and comments have no
-  /// name.
+  /// The first child element whose name, prefix included, is exactly `name`.
   static std::optional<ZtXMLNode> childNamed(const ZtXMLNode& node, const ZtString& name);
 
-  /// The first child whose name in lower case matches `pattern`: "*" matches any number of
-  /// characters,
-  /// "?" one character, everything else itself. The pattern is not converted to lower case, so a
+  /// The first child element whose name in lower case matches `pattern`: "*" matches any number
+  /// of characters, "?" one character, everything else itself. The pattern is not converted to lower case, so a
   /// pattern with a capital letter matches nothing.
   static std::optional<ZtXMLNode> childNamedLike(const ZtXMLNode& node, const ZtString& pattern);
 
   /// The texts of all children, texts and comments included, in document order.
   static std::vector<ZtString> childrenAsStrings(const ZtXMLNode& node);
 
-  /// The attributes of all children named `name`, by name; a later one replaces an earlier one.
+  /// The attributes of all child elements named `name`, by name; a later one replaces an earlier
+  /// one.
   static std::map<std::string, ZtString> nodesContentAsDictionary(const ZtXMLNode& element,
                                                                   const ZtString& name);
 };

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
+#include "tests/support/CallingField.h"
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolArray.h"
 
@@ -12,6 +14,7 @@ namespace {
 
 using zt::test::crlf;
 using zt::test::fieldLines;
+using zt::test::CallingField;
 using zt::test::written;
 
 class ZtPortalPoolArrayTextTest : public zt::test::PoolsFixture {};
@@ -135,6 +138,48 @@ TEST_F(ZtPortalPoolArrayTextTest, AppendsTheCurrentChildrenAlsoThoseOfAnotherArr
             "    </Field>\r\n"
             "  </Fields>\r\n"
             "</Data>\r\n");
+}
+
+// The children were read from the live list, so a field that changed the list while it was written
+// made the writer read freed memory.
+TEST_F(ZtPortalPoolArrayTextTest, WritesTheChildrenItHadWhenItsTextWasBegun) {
+  const auto array = ZtPortalPoolArray::initWithName("LIST");
+  const struct {
+    const char* change;
+    std::function<void()> make;
+  } rows[] = {
+      {"adds many",
+       [&] {
+         for (int i = 0; i < 100; ++i) array->addString("S", "added");
+       }},
+      {"removes itself", [&] { array->deleteField(1); }},
+      {"removes all", [&] { array->mutableFields()->clear(); }},
+      {"has another list",
+       [&] { array->setMutableFields(std::make_shared<ZtPortalPoolArray::Fields>()); }},
+      {"has no list", [&] { array->setMutableFields(nullptr); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.change);
+    array->setMutableFields(std::make_shared<ZtPortalPoolArray::Fields>());
+    array->addBOOL("B", 1);
+    array->mutableFields()->push_back(std::make_shared<CallingField>(row.make));
+    array->addInteger("I", 1);
+    EXPECT_EQ(written(*array, "", false),
+              "<Field FieldType=\"array\">\r\n"
+              "  <Name>LIST</Date>\r\n"
+              "  <Fields>\r\n"
+              "    <Field FieldType=\"boolean\">\r\n"
+              "      <Name>B</Name>\r\n"
+              "      <Value>TRUE</Value>\r\n"
+              "    </Field>\r\n"
+              "called\r\n"
+              "    <Field FieldType=\"integer\">\r\n"
+              "      <Name>I</Name>\r\n"
+              "      <Value>1</Value>\r\n"
+              "    </Field>\r\n"
+              "  </Fields>\r\n"
+              "</Data>\r\n");
+  }
 }
 
 }  // namespace

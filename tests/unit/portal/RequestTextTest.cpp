@@ -1,14 +1,22 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "tests/support/CallingField.h"
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "ztportal/portal/RequestText.h"
 
 namespace zt::test {
 namespace {
+
+using ::testing::HasSubstr;
+using ::testing::Not;
 
 const ReportHeader kHeader{"{R}", "{M}", "Kelvane", "{A}", "2.1.77"};
 
@@ -111,6 +119,31 @@ TEST_F(RequestTextTest, MissingIdentifiersAreNullAndOthersAreNotEscaped) {
 TEST_F(RequestTextTest, IsEmptyWithoutPools) {
   EXPECT_EQ(reportText(kHeader, {}, true), "");
   EXPECT_EQ(reportText(kHeader, {}, false), "");
+}
+
+// The pools were read from the live list, so a field that added a pool while it was written made
+// the writer read freed memory.
+TEST_F(RequestTextTest, HasThePoolsThatWereThereWhenItWasBegun) {
+  const auto addPools = [this] {
+    for (int i = 0; i < 100; ++i) pools.push_back(ZtPortalPool::initWithValues("NEW", ZtDate()));
+  };
+  pools[0]->fields()->mutableFields()->push_back(std::make_shared<CallingField>(addPools));
+  const std::string text = reportText(kHeader, pools, false);
+  EXPECT_THAT(text, HasSubstr("called\r\n"));
+  EXPECT_THAT(text, HasSubstr("Pool=\"EMPTY\""));
+  EXPECT_THAT(text, Not(HasSubstr("Pool=\"NEW\"")));
+}
+
+// Each pool looked for the time zone by itself, so that one text could have dates of two zones.
+TEST_F(RequestTextTest, IsWrittenInTheZoneInWhichItWasBegun) {
+  std::optional<ScopedEnvironment> otherZone;
+  const auto change = [&otherZone] { otherZone.emplace("TZ", "NST3:30"); };
+  pools[0]->fields()->mutableFields()->push_back(std::make_shared<CallingField>(change));
+  pools[1]->setTimeStamp(ZtDate::fromMilliseconds(1795262400123));
+  EXPECT_THAT(reportText(kHeader, pools, false),
+              HasSubstr("Pool=\"EMPTY\">\r\n      <Date>2026-11-21T12:00:00.123UTC</Date>"));
+  EXPECT_THAT(reportText(kHeader, pools, false),
+              HasSubstr("Pool=\"EMPTY\">\r\n      <Date>2026-11-21T08:30:00.123NST</Date>"));
 }
 
 TEST_F(RequestTextTest, TheVersionRequestByteForByte) {

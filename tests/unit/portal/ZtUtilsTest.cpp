@@ -47,6 +47,9 @@ TEST(ZtUtilsTest, ChildNamedIsTheFirstDirectChildOfExactlyThatName) {
       {"<r>text<!--comment--></r>", nullptr, nullptr},
       {"<r>text<!--comment--></r>", "", nullptr},
       {"<r>text</r>", "text", nullptr},
+      // A processing instruction was taken for an element of its name.
+      {"<r><?b 1?><b>2</b></r>", "b", "2"},
+      {"<r><?b 1?></r>", "b", nullptr},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(textOf(ZtUtils::childNamed(rootOf(row.text), row.name)), row.expected)
@@ -55,7 +58,7 @@ TEST(ZtUtilsTest, ChildNamedIsTheFirstDirectChildOfExactlyThatName) {
 }
 
 TEST(ZtUtilsTest, ChildNamedOfADocumentFindsItsRoot) {
-  const auto document = ZtXMLDocument::parse("<!--c--><r><a>1</a></r>");
+  const auto document = ZtXMLDocument::parse("<!DOCTYPE r><!--c--><?r 2?><r><a>1</a></r>");
   ASSERT_NE(document, nullptr);
   EXPECT_EQ(textOf(ZtUtils::childNamed(document->documentNode(), "r")), "1");
   EXPECT_EQ(textOf(ZtUtils::childNamed(document->documentNode(), "a")), nullptr);
@@ -75,7 +78,7 @@ TEST(ZtUtilsTest, ChildNamedLikeIsTheFirstDirectChildWhoseLowerCaseNameMatches) 
       {"<r>text<!--a--><a1>1</a1><a2>2</a2></r>", "a?", "1"},
       {"<r><a1>1</a1><A2>2</A2></r>", "*2", "2"},
       {"<r><a><b>1</b></a></r>", "b*", nullptr},
-      {"<r>text<!--comment--></r>", "*", nullptr},
+      {"<r>text<!--comment--><?b 1?></r>", "*", nullptr},
       {"<r>text<!--comment--></r>", "", nullptr},
       {"<r><a>1</a></r>", nullptr, nullptr},
   };
@@ -161,10 +164,13 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
 }
 
 TEST(ZtUtilsTest, ChildrenAsStringsHasOneEntryPerChildTextNodesIncluded) {
-  EXPECT_THAT(
-      ZtUtils::childrenAsStrings(rootOf("<r>one<a>two<b>three</b></a>four<c/><!--five--></r>")),
-      ElementsAre(ZtString("one"), ZtString("twothree"), ZtString("four"), ZtString(""),
-                  ZtString("five")));
+  EXPECT_THAT(ZtUtils::childrenAsStrings(
+                  rootOf("<r>one<a>two<b>three</b></a>four<c/><!--five--><?p six?></r>")),
+              ElementsAre(ZtString("one"), ZtString("twothree"), ZtString("four"), ZtString(""),
+                          ZtString("five"), ZtString("six")));
+  const auto document = ZtXMLDocument::parse("<!DOCTYPE r [<!--no-->]><!--1--><r>2</r><?p 3?>");
+  EXPECT_THAT(ZtUtils::childrenAsStrings(document->documentNode()),
+              ElementsAre(ZtString("1"), ZtString("2"), ZtString("3")));
   EXPECT_THAT(ZtUtils::childrenAsStrings(rootOf("<r/>")), IsEmpty());
 }
 

@@ -42,7 +42,8 @@ bool isOf(const ZtXMLNode& component, std::string_view desktopId, std::string_vi
   for (const ZtXMLNode& child : component.children()) {
     const bool isLaunchable =
         child.name() == "launchable" && attribute(child, "type") == "desktop-id";
-    if (!isLaunchable && child.name() != "id") continue;
+    const bool isId = child.isElement() && child.name() == "id";
+    if (!isLaunchable && !isId) continue;
     const ZtString text = child.text();
     const std::string_view id = trimmed(text.view());
     if (id == desktopId || (!isLaunchable && id == withoutEnding)) return true;

@@ -1,5 +1,7 @@
 #include "ztportal/platform/time/DateText.h"
 
+#include <sys/stat.h>
+#include <sys/types.h>
 #include <unicode/basictz.h>
 #include <unicode/datefmt.h>
 #include <unicode/simpletz.h>
@@ -25,9 +27,33 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// What the environment says about dates. Valid until the environment changes.
+/// The state of the file that holds the machine's time zone; all zero if there is none. Another
+/// zone is another file behind a link, or the same one written anew.
+struct ZoneFile {
+  dev_t device = 0;
+  ino_t inode = 0;
+  off_t size = 0;
+  std::chrono::nanoseconds modified{0};
+  std::chrono::nanoseconds changed{0};
+
+  static ZoneFile ofTheMachine() {
+    struct stat status {};
+    if (::stat("/etc/localtime", &status) != 0) return {};
+    return {status.st_dev, status.st_ino, status.st_size, sinceEpoch(status.st_mtim),
+            sinceEpoch(status.st_ctim)};
+  }
+  bool operator==(const ZoneFile&) const = default;
+
+ private:
+  static std::chrono::nanoseconds sinceEpoch(const timespec& time) {
+    return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+  }
+};
+
+/// What decides how dates are written. Valid until the environment changes.
 struct TimeEnvironment {
   const char* zone = std::getenv("TZ");
+  ZoneFile zoneFile = zone == nullptr ? ZoneFile::ofTheMachine() : ZoneFile();
   std::string_view localeName = userLocaleName("LC_TIME");
 };
 
@@ -80,13 +106,12 @@ struct LocalTime {
   const char* zoneName;
 };
 
+/// In the zone that the last tzset() found.
 LocalTime cLibraryTime(milliseconds sinceEpoch) {
   const auto seconds = std::chrono::floor<std::chrono::seconds>(sinceEpoch);
   const std::time_t time = seconds.count();
   std::tm local{};
   const std::lock_guard<std::mutex> lock(zoneLookUp());
-  // localtime_r() alone would use the TZ of the first call.
-  tzset();
   if (localtime_r(&time, &local) == nullptr) return {milliseconds(0), "UTC"};
   return {std::chrono::seconds(local.tm_gmtoff), local.tm_zone};
 }
@@ -120,7 +145,7 @@ std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
 
 }  // namespace
 
-/// Writes timestamps, and short dates, for one value of `TZ` and one locale.
+/// Writes timestamps, and short dates, in one time zone and one locale.
 ///
 /// ICU takes some microseconds for a string that is nearly always the same few digits and a zone
 /// name. So time is divided into windows of at most 32 days in which the zone's offset does not
@@ -143,6 +168,7 @@ class TimestampWriter {
   explicit TimestampWriter(const TimeEnvironment& environment)
       : _isTzSet(environment.zone != nullptr),
         _tz(_isTzSet ? environment.zone : ""),
+        _zoneFile(environment.zoneFile),
         _localeName(environment.localeName) {
     std::unique_ptr<icu::TimeZone> zone = unicodeZone(environment.zone);
     _isCLibraryZone = zone == nullptr;
@@ -162,7 +188,15 @@ class TimestampWriter {
 
   bool isFor(const TimeEnvironment& environment) const {
     if (_isTzSet != (environment.zone != nullptr)) return false;
-    return (!_isTzSet || _tz == environment.zone) && _localeName == environment.localeName;
+    return (!_isTzSet || _tz == environment.zone) && _zoneFile == environment.zoneFile &&
+           _localeName == environment.localeName;
+  }
+
+  /// Makes the C library use the zone, if it is one that only the C library understands.
+  void beginText() const {
+    if (!_isCLibraryZone) return;
+    const std::lock_guard<std::mutex> lock(zoneLookUp());
+    tzset();
   }
 
   void append(std::string& text, milliseconds sinceEpoch) {
@@ -179,22 +213,20 @@ class TimestampWriter {
     text.append(window.zoneName);
   }
 
-  /// In the short styles of date and time; empty if ICU lacks its data. The zone is looked up at
-  /// each call, since the machine's may change.
+  /// In the short styles of date and time; empty if ICU lacks its data.
   std::string shortText(milliseconds sinceEpoch) {
-    std::unique_ptr<icu::TimeZone> zone;
-    {
+    if (_format == nullptr) return {};
+    if (_shortFormat == nullptr) {
       const std::lock_guard<std::mutex> lock(zoneLookUp());
-      if (_shortFormat == nullptr) _shortFormat = shortFormat(_localeName);
-      zone = unicodeZone(_isTzSet ? _tz.c_str() : nullptr);
+      _shortFormat = shortFormat(_localeName);
+      if (_shortFormat == nullptr) return {};
+      _shortFormat->setTimeZone(_format->getTimeZone());
     }
-    if (_shortFormat == nullptr) return {};
-    if (zone == nullptr) {
+    if (_isCLibraryZone) {
       const LocalTime local = cLibraryTime(sinceEpoch);
-      zone = std::make_unique<icu::SimpleTimeZone>(static_cast<std::int32_t>(local.offset.count()),
-                                                   icu::UnicodeString::fromUTF8(local.zoneName));
+      _shortFormat->setTimeZone(icu::SimpleTimeZone(static_cast<std::int32_t>(local.offset.count()),
+                                                    icu::UnicodeString::fromUTF8(local.zoneName)));
     }
-    _shortFormat->adoptTimeZone(zone.release());
     icu::UnicodeString formatted;
     std::string text;
     _shortFormat->format(static_cast<UDate>(sinceEpoch.count()), formatted).toUTF8String(text);
@@ -287,6 +319,7 @@ class TimestampWriter {
 
   bool _isTzSet;
   std::string _tz;
+  ZoneFile _zoneFile;
   std::string _localeName;
   bool _isCLibraryZone = false;
   std::unique_ptr<icu::SimpleDateFormat> _format;
@@ -320,19 +353,31 @@ std::shared_ptr<TimestampWriter> newWriter(const TimeEnvironment& environment) {
   return std::make_shared<TimestampWriter>(environment);
 }
 
-/// The calling thread's writer for the time zone and the locale of the environment.
-std::shared_ptr<TimestampWriter> currentTimestampWriter() {
+/// The calling thread's writer for the time zone and the locale that are in force now.
+std::shared_ptr<TimestampWriter> writerForNewText() {
   const TimeEnvironment environment;
-  if (WriterKeeper::isThreadEnding) return newWriter(environment);
-  if (keeper.writer == nullptr || !keeper.writer->isFor(environment)) {
-    keeper.writer = newWriter(environment);
+  const bool isKept = !WriterKeeper::isThreadEnding;
+  std::shared_ptr<TimestampWriter> writer = isKept ? keeper.writer : nullptr;
+  if (writer == nullptr || !writer->isFor(environment)) {
+    writer = newWriter(environment);
+    if (isKept) keeper.writer = writer;
   }
-  return keeper.writer;
+  writer->beginText();
+  return writer;
 }
+
+/// The one with which the text that this thread is writing was begun; null between two texts.
+constinit thread_local const Timestamps* textsOwn = nullptr;
 
 }  // namespace
 
-Timestamps::Timestamps() : _writer(currentTimestampWriter()) {}
+Timestamps::Timestamps() : _writer(textsOwn != nullptr ? textsOwn->_writer : writerForNewText()) {
+  if (textsOwn == nullptr) textsOwn = this;
+}
+
+Timestamps::~Timestamps() {
+  if (textsOwn == this) textsOwn = nullptr;
+}
 
 void Timestamps::append(std::string& text, ZtDate date) const {
   if (!date.isNull()) _writer->append(text, milliseconds(date.milliseconds()));
@@ -344,7 +389,7 @@ void appendTimestamp(std::string& text, ZtDate date) {
 
 std::string shortDateAndTime(ZtDate date) {
   return date.isNull() ? std::string()
-                       : currentTimestampWriter()->shortText(milliseconds(date.milliseconds()));
+                       : writerForNewText()->shortText(milliseconds(date.milliseconds()));
 }
 
 }  // namespace zt

@@ -8,8 +8,8 @@
 namespace zt {
 
 /// Appends `date` to `text` by the pattern "yyyy-MM-dd'T'HH:mm:ss.SSSz" (Unicode TR 35), in the
-/// process's time zone (`TZ`) and the user's locale (the first of `LC_ALL`, `LC_TIME` and `LANG`
-/// that is set and not empty), both as they are at the call:
+/// process's time zone (`TZ`, or if that is unset the machine's) and the user's locale (the first
+/// of `LC_ALL`, `LC_TIME` and `LANG` that is set and not empty), both as they are at the call:
 ///
 ///     2026-11-21T13:00:00.000GMT+1
 ///
@@ -20,11 +20,20 @@ void appendTimestamp(std::string& text, ZtDate date);
 
 class TimestampWriter;
 
-/// Appends timestamps like `appendTimestamp`, but reads the environment only once. Used by one
-/// thread.
+/// A text with timestamps. As long as the object exists, all timestamps that its thread writes,
+/// those of other objects included, are in the time zone and the locale in which it was created.
+///
+///     const Timestamps text;                   // looks for the zone and the locale
+///     text.append(xml, start);
+///     appendTimestamp(xml, end);               // in the same zone
+///
+/// Used and destroyed by the thread that created it, before any older one of that thread.
 class Timestamps {
  public:
   Timestamps();
+  Timestamps(const Timestamps&) = delete;
+  Timestamps& operator=(const Timestamps&) = delete;
+  ~Timestamps();
   void append(std::string& text, ZtDate date) const;
 
  private:

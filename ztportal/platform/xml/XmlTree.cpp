@@ -192,7 +192,9 @@ std::string firstLine(const char* message) {
 // error counts, because later ones often follow from it.
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
-  if (error->level != XML_ERR_FATAL || parse->fault) return;
+  // Violations of Namespaces in XML are not fatal errors for libxml2.
+  const bool isOfNamespace = error->domain == XML_FROM_NAMESPACE && error->level >= XML_ERR_ERROR;
+  if ((error->level != XML_ERR_FATAL && !isOfNamespace) || parse->fault) return;
   try {
     parse->fault = XmlFault{firstLine(error->message), std::nullopt};
   } catch (const std::bad_alloc&) {
@@ -202,8 +204,9 @@ void noteError(void* context, xmlErrorPtr error) {
   // The text itself, not an entity that the parser is reading.
   const xmlParserInput* input = parse->parser->inputTab[0];
   const xmlChar* at = input->cur;
-  // The parser reports a wrong end tag after reading it.
-  if (error->code == XML_ERR_TAG_NAME_MISMATCH && context == parse->parser) {
+  // The parser reports a wrong tag after reading it.
+  const bool isOfTag = isOfNamespace || error->code == XML_ERR_TAG_NAME_MISMATCH;
+  if (isOfTag && context == parse->parser) {
     do {
       --at;
     } while (at > input->base && *at != '<');
@@ -234,10 +237,11 @@ ZtString qualified(const xmlChar* name, const xmlNs* space) {
   return std::string(reinterpret_cast<const char*>(space->prefix)) + ':' + local;
 }
 
-/// Lists `node` and its next siblings; for `Content` with the nodes of entities instead of
-/// references.
+/// Lists `node` and its next siblings without a document type declaration; for `Content` with the
+/// nodes of entities instead of references.
 void listSiblings(std::vector<const void*>& list, const xmlNode* node, ZtXMLKeep keep) {
   for (; node != nullptr; node = node->next) {
+    if (node->type == XML_DTD_NODE) continue;
     if (keep == ZtXMLKeep::Form || node->type != XML_ENTITY_REF_NODE) {
       list.push_back(node);
     } else if (const xmlNode* entity = referencedEntity(*node)) {
@@ -267,7 +271,7 @@ void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault) {
   context->sax->getParameterEntity = parameterEntity;
   Tree tree(xmlCtxtReadMemory(context.get(), text.data(), static_cast<int>(text.size()), nullptr,
                               nullptr, keep == ZtXMLKeep::Form ? kForm : kContent));
-  if (!tree) {
+  if (!tree || parse.fault) {
     fault = parse.fault.value_or(XmlFault{"not well-formed", std::nullopt});
     return nullptr;
   }
@@ -304,6 +308,8 @@ ZtString xmlNodeName(const void* node) {
   if (named->type == XML_PI_NODE) return reinterpret_cast<const char*>(named->name);
   return nullptr;
 }
+
+bool xmlNodeIsElement(const void* node) { return asNode(node)->type == XML_ELEMENT_NODE; }
 
 std::string xmlNodeText(const void* node) {
   std::string text;

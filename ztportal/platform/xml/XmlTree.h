@@ -22,7 +22,7 @@ struct XmlFault {
 };
 
 /// Parses `text`, which is UTF-8 without NUL bytes and byte order mark. Null if it is not
-/// well-formed, is too long, or has entities that expand excessively; then `fault` is set. The
+/// namespace-well-formed, is too long, or has entities that expand excessively; then `fault` is set. The
 /// caller releases the tree.
 void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault);
 void releaseXmlTree(void* tree);
@@ -33,6 +33,7 @@ const void* xmlTreeRoot(const void* tree);
 
 // Like ZtXMLNode's operations with the same names.
 ZtString xmlNodeName(const void* node);
+bool xmlNodeIsElement(const void* node);
 std::string xmlNodeText(const void* node);
 std::vector<const void*> xmlNodeChildren(const void* node, ZtXMLKeep keep);
 std::vector<std::pair<ZtString, ZtString>> xmlNodeAttributes(const void* node);

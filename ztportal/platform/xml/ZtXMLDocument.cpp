@@ -31,6 +31,8 @@ ZtXMLNode::ZtXMLNode(std::shared_ptr<const ZtXMLDocument> document, const void* 
 
 ZtString ZtXMLNode::name() const { return zt::xmlNodeName(_node); }
 
+bool ZtXMLNode::isElement() const { return zt::xmlNodeIsElement(_node); }
+
 ZtString ZtXMLNode::text() const { return zt::xmlNodeText(_node); }
 
 std::vector<ZtXMLNode> ZtXMLNode::children() const {

@@ -16,7 +16,7 @@ class ZtXMLDocument;
 /// A node of a parsed XML document: the document itself, an element, a text, a comment. A cheap
 /// handle that keeps its document alive.
 ///
-///     auto document = ZtXMLDocument::parse("<a><ns:b key='1'>two</ns:b></a>");
+///     auto document = ZtXMLDocument::parse("<a xmlns:ns='urn:n'><ns:b key='1'>two</ns:b></a>");
 ///     ZtXMLNode root = *document->rootElement();
 ///     ZtXMLNode child = root.children().front();
 ///     child.name();                            // "ns:b"
@@ -27,10 +27,12 @@ class ZT_EXPORT ZtXMLNode {
   /// The name as written, prefix included; the target of a processing instruction; missing for
   /// other nodes (texts, comments, entity references, the document and its type declaration).
   ZtString name() const;
+  bool isElement() const;
   /// The concatenated text of the node and all its descendants, with entity references replaced;
   /// for a comment or a processing instruction its content. Never missing.
   ZtString text() const;
-  /// The direct children in document order; for a document its top-level nodes.
+  /// The direct children in document order. Of a document: the root element and the comments and
+  /// processing instructions beside it.
   std::vector<ZtXMLNode> children() const;
   /// Names, as written, and values of an element's attributes in document order, without namespace
   /// declarations and the defaults of the document type declaration.
@@ -63,9 +65,9 @@ struct ZtXMLError {
 };
 
 /// A parsed XML 1.0 document, immutable. Nothing is fetched for it: no external entity, no DTD.
-/// A text whose entities would expand excessively is refused like a malformed one. A prefix without
-/// a namespace declaration is no error. Nothing is printed. Any number of threads may use a
-/// document and its nodes at once.
+/// A text whose entities would expand excessively is refused like a malformed one, and so is one
+/// that violates Namespaces in XML 1.0, for example by a prefix without a namespace declaration.
+/// Nothing is printed. Any number of threads may use a document and its nodes at once.
 class ZT_EXPORT ZtXMLDocument : public std::enable_shared_from_this<ZtXMLDocument> {
  public:
   /// Parses `text`, which is UTF-8 whatever its XML declaration says. Null if it is not well-formed

@@ -79,6 +79,7 @@ TEST_F(MetainfoTest, BelongsToTheEntryThatItNames) {
   } rows[] = {
       {"<id>mail.desktop</id>", true},
       {"<id>mail</id>", true},
+      {"<?id mail?>", false},
       {"<id type='desktop'>\n  mail.desktop\n</id>", true},
       {"<id>org.mail</id><launchable type='desktop-id'>mail.desktop</launchable>", true},
       {"<launchable type='desktop-id'>a.desktop</launchable>"

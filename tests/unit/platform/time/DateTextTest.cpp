@@ -180,6 +180,25 @@ TEST(DateTextTest, AChangedLocaleShowsAtTheNextCall) {
   EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T13:00:00.000MEZ");
 }
 
+TEST(DateTextTest, ATextStaysInTheZoneAndTheLocaleInWhichItWasBegun) {
+  for (const char* zone : {"Europe/Berlin", "CET-1"}) {
+    const UserIn user(zone, "de_DE.UTF-8");
+    const std::string before = timestamp(kWinterNoon);
+    {
+      const zt::Timestamps text;
+      const UserIn another("UTC", "en_GB.UTF-8");
+      EXPECT_EQ(timestamp(kWinterNoon), before);
+      const zt::Timestamps part;
+      std::string written;
+      part.append(written, ZtDate::fromMilliseconds(kWinterNoon));
+      EXPECT_EQ(written, before);
+      std::thread([] { EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T12:00:00.000UTC"); }).join();
+    }
+    const UserIn another("UTC", "de_DE.UTF-8");
+    EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T12:00:00.000UTC");
+  }
+}
+
 TEST(DateTextTest, AppendsToWhatIsThere) {
   const UserIn user("UTC", "C");
   std::string text = "<Date>";

@@ -30,7 +30,7 @@ ZtXMLNode rootOf(std::string_view text, ZtXMLKeep keep = ZtXMLKeep::Content) {
 }
 
 TEST(ZtXMLDocument, IsReadAsItsHeaderShows) {
-  auto document = ZtXMLDocument::parse("<a><ns:b key='1'>two</ns:b></a>");
+  auto document = ZtXMLDocument::parse("<a xmlns:ns='urn:n'><ns:b key='1'>two</ns:b></a>");
   ZtXMLNode root = *document->rootElement();
   ZtXMLNode child = root.children().front();
   EXPECT_EQ(child.name(), "ns:b");
@@ -69,7 +69,7 @@ TEST(ZtXMLDocument, IsWrittenBackAsItWas) {
            "<a k='&amp;'>1&e;2&e;</a>",
            "<!DOCTYPE a [<!ENTITY e 'x'>]><a k='1&e;2'/>",
            "<soap:Envelope xmlns:soap=\"http://schemas.xmlsoap.org/soap/envelope/\">"
-           "<soap:Body><ns:x/></soap:Body></soap:Envelope>",
+           "<soap:Body><x/></soap:Body></soap:Envelope>",
        }) {
     const auto document = ZtXMLDocument::parse(text, ZtXMLKeep::Form);
     ASSERT_TRUE(document) << text;
@@ -117,7 +117,7 @@ TEST(ZtXMLDocument, IsFormattedAgainWithOnlyItsContent) {
       {"<?xml version='1.0' encoding='latin1'?>\n<a/>\n",
        "<?xml version='1.0' encoding='UTF-8'?><a/>"},
       {"<html><br></br></html>", "<html><br/></html>"},
-      {"<n:a xmlns:n='u' m:b='1'><n:c/></n:a>", "<n:a xmlns:n=\"u\" m:b=\"1\"><n:c/></n:a>"},
+      {"<n:a xmlns:n='u' n:b='1'><n:c/></n:a>", "<n:a xmlns:n=\"u\" n:b=\"1\"><n:c/></n:a>"},
   };
   for (const auto& row : rows) {
     const auto document = ZtXMLDocument::parse(row.text);
@@ -129,18 +129,45 @@ TEST(ZtXMLDocument, IsFormattedAgainWithOnlyItsContent) {
 TEST(ZtXMLDocument, NamesNodesAsTheyAreWritten) {
   const auto document = ZtXMLDocument::parse(
       "<!DOCTYPE a><!--c--><?target data?>"
-      "<soap:a xmlns:soap='u' xmlns='d'><b/><soap:c/><none:d/><x:y:z/>text<!--c--><?pi p?>"
+      "<soap:a xmlns:soap='u' xmlns='d'><b/><soap:c/><xml:d/>text<!--c--><?pi p?>"
       "<![CDATA[data]]></soap:a>",
       ZtXMLKeep::Form);
   ASSERT_TRUE(document);
   EXPECT_EQ(document->documentNode().name(), nullptr);
-  EXPECT_THAT(names(document->documentNode().children()),
-              ElementsAre(nullptr, nullptr, "target", "soap:a"));
+  EXPECT_THAT(names(document->documentNode().children()), ElementsAre(nullptr, "target", "soap:a"));
   EXPECT_EQ(document->rootElement()->name(), "soap:a");
   EXPECT_THAT(names(document->rootElement()->children()),
-              ElementsAre("b", "soap:c", "none:d", "x:y:z", nullptr, nullptr, "pi", nullptr));
+              ElementsAre("b", "soap:c", "xml:d", nullptr, nullptr, "pi", nullptr));
   EXPECT_THAT(texts(document->rootElement()->children()),
-              ElementsAre("", "", "", "", "text", "c", "p", "data"));
+              ElementsAre("", "", "", "text", "c", "p", "data"));
+}
+
+// The document type declaration was listed like a comment.
+TEST(ZtXMLDocument, HasNoChildForItsTypeDeclaration) {
+  for (const ZtXMLKeep keep : {ZtXMLKeep::Content, ZtXMLKeep::Form}) {
+    for (const char* text : {"<!--c--><!DOCTYPE a><?pi p?><a/>",
+                             "<!--c--><?pi p?><!DOCTYPE a [<!ENTITY e 'x'><!--no--><?no no?>]><a/>",
+                             "<!DOCTYPE a SYSTEM 'a.dtd'><!--c--><?pi p?><a/>"}) {
+      const auto document = ZtXMLDocument::parse(text, keep);
+      ASSERT_TRUE(document) << text;
+      EXPECT_THAT(names(document->documentNode().children()), ElementsAre(nullptr, "pi", "a"))
+          << text;
+    }
+  }
+}
+
+TEST(ZtXMLDocument, KnowsItsElements) {
+  const auto document =
+      ZtXMLDocument::parse("<?a a?><a>text<b/><!--c--><?b b?></a>", ZtXMLKeep::Form);
+  std::vector<bool> areElements;
+  for (const ZtXMLNode& node : document->documentNode().children()) {
+    areElements.push_back(node.isElement());
+  }
+  for (const ZtXMLNode& node : document->rootElement()->children()) {
+    areElements.push_back(node.isElement());
+  }
+  EXPECT_THAT(areElements, ElementsAre(false, true, false, true, false, false));
+  EXPECT_FALSE(document->documentNode().isElement());
 }
 
 TEST(ZtXMLDocument, ConcatenatesTheTextOfAllDescendants) {
@@ -170,10 +197,10 @@ TEST(ZtXMLDocument, ConcatenatesTheTextOfAllDescendants) {
 TEST(ZtXMLDocument, ListsAttributesAsTheyAreWritten) {
   const ZtXMLNode root = rootOf(
       "<!DOCTYPE a [<!ENTITY e 'x&#38;#38;y'><!ATTLIST a default CDATA 'no'>]>"
-      "<a z='1' n:b='&lt;&amp;&#xE4;&quot;' xmlns:m='u' xmlns='v' m:c='' xml:lang='de' "
+      "<a z='1' n:b='&lt;&amp;&#xE4;&quot;' xmlns:n='u' xmlns='v' n:c='' xml:lang='de' "
       "e='1&e;2' d=' a\tb\nc '>t</a>");
   EXPECT_THAT(root.attributes(),
-              ElementsAre(Pair("z", "1"), Pair("n:b", "<&\xC3\xA4\""), Pair("m:c", ""),
+              ElementsAre(Pair("z", "1"), Pair("n:b", "<&\xC3\xA4\""), Pair("n:c", ""),
                           Pair("xml:lang", "de"), Pair("e", "1x&y2"), Pair("d", " a b c ")));
   EXPECT_THAT(root.children().front().attributes(), IsEmpty());
 }

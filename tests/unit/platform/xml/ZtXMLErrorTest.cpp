@@ -38,6 +38,14 @@ TEST(ZtXMLError, SaysWhereAndWhyATextIsRefused) {
        "Opening and ending tag mismatch: a line 2 and b"},
       {"<!DOCTYPE a [<!ENTITY e '<b></c>'>]><a>\n&e;</a>", 2, 4,
        "Opening and ending tag mismatch: b line 1 and c"},
+      {"<a>\n<b>\xC3\xA4<n:c x='1>2' y='2'/></b></a>", 2, 5,
+       "Namespace prefix n on c is not defined"},
+      {"<a>\n<b xmlns:n='u' n:c='' m:c=''/></a>", 2, 1,
+       "Namespace prefix m for c on b is not defined"},
+      {"<a><b xmlns:n='u'/><n:b/><c></a>", 1, 20, "Namespace prefix n on b is not defined"},
+      {"<!DOCTYPE a [<!ENTITY e '<n:b/>'>]><a>\n&e;</a>", 2, 4,
+       "Namespace prefix n on b is not defined"},
+      {"<a>\n<n:b:c xmlns:n='u'/></a>", 2, 1, "Failed to parse QName 'n:b:'"},
       {"<?xml version='1.0' encoding='x-unknown'?><a/>", 0, 0, "not in its encoding, x-unknown"},
       {"<!DOCTYPE a [<!ENTITY % p '&#37;p;'>%p;]><a/>", 0, 0, nullptr},
   };
@@ -55,9 +63,25 @@ TEST(ZtXMLError, SaysWhereAndWhyATextIsRefused) {
   }
 }
 
+// A prefix without a namespace declaration was accepted.
+TEST(ZtXMLError, IsAPrefixWithoutANamespace) {
+  for (const ZtXMLKeep keep : {ZtXMLKeep::Content, ZtXMLKeep::Form}) {
+    for (const char* text : {"<n:a/>", "<a n:b=''/>", "<a><b xmlns:n='u'/><n:c/></a>",
+                             "<!DOCTYPE a [<!ENTITY e '<n:b/>'>]><a>&e;</a>", "<a xmlns:n=''/>"}) {
+      EXPECT_FALSE(ZtXMLDocument::parse(text, keep)) << text;
+    }
+    for (const char* text :
+         {"<n:a xmlns:n='u' n:b=''><n:c/></n:a>", "<a xml:lang='de'/>", "<a xmlns=''/>",
+          "<a xmlns:n='relative'/>", "<!DOCTYPE a [<!ATTLIST a xmlns:n CDATA 'u'>]><a><n:b/></a>",
+          "<!DOCTYPE a [<!ENTITY e '<n:b/>'>]><a xmlns:n='u'>&e;</a>"}) {
+      EXPECT_TRUE(ZtXMLDocument::parse(text, keep)) << text;
+    }
+  }
+}
+
 TEST(ZtXMLError, LeavesTheErrorAloneWhenThereIsNone) {
   ZtXMLError error{7, 9, "before"};
-  EXPECT_TRUE(ZtXMLDocument::parse("<n:a>&lt;</n:a>", ZtXMLKeep::Content, &error));
+  EXPECT_TRUE(ZtXMLDocument::parse("<n:a xmlns:n='u'>&lt;</n:a>", ZtXMLKeep::Content, &error));
   EXPECT_EQ(error.line, 7U);
   EXPECT_EQ(error.column, 9U);
   EXPECT_EQ(std::string(error.reason.view()), "before");
