@@ -39,6 +39,26 @@ std::shared_ptr<ZtXMLDocument> localConfiguration() {
   return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
 }
 
+/// The response to a POST of `body`, or to a GET if it is missing.
+HttpResponse respond(const ZtString& url, const ZtString& body) try {
+  HttpRequest request;
+  request.url = url.view();
+  request.method = body.isNull() ? "GET" : "POST";
+  request.headers = kHeaders;
+  if (!body.isNull()) request.body = body.view();
+  request.timeout = kTimeout;
+
+  return Platform::current().http().exchange(request);
+} catch (const ZtException&) {
+  return {};
+}
+
+/// The body of a response as `ReportingServer::exchange` returns it.
+ZtString textOf(const HttpResponse& response) {
+  if (response.status < 200 || response.status > 299) return "";
+  return isUtf8(response.body) ? ZtString(response.body) : nullptr;
+}
+
 /// The name of the response element and the word true may be anywhere, so that servers which word
 /// the rest differently are accepted too.
 bool isAccepted(const ZtString& response) {
@@ -86,23 +106,14 @@ ZtString ReportingServer::readVersion() try {
   return "";
 }
 
-bool ReportingServer::send(const ZtString& request) const {
-  return isAccepted(exchange(url(), request));
+bool ReportingServer::send(const ZtString& request) {
+  const HttpResponse response = respond(url(), request);
+  _status = response.status;
+  return isAccepted(textOf(response));
 }
 
-ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) try {
-  HttpRequest request;
-  request.url = url.view();
-  request.method = body.isNull() ? "GET" : "POST";
-  request.headers = kHeaders;
-  if (!body.isNull()) request.body = body.view();
-  request.timeout = kTimeout;
-
-  const HttpResponse response = Platform::current().http().exchange(request);
-  if (response.status < 200 || response.status > 299) return "";
-  return isUtf8(response.body) ? ZtString(response.body) : nullptr;
-} catch (const ZtException&) {
-  return "";
+ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) {
+  return textOf(respond(url, body));
 }
 
 ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }
