@@ -16,12 +16,14 @@ struct Check {
   Finding (*find)(Subject&);
 };
 
-constexpr std::array<Check, 13> kChecks{{
+constexpr std::array<Check, 15> kChecks{{
     {"configuration URL", checkConfigurationUrl},
     {"name lookup", checkNameLookup},
     {"proxy", checkProxy},
     {"configuration", checkConfiguration},
     {"report URL", checkReportUrl},
+    {"report name lookup", checkReportNameLookup},
+    {"report proxy", checkReportProxy},
     {"version answer", checkVersion},
     {"store folder", checkStoreFolder},
     {"store mode", checkStoreMode},
