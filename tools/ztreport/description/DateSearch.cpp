@@ -23,41 +23,12 @@ ZtString textOf(milliseconds moment) {
 
 bool isTextOf(std::string_view text, milliseconds moment) { return textOf(moment) == text; }
 
-/// The digits of one number of a date. -1 when they are none.
-int numberOf(std::string_view digits) {
-  int number = 0;
-  for (const char digit : digits) {
-    if (digit < '0' || digit > '9') return -1;
-    number = number * 10 + (digit - '0');
-  }
-  return number;
-}
-
-/// What a clock shows that the text starts with, "2026-11-21T13:00:00.000", as if it went by
-/// Greenwich and by the Gregorian calendar throughout. (Other calendars have days that this one
-/// does not; those count on into the next month.)
+/// What the clock shows that `text` starts with, as if it went by Greenwich. Nothing for a date
+/// that is none in the Gregorian calendar, or in other digits than the usual ones.
 std::optional<milliseconds> localTimeOf(std::string_view text) {
-  constexpr std::string_view kForm = "-00-00T00:00:00.000";
-  const std::size_t yearSize = text.find('-');
-  if (yearSize < 4 || yearSize > 5) return std::nullopt;  // 10000 is as far as zones can lead
-  const std::string_view rest = text.substr(yearSize, kForm.size());
-  if (rest.size() != kForm.size()) return std::nullopt;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    if (kForm[i] != '0' && rest[i] != kForm[i]) return std::nullopt;
-  }
-  const int year = numberOf(text.substr(0, yearSize));
-  const int month = numberOf(rest.substr(1, 2));
-  const int day = numberOf(rest.substr(4, 2));
-  const int hour = numberOf(rest.substr(7, 2));
-  const int minute = numberOf(rest.substr(10, 2));
-  const int second = numberOf(rest.substr(13, 2));
-  const int fraction = numberOf(rest.substr(16, 3));
-  if (year < 0 || month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
-  if (hour < 0 || minute < 0 || second < 0 || fraction < 0) return std::nullopt;
-  const std::chrono::sys_days monthStart{std::chrono::year(year) /
-                                         std::chrono::month(static_cast<unsigned>(month)) / 1};
-  return monthStart.time_since_epoch() + days(day - 1) + hours(hour) + minutes(minute) +
-         std::chrono::seconds(second) + milliseconds(fraction);
+  const std::optional<Rfc3339Time> read = readRfc3339Time(text);
+  if (!read) return std::nullopt;
+  return read->time;
 }
 
 /// The year of a date's text, in whatever digits. It has four at least, and perhaps a sign.
