@@ -1,4 +1,4 @@
-#include "tools/ztreport/description/PoolDescription.h"
+#include "tools/ztreport/description/Description.h"
 
 #include <concepts>
 #include <cstdint>
