@@ -333,6 +333,15 @@ TEST_F(DoctorServerTest, ExaminesTheWayToTheReportUrlToo) {
   }
 }
 
+TEST_F(DoctorServerTest, WhenQuietPrintsOnlyWhatFailed) {
+  const Finished healthy =
+      program.run({"doctor", "--config-url", _server.configurationUrl(), "--quiet"});
+  EXPECT_EQ(healthy, done(""));
+  const Finished result = program.run({"doctor", "--config-url", kUnreachable, "--quiet"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.output, MatchesRegex("failed   configuration      [^\n]*\n"));
+}
+
 TEST_F(DoctorServerTest, FindsAConfigurationWithoutAUsableReportUrl) {
   for (const char* body : {"<c/>", "<c><defSOAP/></c>", "<c><defSOAP> \n </defSOAP></c>",
                            "<c><d><defSOAP>http://127.0.0.1/</defSOAP></d></c>"}) {

@@ -44,11 +44,19 @@ Fault failureOf(const CurlHandle& handle, CURLcode code, const WebAddress& serve
   return {failure, ""};
 }
 
+using Clock = std::chrono::steady_clock;
+
 /// One request without redirects. `next` is where the response redirects to, or empty.
 Response requestOnce(const WebAddress& server, const std::optional<std::string>& body,
-                     std::string& next) {
+                     Clock::time_point deadline, std::string& next) {
   Response response;
+  const auto left = std::chrono::floor<std::chrono::milliseconds>(deadline - Clock::now());
+  if (left.count() <= 0) {
+    response.failure = Fault{kTooSlow, ""};
+    return response;
+  }
   CurlHandle handle;
+  handle.set(CURLOPT_TIMEOUT_MS, static_cast<long>(left.count()));
   HeaderList headers;
   for (const char* line : {"Expect:", "Proxy-Connection:", "Content-Type: application/xml",
                            "User-Agent: Kelvane portal service (osx)"}) {
@@ -123,11 +131,11 @@ Response request(const std::string& url, const std::optional<std::string>& body)
     none.failure = Fault{shownUrl(url) + " is not an http or https URL", ""};
     return none;
   }
-  const WebAddress first = *server;
+  const Clock::time_point deadline = Clock::now() + kTimeout;
   std::vector<std::string> redirects;
   for (;;) {
     std::string next;
-    Response response = requestOnce(*server, body, next);
+    Response response = requestOnce(*server, body, deadline, next);
     response.redirects = redirects;
     if (response.failure || next.empty()) return response;
 
@@ -139,9 +147,9 @@ Response request(const std::string& url, const std::optional<std::string>& body)
       return response;
     }
     redirects.push_back(target->shown);
-    if (target->isSameServer(first)) {
-      target->user = first.user;
-      target->password = first.password;
+    if (target->isSameServer(*server)) {
+      target->user = server->user;
+      target->password = server->password;
     }
     server = std::move(target);
   }

@@ -25,8 +25,8 @@ struct Response {
 };
 
 /// Sends a GET, or a POST when there is a `body`, as the library does: the same headers, time
-/// limit, redirects (at most five, each with the same method and body, none from https to http, and
-/// user and password for the first server only) and certificates (`SSL_CERT_FILE` and
+/// limit, redirects (at most five, each with the same method and body, none from https to http,
+/// user and password not beyond the first server) and certificates (`SSL_CERT_FILE` and
 /// `SSL_CERT_DIR` replace the system's).
 Response request(const std::string& url, const std::optional<std::string>& body = std::nullopt);
 
