@@ -115,8 +115,9 @@ Finding checkReportUrl(Subject& subject) {
   constexpr const char* kRemedy = "correct the customer's configuration document";
   if (used.empty()) return failed("the configuration has none for test mode", kRemedy);
   subject.server = webAddress(used);
-  if (!subject.server)
+  if (!subject.server) {
     return failed(shownUrl(used) + mode + " is not an http or https URL", kRemedy);
+  }
   if (testUrl.empty()) {
     return warning(subject.server->shown + ", but none for test mode", kRemedy);
   }

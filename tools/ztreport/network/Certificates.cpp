@@ -67,8 +67,9 @@ bool isTrusted(const WebAddress& server) {
 std::string trustedText() {
   const CurlHandle handle;
   const auto text = [&handle](const char* variable, CURLINFO standard) -> std::string {
-    if (const char* const value = valueOf(variable))
+    if (const char* const value = valueOf(variable)) {
       return std::string(value) + " (" + variable + ")";
+    }
     const char* const path = handle.get<const char*>(standard);
     return path != nullptr ? path : "of the system";
   };

@@ -101,8 +101,9 @@ Document documentAt(const std::string& url, const std::optional<std::string>& bo
 Fault statusFault(const Response& response, const std::string& method, std::size_t size) {
   const long status = response.status;
   const std::string reason = "the server responds with status " + std::to_string(status);
-  if (status == 405)
+  if (status == 405) {
     return {reason + ": it accepts no " + method + " at this URL", "correct the path of the URL"};
+  }
   if (status == 413) {
     return {reason + ": a request of " + std::to_string(size) + " bytes is too large for it",
             "raise the limit for requests of the server, or of the proxy in front of it"};
