@@ -1,6 +1,6 @@
-// Default options of programs that are built with sanitizers; ASAN_OPTIONS and TSAN_OPTIONS override
-// them. They are compiled in, so that they also apply to programs that tests start with a different
-// environment.
+// Default options of programs that are built with sanitizers; ASAN_OPTIONS and TSAN_OPTIONS
+// override them. They are compiled in, so that they also apply to programs that tests start with a
+// different environment.
 //
 // The runtimes track the thread-local storage of libraries that are loaded at run time. They treat
 // a block 16 bytes after the start of a page as one with the header of an older C library; the leak

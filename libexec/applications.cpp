@@ -92,7 +92,8 @@ bool canAskGio() {
          isReadable(std::string(g_get_user_data_dir()) + "/applications", true);
 }
 
-/// GLib reads the variable at the first question about a default, so only the folders of that count.
+/// GLib reads the variable at the first question about a default, so only the folders of that
+/// count.
 Answer defaultFor(const char* scheme, Words folders) {
   std::string list;
   for (const char* folder : folders) list.append(list.empty() ? "" : ":").append(folder);

@@ -30,6 +30,6 @@ for program in ztreport ztinbox
     for line in ($program --help | string match -r '^  [a-z]+  .*')
         set -l part (string match -rg '^  (\S+) +(.*)' -- $line)
         complete -c $program -n __fish_use_subcommand -a $part[1] -d $part[2]
-        $program $part[1] --help | string match -v '  --help*' | __ztportal_options $program "__fish_seen_subcommand_from $part[1]"
+        $program $part[1] --help | string match -v '  -h,--help*' | __ztportal_options $program "__fish_seen_subcommand_from $part[1]"
     end
 end

@@ -155,6 +155,12 @@ TEST(DocumentExamplesTest, OfTheStore) {
   EXPECT_GE(reader.count(), 5) << "the blocks are not found";
 }
 
+TEST(DocumentExamplesTest, OfTroubleshooting) {
+  Reader reader;
+  reader.read(zt::test::paths::kSource + "/docs/troubleshooting.md");
+  EXPECT_GE(reader.count(), 1) << "the blocks are not found";
+}
+
 TEST(DocumentExamplesTest, OfTheNotification) {
   const auto blocks = markdownBlocks(paths::kSource + "/docs/notification.md");
   ASSERT_EQ(blocks.size(), 1U);

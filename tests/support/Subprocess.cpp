@@ -46,22 +46,11 @@ int statusOf(pid_t process) {
 
 }  // namespace
 
-PipeReader::PipeReader(Kind kind) {
-  if (kind == Kind::Pipe) {
-    std::array<int, 2> ends{};
-    if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw failure(errno, "pipe2");
-    _readEnd = FileDescriptor(ends[0]);
-    _writeEnd = FileDescriptor(ends[1]);
-  } else {
-    _readEnd = FileDescriptor(::posix_openpt(O_RDWR | O_NOCTTY | O_CLOEXEC));
-    std::array<char, 64> name{};
-    if (!_readEnd.isOpen() || ::grantpt(_readEnd.number()) != 0 ||
-        ::unlockpt(_readEnd.number()) != 0 ||
-        ::ptsname_r(_readEnd.number(), name.data(), name.size()) != 0) {
-      throw failure(errno, "posix_openpt");
-    }
-    _writeEnd = FileDescriptor(::open(name.data(), O_RDWR | O_NOCTTY | O_CLOEXEC));
-  }
+PipeReader::PipeReader() {
+  std::array<int, 2> ends{};
+  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw failure(errno, "pipe2");
+  _readEnd = FileDescriptor(ends[0]);
+  _writeEnd = FileDescriptor(ends[1]);
   _thread = std::thread([this] { readAll(); });
 }
 
@@ -104,25 +93,27 @@ void PipeReader::readAll() {
     if (count < 0 && errno == EINTR) continue;
     std::unique_lock lock(_mutex);
     if (count > 0) _text.append(part.data(), static_cast<std::size_t>(count));
-    _ended = count <= 0;  // A terminal ends with an error when the last process closes it.
+    _ended = count <= 0;
     _changed.notify_all();
     if (_ended) return;
     _changed.wait(lock, [this] { return !_paused; });
   }
 }
 
-Subprocess::Subprocess(std::vector<std::string> command, SubprocessOptions options)
-    : _errors(options.errorsToTerminal ? PipeReader::Kind::Terminal : PipeReader::Kind::Pipe) {
+Subprocess::Subprocess(std::vector<std::string> command, SubprocessOptions options) {
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
   ::posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, options.input.c_str(), O_RDONLY, 0);
-  if (options.output) {
-    ::posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, options.output->c_str(), O_WRONLY,
-                                       0);
-  } else {
-    ::posix_spawn_file_actions_adddup2(&actions, _output.writeEnd(), STDOUT_FILENO);
-  }
-  ::posix_spawn_file_actions_adddup2(&actions, _errors.writeEnd(), STDERR_FILENO);
+  const auto redirect = [&actions](int stream, const std::optional<std::string>& file,
+                                   const PipeReader& pipe) {
+    if (file) {
+      ::posix_spawn_file_actions_addopen(&actions, stream, file->c_str(), O_WRONLY, 0);
+    } else {
+      ::posix_spawn_file_actions_adddup2(&actions, pipe.writeEnd(), stream);
+    }
+  };
+  redirect(STDOUT_FILENO, options.output, _output);
+  redirect(STDERR_FILENO, options.errors, _errors);
   const std::vector<char*> arguments = pointersTo(command);
   const std::vector<char*> environment =
       options.environment ? pointersTo(*options.environment) : std::vector<char*>();

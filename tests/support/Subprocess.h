@@ -17,12 +17,10 @@
 
 namespace zt::test {
 
-/// Reads a pipe or terminal to its end on a separate thread, so that the writer never has to wait.
+/// Reads a pipe to its end on a separate thread, so that the writer never has to wait.
 class PipeReader {
  public:
-  enum class Kind { Pipe, Terminal };
-
-  explicit PipeReader(Kind kind = Kind::Pipe);
+  PipeReader();
   PipeReader(const PipeReader&) = delete;
   PipeReader& operator=(const PipeReader&) = delete;
   ~PipeReader();
@@ -58,7 +56,7 @@ struct SubprocessOptions {
   std::optional<std::vector<std::string>> environment = std::nullopt;
   std::string input = "/dev/null";                   ///< file for standard input
   std::optional<std::string> output = std::nullopt;  ///< file for standard output
-  bool errorsToTerminal = false;                     ///< standard error is a terminal
+  std::optional<std::string> errors = std::nullopt;  ///< file for standard error
 };
 
 /// A program that runs in parallel with the test and is ended with its scope (SIGTERM). Its

@@ -9,6 +9,7 @@
 #include <memory>
 #include <string_view>
 
+#include "tools/common/Usage.h"
 #include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/Version.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
@@ -147,19 +148,9 @@ CommandLine readCommandLine(int argc, const char* const* argv) {
   } catch (const CLI::CallForVersion& version) {
     return {std::nullopt, std::string(version.what()) + "\n"};
   } catch (const CLI::ParseError& error) {
-    throw InputFault(error.what());
+    throw InputFault(usageMessage(app, error));
   }
   return {readSettings(arguments), {}};
-}
-
-std::shared_ptr<const CLI::App> commandLineApp() {
-  struct Described {
-    Arguments arguments;
-    CLI::App app{kPurpose, "ztinbox"};
-  };
-  const auto described = std::make_shared<Described>();
-  addOptions(described->app, described->arguments);
-  return {described, &described->app};
 }
 
 }  // namespace zt::inbox

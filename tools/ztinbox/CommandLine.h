@@ -1,14 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
 #include "tools/ztinbox/InboxServer.h"
-
-namespace CLI {
-class App;
-}
 
 namespace zt::inbox {
 
@@ -21,8 +16,5 @@ struct CommandLine {
 /// Parses the program's arguments, and reads the scenario file. Throws InputFault for invalid
 /// input, MachineFault if the scenario file cannot be read.
 CommandLine readCommandLine(int argc, const char* const* argv);
-
-/// The program's options, for its manual page and completions.
-std::shared_ptr<const CLI::App> commandLineApp();
 
 }  // namespace zt::inbox

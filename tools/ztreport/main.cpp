@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/common/Usage.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
@@ -27,14 +28,21 @@ struct Arguments {
   std::optional<std::string> setAside;
   bool plain = false;
   bool json = false;
+  bool quiet = false;
   RunOptions run;
   std::function<Exit()> command;
+
+  Output output() const {
+    if (json && quiet) throw WrongUsage("give either --json or --quiet");
+    if (json) return Output::Json;
+    return quiet ? Output::Quiet : Output::Words;
+  }
 };
 
 /// The configuration URL of the commands that take a customer or a URL.
 std::string serverUrl(const Arguments& arguments) {
   if (arguments.customer.has_value() == arguments.configurationUrl.has_value()) {
-    throw Failure(Exit::WrongInput, "give either --customer or --config-url");
+    throw WrongUsage("give either --customer or --config-url");
   }
   if (arguments.configurationUrl) return *arguments.configurationUrl;
   return std::string(configurationUrlOf(*arguments.customer).view());
@@ -46,6 +54,17 @@ CLI::App* addCommand(CLI::App& app, Arguments& arguments, const char* name, cons
   command->footer("Examples:\n" + examples);
   command->callback([&arguments, action = std::move(action)] { arguments.command = action; });
   return command;
+}
+
+/// A switch. (By default "--json=3" would be a valid one.)
+void addFlag(CLI::App& command, const char* name, bool& value, const char* help) {
+  command.add_flag(name, value, help)->disable_flag_override();
+}
+
+void addOutput(CLI::App& command, Arguments& arguments,
+               const char* quietHelp = "Print nothing but errors") {
+  addFlag(command, "--json", arguments.json, "Print one JSON object instead");
+  addFlag(command, "--quiet", arguments.quiet, quietHelp);
 }
 
 void addDescription(CLI::App& command, Arguments& arguments) {
@@ -66,29 +85,33 @@ void addServer(CLI::App& command, Arguments& arguments) {
 }
 
 void addReportCommands(CLI::App& app, Arguments& arguments) {
-  CLI::App* render = addCommand(app, arguments, "render", "Print the text of a report",
-                                "  $ ztreport render report.json\n"
-                                "  $ ztreport render --plain - < report.json",
-                                [&] { return tools::render(arguments.file, arguments.plain); });
+  CLI::App* render = addCommand(
+      app, arguments, "render", "Print the text of a report",
+      "  $ ztreport render report.json\n"
+      "  $ ztreport render --plain - < report.json",
+      [&] { return tools::render(arguments.file, arguments.plain, arguments.output()); });
   addDescription(*render, arguments);
-  render->add_flag("--plain", arguments.plain, "Print plain XML instead of the SOAP request");
+  addFlag(*render, "--plain", arguments.plain, "Print plain XML instead of the SOAP request");
+  addOutput(*render, arguments);
 
   CLI::App* send = addCommand(
       app, arguments, "send", "Send a report, and save it if it is not accepted",
       "  $ ztreport send report.json\n"
       "  $ ztreport send report.json --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
-      [&] { return tools::send(arguments.file, arguments.configurationUrl.value_or("")); });
+      [&] { return tools::send(arguments.file, arguments.configurationUrl, arguments.output()); });
   addDescription(*send, arguments);
   send->add_option("--config-url", arguments.configurationUrl,
                    "URL of the configuration document, instead of the one in FILE")
       ->type_name("URL");
+  addOutput(*send, arguments);
 
-  addDescription(
-      *addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
-                  "  $ ztreport save report.json\n"
-                  "  $ ztreport save report.json --app-name Setup",
-                  [&] { return tools::save(arguments.file); }),
-      arguments);
+  CLI::App* save =
+      addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
+                 "  $ ztreport save report.json\n"
+                 "  $ ztreport save report.json --app-name Setup",
+                 [&] { return tools::save(arguments.file, arguments.output()); });
+  addDescription(*save, arguments);
+  addOutput(*save, arguments);
 }
 
 void addRunCommand(CLI::App& app, Arguments& arguments) {
@@ -97,7 +120,7 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
       app, arguments, "run", "Report one run of a program: the computer, the steps and the facts",
       "  $ ztreport run --customer Kelvane --start setup --step ENTER:Copy --end finish\n"
       "  $ ztreport run --customer Kelvane --fact EDITION=Home --flag DESKTOP_ICON=yes --save",
-      [&] { return tools::run(options); });
+      [&] { return tools::run(options, arguments.output()); });
   run->add_option("--customer", options.customer,
                   "Customer whose server is used: " + customerNames())
       ->required()
@@ -115,24 +138,32 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
   addList("--flag", options.flags, "A yes-or-no fact, NAME=yes or NAME=no; can be repeated");
   addList("--step", options.steps,
           "A step, TYPE:NAME with TYPE ENTER, LEAVE, EXIT, INFO or ERROR; can be repeated");
-  run->add_flag("--save", options.save, "Save the report without sending it");
+  addFlag(*run, "--save", options.save, "Save the report without sending it");
+  addOutput(*run, arguments);
 }
 
 void addStoreCommands(CLI::App& app, Arguments& arguments) {
-  addServer(
-      *addCommand(app, arguments, "resend", "Send the saved reports",
-                  "  $ ztreport resend --customer Kelvane\n"
-                  "  $ ztreport resend --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
-                  [&] { return tools::resend(serverUrl(arguments)); }),
-      arguments);
+  CLI::App* resend =
+      addCommand(app, arguments, "resend", "Send the saved reports",
+                 "  $ ztreport resend --customer Kelvane\n"
+                 "  $ ztreport resend --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
+                 [&] { return tools::resend(serverUrl(arguments), arguments.output()); });
+  addServer(*resend, arguments);
+  addOutput(*resend, arguments);
 
-  addCommand(app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
-             "  $ ztreport store --app-name Setup\n"
-             "  $ ztreport store --set-aside '{0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr'",
-             [&] { return arguments.setAside ? setAside(*arguments.setAside) : listStore(); })
+  CLI::App* store = addCommand(
+      app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
+      "  $ ztreport store --app-name Setup\n"
+      "  $ ztreport store --set-aside '{0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr'",
+      [&] {
+        return arguments.setAside ? setAside(*arguments.setAside, arguments.output())
+                                  : listStore(arguments.output());
+      });
+  store
       ->add_option("--set-aside", arguments.setAside,
                    "Move this saved report, which may block all others, to the folder set-aside")
       ->type_name("FILE");
+  addOutput(*store, arguments, "Print only the reports that cannot be sent");
 
   CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",
                               "  $ ztreport render report.json | ztreport show -\n"
@@ -142,15 +173,16 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
                    "File, name or ID of a saved report, or - for standard input")
       ->type_name("")
       ->required();
-  show->add_flag("--json", arguments.json, "Print a report description (JSON) instead of a tree");
+  addFlag(*show, "--json", arguments.json, "Print a report description (JSON) instead of a tree");
 }
 
 void addMachineCommands(CLI::App& app, Arguments& arguments) {
-  addCommand(app, arguments, "probe", "Print what the inventory finds on this computer",
-             "  $ ztreport probe\n"
-             "  $ ztreport probe --json",
-             [&] { return tools::probe(arguments.json); })
-      ->add_flag("--json", arguments.json, "Print a pool of a report description (JSON)");
+  CLI::App* probe =
+      addCommand(app, arguments, "probe", "Print what the inventory finds on this computer",
+                 "  $ ztreport probe\n"
+                 "  $ ztreport probe --json",
+                 [&] { return tools::probe(arguments.json); });
+  addFlag(*probe, "--json", arguments.json, "Print a pool of a report description (JSON)");
   addCommand(app, arguments, "listen",
              "Print the broadcasts of reports as they arrive, one JSON object per line",
              "  $ ztreport listen\n"
@@ -161,9 +193,9 @@ void addMachineCommands(CLI::App& app, Arguments& arguments) {
       app, arguments, "doctor", "Check everything that a report needs, and say how to fix problems",
       "  $ ztreport doctor --customer Kelvane\n"
       "  $ ztreport doctor --config-url http://127.0.0.1:8025/reporting/kelvane.xml --json",
-      [&] { return tools::doctor(serverUrl(arguments), arguments.appName, arguments.json); });
+      [&] { return tools::doctor(serverUrl(arguments), arguments.appName, arguments.output()); });
   addServer(*doctor, arguments);
-  doctor->add_flag("--json", arguments.json, "Print one JSON object at the end");
+  addOutput(*doctor, arguments, "Print only the checks that failed");
 }
 
 void addAll(CLI::App& app, Arguments& arguments) {
@@ -173,7 +205,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
   app.get_formatter()->label("Positionals", "Arguments");
   app.set_version_flag("--version", std::string("ztreport " ZT_VERSION),
                        "Print the version and exit");
-  app.set_help_flag("--help", "Print this help and exit");
+  app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);
   app.fallthrough();
   app.add_option("--app-name", arguments.appName, "Name of the program that reports")
@@ -195,7 +227,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
 /// Names the host after the options. The name becomes a folder of the store.
 void setHost(const std::string& name, const std::string& version) {
   if (name.empty() || !isFileName(name)) {
-    throw Failure(Exit::WrongInput, "--app-name: \"" + name + "\" is not a folder name");
+    throw WrongUsage("--app-name: \"" + name + "\" is not a folder name");
   }
   ZtHost::setBundleInfo({{"CFBundleName", name},
                          {"CFBundleShortVersionString", version},
@@ -213,18 +245,18 @@ Exit runCommandLine(int argc, const char* const* argv) {
     if (std::cout.flush()) return Exit::Done;
     throw Failure(Exit::MachineFailed, "standard output cannot be written");
   } catch (const CLI::ParseError& error) {
-    const std::vector<std::string> unknown = app.remaining();
-    if (app.get_subcommands().empty() && !unknown.empty()) {
-      throw Failure(Exit::WrongInput, "no such command: " + unknown.front());
-    }
-    throw Failure(Exit::WrongInput, error.what());
+    throw Failure(Exit::WrongInput, usageMessage(app, error));
   }
-  setHost(arguments.appName, arguments.appVersion);
-  return arguments.command();
+  try {
+    setHost(arguments.appName, arguments.appVersion);
+    return arguments.command();
+  } catch (const WrongUsage& usage) {
+    throw Failure(Exit::WrongInput, usage.what() + seeHelp(app));
+  }
 }
 
 int fail(const std::string& message, Exit exit) {
-  std::cerr << "ztreport: " << message << '\n';
+  complain(message);
   return static_cast<int>(exit);
 }
 

@@ -30,7 +30,7 @@ class ReportingServer {
   ZtString readVersion();
 
   /// Posts `request` to `url()`. True if the response confirms the report.
-  bool send(const ZtString& request) const;
+  bool send(const ZtString& request);
 
   /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
   /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
@@ -47,6 +47,8 @@ class ReportingServer {
   const ZtString& version() const { return _version; }
   bool gotConfiguration() const { return _gotConfiguration; }
   bool online() const { return _online; }
+  /// HTTP status of the response to the last `send`; 0 when there was none.
+  int status() const { return _status; }
 
  private:
   ZtString _configurationUrl;
@@ -55,6 +57,7 @@ class ReportingServer {
   ZtString _version;
   bool _gotConfiguration = false;
   bool _online = false;
+  int _status = 0;
 };
 
 }  // namespace zt

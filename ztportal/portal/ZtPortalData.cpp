@@ -168,6 +168,7 @@ const ZtString& ZtPortalData::configurationUrl() const { return _server->configu
 const ZtString& ZtPortalData::serverVersion() const { return _server->version(); }
 bool ZtPortalData::gotConfiguration() const { return _server->gotConfiguration(); }
 bool ZtPortalData::online() const { return _server->online(); }
+std::int32_t ZtPortalData::responseStatus() const { return _server->status(); }
 
 ZtString ZtPortalData::_localSupportFolder() { return orMissing(zt::hostFolder()); }
 

@@ -131,6 +131,9 @@ class ZT_EXPORT ZtPortalData {
   bool gotConfiguration() const;
   /// Whether the server returned its version.
   bool online() const;
+  /// HTTP status of the server's response to the last report that was posted; 0 if none was, or if
+  /// no complete response arrived in time.
+  std::int32_t responseStatus() const;
   /// A snapshot of the pools, in the order in which they were added.
   std::vector<std::shared_ptr<ZtPortalPool>> pools() const { return _pools; }
 

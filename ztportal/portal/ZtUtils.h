@@ -22,8 +22,8 @@ class ZT_EXPORT ZtUtils {
   static std::optional<ZtXMLNode> childNamed(const ZtXMLNode& node, const ZtString& name);
 
   /// The first child element whose name in lower case matches `pattern`: "*" matches any number
-  /// of characters, "?" one character, everything else itself. The pattern is not converted to lower case, so a
-  /// pattern with a capital letter matches nothing.
+  /// of characters, "?" one character, everything else itself. The pattern is not converted to
+  /// lower case, so a pattern with a capital letter matches nothing.
   static std::optional<ZtXMLNode> childNamedLike(const ZtXMLNode& node, const ZtString& pattern);
 
   /// The texts of all children, texts and comments included, in document order.

@@ -172,7 +172,8 @@ TEST(ProgramTest, RefusesWrongUsage) {
        "ztinbox: --answer must be accept, refuse, garbage, error:STATUS (200 to 599), hang, drop "
        "or truncate\n"},
       {{"--scenario", "/dev/null"}, "ztinbox: /dev/null: not JSON (at byte 1)\n"},
-      {{"--unknown"}, "ztinbox: The following argument was not expected: --unknown\n"},
+      {{"--unknown"},
+       "ztinbox: The following argument was not expected: --unknown; see ztinbox --help\n"},
   };
   for (const auto& row : rows) {
     const Finished result = run(row.arguments);

@@ -1,5 +1,7 @@
+#include <chrono>
 #include <filesystem>
 #include <optional>
+#include <string>
 
 #include "TestPaths.h"
 #include "tests/integration/library/CompanionBundle.h"
@@ -46,6 +48,20 @@ TEST_F(DoctorDesktopTest, FindsTheSessionBusOrSaysWhyThereIsNone) {
   const SessionBus bus;
   program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address());
   EXPECT_EQ(examine(_server.configurationUrl()).findings.at("session bus"), "ok: available");
+}
+
+// doctor once took as long as the bus liked.
+TEST_F(DoctorDesktopTest, DoesNotWaitForASessionBusThatNeverResponds) {
+  const LoopbackPort bus(LoopbackPort::Listens);
+  const std::string address = "tcp:host=127.0.0.1,port=" + std::to_string(bus.number());
+  program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + address);
+  const auto start = std::chrono::steady_clock::now();
+  const Diagnosis diagnosis = examine(_server.configurationUrl());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(diagnosis.status, 0);
+  EXPECT_THAT(
+      diagnosis.findings.at("session bus"),
+      StartsWith("warning: none: Connection timed out; DBUS_SESSION_BUS_ADDRESS is " + address));
 }
 
 TEST_F(DoctorDesktopTest, IgnoresACompanionThatDoesNotRun) {

@@ -162,6 +162,27 @@ TEST_F(DoctorStoreTest, CountsTheSavedReports) {
             "ok: 2, all can be sent, the oldest saved 3 h ago");
 }
 
+// The names in the suggested commands were once not quoted, so that pasting one could run another.
+TEST_F(DoctorStoreTest, SuggestsCommandsThatCanBePasted) {
+  const std::string name = "a'b c;touch pwned;.ztr";
+  program.write("data/Kelvane/it's/reports/" + name, "<a>");
+  fs::permissions(program.storeFolder("it's"), fs::perms(0755));
+  const auto found = findings({"--app-name", "it's"});
+  const auto run = [this, &found](const std::string& check) {
+    const std::string finding = found.at(check);
+    std::vector<std::string> environment = program.environment();
+    const std::string programs = fs::path(paths::kReportProgram).parent_path();
+    environment.push_back("PATH=" + programs + ":/usr/bin:/bin");
+    const std::string command = finding.substr(finding.find(" -> ") + 4);
+    return runProgram("/bin/sh", {"-c", "cd '" + program.folder() + "' && " + command},
+                      {.environment = environment});
+  };
+  EXPECT_EQ(run("store mode"), done(""));
+  EXPECT_EQ(fs::status(program.storeFolder("it's")).permissions(), fs::perms::owner_all);
+  EXPECT_EQ(run("saved reports"), done(program.path("data/Kelvane/it's/set-aside/" + name) + "\n"));
+  EXPECT_FALSE(fs::exists(program.path("pwned")));
+}
+
 TEST_F(DoctorStoreTest, FindsASavedReportThatBlocksTheOthers) {
   program.write("data/Kelvane/Setup/reports/{A}.ztr", "<a>\n</b>");
   Inbox inbox;
@@ -169,8 +190,8 @@ TEST_F(DoctorStoreTest, FindsASavedReportThatBlocksTheOthers) {
   EXPECT_EQ(diagnosis.status, 1);
   EXPECT_EQ(diagnosis.findings.at("saved reports"),
             "failed: 1, of which 1 cannot be sent; {A}.ztr blocks the 0 after it: line 2, column "
-            "1: Opening and ending tag mismatch: a line 1 and b -> ztreport --app-name 'Setup' "
-            "store --set-aside '{A}.ztr'");
+            "1: Opening and ending tag mismatch: a line 1 and b -> ztreport --app-name='Setup' "
+            "store --set-aside='{A}.ztr'");
 
   program.write("data/Kelvane/Setup/reports/{B}.ztr", "<a/>");
   program.write("data/Kelvane/Setup/reports/{C}.ztr", "");

@@ -33,7 +33,7 @@ class DoctorTest : public testing::Test {
           trimmed(line.substr(0, 9)) + ": " + line.substr(28);
       begin = end + 1;
     }
-    EXPECT_EQ(diagnosis.findings.size(), 14U) << result.output;
+    EXPECT_EQ(diagnosis.findings.size(), 16U) << result.output;
     return diagnosis;
   }
 

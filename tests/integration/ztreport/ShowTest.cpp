@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "tests/integration/ztreport/ReportProgram.h"
-#include "tests/integration/ztreport/Terminal.h"
+#include "tests/support/Terminal.h"
 #include "tests/unit/tools/common/ReportText.h"
 
 namespace zt::test {
@@ -95,7 +95,7 @@ TEST_F(ShowTest, TellsWhatItCannotRead) {
   EXPECT_EQ(program.run({"show", program.folder()}),
             refused(3, program.folder() + ": Is a directory"));
   EXPECT_EQ(program.run({"show", ""}), refused(3, ": No such file or directory"));
-  EXPECT_EQ(program.run({"show"}), refused(2, "FILE is required"));
+  EXPECT_EQ(program.run({"show"}), refused(2, "FILE is required; see ztreport show --help"));
 }
 
 class ShowOnATerminalTest : public ShowTest {

@@ -12,9 +12,9 @@
 
 namespace {
 
+using zt::test::CallingField;
 using zt::test::crlf;
 using zt::test::fieldLines;
-using zt::test::CallingField;
 using zt::test::written;
 
 class ZtPortalPoolArrayTextTest : public zt::test::PoolsFixture {};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,12 +13,13 @@ namespace zt::tools {
 /// `Failure`. `file` is a path, or "-" for standard input.
 
 /// Prints the text of a described report.
-Exit render(const std::string& file, bool plain);
-/// Posts a described report; saves it when it is not accepted. An empty `configurationUrl` means
-/// the one in the description.
-Exit send(const std::string& file, const std::string& configurationUrl);
+Exit render(const std::string& file, bool plain, Output output);
+/// Posts a described report; saves it when it is not accepted. Without a `configurationUrl`, the
+/// one in the description is used.
+Exit send(const std::string& file, const std::optional<std::string>& configurationUrl,
+          Output output);
 /// Saves a described report without sending it, and prints the path of its file.
-Exit save(const std::string& file);
+Exit save(const std::string& file, Output output);
 
 /// The options of `run` as they were typed.
 struct RunOptions {
@@ -33,7 +35,7 @@ struct RunOptions {
 
 /// Reports one whole run through `ZtReport`; with `save`, saves it without sending. All options are
 /// checked first.
-Exit run(const RunOptions& options);
+Exit run(const RunOptions& options, Output output);
 
 /// URL of the configuration document of a customer. Throws a `Failure` that lists the customers
 /// when the library does not know this one.
@@ -41,17 +43,17 @@ ZtString configurationUrlOf(const std::string& customer);
 /// The customers that the library knows: "Kelvane, Norvantel, …".
 std::string customerNames();
 
-/// Sends the saved reports, and prints how many were sent and how many are left. A terminal at
-/// standard error shows the progress.
-Exit resend(const std::string& configurationUrl);
+/// Sends the saved reports, and prints how many were sent and how many are left, and on standard
+/// error which one was not accepted and why. A terminal at standard error shows the progress.
+Exit resend(const std::string& configurationUrl, Output output);
 
 /// Prints one line for each saved report, in the order of sending: name, size, age, and whether it
-/// can be sent or why not.
-Exit listStore();
+/// can be sent or why not. `Quiet`: only those that cannot be sent.
+Exit listStore(Output output);
 /// Moves a saved report, named by its path or its name in the store, to the folder "set-aside"
 /// beside the store's folder, and prints its new path. Nothing there is replaced: a number is added
 /// to a name that is taken.
-Exit setAside(const std::string& file);
+Exit setAside(const std::string& file, Output output);
 
 /// Prints a report's text as a tree, or as a report description that renders as the same text
 /// again. `file` can also be the name or ID of a saved report.
@@ -70,8 +72,9 @@ Exit probe(bool json);
 Exit listen();
 
 /// Checks everything that a report of the program `appName` needs, in order, and prints a line for
-/// each check when it is done. With `json`, prints one object at the end. Returns `NotAccepted`
-/// when a check failed. Sends only the requests for the configuration and for the server's version.
-Exit doctor(const std::string& configurationUrl, const std::string& appName, bool json);
+/// each check when it is done. `Json`: prints one object at the end. `Quiet`: only the checks that
+/// failed. Returns `NotAccepted` when a check failed. Sends only the requests for the configuration
+/// and for the server's version.
+Exit doctor(const std::string& configurationUrl, const std::string& appName, Output output);
 
 }  // namespace zt::tools

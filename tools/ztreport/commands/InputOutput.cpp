@@ -6,7 +6,10 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <limits>
 #include <memory>
+
+#include "tools/common/Terminal.h"
 
 namespace zt::tools {
 
@@ -34,6 +37,17 @@ std::string readAll(const std::string& file) {
 void print(const std::string& text) {
   std::cout << text << std::flush;
   if (!std::cout) throw Failure(Exit::MachineFailed, "standard output cannot be written");
+}
+
+void tell(Output output, const std::string& words, const Json& object) {
+  constexpr int kIndent = 2;
+  if (output == Output::Words) print(words + "\n");
+  if (output == Output::Json) print(object.text(kIndent) + "\n");
+}
+
+void complain(const std::string& message) {
+  constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
+  std::cerr << "ztreport: " << terminal::terminalText(message, kUnlimited) << '\n';
 }
 
 }  // namespace zt::tools

@@ -4,6 +4,8 @@
 #include <stdexcept>
 #include <string>
 
+#include "tools/common/Json.h"
+
 namespace zt::tools {
 
 /// Exit status of the program.
@@ -25,6 +27,19 @@ class Failure : public std::runtime_error {
   Exit _exit;
 };
 
+/// Wrong usage of the command line. The program adds where the help is.
+class WrongUsage : public Failure {
+ public:
+  explicit WrongUsage(const std::string& message) : Failure(Exit::WrongInput, message) {}
+};
+
+/// How a command tells what it did.
+enum class Output {
+  Words,
+  Json,   ///< one object
+  Quiet,  ///< not at all
+};
+
 /// Name of a file in messages: its path, or "standard input" for "-".
 std::string nameOf(const std::string& file);
 
@@ -36,5 +51,11 @@ std::string readAll(const std::string& file);
 
 /// Writes to standard output and flushes. Throws a `Failure` on an error.
 void print(const std::string& text);
+
+/// Prints a line of words, or the object that says the same, or nothing.
+void tell(Output output, const std::string& words, const Json& object);
+
+/// Writes "ztreport: MESSAGE" to standard error, safe for a terminal.
+void complain(const std::string& message);
 
 }  // namespace zt::tools

@@ -5,10 +5,12 @@
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <memory>
 #include <string_view>
 #include <system_error>
 
 #include "tools/ztreport/commands/Commands.h"
+#include "tools/ztreport/commands/Delivery.h"
 #include "tools/ztreport/commands/SavedReports.h"
 
 namespace zt::tools {
@@ -28,7 +30,9 @@ bool isTerminal() {
 /// cannot rewrite a line (`TERM` is "dumb" or unset).
 class Progress {
  public:
-  explicit Progress(std::size_t all) : _all(all), _isShown(isTerminal()) { show(0); }
+  Progress(std::size_t all, bool isWanted) : _all(all), _isShown(isWanted && isTerminal()) {
+    show(0);
+  }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
   ~Progress() {
@@ -50,28 +54,45 @@ class Progress {
   const std::chrono::steady_clock::time_point _start = std::chrono::steady_clock::now();
 };
 
+/// Why `document` did not send the saved report `file`.
+std::string whyStopped(ZtPortalData& document, const std::string& file) {
+  const SavedReport report = savedReport(file);
+  if (report.fault.empty() || !document.online()) {
+    return "not sent: " + whyNotAccepted(document, report.size.value_or(0));
+  }
+  return "cannot be sent: " + report.fault +
+         "; ztreport store --set-aside can move it out of the way";
+}
+
 }  // namespace
 
-Exit resend(const std::string& configurationUrl) {
-  if (configurationUrl.empty()) throw Failure(Exit::WrongInput, "--config-url: empty");
+Exit resend(const std::string& configurationUrl, Output output) {
+  checkConfigurationUrl(configurationUrl);
   const std::string folder = storeFolder();
   const std::vector<std::string> paths = savedReportPaths(folder);
 
   // ZtPortalData::sendSavedReports does the same, but does not say how many reports it sent.
   std::size_t sent = 0;
+  std::shared_ptr<ZtPortalData> document;
   if (!paths.empty()) {
-    Progress progress(paths.size());
-    const auto document =
-        ZtPortalData::initWithValues(configurationUrl, false, nullptr, nullptr, nullptr);
-    for (const std::string& path : paths) {
-      if (!document->sendSavedReport(path)) break;
+    const Progress progress(paths.size(), output != Output::Quiet);
+    document = ZtPortalData::initWithValues(configurationUrl, false, nullptr, nullptr, nullptr);
+    while (sent < paths.size() && document->sendSavedReport(paths[sent])) {
       std::error_code ignored;
-      std::filesystem::remove(path, ignored);
+      std::filesystem::remove(paths[sent], ignored);
       progress.show(++sent);
     }
   }
+  Json result{{"sent", sent}, {"left", nullptr}};
+  if (sent < paths.size()) {
+    const std::string& file = paths[sent];
+    const std::string reason = whyStopped(*document, file);
+    complain(file + ": " + reason);
+    result["stoppedBy"] = {{"file", file}, {"reason", reason}};
+  }
   const std::size_t left = savedReportPaths(folder).size();
-  print(std::to_string(sent) + " sent, " + std::to_string(left) + " left\n");
+  result["left"] = left;
+  tell(output, std::to_string(sent) + " sent, " + std::to_string(left) + " left", result);
   return left == 0 ? Exit::Done : Exit::NotAccepted;
 }
 

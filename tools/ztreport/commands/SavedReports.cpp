@@ -25,36 +25,6 @@ std::string faultIn(const std::string& content) {
          reason;
 }
 
-SavedReport look(const std::string& path) {
-  SavedReport report;
-  report.path = path;
-  report.name = fs::path(path).filename().string();
-
-  std::error_code error;
-  const fs::file_status status = fs::status(path, error);
-  if (error) {
-    report.fault = error.message();
-    return report;
-  }
-  if (const auto written = fs::last_write_time(path, error); !error) {
-    report.age =
-        std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now() - written);
-  }
-  // Opening a named pipe would block.
-  if (!fs::is_regular_file(status)) {
-    report.fault = fs::is_directory(status) ? "a folder" : "no regular file";
-    return report;
-  }
-  if (const auto size = fs::file_size(path, error); !error) report.size = size;
-  if (report.size > kReportFileLimit) {
-    report.fault = "larger than 64 MiB";
-    return report;
-  }
-  const auto content = contentOf(path);
-  report.fault = content ? faultIn(*content) : std::strerror(errno);
-  return report;
-}
-
 /// A unit, and the amount from which the next one is used.
 struct Unit {
   std::uintmax_t size;
@@ -104,9 +74,39 @@ std::vector<std::string> savedReportPaths(const std::string& folder) {
   return paths;
 }
 
+SavedReport savedReport(const std::string& path) {
+  SavedReport report;
+  report.path = path;
+  report.name = fs::path(path).filename().string();
+
+  std::error_code error;
+  const fs::file_status status = fs::status(path, error);
+  if (error) {
+    report.fault = error.message();
+    return report;
+  }
+  if (const auto written = fs::last_write_time(path, error); !error) {
+    report.age =
+        std::chrono::floor<std::chrono::seconds>(fs::file_time_type::clock::now() - written);
+  }
+  // Opening a named pipe would block.
+  if (!fs::is_regular_file(status)) {
+    report.fault = fs::is_directory(status) ? "a folder" : "no regular file";
+    return report;
+  }
+  if (const auto size = fs::file_size(path, error); !error) report.size = size;
+  if (report.size > kReportFileLimit) {
+    report.fault = "larger than 64 MiB";
+    return report;
+  }
+  const auto content = contentOf(path);
+  report.fault = content ? faultIn(*content) : std::strerror(errno);
+  return report;
+}
+
 std::vector<SavedReport> savedReports(const std::string& folder) {
   std::vector<SavedReport> reports;
-  for (const std::string& path : savedReportPaths(folder)) reports.push_back(look(path));
+  for (const std::string& path : savedReportPaths(folder)) reports.push_back(savedReport(path));
   return reports;
 }
 

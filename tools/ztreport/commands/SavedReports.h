@@ -26,8 +26,11 @@ std::string storeFolder();
 /// system lists them. Throws a `Failure` when the folder cannot be read.
 std::vector<std::string> savedReportPaths(const std::string& folder);
 
-/// The saved reports in `folder`, in the same order. Each file is parsed as it is for sending: a
-/// report with a fault blocks all reports after it.
+/// The saved report at `path`, parsed as it is for sending.
+SavedReport savedReport(const std::string& path);
+
+/// The saved reports in `folder`, in the same order. A report with a fault blocks all reports after
+/// it.
 std::vector<SavedReport> savedReports(const std::string& folder);
 
 /// A time span in its largest unit, rounded down: "59 s", "2 min", "47 h", "2 d". A file whose date

@@ -6,9 +6,12 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/common/Usage.h"
 #include "tools/ztreport/commands/Commands.h"
+#include "tools/ztreport/commands/Delivery.h"
 #include "tools/ztreport/commands/SavedReports.h"
 #include "tools/ztreport/description/Description.h"
+#include "tools/ztreport/network/WebAddress.h"
 
 // The commands that make a report: render, send, save and run.
 
@@ -29,53 +32,54 @@ Description describeForDelivery(const std::string& file) {
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
 }
 
-std::string path(const ZtString& text) { return std::string(text.view()); }
+std::string text(const ZtString& value) { return std::string(value.view()); }
 
 /// The library does not report whether saving worked, so this compares the file with the text.
-bool isSaved(ZtPortalData& document) {
+bool isSaved(const ZtPortalData& document, const std::string& request) {
   const ZtString file = document.reportFile();
-  return !file.isNull() && contentOf(path(file)) == document.getSoapString();
+  return !file.isNull() && contentOf(text(file)) == request;
 }
 
 std::string whyNotSaved(const ZtPortalData& document) {
   const ZtString file = document.reportFile();
-  return file.isNull() ? kNoStoreFolder : path(file) + ": cannot be written";
+  return file.isNull() ? kNoStoreFolder : text(file) + ": cannot be written";
 }
 
-/// The library does not tell a refusal from an unusable response or none at all.
-std::string whyNotAccepted(const ZtPortalData& document) {
-  const std::string url(document.configurationUrl().view());
-  if (!document.gotConfiguration()) return "no configuration at " + url;
-  if (!document.online()) return "no answer from " + std::string(document.reportUrl().view());
-  return "no confirmation from " + std::string(document.reportUrl().view());
-}
-
-/// Prints whether the report was accepted, and returns the exit status. A report that was not
+/// Tells whether the report was accepted, and returns the exit status. A report that was not
 /// accepted must be in the store now; throws a `Failure` when it is not.
-Exit tellDelivery(ZtPortalData& document, bool accepted) {
+Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
+  const std::string id = text(document.reportId());
   if (accepted) {
-    print("accepted: " + path(document.reportId()) + "\n");
+    tell(output, "accepted: " + id, {{"accepted", true}, {"reportId", id}});
     return Exit::Done;
   }
-  const std::string reason = whyNotAccepted(document);
-  if (!isSaved(document)) {
+  const std::string request = document.getSoapString();
+  const bool saved = isSaved(document, request);
+  const std::string reason = whyNotAccepted(document, request.size());
+  if (!saved) {
     throw Failure(Exit::MachineFailed,
                   "not accepted (" + reason + "), and not saved: " + whyNotSaved(document));
   }
-  print("not accepted (" + reason + ")\nsaved: " + path(document.reportFile()) + "\n");
+  complain("not accepted: " + reason);
+  const std::string file = text(document.reportFile());
+  tell(output, "saved: " + file,
+       {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
   return Exit::NotAccepted;
 }
 
-/// Prints the path of a saved report. Throws a `Failure` when its file is not there.
-Exit tellSaved(ZtPortalData& document) {
-  if (!isSaved(document)) throw Failure(Exit::MachineFailed, whyNotSaved(document));
-  print(path(document.reportFile()) + "\n");
+/// Tells the path of a saved report. Throws a `Failure` when its file is not there.
+Exit tellSaved(ZtPortalData& document, Output output) {
+  if (!isSaved(document, document.getSoapString())) {
+    throw Failure(Exit::MachineFailed, whyNotSaved(document));
+  }
+  const std::string file = text(document.reportFile());
+  tell(output, file, {{"reportId", text(document.reportId())}, {"file", file}});
   return Exit::Done;
 }
 
 [[noreturn]] void fail(std::string_view option, const std::string& value,
                        const std::string& reason) {
-  throw Failure(Exit::WrongInput, std::string(option) + " " + value + ": " + reason);
+  throw WrongUsage(std::string(option) + " " + value + ": " + reason);
 }
 
 /// The facts by name. A name must not be empty or occur twice.
@@ -141,37 +145,49 @@ constexpr std::array<Customer, 5> kCustomers{{
 
 }  // namespace
 
-Exit render(const std::string& file, bool plain) {
+Exit render(const std::string& file, bool plain, Output output) {
   const auto document = describe(file).makeOffline();
-  print(plain ? document->generateXml(nullptr, false) : document->getSoapString());
+  const std::string request =
+      plain ? document->generateXml(nullptr, false) : document->getSoapString();
+  if (output == Output::Words) {
+    print(request);
+  } else {
+    tell(output, "", {{"reportId", text(document->reportId())}, {"text", request}});
+  }
   return Exit::Done;
 }
 
-Exit send(const std::string& file, const std::string& configurationUrl) {
+Exit send(const std::string& file, const std::optional<std::string>& configurationUrl,
+          Output output) {
+  if (configurationUrl) checkConfigurationUrl(*configurationUrl);
   const Description description = describeForDelivery(file);
-  const ZtString url =
-      configurationUrl.empty() ? description.configurationUrl() : ZtString(configurationUrl);
-  if (url.empty()) {
+  const std::string url =
+      configurationUrl ? *configurationUrl : text(description.configurationUrl());
+  if (!webAddress(url)) {
     throw Failure(Exit::WrongInput,
-                  nameOf(file) + ": /configurationUrl: absent, and no --config-url is given");
+                  nameOf(file) + ": /configurationUrl: " +
+                      (url.empty() ? "absent, and no --config-url is given"
+                                   : shownUrl(url) + " is not an http or https URL"));
   }
   const auto document = description.makeOnline(url);
-  return tellDelivery(*document, document->reportToServer());
+  return tellDelivery(*document, document->reportToServer(), output);
 }
 
-Exit save(const std::string& file) {
+Exit save(const std::string& file, Output output) {
   const auto document = describeForDelivery(file).makeOffline();
   storeFolder();
   document->saveReport();
-  return tellSaved(*document);
+  return tellSaved(*document, output);
 }
 
 ZtString configurationUrlOf(const std::string& customer) {
   const auto* const row = std::ranges::find_if(
       kCustomers, [&customer](const Customer& known) { return *known.id == customer; });
   if (row != kCustomers.end()) return *row->url;
-  throw Failure(Exit::WrongInput, "--customer: no such customer: \"" + customer +
-                                      "\"; it is one of " + customerNames());
+  std::vector<std::string> known;
+  for (const Customer& candidate : kCustomers) known.push_back(text(*candidate.id));
+  throw WrongUsage("--customer: no such customer: \"" + customer + "\"" +
+                   didYouMean(customer, known) + "; it is one of " + customerNames());
 }
 
 std::string customerNames() {
@@ -182,7 +198,7 @@ std::string customerNames() {
   return names;
 }
 
-Exit run(const RunOptions& options) {
+Exit run(const RunOptions& options, Output output) {
   configurationUrlOf(options.customer);  // throws for an unknown customer
   ZtReport::Facts facts = readFacts("--fact", options.facts);
   ZtReport::Facts flags = readFlags(options.flags);
@@ -197,10 +213,10 @@ Exit run(const RunOptions& options) {
   *report->installDataBOOL() = std::move(flags);
   report->stopReport(options.endPoint);
 
-  if (!options.save) return tellDelivery(*report->data(), report->sendReport(true));
+  if (!options.save) return tellDelivery(*report->data(), report->sendReport(true), output);
   storeFolder();
   report->sendReport(false);
-  return tellSaved(*report->data());
+  return tellSaved(*report->data(), output);
 }
 
 }  // namespace zt::tools

@@ -54,6 +54,14 @@ std::string aligned(const std::vector<Row>& rows) {
   return text;
 }
 
+Json jsonOf(const SavedReport& report) {
+  Json object{{"name", report.name}, {"file", report.path}, {"bytes", report.size}};
+  object["ageSeconds"] = report.age ? Json(std::int64_t{report.age->count()}) : Json(nullptr);
+  object["canBeSent"] = report.fault.empty();
+  if (!report.fault.empty()) object["reason"] = report.fault;
+  return object;
+}
+
 /// The name in the store of `file`, which is a path or a name. Throws a `Failure` when it is not in
 /// the store.
 std::string nameInStore(const fs::path& folder, const std::string& file) {
@@ -65,7 +73,7 @@ std::string nameInStore(const fs::path& folder, const std::string& file) {
                        fs::exists(fs::symlink_status(folder / name, error));
   if (isThere) return name;
   throw Failure(Exit::WrongInput,
-                "--set-aside: " + shown(file) + ": no saved report in " + folder.string());
+                "--set-aside: " + file + ": no saved report in " + folder.string());
 }
 
 /// "{A}.ztr" for 1, "{A}-2.ztr" for 2 and so on.
@@ -87,25 +95,31 @@ bool moveTo(const fs::path& from, const fs::path& to) {
 
 }  // namespace
 
-Exit listStore() {
+Exit listStore(Output output) {
   const std::vector<SavedReport> reports = savedReports(storeFolder());
-  if (reports.empty()) {
-    print("empty: no report is saved\n");
+  if (output == Output::Json) {
+    Json list = Json::array();
+    for (const SavedReport& report : reports) list.push_back(jsonOf(report));
+    print(Json{{"reports", list}}.text(2) + "\n");
     return Exit::Done;
   }
   std::vector<Row> rows;
-  rows.reserve(reports.size());
   for (const SavedReport& report : reports) {
+    if (output == Output::Quiet && report.fault.empty()) continue;
     rows.push_back(
         {shown(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
          report.age ? ageText(*report.age) : "-",
          report.fault.empty() ? "can be sent" : "cannot be sent: " + shown(report.fault)});
   }
-  print(aligned(rows));
+  if (!rows.empty()) {
+    print(aligned(rows));
+  } else {
+    tell(output, "empty: no report is saved", nullptr);
+  }
   return Exit::Done;
 }
 
-Exit setAside(const std::string& file) {
+Exit setAside(const std::string& file, Output output) {
   const fs::path folder = storeFolder();
   const std::string name = nameInStore(folder, file);
   const fs::path aside = folder.parent_path() / "set-aside";
@@ -116,7 +130,7 @@ Exit setAside(const std::string& file) {
   for (int number = 1;; ++number) {
     const fs::path target = aside / numbered(name, number);
     if (moveTo(folder / name, target)) {
-      print(target.string() + "\n");
+      tell(output, target.string(), {{"file", target.string()}});
       return Exit::Done;
     }
     if (errno == EEXIST) continue;

@@ -3,6 +3,10 @@
 #include <stdlib.h>
 #include <systemd/sd-bus.h>
 
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
 
 namespace zt::tools {
@@ -18,6 +22,26 @@ std::string addressSource() {
   return "neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR is set";
 }
 
+/// Waits until the bus has responded to the connection. 0, or a negative error number.
+int waitUntilReady(sd_bus* bus) {
+  // sd-bus itself would wait for 25 seconds.
+  constexpr std::chrono::seconds kPatience{2};
+  using Clock = std::chrono::steady_clock;
+  const Clock::time_point deadline = Clock::now() + kPatience;
+  for (;;) {
+    const int ready = sd_bus_is_ready(bus);
+    if (ready != 0) return std::min(ready, 0);
+    const int progress = sd_bus_process(bus, nullptr);
+    if (progress < 0) return progress;
+    if (progress > 0) continue;
+    const auto left =
+        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now());
+    if (left.count() <= 0) return -ETIMEDOUT;
+    const int waited = sd_bus_wait(bus, static_cast<std::uint64_t>(left.count()));
+    if (waited < 0 && waited != -EINTR) return waited;
+  }
+}
+
 }  // namespace
 
 void CloseBus::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
@@ -26,8 +50,7 @@ UserBus openUserBus(std::string& reason) {
   sd_bus* opened = nullptr;
   int error = sd_bus_open_user(&opened);
   UserBus bus(opened);
-  const char* name = nullptr;
-  if (error >= 0) error = sd_bus_get_unique_name(opened, &name);
+  if (error >= 0) error = waitUntilReady(opened);
   if (error >= 0) return bus;
   reason = std::string(std::strerror(-error)) + "; " + addressSource();
   return nullptr;

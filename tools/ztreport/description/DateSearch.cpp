@@ -23,41 +23,12 @@ ZtString textOf(milliseconds time) {
 
 bool isTextOf(std::string_view text, milliseconds time) { return textOf(time) == text; }
 
-/// The number with these digits; -1 if they are not digits.
-int numberOf(std::string_view digits) {
-  int number = 0;
-  for (const char digit : digits) {
-    if (digit < '0' || digit > '9') return -1;
-    number = number * 10 + (digit - '0');
-  }
-  return number;
-}
-
-/// The local time at the start of `text`, "2026-11-21T13:00:00.000", as if it were in UTC and in
-/// the Gregorian calendar. (Days of other calendars that this one does not have continue into the
-/// next month.)
+/// The local time at the start of `text`, "2026-11-21T13:00:00.000", as if it were in UTC. Nothing
+/// for a date that the Gregorian calendar does not have, or with other digits than 0 to 9.
 std::optional<milliseconds> localTimeOf(std::string_view text) {
-  constexpr std::string_view kForm = "-00-00T00:00:00.000";
-  const std::size_t yearSize = text.find('-');
-  if (yearSize < 4 || yearSize > 5) return std::nullopt;  // an offset can lead to the year 10000
-  const std::string_view rest = text.substr(yearSize, kForm.size());
-  if (rest.size() != kForm.size()) return std::nullopt;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    if (kForm[i] != '0' && rest[i] != kForm[i]) return std::nullopt;
-  }
-  const int year = numberOf(text.substr(0, yearSize));
-  const int month = numberOf(rest.substr(1, 2));
-  const int day = numberOf(rest.substr(4, 2));
-  const int hour = numberOf(rest.substr(7, 2));
-  const int minute = numberOf(rest.substr(10, 2));
-  const int second = numberOf(rest.substr(13, 2));
-  const int fraction = numberOf(rest.substr(16, 3));
-  if (year < 0 || month < 1 || month > 12 || day < 1 || day > 31) return std::nullopt;
-  if (hour < 0 || minute < 0 || second < 0 || fraction < 0) return std::nullopt;
-  const std::chrono::sys_days monthStart{std::chrono::year(year) /
-                                         std::chrono::month(static_cast<unsigned>(month)) / 1};
-  return monthStart.time_since_epoch() + days(day - 1) + hours(hour) + minutes(minute) +
-         std::chrono::seconds(second) + milliseconds(fraction);
+  const std::optional<Rfc3339Time> read = readRfc3339Time(text);
+  if (!read) return std::nullopt;
+  return read->time;
 }
 
 /// The year of a date's text, in the digits of any script: at least four, perhaps with a sign.

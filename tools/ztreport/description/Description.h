@@ -4,10 +4,16 @@
 #include <string>
 
 #include "tools/ztreport/description/JsonValue.h"
-#include "tools/ztreport/description/PoolDescription.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
+
+/// Whether a description may let the library examine the machine, which starts a subprocess.
+enum class MachineCheck { Allowed, Skipped };
+
+/// Adds the pool that `object` describes to a document (PoolDescription.cpp). Throws `JsonError` at
+/// the first error.
+void addPool(const JsonValue& object, ZtPortalData& document, MachineCheck check);
 
 /// A report described as one JSON object:
 ///

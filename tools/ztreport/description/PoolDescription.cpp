@@ -1,5 +1,3 @@
-#include "tools/ztreport/description/PoolDescription.h"
-
 #include <concepts>
 #include <cstdint>
 #include <memory>
@@ -10,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "tools/ztreport/description/Description.h"
 #include "ztportal/pools/FieldTable.h"
 
 namespace zt::tools {

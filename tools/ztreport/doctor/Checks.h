@@ -5,7 +5,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/ztreport/doctor/Network.h"
+#include "tools/ztreport/network/WebAddress.h"
 #include "ztportal/ztportal.h"
 
 // The checks of `ztreport doctor`, in the order of the table in Doctor.cpp.
@@ -51,6 +51,8 @@ Finding checkProxy(Subject& subject);
 /// Creates the document, which reads the configuration and asks for the version.
 Finding checkConfiguration(Subject& subject);
 Finding checkReportUrl(Subject& subject);
+Finding checkReportNameLookup(Subject& subject);
+Finding checkReportProxy(Subject& subject);
 Finding checkVersion(Subject& subject);
 
 /// Creates the folder, and writes a file there that it removes again.

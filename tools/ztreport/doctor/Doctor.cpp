@@ -16,12 +16,14 @@ struct Check {
   Finding (*find)(Subject&);
 };
 
-constexpr std::array<Check, 14> kChecks{{
+constexpr std::array<Check, 16> kChecks{{
     {"configuration URL", checkConfigurationUrl},
     {"name lookup", checkNameLookup},
     {"proxy", checkProxy},
     {"configuration", checkConfiguration},
     {"report URL", checkReportUrl},
+    {"report name lookup", checkReportNameLookup},
+    {"report proxy", checkReportProxy},
     {"version answer", checkVersion},
     {"store folder", checkStoreFolder},
     {"store mode", checkStoreMode},
@@ -61,7 +63,7 @@ Json jsonOf(const Check& check, const Finding& finding) {
 
 }  // namespace
 
-Exit doctor(const std::string& configurationUrl, const std::string& appName, bool json) {
+Exit doctor(const std::string& configurationUrl, const std::string& appName, Output output) {
   Subject subject;
   subject.configurationUrl = configurationUrl;
   subject.appName = appName;
@@ -69,14 +71,15 @@ Exit doctor(const std::string& configurationUrl, const std::string& appName, boo
   Exit exit = Exit::Done;
   for (const Check& check : kChecks) {
     const Finding finding = check.find(subject);
-    if (finding.state == State::Failed) exit = Exit::NotAccepted;
-    if (json) {
+    const bool isFailed = finding.state == State::Failed;
+    if (isFailed) exit = Exit::NotAccepted;
+    if (output == Output::Json) {
       checks.push_back(jsonOf(check, finding));
-    } else {
+    } else if (output == Output::Words || isFailed) {
       print(lineOf(check, finding));
     }
   }
-  if (json) {
+  if (output == Output::Json) {
     const Json object{{"checks", checks}};
     print(object.text(2) + "\n");
   }

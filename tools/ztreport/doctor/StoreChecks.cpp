@@ -15,6 +15,7 @@
 #include "tools/ztreport/commands/InputOutput.h"
 #include "tools/ztreport/commands/SavedReports.h"
 #include "tools/ztreport/doctor/Checks.h"
+#include "tools/ztreport/doctor/ShellWord.h"
 
 namespace zt::tools {
 
@@ -74,7 +75,7 @@ Finding checkStoreMode(Subject& subject) {
   if ((status.st_mode & (S_IRWXG | S_IRWXO)) == 0) return ok(mode.data());
   return warning(std::string(mode.data()) +
                      ": other users can list the folder (only the owner can read the reports)",
-                 "chmod 700 '" + subject.storeFolder + "'");
+                 "chmod 700 " + shellWord(subject.storeFolder));
 }
 
 Finding checkFreeSpace(Subject& subject) {
@@ -113,8 +114,8 @@ Finding checkSavedReports(Subject& subject) try {
   reason += ", of which " + std::to_string(std::ranges::count_if(reports, isBroken)) +
             " cannot be sent; " + broken->name + " blocks the " +
             std::to_string(reports.end() - broken - 1) + " after it: " + broken->fault;
-  return failed(reason, "ztreport --app-name '" + subject.appName + "' store --set-aside '" +
-                            broken->name + "'");
+  return failed(reason, "ztreport --app-name=" + shellWord(subject.appName) +
+                            " store --set-aside=" + shellWord(broken->name));
 } catch (const Failure& failure) {
   return failed(failure.what(), "make the store's folder readable for this user");
 }

@@ -22,8 +22,8 @@ struct XmlFault {
 };
 
 /// Parses `text`, which is UTF-8 without NUL bytes and byte order mark. Null if it is not
-/// namespace-well-formed, is too long, or has entities that expand excessively; then `fault` is set. The
-/// caller releases the tree.
+/// namespace-well-formed, is too long, or has entities that expand excessively; then `fault` is
+/// set. The caller releases the tree.
 void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault);
 void releaseXmlTree(void* tree);
 

@@ -95,10 +95,13 @@ TEST(CommandLineTest, ExplainsWrongUsage) {
       {{"--fail-rate", ""}, rateFault},
       {{"--scenario", wrongStep.path()}, stepFault},
       {{"--scenario", noJson.path()}, jsonFault},
-      {{"--data"}, "--data: 1 required DIR missing"},
+      {{"--data"}, "--data: 1 required DIR missing; see ztinbox --help"},
       {{"--data", ""}, "--data must name a folder"},
-      {{"file"}, "The following argument was not expected: file"},
-      {{"--max"}, "--max: 1 required N missing"},
+      {{"file"}, "The following argument was not expected: file; see ztinbox --help"},
+      {{"--lisen"},
+       "The following argument was not expected: --lisen (did you mean --listen?); see ztinbox "
+       "--help"},
+      {{"--max"}, "--max: 1 required N missing; see ztinbox --help"},
   };
   for (const auto& row : rows) {
     EXPECT_EQ(inputFaultOf(row.arguments), row.message) << row.arguments.front();

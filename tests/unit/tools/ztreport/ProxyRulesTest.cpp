@@ -5,7 +5,7 @@
 
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
-#include "tools/ztreport/doctor/Network.h"
+#include "tools/ztreport/network/ProxyRules.h"
 
 // The choice of the proxy. The rules are libcurl's, so the library is tested with the same table.
 
@@ -104,33 +104,6 @@ TEST(ProxyRulesTest, TheFirstVariableThatIsSetDecides) {
     EXPECT_EQ(choice.url, row.url) << row.scheme << shown;
     EXPECT_EQ(choice.variable, row.variable) << row.scheme << shown;
   }
-}
-
-TEST(ProxyRulesTest, AddressesHaveTheirUsualPorts) {
-  const struct {
-    std::optional<WebAddress> address;
-    const char* host;
-    int port;
-    const char* shown;
-  } rows[] = {
-      {webAddress("http://a.example/x"), "a.example", 80, "http://a.example/x"},
-      {webAddress("HTTPS://a.example"), "a.example", 443, "https://a.example/"},
-      {webAddress("https://a.example:80/"), "a.example", 80, "https://a.example:80/"},
-      {webAddress("http://u:p@[::1]:8025/x"), "::1", 8025, "http://[::1]:8025/x"},
-      {proxyAddress("a.example"), "a.example", 1080, "http://a.example/"},
-      {proxyAddress("u:p@a.example:3128"), "a.example", 3128, "http://a.example:3128/"},
-      {proxyAddress("https://a.example"), "a.example", 443, "https://a.example/"},
-      {proxyAddress("socks5h://a.example"), "a.example", 1080, "socks5h://a.example/"},
-  };
-  for (const auto& row : rows) {
-    ASSERT_TRUE(row.address) << row.shown;
-    EXPECT_EQ(row.address->host, row.host) << row.shown;
-    EXPECT_EQ(row.address->port, row.port) << row.shown;
-    EXPECT_EQ(row.address->shown, row.shown);
-  }
-  EXPECT_FALSE(webAddress("a.example"));
-  EXPECT_FALSE(webAddress("file:///x"));
-  EXPECT_FALSE(proxyAddress("http://["));
 }
 
 }  // namespace

@@ -1,0 +1,36 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <utility>
+
+#include "tests/support/Subprocess.h"
+#include "tools/ztreport/doctor/ShellWord.h"
+
+namespace zt::test {
+namespace {
+
+// Commands that doctor suggests once put names between single quotes as they were: a file named
+// "a'b c.ztr" gave a command that was broken, and one named "';reboot;'" a dangerous one.
+TEST(ShellWordTest, IsTheTextForAShell) {
+  const std::pair<std::string, std::string> rows[] = {
+      {"", "''"},
+      {"{A}.ztr", "'{A}.ztr'"},
+      {"a'b c.ztr", R"('a'\''b c.ztr')"},
+      {"';reboot;'", R"(''\'';reboot;'\''')"},
+      {"$HOME `id` \\ \"", "'$HOME `id` \\ \"'"},
+      {"Ä", "'Ä'"},
+      {"a\nb'\\", R"($'a\012b\'\\')"},
+      {"\x1b[31m1", R"($'\033[31m1')"},
+      {"\xff", R"($'\377')"},
+      {"a\u202eb", R"($'a\342\200\256b')"},
+  };
+  for (const auto& [text, word] : rows) {
+    EXPECT_EQ(tools::shellWord(text), word);
+    const ProgramResult printed = runProgram("/bin/bash", {"-c", "printf %s " + word});
+    EXPECT_EQ(printed.output, text);
+    EXPECT_EQ(printed.status, 0);
+  }
+}
+
+}  // namespace
+}  // namespace zt::test

@@ -1,0 +1,38 @@
+#include "tools/ztreport/commands/Delivery.h"
+
+#include <optional>
+
+#include "tools/ztreport/commands/InputOutput.h"
+#include "tools/ztreport/network/ServerFault.h"
+#include "tools/ztreport/network/WebAddress.h"
+
+namespace zt::tools {
+
+void checkConfigurationUrl(const std::string& url) {
+  if (url.empty()) throw WrongUsage("--config-url: empty");
+  if (webAddress(url)) return;
+  throw WrongUsage("--config-url: " + shownUrl(url) + " is not an http or https URL");
+}
+
+std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
+  if (!document.gotConfiguration()) {
+    const std::string url(document.configurationUrl().view());
+    const std::optional<Fault> fault = configurationFault(url);
+    return "no configuration at " + shownUrl(url) +
+           (fault ? ": " + fault->reason : ", although the server responds now");
+  }
+  const std::string url = serverUrlOf(document);
+  if (url.empty()) return "the configuration has no URL for test mode";
+  const std::string server = shownUrl(url) + ": ";
+  Response response;
+  response.status = document.responseStatus();
+  if (response.status >= 200 && response.status <= 299) {
+    return server + "the response does not confirm the report";
+  }
+  if (response.status != 0) return server + statusFault(response, "POST", size).reason;
+  if (const std::optional<Fault> fault = versionFault(url)) return server + fault->reason;
+  return server + "no complete response to the report of " + std::to_string(size) +
+         " bytes, although the server responds now";
+}
+
+}  // namespace zt::tools

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+
+#include "ztportal/ztportal.h"
+
+// What the commands that send say about it.
+
+namespace zt::tools {
+
+/// Throws a `WrongUsage` unless `url`, the value of --config-url, is an http or https URL.
+void checkConfigurationUrl(const std::string& url);
+
+/// Why the report of `size` bytes that `document` sent last was not accepted. Where there was no
+/// response, asks the server again, but never sends the report a second time.
+std::string whyNotAccepted(ZtPortalData& document, std::size_t size);
+
+}  // namespace zt::tools

@@ -1,0 +1,47 @@
+#include "tools/ztreport/doctor/ShellWord.h"
+
+#include <array>
+#include <cstdio>
+#include <limits>
+
+#include "tools/common/Terminal.h"
+
+namespace zt::tools {
+
+namespace {
+
+/// In the form $'…', with three octal digits for each byte that is not printable ASCII.
+std::string escapedWord(std::string_view text) {
+  std::string word = "$'";
+  for (const char character : text) {
+    const bool isPlain = character >= ' ' && character <= '~';
+    if (isPlain && (character == '\'' || character == '\\')) word += '\\';
+    if (isPlain) {
+      word += character;
+      continue;
+    }
+    std::array<char, 5> escape{};
+    std::snprintf(escape.data(), escape.size(), "\\%03o", static_cast<unsigned char>(character));
+    word += escape.data();
+  }
+  return word + '\'';
+}
+
+}  // namespace
+
+std::string shellWord(std::string_view text) {
+  const bool isShownAsItIs =
+      terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) == text;
+  if (!isShownAsItIs) return escapedWord(text);
+  std::string word = "'";
+  for (const char character : text) {
+    if (character == '\'') {
+      word += "'\\''";
+    } else {
+      word += character;
+    }
+  }
+  return word + '\'';
+}
+
+}  // namespace zt::tools

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <array>
+#include <chrono>
+#include <memory>
+#include <string>
+
+namespace zt::tools {
+
+inline constexpr std::chrono::seconds kTimeout{2};  ///< the library's, for a whole exchange
+inline constexpr const char* kTooSlow = "no response within two seconds";
+
+inline constexpr const char* kFileVariable = "SSL_CERT_FILE";
+inline constexpr const char* kFolderVariable = "SSL_CERT_DIR";
+
+/// The value of an environment variable; null when it is not set or empty.
+const char* valueOf(const char* variable);
+
+/// A libcurl handle that behaves like the library's: the same time limit, and the file in
+/// `SSL_CERT_FILE` and the folder in `SSL_CERT_DIR` in place of the system's certificates.
+class CurlHandle {
+ public:
+  CurlHandle();
+  CurlHandle(const CurlHandle&) = delete;
+  CurlHandle& operator=(const CurlHandle&) = delete;
+  ~CurlHandle() = default;
+
+  template <class T>
+  void set(CURLoption option, T value) {
+    curl_easy_setopt(_handle.get(), option, value);
+  }
+  template <class T>
+  T get(CURLINFO info) const {
+    T value{};
+    curl_easy_getinfo(_handle.get(), info, &value);
+    return value;
+  }
+  CURLcode perform() { return curl_easy_perform(_handle.get()); }
+
+  /// Why perform() returned `code`; empty for a success.
+  std::string failureOf(CURLcode code) const;
+
+ private:
+  struct Free {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+  };
+
+  std::array<char, CURL_ERROR_SIZE> _error{};
+  std::unique_ptr<CURL, Free> _handle{curl_easy_init()};
+};
+
+}  // namespace zt::tools
