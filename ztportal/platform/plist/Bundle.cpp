@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "ztportal/base/RegularFile.h"
+#include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/files/TrustedFiles.h"
 
 namespace zt {
