@@ -28,9 +28,8 @@ struct CurlLibrary;
 ///   one at a time in a process. One that hangs outlives its exchange, and until it ends every
 ///   exchange that needs a name fails at once. Addresses and "localhost" need none.
 /// - Proxies are those of the environment (`http_proxy`, `https_proxy`, `all_proxy`, `no_proxy`).
-/// - Certificate authorities are those of the system. `SSL_CERT_FILE` names another file and
-///   `SSL_CERT_DIR` another folder of them, as for OpenSSL; if one cannot be read, no server is
-///   trusted.
+/// - Certificate authorities are those of the system. As for OpenSSL, `SSL_CERT_FILE` names another
+///   file of them, which must be readable, and `SSL_CERT_DIR` another folder.
 /// - These headers are added to the given ones: Host, Accept, and Content-Length for a POST. A
 ///   request with a line end in a header is not sent.
 /// - The body of a GET is not sent. Any other method than GET and POST gives status 0.
