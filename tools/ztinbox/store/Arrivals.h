@@ -13,7 +13,7 @@ class Arrivals {
  public:
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
-  /// The numbers may come in any order.
+  /// The order of the numbers does not matter.
   void add(std::uint64_t number) {
     const std::lock_guard lock(_mutex);
     _lastNumber = std::max(_lastNumber, number);
@@ -25,20 +25,20 @@ class Arrivals {
     const std::lock_guard lock(_mutex);
     _count = 0;
   }
-  /// Reports were deleted or marked.
+  /// Call it when reports were deleted or marked.
   void addChange() {
     const std::lock_guard lock(_mutex);
     ++_changes;
     _changed.notify_all();
   }
 
-  /// Since the start or the last clear().
+  /// The number of new reports since the start or the last clear().
   std::uint64_t count() const { return read(_count); }
   /// The highest number of a report.
   std::uint64_t lastNumber() const { return read(_lastNumber); }
   std::uint64_t changes() const { return read(_changes); }
 
-  // Waiting: false if `timeout` ends first
+  // These wait; they return false after the timeout.
 
   bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const {
     std::unique_lock lock(_mutex);
