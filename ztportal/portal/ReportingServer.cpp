@@ -42,26 +42,6 @@ std::shared_ptr<ZtXMLDocument> localConfiguration() {
   return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
 }
 
-/// The response to a POST of `body`, or to a GET if it is missing.
-HttpResponse respond(const ZtString& url, const ZtString& body) try {
-  HttpRequest request;
-  request.url = url.view();
-  request.method = body.isNull() ? "GET" : "POST";
-  request.headers = kHeaders;
-  if (!body.isNull()) request.body = body.view();
-  request.timeout = kTimeout;
-
-  return Platform::current().http().exchange(request);
-} catch (const ZtException&) {
-  return {};
-}
-
-/// The body of a response as `ReportingServer::exchange` returns it.
-ZtString textOf(const HttpResponse& response) {
-  if (response.status < 200 || response.status > 299) return "";
-  return isUtf8(response.body) ? ZtString(response.body) : nullptr;
-}
-
 /// The name of the response element and the word "true" may be anywhere, because servers word the
 /// rest of the response differently.
 bool isAccepted(const ZtString& response) {
@@ -113,17 +93,25 @@ ZtString ReportingServer::readVersion() try {
   return nullptr;
 }
 
-bool ReportingServer::send(const ZtString& request) try {
+bool ReportingServer::send(const ZtString& request) {
   _status = 0;
-  const HttpResponse response = respond(url(), request);
-  _status = response.status;
-  return isAccepted(textOf(response));
-} catch (const std::bad_alloc&) {
-  return false;
+  return isAccepted(exchange(url(), request, &_status));
 }
 
-ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body) try {
-  return textOf(respond(url, body));
+ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body, int* status) try {
+  HttpRequest request;
+  request.url = url.view();
+  request.method = body.isNull() ? "GET" : "POST";
+  request.headers = kHeaders;
+  if (!body.isNull()) request.body = body.view();
+  request.timeout = kTimeout;
+
+  const HttpResponse response = Platform::current().http().exchange(request);
+  if (status != nullptr) *status = response.status;
+  if (response.status < 200 || response.status > 299) return "";
+  return isUtf8(response.body) ? ZtString(response.body) : nullptr;
+} catch (const ZtException&) {
+  return "";
 } catch (const std::bad_alloc&) {
   return nullptr;
 }

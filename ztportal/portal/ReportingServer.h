@@ -34,8 +34,8 @@ class ReportingServer {
 
   /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
   /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
-  /// 299 and if there is no response.
-  static ZtString exchange(const ZtString& url, const ZtString& body);
+  /// 299 and if there is no response. `status` gets the HTTP status, 0 if there is no response.
+  static ZtString exchange(const ZtString& url, const ZtString& body, int* status = nullptr);
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;

@@ -178,15 +178,7 @@ TEST(ApiTest, ShowsPoolsFieldsAndSteps) {
   const Inbox inbox;
   SampleReport report;
   report.moreFields = SampleReport::field("SUCCESSFULL", "TRUE") +
-                      "               <Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n"
-                      "                 <Name xsi:type=\"xsd:string\">LIST</Date>\r\n"
-                      "                 <Fields xsi:type=\"com_Fields\">\r\n"
-                      "                   <Field xsi:type=\"com_Field\" FieldType=\"integer\">\r\n"
-                      "                     <Name xsi:type=\"xsd:string\">COUNT</Name>\r\n"
-                      "                     <Value xsi:type=\"xsd:string\">7</Value>\r\n"
-                      "                   </Field>\r\n"
-                      "                 </Fields>\r\n"
-                      "               </Data>\r\n";
+                      crlf(fieldLines("array LIST\n  integer COUNT = 7", 15, true));
   inbox.post(report.text());
   const json one = json::parse(ask(inbox, "GET", "/api/v1/reports/1").body);
   EXPECT_EQ(one["complete"], true);

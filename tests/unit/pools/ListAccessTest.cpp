@@ -3,8 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <limits>
-#include <memory>
-#include <vector>
 
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ListAccess.h"
@@ -44,16 +42,6 @@ TEST(ListAccessTest, AWrongIndexIsOutOfBoundsAndAnEmptyListHasARangeErrorOfItsOw
     EXPECT_EQ(thrownBy([&row] { zt::checkedPosition(row.index, row.count); }), row.thrown)
         << row.index << " of " << row.count;
   }
-}
-
-TEST(ListAccessTest, ReturnsTheEntryItself) {
-  const std::vector<std::shared_ptr<int>> list{std::make_shared<int>(1), nullptr,
-                                               std::make_shared<int>(3)};
-  EXPECT_EQ(zt::entryAt(list, 0), list[0]);
-  EXPECT_EQ(zt::entryAt(list, 1), nullptr);
-  EXPECT_EQ(zt::entryAt(list, 2), list[2]);
-  EXPECT_THROW(zt::entryAt(list, 3), ZtException);
-  EXPECT_THROW(zt::entryAt(list, -1), ZtException);
 }
 
 }  // namespace

@@ -43,12 +43,8 @@ TEST_F(ZtPortalPoolComputerSystemTest, LanguagesWithoutANameAreWrittenEmpty) {
   for (const std::uint64_t language : {35U, 0U, 44U}) {
     _pool->setOsLanguage(language);
     EXPECT_EQ(written(), text(R"(
-string OS_NAME =
-string OS_VERSION = (null)
-integer OS_SERVICEPACK = 0
-string OS_LANGUAGE =
-string USER_LANGUAGE = NEUTRAL
-boolean USER_ISADMIN = FALSE
+string OS_NAME = | string OS_VERSION = (null) | integer OS_SERVICEPACK = 0
+string OS_LANGUAGE = | string USER_LANGUAGE = NEUTRAL | boolean USER_ISADMIN = FALSE
 )")) << language;
   }
 }

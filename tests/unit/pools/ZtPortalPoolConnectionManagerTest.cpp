@@ -77,6 +77,15 @@ class ZtPortalPoolConnectionManagerTest : public PoolsFixture {
   }
   static std::string zero(std::size_t /*index*/) { return "0"; }
 
+  void setEveryText() {
+    _pool->setDeviceModel("E3372");
+    _pool->setDeviceManufacturer("Example");
+    _pool->setDeviceIMEI("356938035643809");
+    _pool->setInterfaceType("USB");
+    _pool->setSimOperator("Operator & Co");
+    _pool->setSimIMSI("262011234567890");
+  }
+
   std::shared_ptr<Pool> _pool = Pool::initWithValues(kNoon);
 };
 
@@ -98,24 +107,14 @@ TEST_F(ZtPortalPoolConnectionManagerTest, EveryCounterHasItsFieldInItsPlaceAndGe
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, EveryTextHasItsFieldInItsPlace) {
-  _pool->setDeviceModel("E3372");
-  _pool->setDeviceManufacturer("Example");
-  _pool->setDeviceIMEI("356938035643809");
-  _pool->setInterfaceType("USB");
-  _pool->setSimOperator("Operator & Co");
-  _pool->setSimIMSI("262011234567890");
+  setEveryText();
   const Device device{"E3372", "Example",       "356938035643809",
                       "USB",   "Operator & Co", "262011234567890"};
   EXPECT_EQ(written(*_pool, "", false), expected(false, device, zero));
 }
 
 TEST_F(ZtPortalPoolConnectionManagerTest, ImeiAndImsiSurviveAClearThatResetsTheRest) {
-  _pool->setDeviceModel("E3372");
-  _pool->setDeviceManufacturer("Example");
-  _pool->setDeviceIMEI("356938035643809");
-  _pool->setInterfaceType("USB");
-  _pool->setSimOperator("Operator");
-  _pool->setSimIMSI("262011234567890");
+  setEveryText();
   for (const Counter& counter : kCounters) ((*_pool).*counter.set)(7);
   _pool->setMobileVolumeHome(1);
   _pool->setMobileVolumeRoaming(2);

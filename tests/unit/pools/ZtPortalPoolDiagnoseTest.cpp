@@ -19,12 +19,9 @@ class ZtPortalPoolDiagnoseTest : public PoolsFixture {
     return "  - string DIAGNOSE_STEPNAME = " + name +
            "\n    string DIAGNOSE_DIAGNOSETYPE = " + type +
            R"(
-    string DIAGNOSE_MESSAGESTRING =
-    string DIAGNOSE_MESSAGECODE =
-    boolean DIAGNOSE_SUCCESSFULLREPAIR = TRUE
-    boolean DIAGNOSE_CANCELLEDREPAIR = FALSE
-    string DIAGNOSE_OPTIONALSTRING =
-    boolean DIAGNOSE_OPTIONALBOOLEAN = FALSE
+    string DIAGNOSE_MESSAGESTRING = | string DIAGNOSE_MESSAGECODE =
+    boolean DIAGNOSE_SUCCESSFULLREPAIR = TRUE | boolean DIAGNOSE_CANCELLEDREPAIR = FALSE
+    string DIAGNOSE_OPTIONALSTRING = | boolean DIAGNOSE_OPTIONALBOOLEAN = FALSE
 )";
   }
 

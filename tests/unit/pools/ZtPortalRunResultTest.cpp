@@ -44,10 +44,8 @@ TYPED_TEST(ZtPortalRunResultTest, ANewPoolWritesItsDefaults) {
     const std::string expected = poolText(kType<TypeParam>, R"(
 string START_TIME = 2026-11-21T12:00:00.123UTC
 string END_TIME = 2026-11-21T12:00:00.123UTC
-string END_RESULTSTRING =
-string END_RESULTCODE =
-string END_ERRORMESSAGESTRING =
-string END_ERRORMESSAGECODE =
+string END_RESULTSTRING = | string END_RESULTCODE =
+string END_ERRORMESSAGESTRING = | string END_ERRORMESSAGECODE =
 boolean SUCCESSFULL = TRUE
 )",
                                           soap, 6);

@@ -133,8 +133,8 @@ void readPools(Database& database, std::vector<StoredReport>& reports) {
 }
 
 FilterSql::FilterSql(const ReportFilter& filter) {
-  // CROSS JOIN fixes the order of the tables: the first one has the reports in the order of their
-  // numbers, so that a page is read without reading the others.
+  // CROSS JOIN fixes the order of the tables. The first one has the reports in the order of their
+  // numbers, so that SQLite reads a page of reports without reading all others.
   if (filter.text) {
     _order = "search.rowid";
     _text = " FROM search CROSS JOIN reports r ON r.number = search.rowid WHERE";

@@ -53,12 +53,12 @@ struct ReportFilter {
   std::optional<std::string> customer = std::nullopt;     ///< exactly this customer ID
   std::optional<std::string> application = std::nullopt;  ///< this application ID
   std::optional<std::string> machine = std::nullopt;      ///< this machine ID
-  std::optional<std::string> pool = std::nullopt;         ///< it has a pool of this type
+  std::optional<std::string> pool = std::nullopt;         ///< has a pool of this type
   std::optional<std::string> text = std::nullopt;         ///< see searchExpression()
-  std::optional<bool> test = std::nullopt;                ///< came to the test address, or did not
+  std::optional<bool> test = std::nullopt;                ///< posted to the test address, or not
   std::optional<bool> read = std::nullopt;                ///< is marked as read, or is not
   std::optional<Timestamp> since = std::nullopt;          ///< received at this time or later
-  std::optional<Timestamp> until = std::nullopt;          ///< received before
+  std::optional<Timestamp> until = std::nullopt;          ///< received before this time
   std::optional<std::uint64_t> before = std::nullopt;     ///< only smaller numbers
 };
 
@@ -74,7 +74,7 @@ class FilterSql {
 
   /// " FROM … WHERE …"
   const std::string& text() const { return _text; }
-  /// The column with the report's number by which the rows are in order without sorting.
+  /// The column with the report's number by which SQLite returns the rows in order without sorting.
   const std::string& order() const { return _order; }
 
   /// Binds the values, which this object owns: it must outlive the statement's run.

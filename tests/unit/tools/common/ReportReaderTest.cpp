@@ -238,11 +238,24 @@ TEST(ReportReaderTest, KeepsThePlaceOfEverything) {
   EXPECT_EQ(report.offsetOf(report.pools[0].type), text.find("CUSTOM"));
 }
 
+/// Arrays in arrays, `depth` of them, and nothing in the innermost.
+std::string nestedArrays(std::size_t depth) {
+  std::string text;
+  for (std::size_t i = 0; i < depth; ++i) {
+    const std::string blanks(8 + 4 * i, ' ');
+    text += blanks + "<Field FieldType=\"array\">\n" + blanks + "  <Name>A</Date>\n" + blanks +
+            (i + 1 < depth ? "  <Fields>\n" : "  <Fields/>\n");
+  }
+  for (std::size_t i = depth; i-- > 0;) {
+    const std::string blanks(8 + 4 * i, ' ');
+    text += (i + 1 < depth ? blanks + "  </Fields>\n" : "") + blanks + "</Data>\n";
+  }
+  return text;
+}
+
 TEST(ReportReaderTest, TakesArraysInArraysOfAnyDepth) {
   constexpr std::size_t kDepth = 1500;
-  std::string outline;
-  for (std::size_t i = 0; i < kDepth; ++i) outline += std::string(2 * i, ' ') + "array A\n";
-  const std::string text = crlf(plainLines(plainPool(plainFields(outline))));
+  const std::string text = crlf(plainLines(plainPool(nestedArrays(kDepth))));
   const ParsedReport report = readReport(text);
   ASSERT_EQ(report.fields.size(), kDepth);
   for (std::size_t i = 0; i < kDepth; ++i) ASSERT_EQ(report.fields[i].size, kDepth - i);

@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "tools/ztinbox/faults/Behaviour.h"
@@ -133,26 +132,6 @@ TEST(BehaviourTest, AGivenScenarioStartsAtItsFirstStep) {
   EXPECT_EQ(words(behaviour, 2), "drop accept ");
 }
 
-TEST(BehaviourTest, ThreadsShareOneScenario) {
-  BehaviourSettings settings;
-  settings.scenario = {{kDrop, 400, {}}, {kAccept, 1, {}}};
-  Behaviour behaviour(settings);
-  std::vector<std::thread> threads;
-  threads.reserve(4);
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([&behaviour] {
-      for (int round = 0; round < 100; ++round) {
-        EXPECT_EQ(behaviour.next().answer, kDrop);
-        EXPECT_EQ(behaviour.settings().scenario.size(), 2U);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(behaviour.next().answer, kAccept);
-}
-
-using zt::inbox::Answer;
-using zt::inbox::AnswerKind;
 using zt::inbox::parseAnswer;
 
 struct Row {

@@ -90,19 +90,11 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAPool) {
 }
 
 TEST(DescriptionFaultTest, NamesTheFaultsOfAnExecution) {
-  for (const char* key : {"startPoint", "endPoint", "endResultString", "endResultCode",
-                          "endErrorMessageString", "endErrorMessageCode", "executionType"}) {
-    EXPECT_EQ(faultIn(execution('"' + std::string(key) + "\": 0")),
-              "/pools/0/" + std::string(key) + ": expected a string or null, found 0");
-  }
-  for (const char* key : {"timeStamp", "startTime", "endTime"}) {
-    EXPECT_EQ(faultIn(execution('"' + std::string(key) + "\": 12")),
-              "/pools/0/" + std::string(key) + ": " + kDate + "12");
-  }
-  for (const char* key : {"successfull", "cancelled"}) {
-    EXPECT_EQ(faultIn(execution('"' + std::string(key) + "\": 256")),
-              "/pools/0/" + std::string(key) + ": 256 is out of range (-128 to 255)");
-  }
+  expectFaults({
+      {execution(R"("startPoint": 0)"), "/pools/0/startPoint: expected a string or null, found 0"},
+      {execution(R"("endTime": 12)"), "/pools/0/endTime: " + kDate + "12"},
+      {execution(R"("cancelled": 256)"), "/pools/0/cancelled: 256 is out of range (-128 to 255)"},
+  });
 }
 
 TEST(DescriptionFaultTest, NamesTheFaultsOfAStep) {

@@ -175,23 +175,4 @@ TEST_F(FilingTest, WhatWaitsIsLimited) {
   EXPECT_EQ(_database.numbers().size(), std::size_t{kReports});
 }
 
-TEST_F(FilingTest, NumbersAreGivenOnceWhoeverAsks) {
-  {
-    Filing filing(_journal, 0, toDatabase());
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < 4; ++thread) {
-      threads.emplace_back([&filing] {
-        for (int i = 0; i < 50; ++i) {
-          filing.keep(reportOfSize(10));
-          if (i % 10 == 0) filing.fileAll();
-        }
-      });
-    }
-    for (std::thread& thread : threads) thread.join();
-  }
-  const Numbers numbers = _database.numbers();
-  ASSERT_EQ(numbers.size(), 200U);
-  for (std::size_t i = 0; i < numbers.size(); ++i) EXPECT_EQ(numbers[i], i + 1);
-}
-
 }  // namespace
