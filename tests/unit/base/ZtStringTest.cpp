@@ -10,15 +10,6 @@
 
 namespace {
 
-<<<<<<< HEAD
-constinit const ZtString kMadeByTheCompiler = ZtString::constant<"compiled">();
-const ZtString kMadeAtStart = "made at start";
-// Constants are initialised at compile time, so the order of these two initialisers does not
-// matter.
-const std::string kReadAtStart{kMadeByTheCompiler.view()};
-
-=======
->>>>>>> s2-tests
 TEST(ZtStringTest, IsMissingWhenMadeFromNothing) {
   EXPECT_TRUE(ZtString().isNull());
   EXPECT_TRUE(ZtString(nullptr).isNull());
