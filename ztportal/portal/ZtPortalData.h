@@ -37,8 +37,9 @@ class ReportingServer;
 /// - resent: `sendSavedReports` of any later document sends the reports in the store.
 ///
 /// The store is the folder `Kelvane/<name of the host>/reports` in the user's application-support
-/// folder, one file per report, `{<report ID>}.ztr`. It is not locked: two processes that resend at
-/// the same time may send a file twice.
+/// folder, one file per report, `{<report ID>}.ztr`. A name that would lead elsewhere (with a slash
+/// or a control character, "." or "..") is replaced by that of the executable file. The store is
+/// not locked: two processes that resend at the same time may send a file twice.
 ///
 /// A document is used by one thread at a time; different threads may use different documents. It
 /// prints nothing and starts no thread.
