@@ -15,75 +15,59 @@
 namespace {
 
 using testing::HasSubstr;
-using zt::test::markdownBlocks;
 using zt::test::ProgramResult;
 using zt::test::runProgram;
-using zt::test::TemporaryFolder;
 namespace paths = zt::test::paths;
 
 constexpr const char* kComplete = "setup is complete\n";
 
 class ShippingTest : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    _folder = new TemporaryFolder;
-    const std::string prefix = _folder->path("prefix");
-    ASSERT_EQ(run("cmake --install " + paths::kBuild + " --prefix " + prefix), "");
-    bool hasProject = false;
-    for (const auto& block : markdownBlocks(paths::kSource + "/docs/shipping.md")) {
-      if (block.language == "cpp") _folder->write("setup/main.cpp", block.content);
-      if (block.language == "cmake" && !hasProject) {
-        _folder->write("setup/CMakeLists.txt", block.content);
-        hasProject = true;
-      }
-      if (block.language == "sh") _commands.push_back(block.content);
-    }
-    ASSERT_EQ(_commands.size(), 5U) << "to build, and one for each way";
-    ASSERT_EQ(run(_commands[0]), "");
-  }
-  static void TearDownTestSuite() {
-    delete _folder;
-    _folder = nullptr;
-  }
-
-  /// The output of a program in it, without that of CMake; what went wrong if anything did.
-  static std::string run(const std::string& commands) {
-    const std::string script = _folder->write("script.sh", "set -eu\ncd " + _folder->path() +
-                                                               "\ncmake() { command cmake \"$@\" "
-                                                               ">/dev/null; }\n" +
-                                                               commands);
-    const ProgramResult result =
-        runProgram("/bin/bash", {script},
-                   {.environment = std::vector<std::string>{
-                        "PATH=/usr/bin:/bin", "LC_ALL=C", "HOME=/nowhere",
-                        "ZTPORTAL=" + paths::kBuild, "PREFIX=" + _folder->path("prefix")}});
+  /// What the programs write, without CMake; what went wrong if anything did.
+  std::string run(const std::string& commands) const {
+    const std::string script = _folder.write(
+        "script.sh", "set -eu\ncd " + _folder.path() +
+                         "\ncmake() { command cmake \"$@\" >/dev/null; }\n" + commands);
+    const std::vector<std::string> environment = {"PATH=/usr/bin:/bin", "LC_ALL=C", "HOME=/nowhere",
+                                                  "ZTPORTAL=" + paths::kBuild,
+                                                  "PREFIX=" + _folder.path("prefix")};
+    const ProgramResult result = runProgram("/bin/bash", {script}, {.environment = environment});
     if (result.status == 0) return result.output;
     return commands + result.output + result.errors;
   }
 
-  static inline TemporaryFolder* _folder = nullptr;
-  static inline std::vector<std::string> _commands;
+  const zt::test::TemporaryFolder _folder;
 };
 
-TEST_F(ShippingTest, InAFolderThatIsMoved) {
-  EXPECT_EQ(run(_commands.at(1)), kComplete);
-  std::filesystem::remove(_folder->path("second/place/libexec/ztportal/dscl"));
+// One test, since all ways start with the same build.
+TEST_F(ShippingTest, EveryWayOfThePageLeadsToACompleteProgram) {
+  std::vector<std::string> commands;
+  bool hasProject = false;
+  for (const auto& block : zt::test::markdownBlocks(paths::kSource + "/docs/shipping.md")) {
+    if (block.language == "cpp") _folder.write("setup/main.cpp", block.content);
+    if (block.language == "sh") commands.push_back(block.content);
+    if (block.language != "cmake" || hasProject) continue;
+    _folder.write("setup/CMakeLists.txt", block.content);
+    hasProject = true;
+  }
+  ASSERT_EQ(commands.size(), 5U) << "to build, and one for each way";
+  ASSERT_EQ(run("cmake --install " + paths::kBuild + " --prefix \"$PREFIX\""), "");
+  ASSERT_EQ(run(commands[0]), "");
+
+  EXPECT_EQ(run(commands[1]), kComplete) << "a folder that is moved";
+  std::filesystem::remove(_folder.path("second/place/libexec/ztportal/dscl"));
   EXPECT_THAT(run("second/place/bin/setup"), HasSubstr("/libexec/ztportal/dscl is missing\n"));
-}
 
-TEST_F(ShippingTest, InAnAppDir) { EXPECT_EQ(run(_commands.at(2)), kComplete); }
+  EXPECT_EQ(run(commands[2]), kComplete) << "an AppDir";
 
-TEST_F(ShippingTest, InADebianPackage) {
-  EXPECT_THAT(run(_commands.at(3)), HasSubstr("libztportal1 (>= 1.0)"));
+  EXPECT_THAT(run(commands[3]), HasSubstr("libztportal1 (>= 1.0)")) << "a Debian package";
   // The package of the library has the component "runtime" in the same folders.
-  EXPECT_THAT(run("dpkg-deb -x packages/setup_1.0_*.deb root\n"
-                  "cmake --install \"$ZTPORTAL\" --component runtime --prefix root/usr\n"
-                  "root/usr/bin/setup\n"),
-              kComplete);
-}
+  EXPECT_EQ(run("dpkg-deb -x packages/setup_1.0_*.deb root\n"
+                "cmake --install \"$ZTPORTAL\" --component runtime --prefix root/usr\n"
+                "root/usr/bin/setup\n"),
+            kComplete);
 
-TEST_F(ShippingTest, LinkedStatically) {
-  EXPECT_EQ(run(_commands.at(4)), kComplete);
+  EXPECT_EQ(run(commands[4]), kComplete) << "linked statically";
   EXPECT_EQ(run("readelf --dynamic static/bin/setup | grep -c libztportal || true"), "0\n");
 }
 

@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cstddef>
 #include <filesystem>
+#include <fstream>
 #include <iterator>
 #include <optional>
 #include <string>
@@ -83,12 +84,13 @@ class LinuxRunningApplicationsTest : public testing::Test {
     return "read line <" + pipe;
   }
 
-  /// Waits until `process` has become `program`.
+  /// Waits until `process` has become `program`. It has its command line a little later.
   static void waitUntilItRuns(const Subprocess& process, const std::string& program) {
-    const std::string link = "/proc/" + std::to_string(process.pid()) + "/exe";
+    const std::string folder = "/proc/" + std::to_string(process.pid());
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     std::error_code error;
-    while (std::filesystem::read_symlink(link, error) != program) {
+    while (std::filesystem::read_symlink(folder + "/exe", error) != program ||
+           std::ifstream(folder + "/cmdline").get() == std::ifstream::traits_type::eof()) {
       ASSERT_LT(std::chrono::steady_clock::now(), end) << program << " does not start";
       std::this_thread::yield();
     }
@@ -262,13 +264,15 @@ TEST_F(LinuxRunningApplicationsTest, AnApplicationInsideFlatpakCountsForItsBundl
       GTEST_SKIP() << "no mounts can be made here";
     }
     waitUntilItRuns(process, "/app/Some.app/program");
-    const std::string bundle = "/proc/" + std::to_string(process.pid()) + "/root/app/Some.app";
-    std::vector<std::string> found = described(LinuxRunningApplications().list());
-    std::erase_if(found, [](const std::string& text) { return !text.starts_with("com.example."); });
+    const std::string root = "/proc/" + std::to_string(process.pid()) + "/root";
+    std::vector<RunningApplication> found = LinuxRunningApplications().list();
+    std::erase_if(found, [&](const RunningApplication& application) {
+      return !application.bundlePath.starts_with(root);
+    });
     if (isFlatpak) {
-      EXPECT_THAT(found, ElementsAre("com.example.some " + bundle));
+      EXPECT_THAT(described(found), ElementsAre("com.example.some " + root + "/app/Some.app"));
     } else {
-      EXPECT_THAT(found, IsEmpty()) << "another container";
+      EXPECT_THAT(described(found), IsEmpty()) << "another container";
     }
   }
 }
