@@ -1,9 +1,11 @@
+#include <chrono>
 #include <optional>
 
 #include "tests/integration/library/CompanionBundle.h"
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
+#include "tests/support/SilentBus.h"
 
 // The checks of session bus, companion and test mode. They run while no other test does: a running
 // companion switches test mode on for all programs of the machine.
@@ -43,6 +45,19 @@ TEST_F(DoctorDesktopTest, FindsTheSessionBusOrSaysWhyThereIsNone) {
   const SessionBus bus;
   program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address());
   EXPECT_EQ(examine(_server.configurationUrl()).findings.at("session bus"), "ok: available");
+}
+
+// The check waited for such a bus as long as sd-bus does, 25 seconds.
+TEST_F(DoctorDesktopTest, SaysWhenTheSessionBusDoesNotAnswer) {
+  const SilentBus bus;
+  program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + bus.address());
+  const auto start = std::chrono::steady_clock::now();
+  const Diagnosis diagnosis = examine(_server.configurationUrl());
+  EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_EQ(diagnosis.status, 0);
+  EXPECT_THAT(diagnosis.findings.at("session bus"),
+              StartsWith("warning: none: no answer within 2 seconds; DBUS_SESSION_BUS_ADDRESS is " +
+                         bus.address() + "; "));
 }
 
 TEST_F(DoctorDesktopTest, IgnoresACompanionThatDoesNotRun) {

@@ -3,6 +3,9 @@
 #include <stdlib.h>
 #include <systemd/sd-bus.h>
 
+#include <cerrno>
+#include <chrono>
+#include <cstdint>
 #include <cstring>
 
 namespace zt::tools {
@@ -18,6 +21,26 @@ std::string addressSource() {
   return "neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR is set";
 }
 
+// sd-bus itself would wait for 25 seconds and more.
+constexpr std::chrono::seconds kPatience{2};
+
+/// Waits for the bus's response to the connection. A negative errno on failure.
+int waitUntilReady(sd_bus* bus) {
+  using Clock = std::chrono::steady_clock;
+  const auto deadline = Clock::now() + kPatience;
+  for (;;) {
+    const int ready = sd_bus_is_ready(bus);
+    if (ready != 0) return ready;
+    const int progress = sd_bus_process(bus, nullptr);
+    if (progress < 0) return progress;
+    if (progress > 0) continue;
+    const auto left =
+        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
+    if (left <= 0) return -ETIMEDOUT;
+    sd_bus_wait(bus, static_cast<std::uint64_t>(left));
+  }
+}
+
 }  // namespace
 
 void CloseBus::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
@@ -26,10 +49,12 @@ UserBus openUserBus(std::string& reason) {
   sd_bus* opened = nullptr;
   int error = sd_bus_open_user(&opened);
   UserBus bus(opened);
-  const char* name = nullptr;
-  if (error >= 0) error = sd_bus_get_unique_name(opened, &name);
+  if (error >= 0) error = waitUntilReady(opened);
   if (error >= 0) return bus;
-  reason = std::string(std::strerror(-error)) + "; " + addressSource();
+  reason = error == -ETIMEDOUT
+               ? "no answer within " + std::to_string(kPatience.count()) + " seconds"
+               : std::strerror(-error);
+  reason += "; " + addressSource();
   return nullptr;
 }
 
