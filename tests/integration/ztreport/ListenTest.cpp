@@ -11,6 +11,7 @@
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/SessionBus.h"
+#include "tests/support/SilentBus.h"
 
 // `ztreport listen` on a private session bus, with programs that report.
 
@@ -107,6 +108,11 @@ TEST_F(ListenTest, SaysWhenThereIsNoSessionBus) {
             refused(3,
                     "no session bus: No such file or directory; DBUS_SESSION_BUS_ADDRESS is "
                     "unix:path=/nonexistent/bus"));
+  const SilentBus silent;
+  program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + silent.address());
+  EXPECT_EQ(program.run({"listen"}),
+            refused(3, "no session bus: no response within 2 seconds; DBUS_SESSION_BUS_ADDRESS is " +
+                           silent.address()));
 }
 
 TEST_F(ListenTest, SaysWhenTheConnectionIsLost) {

@@ -3,7 +3,6 @@
 #include <stdlib.h>
 #include <systemd/sd-bus.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
@@ -22,23 +21,23 @@ std::string addressSource() {
   return "neither DBUS_SESSION_BUS_ADDRESS nor XDG_RUNTIME_DIR is set";
 }
 
-/// Waits until the bus has responded to the connection. 0, or a negative error number.
+// sd-bus itself would wait for 25 seconds and more.
+constexpr std::chrono::seconds kPatience{2};
+
+/// Waits for the bus's response to the connection. A negative errno on failure.
 int waitUntilReady(sd_bus* bus) {
-  // sd-bus itself would wait for 25 seconds.
-  constexpr std::chrono::seconds kPatience{2};
   using Clock = std::chrono::steady_clock;
-  const Clock::time_point deadline = Clock::now() + kPatience;
+  const auto deadline = Clock::now() + kPatience;
   for (;;) {
     const int ready = sd_bus_is_ready(bus);
-    if (ready != 0) return std::min(ready, 0);
+    if (ready != 0) return ready;
     const int progress = sd_bus_process(bus, nullptr);
     if (progress < 0) return progress;
     if (progress > 0) continue;
     const auto left =
-        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now());
-    if (left.count() <= 0) return -ETIMEDOUT;
-    const int waited = sd_bus_wait(bus, static_cast<std::uint64_t>(left.count()));
-    if (waited < 0 && waited != -EINTR) return waited;
+        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
+    if (left <= 0) return -ETIMEDOUT;
+    sd_bus_wait(bus, static_cast<std::uint64_t>(left));
   }
 }
 
@@ -52,7 +51,10 @@ UserBus openUserBus(std::string& reason) {
   UserBus bus(opened);
   if (error >= 0) error = waitUntilReady(opened);
   if (error >= 0) return bus;
-  reason = std::string(std::strerror(-error)) + "; " + addressSource();
+  reason = error == -ETIMEDOUT
+               ? "no response within " + std::to_string(kPatience.count()) + " seconds"
+               : std::strerror(-error);
+  reason += "; " + addressSource();
   return nullptr;
 }
 

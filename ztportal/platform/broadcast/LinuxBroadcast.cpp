@@ -3,7 +3,9 @@
 #include <systemd/sd-bus.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <cstdlib>
 #include <memory>
@@ -11,6 +13,8 @@
 #include <string_view>
 #include <utility>
 
+#include "ztportal/base/DescriptorIdentity.h"
+#include "ztportal/base/Utf8.h"
 #include "ztportal/platform/Free.h"
 
 namespace zt {
@@ -18,22 +22,72 @@ namespace zt {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using std::chrono::microseconds;
 
-constexpr std::chrono::seconds kPatience{2};
-
-using Bus = std::unique_ptr<sd_bus, Free<sd_bus_close_unref>>;
 using Message = std::unique_ptr<sd_bus_message, Free<sd_bus_message_unref>>;
 using Call = std::unique_ptr<sd_bus_slot, Free<sd_bus_slot_unref>>;
 
-Bus openSessionBus() {
+struct Connection {
+  /// Whether the host has closed the socket. Its number may be another file of the host's by now.
+  bool isLost() const {
+    if (bus == nullptr) return false;
+    const int number = sd_bus_get_fd(bus);  // negative after sd-bus has closed it itself
+    return number >= 0 && !identity.isStill(number);
+  }
+
   sd_bus* bus = nullptr;
-  if (sd_bus_open_user(&bus) < 0) return nullptr;
-  return Bus(bus);
+  DescriptorIdentity identity;
+  const Connection* forgottenBefore = nullptr;
+};
+
+void closeConnection(Connection* connection) {
+  if (!connection->isLost()) {
+    sd_bus_close_unref(connection->bus);
+    delete connection;
+    return;
+  }
+  // sd-bus cannot release a connection without closing its descriptor, and the number is not ours
+  // any more. The list is for leak checkers.
+  static std::atomic<const Connection*> forgotten{nullptr};
+  connection->forgottenBefore = forgotten.exchange(connection);
+}
+
+using Bus = std::unique_ptr<Connection, Free<closeConnection>>;
+
+/// Null if there is none.
+Bus openSessionBus() {
+  Bus connection(new Connection);
+  if (sd_bus_open_user(&connection->bus) < 0) return nullptr;
+  connection->identity = DescriptorIdentity(sd_bus_get_fd(connection->bus));
+  return connection;
+}
+
+bool isNoncharacter(char32_t code) {
+  return (code >= 0xFDD0 && code <= 0xFDEF) || (code & 0xFFFEU) == 0xFFFE;
+}
+
+/// `text` with U+FFFD for each byte and each character that no D-Bus string can have for sd-bus:
+/// NUL and malformed UTF-8 (D-Bus), and the noncharacters of Unicode (sd-bus, as sender and
+/// receiver).
+std::string withReplacements(std::string_view text) {
+  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+  std::string replaced;
+  while (!text.empty()) {
+    const auto character = firstUtf8Character(text);
+    const bool isRefused = !character || character->code == 0 || isNoncharacter(character->code);
+    const std::size_t length = character ? character->length : 1;
+    replaced += isRefused ? kReplacement : text.substr(0, length);
+    text.remove_prefix(length);
+  }
+  return replaced;
 }
 
 bool appendText(sd_bus_message* message, std::string_view text) {
-  if (text.find('\0') != std::string_view::npos) return false;
-  return sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, std::string(text).c_str()) >= 0;
+  const auto isAppended = [message](const std::string& value) {
+    return sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, value.c_str()) >= 0;
+  };
+  const bool hasNul = text.find('\0') != std::string_view::npos;
+  return (!hasNul && isAppended(std::string(text))) || isAppended(withReplacements(text));
 }
 
 bool appendEntry(sd_bus_message* message, std::string_view key, std::string_view value) {
@@ -42,7 +96,7 @@ bool appendEntry(sd_bus_message* message, std::string_view key, std::string_view
          sd_bus_message_close_container(message) >= 0;
 }
 
-/// Null if a message cannot contain the strings.
+/// Null if no message can be made, for example because it would be too large.
 Message makeSignal(sd_bus* bus, const std::string& member, const ZtString& object,
                    const std::map<std::string, ZtString>& userInfo) {
   sd_bus_message* created = nullptr;
@@ -65,23 +119,27 @@ int noteReply(sd_bus_message*, void* hasReplied, sd_bus_error*) {
   return 0;
 }
 
-void processUntil(sd_bus* bus, const bool& done, Clock::time_point deadline) {
+enum class Outcome { Received, Failed, Unanswered };
+
+/// Lets the bus work until `done`. Takes the time from `patience`.
+Outcome processUntil(sd_bus* bus, const bool& done, microseconds& patience) {
   while (!done) {
+    const auto start = Clock::now();
     const int progress = sd_bus_process(bus, nullptr);
-    if (progress < 0) return;
-    const auto left =
-        std::chrono::duration_cast<std::chrono::microseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return;
+    if (progress < 0) return Outcome::Failed;
     // A signal may interrupt the wait; then the bus is processed again.
-    if (progress == 0) sd_bus_wait(bus, static_cast<std::uint64_t>(left));
+    if (progress == 0) sd_bus_wait(bus, static_cast<std::uint64_t>(patience.count()));
+    patience -= std::chrono::duration_cast<microseconds>(Clock::now() - start);
+    if (patience <= microseconds(0)) return done ? Outcome::Received : Outcome::Unanswered;
   }
+  return Outcome::Received;
 }
 
-/// Sends the signal and waits until the bus has received it; false on failure.
-bool send(sd_bus* bus, const std::string& member, const ZtString& object,
-          const std::map<std::string, ZtString>& userInfo, Clock::time_point deadline) {
+/// Sends the signal and waits until the bus has received it.
+Outcome send(sd_bus* bus, const std::string& member, const ZtString& object,
+             const std::map<std::string, ZtString>& userInfo, microseconds& patience) {
   const Message message = makeSignal(bus, member, object, userInfo);
-  if (!message || sd_bus_send(bus, message.get(), nullptr) < 0) return false;
+  if (!message || sd_bus_send(bus, message.get(), nullptr) < 0) return Outcome::Failed;
   // A bus may drop unread data of a connection that is closed. It replies in order, so its reply to
   // this call means that it has received the signal.
   bool hasReplied = false;
@@ -89,11 +147,10 @@ bool send(sd_bus* bus, const std::string& member, const ZtString& object,
   if (sd_bus_call_method_async(bus, &call, "org.freedesktop.DBus", "/org/freedesktop/DBus",
                                "org.freedesktop.DBus", "GetId", noteReply, &hasReplied,
                                nullptr) < 0) {
-    return false;
+    return Outcome::Failed;
   }
   const Call held(call);
-  processUntil(bus, hasReplied, deadline);
-  return hasReplied;
+  return processUntil(bus, hasReplied, patience);
 }
 
 /// What a connection is for: the process and the environment that names the bus.
@@ -121,15 +178,17 @@ class BusKeeper {
   /// The connection to the bus of `place`; null if there is none.
   Bus take(const BusPlace& place) {
     Bus bus = std::move(_bus);
-    return bus && _place == place ? std::move(bus) : nullptr;
+    return bus && _place == place && !bus->isLost() ? std::move(bus) : nullptr;
   }
 
   void keep(Bus bus, BusPlace place) {
     // If the host has closed its standard streams, its next output would go to the bus.
-    if (sd_bus_get_fd(bus.get()) <= STDERR_FILENO) return;
+    if (sd_bus_get_fd(bus->bus) <= STDERR_FILENO) return;
     _bus = std::move(bus);
     _place = std::move(place);
   }
+
+  void close() { _bus.reset(); }
 
   static thread_local bool isThreadEnding;
 
@@ -143,24 +202,46 @@ thread_local BusKeeper keeper;
 
 }  // namespace
 
+struct LinuxBroadcast::Silence {
+  BusPlace bus;
+  Clock::time_point end;
+};
+
+LinuxBroadcast::LinuxBroadcast(std::chrono::milliseconds patience, std::chrono::milliseconds pause)
+    : _patience(patience), _pause(pause) {}
+
+LinuxBroadcast::~LinuxBroadcast() = default;
+
 void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
                           const std::map<std::string, ZtString>& userInfo) {
-  const auto deadline = Clock::now() + kPatience;
   const std::string member(name.printed());
   if (member.find('\0') != std::string::npos) return;
   if (sd_bus_member_name_is_valid(member.c_str()) <= 0) return;
 
-  BusPlace place;
-  const auto sentBy = [&](Bus bus) {
-    if (!bus || !send(bus.get(), member, object, userInfo, deadline)) return false;
-    if (!BusKeeper::isThreadEnding) keeper.keep(std::move(bus), std::move(place));
-    return true;
+  const BusPlace place;
+  const auto silence = _silence.load();
+  if (silence != nullptr && silence->bus == place && Clock::now() < silence->end) return;
+
+  microseconds patience = _patience;
+  const auto sendBy = [&](Bus bus) {
+    if (!bus) return Outcome::Failed;
+    const Outcome outcome = send(bus->bus, member, object, userInfo, patience);
+    if (outcome == Outcome::Received && !BusKeeper::isThreadEnding) {
+      keeper.keep(std::move(bus), place);
+    }
+    return outcome;
   };
+  Outcome outcome = Outcome::Failed;
+  if (!BusKeeper::isThreadEnding) outcome = sendBy(keeper.take(place));
   // The kept connection is closed if the bus has been restarted.
-  if (!BusKeeper::isThreadEnding && sentBy(keeper.take(place))) return;
-  if (Clock::now() < deadline) sentBy(openSessionBus());
+  if (outcome == Outcome::Failed) outcome = sendBy(openSessionBus());
+  if (outcome == Outcome::Unanswered) {
+    _silence.store(std::make_shared<const Silence>(Silence{place, Clock::now() + _pause}));
+  }
 }
 
-void LinuxBroadcast::closeConnections() {}
+void LinuxBroadcast::closeConnections() {
+  if (!BusKeeper::isThreadEnding) keeper.close();
+}
 
 }  // namespace zt
