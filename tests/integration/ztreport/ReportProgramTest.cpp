@@ -156,7 +156,9 @@ TEST_F(ReportProgramTest, RefusesWrongUsage) {
       {{"save", file, "--app-name", ".."}, "--app-name: \"..\" is not a folder name", " save"},
       {{"save", "--app-name", "a/b", file}, "--app-name: \"a/b\" is not a folder name", " save"},
       {{"save", "--app-name", "/", file}, "--app-name: \"/\" is not a folder name", " save"},
-      {{"save", "--app-name", "a\tb", file}, "--app-name: \"a\\x09b\" is not a folder name", " save"},
+      {{"save", "--app-name", "a\tb", file},
+       "--app-name: \"a\\x09b\" is not a folder name",
+       " save"},
   };
   for (const auto& row : rows) {
     expectFailure(row.arguments, 2,
