@@ -4,6 +4,7 @@
 #include "tests/integration/library/RealPortalTest.h"
 #include "tests/support/BroadcastReceiver.h"
 #include "tests/support/LoopbackServer.h"
+#include "tests/support/PatientPlatform.h"
 #include "tests/support/SessionBus.h"
 #include "ztportal/platform/time/DateText.h"
 
@@ -21,6 +22,7 @@ class PortalBroadcastTest : public RealPortalTest {
                          {{"version", "2.1"}, {"date", date}, {"request", request}});
   }
 
+  PatientPlatform _platform;
   SessionBus _bus;
   ScopedEnvironment _address{"DBUS_SESSION_BUS_ADDRESS", _bus.address().c_str()};
   BroadcastReceiver _receiver;
