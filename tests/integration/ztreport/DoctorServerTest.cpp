@@ -112,7 +112,7 @@ TEST_F(DoctorServerTest, ItsJsonSaysTheSame) {
     EXPECT_EQ(check.contains("remedy"), check.at("state") != "ok") << name;
   }
   EXPECT_EQ(checks[0].at("check"), "configuration URL");
-  EXPECT_EQ(checks.back().at("check"), "test mode");
+  EXPECT_EQ(checks.back().at("check"), "helper programs");
 }
 
 TEST_F(DoctorServerTest, AcceptsACustomerInPlaceOfAUrl) {
