@@ -120,9 +120,10 @@ TEST_F(ListenTest, SaysWhenThereIsNoSessionBus) {
                     "unix:path=/nonexistent/bus"));
   const SilentBus silent;
   program.setVariable("DBUS_SESSION_BUS_ADDRESS=" + silent.address());
-  EXPECT_EQ(program.run({"listen"}),
-            refused(3, "no session bus: no response within 2 seconds; DBUS_SESSION_BUS_ADDRESS is " +
-                           silent.address()));
+  EXPECT_EQ(
+      program.run({"listen"}),
+      refused(3, "no session bus: no response within 2 seconds; DBUS_SESSION_BUS_ADDRESS is " +
+                     silent.address()));
 }
 
 TEST_F(ListenTest, SaysWhenTheConnectionIsLost) {
