@@ -87,10 +87,7 @@ std::string reportText(const ReportHeader& header,
   const ZtString& poolPrefix = soap ? kSoapPoolPrefix : kPlainPoolPrefix;
   // A field of the host's may add a pool while it is written; none is ever removed.
   const std::size_t count = pools.size();
-  for (std::size_t i = 0; i < count; ++i) {
-    const std::shared_ptr<ZtPortalPool> pool = pools[i];
-    pool->addToXml(poolPrefix, xml, soap);
-  }
+  for (std::size_t i = 0; i < count; ++i) pools[i]->addToXml(poolPrefix, xml, soap);
 
   appendText(xml, indent, "  </Datas>\r\n", indent, "</reportData>\r\n");
   if (soap) {

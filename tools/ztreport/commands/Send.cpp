@@ -185,6 +185,7 @@ ZtString configurationUrlOf(const std::string& customer) {
       kCustomers, [&customer](const Customer& known) { return *known.id == customer; });
   if (row != kCustomers.end()) return *row->url;
   std::vector<std::string> known;
+  known.reserve(kCustomers.size());
   for (const Customer& candidate : kCustomers) known.push_back(text(*candidate.id));
   throw WrongUsage("--customer: no such customer: \"" + customer + "\"" +
                    didYouMean(customer, known) + "; it is one of " + customerNames());
