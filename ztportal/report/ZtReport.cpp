@@ -67,6 +67,7 @@ std::shared_ptr<ZtReport> ZtReport::initWithCustomerAndGuid(const ZtString& cust
 ZtReport::ZtReport(Creation /*creation*/, ZtString appId, ZtString customerId, ZtString url)
     : _url(std::move(url)), _customerId(std::move(customerId)), _appId(std::move(appId)) {
   _data = ZtPortalData::initWithValues(_url, false, _customerId, _appId, hostVersion());
+  if (_data == nullptr) throw std::bad_alloc();
   _data->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
 }
 

@@ -49,6 +49,7 @@ std::string CurlLibrary::load(const char* name) {
   find("curl_multi_init", multiInit);
   find("curl_multi_perform", multiPerform);
   find("curl_multi_poll", multiPoll);
+  find("curl_share_cleanup", shareCleanup);
   find("curl_share_init", shareInit);
   find("curl_share_setopt", shareSetopt);
   find("curl_slist_append", slistAppend);

@@ -31,6 +31,7 @@ struct CurlLibrary {
   decltype(&curl_multi_init) multiInit = nullptr;
   decltype(&curl_multi_perform) multiPerform = nullptr;
   decltype(&curl_multi_poll) multiPoll = nullptr;
+  decltype(&curl_share_cleanup) shareCleanup = nullptr;
   decltype(&curl_share_init) shareInit = nullptr;
   decltype(&curl_share_setopt) shareSetopt = nullptr;
   decltype(&curl_slist_append) slistAppend = nullptr;

@@ -44,6 +44,8 @@ CurlNames::CurlNames(const CurlLibrary& curl)
   curl.shareSetopt(_found, CURLSHOPT_USERDATA, &_foundMutex);
 }
 
+CurlNames::~CurlNames() { _curl.shareCleanup(_found); }
+
 bool CurlNames::find(CURLU* url, const char* noProxy, Clock::time_point deadline) {
   struct Turn {
     CurlNames& names;

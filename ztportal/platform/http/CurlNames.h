@@ -24,6 +24,7 @@ class CurlNames {
   explicit CurlNames(const CurlLibrary& curl);
   CurlNames(const CurlNames&) = delete;
   CurlNames& operator=(const CurlNames&) = delete;
+  ~CurlNames();
 
   /// The names that were found in the last minute, for CURLOPT_SHARE.
   CURLSH* found() const { return _found; }
