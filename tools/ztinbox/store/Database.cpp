@@ -97,7 +97,8 @@ CREATE TABLE steps (
 
 void createTables(Database& database) {
   database.run("BEGIN IMMEDIATE");
-  database.run(std::string(kTables) + kSearchTable);
+  database.run(kTables);
+  database.run(kSearchTable);
   database.run("PRAGMA application_id = " + std::to_string(kApplicationId));
   database.run("PRAGMA user_version = " + std::to_string(kVersion));
   database.run("COMMIT");
