@@ -6,9 +6,6 @@
 // a block 16 bytes after the start of a page as one with the header of an older C library; the leak
 // check then reads from an invalid address and ends the program. The library destroys all of its
 // thread-local variables before that check, so nothing is lost by not tracking them.
-//
-// Forked processes of the tests may start threads, although the thread sanitizer does not support
-// that after the parent had several.
 
 extern "C" {
 
@@ -16,5 +13,5 @@ __attribute__((visibility("default"))) const char* __asan_default_options();
 __attribute__((visibility("default"))) const char* __tsan_default_options();
 
 const char* __asan_default_options() { return "intercept_tls_get_addr=0"; }
-const char* __tsan_default_options() { return "intercept_tls_get_addr=0:die_after_fork=0"; }
+const char* __tsan_default_options() { return "intercept_tls_get_addr=0"; }
 }
