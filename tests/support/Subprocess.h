@@ -126,4 +126,11 @@ inline constexpr int kNotPermitted = 77;
 /// but writes its coverage counts.
 int inForkedProcess(const std::function<int()>& body);
 
+/// The thread sanitizer ends a forked process that starts a thread if the test program had several.
+#ifdef __SANITIZE_THREAD__
+inline constexpr bool kForkedProcessMayStartThreads = false;
+#else
+inline constexpr bool kForkedProcessMayStartThreads = true;
+#endif
+
 }  // namespace zt::test

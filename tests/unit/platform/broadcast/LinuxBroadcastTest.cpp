@@ -220,6 +220,7 @@ class HostsSocket {
 // After a host had closed all descriptors, the next message was written into the one of its new
 // sockets that had the number of the connection to the bus, and that socket was closed afterwards.
 TEST_F(LinuxBroadcastOnABusTest, LeavesADescriptorOfTheHostAloneThatHasTheNumberOfItsOwn) {
+  if (!zt::test::kForkedProcessMayStartThreads) GTEST_SKIP();
   EXPECT_EQ(inForkedProcess([this] {
               const int number = FileDescriptor(::dup(STDIN_FILENO)).number();
               std::vector<HostsSocket> sockets;
@@ -245,6 +246,7 @@ TEST_F(LinuxBroadcastOnABusTest, LeavesADescriptorOfTheHostAloneThatHasTheNumber
 }
 
 TEST_F(LinuxBroadcastOnABusTest, ForgetsAConnectionThatTheHostHasClosed) {
+  if (!zt::test::kForkedProcessMayStartThreads) GTEST_SKIP();
   for (const bool isAnotherPosted : {true, false}) {
     EXPECT_EQ(inForkedProcess([this, isAnotherPosted] {
                 std::thread([this, isAnotherPosted] {
