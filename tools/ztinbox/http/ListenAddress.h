@@ -15,7 +15,7 @@ struct ListenAddress {
   std::uint16_t port = 0;
 
   bool isIpv6() const { return address.find(':') != std::string::npos; }
-  /// Whether this stands for all addresses of the machine.
+  /// Whether this means all addresses of the machine.
   bool isWildcard() const { return address == "0.0.0.0" || address == "::"; }
   /// "127.0.0.1:8025", "[::1]:8025"
   std::string text() const;

@@ -34,9 +34,9 @@ std::size_t IncomingReport::memory() const {
 std::string packed(std::string_view text) {
   // A request has at most 64 MiB, so its size fits an int.
   const int size = static_cast<int>(text.size());
-  const int room = LZ4_compressBound(size);
-  const auto bytes = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(room));
-  const int count = LZ4_compress_default(text.data(), bytes.get(), size, room);
+  const int capacity = LZ4_compressBound(size);
+  const auto bytes = std::make_unique_for_overwrite<char[]>(static_cast<std::size_t>(capacity));
+  const int count = LZ4_compress_default(text.data(), bytes.get(), size, capacity);
   return {bytes.get(), static_cast<std::size_t>(count)};
 }
 

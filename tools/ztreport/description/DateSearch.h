@@ -7,9 +7,9 @@
 
 namespace zt::tools {
 
-/// Finds the points in time that the dates in reports stand for. The text of a date has the local
+/// Finds the points in time that the dates in reports mean. The text of a date has the local
 /// time and a name of the zone in the user's language, which cannot be parsed. So this class writes
-/// the few points in time that the text may stand for and compares the results. Therefore it
+/// the few points in time that the text may mean and compares the results. Therefore it
 /// understands a text only in the time zone and the language in which it was written.
 ///
 ///     DateSearch dates;                                      // TZ=Europe/Berlin

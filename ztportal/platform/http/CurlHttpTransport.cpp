@@ -119,13 +119,13 @@ std::size_t takeHeader(char* line, std::size_t /*one*/, std::size_t size, void* 
 
 std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* arrival) {
   auto& arrived = *static_cast<Arrival*>(arrival);
-  const std::size_t room = kBodyLimit - arrived.body.size();
+  const std::size_t capacity = kBodyLimit - arrived.body.size();
   try {
-    arrived.body.append(bytes, std::min(size, room));
+    arrived.body.append(bytes, std::min(size, capacity));
   } catch (const std::bad_alloc&) {
     return 0;
   }
-  arrived.isCut = size > room;
+  arrived.isCut = size > capacity;
   return arrived.isCut ? 0 : size;
 }
 

@@ -9,8 +9,8 @@
 #include "tests/unit/pools/PoolsFixture.h"
 #include "tools/ztreport/description/Description.h"
 
-// What a description makes: the same as the calls that it stands for. How that is written is a
-// matter of the pools' own tests; that each key stands for its field, of ReferencePageTest.
+// What a description makes: the same as the corresponding calls. How that is written is a
+// matter of the pools' own tests; that each key has its field, of ReferencePageTest.
 
 namespace zt::test {
 namespace {
