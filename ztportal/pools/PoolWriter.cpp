@@ -96,10 +96,11 @@ void PoolWriter::value(std::string_view name, ZtBOOL flag) {
   field(kBooleanField, name, booleanText(flag));
 }
 
-void PoolWriter::beginRecords(std::string_view name) {
+void PoolWriter::beginRecords(std::string_view name, std::size_t count) {
   appendText(_xml, lead(kFieldDepth), kArrayField.text(_soap),  //
              lead(kFieldDepth), kName.text(_soap), name, kNameEnd);
   _inRecords = true;
+  _recordCount = count;
   _pieces.resize(_columnEnds[0]);
   _columnCount = 0;
   _column = 0;
@@ -126,6 +127,15 @@ void PoolWriter::addColumn(const Tag& type, std::string_view name) {
   _columnEnds.at(_columnCount) = _pieces.size();
 }
 
+/// Reserves what the markup of the other records is certain to take, so that a long list does not
+/// move the text over and over. Values count only by an eighth of that: the first record says
+/// nothing about their length.
+void PoolWriter::reserveMarkup() {
+  const std::size_t markup = (_recordCount - 1) * (_pieces.size() - _columnEnds[0]);
+  const std::size_t needed = _xml.size() + markup + markup / 8;
+  if (needed > _xml.capacity()) _xml.reserve(needed);
+}
+
 void PoolWriter::endRecord() {
   const std::size_t begin = _columnEnds[_columnCount];
   if (_recordEndSize == 0) {
@@ -133,6 +143,7 @@ void PoolWriter::endRecord() {
     appendFieldEnd(_pieces, lead(kRecordFieldDepth));
     appendText(_pieces, lead(kFieldDepth), kFieldsEnd);
     _recordEndSize = _pieces.size() - begin;
+    reserveMarkup();
   }
   _xml.append(_pieces, begin, _recordEndSize);
   _column = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -75,7 +76,8 @@ class PoolWriter {
   template <class Record>
   void value(std::string_view name, const std::vector<std::shared_ptr<Record>>& list) {
     if (list.empty()) return;
-    beginRecords(name);
+    const auto nulls = std::count(list.begin(), list.end(), nullptr);
+    beginRecords(name, list.size() - static_cast<std::size_t>(nulls));
     for (const auto& record : list) {
       if (record == nullptr) continue;
       fieldsOf(*record);
@@ -96,12 +98,13 @@ class PoolWriter {
 
   void field(const Tag& type, std::string_view name, std::string_view text);
 
-  void beginRecords(std::string_view name);
+  void beginRecords(std::string_view name, std::size_t count);
   void endRecord();
   void endRecords();
   std::string_view nextColumn(const Tag& type, std::string_view name);
   void addColumn(const Tag& type, std::string_view name);
   void reservePiece(std::string_view name);
+  void reserveMarkup();
 
   void appendDate(ZtDate date);
 
@@ -121,6 +124,7 @@ class PoolWriter {
   // records of a list, and are collected while the first one is written.
   std::string _pieces;
   std::array<std::size_t, kMostColumns + 1> _columnEnds{};  // in `_pieces`, first that of the lead
+  std::size_t _recordCount = 0;                             // of the list
   std::size_t _columnCount = 0;
   std::size_t _column = 0;  // the next column of the current record
   std::size_t _recordEndSize = 0;
