@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
@@ -53,3 +54,5 @@ void ZtHost::closeConnections() {
 }
 
 std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }
+
+void ZtHost::setLogHandler(ZtLogHandler handler) { zt::setLogHandler(std::move(handler)); }

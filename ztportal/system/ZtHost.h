@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "ztportal/base/ZtExport.h"
+#include "ztportal/base/ZtLog.h"
 #include "ztportal/base/ZtString.h"
 
 /// The identity of the host application. Its name determines the folder of its saved reports; every
@@ -39,4 +40,9 @@ class ZT_EXPORT ZtHost {
   /// applications and no administrator. A host that is shipped with the library should check this
   /// once, when it is tested.
   static std::vector<std::string> missingPrograms();
+
+  /// Passes the library's log to `handler` from now on, for all threads; an empty one turns the log
+  /// off, as it is at first. It says what the functions of the library keep silent about: why a
+  /// report was not accepted, not saved or not complete.
+  static void setLogHandler(ZtLogHandler handler);
 };

@@ -1,0 +1,76 @@
+#include "ztportal/base/Log.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <memory>
+#include <utility>
+
+#include "ztportal/base/ZtAtomic.h"
+
+namespace zt {
+
+namespace {
+
+using Handler = std::shared_ptr<const ZtLogHandler>;
+
+/// Never destroyed, since hosts also report from static destructors.
+ZtAtomic<Handler>& currentHandler() {
+  static auto* const handler = new ZtAtomic<Handler>();
+  return *handler;
+}
+
+constinit std::atomic<bool> hasHandler = false;
+
+/// Whether the handler is running on this thread.
+constinit thread_local bool isLogging = false;
+
+/// `message` in one line, whatever names and paths it contains.
+std::string oneLine(std::string_view message) {
+  std::string line(message);
+  const auto isControl = [](char byte) {
+    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
+  };
+  std::replace_if(line.begin(), line.end(), isControl, '?');
+  return line;
+}
+
+}  // namespace
+
+void setLogHandler(ZtLogHandler handler) {
+  const bool isGiven = handler != nullptr;
+  currentHandler().store(isGiven ? std::make_shared<const ZtLogHandler>(std::move(handler))
+                                 : nullptr);
+  hasHandler = isGiven;
+}
+
+bool hasLogHandler() noexcept { return hasHandler.load(std::memory_order_relaxed); }
+
+void passToLog(ZtLogLevel level, std::string_view module, std::string_view message) noexcept {
+  if (isLogging) return;
+  const int error = errno;
+  isLogging = true;
+  try {
+    if (const Handler handler = currentHandler().load()) {
+      (*handler)(level, module, oneLine(message));
+    }
+  } catch (...) {
+    // A report is worth more than its log.
+  }
+  isLogging = false;
+  errno = error;
+}
+
+}  // namespace zt
+
+void ZtLogToStderr(ZtLogLevel level, std::string_view module, std::string_view message) {
+  constexpr std::array<std::string_view, 4> kLevels{"debug", "info", "warning", "error"};
+  std::string line;
+  zt::appendText(line, "ztportal: ", kLevels.at(static_cast<std::size_t>(level)), ": ", module,
+                 ": ", message, "\n");
+  // In one piece, so that the lines of several threads and processes do not mix.
+  [[maybe_unused]] const ssize_t written = ::write(STDERR_FILENO, line.data(), line.size());
+}

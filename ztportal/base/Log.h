@@ -1,0 +1,36 @@
+#pragma once
+
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "ztportal/base/Text.h"
+#include "ztportal/base/ZtLog.h"
+
+namespace zt {
+
+/// Replaces the handler; an empty one turns the log off.
+void setLogHandler(ZtLogHandler handler);
+
+bool hasLogHandler() noexcept;
+
+/// Passes a message to the handler. `errno` stays.
+void passToLog(ZtLogLevel level, std::string_view module, std::string_view message) noexcept;
+
+/// Logs the message that consists of `parts`, which are texts. Costs one atomic read without a
+/// handler. Not to be called inside a lock.
+///
+///     log(ZtLogLevel::Warning, "store", "cannot write ", path, ": ", reason);
+template <class... Parts>
+void log(ZtLogLevel level, std::string_view module, const Parts&... parts) noexcept {
+  if (!hasLogHandler()) return;
+  try {
+    std::string message;
+    appendText(message, parts...);
+    passToLog(level, module, message);
+  } catch (const std::bad_alloc&) {
+    passToLog(level, module, "no memory for a message");
+  }
+}
+
+}  // namespace zt
