@@ -16,7 +16,7 @@ namespace {
 using nlohmann::json;
 using Clock = std::chrono::steady_clock;
 
-/// A client of the event stream; takes the chunks apart (RFC 9112, section 7.1).
+/// A client of the event stream; decodes the chunked transfer coding (RFC 9112, section 7.1).
 class Events {
  public:
   explicit Events(const Inbox& inbox, const std::string& query = "",

@@ -9,7 +9,7 @@
 namespace zt::test {
 namespace {
 
-/// The status line and the body of the answer to a request without a body.
+/// The status line and the body of the response to a request without a body.
 class Asked {
  public:
   Asked(const Inbox& inbox, const std::string& method, const std::string& target,

@@ -33,7 +33,7 @@ std::string postedTo(int port, const std::string& report) {
   return client.receiveAll();
 }
 
-/// Text that packing does not shrink.
+/// Text that compression does not shrink.
 std::string randomText(std::size_t size) {
   std::mt19937 random(7);
   std::string text;

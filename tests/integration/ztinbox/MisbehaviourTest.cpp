@@ -15,7 +15,7 @@ namespace {
 
 using End = RawClient::End;
 
-/// What a client sees of the answer to one report.
+/// What a client sees of the response to one report.
 struct Seen {
   std::string bytes;
   End end = End::kStillOpen;

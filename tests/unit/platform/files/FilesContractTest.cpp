@@ -9,7 +9,7 @@
 #include "ztportal/platform/files/FakeFiles.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 
-// What every answer to the question `Files` does, the real one and the fake alike.
+// What every implementation of `Files` does, the real one and the fake alike.
 
 namespace {
 

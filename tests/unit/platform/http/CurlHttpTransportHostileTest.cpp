@@ -3,7 +3,7 @@
 
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 
-// Addresses and redirects by which somebody would have the library say what it should not.
+// URLs and redirects that try to make the library reveal or send what it must not.
 
 namespace {
 
