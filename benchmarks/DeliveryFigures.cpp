@@ -1,6 +1,7 @@
 #include <benchmark/benchmark.h>
 #include <curl/curl.h>
 #include <dirent.h>
+#include <fcntl.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 #include <signal.h>
@@ -17,6 +18,7 @@
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "benchmarks/Figure.h"
@@ -25,6 +27,7 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
+#include "ztportal/base/FileDescriptor.h"
 #include "ztportal/platform/Free.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 
@@ -74,17 +77,32 @@ void sendBareSignal(const std::string& text) {
   }
 }
 
-/// Reads the process table and each process's link to its executable. Returns the number of
-/// processes.
+/// The usual programs whose command line names the program that they run.
+bool isInterpreter(std::string_view path) {
+  const std::string_view name = path.substr(path.rfind('/') + 1);
+  return name == "bash" || name == "dash" || name == "node" || name.starts_with("python");
+}
+
+/// Reads the process table and each process's link to its executable; of an interpreter also the
+/// command line, and checks whether it runs in Flatpak and whether its first argument is a file.
+/// Returns the number of processes.
 std::size_t walkBareProcessTable() {
   std::size_t processes = 0;
   const std::unique_ptr<DIR, Free<closedir>> folder(opendir("/proc"));
-  std::array<char, PATH_MAX> target;
+  const int table = dirfd(folder.get());
+  std::array<char, PATH_MAX> text;
   while (const dirent* entry = readdir(folder.get())) {
     if (entry->d_name[0] < '0' || entry->d_name[0] > '9') continue;
-    const std::string link = std::string(entry->d_name) + "/exe";
     ++processes;
-    if (readlinkat(dirfd(folder.get()), link.c_str(), target.data(), target.size()) < 0) continue;
+    const std::string number = entry->d_name;
+    ssize_t size = readlinkat(table, (number + "/exe").c_str(), text.data(), text.size());
+    if (size < 0 || !isInterpreter({text.data(), static_cast<std::size_t>(size)})) continue;
+    benchmark::DoNotOptimize(faccessat(table, (number + "/root/.flatpak-info").c_str(), F_OK, 0));
+    const FileDescriptor file(openat(table, (number + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC));
+    size = read(file.number(), text.data(), text.size());
+    if (size < 0) continue;
+    const std::string line(text.data(), static_cast<std::size_t>(size));
+    benchmark::DoNotOptimize(access(line.substr(line.find('\0') + 1).c_str(), F_OK));
   }
   return processes;
 }

@@ -23,6 +23,7 @@ constexpr std::string_view kGap = "  ";
 std::string localTime(Timestamp timestamp) {
   const std::time_t time = std::chrono::system_clock::to_time_t(timestamp);
   std::tm local{};
+  tzset();  // localtime_r() need not notice that the time zone has changed
   localtime_r(&time, &local);
   std::array<char, 32> text{};
   const std::size_t length = std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M:%S", &local);

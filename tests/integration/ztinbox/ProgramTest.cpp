@@ -163,24 +163,10 @@ TEST(ProgramTest, KeepsServingWhenNobodyReadsItsLines) {
 }
 
 TEST(ProgramTest, RefusesWrongUsage) {
-  const struct {
-    std::vector<std::string> arguments;
-    const char* errors;
-  } rows[] = {
-      {{"--listen", "nowhere"}, "ztinbox: --listen must be ADDRESS:PORT, such as 127.0.0.1:8025\n"},
-      {{"--answer", "perhaps"},
-       "ztinbox: --answer must be accept, refuse, garbage, error:STATUS (200 to 599), hang, drop "
-       "or truncate\n"},
-      {{"--scenario", "/dev/null"}, "ztinbox: /dev/null: not JSON (at byte 1)\n"},
-      {{"--unknown"},
-       "ztinbox: The following argument was not expected: --unknown; see ztinbox --help\n"},
-  };
-  for (const auto& row : rows) {
-    const Finished result = run(row.arguments);
-    EXPECT_EQ(result.status, 2) << row.errors;
-    EXPECT_EQ(result.errors, row.errors);
-    EXPECT_EQ(result.output, "");
-  }
+  const Finished result = run({"--listen", "nowhere"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.errors, "ztinbox: --listen must be ADDRESS:PORT, such as 127.0.0.1:8025\n");
+  EXPECT_EQ(result.output, "");
 }
 
 TEST(ProgramTest, SaysWhenTheMachineFails) {

@@ -161,7 +161,7 @@ class Walk {
     if (!runsFile && isThere(folderOf(executable))) return nullptr;  // the most frequent case
     std::string root;
     root.append(_table).append("/").append(number) += "/root";
-    if (!exists(root + "/.flatpak-info")) root.clear();
+    if (!exists(root + "/.flatpak-info")) return runsFile ? ofFile(process.script()) : nullptr;
     const RunningApplication* const found = ofFile(root + std::string(executable));
     return found == nullptr && runsFile ? ofFile(root + process.script()) : found;
   }

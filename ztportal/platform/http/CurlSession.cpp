@@ -17,6 +17,10 @@ bool CurlSockets::areOurs() const {
                      [](const auto& socket) { return socket.second.isStill(socket.first); });
 }
 
+void CurlSockets::forgetClosed() {
+  std::erase_if(_open, [](const auto& socket) { return !socket.second.isStill(socket.first); });
+}
+
 bool CurlSockets::areQuiet() const {
   return std::all_of(_open.begin(), _open.end(), [](const auto& socket) {
     char byte = 0;
@@ -71,6 +75,7 @@ CurlSession& CurlSession::begin(const CurlLibrary& curl) {
 
 void CurlSession::keep() {
   threadSession->_lastUse = std::chrono::system_clock::now();
+  threadSession->_sockets.forgetClosed();
   // libcurl has other descriptors as well, and nobody can ask whether those are still its own.
   if (threadSession->_sockets.isEmpty()) end();
 }

@@ -17,6 +17,9 @@ class CurlSockets {
   bool isEmpty() const { return _open.empty(); }
   /// False if the host has closed one of them: its number may be that of a file of the host.
   bool areOurs() const;
+  /// To be called after each transfer, as libcurl 7.88 to 8.1 does not tell when it closes a socket
+  /// that is not connected yet.
+  void forgetClosed();
   /// Whether nothing has arrived, not even the end of a connection. libcurl does not notice that
   /// one was reset, nor an end behind other bytes.
   bool areQuiet() const;

@@ -18,20 +18,17 @@
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedUmask.h"
 #include "tests/support/Subprocess.h"
-#include "tests/support/TemporaryFolder.h"
-#include "ztportal/platform/files/LinuxFiles.h"
+#include "tests/unit/platform/files/LinuxFilesFixture.h"
 
 namespace {
 
 using testing::IsEmpty;
 using testing::Optional;
-using zt::LinuxFiles;
 using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::modeOf;
 using zt::test::openDescriptors;
 using zt::test::ScopedUmask;
-using zt::test::TemporaryFolder;
 
 /// A file system in memory over `folder`, seen by this process alone.
 bool mountTmpfs(const std::string& folder, const char* options) {
@@ -40,15 +37,7 @@ bool mountTmpfs(const std::string& folder, const char* options) {
          ::mount("none", folder.c_str(), "tmpfs", 0, options) == 0;
 }
 
-class LinuxFilesTest : public testing::Test {
- protected:
-  std::optional<std::string> read(const std::string& path) {
-    return _files.read(path, zt::kReportFileLimit);
-  }
-
-  LinuxFiles _files;
-  TemporaryFolder _folder;
-};
+class LinuxFilesTest : public zt::test::LinuxFilesFixture {};
 
 // Regression: a new file had mode 0600 whatever the umask.
 TEST_F(LinuxFilesTest, NewFilesAndFoldersGetTheModeThatTheUmaskLeaves) {

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
+#include "tests/support/ScopedEnvironment.h"
 #include "tools/ztinbox/OutputLines.h"
 #include "ztportal/base/FileDescriptor.h"
 
@@ -12,6 +14,7 @@ namespace {
 
 using zt::FileDescriptor;
 using zt::inbox::LineOutput;
+using zt::test::ScopedEnvironment;
 
 class Pipe {
  public:
@@ -99,15 +102,15 @@ TEST(ReportLineTest, SaysWhatCame) {
             "duplicate of #3");
 }
 
-TEST(ReportLineTest, BeginsWithTheLocalTime) {
+// The lines kept the time zone of the first one.
+TEST(ReportLineTest, BeginsWithTheTimeInTheZoneOfTheMoment) {
   StoredReport report;
   report.received = std::chrono::system_clock::from_time_t(1'800'000'000);
-  const std::time_t time = 1'800'000'000;
-  std::tm local{};
-  localtime_r(&time, &local);
-  char expected[32] = {};
-  std::strftime(expected, sizeof(expected), "%F %T  #0", &local);
-  EXPECT_EQ(zt::inbox::reportLine(report).substr(0, 23), expected);
+  for (const auto& [zone, time] :
+       {std::pair("UTC0", "2027-01-15 08:00:00"), std::pair("EST5", "2027-01-15 03:00:00")}) {
+    const ScopedEnvironment environment("TZ", zone);
+    EXPECT_EQ(zt::inbox::reportLine(report).substr(0, 19), time) << zone;
+  }
 }
 
 TEST(ReportLineTest, ADashStandsForWhatIsMissing) {
