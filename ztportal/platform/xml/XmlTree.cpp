@@ -200,8 +200,10 @@ std::string firstLine(const char* message) {
 // error counts, because later ones often follow from it.
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
-  // Violations of Namespaces in XML are not fatal errors for libxml2.
-  const bool isOfNamespace = error->domain == XML_FROM_NAMESPACE && error->level >= XML_ERR_ERROR;
+  // Violations of Namespaces in XML are not fatal errors for libxml2. That does not ask for a check
+  // of the names, which are only compared.
+  const bool isOfNamespace = error->domain == XML_FROM_NAMESPACE && error->level >= XML_ERR_ERROR &&
+                             error->code != XML_WAR_NS_URI;
   if ((error->level != XML_ERR_FATAL && !isOfNamespace) || parse->fault) return;
   try {
     parse->fault = XmlFault{firstLine(error->message), std::nullopt};
