@@ -61,35 +61,48 @@ Answer firstUsable(Words files) {
   return {};
 }
 
-/// Whether what GIO would read in `folder` and, with `isDeep`, below it are regular files of a
-/// usual size.
-bool isReadable(const std::string& folder, bool isDeep) {
+enum class Folder {
+  Settings,      ///< with `mimeapps.list`, for a desktop also `gnome-mimeapps.list`
+  Applications,  ///< with desktop entries, caches of them and older lists, also in its folders
+  Types,         ///< with the types of files, which GIO looks through for a URL scheme, too
+};
+
+bool isReadByGio(const std::string& name, Folder kind) {
+  if (kind == Folder::Types || name.ends_with("mimeapps.list")) return true;
+  return kind == Folder::Applications &&
+         (name.ends_with(".desktop") || name == "mimeinfo.cache" || name == "defaults.list");
+}
+
+/// Whether what GIO would read in `folder` are regular files of a usual size.
+bool isReadable(const std::string& folder, Folder kind) {
   std::error_code error;
   fs::recursive_directory_iterator entry(folder, error);
   for (; !error && entry != fs::recursive_directory_iterator(); entry.increment(error)) {
-    if (!isDeep) entry.disable_recursion_pending();
-    const std::string name = entry->path().filename().string();
+    if (kind != Folder::Applications) entry.disable_recursion_pending();
     struct stat status {};
-    const bool isRead = name.ends_with("mimeapps.list") ||
-                        (isDeep && (name.ends_with(".desktop") || name == "mimeinfo.cache" ||
-                                    name == "defaults.list"));
-    if (!isRead || ::stat(entry->path().c_str(), &status) != 0 || S_ISDIR(status.st_mode)) continue;
+    if (!isReadByGio(entry->path().filename(), kind)) continue;
+    if (::stat(entry->path().c_str(), &status) != 0 || S_ISDIR(status.st_mode)) continue;
     if (!S_ISREG(status.st_mode)) return false;
     if (static_cast<std::size_t>(status.st_size) > zt::kSettingsFileLimit) return false;
   }
   return true;
 }
 
+bool isDataReadable(const std::string& folder) {
+  return isReadable(folder + "/applications", Folder::Applications) &&
+         isReadable(folder + "/mime", Folder::Types);
+}
+
 /// GIO waits for the writer of a FIFO and reads files of any size.
 bool canAskGio() {
   for (const char* const* each = g_get_system_config_dirs(); *each != nullptr; ++each) {
-    if (!isReadable(*each, false)) return false;
+    if (!isReadable(*each, Folder::Settings)) return false;
   }
   for (const char* const* each = g_get_system_data_dirs(); *each != nullptr; ++each) {
-    if (!isReadable(std::string(*each) + "/applications", true)) return false;
+    if (!isDataReadable(*each)) return false;
   }
-  return isReadable(g_get_user_config_dir(), false) &&
-         isReadable(std::string(g_get_user_data_dir()) + "/applications", true);
+  return isReadable(g_get_user_config_dir(), Folder::Settings) &&
+         isDataReadable(g_get_user_data_dir());
 }
 
 /// GLib reads the variable at the first question about a default, so only the folders of that

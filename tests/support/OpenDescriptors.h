@@ -1,8 +1,11 @@
 #pragma once
 
+#include <fcntl.h>
+
 #include <cstddef>
 #include <filesystem>
 #include <iterator>
+#include <set>
 
 namespace zt::test {
 
@@ -10,6 +13,15 @@ namespace zt::test {
 inline std::ptrdiff_t openDescriptors() {
   return std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
                        std::filesystem::directory_iterator());
+}
+
+/// Their numbers, of those below 1024.
+inline std::set<int> openNumbers() {
+  std::set<int> numbers;
+  for (int number = 0; number < 1024; ++number) {
+    if (::fcntl(number, F_GETFD) != -1) numbers.insert(number);
+  }
+  return numbers;
 }
 
 }  // namespace zt::test

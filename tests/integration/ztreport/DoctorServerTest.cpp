@@ -11,6 +11,7 @@ namespace zt::test {
 namespace {
 
 using testing::AllOf;
+using testing::Each;
 using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
@@ -296,6 +297,20 @@ TEST_F(DoctorServerTest, SaysWhereARequestWasRedirectedTo) {
   }
   EXPECT_THAT(found("configuration", RequestKind::Configuration, redirect(loop.url("/"))),
               HasSubstr(" is not followed: it is the sixth (redirected to " + loop.url("/")));
+}
+
+// The user name of the address itself was taken for one that the redirect contains.
+TEST_F(DoctorServerTest, FollowsARedirectRelativeToAnAddressWithAUserName) {
+  const LoopbackServer server([](const std::string& request) {
+    return request.starts_with("GET /first ") ? status("302 Found\r\nLocation: /second")
+                                              : status("404 Not Found");
+  });
+  const Diagnosis diagnosis = examine("http://ada:secret@" + server.host() + "/first");
+  EXPECT_THAT(diagnosis.findings.at("configuration"),
+              StartsWith("failed: the server responds with status 404: it has nothing at this URL "
+                         "(redirected to " +
+                         server.url("/second") + ")"));
+  EXPECT_THAT(server.requests(), Each(HasSubstr("\r\nAuthorization: Basic ")));
 }
 
 TEST_F(DoctorServerTest, SaysThatAProxyAsksForALogin) {

@@ -32,6 +32,13 @@ TEST_F(ShowTest, ShowsAFileAndStandardInput) {
   EXPECT_EQ(program.run({"show", "-"}, {.input = file}), done(kTree));
 }
 
+// A file without an end filled the memory.
+TEST_F(ShowTest, RefusesAFileLargerThanAnyReport) {
+  for (const char* command : {"show", "render"}) {
+    EXPECT_EQ(program.run({command, "/dev/zero"}), refused(3, "/dev/zero: File too large"));
+  }
+}
+
 TEST_F(ShowTest, ShowsADescription) {
   const std::string file = program.write("report.txt", kReport);
   for (const std::vector<std::string>& arguments :

@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "tools/common/Terminal.h"
+#include "ztportal/base/RegularFile.h"
 
 namespace zt::tools {
 
@@ -24,6 +25,10 @@ std::optional<std::string> contentOf(const std::string& file) {
   std::array<char, std::size_t{16} * 1024> part;
   while (const std::size_t count = std::fread(part.data(), 1, part.size(), stream)) {
     content.append(part.data(), count);
+    if (content.size() > kReportFileLimit) {
+      errno = EFBIG;
+      return std::nullopt;
+    }
   }
   if (std::ferror(stream) != 0) return std::nullopt;
   return content;

@@ -93,7 +93,11 @@ std::string whyNotFollowed(const WebAddress& from, const std::optional<WebAddres
   if (count >= kMostRedirects) return "it is the sixth";
   if (!to) return "it is not an http or https URL";
   if (from.scheme == "https" && to->scheme == "http") return "it gives up https";
-  if (!to->user.empty() || !to->password.empty()) return "it contains a user name or password";
+  // libcurl adds those of `from` to a redirect that is relative to it.
+  const bool hasOwn = to->user != from.user || to->password != from.password;
+  if (hasOwn && !(to->user.empty() && to->password.empty())) {
+    return "it contains a user name or password";
+  }
   return "";
 }
 
@@ -147,10 +151,9 @@ Response request(const std::string& url, const std::optional<std::string>& body)
       return response;
     }
     redirects.push_back(target->shown);
-    if (target->isSameServer(*server)) {
-      target->user = server->user;
-      target->password = server->password;
-    }
+    const bool isSame = target->isSameServer(*server);
+    target->user = isSame ? server->user : "";
+    target->password = isSame ? server->password : "";
     server = std::move(target);
   }
 }

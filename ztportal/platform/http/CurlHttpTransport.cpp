@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "ztportal/base/Text.h"
@@ -208,7 +209,22 @@ void setAuthorities(CurlOptions& options) {
 struct Credentials {
   std::string user;
   std::string password;
+
+  bool operator==(const Credentials&) const = default;
 };
+
+/// Removes the user name and the password from `url`. Nothing if they contain control characters,
+/// which libcurl does not decode.
+std::optional<Credentials> takeCredentials(const CurlLibrary& curl, const Url& url) {
+  Credentials credentials;
+  for (const auto& [part, value] : {std::pair(CURLUPART_USER, &credentials.user),
+                                    std::pair(CURLUPART_PASSWORD, &credentials.password)}) {
+    *value = partOf(curl, url, part, CURLU_URLDECODE);
+    if (value->empty() != partOf(curl, url, part).empty()) return std::nullopt;
+    curl.urlSet(url.get(), part, nullptr, 0);
+  }
+  return credentials;
+}
 
 /// A request to one URL, redirects not followed.
 struct Hop {
@@ -296,29 +312,23 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   Url url = httpUrl(curl, request.url);
   if (!url || !addHeaders(headers, request.headers)) return {};
 
-  // Taken out of the URL, so that a redirect which names a user can be told from one that is
-  // relative to it.
-  Credentials credentials{partOf(curl, url, CURLUPART_USER, CURLU_URLDECODE),
-                          partOf(curl, url, CURLUPART_PASSWORD, CURLU_URLDECODE)};
-  // libcurl decodes no control characters.
-  if (credentials.user.empty() != partOf(curl, url, CURLUPART_USER).empty() ||
-      credentials.password.empty() != partOf(curl, url, CURLUPART_PASSWORD).empty()) {
-    return {};
-  }
-  curl.urlSet(url.get(), CURLUPART_USER, nullptr, 0);
-  curl.urlSet(url.get(), CURLUPART_PASSWORD, nullptr, 0);
+  std::optional<Credentials> credentials = takeCredentials(curl, url);
+  if (!credentials) return {};
 
   // libcurl could follow redirects, but would also go from http over https back to http.
   for (int redirects = 0; redirects <= kRedirects; ++redirects) {
-    HopResult hop = makeHop(curl, request, {url, credentials, headers.get(), deadline});
+    HopResult hop = makeHop(curl, request, {url, *credentials, headers.get(), deadline});
     if (hop.redirect.empty()) return std::move(hop.response);
-    // No server can make the library log in to another one with credentials of its choice.
-    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE | CURLU_DISALLOW_USER);
+    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE);
     if (!next) return {};
+    // No server can make the library log in to another one with credentials of its choice. Those of
+    // the URL itself are libcurl's addition to a redirect that is relative to it.
+    const std::optional<Credentials> named = takeCredentials(curl, next);
+    if (!named || (*named != Credentials() && *named != *credentials)) return {};
     const auto origin = originOf(curl, url);
     const auto nextOrigin = originOf(curl, next);
     if (origin.front() == "https" && nextOrigin.front() != "https") return {};
-    if (nextOrigin != origin) credentials = {};
+    if (nextOrigin != origin) credentials = Credentials();
     url = std::move(next);
   }
   return {};

@@ -1,5 +1,6 @@
 #include "ztportal/platform/http/CurlNames.h"
 
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -65,8 +66,12 @@ bool CurlNames::find(CURLU* url, const char* noProxy, Clock::time_point deadline
 }
 
 bool CurlNames::findInTurn(CURLU* url, const char* noProxy, Clock::time_point deadline) {
+  if (_multi && !_markIdentity.isStill(_mark.number())) forget();
   if (!continueUntil(Clock::now())) return false;
 
+  _mark = FileDescriptor(::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+  if (!_mark.isOpen()) return false;
+  _markIdentity = DescriptorIdentity(_mark.number());
   _hasAddress = false;
   _multi.reset(_curl.multiInit());
   _easy.reset(_curl.easyInit());
@@ -107,6 +112,14 @@ void CurlNames::end() {
   const std::lock_guard lock(curlClosing());
   _easy.reset();
   _multi.reset();
+  _mark.close();
+}
+
+/// libcurl would close descriptors whose numbers may be the host's by now.
+void CurlNames::forget() {
+  static_cast<void>(_easy.release());
+  static_cast<void>(_multi.release());
+  static_cast<void>(_mark.release());
 }
 
 }  // namespace zt

@@ -6,6 +6,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "ztportal/base/DescriptorIdentity.h"
+#include "ztportal/base/FileDescriptor.h"
 #include "ztportal/platform/http/CurlLibrary.h"
 
 namespace zt {
@@ -38,6 +40,7 @@ class CurlNames {
   bool findInTurn(CURLU* url, const char* noProxy, Clock::time_point deadline);
   bool continueUntil(Clock::time_point deadline);
   void end();
+  void forget();
 
   const CurlLibrary _curl;
   const pid_t _process;
@@ -50,6 +53,10 @@ class CurlNames {
   CurlMulti _multi{nullptr, _curl.multiCleanup};
   CurlEasy _easy{nullptr, _curl.easyCleanup};  // ends before the former
   bool _hasAddress = false;
+  // A socket that nobody uses. If the host has closed it, then also those of the look-up, which
+  // libcurl does not tell.
+  FileDescriptor _mark;
+  DescriptorIdentity _markIdentity;
 };
 
 }  // namespace zt

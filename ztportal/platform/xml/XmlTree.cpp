@@ -145,21 +145,29 @@ constexpr int kQuietAndAlone =
 constexpr int kContent = kQuietAndAlone | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 constexpr int kForm = kQuietAndAlone | XML_PARSE_HUGE;
 
-/// Restores libxml2's last error, which other users of libxml2 on this thread may read.
-class LastErrorKept {
+void ignoreError(void* /*context*/, xmlErrorPtr /*error*/) {}
+
+/// Leaves the error handling of this thread to other users of libxml2: restores the last error, and
+/// keeps errors without a parser, such as a lack of memory, from their handlers and from standard
+/// error.
+class ErrorsOfOthers {
  public:
-  LastErrorKept() {
-    if (xmlErrorPtr last = xmlGetLastError()) xmlCopyError(last, &_error);
+  ErrorsOfOthers() {
+    if (xmlErrorPtr last = xmlGetLastError()) xmlCopyError(last, &_last);
+    xmlSetStructuredErrorFunc(nullptr, ignoreError);
   }
-  LastErrorKept(const LastErrorKept&) = delete;
-  LastErrorKept& operator=(const LastErrorKept&) = delete;
-  ~LastErrorKept() {
-    xmlCopyError(&_error, &xmlLastError);
-    xmlResetError(&_error);
+  ErrorsOfOthers(const ErrorsOfOthers&) = delete;
+  ErrorsOfOthers& operator=(const ErrorsOfOthers&) = delete;
+  ~ErrorsOfOthers() {
+    xmlSetStructuredErrorFunc(_context, _handler);
+    xmlCopyError(&_last, &xmlLastError);
+    xmlResetError(&_last);
   }
 
  private:
-  xmlError _error{};
+  const xmlStructuredErrorFunc _handler = xmlStructuredError;
+  void* const _context = xmlStructuredErrorContext;
+  xmlError _last{};
 };
 
 // XML_PARSE_HUGE disables libxml2's protection against entity expansion, so it is cleared at the
@@ -192,8 +200,10 @@ std::string firstLine(const char* message) {
 // error counts, because later ones often follow from it.
 void noteError(void* context, xmlErrorPtr error) {
   auto* parse = static_cast<Parse*>(static_cast<const xmlParserCtxt*>(context)->_private);
-  // Violations of Namespaces in XML are not fatal errors for libxml2.
-  const bool isOfNamespace = error->domain == XML_FROM_NAMESPACE && error->level >= XML_ERR_ERROR;
+  // Violations of Namespaces in XML are not fatal errors for libxml2. That does not ask for a check
+  // of the names, which are only compared.
+  const bool isOfNamespace = error->domain == XML_FROM_NAMESPACE && error->level >= XML_ERR_ERROR &&
+                             error->code != XML_WAR_NS_URI;
   if ((error->level != XML_ERR_FATAL && !isOfNamespace) || parse->fault) return;
   try {
     parse->fault = XmlFault{firstLine(error->message), std::nullopt};
@@ -260,7 +270,7 @@ void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault) {
     return nullptr;
   }
 
-  const LastErrorKept lastErrorKept;
+  const ErrorsOfOthers errorsOfOthers;
   const Context context(xmlNewParserCtxt());
   if (!context) throw std::bad_alloc();
   const std::size_t limit = expansionLimit(text.size());
@@ -287,6 +297,7 @@ void* parseXmlTree(const std::string& text, ZtXMLKeep keep, XmlFault& fault) {
 void releaseXmlTree(void* tree) { xmlFreeDoc(static_cast<xmlDoc*>(tree)); }
 
 std::string xmlTreeText(const void* tree) {
+  const ErrorsOfOthers errorsOfOthers;
   const Buffer buffer(xmlBufferCreate());
   if (!buffer) throw std::bad_alloc();
   xmlSaveCtxt* save = xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_AS_XML | XML_SAVE_NO_XHTML);

@@ -72,8 +72,9 @@ TEST_F(ApplicationsHelperTest, WaitsForNoFifo) {
                  "[Default Applications]\nx-scheme-handler/http=some.desktop\n");
   ASSERT_EQ(run({"default", "http"}).status, 0);
   for (const char* name :
-       {"home/.config/gnome-mimeapps.list", "usr/share/applications/mimeinfo.cache",
-        "usr/share/applications/vendor/other.desktop"}) {
+       {"home/.config/gnome-mimeapps.list", "home/.local/share/applications/mimeapps.list",
+        "usr/share/applications/mimeinfo.cache", "usr/share/applications/vendor/other.desktop",
+        "home/.local/share/mime/mime.cache", "usr/share/mime/globs2"}) {
     const std::string fifo = _desktop.path(name);
     std::filesystem::create_directories(std::filesystem::path(fifo).parent_path());
     ASSERT_EQ(::mkfifo(fifo.c_str(), 0600), 0);
@@ -82,6 +83,12 @@ TEST_F(ApplicationsHelperTest, WaitsForNoFifo) {
     EXPECT_EQ(::unlink(fifo.c_str()), 0);
   }
   EXPECT_EQ(run({"default", "http"}).status, 0);
+
+  const std::string list = _desktop.path("home/.config/mimeapps.list");
+  std::filesystem::remove(list);
+  ASSERT_EQ(::mkfifo(list.c_str(), 0600), 0);
+  EXPECT_EQ(run({"default", "http"}), _none);
+  EXPECT_EQ(run({"entry", file}).status, 0);
 }
 
 TEST_F(ApplicationsHelperTest, AcceptsNoOtherQuestion) {

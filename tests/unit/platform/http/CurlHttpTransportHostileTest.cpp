@@ -8,6 +8,7 @@
 namespace {
 
 using testing::AllOf;
+using testing::Each;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -51,6 +52,21 @@ TEST_F(CurlHttpTransportHostile, CredentialsOfAnAddressGoToNoOtherNameOfItsServe
   EXPECT_THAT(server.requests(),
               ElementsAre(HasSubstr(kAuthorization),
                           AllOf(StartsWith("GET /second "), Not(HasSubstr(kAuthorization)))));
+}
+
+// libcurl adds the user name of an address to a redirect that is relative to it. Such a redirect
+// was treated as one that brings its own, and was not followed.
+TEST_F(CurlHttpTransportHostile, ARelativeRedirectKeepsTheCredentialsOfTheAddress) {
+  for (const char* user : {"user:password@", "user@", ":password@", "us%40er:pass%2Fword@"}) {
+    LoopbackServer server([](const std::string& request) {
+      return request.find(" /first ") < request.find('\r') ? redirect("302 Found", "/second")
+                                                           : ok("there");
+    });
+    const std::string url = "http://" + std::string(user) + server.host() + "/first";
+    EXPECT_EQ(get(url).body, "there") << user;
+    EXPECT_EQ(post(url, "body").body, "there") << user;
+    EXPECT_THAT(server.requests(), AllOf(SizeIs(4), Each(HasSubstr(kAuthorization)))) << user;
+  }
 }
 
 TEST_F(CurlHttpTransportHostile, ARedirectCannotLogInAnywhere) {

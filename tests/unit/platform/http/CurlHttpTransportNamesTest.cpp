@@ -2,16 +2,22 @@
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <iterator>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include "tests/support/OpenDescriptors.h"
 #include "tests/support/Subprocess.h"
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 #include "tests/unit/platform/http/FakeNames.h"
+#include "ztportal/base/DescriptorIdentity.h"
+#include "ztportal/base/FileDescriptor.h"
 
 // The names of servers and proxies, and look-ups that take their time.
 
@@ -26,6 +32,7 @@ using zt::test::FakeNames;
 using zt::test::LoopbackResponse;
 using zt::test::LoopbackServer;
 using zt::test::ok;
+using zt::test::openNumbers;
 using zt::test::redirect;
 using zt::test::Then;
 using Clock = std::chrono::steady_clock;
@@ -125,6 +132,34 @@ TEST_F(CurlHttpTransportNames, ASocksProxyMayGetTheAddressOfTheHost) {
   EXPECT_EQ(get("http://" + name + "/").body, "from afar");
   EXPECT_THAT(proxy.waitForRequest(), testing::StartsWith("10.1.2.3.GET / HTTP/1.1\r\n"));
   EXPECT_EQ(names.begun(), 1);
+}
+
+// When the host had closed all descriptors during a look-up that hung, the end of the look-up
+// closed those that the host had opened since.
+TEST_F(CurlHttpTransportNames, ForgetsALookUpWhoseDescriptorsTheHostHasClosed) {
+  const std::string hanging = unused("hangs");
+  const std::string other = unused("other");
+  LoopbackServer server([](const std::string&) { return ok("there"); });
+  FakeNames names{{hanging, "127.0.0.1"}, {other, "127.0.0.1"}};
+  // Forked, since what is forgotten counts as leaked.
+  const int status = zt::test::inForkedProcess([&] {
+    const std::set<int> before = openNumbers();
+    names.hold();
+    while (names.outstanding() == 0) get(urlOf(server, hanging), 100ms);
+    const zt::FileDescriptor own(::socket(AF_UNIX, SOCK_DGRAM, 0));
+    const zt::DescriptorIdentity identity(own.number());
+    std::vector<int> numbers;
+    std::ranges::set_difference(openNumbers(), before, std::back_inserter(numbers));
+    for (const int number : numbers) ::dup2(own.number(), number);
+
+    names.release();
+    while (names.outstanding() != 0) std::this_thread::yield();
+    if (get(urlOf(server, other)).body != "there") return 1;
+    _transport.closeConnections();
+    return std::ranges::all_of(numbers, [&](int number) { return identity.isStill(number); }) ? 0
+                                                                                              : 2;
+  });
+  EXPECT_EQ(status, 0);
 }
 
 // Each look-up that hung left one more thread of libcurl behind.

@@ -15,6 +15,7 @@
 #include <set>
 #include <thread>
 
+#include "tests/support/OpenDescriptors.h"
 #include "tests/support/Subprocess.h"
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 
@@ -29,17 +30,10 @@ using zt::HttpResponse;
 using zt::test::LoopbackResponse;
 using zt::test::LoopbackServer;
 using zt::test::ok;
+using zt::test::openNumbers;
 using zt::test::redirect;
 using zt::test::refusingUrl;
 using zt::test::Then;
-
-std::set<int> openNumbers() {
-  std::set<int> numbers;
-  for (int number = 0; number < 1024; ++number) {
-    if (::fcntl(number, F_GETFD) != -1) numbers.insert(number);
-  }
-  return numbers;
-}
 
 /// The client's end of a connection to `server`; -1 if there is none.
 int connectionTo(const LoopbackServer& server) {

@@ -72,7 +72,8 @@ TEST(ZtXMLError, IsAPrefixWithoutANamespace) {
     }
     for (const char* text :
          {"<n:a xmlns:n='u' n:b=''><n:c/></n:a>", "<a xml:lang='de'/>", "<a xmlns=''/>",
-          "<a xmlns:n='relative'/>", "<!DOCTYPE a [<!ATTLIST a xmlns:n CDATA 'u'>]><a><n:b/></a>",
+          "<a xmlns:n='relative'/>", "<n:a xmlns:n='no URI'/>", "<a xmlns='http://[no URI'/>",
+          "<!DOCTYPE a [<!ATTLIST a xmlns:n CDATA 'u'>]><a><n:b/></a>",
           "<!DOCTYPE a [<!ENTITY e '<n:b/>'>]><a xmlns:n='u'>&e;</a>"}) {
       EXPECT_TRUE(ZtXMLDocument::parse(text, keep)) << text;
     }
