@@ -388,7 +388,8 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     if (arrival.isCut) removeHalfCharacter(arrival.body);
     response.status = static_cast<int>(status);
     response.body = std::move(arrival.body);
-    response.retryAfter = std::chrono::seconds(seconds);
+    // Negative for a date in the past.
+    response.retryAfter = std::chrono::seconds(std::max<curl_off_t>(seconds, 0));
     if (redirect != nullptr) result.redirect = redirect;
   } else {
     long tunnelStatus = 0;
