@@ -5,12 +5,17 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
+#include "ztportal/platform/http/Gzip.h"
+#include "ztportal/platform/http/HostTransport.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/RequestText.h"
@@ -21,10 +26,11 @@ namespace zt {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTimeout{2000};
-
-constexpr std::array<HttpHeader, 2> kHeaders{
-    {{"Content-Type", "application/xml"}, {"User-Agent", "Kelvane portal service (osx)"}}};
+/// The last one is for compressed requests only.
+constexpr std::array<HttpHeader, 3> kHeaders{{{"Content-Type", "application/xml"},
+                                              {"User-Agent", "Kelvane portal service (osx)"},
+                                              {"Content-Encoding", "gzip"}}};
+constexpr std::size_t kLeastCompressed = 1024;
 
 ZtString trimmedText(const ZtXMLNode& node) {
   const ZtString text = node.text();
@@ -49,6 +55,56 @@ bool isAccepted(const ZtString& response) {
          containsAnyCase(response.view(), "true");
 }
 
+/// `url` without user name and password (RFC 3986, 3.2.1).
+std::string withoutCredentials(std::string_view url) {
+  const std::size_t scheme = url.find("://");
+  const std::size_t start = scheme == std::string_view::npos ? 0 : scheme + 3;
+  const std::string_view authority = url.substr(start, url.find_first_of("/?#", start) - start);
+  const std::size_t end = authority.rfind('@');
+  std::string shown(url);
+  if (end != std::string_view::npos) shown.erase(start, end + 1);
+  return shown;
+}
+
+/// The sentence is cut off when memory runs out: what became of the report is more important.
+template <class... Parts>
+void say(std::string& message, const Parts&... parts) noexcept try {
+  message.clear();
+  appendText(message, parts...);
+} catch (const std::bad_alloc&) {
+}
+
+/// Notes in `receipt` what became of a request.
+void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& response) noexcept try {
+  receipt.httpStatus = response.status;
+  receipt.responseBytes = response.body.size();
+  receipt.lookupTime = response.times.lookup;
+  receipt.connectTime = response.times.connect;
+  receipt.tlsTime = response.times.tls;
+  receipt.responseTime = response.times.response;
+  receipt.totalTime = response.times.total;
+  receipt.retryAfter = response.retryAfter;
+  if (response.status >= 200 && response.status <= 299) {
+    receipt.outcome = ZtDeliveryOutcome::InvalidResponse;
+    receipt.error = ZtDeliveryError::Content;
+    say(receipt.message, "The response is not the expected one.");
+  } else if (response.status != 0) {
+    receipt.outcome = ZtDeliveryOutcome::Refused;
+    receipt.error = ZtDeliveryError::Status;
+    say(receipt.message, "The server responded with HTTP status ", std::to_string(response.status),
+        ".");
+  } else {
+    receipt.outcome = response.error == ZtDeliveryError::Timeout ? ZtDeliveryOutcome::TimedOut
+                                                                 : ZtDeliveryOutcome::Unreachable;
+    receipt.error =
+        response.error != ZtDeliveryError::NoError ? response.error : ZtDeliveryError::Transfer;
+    receipt.message = std::move(response.message);
+    if (receipt.message.empty()) say(receipt.message, "No complete response arrived.");
+  }
+  receipt.url = response.url.empty() ? withoutCredentials(request.url) : std::move(response.url);
+} catch (const std::bad_alloc&) {
+}
+
 }  // namespace
 
 void ReportingServer::connect(bool tryLocalCopy) {
@@ -58,7 +114,7 @@ void ReportingServer::connect(bool tryLocalCopy) {
 bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
   if (document == nullptr) {
-    const ZtString response = exchange(_configurationUrl, nullptr);
+    const ZtString response = exchange(_configurationUrl, nullptr, _options, &_connection);
     if (!response.isNull()) document = ZtXMLDocument::parse(response.view());
   }
   if (document == nullptr) return false;
@@ -79,7 +135,7 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
 }
 
 ZtString ReportingServer::readVersion() try {
-  const ZtString response = exchange(url(), versionRequest());
+  const ZtString response = exchange(url(), versionRequest(), _options, &_connection);
   if (response.isNull()) return nullptr;
   const auto document = ZtXMLDocument::parse(response.view());
   if (document == nullptr) return nullptr;
@@ -93,27 +149,77 @@ ZtString ReportingServer::readVersion() try {
   return nullptr;
 }
 
-bool ReportingServer::send(const ZtString& request) {
-  _status = 0;
-  return isAccepted(exchange(url(), request, &_status));
+ZtDelivery ReportingServer::send(const ZtString& request) const {
+  ZtDelivery receipt;
+  const ZtString target = url();
+  if (isAccepted(exchange(target, request, _options, &receipt))) {
+    receipt.outcome = ZtDeliveryOutcome::Accepted;
+    receipt.error = ZtDeliveryError::NoError;
+    say(receipt.message, "The server has accepted the report.");
+  } else if (target.empty()) {
+    return notSent();
+  }
+  return receipt;
 }
 
-ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body, int* status) try {
+ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
+                                   const ZtTransportOptions& options, ZtDelivery* receipt) try {
+  if (receipt != nullptr) *receipt = {};
   HttpRequest request;
   request.url = url.view();
   request.method = body.isNull() ? "GET" : "POST";
-  request.headers = kHeaders;
+  request.headers = std::span(kHeaders).first(2);
+  request.options = &options;
   if (!body.isNull()) request.body = body.view();
-  request.timeout = kTimeout;
+  request.timeout =
+      options.timeout.count() > 0 ? options.timeout : std::chrono::milliseconds::max();
 
-  const HttpResponse response = Platform::current().http().exchange(request);
-  if (status != nullptr) *status = response.status;
+  std::string compressed;
+  if (options.compressRequests && body.view().size() > kLeastCompressed) {
+    compressed = gzip(body.view());
+    if (!compressed.empty()) {
+      request.body = compressed;
+      request.headers = kHeaders;
+    }
+  }
+  HttpResponse response =
+      options.transport ? exchangeByHost(request) : Platform::current().http().exchange(request);
+  if (receipt != nullptr) {
+    note(*receipt, request, response);
+    receipt->requestBytes = body.view().size();
+  }
   if (response.status < 200 || response.status > 299) return "";
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  if (receipt != nullptr) {
+    receipt->outcome = ZtDeliveryOutcome::Unreachable;
+    receipt->error = ZtDeliveryError::Host;
+    say(receipt->message, error.what());
+  }
   return "";
 } catch (const std::bad_alloc&) {
+  if (receipt != nullptr) {
+    receipt->error = ZtDeliveryError::Memory;
+    say(receipt->message, "out of memory");
+  }
   return nullptr;
+}
+
+ZtDelivery ReportingServer::notSent() const {
+  ZtDelivery receipt;
+  if (!_reportUrl.empty() && url().empty()) {
+    receipt.outcome = ZtDeliveryOutcome::NoTestUrl;
+    receipt.error = ZtDeliveryError::Content;
+    say(receipt.message, "Test mode is on, and the configuration has no URL for it.");
+    return receipt;
+  }
+  receipt.outcome = ZtDeliveryOutcome::Offline;
+  receipt.error = _connection.error;
+  say(receipt.message,
+      _gotConfiguration ? "The server has not told its version"
+                        : "There is no configuration with a URL for reports",
+      _connection.message.empty() ? "." : ": ", _connection.message);
+  return receipt;
 }
 
 ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }

@@ -3,6 +3,8 @@
 #include <utility>
 
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/http/ZtTransportOptions.h"
+#include "ztportal/portal/ZtDelivery.h"
 
 namespace zt {
 
@@ -11,12 +13,12 @@ namespace zt {
 ///
 ///     ReportingServer server(configurationUrl);
 ///     server.connect(false);
-///     bool accepted = server.send(request);
+///     bool accepted = server.send(request).outcome == ZtDeliveryOutcome::Accepted;
 class ReportingServer {
  public:
   /// Sends no request.
-  explicit ReportingServer(ZtString configurationUrl)
-      : _configurationUrl(std::move(configurationUrl)) {}
+  explicit ReportingServer(ZtString configurationUrl, ZtTransportOptions options = {})
+      : _configurationUrl(std::move(configurationUrl)), _options(std::move(options)) {}
 
   /// Reads the configuration and, if that succeeds, asks the server for its version: it is online
   /// if the version is not empty. Without a configuration the online state does not change.
@@ -29,17 +31,26 @@ class ReportingServer {
   /// string and keeps the last version.
   ZtString readVersion();
 
-  /// Posts `request` to `url()`. True if the response confirms the report.
-  bool send(const ZtString& request);
+  // The only two ways to the network.
 
-  /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
-  /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
-  /// 299 and if there is no response. `status` gets the HTTP status, 0 if there is no response.
-  static ZtString exchange(const ZtString& url, const ZtString& body, int* status = nullptr);
+  /// Posts `request` to `url()`. Accepted if the response confirms the report.
+  ZtDelivery send(const ZtString& request) const;
+  /// One exchange: a POST of `body`, or a GET if it is missing. Returns the body of the response:
+  /// missing if it is not valid UTF-8, empty for every status outside 200 to 299 and if there is no
+  /// response. `receipt` gets what became of it: for a status of success that the response is
+  /// invalid, since only the caller knows which one it expects.
+  static ZtString exchange(const ZtString& url, const ZtString& body,
+                           const ZtTransportOptions& options = {}, ZtDelivery* receipt = nullptr);
+
+  /// The receipt of a report that is not sent while the server is not ready.
+  ZtDelivery notSent() const;
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;
   bool isReady() const { return _gotConfiguration && _online; }
+
+  const ZtTransportOptions& options() const { return _options; }
+  void setOptions(ZtTransportOptions options) { _options = std::move(options); }
 
   const ZtString& configurationUrl() const { return _configurationUrl; }
   const ZtString& reportUrl() const { return _reportUrl; }
@@ -47,17 +58,16 @@ class ReportingServer {
   const ZtString& version() const { return _version; }
   bool gotConfiguration() const { return _gotConfiguration; }
   bool online() const { return _online; }
-  /// HTTP status of the response to the last `send`; 0 when there was none.
-  int status() const { return _status; }
 
  private:
   ZtString _configurationUrl;
+  ZtTransportOptions _options;
   ZtString _reportUrl = ZtString::constant<"">();
   ZtString _testUrl = ZtString::constant<"">();
   ZtString _version;
   bool _gotConfiguration = false;
   bool _online = false;
-  int _status = 0;
+  ZtDelivery _connection;  // the last exchange of `connect`
 };
 
 }  // namespace zt
