@@ -36,8 +36,9 @@ void PoolWriter::appendDate(ZtDate date) {
 }
 
 void PoolWriter::begin(const ZtString& poolType, ZtDate timeStamp) {
-  appendText(_xml, lead(0), kPool.text(_soap), poolType.printed(), kPoolTypeEnd,  //
-             lead(0), kDate.text(_soap));
+  appendText(_xml, lead(0), kPool.text(_soap));
+  appendAttributeValue(_xml, poolType.printed());
+  appendText(_xml, kPoolTypeEnd, lead(0), kDate.text(_soap));
   appendDate(timeStamp);
   _xml += kDateEnd;
 }
@@ -63,7 +64,7 @@ inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view
 inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view text) {
   if (_inRecords) {
     _xml += nextColumn(type, name);
-    _xml += text;
+    appendValue(_xml, text);
   } else {
     appendField(_xml, lead(kFieldDepth), type, name, text, _soap);
   }

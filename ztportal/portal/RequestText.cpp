@@ -80,7 +80,9 @@ std::string reportText(const ReportHeader& header,
   }
   appendText(xml, indent, kReport.text(soap));
   for (const HeaderLine& line : kHeaderLines) {
-    appendText(xml, indent, line.start.text(soap), (header.*line.value).printed(), line.end);
+    appendText(xml, indent, line.start.text(soap));
+    appendValue(xml, (header.*line.value).printed());
+    xml += line.end;
   }
   appendText(xml, indent, kPools.text(soap));
 

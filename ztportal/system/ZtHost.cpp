@@ -9,6 +9,7 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
+#include "ztportal/system/HostRules.h"
 
 namespace {
 
@@ -54,5 +55,7 @@ void ZtHost::closeConnections() {
 }
 
 std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }
+
+void ZtHost::setValueEscaping(bool isOn) { zt::valueEscaping = isOn; }
 
 void ZtHost::setLogHandler(ZtLogHandler handler) { zt::setLogHandler(std::move(handler)); }

@@ -41,6 +41,15 @@ class ZT_EXPORT ZtHost {
   /// once, when it is tested.
   static std::vector<std::string> missingPrograms();
 
+  /// With `isOn`, every name and value in the text of a report is written so that an XML parser
+  /// reads it back: `<`, `>`, `&` and carriage returns are escaped, and what XML 1.0 cannot hold
+  /// (control characters, bytes that are not UTF-8) becomes U+FFFD. Off at first: values are
+  /// written as they are, and one with a `<` or `&` makes a report that the server may not
+  /// understand and that cannot be sent again once it is saved. For all reports of the process; to
+  /// be called before the first one is written. Texts that are escaped already would be escaped
+  /// twice.
+  static void setValueEscaping(bool isOn);
+
   /// Passes the library's log to `handler` from now on, for all threads; an empty one turns the log
   /// off, as it is at first. It says what the functions of the library keep silent about: why a
   /// report was not accepted, not saved or not complete.
