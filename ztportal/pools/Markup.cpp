@@ -57,6 +57,11 @@ void appendAttributeValue(std::string& xml, std::string_view text) {
   }
 }
 
+std::string_view& writtenPoolType() {
+  constinit static thread_local std::string_view type;
+  return type;
+}
+
 void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
                       std::string_view name, bool soap) {
   appendText(xml, prefix, field.text(soap), prefix, kName.text(soap));
@@ -70,6 +75,12 @@ void appendFieldEnd(std::string& xml, std::string_view prefix) {
 
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
+  std::string filtered;
+  if (hasValueFilter()) {
+    filtered = value;
+    if (!passesValueFilter(writtenPoolType(), name, filtered)) return;
+    value = filtered;
+  }
   appendFieldStart(xml, prefix, field, name, soap);
   appendValue(xml, value);
   appendFieldEnd(xml, prefix);

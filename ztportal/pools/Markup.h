@@ -112,7 +112,10 @@ inline void appendValue(std::string& xml, std::string_view text) {
 /// 3.3.3).
 void appendAttributeValue(std::string& xml, std::string_view text);
 
-/// Appends the four lines of a field with a value.
+/// The type of the pool that this thread is writing, for the host's filter; empty outside a pool.
+std::string_view& writtenPoolType();
+
+/// Appends the four lines of a field with a value, unless the host's filter drops it.
 ///
 ///     <Field FieldType="string">
 ///       <Name>Result</Name>
