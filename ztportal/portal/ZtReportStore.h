@@ -144,8 +144,8 @@ class ZT_EXPORT ZtReportStore {
   bool setAside(const ZtSavedReport& report) const;
   /// Moves a report of `listUnsendable` back, so that it is sent again; its failures are forgotten.
   bool putBack(const ZtSavedReport& report) const;
-  /// Copies the file, byte for byte, into the folder `path`, or else to the file `path`, which it
-  /// replaces. Only its owner can read a new file.
+  /// Copies the file, byte for byte, into the folder `path`, or else to a new file `path`. Replaces
+  /// nothing; only its owner can read the copy.
   bool exportTo(const ZtSavedReport& report, const std::string& path) const;
   /// Removes everything that is stored: reports, those in "unsendable", and the count of failures.
   /// Returns the number of reports removed. With `unsendableOnly` only those in "unsendable".
