@@ -66,7 +66,7 @@ TEST_F(ZtReportStoreTest, TellsTheCustomerAndWhetherAReportCanBeSent) {
   const std::pair<const char*, const char*> rows[] = {
       {nullptr, "a NUL byte"},
       {nullptr, "line 1, column 16: "},
-      {"Brisalink", "line 3, column 5: "},
+      {"Brisalink", "line 3, column 1: "},
       {"Norvantel", ""},
   };
   for (std::size_t i = 0; i < reports.size(); ++i) {
@@ -134,7 +134,8 @@ TEST_F(ZtReportStoreTest, CopiesAReportToAFolderOrANewFile) {
   EXPECT_FALSE(store.exportTo(saved, "/out")) << "replaces nothing";
   EXPECT_FALSE(store.exportTo(saved, inStore("{1}.ztr")));
   EXPECT_FALSE(store.exportTo(saved, "/missing/one.xml"));
-  for (const std::string path : {"/out/{1}.ztr", "/out/one.xml", inStore("{1}.ztr").c_str()}) {
+  for (const std::string& path :
+       {std::string("/out/{1}.ztr"), std::string("/out/one.xml"), inStore("{1}.ztr")}) {
     EXPECT_EQ(platform.files_.read(path, 99), "<one/>") << path;
   }
 }
