@@ -4,10 +4,8 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/process/ProgramPath.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
-#include "ztportal/portal/ZtPortalConstants.h"
-#include "ztportal/system/ZtHost.h"
+#include "ztportal/system/HostFolder.h"
 
 namespace zt {
 
@@ -16,37 +14,7 @@ namespace {
 constexpr std::string_view kReportsFolder = "reports";
 constexpr std::string_view kReportEnding = ".ztr";
 
-std::string joinedPath(std::string_view folder, std::string_view name) {
-  std::string path;
-  appendText(path, folder, "/", name);
-  return path;
-}
-
-/// Path of the host's folder below the user's. A name that would lead elsewhere is replaced by that
-/// of the executable file.
-std::optional<std::string> hostPath() {
-  const ZtString name = ZtHost::bundleInfo("CFBundleName");
-  if (name.isNull()) return std::nullopt;
-  if (isFileName(name.view())) return joinedPath(COMPANY_NAME.view(), name.view());
-  const std::string executable = executablePath();
-  return joinedPath(COMPANY_NAME.view(), executable.substr(executable.rfind('/') + 1));
-}
-
 }  // namespace
-
-std::optional<std::string> supportFolder(std::int16_t domain, std::string_view relativePath) {
-  Platform& platform = Platform::current();
-  const std::optional<std::string> root = platform.supportFolder().path(domain);
-  if (!root || !platform.files().createFolders(*root)) return std::nullopt;
-  std::string path = joinedPath(*root, relativePath);
-  if (!platform.files().exists(path) && !platform.files().createFolders(path)) return std::nullopt;
-  return path;
-}
-
-std::optional<std::string> hostFolder() {
-  const std::optional<std::string> path = hostPath();
-  return path ? supportFolder(kUserDomain, *path) : std::nullopt;
-}
 
 std::optional<ReportStore> ReportStore::open() {
   errno = ENOENT;  // for a host or a user without a folder
@@ -67,30 +35,45 @@ std::error_code ReportStore::save(const ZtString& reportId, std::string_view tex
   Files& files = Platform::current().files();
   const std::string file = fileOf(reportId);
   // Writing truncates first, so a file that is already identical is not put at risk.
-  if (files.read(file, text.size()) == text || files.writePrivate(file, text)) return {};
-  return {errno, std::generic_category()};
+  if (files.read(file, text.size()) != text && !files.writePrivate(file, text)) {
+    return {errno, std::generic_category()};
+  }
+  enforceStoreLimits(_folder);
+  return {};
 }
 
-std::vector<std::string> ReportStore::files() const {
+std::vector<std::string> ReportStore::filesIn(const std::string& folder) {
   Files& files = Platform::current().files();
   std::vector<std::string> paths;
-  if (!files.isFolder(_folder)) return paths;
-  for (const std::string& name : files.list(_folder).value_or(std::vector<std::string>())) {
-    if (name.ends_with(kReportEnding)) paths.push_back(joinedPath(_folder, name));
+  if (!files.isFolder(folder)) return paths;
+  for (const std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
+    if (name.ends_with(kReportEnding)) paths.push_back(joinedPath(folder, name));
   }
   return paths;
 }
 
 void ReportStore::remove(const std::string& file) { Platform::current().files().remove(file); }
 
-std::optional<std::string> ReportStore::request(const std::string& file) {
+std::optional<std::string> ReportStore::request(const std::string& file, std::string* problem) {
   const std::optional<std::string> content =
       Platform::current().files().read(file, kReportFileLimit);
-  if (!content) return std::nullopt;
+  if (!content) {
+    if (problem != nullptr) *problem = "cannot be read, or is no regular file of at most 64 MiB";
+    return std::nullopt;
+  }
   // Malformed XML is not repaired: a report is sent exactly as it was saved, or not at all.
-  const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form);
-  if (document == nullptr) return std::nullopt;
-  return document->xmlText();
+  ZtXMLError error;
+  const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form, &error);
+  if (document != nullptr) return document->xmlText();
+  if (problem != nullptr) {
+    problem->clear();
+    if (error.line != 0) {
+      appendText(*problem, "line ", std::to_string(error.line), ", column ",
+                 std::to_string(error.column), ": ");
+    }
+    appendText(*problem, error.reason.view());
+  }
+  return std::nullopt;
 }
 
 }  // namespace zt

@@ -21,6 +21,7 @@
 #include "ztportal/portal/RequestText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtUtils.h"
+#include "ztportal/system/Consent.h"
 
 namespace zt {
 
@@ -149,9 +150,8 @@ ZtString ReportingServer::readVersion() try {
   return nullptr;
 }
 
-ZtDelivery ReportingServer::send(const ZtString& request) const {
+ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& request) const {
   ZtDelivery receipt;
-  const ZtString target = url();
   if (isAccepted(exchange(target, request, _options, &receipt))) {
     receipt.outcome = ZtDeliveryOutcome::Accepted;
     receipt.error = ZtDeliveryError::NoError;
@@ -165,6 +165,10 @@ ZtDelivery ReportingServer::send(const ZtString& request) const {
 ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
                                    const ZtTransportOptions& options, ZtDelivery* receipt) try {
   if (receipt != nullptr) *receipt = {};
+  if (consentIsRevoked()) {
+    if (receipt != nullptr) *receipt = withoutConsent();
+    return "";
+  }
   HttpRequest request;
   request.url = url.view();
   request.method = body.isNull() ? "GET" : "POST";
@@ -205,7 +209,15 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
   return nullptr;
 }
 
+ZtDelivery ReportingServer::withoutConsent() {
+  ZtDelivery receipt;
+  receipt.outcome = ZtDeliveryOutcome::NoConsent;
+  say(receipt.message, "The user has revoked the consent to reports.");
+  return receipt;
+}
+
 ZtDelivery ReportingServer::notSent() const {
+  if (consentIsRevoked()) return withoutConsent();
   ZtDelivery receipt;
   if (!_reportUrl.empty() && url().empty()) {
     receipt.outcome = ZtDeliveryOutcome::NoTestUrl;

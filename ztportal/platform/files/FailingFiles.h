@@ -24,7 +24,7 @@ namespace zt::test {
 /// fails after it has begun: it leaves no file, as with a full disk. `errno` is ENOSPC.
 class FailingFiles final : public Files {
  public:
-  enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove };
+  enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove, Move, Lock };
 
   /// Does not own `files`.
   explicit FailingFiles(Files& files) : _files(files) {}
@@ -56,8 +56,18 @@ class FailingFiles final : public Files {
   bool writePrivate(const std::string& path, std::string_view content) override {
     return mayFailMidway(path, [&] { return _files.writePrivate(path, content); });
   }
+  bool replacePrivate(const std::string& path, std::string_view content) override {
+    return !fails(Operation::Write) && _files.replacePrivate(path, content);
+  }
   bool remove(const std::string& path) override {
     return !fails(Operation::Remove) && _files.remove(path);
+  }
+  std::optional<FileFacts> facts(const std::string& path) override { return _files.facts(path); }
+  bool move(const std::string& from, const std::string& to) override {
+    return !fails(Operation::Move) && _files.move(from, to);
+  }
+  FileLock lock(const std::string& path) override {
+    return fails(Operation::Lock) ? FileLock{} : _files.lock(path);
   }
 
  private:
@@ -88,7 +98,7 @@ class FailingFiles final : public Files {
   }
 
   Files& _files;
-  std::array<std::atomic<int>, 6> _countdowns{};
+  std::array<std::atomic<int>, 8> _countdowns{};
 };
 
 }  // namespace zt::test
