@@ -277,7 +277,7 @@ TEST_F(StoreSenderTest, NeverWaitsLongerThanItsBudget) {
   options.budget = seconds(40);
   options.progress = [&](const auto& saved, const auto& delivery) {
     progress.emplace_back(saved.reportId.view(), delivery.outcome);
-    if (progress.size() == 3) report.retryAfter = seconds(50);
+    if (progress.size() == 2) report.retryAfter = seconds(50);
     return true;
   };
   const ZtSendResult result = send();
