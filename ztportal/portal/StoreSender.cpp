@@ -16,6 +16,8 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/ZtReportStore.h"
+#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 
 // ZtReportStore::send.
 
@@ -87,7 +89,7 @@ class SendingState {
     }
     if (text == _text) return;
     _text = std::move(text);
-    const bool isDone = _text.empty() ? files().remove(_path) : files().writePrivate(_path, _text);
+    const bool isDone = _text.empty() ? files().remove(_path) : files().replacePrivate(_path, _text);
     if (!isDone) log(ZtLogLevel::Warning, "store", "cannot write ", _path);
   }
 
@@ -142,10 +144,10 @@ class StoreSender {
  private:
   /// Tries each report once.
   ZtSendEnd tryAll() {
+    if (const auto end = requestedEnd()) return *end;
     const std::vector<ZtSavedReport> reports = _store.list();
     if (reports.empty()) return ZtSendEnd::Done;
     if (_state.retryAfter().count() > 0) return ZtSendEnd::Deferred;
-    if (const auto end = requestedEnd()) return *end;
     _server = ReportingServer(_options.configurationUrl);
     _server.connect(false);
     if (!_server.isReady()) return ZtSendEnd::Offline;
@@ -160,6 +162,7 @@ class StoreSender {
   }
 
   std::optional<ZtSendEnd> requestedEnd() const {
+    if (consentIsRevoked()) return ZtSendEnd::NoConsent;
     if (_options.isCancelled && _options.isCancelled()) return ZtSendEnd::Cancelled;
     if (isBeyondBudget(milliseconds(0))) return ZtSendEnd::Budget;
     return std::nullopt;
@@ -171,10 +174,15 @@ class StoreSender {
 
   ZtDelivery deliver(const ZtSavedReport& report) try {
     ZtDelivery delivery;
-    const auto request = ReportStore::request(report.path, &delivery.message);
+    auto request = ReportStore::request(report.path, &delivery.message);
     if (!request) {
       delivery.outcome = ZtDeliveryOutcome::Unreadable;
       delivery.error = ZtDeliveryError::File;
+      return delivery;
+    }
+    if (!passesRequestHook(*request)) {
+      delivery.outcome = ZtDeliveryOutcome::Dropped;
+      delivery.message = "The host's request hook has dropped the report.";
       return delivery;
     }
     const ZtString text = *request;
