@@ -18,6 +18,7 @@
 #include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
+#include "ztportal/system/ZtHost.h"
 
 // ZtReportStore::send.
 
@@ -89,7 +90,8 @@ class SendingState {
     }
     if (text == _text) return;
     _text = std::move(text);
-    const bool isDone = _text.empty() ? files().remove(_path) : files().replacePrivate(_path, _text);
+    const bool isDone =
+        _text.empty() ? files().remove(_path) : files().replacePrivate(_path, _text);
     if (!isDone) log(ZtLogLevel::Warning, "store", "cannot write ", _path);
   }
 
@@ -123,7 +125,7 @@ class StoreSender {
         _options(options),
         _folder(store.folder().view()),
         _state(besideReports(_folder, kSendingState), options.configurationUrl.view()),
-        _server(options.configurationUrl),
+        _server(options.configurationUrl, options.transport.value_or(ZtHost::transportOptions())),
         _delay(options.retryDelay),
         _random(static_cast<unsigned>(_start.time_since_epoch().count())) {}
 
@@ -148,7 +150,7 @@ class StoreSender {
     const std::vector<ZtSavedReport> reports = _store.list();
     if (reports.empty()) return ZtSendEnd::Done;
     if (_state.retryAfter().count() > 0) return ZtSendEnd::Deferred;
-    _server = ReportingServer(_options.configurationUrl);
+    _server = ReportingServer(_options.configurationUrl, _server.options());
     _server.connect(false);
     if (!_server.isReady()) return ZtSendEnd::Offline;
     for (const ZtSavedReport& report : reports) {
@@ -321,6 +323,10 @@ ZtSendResult ZtReportStore::send(const ZtSendOptions& options) const try {
   ZtSendResult result;
   result.end = ZtSendEnd::NoStore;
   if (_folder.isNull()) return result;
+  if (options.transport && !options.transport->problem().empty()) {
+    result.end = ZtSendEnd::WrongOptions;
+    return result;
+  }
   const zt::FileLock lock =
       zt::Platform::current().files().lock(zt::besideReports(_folder.view(), "sending.lock"));
   if (lock.held != nullptr) return zt::StoreSender(*this, options).run();
