@@ -14,6 +14,7 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/RequestText.h"
+#include "ztportal/system/HostFolder.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
 namespace {
