@@ -29,6 +29,7 @@ struct Arguments {
   bool plain = false;
   bool json = false;
   bool quiet = false;
+  bool logs = false;
   RunOptions run;
   std::function<Exit()> command;
 
@@ -208,6 +209,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);
   app.fallthrough();
+  addFlag(app, "-v", arguments.logs, "Print the library's log on standard error");
   app.add_option("--app-name", arguments.appName, "Name of the program that reports")
       ->capture_default_str();
   app.add_option("--app-version", arguments.appVersion, "Version of the program that reports")
@@ -248,6 +250,7 @@ Exit runCommandLine(int argc, const char* const* argv) {
     throw Failure(Exit::WrongInput, usageMessage(app, error));
   }
   try {
+    if (arguments.logs) ZtHost::setLogHandler(ZtLogToStderr);
     setHost(arguments.appName, arguments.appVersion);
     return arguments.command();
   } catch (const WrongUsage& usage) {
