@@ -59,8 +59,7 @@ bool testModeIsOn() try {
   }
   return false;
 } catch (const ZtException& error) {
-  log(ZtLogLevel::Warning, "configuration",
-      "the test mode is off: companions cannot be found: ", error.reason().view());
+  log(ZtLogLevel::Warning, "configuration", "companions cannot be found: ", error.reason().view());
   return false;
 }
 

@@ -29,7 +29,7 @@ class ReportStore {
   std::error_code save(const ZtString& reportId, std::string_view text) const;
   /// Paths of the saved reports, in the order in which the system lists them.
   std::vector<std::string> files() const;
-  /// Failures are silent.
+  /// Failures are logged only.
   static void remove(const std::string& file);
   /// The request in a saved report: its XML parsed and written back in UTF-8. Nothing when the
   /// file cannot be read or is not well-formed.

@@ -1,5 +1,8 @@
 #include "ztportal/system/HostFolder.h"
 
+#include <cerrno>
+#include <system_error>
+
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
@@ -37,7 +40,8 @@ std::optional<std::string> supportFolder(std::int16_t domain, std::string_view r
       (platform.files().exists(path) || platform.files().createFolders(path))) {
     return path;
   }
-  logOnce(ZtLogLevel::Warning, "store", "the folder ", path, " cannot be created");
+  logOnce(ZtLogLevel::Warning, "store", "the folder ", path,
+          " cannot be created: ", std::generic_category().message(errno));
   return std::nullopt;
 }
 

@@ -236,6 +236,10 @@ void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
   const auto sendBy = [&](Bus bus) {
     if (!bus) return Outcome::NoBus;
     const Outcome outcome = send(bus->bus, member, object, userInfo, patience);
+    // Such as for a message that is too large. sd-bus replies to the call itself then.
+    if (outcome == Outcome::Received && sd_bus_is_open(bus->bus) <= 0) {
+      log(ZtLogLevel::Warning, "broadcast", "the session bus has closed the connection");
+    }
     if (outcome == Outcome::Received && !BusKeeper::isThreadEnding) {
       keeper.keep(std::move(bus), place);
     }
