@@ -32,11 +32,18 @@ struct Arguments {
   bool plain = false;
   bool json = false;
   bool quiet = false;
+  bool logs = false;
+  bool receipts = false;
+  bool purge = false;
+  unsigned olderThanDays = 0;
   RunOptions run;
+  ResendOptions resend;
   std::function<Exit()> command;
 
   Output output() const {
     if (json && quiet) throw WrongUsage("give either --json or --quiet");
+    if (receipts && quiet) throw WrongUsage("give either --receipts or --quiet");
+    if (receipts) return Output::Receipts;
     if (json) return Output::Json;
     return quiet ? Output::Quiet : Output::Words;
   }
@@ -68,6 +75,11 @@ void addOutput(CLI::App& command, Arguments& arguments,
                const char* quietHelp = "Print nothing but errors") {
   addFlag(command, "--json", arguments.json, "Print one JSON object instead");
   addFlag(command, "--quiet", arguments.quiet, quietHelp);
+}
+
+void addReceipts(CLI::App& command, Arguments& arguments) {
+  addFlag(command, "--receipts", arguments.receipts,
+          "Print one JSON object with the receipt of each delivery instead");
 }
 
 void addDescription(CLI::App& command, Arguments& arguments) {
@@ -114,6 +126,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
       ->type_name("URL");
   addEscape(*send, arguments);
   addOutput(*send, arguments);
+  addReceipts(*send, arguments);
 
   CLI::App* save =
       addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
@@ -152,29 +165,48 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
   addFlag(*run, "--save", options.save, "Save the report without sending it");
   addEscape(*run, arguments);
   addOutput(*run, arguments);
+  addReceipts(*run, arguments);
 }
 
 void addStoreCommands(CLI::App& app, Arguments& arguments) {
-  CLI::App* resend =
-      addCommand(app, arguments, "resend", "Send the saved reports",
-                 "  $ ztreport resend --customer Kelvane\n"
-                 "  $ ztreport resend --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
-                 [&] { return tools::resend(serverUrl(arguments), arguments.output()); });
+  CLI::App* resend = addCommand(
+      app, arguments, "resend", "Send the saved reports",
+      "  $ ztreport resend --customer Kelvane\n"
+      "  $ ztreport resend --config-url http://127.0.0.1:8025/reporting/kelvane.xml\n"
+      "  $ ztreport resend --customer Kelvane --skip-unsendable --retry",
+      [&] { return tools::resend(serverUrl(arguments), arguments.resend, arguments.output()); });
   addServer(*resend, arguments);
+  addFlag(*resend, "--skip-unsendable", arguments.resend.skipUnsendable,
+          "Skip reports that are not accepted, and set them aside after five tries");
+  addFlag(*resend, "--retry", arguments.resend.retry,
+          "Also wait and try again until nothing is left that can be sent");
+  resend->add_option("--limit", arguments.resend.limit, "Number of reports to try at most")
+      ->type_name("N")
+      ->check(CLI::PositiveNumber);
   addOutput(*resend, arguments);
+  addReceipts(*resend, arguments);
 
   CLI::App* store = addCommand(
       app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
       "  $ ztreport store --app-name Setup\n"
       "  $ ztreport store --set-aside '{0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr'",
       [&] {
+        if (arguments.purge) return purge(arguments.olderThanDays, arguments.output());
         return arguments.setAside ? setAside(*arguments.setAside, arguments.output())
                                   : listStore(arguments.output());
       });
-  store
-      ->add_option("--set-aside", arguments.setAside,
-                   "Move this saved report, which may block all others, to the folder set-aside")
-      ->type_name("FILE");
+  CLI::Option* setAsideOption =
+      store
+          ->add_option(
+              "--set-aside", arguments.setAside,
+              "Move this saved report, which may block all others, to the folder set-aside")
+          ->type_name("FILE");
+  CLI::Option* purge = store->add_flag("--purge", arguments.purge,
+                                       "Remove the saved reports, also those that resend gave up");
+  purge->disable_flag_override()->excludes(setAsideOption);
+  store->add_option("--older", arguments.olderThanDays, "With --purge: only those of so many days")
+      ->type_name("DAYS")
+      ->needs(purge);
   addOutput(*store, arguments, "Print only the reports that cannot be sent");
 
   CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",
@@ -234,6 +266,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);
   app.fallthrough();
+  addFlag(app, "-v", arguments.logs, "Print the library's log on standard error");
   app.add_option("--app-name", arguments.appName, "Name of the program that reports")
       ->capture_default_str();
   app.add_option("--app-version", arguments.appVersion, "Version of the program that reports")
@@ -274,6 +307,7 @@ Exit runCommandLine(int argc, const char* const* argv) {
     throw Failure(Exit::WrongInput, usageMessage(app, error));
   }
   try {
+    if (arguments.logs) ZtHost::setLogHandler(ZtLogToStderr);
     setHost(arguments.appName, arguments.appVersion);
     ZtHost::setValueEscaping(arguments.escape);
     return arguments.command();

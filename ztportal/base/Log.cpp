@@ -6,6 +6,8 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
+#include <cstddef>
+#include <functional>
 #include <memory>
 #include <utility>
 
@@ -28,6 +30,10 @@ constinit std::atomic<bool> hasHandler = false;
 /// Whether the handler is running on this thread.
 constinit thread_local bool isLogging = false;
 
+/// Hash values of the messages that are passed only once. Two that share a place may be passed
+/// again.
+constinit std::array<std::atomic<std::size_t>, 256> passedMessages{};
+
 /// `message` in one line, whatever names and paths it contains.
 std::string oneLine(std::string_view message) {
   std::string line(message);
@@ -44,6 +50,7 @@ void setLogHandler(ZtLogHandler handler) {
   const bool isGiven = handler != nullptr;
   currentHandler().store(isGiven ? std::make_shared<const ZtLogHandler>(std::move(handler))
                                  : nullptr);
+  for (std::atomic<std::size_t>& passed : passedMessages) passed = 0;
   hasHandler = isGiven;
 }
 
@@ -62,6 +69,11 @@ void passToLog(ZtLogLevel level, std::string_view module, std::string_view messa
   }
   isLogging = false;
   errno = error;
+}
+
+bool isNewToLog(std::string_view message) noexcept {
+  const std::size_t hash = std::hash<std::string_view>()(message);
+  return passedMessages.at(hash % passedMessages.size()).exchange(hash) != hash;
 }
 
 }  // namespace zt

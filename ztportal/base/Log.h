@@ -17,6 +17,9 @@ bool hasLogHandler() noexcept;
 /// Passes a message to the handler. `errno` stays.
 void passToLog(ZtLogLevel level, std::string_view module, std::string_view message) noexcept;
 
+/// Whether the handler has not been asked about `message` before.
+bool isNewToLog(std::string_view message) noexcept;
+
 /// Logs the message that consists of `parts`, which are texts. Costs one atomic read without a
 /// handler. Not to be called inside a lock.
 ///
@@ -30,6 +33,20 @@ void log(ZtLogLevel level, std::string_view module, const Parts&... parts) noexc
     passToLog(level, module, message);
   } catch (const std::bad_alloc&) {
     passToLog(level, module, "no memory for a message");
+  }
+}
+
+/// The same for what is wrong with the machine, which every report would meet again: the handler
+/// gets the message only once.
+template <class... Parts>
+void logOnce(ZtLogLevel level, std::string_view module, const Parts&... parts) noexcept {
+  if (!hasLogHandler()) return;
+  try {
+    std::string message;
+    appendText(message, parts...);
+    if (isNewToLog(message)) passToLog(level, module, message);
+  } catch (const std::bad_alloc&) {
+    // The next report meets it again.
   }
 }
 

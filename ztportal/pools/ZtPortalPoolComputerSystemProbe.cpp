@@ -11,6 +11,7 @@
 #include <system_error>
 #include <vector>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
@@ -48,12 +49,21 @@ bool isUserAdmin() {
   // The path is not quoted: the directory service has always got this very command.
   std::string home = zt::homeFolder();
   if (!isPlain(home)) home = zt::homeOfUserDatabase();
-  if (!isPlain(home)) return false;
+  if (!isPlain(home)) {
+    zt::logOnce(
+        ZtLogLevel::Warning, "inventory",
+        "the user's rights are unknown: the path of the home folder needs quotes in a shell");
+    return false;
+  }
   std::string command;
   zt::appendText(command, "dscl . -read ", home, " PrimaryGroupID | awk '{ print $2 }'");
   const std::string output =
       Platform::current().subprocesses().output("/bin/bash", {"-c", command});
   const std::string_view group = zt::trimmed(output);
+  if (group.empty()) {
+    zt::log(ZtLogLevel::Warning, "inventory",
+            "the user's rights are unknown: dscl is missing or does not know the home folder");
+  }
   return group == "80" || group == "20";
 }
 
@@ -172,15 +182,18 @@ void ZtPortalPoolComputerSystem::checkComputerSystem() try {
                 [this](const auto&... application) { addEMailClient(application...); });
   eachInstalled(applications, kBrowsers, kBrowserUrl,
                 [this](const auto&... application) { addBrowser(application...); });
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
   // The values that were found before stay.
+  zt::log(ZtLogLevel::Warning, "inventory", "the inventory is incomplete: ", error.reason().view());
 } catch (const std::bad_alloc&) {
-  // The same.
+  zt::log(ZtLogLevel::Warning, "inventory", "the inventory is incomplete: not enough memory");
 }
 
 bool ZtPortalPoolComputerSystem::_isCurrentUserAnAdmin() const try {
   return isUserAdmin();
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Warning, "inventory",
+          "the user's rights are unknown: ", error.reason().view());
   return false;
 }
 

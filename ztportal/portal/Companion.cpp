@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
@@ -27,9 +28,11 @@ std::optional<ZtString> testModeEntry(const std::string& bundlePath) {
   if (!path) return std::nullopt;
   const std::optional<std::string> content =
       Platform::current().files().read(*path, kSettingsFileLimit);
-  if (!content) return std::nullopt;
-  const auto entries = parsePropertyList(*content);
-  if (!entries) return std::nullopt;
+  const auto entries = content ? parsePropertyList(*content) : std::nullopt;
+  if (!entries) {
+    logOnce(ZtLogLevel::Warning, "configuration", *path, " cannot be read as a property list");
+    return std::nullopt;
+  }
   const auto entry = entries->find("ztTestMode");
   if (entry == entries->end()) return std::nullopt;
   return entry->second;
@@ -51,10 +54,13 @@ bool testModeIsOn() try {
     const std::optional<ZtString> entry = testModeEntry(bundle);
     if (!entry) continue;
     if (entry->isNull()) return false;
-    if (*entry == "1") return true;
+    if (*entry != "1") continue;
+    logOnce(ZtLogLevel::Info, "configuration", bundle, " has switched the test mode on");
+    return true;
   }
   return false;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  log(ZtLogLevel::Warning, "configuration", "companions cannot be found: ", error.reason().view());
   return false;
 }
 
@@ -66,7 +72,8 @@ void broadcastRequest(const ZtString& request) try {
        {"date", shortDateAndTime(ZtDate::now())},
        {"request", request}});
 } catch (const std::bad_alloc&) {
-  // Without memory there is no notification, but the request may still be sent.
+  // The request may still be sent.
+  log(ZtLogLevel::Warning, "broadcast", "not broadcast: not enough memory");
 }
 
 }  // namespace zt

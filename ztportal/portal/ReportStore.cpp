@@ -2,6 +2,7 @@
 
 #include <cerrno>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
@@ -14,6 +15,11 @@ namespace {
 constexpr std::string_view kReportsFolder = "reports";
 constexpr std::string_view kReportEnding = ".ztr";
 
+/// Says what did not work with `path`, with the reason in `errno`.
+void logFailure(const std::string& path, const char* what) {
+  log(ZtLogLevel::Warning, "store", path, what, ": ", std::generic_category().message(errno));
+}
+
 }  // namespace
 
 std::optional<ReportStore> ReportStore::open() {
@@ -21,7 +27,10 @@ std::optional<ReportStore> ReportStore::open() {
   const std::optional<std::string> host = hostFolder();
   if (!host) return std::nullopt;
   std::string folder = joinedPath(*host, kReportsFolder);
-  if (!Platform::current().files().createPrivateFolders(folder)) return std::nullopt;
+  if (!Platform::current().files().createPrivateFolders(folder)) {
+    logFailure(folder, " cannot be created");
+    return std::nullopt;
+  }
   return ReportStore(std::move(folder));
 }
 
@@ -46,13 +55,20 @@ std::vector<std::string> ReportStore::filesIn(const std::string& folder) {
   Files& files = Platform::current().files();
   std::vector<std::string> paths;
   if (!files.isFolder(folder)) return paths;
-  for (const std::string& name : files.list(folder).value_or(std::vector<std::string>())) {
+  const auto names = files.list(folder);
+  if (!names) {
+    logFailure(folder, " cannot be listed");
+    return paths;
+  }
+  for (const std::string& name : *names) {
     if (name.ends_with(kReportEnding)) paths.push_back(joinedPath(folder, name));
   }
   return paths;
 }
 
-void ReportStore::remove(const std::string& file) { Platform::current().files().remove(file); }
+void ReportStore::remove(const std::string& file) {
+  if (!Platform::current().files().remove(file)) logFailure(file, " cannot be removed");
+}
 
 std::optional<std::string> ReportStore::request(const std::string& file, std::string* problem) {
   const std::optional<std::string> content =

@@ -33,7 +33,7 @@ class ReportStore {
   std::vector<std::string> files() const { return filesIn(_folder); }
   /// Paths of the files in `folder` that have the ending of a saved report.
   static std::vector<std::string> filesIn(const std::string& folder);
-  /// Failures are silent.
+  /// Failures are logged only.
   static void remove(const std::string& file);
   /// The request in a saved report: its XML parsed and written back in UTF-8. Nothing when the
   /// file cannot be read or is not well-formed; then `problem`, unless it is null, says why.

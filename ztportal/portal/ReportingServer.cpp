@@ -10,6 +10,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/base/ZtException.h"
@@ -46,7 +47,11 @@ std::shared_ptr<ZtXMLDocument> localConfiguration() {
   appendText(path, ZtString().printed(), APP_CONFIGURATIONFILE.view());
   const std::optional<std::string> content =
       Platform::current().files().read(path, kSettingsFileLimit);
-  return content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
+  auto document = content ? ZtXMLDocument::parseFileContent(*content) : nullptr;
+  log(ZtLogLevel::Debug, "configuration",
+      document != nullptr ? "the local copy is used"
+                          : "there is no local copy that is well-formed XML");
+  return document;
 }
 
 /// The name of the response element and the word "true" may be anywhere, because servers word the
@@ -66,6 +71,9 @@ std::string withoutCredentials(std::string_view url) {
   if (end != std::string_view::npos) shown.erase(start, end + 1);
   return shown;
 }
+
+constexpr const char* kNoConfiguration = "There is no configuration with a URL for reports";
+constexpr const char* kNoVersion = "The server has not told its version";
 
 /// The sentence is cut off when memory runs out: what became of the report is more important.
 template <class... Parts>
@@ -109,10 +117,16 @@ void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& respons
 }  // namespace
 
 void ReportingServer::connect(bool tryLocalCopy) {
-  if (readConfiguration(tryLocalCopy)) _online = !readVersion().empty();
+  const bool isRead = readConfiguration(tryLocalCopy);
+  if (isRead) _online = !readVersion().empty();
+  // A host may want no server, and then gives no URL.
+  if ((isRead && _online) || _configurationUrl.empty()) return;
+  log(ZtLogLevel::Warning, "configuration", isRead ? kNoVersion : kNoConfiguration,
+      _connection.message.empty() ? "" : ": ", _connection.message);
 }
 
 bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
+  _connection = {};
   std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
   if (document == nullptr) {
     const ZtString response = exchange(_configurationUrl, nullptr, _options, &_connection);
@@ -156,8 +170,11 @@ ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& reque
     receipt.outcome = ZtDeliveryOutcome::Accepted;
     receipt.error = ZtDeliveryError::NoError;
     say(receipt.message, "The server has accepted the report.");
+    log(ZtLogLevel::Info, "report", "accepted by ", receipt.url);
   } else if (target.empty()) {
     return notSent();
+  } else {
+    log(ZtLogLevel::Warning, "report", "not accepted by ", receipt.url, ": ", receipt.message);
   }
   return receipt;
 }
@@ -223,14 +240,13 @@ ZtDelivery ReportingServer::notSent() const {
     receipt.outcome = ZtDeliveryOutcome::NoTestUrl;
     receipt.error = ZtDeliveryError::Content;
     say(receipt.message, "Test mode is on, and the configuration has no URL for it.");
-    return receipt;
+  } else {
+    receipt.outcome = ZtDeliveryOutcome::Offline;
+    receipt.error = _connection.error;
+    say(receipt.message, _gotConfiguration ? kNoVersion : kNoConfiguration,
+        _connection.message.empty() ? "." : ": ", _connection.message);
   }
-  receipt.outcome = ZtDeliveryOutcome::Offline;
-  receipt.error = _connection.error;
-  say(receipt.message,
-      _gotConfiguration ? "The server has not told its version"
-                        : "There is no configuration with a URL for reports",
-      _connection.message.empty() ? "." : ": ", _connection.message);
+  log(ZtLogLevel::Warning, "report", "not sent: ", receipt.message);
   return receipt;
 }
 

@@ -178,6 +178,8 @@ class StoreSender {
     ZtDelivery delivery;
     auto request = ReportStore::request(report.path, &delivery.message);
     if (!request) {
+      // Without the problem, which may quote a value.
+      log(ZtLogLevel::Warning, "store", report.path, " is skipped, because it cannot be sent");
       delivery.outcome = ZtDeliveryOutcome::Unreadable;
       delivery.error = ZtDeliveryError::File;
       return delivery;
@@ -269,7 +271,7 @@ class StoreSender {
     if (_options.attempts == 0 || ++_state.failures(report.path) < _options.attempts) return;
     if (!_store.setAside(report)) return;
     log(ZtLogLevel::Warning, "store", "set aside after ", std::to_string(_options.attempts),
-        " failures: ", report.path, ": ", delivery.message);
+        " failures: ", report.path);
     delivery.savedTo.clear();
     _state.forget(report.path);
     ++_result.setAside;

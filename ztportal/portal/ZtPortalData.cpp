@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
@@ -61,6 +62,7 @@ ZtString orMissing(const std::optional<std::string>& text) {
 }
 
 constexpr const char* kNoMemory = "out of memory";
+constexpr const char* kNoText = "the report has no text: ";
 
 /// `to` is empty afterwards if there is no memory for `text`.
 void assign(std::string& to, const char* text) noexcept {
@@ -75,6 +77,15 @@ void assign(std::string& to, const char* text) noexcept {
 void fail(ZtDelivery& delivery, ZtDeliveryError error, const char* message) noexcept {
   delivery.error = error;
   assign(delivery.message, message);
+  zt::log(ZtLogLevel::Warning, "report", "not sent: ", message);
+}
+
+void logSaved(const ZtDelivery& delivery) noexcept {
+  if (!delivery.savedTo.empty()) {
+    zt::log(ZtLogLevel::Info, "store", "saved in ", delivery.savedTo);
+  } else {
+    zt::log(ZtLogLevel::Error, "store", "the report cannot be saved: ", delivery.saveError);
+  }
 }
 
 }  // namespace
@@ -87,6 +98,7 @@ std::shared_ptr<ZtPortalData> ZtPortalData::initWithValues(const ZtString& confi
   return std::make_shared<ZtPortalData>(Creation{}, configurationUrl, cacheConfiguration,
                                         customerId, applicationId, applicationVersion);
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", "there is no report: ", kNoMemory);
   return nullptr;
 }
 
@@ -115,7 +127,8 @@ std::shared_ptr<Pool> ZtPortalData::_addPool(const Arguments&... arguments) try 
   auto pool = Pool::initWithValues(arguments...);
   _pools.push_back(pool);
   return pool;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Error, "report", "a pool was not added: ", error.name().view());
   return nullptr;
 }
 
@@ -164,12 +177,14 @@ const std::shared_ptr<ZtPortalPool>& ZtPortalData::_pool(std::int32_t index) con
 // Request text.
 
 std::string ZtPortalData::getSoapString() try { return _request(); } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", kNoText, kNoMemory);
   return "";
 }
 
 std::string ZtPortalData::generateXml(const ZtString& /*text*/, bool soap) const try {
   return _text(soap);
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", kNoText, kNoMemory);
   return "";
 }
 
@@ -182,7 +197,9 @@ std::string ZtPortalData::_request() {
 std::string ZtPortalData::_text(bool soap) const try {
   return zt::reportText({_reportId, _machineId, _customerId, _applicationId, _applicationVersion},
                         _pools, soap);
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  // Without the reason, which may contain a value of the host's own field.
+  zt::log(ZtLogLevel::Error, "report", kNoText, "a field has failed with ", error.name().view());
   return "";
 }
 
@@ -273,11 +290,16 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
   if (path.isNull() || zt::consentIsRevoked()) return false;
   std::string request = _request();
   if (!zt::passesRequestHook(request)) return false;
-  zt::Platform::current().files().write(std::string(path.view()), request);
+  if (!zt::Platform::current().files().write(std::string(path.view()), request)) {
+    zt::log(ZtLogLevel::Error, "report", path.view(),
+            " cannot be written: ", std::generic_category().message(errno));
+  }
   return false;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Error, "report", path.view(), " cannot be written: ", error.what());
   return false;
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", path.view(), " cannot be written: ", kNoMemory);
   return false;
 }
 
@@ -304,12 +326,15 @@ void ZtPortalData::_save() try {
     assign(_delivery.message,
            error ? "The report could not be saved." : "The report was saved without sending it.");
   }
+  logSaved(_delivery);
 } catch (const ZtException& error) {
   _delivery.saveErrorNumber = EIO;
   assign(_delivery.saveError, error.what());
+  logSaved(_delivery);
 } catch (const std::bad_alloc&) {
   _delivery.saveErrorNumber = ENOMEM;
   assign(_delivery.saveError, kNoMemory);
+  logSaved(_delivery);
 }
 
 bool ZtPortalData::sendSavedReports() try {
@@ -322,9 +347,11 @@ bool ZtPortalData::sendSavedReports() try {
     _delivery.savedTo.clear();
   }
   return false;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Warning, "store", "the saved reports are not sent: ", error.what());
   return false;
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Warning, "store", "the saved reports are not sent: ", kNoMemory);
   return false;
 }
 
@@ -342,7 +369,9 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
   const auto saved = file.empty() ? std::nullopt : zt::ReportStore::request(file);
   if (!saved) {
     _delivery.outcome = ZtDeliveryOutcome::Unreadable;
-    fail(_delivery, ZtDeliveryError::File, "The file cannot be read or is not well-formed XML.");
+    _delivery.error = ZtDeliveryError::File;
+    assign(_delivery.message, "The file cannot be read or is not well-formed XML.");
+    zt::log(ZtLogLevel::Warning, "store", file, " is not sent: ", _delivery.message);
     return false;
   }
   const ZtString request = _afterHook(*saved);
@@ -368,7 +397,8 @@ ZtString ZtPortalData::reportFolder() { return _getReportFolder(); }
 
 std::vector<std::string> ZtPortalData::runningCompanions() try {
   return zt::runningCompanions();
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Warning, "configuration", "companions cannot be found: ", error.what());
   return {};
 }
 

@@ -141,11 +141,7 @@ std::string ZtSavedReport::problem() const try {
 }
 
 ZtReportStore::ZtReportStore() {
-  if (const auto store = zt::ReportStore::open()) {
-    _folder = store->folder();
-  } else {
-    zt::log(ZtLogLevel::Warning, "store", "the folder of the reports cannot be created");
-  }
+  if (const auto store = zt::ReportStore::open()) _folder = store->folder();
 }
 
 std::vector<ZtSavedReport> ZtReportStore::list() const {

@@ -3,6 +3,7 @@
 #include <array>
 #include <new>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/system/ZtHost.h"
@@ -57,10 +58,14 @@ void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
 std::shared_ptr<ZtReport> ZtReport::initWithCustomerAndGuid(const ZtString& customer,
                                                             const ZtString& guid) try {
   const Customer* const row = customerWithId(customer);
-  if (row == nullptr) return nullptr;
+  if (row == nullptr) {
+    zt::log(ZtLogLevel::Error, "report", "there is no report: the customer is unknown");
+    return nullptr;
+  }
   return std::make_shared<ZtReport>(Creation{}, guid.empty() ? row->defaultApplicationId : guid,
                                     row->id, row->url);
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", "there is no report: not enough memory");
   return nullptr;
 }
 
@@ -81,7 +86,7 @@ void ZtReport::startReport(const ZtString& startPoint) try {
   _poolExecution->setStartPoint(startPoint);
   _poolExecution->setStartTime(ZtDate::now());
 } catch (const std::bad_alloc&) {
-  // There is no execution pool then.
+  zt::log(ZtLogLevel::Error, "report", "the report has no execution pool: not enough memory");
 }
 
 void ZtReport::stopReport(const ZtString& endPoint) {
@@ -91,6 +96,10 @@ void ZtReport::stopReport(const ZtString& endPoint) {
 }
 
 bool ZtReport::sendReport(bool send) try {
+  const auto hasFacts = [](const auto& facts) { return facts != nullptr && !facts->empty(); };
+  if (_poolExecution == nullptr && (hasFacts(_installDataString) || hasFacts(_installDataBOOL))) {
+    zt::log(ZtLogLevel::Error, "report", "the facts are lost, because the run was not started");
+  }
   moveFacts(_installDataString, [this](const std::string& name, const ZtString& value) {
     if (_poolExecution != nullptr) _poolExecution->addString(name, value);
   });
@@ -101,9 +110,11 @@ bool ZtReport::sendReport(bool send) try {
   if (send) return _data != nullptr && _data->reportToServer();
   if (_data != nullptr) _data->saveReport();
   return true;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  zt::log(ZtLogLevel::Error, "report", "the report is lost: ", error.name().view());
   return false;
 } catch (const std::bad_alloc&) {
+  zt::log(ZtLogLevel::Error, "report", "the report is lost: not enough memory");
   return false;
 }
 

@@ -1,5 +1,9 @@
 #include "ztportal/system/HostFolder.h"
 
+#include <cerrno>
+#include <system_error>
+
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/process/ProgramPath.h"
@@ -13,10 +17,16 @@ namespace {
 /// of the executable file.
 std::optional<std::string> nameOfHostFolder() {
   const ZtString name = ZtHost::bundleInfo("CFBundleName");
-  if (name.isNull()) return std::nullopt;
+  if (name.isNull()) {
+    logOnce(ZtLogLevel::Warning, "store", "there is no store, because the host has no name");
+    return std::nullopt;
+  }
   if (isFileName(name.view())) return joinedPath(vendorName().view(), name.view());
   const std::string executable = executablePath();
-  return joinedPath(vendorName().view(), executable.substr(executable.rfind('/') + 1));
+  const std::string replacement = executable.substr(executable.rfind('/') + 1);
+  logOnce(ZtLogLevel::Warning, "store",
+          "the name of the host is not one of a folder; the store of ", replacement, " is used");
+  return joinedPath(vendorName().view(), replacement);
 }
 
 }  // namespace
@@ -24,10 +34,15 @@ std::optional<std::string> nameOfHostFolder() {
 std::optional<std::string> supportFolder(std::int16_t domain, std::string_view relativePath) {
   Platform& platform = Platform::current();
   const std::optional<std::string> root = platform.supportFolder().path(domain);
-  if (!root || !platform.files().createFolders(*root)) return std::nullopt;
+  if (!root) return std::nullopt;
   std::string path = joinedPath(*root, relativePath);
-  if (!platform.files().exists(path) && !platform.files().createFolders(path)) return std::nullopt;
-  return path;
+  if (platform.files().createFolders(*root) &&
+      (platform.files().exists(path) || platform.files().createFolders(path))) {
+    return path;
+  }
+  logOnce(ZtLogLevel::Warning, "store", "the folder ", path,
+          " cannot be created: ", std::generic_category().message(errno));
+  return std::nullopt;
 }
 
 std::optional<std::string> hostFolder() {

@@ -1,5 +1,6 @@
 #include "ztportal/system/ZtHost.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -30,11 +31,13 @@ ZtAtomic<std::shared_ptr<const ZtTransportOptions>>& givenTransportOptions() {
 }
 
 const Info& mainBundleInfo() {
-  static const auto* const info = [] {
-    const std::optional<zt::Bundle> bundle = zt::Bundle::above(zt::executablePath());
-    return new Info(bundle ? bundle->info() : Info());
-  }();
-  return *info;
+  // Not a static object: a handler that is told about the bundle may ask for this meanwhile.
+  static constinit std::atomic<const Info*> known{nullptr};
+  if (const Info* info = known.load()) return *info;
+  const std::optional<zt::Bundle> bundle = zt::Bundle::above(zt::executablePath());
+  auto info = std::make_unique<const Info>(bundle ? bundle->info() : Info());
+  const Info* first = nullptr;
+  return known.compare_exchange_strong(first, info.get()) ? *info.release() : *first;
 }
 
 ZtString executableName() {

@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
+#include "tests/support/CollectedLog.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/system/ZtHost.h"
 
@@ -13,44 +13,47 @@ namespace zt::test {
 
 namespace {
 
+using testing::ElementsAre;
+
 class LogTest : public testing::Test {
  protected:
   void TearDown() override { ZtHost::setLogHandler(nullptr); }
-
-  /// Collects what is logged from now on, one line for each message.
-  void collect() {
-    ZtHost::setLogHandler([this](ZtLogLevel level, std::string_view module, std::string_view text) {
-      std::string line = std::to_string(static_cast<int>(level)) + " ";
-      appendText(line, module, " ", text);
-      lines_.push_back(line);
-    });
-  }
-
-  std::vector<std::string> lines_;
 };
 
-TEST_F(LogTest, IsOffUntilThereIsAHandler) {
+TEST_F(LogTest, IsOffWithoutAHandler) {
   EXPECT_FALSE(hasLogHandler());
   log(ZtLogLevel::Error, "store", "nobody hears this");
-  collect();
-  EXPECT_TRUE(hasLogHandler());
-  ZtHost::setLogHandler(nullptr);
+  {
+    const CollectedLog logged;
+    EXPECT_TRUE(hasLogHandler());
+    EXPECT_THAT(logged.lines(), ElementsAre());
+  }
   EXPECT_FALSE(hasLogHandler());
-  EXPECT_EQ(lines_, std::vector<std::string>());
 }
 
 TEST_F(LogTest, PassesLevelModuleAndMessage) {
-  collect();
+  const CollectedLog logged;
   log(ZtLogLevel::Warning, "store", "cannot write ", "/x", ": ", std::string("No space left"));
-  EXPECT_THAT(lines_, testing::ElementsAre("2 store cannot write /x: No space left"));
+  EXPECT_THAT(logged.lines(), ElementsAre("warning store: cannot write /x: No space left"));
 }
 
 TEST_F(LogTest, AMessageIsOneLine) {
-  collect();
+  const CollectedLog logged;
   log(ZtLogLevel::Info, "store",
       "a\nb\r\t\x7f"
       "c\xC3\xA4");
-  EXPECT_THAT(lines_, testing::ElementsAre("1 store a?b???c\xC3\xA4"));
+  EXPECT_THAT(logged.lines(), ElementsAre("info store: a?b???c\xC3\xA4"));
+}
+
+TEST_F(LogTest, AHandlerHearsAStateOfTheMachineOnce) {
+  for (int handler = 0; handler < 2; ++handler) {
+    const CollectedLog logged;
+    for (const char* bus : {"one", "another", "one"}) {
+      logOnce(ZtLogLevel::Info, "broadcast", "no bus: ", bus);
+    }
+    EXPECT_THAT(logged.lines(),
+                ElementsAre("info broadcast: no bus: one", "info broadcast: no bus: another"));
+  }
 }
 
 TEST_F(LogTest, AHandlerMayUseTheLibraryAndThrow) {
@@ -64,9 +67,9 @@ TEST_F(LogTest, AHandlerMayUseTheLibraryAndThrow) {
   log(ZtLogLevel::Info, "store", "first");
   log(ZtLogLevel::Info, "store", "second");
   EXPECT_EQ(calls, 1);
-  collect();
+  const CollectedLog logged;
   log(ZtLogLevel::Info, "store", "third");
-  EXPECT_THAT(lines_, testing::ElementsAre("1 store third"));
+  EXPECT_THAT(logged.lines(), ElementsAre("info store: third"));
 }
 
 TEST_F(LogTest, LeavesErrno) {

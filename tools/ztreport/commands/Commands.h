@@ -43,9 +43,16 @@ ZtString configurationUrlOf(const std::string& customer);
 /// The customers that the library knows: "Kelvane, Norvantel, …".
 std::string customerNames();
 
+struct ResendOptions {
+  bool skipUnsendable = false;
+  bool retry = false;
+  std::size_t limit = 0;  // how many reports are tried; 0: all
+};
+
 /// Sends the saved reports, and prints how many were sent and how many are left, and on standard
 /// error which one was not accepted and why. A terminal at standard error shows the progress.
-Exit resend(const std::string& configurationUrl, Output output);
+/// Ends with the first report that is not accepted, unless it may skip such reports or try again.
+Exit resend(const std::string& configurationUrl, const ResendOptions& options, Output output);
 
 /// Prints one line for each saved report, in the order of sending: name, size, age, and whether it
 /// can be sent or why not. `Quiet`: only those that cannot be sent.
@@ -54,6 +61,9 @@ Exit listStore(Output output);
 /// beside the store's folder, and prints its new path. Nothing there is replaced: a number is added
 /// to a name that is taken.
 Exit setAside(const std::string& file, Output output);
+/// Removes the saved reports that are at least `days` old, also those that `resend` has given up,
+/// and prints their number. Throws a `Failure` when some cannot be removed.
+Exit purge(unsigned days, Output output);
 
 /// Prints a report's text as a tree, or as a report description that renders as the same text
 /// again. `file` can also be the name or ID of a saved report.

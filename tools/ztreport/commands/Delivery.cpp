@@ -1,5 +1,7 @@
 #include "tools/ztreport/commands/Delivery.h"
 
+#include <array>
+#include <chrono>
 #include <optional>
 
 #include "tools/ztreport/commands/InputOutput.h"
@@ -33,6 +35,35 @@ std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
   if (const std::optional<Fault> fault = versionFault(url)) return server + fault->reason;
   return server + "no complete response to the report of " + std::to_string(size) +
          " bytes, although the server responds now";
+}
+
+Json jsonOf(const ZtDelivery& delivery) {
+  // In the order of the enumerations.
+  constexpr std::array<const char*, 11> kOutcomes{
+      "not sent", "accepted",    "refused",    "invalid response", "unreachable", "timed out",
+      "offline",  "no test URL", "no consent", "dropped",          "unreadable"};
+  constexpr std::array<const char*, 15> kErrors{
+      "none",     "library",  "address", "name lookup", "proxy", "connection", "tls",   "timeout",
+      "transfer", "redirect", "status",  "content",     "file",  "host",       "memory"};
+  const auto milliseconds = [](std::chrono::microseconds time) {
+    return std::chrono::duration<double, std::milli>(time).count();
+  };
+  return {{"outcome", kOutcomes.at(static_cast<std::size_t>(delivery.outcome))},
+          {"error", kErrors.at(static_cast<std::size_t>(delivery.error))},
+          {"httpStatus", delivery.httpStatus},
+          {"message", delivery.message},
+          {"url", delivery.url},
+          {"requestBytes", delivery.requestBytes},
+          {"responseBytes", delivery.responseBytes},
+          {"lookupTime", milliseconds(delivery.lookupTime)},
+          {"connectTime", milliseconds(delivery.connectTime)},
+          {"tlsTime", milliseconds(delivery.tlsTime)},
+          {"responseTime", milliseconds(delivery.responseTime)},
+          {"totalTime", milliseconds(delivery.totalTime)},
+          {"retryAfterSeconds", std::int64_t{delivery.retryAfter.count()}},
+          {"savedTo", delivery.savedTo},
+          {"saveError", delivery.saveError},
+          {"saveErrorNumber", delivery.saveErrorNumber}};
 }
 
 }  // namespace zt::tools

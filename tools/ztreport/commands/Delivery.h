@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <string>
 
+#include "tools/common/Json.h"
 #include "ztportal/ztportal.h"
 
 // What the commands that send say about it.
@@ -15,5 +16,8 @@ void checkConfigurationUrl(const std::string& url);
 /// Why the report of `size` bytes that `document` sent last was not accepted. Where there was no
 /// response, asks the server again, but never sends the report a second time.
 std::string whyNotAccepted(ZtPortalData& document, std::size_t size);
+
+/// A receipt as an object: its members by their names, times in milliseconds.
+Json jsonOf(const ZtDelivery& delivery);
 
 }  // namespace zt::tools

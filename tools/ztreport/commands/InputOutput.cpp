@@ -47,7 +47,7 @@ void print(const std::string& text) {
 void tell(Output output, const std::string& words, const Json& object) {
   constexpr int kIndent = 2;
   if (output == Output::Words) print(words + "\n");
-  if (output == Output::Json) print(object.text(kIndent) + "\n");
+  if (output == Output::Json || output == Output::Receipts) print(object.text(kIndent) + "\n");
 }
 
 void complain(const std::string& message) {

@@ -36,8 +36,9 @@ class WrongUsage : public Failure {
 /// How a command tells what it did.
 enum class Output {
   Words,
-  Json,   ///< one object
-  Quiet,  ///< not at all
+  Json,      ///< one object
+  Receipts,  ///< the same, with the receipt of each delivery
+  Quiet,     ///< not at all
 };
 
 /// Name of a file in messages: its path, or "standard input" for "-".

@@ -1,10 +1,12 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <system_error>
@@ -64,21 +66,87 @@ std::string whyStopped(ZtPortalData& document, const std::string& file) {
          "; ztreport store --set-aside can move it out of the way";
 }
 
+/// What `ZtReportStore::send` has ended with, if that needs a word.
+std::string reasonOf(const ZtSendResult& result) {
+  constexpr std::array<const char*, 8> kReasons{"",
+                                                "",
+                                                "",
+                                                "the server cannot be reached",
+                                                "the server asks to try again later",
+                                                "another process is sending the reports",
+                                                "the store's folder cannot be used",
+                                                "the user has revoked the consent"};
+  std::string reason = kReasons.at(static_cast<std::size_t>(result.end));
+  if (result.retryAfter.count() > 0) {
+    reason += ", in " + std::to_string(result.retryAfter.count()) + " seconds";
+  }
+  return reason;
+}
+
+/// Sends the reports so that none of them keeps others back.
+Exit resendAll(const std::string& configurationUrl, const ResendOptions& options, Output output) {
+  const ZtReportStore store;
+  std::size_t tried = 0;
+  std::size_t accepted = 0;
+  std::map<std::string, std::string> reasons;  // the last one for each file
+  Json deliveries = Json::array();
+  ZtSendOptions sending;
+  sending.configurationUrl = configurationUrl;
+  sending.retry = options.retry;
+  ZtSendResult result;
+  {
+    const Progress progress(store.list().size(), output != Output::Quiet);
+    sending.progress = [&](const ZtSavedReport& report, const ZtDelivery& delivery) {
+      if (delivery.outcome == ZtDeliveryOutcome::Accepted) {
+        progress.show(++accepted);
+        reasons.erase(report.path);
+      } else {
+        reasons[report.path] = delivery.message;
+      }
+      if (output == Output::Receipts) {
+        deliveries.push_back({{"file", report.path}, {"delivery", jsonOf(delivery)}});
+      }
+      return ++tried != options.limit;
+    };
+    result = store.send(sending);
+  }
+  for (const auto& [file, reason] : reasons) complain(file + ": not sent: " + reason);
+  const std::string reason = reasonOf(result);
+  if (!reason.empty()) complain(reason);
+  Json object{{"sent", result.accepted}, {"setAside", result.setAside}, {"left", result.left}};
+  if (!reason.empty()) object["reason"] = reason;
+  if (output == Output::Receipts) object["deliveries"] = deliveries;
+  tell(output,
+       std::to_string(result.accepted) + " sent, " + std::to_string(result.setAside) +
+           " set aside, " + std::to_string(result.left) + " left",
+       object);
+  return result.left == 0 && result.setAside == 0 ? Exit::Done : Exit::NotAccepted;
+}
+
 }  // namespace
 
-Exit resend(const std::string& configurationUrl, Output output) {
+Exit resend(const std::string& configurationUrl, const ResendOptions& options, Output output) {
   checkConfigurationUrl(configurationUrl);
   requireConsent();
   const std::string folder = storeFolder();
-  const std::vector<std::string> paths = savedReportPaths(folder);
+  if (options.skipUnsendable || options.retry) return resendAll(configurationUrl, options, output);
+  std::vector<std::string> paths = savedReportPaths(folder);
+  if (options.limit != 0 && paths.size() > options.limit) paths.resize(options.limit);
 
   // ZtPortalData::sendSavedReports does the same, but does not say how many reports it sent.
   std::size_t sent = 0;
   std::shared_ptr<ZtPortalData> document;
+  Json deliveries = Json::array();
   if (!paths.empty()) {
     const Progress progress(paths.size(), output != Output::Quiet);
     document = ZtPortalData::initWithValues(configurationUrl, false, nullptr, nullptr, nullptr);
-    while (sent < paths.size() && document->sendSavedReport(paths[sent])) {
+    while (sent < paths.size()) {
+      const bool accepted = document->sendSavedReport(paths[sent]);
+      if (output == Output::Receipts) {
+        deliveries.push_back(
+            {{"file", paths[sent]}, {"delivery", jsonOf(document->lastDelivery())}});
+      }
+      if (!accepted) break;
       std::error_code ignored;
       std::filesystem::remove(paths[sent], ignored);
       progress.show(++sent);
@@ -91,6 +159,7 @@ Exit resend(const std::string& configurationUrl, Output output) {
     complain(file + ": " + reason);
     result["stoppedBy"] = {{"file", file}, {"reason", reason}};
   }
+  if (output == Output::Receipts) result["deliveries"] = deliveries;
   const std::size_t left = savedReportPaths(folder).size();
   result["left"] = left;
   tell(output, std::to_string(sent) + " sent, " + std::to_string(left) + " left", result);

@@ -59,8 +59,12 @@ void warnOfMalformedValues(ZtPortalData& document, Output output) {
 Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
   warnOfMalformedValues(document, output);
   const std::string id = text(document.reportId());
+  const auto tellResult = [&](const std::string& words, Json object) {
+    if (output == Output::Receipts) object["delivery"] = jsonOf(document.lastDelivery());
+    tell(output, words, object);
+  };
   if (accepted) {
-    tell(output, "accepted: " + id, {{"accepted", true}, {"reportId", id}});
+    tellResult("accepted: " + id, {{"accepted", true}, {"reportId", id}});
     return Exit::Done;
   }
   const std::string request = document.getSoapString();
@@ -72,8 +76,8 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
   }
   complain("not accepted: " + reason);
   const std::string file = text(document.reportFile());
-  tell(output, "saved: " + file,
-       {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
+  tellResult("saved: " + file,
+             {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
   return Exit::NotAccepted;
 }
 

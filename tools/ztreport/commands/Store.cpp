@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <limits>
@@ -137,6 +138,23 @@ Exit setAside(const std::string& file, Output output) {
     throw Failure(Exit::MachineFailed, shown((folder / name).string()) +
                                            ": cannot be set aside: " + std::strerror(errno));
   }
+}
+
+Exit purge(unsigned days, Output output) {
+  storeFolder();
+  const ZtReportStore store;
+  const auto newest = std::chrono::system_clock::now() - std::chrono::hours(24) * days;
+  std::size_t removed = 0;
+  std::size_t left = 0;
+  for (const auto& list : {store.list(), store.listUnsendable()}) {
+    for (const ZtSavedReport& report : list) {
+      if (report.time > newest) continue;
+      store.remove(report) ? ++removed : ++left;
+    }
+  }
+  tell(output, std::to_string(removed) + " removed", {{"removed", removed}});
+  if (left == 0) return Exit::Done;
+  throw Failure(Exit::MachineFailed, std::to_string(left) + " reports cannot be removed");
 }
 
 }  // namespace zt::tools

@@ -10,10 +10,13 @@
 #include <cstdlib>
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "ztportal/base/DescriptorIdentity.h"
+#include "ztportal/base/Log.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/platform/Free.h"
 
@@ -57,7 +60,11 @@ using Bus = std::unique_ptr<Connection, Free<closeConnection>>;
 /// Null if there is none.
 Bus openSessionBus() {
   Bus connection(new Connection);
-  if (sd_bus_open_user(&connection->bus) < 0) return nullptr;
+  if (const int opened = sd_bus_open_user(&connection->bus); opened < 0) {
+    logOnce(ZtLogLevel::Info, "broadcast",
+            "there is no session bus: ", std::generic_category().message(-opened));
+    return nullptr;
+  }
   connection->identity = DescriptorIdentity(sd_bus_get_fd(connection->bus));
   return connection;
 }
@@ -119,7 +126,7 @@ int noteReply(sd_bus_message*, void* hasReplied, sd_bus_error*) {
   return 0;
 }
 
-enum class Outcome { Received, Failed, Unanswered };
+enum class Outcome { Received, NoBus, Failed, Unanswered };
 
 /// Lets the bus work until `done`. Takes the time from `patience`.
 Outcome processUntil(sd_bus* bus, const bool& done, microseconds& patience) {
@@ -220,22 +227,35 @@ void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
 
   const BusPlace place;
   const auto silence = _silence.load();
-  if (silence != nullptr && silence->bus == place && Clock::now() < silence->end) return;
+  if (silence != nullptr && silence->bus == place && Clock::now() < silence->end) {
+    log(ZtLogLevel::Debug, "broadcast", "not broadcast, because the session bus does not respond");
+    return;
+  }
 
   microseconds patience = _patience;
   const auto sendBy = [&](Bus bus) {
-    if (!bus) return Outcome::Failed;
+    if (!bus) return Outcome::NoBus;
     const Outcome outcome = send(bus->bus, member, object, userInfo, patience);
+    // Such as for a message that is too large. sd-bus replies to the call itself then.
+    if (outcome == Outcome::Received && sd_bus_is_open(bus->bus) <= 0) {
+      log(ZtLogLevel::Warning, "broadcast", "the session bus has closed the connection");
+    }
     if (outcome == Outcome::Received && !BusKeeper::isThreadEnding) {
       keeper.keep(std::move(bus), place);
     }
     return outcome;
   };
-  Outcome outcome = Outcome::Failed;
+  Outcome outcome = Outcome::NoBus;
   if (!BusKeeper::isThreadEnding) outcome = sendBy(keeper.take(place));
   // The kept connection is closed if the bus has been restarted.
-  if (outcome == Outcome::Failed) outcome = sendBy(openSessionBus());
+  if (outcome == Outcome::NoBus || outcome == Outcome::Failed) outcome = sendBy(openSessionBus());
+  if (outcome == Outcome::Failed) {
+    log(ZtLogLevel::Warning, "broadcast", "the session bus does not take the notification");
+  }
   if (outcome == Outcome::Unanswered) {
+    const auto pause = std::chrono::duration_cast<std::chrono::seconds>(_pause);
+    log(ZtLogLevel::Warning, "broadcast", "the session bus does not respond; it is left alone for ",
+        std::to_string(pause.count()), " seconds");
     _silence.store(std::make_shared<const Silence>(Silence{place, Clock::now() + _pause}));
   }
 }

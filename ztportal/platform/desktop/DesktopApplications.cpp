@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
@@ -123,7 +124,10 @@ void DesktopAnswers::readAll() {
   std::string_view rest = *output;
   for (const Question& question : _questions) {
     auto texts = takeTexts(rest);
-    if (!texts) return;
+    if (!texts) {
+      log(ZtLogLevel::Warning, "inventory", "ztportal-applications did not answer every question");
+      return;
+    }
     const Answer& answer = _answers[question] = applicationOf(*std::move(texts));
     // An entry that was found is usable, so this also answers the question for it alone.
     if (answer) _answers[DesktopApplications::questionForFirstOf({answer->entry})] = answer;
@@ -161,7 +165,13 @@ DesktopApplications::Question DesktopApplications::questionForDefault(
 
 DesktopApplications DesktopApplications::asking(const std::vector<Question>& questions) const {
   DesktopApplications prepared = *this;
-  if (questions.empty() || programPath(_program).empty()) return prepared;
+  if (questions.empty()) return prepared;
+  if (programPath(_program).empty()) {
+    logOnce(ZtLogLevel::Warning, "inventory",
+            "ztportal-applications is not installed, or others may change its folder: no "
+            "applications are found");
+    return prepared;
+  }
   try {
     prepared._answers = std::make_shared<DesktopAnswers>(
         questions, _subprocesses.start(_program, DesktopAnswers::words(questions)));

@@ -19,6 +19,7 @@
 #include <utility>
 
 #include "ztportal/base/FileDescriptor.h"
+#include "ztportal/base/Log.h"
 #include "ztportal/platform/plist/Bundle.h"
 
 namespace zt {
@@ -226,7 +227,11 @@ LinuxRunningApplications::LinuxRunningApplications(std::string processTable)
 std::vector<RunningApplication> LinuxRunningApplications::list() {
   std::vector<RunningApplication> applications;
   const OpenFolder processes(::opendir(_processTable.c_str()));
-  if (!processes) return applications;
+  if (!processes) {
+    logOnce(ZtLogLevel::Warning, "configuration", _processTable,
+            " cannot be read, so companions are not found");
+    return applications;
+  }
   Walk walk(::dirfd(processes.get()), _processTable);
   while (const dirent* entry = ::readdir(processes.get())) {
     if (!isProcessNumber(entry->d_name)) continue;

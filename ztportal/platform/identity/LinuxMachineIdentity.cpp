@@ -13,8 +13,10 @@
 #include <optional>
 #include <span>
 #include <string_view>
+#include <system_error>
 
 #include "ztportal/base/FileDescriptor.h"
+#include "ztportal/base/Log.h"
 #include "ztportal/base/RegularFile.h"
 
 namespace zt {
@@ -70,7 +72,12 @@ ZtString LinuxMachineIdentity::platformUUID() {
   sd_id128_t application{};
   if (sd_id128_from_string(kApplicationId, &application) < 0) return nullptr;
   sd_id128_t derived{};
-  if (sd_id128_get_machine_app_specific(application, &derived) < 0) return nullptr;
+  const int result = sd_id128_get_machine_app_specific(application, &derived);
+  if (result < 0) {
+    logOnce(ZtLogLevel::Warning, "inventory",
+            "this machine has no ID: ", std::generic_category().message(-result));
+    return nullptr;
+  }
   return uuidText(derived.bytes);
 }
 

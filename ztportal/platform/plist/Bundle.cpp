@@ -8,6 +8,7 @@
 #include <system_error>
 #include <utility>
 
+#include "ztportal/base/Log.h"
 #include "ztportal/base/RegularFile.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/files/TrustedFiles.h"
@@ -26,10 +27,18 @@ bool isFile(const fs::path& path) {
   return fs::is_regular_file(path, ignored);
 }
 
+/// Whether nobody else may change the file or folder `path`.
+bool isSafe(const fs::path& path, uid_t owner) {
+  if (isTrusted(path, owner)) return true;
+  logOnce(ZtLogLevel::Warning, "configuration", path.native(),
+          " is ignored, because another user may change it");
+  return false;
+}
+
 bool isBundle(const fs::path& folder, uid_t owner) {
   const fs::path info = infoFile(folder);
-  return isFile(info) && isTrusted(info, owner) && isTrusted(info.parent_path(), owner) &&
-         isTrusted(folder, owner);
+  return isFile(info) && isSafe(info, owner) && isSafe(info.parent_path(), owner) &&
+         isSafe(folder, owner);
 }
 
 std::optional<std::string> bundleAbove(const std::string& executable, uid_t owner) {
@@ -63,9 +72,12 @@ std::optional<std::string> Bundle::pathAbove(const std::string& executable) {
 
 std::optional<Bundle> Bundle::read(const std::string& path) {
   const std::optional<std::string> content = regularFile(infoFile(path), kSettingsFileLimit);
-  if (!content) return std::nullopt;
-  std::optional<PropertyListStrings> info = parsePropertyList(*content);
-  if (!info) return std::nullopt;
+  std::optional<PropertyListStrings> info = content ? parsePropertyList(*content) : std::nullopt;
+  if (!info) {
+    logOnce(ZtLogLevel::Warning, "configuration", infoFile(path).native(),
+            " cannot be read as a property list");
+    return std::nullopt;
+  }
   return Bundle(path, std::move(*info));
 }
 
@@ -79,9 +91,8 @@ std::optional<std::string> Bundle::resource(std::string_view name, std::string_v
   if (!type.empty()) (file += '.') += type;
   const fs::path path = resourceFolder(_path) / file;
   const uid_t user = ::geteuid();
-  if (!isFile(path) || !isTrusted(path, user) || !isTrusted(path.parent_path(), user)) {
+  if (!isFile(path) || !isSafe(path, user) || !isSafe(path.parent_path(), user))
     return std::nullopt;
-  }
   return path.string();
 }
 

@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "ztportal/base/FileDescriptor.h"
+#include "ztportal/base/Log.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
@@ -176,7 +177,7 @@ std::unique_ptr<RunningSubprocess> startWith(const Environment& environment,
   const int error = ::posix_spawn(&process, program.c_str(), actions.get(), attributes.get(),
                                   argv.data(), environment.get());
   if (error != 0) throw notStarted(program, error);
-  return std::make_unique<RunningSubprocess>(process, std::move(input.writeEnd),
+  return std::make_unique<RunningSubprocess>(program, process, std::move(input.writeEnd),
                                              std::move(output.readEnd));
 }
 
@@ -194,8 +195,12 @@ bool isReadyBefore(std::chrono::steady_clock::time_point deadline,
 
 }  // namespace
 
-RunningSubprocess::RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output)
-    : _process(process), _input(std::move(input)), _output(std::move(output)) {}
+RunningSubprocess::RunningSubprocess(std::string program, pid_t process, FileDescriptor input,
+                                     FileDescriptor output)
+    : _program(std::move(program)),
+      _process(process),
+      _input(std::move(input)),
+      _output(std::move(output)) {}
 
 RunningSubprocess::~RunningSubprocess() {
   _output.close();
@@ -216,6 +221,8 @@ std::optional<std::string> RunningSubprocess::readToEnd() const {
     text.append(block.data(), static_cast<std::size_t>(count));
   }
   kill();
+  log(ZtLogLevel::Warning, "inventory", _program, " was killed, because ",
+      text.size() > kLimit ? "it wrote more than a mebibyte" : "it did not end in five seconds");
   return std::nullopt;
 }
 

@@ -19,7 +19,9 @@ namespace zt {
 /// for the program to end. Used by one thread.
 class RunningSubprocess {
  public:
-  RunningSubprocess(pid_t process, FileDescriptor input, FileDescriptor output);
+  /// `program` is its name in the log.
+  RunningSubprocess(std::string program, pid_t process, FileDescriptor input,
+                    FileDescriptor output);
   RunningSubprocess(const RunningSubprocess&) = delete;
   RunningSubprocess& operator=(const RunningSubprocess&) = delete;
   ~RunningSubprocess();
@@ -34,6 +36,7 @@ class RunningSubprocess {
   bool endsInTime() const;
   void kill() const;
 
+  std::string _program;
   pid_t _process;
   FileDescriptor _input;
   FileDescriptor _output;

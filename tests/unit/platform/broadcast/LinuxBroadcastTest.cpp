@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/BroadcastReceiver.h"
+#include "tests/support/CollectedLog.h"
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/SessionBus.h"
@@ -138,7 +139,10 @@ TEST_F(LinuxBroadcastOnABusTest, SendsNothingWithoutAValidName) {
 }
 
 TEST_F(LinuxBroadcastOnABusTest, SendsNothingThatIsTooLargeForABus) {
+  const zt::test::CollectedLog logged;
   post(kName, std::string(130 * 1024 * 1024, 'x'), {});
+  EXPECT_EQ(logged.lines(), std::vector<std::string>{
+                                "warning broadcast: the session bus has closed the connection"});
   post(kName, "the first", {});
   expectSame(_receiver.next(), expectedLine("the first", {}));
 }
