@@ -35,6 +35,7 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtLog.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/http/ZtDeliveryError.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/pools/ZtLanguage.h"
 #include "ztportal/pools/ZtPortalDef.h"

@@ -1,5 +1,7 @@
 #include "ztportal/portal/ReportStore.h"
 
+#include <cerrno>
+
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/process/ProgramPath.h"
@@ -47,6 +49,7 @@ std::optional<std::string> hostFolder() {
 }
 
 std::optional<ReportStore> ReportStore::open() {
+  errno = ENOENT;  // for a host or a user without a folder
   const std::optional<std::string> host = hostFolder();
   if (!host) return std::nullopt;
   std::string folder = joinedPath(*host, kReportsFolder);
@@ -60,11 +63,12 @@ std::string ReportStore::fileOf(const ZtString& reportId) const {
   return path;
 }
 
-void ReportStore::save(const ZtString& reportId, std::string_view text) const {
+std::error_code ReportStore::save(const ZtString& reportId, std::string_view text) const {
   Files& files = Platform::current().files();
   const std::string file = fileOf(reportId);
   // Writing truncates first, so a file that is already identical is not put at risk.
-  if (files.read(file, text.size()) != text) files.writePrivate(file, text);
+  if (files.read(file, text.size()) == text || files.writePrivate(file, text)) return {};
+  return {errno, std::generic_category()};
 }
 
 std::vector<std::string> ReportStore::files() const {

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -25,7 +26,8 @@ std::optional<std::string> hostFolder();
 /// every operation.
 class ReportStore {
  public:
-  /// Creates the folder if it does not exist, for its owner alone. Nothing when that fails.
+  /// Creates the folder if it does not exist, for its owner alone. Nothing when that fails; `errno`
+  /// says why.
   static std::optional<ReportStore> open();
 
   const std::string& folder() const { return _folder; }
@@ -33,8 +35,8 @@ class ReportStore {
   std::string fileOf(const ZtString& reportId) const;
 
   /// Writes the file of the report, readable by its owner only; a link in its place is not
-  /// followed. Failures are silent.
-  void save(const ZtString& reportId, std::string_view text) const;
+  /// followed. Returns why that failed.
+  std::error_code save(const ZtString& reportId, std::string_view text) const;
   /// Paths of the saved reports, in the order in which the system lists them.
   std::vector<std::string> files() const;
   /// Failures are silent.

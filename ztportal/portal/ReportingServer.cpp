@@ -6,6 +6,8 @@
 #include <new>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
@@ -49,6 +51,57 @@ bool isAccepted(const ZtString& response) {
          containsAnyCase(response.view(), "true");
 }
 
+/// `url` without user name and password (RFC 3986, 3.2.1).
+std::string withoutCredentials(std::string_view url) {
+  const std::size_t scheme = url.find("://");
+  const std::size_t start = scheme == std::string_view::npos ? 0 : scheme + 3;
+  const std::string_view authority = url.substr(start, url.find_first_of("/?#", start) - start);
+  const std::size_t end = authority.rfind('@');
+  std::string shown(url);
+  if (end != std::string_view::npos) shown.erase(start, end + 1);
+  return shown;
+}
+
+/// The sentence is cut off when memory runs out: what became of the report is more important.
+template <class... Parts>
+void say(std::string& message, const Parts&... parts) noexcept try {
+  message.clear();
+  appendText(message, parts...);
+} catch (const std::bad_alloc&) {
+}
+
+/// Notes in `receipt` what became of a request.
+void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& response) noexcept try {
+  receipt.httpStatus = response.status;
+  receipt.requestBytes = request.body.value_or("").size();
+  receipt.responseBytes = response.body.size();
+  receipt.lookupTime = response.times.lookup;
+  receipt.connectTime = response.times.connect;
+  receipt.tlsTime = response.times.tls;
+  receipt.responseTime = response.times.response;
+  receipt.totalTime = response.times.total;
+  receipt.retryAfter = response.retryAfter;
+  if (response.status >= 200 && response.status <= 299) {
+    receipt.outcome = ZtDeliveryOutcome::InvalidResponse;
+    receipt.error = ZtDeliveryError::Content;
+    say(receipt.message, "The response is not the expected one.");
+  } else if (response.status != 0) {
+    receipt.outcome = ZtDeliveryOutcome::Refused;
+    receipt.error = ZtDeliveryError::HttpStatus;
+    say(receipt.message, "The server responded with HTTP status ", std::to_string(response.status),
+        ".");
+  } else {
+    receipt.outcome = response.error == ZtDeliveryError::Timeout ? ZtDeliveryOutcome::TimedOut
+                                                                 : ZtDeliveryOutcome::Unreachable;
+    receipt.error =
+        response.error != ZtDeliveryError::NoError ? response.error : ZtDeliveryError::Transfer;
+    receipt.message = std::move(response.message);
+    if (receipt.message.empty()) say(receipt.message, "No complete response arrived.");
+  }
+  receipt.url = response.url.empty() ? withoutCredentials(request.url) : std::move(response.url);
+} catch (const std::bad_alloc&) {
+}
+
 }  // namespace
 
 void ReportingServer::connect(bool tryLocalCopy) {
@@ -58,7 +111,7 @@ void ReportingServer::connect(bool tryLocalCopy) {
 bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
   if (document == nullptr) {
-    const ZtString response = exchange(_configurationUrl, nullptr);
+    const ZtString response = exchange(_configurationUrl, nullptr, &_connection);
     if (!response.isNull()) document = ZtXMLDocument::parse(response.view());
   }
   if (document == nullptr) return false;
@@ -79,7 +132,7 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
 }
 
 ZtString ReportingServer::readVersion() try {
-  const ZtString response = exchange(url(), versionRequest());
+  const ZtString response = exchange(url(), versionRequest(), &_connection);
   if (response.isNull()) return nullptr;
   const auto document = ZtXMLDocument::parse(response.view());
   if (document == nullptr) return nullptr;
@@ -93,12 +146,22 @@ ZtString ReportingServer::readVersion() try {
   return nullptr;
 }
 
-bool ReportingServer::send(const ZtString& request) {
-  _status = 0;
-  return isAccepted(exchange(url(), request, &_status));
+ZtDelivery ReportingServer::send(const ZtString& request) const {
+  ZtDelivery receipt;
+  const ZtString target = url();
+  if (isAccepted(exchange(target, request, &receipt))) {
+    receipt.outcome = ZtDeliveryOutcome::Accepted;
+    receipt.error = ZtDeliveryError::NoError;
+    say(receipt.message, "The server has accepted the report.");
+  } else if (target.empty()) {
+    return notSent();
+  }
+  return receipt;
 }
 
-ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body, int* status) try {
+ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
+                                   ZtDelivery* receipt) try {
+  if (receipt != nullptr) *receipt = {};
   HttpRequest request;
   request.url = url.view();
   request.method = body.isNull() ? "GET" : "POST";
@@ -106,14 +169,40 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body, in
   if (!body.isNull()) request.body = body.view();
   request.timeout = kTimeout;
 
-  const HttpResponse response = Platform::current().http().exchange(request);
-  if (status != nullptr) *status = response.status;
+  HttpResponse response = Platform::current().http().exchange(request);
+  if (receipt != nullptr) note(*receipt, request, response);
   if (response.status < 200 || response.status > 299) return "";
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  if (receipt != nullptr) {
+    receipt->outcome = ZtDeliveryOutcome::Unreachable;
+    receipt->error = ZtDeliveryError::Host;
+    say(receipt->message, error.what());
+  }
   return "";
 } catch (const std::bad_alloc&) {
+  if (receipt != nullptr) {
+    receipt->error = ZtDeliveryError::Memory;
+    say(receipt->message, "out of memory");
+  }
   return nullptr;
+}
+
+ZtDelivery ReportingServer::notSent() const {
+  ZtDelivery receipt;
+  if (!_reportUrl.empty() && url().empty()) {
+    receipt.outcome = ZtDeliveryOutcome::NoTestUrl;
+    receipt.error = ZtDeliveryError::Content;
+    say(receipt.message, "Test mode is on, and the configuration has no URL for it.");
+    return receipt;
+  }
+  receipt.outcome = ZtDeliveryOutcome::Offline;
+  receipt.error = _connection.error;
+  say(receipt.message,
+      _gotConfiguration ? "The server has not told its version"
+                        : "There is no configuration with a URL for reports",
+      _connection.message.empty() ? "." : ": ", _connection.message);
+  return receipt;
 }
 
 ZtString ReportingServer::url() const { return testModeIsOn() ? _testUrl : _reportUrl; }

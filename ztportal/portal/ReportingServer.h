@@ -3,6 +3,8 @@
 #include <utility>
 
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/http/ZtTransportOptions.h"
+#include "ztportal/portal/ZtDelivery.h"
 
 namespace zt {
 
@@ -11,7 +13,7 @@ namespace zt {
 ///
 ///     ReportingServer server(configurationUrl);
 ///     server.connect(false);
-///     bool accepted = server.send(request);
+///     bool accepted = server.send(request).outcome == ZtDeliveryOutcome::Accepted;
 class ReportingServer {
  public:
   /// Sends no request.
@@ -29,13 +31,19 @@ class ReportingServer {
   /// string and keeps the last version.
   ZtString readVersion();
 
-  /// Posts `request` to `url()`. True if the response confirms the report.
-  bool send(const ZtString& request);
+  // The only two ways to the network.
 
+  /// Posts `request` to `url()`. Accepted if the response confirms the report.
+  ZtDelivery send(const ZtString& request) const;
   /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
   /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
-  /// 299 and if there is no response. `status` gets the HTTP status, 0 if there is no response.
-  static ZtString exchange(const ZtString& url, const ZtString& body, int* status = nullptr);
+  /// 299 and if there is no response. `receipt` gets what became of it: for a status of success
+  /// that the response is invalid, since only the caller knows which one it expects.
+  static ZtString exchange(const ZtString& url, const ZtString& body,
+                           ZtDelivery* receipt = nullptr);
+
+  /// The receipt of a report that is not sent while the server is not ready.
+  ZtDelivery notSent() const;
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;
@@ -47,8 +55,6 @@ class ReportingServer {
   const ZtString& version() const { return _version; }
   bool gotConfiguration() const { return _gotConfiguration; }
   bool online() const { return _online; }
-  /// HTTP status of the response to the last `send`; 0 when there was none.
-  int status() const { return _status; }
 
  private:
   ZtString _configurationUrl;
@@ -57,7 +63,7 @@ class ReportingServer {
   ZtString _version;
   bool _gotConfiguration = false;
   bool _online = false;
-  int _status = 0;
+  ZtDelivery _connection;  // the last exchange of `connect`
 };
 
 }  // namespace zt

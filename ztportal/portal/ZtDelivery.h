@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <string>
 
+#include "ztportal/platform/http/ZtDeliveryError.h"
+
 /// What became of a report.
 enum class ZtDeliveryOutcome : std::uint8_t {
   NotSent,          ///< nobody has tried to send it
@@ -19,6 +21,7 @@ enum class ZtDeliveryOutcome : std::uint8_t {
   Unreadable        ///< not sent: the saved report cannot be read or is not well-formed XML
 };
 
+<<<<<<< HEAD
 /// Where a delivery failed.
 enum class ZtDeliveryError : std::uint8_t {
   NoError,
@@ -38,6 +41,8 @@ enum class ZtDeliveryError : std::uint8_t {
   Memory       ///< not enough memory
 };
 
+=======
+>>>>>>> s3-transport
 /// The receipt of one delivery: a value that a host can keep, compare and log.
 ///
 ///     if (!document->reportToServer()) {

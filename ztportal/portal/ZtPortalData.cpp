@@ -1,8 +1,11 @@
 #include "ztportal/portal/ZtPortalData.h"
 
+#include <cerrno>
 #include <new>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include "ztportal/base/Text.h"
@@ -50,6 +53,23 @@ class TestCustomerId {
 
 ZtString orMissing(const std::optional<std::string>& text) {
   return text ? ZtString(*text) : nullptr;
+}
+
+constexpr const char* kNoMemory = "out of memory";
+
+/// `to` is empty afterwards if there is no memory for `text`.
+void assign(std::string& to, const char* text) noexcept {
+  to.clear();
+  try {
+    to = text;
+  } catch (const std::bad_alloc&) {
+  }
+}
+
+/// Notes in the receipt that something other than the server has failed.
+void fail(ZtDelivery& delivery, ZtDeliveryError error, const char* message) noexcept {
+  delivery.error = error;
+  assign(delivery.message, message);
 }
 
 }  // namespace
@@ -168,7 +188,6 @@ const ZtString& ZtPortalData::configurationUrl() const { return _server->configu
 const ZtString& ZtPortalData::serverVersion() const { return _server->version(); }
 bool ZtPortalData::gotConfiguration() const { return _server->gotConfiguration(); }
 bool ZtPortalData::online() const { return _server->online(); }
-std::int32_t ZtPortalData::responseStatus() const { return _server->status(); }
 
 ZtString ZtPortalData::_localSupportFolder() { return orMissing(zt::hostFolder()); }
 
@@ -200,20 +219,24 @@ bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
 void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }
 
 bool ZtPortalData::reportToServer() try {
+  _delivery = {};
   const ZtString request = _request();
   _notifyGhost(request);
   // Only a document that once had a URL tries to connect again.
   if (!_getReportUrl().empty() && !_server->isReady()) {
     _initHttp(_server->configurationUrl(), _cacheConfiguration);
   }
-  if (_server->send(request)) return true;
-  saveReport();
+  _delivery = _server->send(request);
+  if (_delivery.outcome == ZtDeliveryOutcome::Accepted) return true;
+  _save();
   return false;
-} catch (const ZtException&) {
+} catch (const ZtException& error) {
+  fail(_delivery, ZtDeliveryError::Host, error.what());
   return false;
 } catch (const std::bad_alloc&) {
+  fail(_delivery, ZtDeliveryError::Memory, kNoMemory);
   // The delivery may have failed, and then there is memory again to save the report.
-  saveReport();
+  _save();
   return false;
 }
 
@@ -227,11 +250,32 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
   return false;
 }
 
-void ZtPortalData::saveReport() try {
-  if (const auto store = zt::ReportStore::open()) store->save(_reportId, _request());
-} catch (const ZtException&) {
-  // Deliberately silent: a caller that needs to know looks for the file.
+void ZtPortalData::saveReport() {
+  _delivery = {};
+  _save();
+}
+
+/// Saves the report, and notes in the receipt where or why not.
+void ZtPortalData::_save() try {
+  const auto store = zt::ReportStore::open();
+  std::error_code error(errno, std::generic_category());
+  if (store) {
+    std::string file = store->fileOf(_reportId);
+    error = store->save(_reportId, _request());
+    if (!error) _delivery.savedTo = std::move(file);
+  }
+  _delivery.saveErrorNumber = error.value();
+  if (error) _delivery.saveError = error.message();
+  if (_delivery.message.empty()) {
+    assign(_delivery.message,
+           error ? "The report could not be saved." : "The report was saved without sending it.");
+  }
+} catch (const ZtException& error) {
+  _delivery.saveErrorNumber = EIO;
+  assign(_delivery.saveError, error.what());
 } catch (const std::bad_alloc&) {
+  _delivery.saveErrorNumber = ENOMEM;
+  assign(_delivery.saveError, kNoMemory);
 }
 
 bool ZtPortalData::sendSavedReports() try {
@@ -240,6 +284,7 @@ bool ZtPortalData::sendSavedReports() try {
   for (const std::string& file : store->files()) {
     if (!sendSavedReport(file)) return false;
     zt::ReportStore::remove(file);
+    _delivery.savedTo.clear();
   }
   return false;
 } catch (const ZtException&) {
@@ -249,17 +294,31 @@ bool ZtPortalData::sendSavedReports() try {
 }
 
 bool ZtPortalData::sendSavedReport(const ZtString& path) try {
+  _delivery = {};
   if (!_server->isReady()) _initHttp(_server->configurationUrl(), _cacheConfiguration);
-  if (path.empty() || !_server->online()) return false;
+  std::string file(path.view());
+  if (!_server->online()) {
+    _delivery = _server->notSent();
+    _delivery.savedTo = std::move(file);
+    return false;
+  }
 
-  const auto saved = zt::ReportStore::request(std::string(path.view()));
-  if (!saved) return false;
+  const auto saved = file.empty() ? std::nullopt : zt::ReportStore::request(file);
+  if (!saved) {
+    _delivery.outcome = ZtDeliveryOutcome::Unreadable;
+    fail(_delivery, ZtDeliveryError::File, "The file cannot be read or is not well-formed XML.");
+    return false;
+  }
   const ZtString request = *saved;
   _notifyGhost(request);
-  return _server->send(request);
-} catch (const ZtException&) {
+  _delivery = _server->send(request);
+  _delivery.savedTo = std::move(file);
+  return _delivery.outcome == ZtDeliveryOutcome::Accepted;
+} catch (const ZtException& error) {
+  fail(_delivery, ZtDeliveryError::Host, error.what());
   return false;
 } catch (const std::bad_alloc&) {
+  fail(_delivery, ZtDeliveryError::Memory, kNoMemory);
   return false;
 }
 

@@ -15,6 +15,7 @@
 #include "ztportal/pools/ZtPortalPoolDiagnose.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 #include "ztportal/pools/ZtPortalPoolInitialization.h"
+#include "ztportal/portal/ZtDelivery.h"
 
 namespace zt {
 class ReportingServer;
@@ -98,7 +99,7 @@ class ZT_EXPORT ZtPortalData {
   /// returns false, also after a success, so that no caller relies on the result.
   bool reportToFile(const ZtString& path);
   /// Writes the request to its file in the offline store, unless the file is already identical.
-  /// Failures are silent.
+  /// `lastDelivery` says whether that succeeded.
   void saveReport();
   /// Sends the files of the store in the order in which the system lists them, removes each
   /// accepted one, and stops at the first that is not accepted. Always returns false, also if all
@@ -107,6 +108,10 @@ class ZT_EXPORT ZtPortalData {
   /// Sends one saved report; the file stays. True if the server accepted it; false also for a file
   /// that is not well-formed XML.
   bool sendSavedReport(const ZtString& path);
+
+  /// The receipt of what this document sent or saved last: by `reportToServer`, `saveReport` or
+  /// `sendSavedReport`, or the last file that `sendSavedReports` tried.
+  ZtDelivery lastDelivery() const { return _delivery; }
 
   /// Path of this report's file in the store, whether the file exists or not. Creates the store's
   /// folder; missing if that fails.
@@ -132,9 +137,6 @@ class ZT_EXPORT ZtPortalData {
   bool gotConfiguration() const;
   /// Whether the server returned its version.
   bool online() const;
-  /// HTTP status of the server's response to the last report that was posted; 0 if none was, or if
-  /// no complete response arrived in time.
-  std::int32_t responseStatus() const;
   /// A snapshot of the pools, in the order in which they were added.
   std::vector<std::shared_ptr<ZtPortalPool>> pools() const { return _pools; }
 
@@ -164,6 +166,7 @@ class ZT_EXPORT ZtPortalData {
   ZtString _getReportFile() const;
   static ZtString _getReportFolder();
   static void _notifyGhost(const ZtString& request);
+  void _save();
 
   std::vector<std::shared_ptr<ZtPortalPool>> _pools;
   ZtString _reportId;
@@ -173,4 +176,5 @@ class ZT_EXPORT ZtPortalData {
   ZtString _applicationVersion;
   std::unique_ptr<zt::ReportingServer> _server;
   bool _cacheConfiguration;
+  ZtDelivery _delivery;
 };

@@ -77,19 +77,21 @@ TEST_F(ZtPortalDataDeliveryTest, AReportWithoutAResponseIsSaved) {
   EXPECT_EQ(saved(*document), requestOf(*document));
 }
 
+// Receipts.
+
 TEST_F(ZtPortalDataDeliveryTest, TheStatusOfTheLastResponseIsKept) {
-  EXPECT_EQ(document->responseStatus(), 0);
+  EXPECT_EQ(document->lastDelivery().httpStatus, 0);
   EXPECT_TRUE(document->reportToServer());
-  EXPECT_EQ(document->responseStatus(), 200);
+  EXPECT_EQ(document->lastDelivery().httpStatus, 200);
   report = {503, "later"};
   EXPECT_FALSE(document->reportToServer());
-  EXPECT_EQ(document->responseStatus(), 503);
+  EXPECT_EQ(document->lastDelivery().httpStatus, 503);
   report = {};
   EXPECT_FALSE(document->reportToServer());
-  EXPECT_EQ(document->responseStatus(), 0);
+  EXPECT_EQ(document->lastDelivery().httpStatus, 0);
   report = {200, kAccepted};
   EXPECT_TRUE(document->sendSavedReport(store("a.ztr", "<a/>")));
-  EXPECT_EQ(document->responseStatus(), 200);
+  EXPECT_EQ(document->lastDelivery().httpStatus, 200);
 }
 
 TEST_F(ZtPortalDataDeliveryTest, AReportIsNeitherPostedNorSavedWhenTheBroadcastThrows) {

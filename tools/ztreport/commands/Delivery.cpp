@@ -25,7 +25,7 @@ std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
   if (url.empty()) return "the configuration has no URL for test mode";
   const std::string server = shownUrl(url) + ": ";
   Response response;
-  response.status = document.responseStatus();
+  response.status = document.lastDelivery().httpStatus;
   if (response.status >= 200 && response.status <= 299) {
     return server + "the response does not confirm the report";
   }

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstddef>
 #include <optional>
 #include <string>
@@ -20,7 +21,7 @@ namespace zt::test {
 ///     files.failAlways(FailingFiles::Operation::List);
 ///
 /// A failed operation has no effect on the underlying files, except `WriteMidway`, a write that
-/// fails after it has begun: it leaves no file, as with a full disk.
+/// fails after it has begun: it leaves no file, as with a full disk. `errno` is ENOSPC.
 class FailingFiles final : public Files {
  public:
   enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove };
@@ -69,6 +70,7 @@ class FailingFiles final : public Files {
     if (fails(Operation::Write)) return false;
     if (!failsMidway) return write();
     if (write()) _files.remove(path);
+    errno = ENOSPC;
     return false;
   }
 
@@ -80,7 +82,9 @@ class FailingFiles final : public Files {
     int before = left.load();
     while (before > 0 && !left.compare_exchange_weak(before, before - 1)) {
     }
-    return before == kAlways || before == 1;
+    const bool isFailing = before == kAlways || before == 1;
+    if (isFailing) errno = ENOSPC;
+    return isFailing;
   }
 
   Files& _files;

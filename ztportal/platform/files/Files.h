@@ -11,7 +11,8 @@
 namespace zt {
 
 /// The file system, as far as saved reports and configuration copies need it. Paths are byte
-/// strings; relative ones start at the working directory. No operation throws on failure.
+/// strings; relative ones start at the working directory. No operation throws on failure; `errno`
+/// says why a folder was not created or a file not written.
 class Files {
  public:
   virtual ~Files() = default;

@@ -22,7 +22,9 @@ namespace {
 
 /// The system would cut a path off at its first NUL byte.
 bool canNameAFile(const std::string& path) {
-  return !path.empty() && path.find('\0') == std::string::npos;
+  if (!path.empty() && path.find('\0') == std::string::npos) return true;
+  errno = EINVAL;
+  return false;
 }
 
 bool isFolderAt(const std::string& path) {
@@ -87,42 +89,53 @@ OpenFile openPrivateFile(const std::string& path) {
   if (errno != EEXIST) return created;
   // Opening a FIFO without a reader would block.
   OpenFile found(path, O_NOFOLLOW | O_NONBLOCK);
-  if (found.isOpen() && (!found.isRegular() || ::ftruncate(found.descriptor(), 0) != 0)) {
+  if (!found.isOpen()) return found;
+  if (!found.isRegular()) {
+    errno = EEXIST;
     return {};
   }
-  return found;
+  return ::ftruncate(found.descriptor(), 0) == 0 ? std::move(found) : OpenFile();
 }
 
 /// Writes to `file`, which is open for `path`.
 bool writeTo(OpenFile file, const std::string& path, std::string_view content) {
   if (!file.isOpen()) return false;
   const bool isRegular = file.isRegular();
-  if (file.writeAll(content)) {
-    if (file.close()) return true;
-  } else if (isRegular) {
+  const bool isWritten = file.writeAll(content);
+  if (isWritten && file.close()) return true;
+  const int error = errno;
+  if (isRegular) {
     // Also empties the target of a link.
-    [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
+    if (!isWritten) [[maybe_unused]]
+      const int emptied = ::ftruncate(file.descriptor(), 0);
+    ::unlink(path.c_str());
   }
-  if (isRegular) ::unlink(path.c_str());
+  errno = error;
   return false;
 }
 
-/// Creates the folder unless it exists. Its owner may use it whatever the umask.
-void makeFolder(const std::string& path, mode_t mode) {
-  if (::mkdir(path.c_str(), mode) != 0) return;
+/// Creates the folder. Its owner may use it whatever the umask. Returns 0 or why it was not
+/// created.
+int makeFolder(const std::string& path, mode_t mode) {
+  if (::mkdir(path.c_str(), mode) != 0) return errno;
   struct stat status {};
-  if (::lstat(path.c_str(), &status) != 0) return;
-  if (!S_ISDIR(status.st_mode) || (status.st_mode & S_IRWXU) == S_IRWXU) return;
+  if (::lstat(path.c_str(), &status) != 0) return errno;
+  if (!S_ISDIR(status.st_mode) || (status.st_mode & S_IRWXU) == S_IRWXU) return 0;
   ::chmod(path.c_str(), (status.st_mode & 07777U) | S_IRWXU);
+  return 0;
 }
 
 bool makeFolders(const std::string& path, mode_t mode) {
   if (!canNameAFile(path)) return false;
+  int firstError = 0;
   for (std::size_t end = 0; !isFolderAt(path) && end != std::string::npos;) {
     end = path.find('/', end + 1);
-    makeFolder(path.substr(0, end), mode);
+    const int error = makeFolder(path.substr(0, end), mode);
+    if (firstError == 0 && error != EEXIST) firstError = error;
   }
-  return isFolderAt(path);
+  if (isFolderAt(path)) return true;
+  errno = firstError != 0 ? firstError : EEXIST;
+  return false;
 }
 
 bool isAbsolute(const char* path) { return path != nullptr && path[0] == '/'; }

@@ -6,6 +6,9 @@
 #include <string>
 #include <string_view>
 
+#include "ztportal/platform/http/ZtDeliveryError.h"
+#include "ztportal/platform/http/ZtTransportOptions.h"
+
 namespace zt {
 
 struct HttpHeader {
@@ -20,11 +23,28 @@ struct HttpRequest {
   std::span<const HttpHeader> headers;
   std::optional<std::string_view> body;
   std::chrono::milliseconds timeout;  ///< for all of it: name look-up, connection and response
+  const ZtTransportOptions* options = nullptr;  ///< null: none, only `timeout` counts
+};
+
+/// How long the parts of an exchange took; zero for what was not reached or not needed.
+struct HttpTimes {
+  std::chrono::microseconds lookup{0};
+  std::chrono::microseconds connect{0};
+  std::chrono::microseconds tls{0};
+  std::chrono::microseconds response{0};  ///< from the request's first byte to the end
+  std::chrono::microseconds total{0};
 };
 
 struct HttpResponse {
-  int status = 0;    ///< 0: no complete response arrived
-  std::string body;  ///< the bytes as received; empty with status 0
+  int status = 0;         ///< 0: no complete response arrived
+  std::string body = {};  ///< the bytes as received; empty with status 0
+
+  // For status 0 the reason; the message is a sentence without passwords.
+  ZtDeliveryError error = ZtDeliveryError::NoError;
+  std::string message = {};
+  std::string url = {};                ///< the last one after redirects, without user and password
+  std::chrono::seconds retryAfter{0};  ///< as the server asks (RFC 9110, 10.2.3); zero: not at all
+  HttpTimes times = {};
 };
 
 /// An HTTP client: one request, one complete response, on the caller's thread.
