@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -35,20 +36,32 @@ class ReportStore {
   std::string fileOf(const ZtString& reportId) const;
 
   /// Writes the file of the report, readable by its owner only; a link in its place is not
-  /// followed. Returns why that failed.
+  /// followed. Then enforces the limits of `ZtReportStore`. Returns why writing failed.
   std::error_code save(const ZtString& reportId, std::string_view text) const;
   /// Paths of the saved reports, in the order in which the system lists them.
-  std::vector<std::string> files() const;
+  std::vector<std::string> files() const { return filesIn(_folder); }
+  /// Paths of the files in `folder` that have the ending of a saved report.
+  static std::vector<std::string> filesIn(const std::string& folder);
   /// Failures are silent.
   static void remove(const std::string& file);
   /// The request in a saved report: its XML parsed and written back in UTF-8. Nothing when the
-  /// file cannot be read or is not well-formed.
-  static std::optional<std::string> request(const std::string& file);
+  /// file cannot be read or is not well-formed; then `problem`, unless it is null, says why.
+  static std::optional<std::string> request(const std::string& file,
+                                            std::string* problem = nullptr);
 
  private:
   explicit ReportStore(std::string folder) : _folder(std::move(folder)) {}
 
   std::string _folder;
 };
+
+/// File beside the folder of the reports: what `ZtReportStore::send` must remember.
+inline constexpr std::string_view kSendingState = "sending.state";
+/// Path of `name` beside the folder `reports`.
+std::string besideReports(std::string_view reports, std::string_view name);
+
+/// Removes the oldest files of the store with the folder `reports` that exceed the limits of
+/// `ZtReportStore`, and likewise those in its folder "unsendable". Returns how many.
+std::size_t enforceStoreLimits(const std::string& reports);
 
 }  // namespace zt

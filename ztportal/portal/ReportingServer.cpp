@@ -146,9 +146,8 @@ ZtString ReportingServer::readVersion() try {
   return nullptr;
 }
 
-ZtDelivery ReportingServer::send(const ZtString& request) const {
+ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& request) const {
   ZtDelivery receipt;
-  const ZtString target = url();
   if (isAccepted(exchange(target, request, &receipt))) {
     receipt.outcome = ZtDeliveryOutcome::Accepted;
     receipt.error = ZtDeliveryError::NoError;

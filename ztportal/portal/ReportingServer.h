@@ -31,10 +31,12 @@ class ReportingServer {
   /// string and keeps the last version.
   ZtString readVersion();
 
-  // The only two ways to the network.
+  // The only ways to the network.
 
   /// Posts `request` to `url()`. Accepted if the response confirms the report.
-  ZtDelivery send(const ZtString& request) const;
+  ZtDelivery send(const ZtString& request) const { return sendTo(url(), request); }
+  /// The same, with what `url()` has returned: looking up the test mode takes time.
+  ZtDelivery sendTo(const ZtString& target, const ZtString& request) const;
   /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
   /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
   /// 299 and if there is no response. `receipt` gets what became of it: for a status of success

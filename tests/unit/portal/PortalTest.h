@@ -80,6 +80,13 @@ class ObservedFiles final : public Files {
     return observed("write ", path).writePrivate(path, content);
   }
   bool remove(const std::string& path) override { return observed("remove ", path).remove(path); }
+  std::optional<FileFacts> facts(const std::string& path) override {
+    return observed("facts ", path).facts(path);
+  }
+  bool move(const std::string& from, const std::string& to) override {
+    return observed("move ", from).move(from, to);
+  }
+  FileLock lock(const std::string& path) override { return observed("lock ", path).lock(path); }
 
  private:
   Files& observed(const char* operation, const std::string& path) {

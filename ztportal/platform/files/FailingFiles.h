@@ -24,7 +24,7 @@ namespace zt::test {
 /// fails after it has begun: it leaves no file, as with a full disk. `errno` is ENOSPC.
 class FailingFiles final : public Files {
  public:
-  enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove };
+  enum class Operation { CreateFolders, List, Read, Write, WriteMidway, Remove, Move, Lock };
 
   /// Does not own `files`.
   explicit FailingFiles(Files& files) : _files(files) {}
@@ -59,6 +59,13 @@ class FailingFiles final : public Files {
   bool remove(const std::string& path) override {
     return !fails(Operation::Remove) && _files.remove(path);
   }
+  std::optional<FileFacts> facts(const std::string& path) override { return _files.facts(path); }
+  bool move(const std::string& from, const std::string& to) override {
+    return !fails(Operation::Move) && _files.move(from, to);
+  }
+  FileLock lock(const std::string& path) override {
+    return fails(Operation::Lock) ? FileLock{} : _files.lock(path);
+  }
 
  private:
   static constexpr int kNever = 0;
@@ -88,7 +95,7 @@ class FailingFiles final : public Files {
   }
 
   Files& _files;
-  std::array<std::atomic<int>, 6> _countdowns{};
+  std::array<std::atomic<int>, 8> _countdowns{};
 };
 
 }  // namespace zt::test

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,8 +19,8 @@
 namespace zt::test {
 
 /// Files and folders in memory, initially only "/". Relative paths start at "/"; there are no
-/// links, modes or devices. `list` returns the entries in the order of their creation. Any number
-/// of threads may use it.
+/// links, modes or devices. A file is new when it is written, unless `setTime` says otherwise.
+/// `list` returns the entries in the order of their creation. Any number of threads may use it.
 class FakeFiles final : public Files {
  public:
   bool exists(const std::string& path) override {
@@ -78,6 +81,7 @@ class FakeFiles final : public Files {
     }
     if (at->second.isFolder()) return false;
     at->second.content = content;
+    at->second.time = Clock::now();
     return true;
   }
 
@@ -97,12 +101,47 @@ class FakeFiles final : public Files {
     return true;
   }
 
+  std::optional<FileFacts> facts(const std::string& path) override {
+    const std::scoped_lock lock(_mutex);
+    const Entry* entry = find(path);
+    if (entry == nullptr) return std::nullopt;
+    return FileFacts{entry->isFolder() ? 0 : entry->content->size(), entry->time};
+  }
+
+  bool move(const std::string& from, const std::string& to) override {
+    const std::optional<FileFacts> moved = facts(from);
+    const std::optional<std::string> content = read(from, std::string::npos);
+    if (!content || exists(to) || !write(to, *content)) return false;
+    setTime(to, moved->time);
+    return remove(from);
+  }
+
+  FileLock lock(const std::string& path) override {
+    if (!exists(path) && !write(path, "")) return {};
+    const std::scoped_lock lock(_mutex);
+    if (!_locked.insert(path).second) return {nullptr, true};
+    return {std::shared_ptr<const void>(this,
+                                        [this, path](const void* /*this*/) {
+                                          const std::scoped_lock guard(_mutex);
+                                          _locked.erase(path);
+                                        }),
+            false};
+  }
+
+  /// Sets when the file at `path`, which exists, was written.
+  void setTime(const std::string& path, std::chrono::system_clock::time_point time) {
+    const std::scoped_lock lock(_mutex);
+    _entries.at(*namesOf(path)).time = time;
+  }
+
  private:
+  using Clock = std::chrono::system_clock;
   using Names = std::vector<std::string>;
 
   struct Entry {
     std::optional<std::string> content;  // a folder has none
     Names names;                         // of a folder's entries
+    Clock::time_point time = Clock::now();
     bool isFolder() const { return !content; }
   };
 
@@ -142,6 +181,7 @@ class FakeFiles final : public Files {
 
   mutable std::mutex _mutex;
   std::map<Names, Entry> _entries{{Names{}, Entry{}}};
+  std::set<std::string> _locked;
 };
 
 /// The user domain's folder is `folder`. From call number `movesAt` on, if that is not 0, it is

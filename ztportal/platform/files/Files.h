@@ -1,6 +1,9 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -9,6 +12,17 @@
 #include "ztportal/base/RegularFile.h"
 
 namespace zt {
+
+struct FileFacts {
+  std::uint64_t bytes = 0;
+  std::chrono::system_clock::time_point time;  ///< of the last change of its content
+};
+
+/// An advisory lock.
+struct FileLock {
+  std::shared_ptr<const void> held;  ///< releases the lock when it goes; null without the lock
+  bool isBusy = false;               ///< another process or another holder of this one has it
+};
 
 /// The file system, as far as saved reports and configuration copies need it. Paths are byte
 /// strings; relative ones start at the working directory. No operation throws on failure; `errno`
@@ -35,6 +49,13 @@ class Files {
   /// else than a regular file in its place, such as a symbolic link, is an error.
   virtual bool writePrivate(const std::string& path, std::string_view content) = 0;
   virtual bool remove(const std::string& path) = 0;
+  /// Nothing if nothing exists at `path`. Links are followed.
+  virtual std::optional<FileFacts> facts(const std::string& path) = 0;
+  /// Renames, but replaces nothing and does not leave the file system.
+  virtual bool move(const std::string& from, const std::string& to) = 0;
+  /// Locks the file at `path`, which is created for its owner alone; a link in its place is not
+  /// followed. Does not wait. The lock ends with the process at the latest.
+  virtual FileLock lock(const std::string& path) = 0;
 };
 
 }  // namespace zt

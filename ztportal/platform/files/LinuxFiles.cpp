@@ -3,10 +3,12 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <cstddef>
 #include <cstdio>
 #include <cstdlib>
@@ -34,6 +36,17 @@ bool isFolderAt(const std::string& path) {
 
 struct CloseFolder {
   void operator()(DIR* folder) const { ::closedir(folder); }
+};
+
+class HeldLock {
+ public:
+  explicit HeldLock(FileDescriptor file) : _file(std::move(file)) {}
+  HeldLock(const HeldLock&) = delete;
+  HeldLock& operator=(const HeldLock&) = delete;
+  ~HeldLock() { ::flock(_file.number(), LOCK_UN); }
+
+ private:
+  FileDescriptor _file;
 };
 
 class OpenFile {
@@ -201,6 +214,32 @@ bool LinuxFiles::writePrivate(const std::string& path, std::string_view content)
 
 bool LinuxFiles::remove(const std::string& path) {
   return canNameAFile(path) && std::remove(path.c_str()) == 0;
+}
+
+std::optional<FileFacts> LinuxFiles::facts(const std::string& path) {
+  struct stat status {};
+  if (!canNameAFile(path) || ::stat(path.c_str(), &status) != 0) return std::nullopt;
+  const auto sinceEpoch = std::chrono::seconds(status.st_mtim.tv_sec) +
+                          std::chrono::nanoseconds(status.st_mtim.tv_nsec);
+  return FileFacts{static_cast<std::uint64_t>(status.st_size),
+                   std::chrono::system_clock::time_point(sinceEpoch)};
+}
+
+bool LinuxFiles::move(const std::string& from, const std::string& to) {
+  if (!canNameAFile(from) || !canNameAFile(to)) return false;
+  if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) return true;
+  // Some file systems cannot rename without replacing.
+  return errno == EINVAL && ::link(from.c_str(), to.c_str()) == 0 && ::unlink(from.c_str()) == 0;
+}
+
+FileLock LinuxFiles::lock(const std::string& path) {
+  if (!canNameAFile(path)) return {};
+  FileDescriptor file(::open(path.c_str(),
+                             O_RDWR | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY,
+                             S_IRUSR | S_IWUSR));
+  if (!file.isOpen()) return {};
+  if (::flock(file.number(), LOCK_EX | LOCK_NB) != 0) return {nullptr, errno == EWOULDBLOCK};
+  return {std::make_shared<HeldLock>(std::move(file)), false};
 }
 
 std::string homeFolder() {

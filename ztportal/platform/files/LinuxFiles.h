@@ -27,6 +27,11 @@ class LinuxFiles final : public Files {
   bool writePrivate(const std::string& path, std::string_view content) override;
   /// Removes a file, a link or an empty folder.
   bool remove(const std::string& path) override;
+  std::optional<FileFacts> facts(const std::string& path) override;
+  bool move(const std::string& from, const std::string& to) override;
+  /// By flock(): a child that the process forks meanwhile does not keep the lock when its parent
+  /// releases it.
+  FileLock lock(const std::string& path) override;
 };
 
 /// The user's data folder (XDG base directories): `$XDG_DATA_HOME`, or `.local/share` in the user's

@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -211,6 +212,47 @@ TYPED_TEST(FilesContract, RemovesAFolderOnlyWhenItIsEmpty) {
   EXPECT_FALSE(this->files().exists(this->path("a")));
 }
 
+TYPED_TEST(FilesContract, TellsSizeAndTimeOfAFile) {
+  const auto before = std::chrono::system_clock::now();
+  ASSERT_TRUE(this->files().write(this->path("file"), "12345"));
+  const auto facts = this->files().facts(this->path("file"));
+  ASSERT_TRUE(facts);
+  EXPECT_EQ(facts->bytes, 5U);
+  EXPECT_LT(std::chrono::abs(facts->time - before), std::chrono::minutes(1));
+  EXPECT_TRUE(this->files().facts(this->root()));
+  EXPECT_FALSE(this->files().facts(this->path("missing")));
+}
+
+TYPED_TEST(FilesContract, MovesAFileAndReplacesNothing) {
+  ASSERT_TRUE(this->files().createFolders(this->path("a")));
+  ASSERT_TRUE(this->files().write(this->path("file"), "moved"));
+  ASSERT_TRUE(this->files().write(this->path("other"), "kept"));
+  EXPECT_FALSE(this->files().move(this->path("file"), this->path("other")));
+  EXPECT_FALSE(this->files().move(this->path("missing"), this->path("new")));
+  EXPECT_FALSE(this->files().move(this->path("file"), this->path("missing/new")));
+  EXPECT_TRUE(this->files().move(this->path("file"), this->path("a/new")));
+  EXPECT_THAT(this->read(this->path("a/new")), Optional(std::string("moved")));
+  EXPECT_THAT(this->read(this->path("other")), Optional(std::string("kept")));
+  EXPECT_FALSE(this->files().exists(this->path("file")));
+}
+
+TYPED_TEST(FilesContract, LocksAFileUntilTheLockIsReleased) {
+  const zt::FileLock first = this->files().lock(this->path("lock"));
+  EXPECT_TRUE(first.held);
+  EXPECT_FALSE(first.isBusy);
+  {
+    const zt::FileLock other = this->files().lock(this->path("other"));
+    EXPECT_TRUE(other.held);
+    const zt::FileLock second = this->files().lock(this->path("lock"));
+    EXPECT_FALSE(second.held);
+    EXPECT_TRUE(second.isBusy);
+  }
+  EXPECT_TRUE(this->files().lock(this->path("other")).held);
+  const zt::FileLock nowhere = this->files().lock(this->path("missing/lock"));
+  EXPECT_FALSE(nowhere.held);
+  EXPECT_FALSE(nowhere.isBusy);
+}
+
 TYPED_TEST(FilesContract, AnEmptyTextNamesNothing) {
   EXPECT_FALSE(this->files().exists(""));
   EXPECT_FALSE(this->files().isFolder(""));
@@ -221,6 +263,9 @@ TYPED_TEST(FilesContract, AnEmptyTextNamesNothing) {
   EXPECT_FALSE(this->files().createPrivateFolders(""));
   EXPECT_FALSE(this->files().writePrivate("", "x"));
   EXPECT_FALSE(this->files().remove(""));
+  EXPECT_FALSE(this->files().facts(""));
+  EXPECT_FALSE(this->files().move("", this->path("new")));
+  EXPECT_FALSE(this->files().lock("").held);
 }
 
 TYPED_TEST(FilesContract, APathWithANulByteNamesNothing) {
@@ -237,6 +282,9 @@ TYPED_TEST(FilesContract, APathWithANulByteNamesNothing) {
   EXPECT_FALSE(this->files().createPrivateFolders(this->path("new") + kNulByte));
   EXPECT_FALSE(this->files().writePrivate(file, "x"));
   EXPECT_FALSE(this->files().remove(file));
+  EXPECT_FALSE(this->files().facts(file));
+  EXPECT_FALSE(this->files().move(file, this->path("new")));
+  EXPECT_FALSE(this->files().lock(file).held);
   EXPECT_THAT(this->read(this->path("file")), Optional(std::string("kept")));
   EXPECT_THAT(this->files().list(this->root()), Optional(UnorderedElementsAre("a", "file")));
 }
