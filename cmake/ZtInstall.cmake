@@ -61,7 +61,8 @@ install(
   ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
 
 get_directory_property(headers DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_PUBLIC_HEADERS)
-foreach(header IN LISTS headers)
+get_directory_property(separate DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ZT_SEPARATE_HEADERS)
+foreach(header IN LISTS headers separate)
   cmake_path(GET header PARENT_PATH module)
   install(
     FILES "${PROJECT_SOURCE_DIR}/ztportal/${header}"

@@ -2,8 +2,8 @@
 
 /// Reports the runs of a desktop application to its customer's reporting server.
 ///
-/// This header includes the whole public interface. A host creates a document, fills it with pools,
-/// and sends it:
+/// This header includes the whole public interface, except `ztportal/base/ZtFormat.h`, which needs
+/// {fmt}. A host creates a document, fills it with pools, and sends it:
 ///
 ///     auto document = ZtPortalData::initWithValues(configurationUrl, false, "Kelvane",
 ///                                                  "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}",
@@ -23,6 +23,10 @@
 /// thread of its own: at most one in the process at any time. A look-up that does not end within
 /// the two seconds of its request leaves that thread behind until the system gives up; meanwhile
 /// every request that needs a name fails at once, as without a network. Addresses need no thread.
+
+#if __cplusplus < 202002L
+#error "ztportal needs C++20: compile with -std=c++20 or a later standard."
+#endif
 
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

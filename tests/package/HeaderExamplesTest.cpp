@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -6,12 +7,14 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -19,6 +22,7 @@
 #include "tests/support/Inbox.h"
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "ztportal/base/ZtFormat.h"
 #include "ztportal/ztportal.h"
 
 // Runs the examples in the comments of the public headers. The last test checks that each line of
@@ -41,11 +45,20 @@ TEST(HeaderExamplesTest, ZtString) {
   ZtString same = edition;
   ZtString none = nullptr;
   bool known = !none.isNull();
-  std::string line{edition.view()};
+  std::string line(edition);
   EXPECT_EQ(same.view().data(), edition.view().data());
   EXPECT_FALSE(known);
   EXPECT_EQ(line, "Home");
   EXPECT_EQ(GREETING, "hello");
+
+  std::unordered_set<ZtString> editions{edition};
+  EXPECT_EQ(editions.count("Home"), 1U);
+  testing::internal::CaptureStdout();
+  std::cout << edition << '\n';
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "Home\n");
+
+  std::string name = fmt::format("{:>8}", ZtString("Home"));
+  EXPECT_EQ(name, "    Home");
 }
 
 TEST(HeaderExamplesTest, ZtException) {

@@ -26,7 +26,17 @@ else()
   string(STRIP "${output}" output)
   list(APPEND flags "-Wl,-rpath,${output}")
 endif()
-run("${COMPILER}" -std=c++20 "${SOURCE}" -o "${PROGRAM}" ${flags})
+run(pkg-config --variable=cxx_standard ztportal)
+string(STRIP "${output}" standard)
+set(compile "${COMPILER}" -std=c++${standard} "${SOURCE}" -o "${PROGRAM}" ${flags})
+run(${compile})
+
+# A host with other containers than the library does not link, and reads why.
+execute_process(COMMAND ${compile} -D_GLIBCXX_DEBUG -o "${PROGRAM}.debug" RESULT_VARIABLE result
+                ERROR_VARIABLE errors)
+if(result EQUAL 0 OR NOT errors MATCHES "ZtBuildTheLibraryWithGlibcxxDebugToo")
+  message(FATAL_ERROR "a host with -D_GLIBCXX_DEBUG links, or does not read why not:\n${errors}")
+endif()
 
 run(readelf --dynamic "${PROGRAM}")
 string(FIND "${output}" "libztportal.so.1" found)

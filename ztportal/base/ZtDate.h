@@ -39,6 +39,7 @@ class ZtDate {
   friend constexpr auto operator<=>(ZtDate, ZtDate) noexcept = default;
 
  private:
-  static constexpr std::int64_t kMissing = std::numeric_limits<std::int64_t>::min();
+  static constexpr std::int64_t kMissing =
+      (std::numeric_limits<std::int64_t>::min)();  // a host may have a macro min
   std::int64_t _milliseconds = kMissing;
 };

@@ -13,3 +13,13 @@
 #else
 #define ZT_LOCAL
 #endif
+
+#ifdef _GLIBCXX_DEBUG
+/// The containers of the standard library have another layout with this macro, so a host that has
+/// it needs a library that was built with it. With any other library the host does not link,
+/// instead of failing at run time.
+extern ZT_EXPORT const char ZtBuildTheLibraryWithGlibcxxDebugToo;
+namespace zt {
+[[gnu::used]] inline const char* const kDebugContainers = &ZtBuildTheLibraryWithGlibcxxDebugToo;
+}
+#endif

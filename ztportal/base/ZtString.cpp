@@ -2,6 +2,11 @@
 
 #include <cstring>
 #include <new>
+#include <ostream>
+
+#ifdef _GLIBCXX_DEBUG
+const char ZtBuildTheLibraryWithGlibcxxDebugToo = 0;
+#endif
 
 ZtString::ZtString(std::string_view text) {
   void* memory = ::operator new(sizeof(Text) + text.size());
@@ -13,6 +18,10 @@ ZtString::ZtString(const char* text)
     : ZtString(text == nullptr ? ZtString() : ZtString(std::string_view(text))) {}
 
 ZtString::ZtString(const std::string& text) : ZtString(std::string_view(text)) {}
+
+std::ostream& operator<<(std::ostream& stream, const ZtString& text) {
+  return stream << text.printed();
+}
 
 void ZtString::release() noexcept {
   if (_text->holders.load(std::memory_order_relaxed) == kConstant) return;

@@ -5,6 +5,7 @@
 #include <compare>
 #include <cstddef>
 #include <functional>
+#include <iosfwd>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -20,7 +21,11 @@
 ///     ZtString same = edition;                 // shares the bytes
 ///     ZtString none = nullptr;                 // missing
 ///     bool known = !none.isNull();             // false
-///     std::string line{edition.view()};
+///     std::string line(edition);               // copies the bytes
+///     std::cout << edition << '\n';
+///     std::unordered_set<ZtString> editions{edition};
+///
+/// `ztportal/base/ZtFormat.h` makes it a value for {fmt}.
 ///
 /// Threads: one object is used by one thread at a time; different threads may use copies that share
 /// their bytes. Static initialisers of any file may create and use strings.
@@ -99,6 +104,9 @@ class ZT_EXPORT ZtString {
     return {reinterpret_cast<const char*>(_text + 1), _text->length};
   }
 
+  /// A copy of the bytes; empty for a missing string.
+  explicit operator std::string() const { return std::string(view()); }
+
   /// The bytes as writers print them: "(null)" for a missing string.
   std::string_view printed() const noexcept { return _text == nullptr ? "(null)" : view(); }
 
@@ -120,8 +128,11 @@ class ZT_EXPORT ZtString {
   /// Byte order; a missing string comes before all others.
   friend std::strong_ordering operator<=>(const ZtString& left, const ZtString& right) noexcept {
     if (left.isNull() || right.isNull()) return right.isNull() <=> left.isNull();
-    return left.view() <=> right.view();
+    return left.view().compare(right.view()) <=> 0;  // libc++ 14 has no <=> for views
   }
+
+  /// Writes `printed()`; width and fill of the stream apply.
+  friend ZT_EXPORT std::ostream& operator<<(std::ostream& stream, const ZtString& text);
 
  private:
   constexpr explicit ZtString(Text* text) noexcept : _text(text) {}

@@ -99,7 +99,7 @@ void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& respons
     say(receipt.message, "The response is not the expected one.");
   } else if (response.status != 0) {
     receipt.outcome = ZtDeliveryOutcome::Refused;
-    receipt.error = ZtDeliveryError::Status;
+    receipt.error = ZtDeliveryError::HttpStatus;
     say(receipt.message, "The server responded with HTTP status ", std::to_string(response.status),
         ".");
   } else {

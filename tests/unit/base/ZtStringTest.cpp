@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <iomanip>
 #include <set>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <type_traits>
 #include <unordered_set>
 #include <vector>
 
@@ -93,6 +96,19 @@ TEST(ZtStringTest, PrintsAMissingTextAsNull) {
   EXPECT_EQ(ZtString("").printed(), "");
   EXPECT_EQ(ZtString("text").printed(), "text");
   EXPECT_EQ(ZtString().view(), "");
+}
+
+TEST(ZtStringTest, PrintsToAStreamWithItsFormat) {
+  std::ostringstream stream;
+  stream << std::setw(6) << std::setfill('.') << ZtString("Home") << ZtString() << ZtString("");
+  EXPECT_EQ(stream.str(), "..Home(null)");
+}
+
+TEST(ZtStringTest, ConvertsToAStandardStringOnlyWhenAsked) {
+  const std::string bytes("a\0z", 3);
+  EXPECT_EQ(std::string(ZtString(bytes)), bytes);
+  EXPECT_EQ(static_cast<std::string>(ZtString()), "");
+  static_assert(!std::is_convertible_v<ZtString, std::string>);
 }
 
 constinit const ZtString kMadeByTheCompiler = ZtString::constant<"compiled">();

@@ -14,7 +14,7 @@ enum class ZtDeliveryError : std::uint8_t {
   Timeout,     ///< a time limit came first
   Transfer,    ///< the connection ended before the response was complete
   Redirect,    ///< too many redirects, or one that is not followed
-  Status,      ///< the HTTP status
+  HttpStatus,  ///< a status outside 200 to 299
   Content,     ///< the content of the response
   File,        ///< the saved report
   Host,        ///< the host's own transport
