@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "tests/integration/ztreport/DoctorTest.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -39,6 +40,9 @@ class Authority {
   }
 
   std::string file(const std::string& name) const { return _folder.path(name); }
+  void write(const std::string& name, const std::string& content) const {
+    _folder.write(name, content);
+  }
 
  private:
   static std::string newKey(const std::string& name) {
@@ -53,12 +57,13 @@ class Authority {
   TemporaryFolder _folder;
 };
 
-/// A server on a free port of the loopback interface.
+/// A server on a free port of the loopback interface, with the files in the folder of `authority`.
 class TlsServer {
  public:
   TlsServer(const Authority& authority, const std::string& name)
-      : _server({"openssl", "s_server", "-accept", "127.0.0.1:0", "-www", "-cert",
-                 authority.file(name + ".pem"), "-key", authority.file(name + ".key")}) {
+      : _server({"/bin/sh", "-c",
+                 "cd '" + authority.file("") + "' && exec openssl s_server -accept 127.0.0.1:0 " +
+                     "-WWW -cert " + name + ".pem -key " + name + ".key"}) {
     constexpr std::string_view kListens = "ACCEPT ";
     while (const auto line = _server.readLine()) {
       if (!line->starts_with(kListens)) continue;
@@ -123,6 +128,20 @@ TEST_F(DoctorCertificateTest, SaysWhatIsWrongWithACertificate) {
                            authority.file("ca.pem") + " (SSL_CERT_FILE) and the CA folder /"));
     EXPECT_THAT(finding, testing::EndsWith(" -> " + row.remedy));
   }
+}
+
+TEST_F(DoctorCertificateTest, PassesWithACertificateOfAPrivateAuthority) {
+  const ReportingServer reporting;
+  const Authority authority;
+  authority.certify("server", "IP:127.0.0.1", "20260101000000Z", "20990101000000Z");
+  authority.write("kelvane.xml", reporting.healthyBody(RequestKind::Configuration));
+  const TlsServer server(authority, "server");
+  EXPECT_EQ(examine(server.url()).status, 1);
+  program.setVariable("SSL_CERT_FILE=" + authority.file("ca.pem"));
+  const Diagnosis diagnosis = examine(server.url());
+  EXPECT_EQ(diagnosis.status, 0);
+  EXPECT_EQ(diagnosis.findings.at("configuration"), "ok: read");
+  EXPECT_EQ(diagnosis.findings.at("version answer"), "ok: 7.3");
 }
 
 TEST_F(DoctorCertificateTest, NamesTheCertificatesOfTheSystemOrOfTheFolder) {

@@ -10,13 +10,12 @@ namespace zt::tools {
 
 namespace {
 
-/// In the form $'…', with three octal digits for each byte that is not printable ASCII.
+/// In the form $'…', with three octal digits for each byte that is not printable ASCII, and for
+/// quotes and backslashes: without the latter it is one word for every shell.
 std::string escapedWord(std::string_view text) {
   std::string word = "$'";
   for (const char character : text) {
-    const bool isPlain = character >= ' ' && character <= '~';
-    if (isPlain && (character == '\'' || character == '\\')) word += '\\';
-    if (isPlain) {
+    if (character >= ' ' && character <= '~' && character != '\'' && character != '\\') {
       word += character;
       continue;
     }

@@ -19,7 +19,7 @@ TEST(ShellWordTest, IsTheTextForAShell) {
       {"';reboot;'", R"(''\'';reboot;'\''')"},
       {"$HOME `id` \\ \"", "'$HOME `id` \\ \"'"},
       {"Ä", "'Ä'"},
-      {"a\nb'\\", R"($'a\012b\'\\')"},
+      {"a\nb'\\", R"($'a\012b\047\134')"},
       {"\x1b[31m1", R"($'\033[31m1')"},
       {"\xff", R"($'\377')"},
       {"a\u202eb", R"($'a\342\200\256b')"},
@@ -30,6 +30,13 @@ TEST(ShellWordTest, IsTheTextForAShell) {
     EXPECT_EQ(printed.output, text);
     EXPECT_EQ(printed.status, 0);
   }
+}
+
+// A shell without this form, such as dash, ended the word at an escaped quote, and ran the rest.
+TEST(ShellWordTest, RunsNothingInAShellWithoutTheForm) {
+  const std::string word = tools::shellWord("a\n'; echo pwned; #");
+  EXPECT_EQ(word, R"($'a\012\047; echo pwned; #')");
+  EXPECT_EQ(runProgram("/bin/sh", {"-c", ": " + word}).output, "");
 }
 
 }  // namespace
