@@ -20,6 +20,7 @@
 #include "ztportal/system/Consent.h"
 #include "ztportal/system/HostFolder.h"
 #include "ztportal/system/HostRules.h"
+#include "ztportal/system/ZtHost.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
 namespace {
@@ -97,7 +98,8 @@ ZtPortalData::ZtPortalData(Creation /*creation*/, ZtString configurationUrl,
       _customerId(std::move(customerId)),
       _applicationId(std::move(applicationId)),
       _applicationVersion(std::move(applicationVersion)),
-      _server(std::make_unique<zt::ReportingServer>(std::move(configurationUrl))),
+      _server(std::make_unique<zt::ReportingServer>(std::move(configurationUrl),
+                                                    ZtHost::transportOptions())),
       _cacheConfiguration(cacheConfiguration) {
   _initHttp(_server->configurationUrl(), _cacheConfiguration);
 }
@@ -193,6 +195,12 @@ const ZtString& ZtPortalData::serverVersion() const { return _server->version();
 bool ZtPortalData::gotConfiguration() const { return _server->gotConfiguration(); }
 bool ZtPortalData::online() const { return _server->online(); }
 
+std::string ZtPortalData::setTransportOptions(ZtTransportOptions options) {
+  std::string problem = options.problem();
+  if (problem.empty()) _server->setOptions(std::move(options));
+  return problem;
+}
+
 ZtString ZtPortalData::_localSupportFolder() { return orMissing(zt::hostFolder()); }
 
 ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& relativePath) {
@@ -201,7 +209,7 @@ ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& rela
 }
 
 ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command) {
-  return zt::ReportingServer::exchange(url, command);
+  return zt::ReportingServer::exchange(url, command, _server->options());
 }
 
 void ZtPortalData::_initHttp(const ZtString& /*url*/, bool cacheConfiguration) {

@@ -23,6 +23,12 @@ ZtAtomic<std::shared_ptr<const Info>>& givenInfo() {
   return *info;
 }
 
+/// Null before the host has set them; never destroyed either.
+ZtAtomic<std::shared_ptr<const ZtTransportOptions>>& givenTransportOptions() {
+  static auto* const options = new ZtAtomic<std::shared_ptr<const ZtTransportOptions>>();
+  return *options;
+}
+
 const Info& mainBundleInfo() {
   static const auto* const info = [] {
     const std::optional<zt::Bundle> bundle = zt::Bundle::above(zt::executablePath());
@@ -47,6 +53,19 @@ ZtString ZtHost::bundleInfo(const std::string& key) {
   const Info& info = given != nullptr ? *given : mainBundleInfo();
   if (const auto found = info.find(key); found != info.end()) return found->second;
   return key == "CFBundleName" ? executableName() : ZtString();
+}
+
+std::string ZtHost::setTransportOptions(ZtTransportOptions options) {
+  std::string problem = options.problem();
+  if (problem.empty()) {
+    givenTransportOptions().store(std::make_shared<const ZtTransportOptions>(std::move(options)));
+  }
+  return problem;
+}
+
+ZtTransportOptions ZtHost::transportOptions() {
+  const std::shared_ptr<const ZtTransportOptions> given = givenTransportOptions().load();
+  return given != nullptr ? *given : ZtTransportOptions();
 }
 
 void ZtHost::closeConnections() {

@@ -7,6 +7,7 @@
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtLog.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/http/ZtTransportOptions.h"
 #include "ztportal/system/ZtPrivacy.h"
 
 /// The identity of the host application. Its name determines the folder of its saved reports; every
@@ -30,6 +31,12 @@ class ZT_EXPORT ZtHost {
   /// The value of a key from `setBundleInfo`, or if that was never called from the main bundle.
   /// Missing for an unknown key, except "CFBundleName": that is then the executable's file name.
   static ZtString bundleInfo(const std::string& key);
+
+  /// How the requests of all documents that are created from now on travel. Returns
+  /// `options.problem()`: if that is not empty, the options stay as they were.
+  static std::string setTransportOptions(ZtTransportOptions options);
+  /// Those of the last successful call; the defaults before that.
+  static ZtTransportOptions transportOptions();
 
   /// Closes the connections that the library keeps for the next report of the calling thread: to
   /// the reporting server and to the session bus. The next report opens new ones. For hosts that
