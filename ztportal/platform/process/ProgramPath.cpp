@@ -77,17 +77,19 @@ std::string executablePath() {
 std::string libexecFolder() {
   std::error_code error;
   const fs::path file = fs::canonical(fileOfThisCode(), error);
+  const uid_t owner = ownerOf(file);
+  std::vector<fs::path> folders;
   if (!error) {
-    const uid_t owner = ownerOf(file);
     const fs::path above = file.parent_path().parent_path();
-    for (const fs::path& prefix : {above, above.parent_path()}) {
-      const fs::path folder = libexecIn(prefix);
-      if (isFolder(folder) && isTrusted(folder, owner) && isTrusted(folder.parent_path(), owner)) {
-        return folder;
-      }
+    folders = {libexecIn(above), libexecIn(above.parent_path())};
+  }
+  folders.emplace_back(ZT_LIBEXEC_FOLDER);
+  for (const fs::path& folder : folders) {
+    if (isFolder(folder) && isTrusted(folder, owner) && isTrusted(folder.parent_path(), owner)) {
+      return folder;
     }
   }
-  return isFolder(ZT_LIBEXEC_FOLDER) ? ZT_LIBEXEC_FOLDER : "";
+  return {};
 }
 
 std::vector<std::string> missingLibexecPrograms() {

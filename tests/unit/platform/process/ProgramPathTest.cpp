@@ -131,12 +131,12 @@ class LibexecFolderTest : public testing::Test {
   }
 
   /// The folder that a copy of a shared library with this code finds.
-  std::string foundByLibrary(const std::string& name) {
+  std::string foundByLibrary(const std::string& name, const char* symbol = "zt_libexec_folder") {
     const std::string path = copy(zt::test::paths::kLibexecLibrary, name);
     const std::unique_ptr<void, zt::Free<::dlclose>> library(::dlopen(path.c_str(), RTLD_NOW));
     if (!library) return ::dlerror();
     using Function = const char*();
-    auto* const function = reinterpret_cast<Function*>(::dlsym(library.get(), "zt_libexec_folder"));
+    auto* const function = reinterpret_cast<Function*>(::dlsym(library.get(), symbol));
     return function != nullptr ? function() : "no such function";
   }
 
@@ -179,12 +179,20 @@ TEST_F(LibexecFolderTest, LinksToTheLibraryAreFollowed) {
   EXPECT_EQ(reinterpret_cast<Function*>(::dlsym(library.get(), "zt_libexec_folder"))(), libexec);
 }
 
+// The prefix was trusted whoever had made the folder. It is any path that a build was given, such
+// as one in /tmp, and may not be there where the library runs.
 TEST_F(LibexecFolderTest, TheInstallationPrefixIsTheLastResort) {
-  const std::string configured = zt::test::paths::kLibexecFolder;
-  const std::string expected = std::filesystem::is_directory(configured) ? configured : "";
-  EXPECT_EQ(foundByProgram("bin/program"), expected);
+  const std::string installed = foundByLibrary("lib/libasked.so", "zt_installed_folder");
+  std::filesystem::remove_all(installed);
+  EXPECT_EQ(foundByLibrary("lib/libfirst.so"), "");
+  std::filesystem::create_directories(installed);
+  EXPECT_EQ(foundByLibrary("lib/libsecond.so"), installed);
+  ASSERT_EQ(::chmod(installed.c_str(), 0777), 0);
+  EXPECT_EQ(foundByLibrary("lib/libthird.so"), "");
+  ASSERT_EQ(::chmod(installed.c_str(), 0755), 0);
   _folder.write("libexec/ztportal", "a file");
-  EXPECT_EQ(foundByLibrary("lib/libsome.so"), expected);
+  EXPECT_EQ(foundByLibrary("lib/libfourth.so"), installed);
+  std::filesystem::remove_all(installed);
 }
 
 // A program in /tmp/setup ran whatever somebody had put into /tmp/libexec/ztportal.
