@@ -154,6 +154,24 @@ TEST(HeaderExamplesTest, ZtHost) {
                          {"CFBundleVersion", "77"}});
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "Setup");
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleVersion"), "77");
+
+  ZtHost::setValueFilter([](auto, std::string_view name, auto) {
+    return name == "MachineID" ? ZtDecision::drop() : ZtDecision::keep();
+  });
+  const auto document = localDocument();
+  document->addPool("CUSTOM", ZtDate::now());
+  EXPECT_THAT(document->generateXml(nullptr, false), HasSubstr("<MachineID></MachineID>"));
+  ZtHost::setValueFilter(nullptr);
+}
+
+ZtDecision withoutAda(std::string_view text) {
+  if (text == "Ada") return ZtDecision::replace("somebody");
+  return ZtDecision::keep();
+}
+
+TEST(HeaderExamplesTest, ZtPrivacy) {
+  EXPECT_EQ(withoutAda("Ada").text, "somebody");
+  EXPECT_EQ(withoutAda("Bob").kind, ZtDecision::Kind::Keep);
 }
 
 TEST(HeaderExamplesTest, ZtSystemInfos) {
