@@ -194,6 +194,40 @@ TEST(HeaderExamplesTest, ZtPortalData) {
   EXPECT_EQ(inbox.reports().size(), 1U);
 }
 
+TEST(HeaderExamplesTest, ZtDelivery) {
+  const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+  zt::test::Inbox inbox({"--answer", "error:503"});
+  ZtTransportOptions direct;
+  direct.proxy = "";
+  EXPECT_EQ(ZtHost::setTransportOptions(direct), "");
+  std::vector<std::int32_t> shown;
+  const auto show = [&shown](std::int32_t status) { shown.push_back(status); };
+  const auto warn = [](const std::string& reason) { ADD_FAILURE() << reason; };
+  const auto document =
+      ZtPortalData::initWithValues(inbox.configurationUrl(), false, "Kelvane", "", "2.1");
+  document->addPool("CUSTOM", ZtDate::now());
+  if (!document->reportToServer()) {
+    const ZtDelivery delivery = document->lastDelivery();
+    if (delivery.outcome == ZtDeliveryOutcome::Refused) show(delivery.httpStatus);
+    if (delivery.savedTo.empty()) warn(delivery.saveError);
+  }
+  EXPECT_THAT(shown, testing::ElementsAre(503));
+  EXPECT_EQ(ZtHost::setTransportOptions({}), "");
+}
+
+TEST(HeaderExamplesTest, ZtTransportOptions) {
+  std::vector<std::string> warnings;
+  const auto warn = [&warnings](const std::string& wrong) { warnings.push_back(wrong); };
+  ZtTransportOptions options;
+  options.proxy = "http://proxy.example.com:3128";
+  options.authorityFile = "/opt/setup/ca.pem";
+  options.timeout = std::chrono::minutes(5);
+  options.idleTimeout = std::chrono::seconds(10);
+  const std::string wrong = ZtHost::setTransportOptions(options);
+  if (!wrong.empty()) warn(wrong);
+  EXPECT_THAT(warnings, testing::ElementsAre("authorityFile: /opt/setup/ca.pem cannot be read"));
+}
+
 TEST(HeaderExamplesTest, ZtReportStore) {
   const zt::test::TemporaryFolder data;
   const ScopedEnvironment dataHome("XDG_DATA_HOME", data.path().c_str());
