@@ -19,6 +19,7 @@
 #include "tests/support/Inbox.h"
 #include "tests/support/Printing.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "tests/support/TemporaryFolder.h"
 #include "ztportal/ztportal.h"
 
 // Runs the examples in the comments of the public headers. The last test checks that each line of
@@ -207,6 +208,36 @@ TEST(HeaderExamplesTest, ZtTransportOptions) {
   const std::string wrong = ZtHost::setTransportOptions(options);
   if (!wrong.empty()) warn(wrong);
   EXPECT_THAT(warnings, testing::ElementsAre("authorityFile: /opt/setup/ca.pem cannot be read"));
+}
+
+TEST(HeaderExamplesTest, ZtReportStore) {
+  const zt::test::TemporaryFolder data;
+  const ScopedEnvironment dataHome("XDG_DATA_HOME", data.path().c_str());
+  const ScopedEnvironment noProxy("no_proxy", "*");
+  const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+  zt::test::Inbox inbox;
+  const ZtString configurationUrl = inbox.configurationUrl();
+  const auto document = localDocument();
+  document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
+  document->saveReport();
+  std::vector<std::string> logged;
+  const auto log = [&logged](const std::string& path, const std::string&) {
+    logged.push_back(path);
+  };
+  const auto tryAgainIn = [](std::chrono::seconds) {};
+
+  ZtReportStore store;
+  for (const ZtSavedReport& saved : store.list()) {
+    if (!saved.canBeSent()) log(saved.path, saved.problem());
+  }
+  ZtSendOptions options;
+  options.configurationUrl = configurationUrl;
+  options.budget = std::chrono::seconds(30);
+  const ZtSendResult result = store.send(options);
+  if (result.end == ZtSendEnd::Deferred) tryAgainIn(result.retryAfter);
+  EXPECT_THAT(logged, testing::IsEmpty());
+  EXPECT_EQ(result.accepted, 1U);
+  EXPECT_EQ(inbox.reports().size(), 1U);
 }
 
 class HeaderPoolExamplesTest : public testing::Test {

@@ -22,6 +22,7 @@
 #include "ztportal/portal/RequestText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtUtils.h"
+#include "ztportal/system/Consent.h"
 
 namespace zt {
 
@@ -181,6 +182,10 @@ ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& reque
 ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
                                    const ZtTransportOptions& options, ZtDelivery* receipt) try {
   if (receipt != nullptr) *receipt = {};
+  if (consentIsRevoked()) {
+    if (receipt != nullptr) *receipt = withoutConsent();
+    return "";
+  }
   HttpRequest request;
   request.url = url.view();
   request.method = body.isNull() ? "GET" : "POST";
@@ -221,7 +226,15 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
   return nullptr;
 }
 
+ZtDelivery ReportingServer::withoutConsent() {
+  ZtDelivery receipt;
+  receipt.outcome = ZtDeliveryOutcome::NoConsent;
+  say(receipt.message, "The user has revoked the consent to reports.");
+  return receipt;
+}
+
 ZtDelivery ReportingServer::notSent() const {
+  if (consentIsRevoked()) return withoutConsent();
   ZtDelivery receipt;
   if (!_reportUrl.empty() && url().empty()) {
     receipt.outcome = ZtDeliveryOutcome::NoTestUrl;

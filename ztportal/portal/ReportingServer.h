@@ -31,7 +31,7 @@ class ReportingServer {
   /// string and keeps the last version.
   ZtString readVersion();
 
-  // The only ways to the network.
+  // The only ways to the network. Without the user's consent none sends anything.
 
   /// Posts `request` to `url()`. Accepted if the response confirms the report.
   ZtDelivery send(const ZtString& request) const { return sendTo(url(), request); }
@@ -46,6 +46,8 @@ class ReportingServer {
 
   /// The receipt of a report that is not sent while the server is not ready.
   ZtDelivery notSent() const;
+  /// The receipt of a report that is not sent because the user has revoked the consent.
+  static ZtDelivery withoutConsent();
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;

@@ -18,7 +18,9 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/RequestText.h"
+#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostFolder.h"
+#include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
@@ -31,6 +33,7 @@ ZtString braced(const ZtString& id) {
 }
 
 ZtString machineIdentifier() {
+  if (zt::consentIsRevoked()) return braced(nullptr);
   const auto infos = ZtSystemInfos::getSystemInfos();
   const auto uuid = infos.find(std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view()));
   return braced(uuid != infos.end() ? uuid->second : ZtString());
@@ -244,9 +247,26 @@ bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
 
 void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }
 
+/// Notes in the receipt whether the user has revoked the consent.
+bool ZtPortalData::_isForbidden() {
+  if (!zt::consentIsRevoked()) return false;
+  _delivery = zt::ReportingServer::withoutConsent();
+  return true;
+}
+
+/// The request as the host's hook leaves it. A missing one has been dropped, as the receipt says.
+ZtString ZtPortalData::_afterHook(std::string request) {
+  if (zt::passesRequestHook(request)) return request;
+  _delivery.outcome = ZtDeliveryOutcome::Dropped;
+  fail(_delivery, ZtDeliveryError::NoError, "The host's request hook has dropped the report.");
+  return nullptr;
+}
+
 bool ZtPortalData::reportToServer() try {
   _delivery = {};
-  const ZtString request = _request();
+  if (_isForbidden()) return false;
+  const ZtString request = _afterHook(_request());
+  if (request.isNull()) return false;
   _notifyGhost(request);
   // Only a document that once had a URL tries to connect again.
   if (!_getReportUrl().empty() && !_server->isReady()) {
@@ -267,8 +287,10 @@ bool ZtPortalData::reportToServer() try {
 }
 
 bool ZtPortalData::reportToFile(const ZtString& path) try {
-  if (path.isNull()) return false;
-  if (!zt::Platform::current().files().write(std::string(path.view()), _request())) {
+  if (path.isNull() || zt::consentIsRevoked()) return false;
+  std::string request = _request();
+  if (!zt::passesRequestHook(request)) return false;
+  if (!zt::Platform::current().files().write(std::string(path.view()), request)) {
     zt::log(ZtLogLevel::Error, "report", path.view(),
             " cannot be written: ", std::generic_category().message(errno));
   }
@@ -288,11 +310,14 @@ void ZtPortalData::saveReport() {
 
 /// Saves the report, and notes in the receipt where or why not.
 void ZtPortalData::_save() try {
+  if (_isForbidden()) return;
   const auto store = zt::ReportStore::open();
   std::error_code error(errno, std::generic_category());
   if (store) {
     std::string file = store->fileOf(_reportId);
-    error = store->save(_reportId, _request());
+    const ZtString request = _afterHook(_request());
+    if (request.isNull()) return;
+    error = store->save(_reportId, request.view());
     if (!error) _delivery.savedTo = std::move(file);
   }
   _delivery.saveErrorNumber = error.value();
@@ -313,6 +338,7 @@ void ZtPortalData::_save() try {
 }
 
 bool ZtPortalData::sendSavedReports() try {
+  if (_isForbidden()) return false;
   const auto store = zt::ReportStore::open();
   if (!store) return false;
   for (const std::string& file : store->files()) {
@@ -331,6 +357,7 @@ bool ZtPortalData::sendSavedReports() try {
 
 bool ZtPortalData::sendSavedReport(const ZtString& path) try {
   _delivery = {};
+  if (_isForbidden()) return false;
   if (!_server->isReady()) _initHttp(_server->configurationUrl(), _cacheConfiguration);
   std::string file(path.view());
   if (!_server->online()) {
@@ -347,7 +374,11 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
     zt::log(ZtLogLevel::Warning, "store", file, " is not sent: ", _delivery.message);
     return false;
   }
-  const ZtString request = *saved;
+  const ZtString request = _afterHook(*saved);
+  if (request.isNull()) {
+    _delivery.savedTo = std::move(file);
+    return false;
+  }
   _notifyGhost(request);
   _delivery = _server->send(request);
   _delivery.savedTo = std::move(file);

@@ -173,6 +173,8 @@ class ZT_EXPORT ZtPortalData {
   static ZtString _getReportFolder();
   static void _notifyGhost(const ZtString& request);
   void _save();
+  bool _isForbidden();
+  ZtString _afterHook(std::string request);
 
   std::vector<std::shared_ptr<ZtPortalPool>> _pools;
   ZtString _reportId;

@@ -15,7 +15,7 @@ namespace {
 
 /// Path of the host's folder below the user's. A name that would lead elsewhere is replaced by that
 /// of the executable file.
-std::optional<std::string> hostPath() {
+std::optional<std::string> nameOfHostFolder() {
   const ZtString name = ZtHost::bundleInfo("CFBundleName");
   if (name.isNull()) {
     logOnce(ZtLogLevel::Warning, "store", "there is no store, because the host has no name");
@@ -46,8 +46,15 @@ std::optional<std::string> supportFolder(std::int16_t domain, std::string_view r
 }
 
 std::optional<std::string> hostFolder() {
-  const std::optional<std::string> path = hostPath();
-  return path ? supportFolder(kUserDomain, *path) : std::nullopt;
+  const std::optional<std::string> name = nameOfHostFolder();
+  return name ? supportFolder(kUserDomain, *name) : std::nullopt;
+}
+
+std::optional<std::string> hostFolderPath() {
+  const std::optional<std::string> name = nameOfHostFolder();
+  if (!name) return std::nullopt;
+  const std::optional<std::string> root = Platform::current().supportFolder().path(kUserDomain);
+  return root ? std::optional(joinedPath(*root, *name)) : std::nullopt;
 }
 
 }  // namespace zt

@@ -21,4 +21,7 @@ std::optional<std::string> supportFolder(std::int16_t domain, std::string_view r
 /// created like every support folder. Nullopt for a host without a name.
 std::optional<std::string> hostFolder();
 
+/// Path of the host's folder, whether it exists or not.
+std::optional<std::string> hostFolderPath();
+
 }  // namespace zt

@@ -10,6 +10,8 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
+#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 
 namespace {
 
@@ -76,5 +78,17 @@ void ZtHost::closeConnections() {
 }
 
 std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }
+
+void ZtHost::setValueEscaping(bool isOn) { zt::rules::isEscaping = isOn; }
+
+bool ZtHost::setConsent(ZtConsent consent) { return zt::keepConsent(consent); }
+
+ZtConsent ZtHost::consent() { return zt::readConsent(); }
+
+void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
+
+void ZtHost::setValueFilter(ZtValueFilter filter) { zt::setValueFilter(std::move(filter)); }
+
+void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setRequestHook(std::move(hook)); }
 
 void ZtHost::setLogHandler(ZtLogHandler handler) { zt::setLogHandler(std::move(handler)); }

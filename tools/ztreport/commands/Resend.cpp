@@ -127,6 +127,7 @@ Exit resendAll(const std::string& configurationUrl, const ResendOptions& options
 
 Exit resend(const std::string& configurationUrl, const ResendOptions& options, Output output) {
   checkConfigurationUrl(configurationUrl);
+  requireConsent();
   const std::string folder = storeFolder();
   if (options.skipUnsendable || options.retry) return resendAll(configurationUrl, options, output);
   std::vector<std::string> paths = savedReportPaths(folder);
