@@ -161,6 +161,12 @@ TEST(DocumentExamplesTest, OfPrivacy) {
   EXPECT_GE(reader.count(), 3) << "the blocks are not found";
 }
 
+TEST(DocumentExamplesTest, OfTheLog) {
+  Reader reader;
+  reader.read(paths::kSource + "/docs/log.md");
+  EXPECT_GE(reader.count(), 2) << "the blocks are not found";
+}
+
 TEST(DocumentExamplesTest, OfTroubleshooting) {
   Reader reader;
   reader.read(zt::test::paths::kSource + "/docs/troubleshooting.md");

@@ -361,6 +361,15 @@ TEST_F(HeaderPoolExamplesTest, ZtApplicationIds) {
   EXPECT_EQ(report->appId(), REP_APPID_NORVANTEL_REPAIRTOOL);
 }
 
+TEST(HeaderExamplesTest, ZtLog) {
+  testing::internal::CaptureStderr();
+  ZtHost::setLogHandler(ZtLogToStderr);
+  ZtReport::initWithCustomerAndGuid("nobody", nullptr);
+  ZtHost::setLogHandler(nullptr);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "ztportal: error: report: there is no report: the customer is unknown\n");
+}
+
 std::string contentOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   std::string content{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};

@@ -1,9 +1,12 @@
 #include <CLI/CLI.hpp>
+#include <array>
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -17,6 +20,15 @@
 namespace zt::tools {
 
 namespace {
+
+/// The options for requests as they were typed.
+struct TransportArguments {
+  std::string authorityFile;
+  std::optional<std::string> proxy;
+  std::optional<unsigned> seconds;
+  std::vector<std::string> headers;
+  bool gzip = false;
+};
 
 /// The options as they were typed, and the command.
 struct Arguments {
@@ -38,6 +50,7 @@ struct Arguments {
   unsigned olderThanDays = 0;
   RunOptions run;
   ResendOptions resend;
+  TransportArguments transport;
   std::function<Exit()> command;
 
   Output output() const {
@@ -104,6 +117,33 @@ void addServer(CLI::App& command, Arguments& arguments) {
       ->type_name("URL");
 }
 
+void addTransport(CLI::App& command, TransportArguments& transport) {
+  constexpr const char* kGroup = "Transport";
+  command
+      .add_option("--ca", transport.authorityFile,
+                  "Certificate authorities to trust, in place of the system's (PEM)")
+      ->type_name("FILE")
+      ->group(kGroup);
+  command
+      .add_option("--proxy", transport.proxy,
+                  "Proxy to use, in place of that of the environment; empty for none")
+      ->type_name("URL")
+      ->group(kGroup);
+  command.add_option("--timeout", transport.seconds, "Seconds for each request (default: 2)")
+      ->type_name("SECONDS")
+      ->group(kGroup);
+  command
+      .add_option("--header", transport.headers,
+                  "A header for each request, \"NAME: VALUE\"; can be repeated")
+      ->type_name("TEXT")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->group(kGroup);
+  command.add_flag("--gzip", transport.gzip, "Compress the requests; the server must support it")
+      ->disable_flag_override()
+      ->group(kGroup);
+}
+
 void addReportCommands(CLI::App& app, Arguments& arguments) {
   CLI::App* render = addCommand(
       app, arguments, "render", "Print the text of a report",
@@ -127,6 +167,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
   addEscape(*send, arguments);
   addOutput(*send, arguments);
   addReceipts(*send, arguments);
+  addTransport(*send, arguments.transport);
 
   CLI::App* save =
       addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
@@ -166,6 +207,7 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
   addEscape(*run, arguments);
   addOutput(*run, arguments);
   addReceipts(*run, arguments);
+  addTransport(*run, arguments.transport);
 }
 
 void addStoreCommands(CLI::App& app, Arguments& arguments) {
@@ -185,6 +227,7 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
       ->check(CLI::PositiveNumber);
   addOutput(*resend, arguments);
   addReceipts(*resend, arguments);
+  addTransport(*resend, arguments.transport);
 
   CLI::App* store = addCommand(
       app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
@@ -254,6 +297,7 @@ void addMachineCommands(CLI::App& app, Arguments& arguments) {
       [&] { return tools::doctor(serverUrl(arguments), arguments.appName, arguments.output()); });
   addServer(*doctor, arguments);
   addOutput(*doctor, arguments, "Print only the checks that failed");
+  addTransport(*doctor, arguments.transport);
 }
 
 void addAll(CLI::App& app, Arguments& arguments) {
@@ -293,6 +337,34 @@ void setHost(const std::string& name, const std::string& version) {
                          {"CFBundleVersion", version}});
 }
 
+void setTransport(const TransportArguments& given) {
+  ZtTransportOptions options;
+  options.authorityFile = given.authorityFile;
+  options.proxy = given.proxy;
+  if (given.seconds) options.timeout = std::chrono::seconds(*given.seconds);
+  for (const std::string& header : given.headers) {
+    const std::size_t colon = header.find(':');
+    if (colon == std::string::npos) {
+      throw WrongUsage("--header: expected NAME: VALUE");
+    }
+    const std::string_view value = std::string_view(header).substr(colon + 1);
+    options.headers.emplace_back(header.substr(0, colon), trimmed(value));
+  }
+  options.compressRequests = given.gzip;
+  const std::string problem = ZtHost::setTransportOptions(std::move(options));
+  if (problem.empty()) return;
+  // The library names the member.
+  constexpr std::array<std::pair<std::string_view, const char*>, 4> kNames{
+      {{"authorityFile", "--ca"},
+       {"proxy", "--proxy"},
+       {"timeout", "--timeout"},
+       {"headers", "--header"}}};
+  for (const auto& [member, option] : kNames) {
+    if (problem.starts_with(member)) throw WrongUsage(option + problem.substr(member.size()));
+  }
+  throw WrongUsage(problem);
+}
+
 Exit runCommandLine(int argc, const char* const* argv) {
   CLI::App app("Reports the run of a program from the command line.", "ztreport");
   Arguments arguments;
@@ -309,6 +381,7 @@ Exit runCommandLine(int argc, const char* const* argv) {
   try {
     if (arguments.logs) ZtHost::setLogHandler(ZtLogToStderr);
     setHost(arguments.appName, arguments.appVersion);
+    setTransport(arguments.transport);
     ZtHost::setValueEscaping(arguments.escape);
     return arguments.command();
   } catch (const WrongUsage& usage) {

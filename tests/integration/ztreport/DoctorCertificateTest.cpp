@@ -155,6 +155,20 @@ TEST_F(DoctorCertificateTest, NamesTheCertificatesOfTheSystemOrOfTheFolder) {
               HasSubstr(" and the CA folder " + program.folder() + " (SSL_CERT_DIR) -> "));
 }
 
+TEST_F(DoctorCertificateTest, TrustsTheAuthoritiesThatAnOptionNames) {
+  const Authority authority;
+  const Authority other;
+  authority.certify("server", "IP:127.0.0.1", "20260101000000Z", "20990101000000Z");
+  const TlsServer server(authority, "server");
+  program.setVariable("SSL_CERT_FILE=" + program.path("absent.pem"));
+  const auto finding = [&](const Authority& trusted) {
+    return examine(server.url(), {"--ca", trusted.file("ca.pem")}).findings.at("configuration");
+  };
+  EXPECT_THAT(finding(authority), testing::Not(HasSubstr("certificate")));
+  EXPECT_THAT(finding(other),
+              HasSubstr("; checked with the CA file " + other.file("ca.pem") + " (--ca) and"));
+}
+
 TEST_F(DoctorCertificateTest, SaysWhenTheFileOfCertificatesCannotBeRead) {
   const Authority authority;
   authority.certify("server", "IP:127.0.0.1", "20260101000000Z", "20990101000000Z");

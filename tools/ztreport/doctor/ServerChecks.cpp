@@ -13,6 +13,7 @@ namespace zt::tools {
 namespace {
 
 constexpr const char* kNoUrl = "the configuration URL cannot be used";
+constexpr const char* kProxyOption = "--proxy";
 constexpr const char* kNoReportUrl = "there is no report URL";
 constexpr const char* kUnsteady =
     "check whether the server or the network is slow: the whole response must arrive within two "
@@ -21,7 +22,11 @@ constexpr const char* kUnsteady =
 std::string text(const ZtString& value) { return std::string(value.view()); }
 
 ProxyChoice proxyOf(const WebAddress& address) {
-  return proxyFor(address.scheme, address.host, [](const char* name) { return ::getenv(name); });
+  ProxyChoice choice =
+      proxyFor(address.scheme, address.host, [](const char* name) { return ::getenv(name); });
+  const bool isExcluded = choice.url.empty() && !choice.variable.empty();
+  const std::optional<std::string> given = ZtHost::transportOptions().proxy;
+  return given && !isExcluded ? ProxyChoice{*given, kProxyOption} : choice;
 }
 
 /// What a `Fault` of a request says; without one the library's own request failed, and only that.
@@ -45,6 +50,9 @@ Finding lookUpServer(const WebAddress& address) {
 
 Finding findProxy(const WebAddress& address) {
   const ProxyChoice choice = proxyOf(address);
+  if (choice.url.empty() && choice.variable == kProxyOption) {
+    return ok("none, because of --proxy");
+  }
   if (choice.url.empty() && !choice.variable.empty()) {
     return ok("none: " + choice.variable + " names " + address.host);
   }
@@ -66,8 +74,9 @@ Finding findProxy(const WebAddress& address) {
   const std::string what = proxy->shown + " because of " + choice.variable;
   const std::string failure = connectTo(proxy->host, proxy->port);
   if (failure.empty()) return ok(what);
-  return failed(what + ": " + failure, "start the proxy, unset " + choice.variable + ", or name " +
-                                           address.host + " in no_proxy");
+  const char* const undo = choice.variable == kProxyOption ? "leave out " : "unset ";
+  return failed(what + ": " + failure, "start the proxy, " + (undo + choice.variable) +
+                                           ", or name " + address.host + " in no_proxy");
 }
 
 }  // namespace

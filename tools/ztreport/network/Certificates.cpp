@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/ztreport/network/CurlHandle.h"
+#include "ztportal/ztportal.h"
 
 namespace zt::tools {
 
@@ -66,6 +67,7 @@ bool isTrusted(const WebAddress& server) {
 /// What certificates are checked with.
 std::string trustedText() {
   const CurlHandle handle;
+  const std::string given = ZtHost::transportOptions().authorityFile;
   const auto text = [&handle](const char* variable, CURLINFO standard) -> std::string {
     if (const char* const value = valueOf(variable)) {
       return std::string(value) + " (" + variable + ")";
@@ -73,8 +75,9 @@ std::string trustedText() {
     const char* const path = handle.get<const char*>(standard);
     return path != nullptr ? path : "of the system";
   };
-  return "the CA file " + text(kFileVariable, CURLINFO_CAINFO) + " and the CA folder " +
-         text(kFolderVariable, CURLINFO_CAPATH);
+  return "the CA file " +
+         (given.empty() ? text(kFileVariable, CURLINFO_CAINFO) : given + " (--ca)") +
+         " and the CA folder " + text(kFolderVariable, CURLINFO_CAPATH);
 }
 
 std::string described(const Certificate& certificate) {

@@ -9,8 +9,10 @@
 
 namespace zt::tools {
 
-inline constexpr std::chrono::seconds kTimeout{2};  ///< the library's, for a whole exchange
-inline constexpr const char* kTooSlow = "no response within two seconds";
+/// The library's time limit for a whole exchange.
+std::chrono::milliseconds timeLimit();
+/// "no response within two seconds"
+std::string tooSlow();
 
 inline constexpr const char* kFileVariable = "SSL_CERT_FILE";
 inline constexpr const char* kFolderVariable = "SSL_CERT_DIR";
@@ -18,8 +20,9 @@ inline constexpr const char* kFolderVariable = "SSL_CERT_DIR";
 /// The value of an environment variable; null when it is not set or empty.
 const char* valueOf(const char* variable);
 
-/// A libcurl handle that behaves like the library's: the same time limit, and the file in
-/// `SSL_CERT_FILE` and the folder in `SSL_CERT_DIR` in place of the system's certificates.
+/// A libcurl handle that behaves like the library's: the same time limit and proxy, and the
+/// certificate authorities of `ZtHost::transportOptions`, or those in the file `SSL_CERT_FILE` and
+/// the folder `SSL_CERT_DIR`, in place of the system's.
 class CurlHandle {
  public:
   CurlHandle();

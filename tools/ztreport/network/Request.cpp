@@ -13,6 +13,7 @@
 #include "tools/ztreport/network/Certificates.h"
 #include "tools/ztreport/network/CurlHandle.h"
 #include "tools/ztreport/network/WebAddress.h"
+#include "ztportal/ztportal.h"
 
 namespace zt::tools {
 
@@ -45,14 +46,15 @@ Fault failureOf(const CurlHandle& handle, CURLcode code, const WebAddress& serve
 }
 
 using Clock = std::chrono::steady_clock;
+using Headers = std::vector<std::pair<std::string, std::string>>;
 
 /// One request without redirects. `next` is where the response redirects to, or empty.
 Response requestOnce(const WebAddress& server, const std::optional<std::string>& body,
-                     Clock::time_point deadline, std::string& next) {
+                     const Headers& added, Clock::time_point deadline, std::string& next) {
   Response response;
   const auto left = std::chrono::floor<std::chrono::milliseconds>(deadline - Clock::now());
   if (left.count() <= 0) {
-    response.failure = Fault{kTooSlow, ""};
+    response.failure = Fault{tooSlow(), ""};
     return response;
   }
   CurlHandle handle;
@@ -61,6 +63,9 @@ Response requestOnce(const WebAddress& server, const std::optional<std::string>&
   for (const char* line : {"Expect:", "Proxy-Connection:", "Content-Type: application/xml",
                            "User-Agent: Kelvane portal service (osx)"}) {
     headers.reset(curl_slist_append(headers.release(), line));
+  }
+  for (const auto& [name, value] : added) {
+    headers.reset(curl_slist_append(headers.release(), (name + ": " + value).c_str()));
   }
   handle.set(CURLOPT_URL, server.shown.c_str());
   if (!server.user.empty() || !server.password.empty()) {
@@ -135,11 +140,12 @@ Response request(const std::string& url, const std::optional<std::string>& body)
     none.failure = Fault{shownUrl(url) + " is not an http or https URL", ""};
     return none;
   }
-  const Clock::time_point deadline = Clock::now() + kTimeout;
+  const Clock::time_point deadline = Clock::now() + timeLimit();
+  Headers added = ZtHost::transportOptions().headers;
   std::vector<std::string> redirects;
   for (;;) {
     std::string next;
-    Response response = requestOnce(*server, body, deadline, next);
+    Response response = requestOnce(*server, body, added, deadline, next);
     response.redirects = redirects;
     if (response.failure || next.empty()) return response;
 
@@ -154,6 +160,7 @@ Response request(const std::string& url, const std::optional<std::string>& body)
     const bool isSame = target->isSameServer(*server);
     target->user = isSame ? server->user : "";
     target->password = isSame ? server->password : "";
+    if (!isSame) added.clear();
     server = std::move(target);
   }
 }
@@ -163,7 +170,7 @@ std::string lookUp(const std::string& host, std::string& addresses) {
   std::packaged_task<LookedUp()> task([host] { return lookUpNow(host); });
   std::future<LookedUp> future = task.get_future();
   std::thread(std::move(task)).detach();
-  if (future.wait_for(kTimeout) != std::future_status::ready) return kTooSlow;
+  if (future.wait_for(timeLimit()) != std::future_status::ready) return tooSlow();
   LookedUp result = future.get();
   addresses = std::move(result.addresses);
   return result.failure;
