@@ -26,7 +26,8 @@ set(ZT_FOREIGN_LIBRARIES
     "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev"
     "ICU::uc||-licuuc|"
     "PkgConfig::LIBPLIST|zt_find_module(LIBPLIST libplist-2.0)|-lplist-2.0|libplist-dev"
-    "PkgConfig::LIBSYSTEMD|zt_find_module(LIBSYSTEMD libsystemd)|-lsystemd|libsystemd-dev")
+    "PkgConfig::LIBSYSTEMD|zt_find_module(LIBSYSTEMD libsystemd)|-lsystemd|libsystemd-dev"
+    "ZLIB::ZLIB|find_dependency(ZLIB)|-lz|zlib1g-dev")
 
 set(ZT_STATIC_FINDS "")
 set(ZT_STATIC_LIBS "")

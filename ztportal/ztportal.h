@@ -71,4 +71,5 @@
 #include "ztportal/report/ZtReportConstants.h"
 #include "ztportal/system/ZtApplicationIdentifiers.h"
 #include "ztportal/system/ZtHost.h"
+#include "ztportal/system/ZtPrivacy.h"
 #include "ztportal/system/ZtSystemInfos.h"

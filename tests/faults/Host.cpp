@@ -2,8 +2,9 @@
 //
 //     zt_fault_host OPERATION CONFIGURATION-URL JOURNAL SEED [--stop]
 //
-// OPERATION is send, save, resave, resend or probe. With --stop the process stops itself (SIGSTOP)
-// before the operation, so that strace can attach and count system calls from there.
+// OPERATION is send, save, resave, resend, store (which sends from two processes), or probe. With
+// --stop the process stops itself (SIGSTOP) before the operation, so that strace can attach and
+// count system calls from there.
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -15,6 +16,8 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <cstdint>
@@ -28,6 +31,7 @@
 #include <thread>
 
 #include "ztportal/portal/ZtPortalData.h"
+#include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace {
@@ -102,10 +106,32 @@ std::shared_ptr<ZtPortalData> makeDocument(const char* url) {
                                       "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}", "2.1.77");
 }
 
+/// Sends the store, one report after the other, as another process does at the same time.
+void sendStore(const ZtPortalData& document) {
+  constexpr int kMostTries = 50;
+  const ZtReportStore store;
+  ZtSendOptions options;
+  options.configurationUrl = document.configurationUrl();
+  options.progress = [](const ZtSavedReport&, const ZtDelivery&) { return false; };
+  for (int tries = 0; tries < kMostTries && !store.list().empty(); ++tries) {
+    const ZtSendEnd end = store.send(options).end;
+    if (end == ZtSendEnd::Busy) std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    if (end != ZtSendEnd::Busy && end != ZtSendEnd::Cancelled) return;
+  }
+}
+
+void sendStoreFromTwoProcesses(const ZtPortalData& document) {
+  const pid_t other = ::fork();
+  sendStore(document);
+  if (other == 0) ::_exit(0);
+  while (other > 0 && ::waitpid(other, nullptr, 0) < 0 && errno == EINTR) continue;
+}
+
 /// True for an accepted report.
 bool act(std::string_view operation, ZtPortalData& document) {
   if (operation == "send") return document.reportToServer();
   if (operation == "resend") document.sendSavedReports();
+  if (operation == "store") sendStoreFromTwoProcesses(document);
   if (operation == "save" || operation == "resave") document.saveReport();
   return false;
 }
@@ -129,7 +155,7 @@ void run(std::string_view operation, const char* url, Random random, bool stops,
     if (operation == "send" || operation == "save") fill(*document, random);
     if (operation == "probe") document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
     const std::string text = document->getSoapString();
-    if (text.empty() && operation != "resend") throw std::bad_alloc();
+    if (text.empty() && operation != "resend" && operation != "store") throw std::bad_alloc();
     journal.keep(text);
     journal.outcome = kReady;
     journal.outcome = act(operation, *document) ? kAccepted : kNotAccepted;

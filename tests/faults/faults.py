@@ -27,6 +27,7 @@ OPERATIONS = {  # name: (operation of the host, answer of the inbox, whether the
     "save, no store yet": ("save", "accept", False),
     "save again": ("resave", "accept", True),
     "resend": ("resend", "accept", True),
+    "resend from two processes": ("store", "accept", True),
     "probe": ("probe", "accept", True),
 }
 
@@ -155,7 +156,7 @@ def start(scene, name, **options):
     operation, answer, with_store = OPERATIONS[name]
     scene.prepare(answer, with_store)
     before = scene.stored()
-    is_online = operation in ("send", "resend")
+    is_online = operation in ("send", "resend", "store")
     return scene.run(operation, scene.url() if is_online else "", **options), before
 
 
@@ -166,9 +167,10 @@ def judge_operation(scene, name, run, before, usual=False, may_lose=False, may_t
     check(run.outcome != THREW or out_of_memory, f"throws {run.text}")
     if run.outcome in (THREW, NO_DOCUMENT):
         return judge_others(before, scene.stored(), None)
-    if name == "resend":
+    if name.startswith("resend"):
         judge_resent(scene, before)
         check(not usual or scene.stored().keys() == {"notes.txt"}, "not all was sent")
+        check(not usual or len(scene.inbox.records()) == len(before) - 1, "sent more than once")
     elif name == "probe":
         check(run.text.endswith(b"</SOAP-ENV:Envelope>\r\n"), "the probe's text is cut short")
         check(not usual or b">Firefox<" in run.text, "the probe did not find the browser")
@@ -239,7 +241,7 @@ def try_kill(scene, name, kind, kill):
     run, before = start(scene, name, **({"size_limit": (kill, True)} if midway else {"inject": kill}))
     check(run.status in (0, -signal.SIGKILL, -signal.SIGXFSZ), f"the host ends with {run.status}")
     torn = None
-    if name == "resend":
+    if name.startswith("resend"):
         judge_resent(scene, before)
     else:
         _, stored = judge_report(scene, run, before)

@@ -26,6 +26,9 @@ struct Arguments {
   std::optional<std::string> customer;
   std::optional<std::string> configurationUrl;
   std::optional<std::string> setAside;
+  std::string consent;
+  bool deleteStored = false;
+  bool escape = false;
   bool plain = false;
   bool json = false;
   bool quiet = false;
@@ -73,6 +76,11 @@ void addDescription(CLI::App& command, Arguments& arguments) {
       ->required();
 }
 
+void addEscape(CLI::App& command, Arguments& arguments) {
+  addFlag(command, "--escape", arguments.escape,
+          "Escape <, > and & in names and values, so that the report is well-formed XML");
+}
+
 void addServer(CLI::App& command, Arguments& arguments) {
   command
       .add_option("--customer", arguments.customer,
@@ -92,6 +100,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
       [&] { return tools::render(arguments.file, arguments.plain, arguments.output()); });
   addDescription(*render, arguments);
   addFlag(*render, "--plain", arguments.plain, "Print plain XML instead of the SOAP request");
+  addEscape(*render, arguments);
   addOutput(*render, arguments);
 
   CLI::App* send = addCommand(
@@ -103,6 +112,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
   send->add_option("--config-url", arguments.configurationUrl,
                    "URL of the configuration document, instead of the one in FILE")
       ->type_name("URL");
+  addEscape(*send, arguments);
   addOutput(*send, arguments);
 
   CLI::App* save =
@@ -111,6 +121,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
                  "  $ ztreport save report.json --app-name Setup",
                  [&] { return tools::save(arguments.file, arguments.output()); });
   addDescription(*save, arguments);
+  addEscape(*save, arguments);
   addOutput(*save, arguments);
 }
 
@@ -139,6 +150,7 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
   addList("--step", options.steps,
           "A step, TYPE:NAME with TYPE ENTER, LEAVE, EXIT, INFO or ERROR; can be repeated");
   addFlag(*run, "--save", options.save, "Save the report without sending it");
+  addEscape(*run, arguments);
   addOutput(*run, arguments);
 }
 
@@ -177,6 +189,20 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
 }
 
 void addMachineCommands(CLI::App& app, Arguments& arguments) {
+  CLI::App* consent = addCommand(
+      app, arguments, "consent", "Print or change what the user has said about reports",
+      "  $ ztreport consent --app-name Setup\n"
+      "  $ ztreport consent revoked --delete-stored --app-name Setup",
+      [&] {
+        return tools::consent(arguments.consent, arguments.deleteStored, arguments.output());
+      });
+  consent
+      ->add_option("CONSENT", arguments.consent,
+                   "given, revoked (nothing is examined, sent, saved or broadcast) or unset")
+      ->type_name("");
+  addFlag(*consent, "--delete-stored", arguments.deleteStored, "Delete all saved reports as well");
+  addOutput(*consent, arguments);
+
   CLI::App* probe =
       addCommand(app, arguments, "probe", "Print what the inventory finds on this computer",
                  "  $ ztreport probe\n"
@@ -249,6 +275,7 @@ Exit runCommandLine(int argc, const char* const* argv) {
   }
   try {
     setHost(arguments.appName, arguments.appVersion);
+    ZtHost::setValueEscaping(arguments.escape);
     return arguments.command();
   } catch (const WrongUsage& usage) {
     throw Failure(Exit::WrongInput, usage.what() + seeHelp(app));

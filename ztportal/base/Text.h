@@ -16,6 +16,13 @@ void appendText(std::string& text, const Pieces&... pieces) {
   (text.append(std::string_view(pieces)), ...);
 }
 
+/// The path of `name` in `folder`.
+inline std::string joinedPath(std::string_view folder, std::string_view name) {
+  std::string path;
+  appendText(path, folder, "/", name);
+  return path;
+}
+
 /// Removes the first line from `text` and returns it without its line feed:
 ///
 ///     while (!text.empty()) use(takeLine(text));

@@ -1,16 +1,72 @@
 #include "ztportal/pools/Markup.h"
 
 #include <charconv>
+#include <optional>
 
 #include "ztportal/base/Text.h"
+#include "ztportal/base/Utf8.h"
 
 namespace zt {
 
+namespace {
+
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+
+/// What is written in place of `code`; empty for a character that stays as it is.
+std::string_view escapeOf(char32_t code, bool isInAttribute) {
+  switch (code) {
+    case '<':
+      return "&lt;";
+    case '>':
+      return "&gt;";
+    case '&':
+      return "&amp;";
+    case '\r':
+      return "&#13;";
+    case '"':
+      return isInAttribute ? "&quot;" : "";
+    case '\t':
+      return isInAttribute ? "&#9;" : "";
+    case '\n':
+      return isInAttribute ? "&#10;" : "";
+    default:
+      return code < ' ' || code == 0xFFFE || code == 0xFFFF ? kReplacement : "";
+  }
+}
+
+void appendEscapedText(std::string& xml, std::string_view text, bool isInAttribute) {
+  while (!text.empty()) {
+    const std::optional<Utf8Character> character = firstUtf8Character(text);
+    const std::string_view escape =
+        character ? escapeOf(character->code, isInAttribute) : kReplacement;
+    const std::size_t length = character ? character->length : 1;
+    xml += escape.empty() ? text.substr(0, length) : escape;
+    text.remove_prefix(length);
+  }
+}
+
+}  // namespace
+
+void appendEscaped(std::string& xml, std::string_view text) { appendEscapedText(xml, text, false); }
+
+void appendAttributeValue(std::string& xml, std::string_view text) {
+  if (valuesAreEscaped()) {
+    appendEscapedText(xml, text, true);
+  } else {
+    xml += text;
+  }
+}
+
+std::string_view& writtenPoolType() {
+  constinit static thread_local std::string_view type;
+  return type;
+}
+
 void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
                       std::string_view name, bool soap) {
-  appendText(xml, prefix, field.text(soap),             //
-             prefix, kName.text(soap), name, kNameEnd,  //
-             prefix, kValue.text(soap));
+  appendText(xml, prefix, field.text(soap), prefix, kName.text(soap));
+  appendValue(xml, name);
+  appendText(xml, kNameEnd, prefix, kValue.text(soap));
 }
 
 void appendFieldEnd(std::string& xml, std::string_view prefix) {
@@ -19,8 +75,14 @@ void appendFieldEnd(std::string& xml, std::string_view prefix) {
 
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
+  std::string filtered;
+  if (hasValueFilter()) {
+    filtered = value;
+    if (!passesValueFilter(writtenPoolType(), name, filtered)) return;
+    value = filtered;
+  }
   appendFieldStart(xml, prefix, field, name, soap);
-  xml += value;
+  appendValue(xml, value);
   appendFieldEnd(xml, prefix);
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "ztportal/base/ZtBOOL.h"
+#include "ztportal/system/HostRules.h"
 
 /// The literals of the report's text, and functions that write a single field.
 namespace zt {
@@ -92,7 +93,29 @@ inline constexpr std::string_view kTrue = "TRUE";
 inline constexpr std::string_view kFalse = "FALSE";
 inline constexpr std::string_view kNull = "(null)";
 
-/// Appends the four lines of a field with a value.
+/// Appends `text` so that an XML parser reads it back unchanged in the content of an element:
+/// "&lt;", "&gt;", "&amp;" and "&#13;" for the characters that it would read otherwise
+/// (XML 1.0, 2.4 and 2.11). A byte that is not UTF-8 and a character that XML cannot hold
+/// (XML 1.0, 2.2) become U+FFFD.
+void appendEscaped(std::string& xml, std::string_view text);
+
+/// Appends a name or a value: escaped if the host wants that, otherwise unchanged.
+inline void appendValue(std::string& xml, std::string_view text) {
+  if (valuesAreEscaped()) {
+    appendEscaped(xml, text);
+  } else {
+    xml += text;
+  }
+}
+
+/// The same for the value of an attribute, where quotes and white space are escaped too (XML 1.0,
+/// 3.3.3).
+void appendAttributeValue(std::string& xml, std::string_view text);
+
+/// The type of the pool that this thread is writing, for the host's filter; empty outside a pool.
+std::string_view& writtenPoolType();
+
+/// Appends the four lines of a field with a value, unless the host's filter drops it.
 ///
 ///     <Field FieldType="string">
 ///       <Name>Result</Name>

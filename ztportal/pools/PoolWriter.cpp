@@ -23,22 +23,31 @@ PoolWriter::PoolWriter(const ZtString& prefix, std::string& xml, bool soap)
   _columnEnds[0] = _pieces.size();
 }
 
+PoolWriter::~PoolWriter() {
+  if (_isFiltered) writtenPoolType() = _outerPoolType;
+}
+
 std::string_view PoolWriter::lead(std::size_t depth) const {
   return std::string_view(_pieces).substr(0, _prefixSize + depth);
 }
 
-void PoolWriter::appendDate(ZtDate date) {
+void PoolWriter::appendDate(std::string& text, ZtDate date) {
   if (date.isNull()) {
-    _xml += kNull;
+    text += kNull;
   } else {
-    _timestamps.append(_xml, date);
+    _timestamps.append(text, date);
   }
 }
 
 void PoolWriter::begin(const ZtString& poolType, ZtDate timeStamp) {
-  appendText(_xml, lead(0), kPool.text(_soap), poolType.printed(), kPoolTypeEnd,  //
-             lead(0), kDate.text(_soap));
-  appendDate(timeStamp);
+  if (_isFiltered) {
+    _poolType = poolType;
+    writtenPoolType() = _poolType.printed();
+  }
+  appendText(_xml, lead(0), kPool.text(_soap));
+  appendAttributeValue(_xml, poolType.printed());
+  appendText(_xml, kPoolTypeEnd, lead(0), kDate.text(_soap));
+  appendDate(_xml, timeStamp);
   _xml += kDateEnd;
 }
 
@@ -61,11 +70,11 @@ inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view
 }
 
 inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view text) {
-  if (_inRecords) {
+  if (_inRecords && !_isFiltered) {
     _xml += nextColumn(type, name);
-    _xml += text;
+    appendValue(_xml, text);
   } else {
-    appendField(_xml, lead(kFieldDepth), type, name, text, _soap);
+    appendField(_xml, lead(_inRecords ? kRecordFieldDepth : kFieldDepth), type, name, text, _soap);
   }
 }
 
@@ -78,12 +87,16 @@ void PoolWriter::value(std::string_view name, const ZtAtomic<ZtString>& text) {
 }
 
 void PoolWriter::value(std::string_view name, const ZtAtomic<ZtDate>& date) {
-  if (_inRecords) {
+  if (_isFiltered) {
+    std::string text;
+    appendDate(text, date.load());
+    field(kStringField, name, text);
+  } else if (_inRecords) {
     _xml += nextColumn(kStringField, name);
-    appendDate(date.load());
+    appendDate(_xml, date.load());
   } else {
     appendFieldStart(_xml, lead(kFieldDepth), kStringField, name, _soap);
-    appendDate(date.load());
+    appendDate(_xml, date.load());
     appendFieldEnd(_xml, lead(kFieldDepth));
   }
 }
@@ -136,7 +149,15 @@ void PoolWriter::reserveMarkup() {
   if (needed > _xml.capacity()) _xml.reserve(needed);
 }
 
+void PoolWriter::beginRecord() {
+  if (_isFiltered) appendText(_xml, lead(kFieldDepth), kFields.text(_soap));
+}
+
 void PoolWriter::endRecord() {
+  if (_isFiltered) {
+    appendText(_xml, lead(kFieldDepth), kFieldsEnd);
+    return;
+  }
   const std::size_t begin = _columnEnds[_columnCount];
   if (_recordEndSize == 0) {
     reservePiece({});

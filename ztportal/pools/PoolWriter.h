@@ -34,7 +34,7 @@ class PoolWriter {
   PoolWriter(const ZtString& prefix, std::string& xml, bool soap);
   PoolWriter(const PoolWriter&) = delete;
   PoolWriter& operator=(const PoolWriter&) = delete;
-  ~PoolWriter() = default;
+  ~PoolWriter();
 
   void begin(const ZtString& poolType, ZtDate timeStamp);
   void end();
@@ -80,6 +80,7 @@ class PoolWriter {
     beginRecords(name, list.size() - static_cast<std::size_t>(nulls));
     for (const auto& record : list) {
       if (record == nullptr) continue;
+      beginRecord();
       fieldsOf(*record);
       endRecord();
     }
@@ -99,6 +100,7 @@ class PoolWriter {
   void field(const Tag& type, std::string_view name, std::string_view text);
 
   void beginRecords(std::string_view name, std::size_t count);
+  void beginRecord();
   void endRecord();
   void endRecords();
   std::string_view nextColumn(const Tag& type, std::string_view name);
@@ -106,7 +108,7 @@ class PoolWriter {
   void reservePiece(std::string_view name);
   void reserveMarkup();
 
-  void appendDate(ZtDate date);
+  void appendDate(std::string& text, ZtDate date);
 
   /// The start of a line that is indented by `depth` spaces more than the pool.
   std::string_view lead(std::size_t depth) const;
@@ -119,6 +121,10 @@ class PoolWriter {
   std::size_t _prefixSize;
   Timestamps _timestamps;
   bool _inRecords = false;
+  // With a filter each field of a record is written on its own, since it may be left out.
+  const bool _isFiltered = hasValueFilter();
+  ZtString _poolType;
+  const std::string_view _outerPoolType = writtenPoolType();
   // The prefix and the spaces of the deepest line; then, for the list that is being written, the
   // text before each value of a record and the text after the last one. They are the same for all
   // records of a list, and are collected while the first one is written.

@@ -40,8 +40,9 @@ ZtPortalPoolArray::~ZtPortalPoolArray() = default;
 
 void ZtPortalPoolArray::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
   const std::string_view lead = prefix.printed();
-  zt::appendText(xml, lead, zt::kArrayField.text(soap),  //
-                 lead, zt::kName.text(soap), fieldName().printed(), zt::kArrayNameEnd);
+  zt::appendText(xml, lead, zt::kArrayField.text(soap), lead, zt::kName.text(soap));
+  zt::appendValue(xml, fieldName().printed());
+  xml += zt::kArrayNameEnd;
   if (count() != 0) {
     zt::appendText(xml, lead, zt::kFields.text(soap));
     std::string childPrefix;

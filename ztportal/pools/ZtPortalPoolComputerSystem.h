@@ -46,6 +46,7 @@ class ZT_EXPORT ZtPortalPoolComputerSystem final : public ZtPortalPool {
   /// e-mail clients and web browsers of a fixed list, with the user's default ones marked. It runs
   /// subprocesses and waits for them. Applications are added to those already in the lists, so a
   /// second call lists them twice. The first failure ends the check silently; earlier values stay.
+  /// Does nothing while the user's consent is revoked (`ZtHost::setConsent`).
   void checkComputerSystem();
 
   /// Each adds a record at the end of its list and returns it, null if it cannot be added.

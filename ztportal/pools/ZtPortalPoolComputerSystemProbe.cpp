@@ -18,6 +18,7 @@
 #include "ztportal/platform/locale/Languages.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
+#include "ztportal/system/Consent.h"
 #include "ztportal/system/ZtApplicationIdentifiers.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
@@ -151,6 +152,7 @@ void eachInstalled(const ProbedApplications& applications,
 }  // namespace
 
 void ZtPortalPoolComputerSystem::checkComputerSystem() try {
+  if (zt::consentIsRevoked()) return;
   _systemInfos = ZtSystemInfos::getSystemInfos();
   const auto infoOf = [this](const ZtString& key) {
     const auto found = _systemInfos.find(std::string(key.view()));

@@ -19,9 +19,9 @@ ZtPortalPoolField::~ZtPortalPoolField() = default;
 
 void ZtPortalPoolField::addToXml(const ZtString& prefix, std::string& xml, bool soap) const {
   const std::string_view lead = prefix.printed();
-  zt::appendText(xml, lead, zt::kBareField.text(soap),                                //
-                 lead, zt::kBareName.text(soap), _fieldName.printed(), zt::kNameEnd,  //
-                 lead, zt::kFieldEnd);
+  zt::appendText(xml, lead, zt::kBareField.text(soap), lead, zt::kBareName.text(soap));
+  zt::appendValue(xml, _fieldName.printed());
+  zt::appendText(xml, zt::kNameEnd, lead, zt::kFieldEnd);
 }
 
 std::shared_ptr<ZtPortalPoolString> ZtPortalPoolString::initWithNameAndValue(const ZtString& name,

@@ -11,6 +11,7 @@
 #include "ztportal/platform/plist/PropertyList.h"
 #include "ztportal/platform/time/DateText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
+#include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace zt {
@@ -58,6 +59,7 @@ bool testModeIsOn() try {
 }
 
 void broadcastRequest(const ZtString& request) try {
+  if (!rules::isBroadcasting) return;
   Platform::current().broadcast().post(
       "ZtPortalGhostNotification", ZtHost::bundleInfo("CFBundleName"),
       {{"version", ZtHost::bundleInfo("CFBundleShortVersionString")},

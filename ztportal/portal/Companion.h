@@ -16,7 +16,7 @@ std::vector<std::string> runningCompanions();
 bool testModeIsOn();
 
 /// Broadcasts `request` to the companion, with the name and version of the host and the current
-/// date and time. Throws a ZtException if the platform does.
+/// date and time, unless the host has switched that off. Throws a ZtException if the platform does.
 void broadcastRequest(const ZtString& request);
 
 }  // namespace zt

@@ -4,10 +4,8 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/Platform.h"
-#include "ztportal/platform/process/ProgramPath.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
-#include "ztportal/portal/ZtPortalConstants.h"
-#include "ztportal/system/ZtHost.h"
+#include "ztportal/system/HostFolder.h"
 
 namespace zt {
 
@@ -16,37 +14,7 @@ namespace {
 constexpr std::string_view kReportsFolder = "reports";
 constexpr std::string_view kReportEnding = ".ztr";
 
-std::string joinedPath(std::string_view folder, std::string_view name) {
-  std::string path;
-  appendText(path, folder, "/", name);
-  return path;
-}
-
-/// Path of the host's folder below the user's. A name that would lead elsewhere is replaced by that
-/// of the executable file.
-std::optional<std::string> hostPath() {
-  const ZtString name = ZtHost::bundleInfo("CFBundleName");
-  if (name.isNull()) return std::nullopt;
-  if (isFileName(name.view())) return joinedPath(COMPANY_NAME.view(), name.view());
-  const std::string executable = executablePath();
-  return joinedPath(COMPANY_NAME.view(), executable.substr(executable.rfind('/') + 1));
-}
-
 }  // namespace
-
-std::optional<std::string> supportFolder(std::int16_t domain, std::string_view relativePath) {
-  Platform& platform = Platform::current();
-  const std::optional<std::string> root = platform.supportFolder().path(domain);
-  if (!root || !platform.files().createFolders(*root)) return std::nullopt;
-  std::string path = joinedPath(*root, relativePath);
-  if (!platform.files().exists(path) && !platform.files().createFolders(path)) return std::nullopt;
-  return path;
-}
-
-std::optional<std::string> hostFolder() {
-  const std::optional<std::string> path = hostPath();
-  return path ? supportFolder(kUserDomain, *path) : std::nullopt;
-}
 
 std::optional<ReportStore> ReportStore::open() {
   errno = ENOENT;  // for a host or a user without a folder

@@ -13,15 +13,6 @@
 
 namespace zt {
 
-/// Path of `relativePath` below the application-support folder of `domain`. A folder is created
-/// there unless something exists at that path already. Nullopt if there is no such domain or a
-/// folder cannot be created.
-std::optional<std::string> supportFolder(std::int16_t domain, std::string_view relativePath);
-
-/// The host's own folder, `Kelvane/<name of the host>` in the user's application-support folder;
-/// created like every support folder. Nullopt for a host without a name.
-std::optional<std::string> hostFolder();
-
 /// The offline store of the host: the folder "reports" in its own folder, one file per report,
 /// `{<report ID>}.ztr`. It is not locked. A store is a light value; it reads the folder anew in
 /// every operation.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -13,20 +14,24 @@
 #include "ztportal/base/Utf8.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
+#include "ztportal/platform/http/Gzip.h"
+#include "ztportal/platform/http/HostTransport.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/RequestText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtUtils.h"
+#include "ztportal/system/Consent.h"
 
 namespace zt {
 
 namespace {
 
-constexpr std::chrono::milliseconds kTimeout{2000};
-
-constexpr std::array<HttpHeader, 2> kHeaders{
-    {{"Content-Type", "application/xml"}, {"User-Agent", "Kelvane portal service (osx)"}}};
+/// The last one is for compressed requests only.
+constexpr std::array<HttpHeader, 3> kHeaders{{{"Content-Type", "application/xml"},
+                                              {"User-Agent", "Kelvane portal service (osx)"},
+                                              {"Content-Encoding", "gzip"}}};
+constexpr std::size_t kLeastCompressed = 1024;
 
 ZtString trimmedText(const ZtXMLNode& node) {
   const ZtString text = node.text();
@@ -73,7 +78,6 @@ void say(std::string& message, const Parts&... parts) noexcept try {
 /// Notes in `receipt` what became of a request.
 void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& response) noexcept try {
   receipt.httpStatus = response.status;
-  receipt.requestBytes = request.body.value_or("").size();
   receipt.responseBytes = response.body.size();
   receipt.lookupTime = response.times.lookup;
   receipt.connectTime = response.times.connect;
@@ -111,7 +115,7 @@ void ReportingServer::connect(bool tryLocalCopy) {
 bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
   if (document == nullptr) {
-    const ZtString response = exchange(_configurationUrl, nullptr, &_connection);
+    const ZtString response = exchange(_configurationUrl, nullptr, _options, &_connection);
     if (!response.isNull()) document = ZtXMLDocument::parse(response.view());
   }
   if (document == nullptr) return false;
@@ -132,7 +136,7 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
 }
 
 ZtString ReportingServer::readVersion() try {
-  const ZtString response = exchange(url(), versionRequest(), &_connection);
+  const ZtString response = exchange(url(), versionRequest(), _options, &_connection);
   if (response.isNull()) return nullptr;
   const auto document = ZtXMLDocument::parse(response.view());
   if (document == nullptr) return nullptr;
@@ -148,7 +152,7 @@ ZtString ReportingServer::readVersion() try {
 
 ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& request) const {
   ZtDelivery receipt;
-  if (isAccepted(exchange(target, request, &receipt))) {
+  if (isAccepted(exchange(target, request, _options, &receipt))) {
     receipt.outcome = ZtDeliveryOutcome::Accepted;
     receipt.error = ZtDeliveryError::NoError;
     say(receipt.message, "The server has accepted the report.");
@@ -159,17 +163,35 @@ ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& reque
 }
 
 ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
-                                   ZtDelivery* receipt) try {
+                                   const ZtTransportOptions& options, ZtDelivery* receipt) try {
   if (receipt != nullptr) *receipt = {};
+  if (consentIsRevoked()) {
+    if (receipt != nullptr) *receipt = withoutConsent();
+    return "";
+  }
   HttpRequest request;
   request.url = url.view();
   request.method = body.isNull() ? "GET" : "POST";
-  request.headers = kHeaders;
+  request.headers = std::span(kHeaders).first(2);
+  request.options = &options;
   if (!body.isNull()) request.body = body.view();
-  request.timeout = kTimeout;
+  request.timeout =
+      options.timeout.count() > 0 ? options.timeout : std::chrono::milliseconds::max();
 
-  HttpResponse response = Platform::current().http().exchange(request);
-  if (receipt != nullptr) note(*receipt, request, response);
+  std::string compressed;
+  if (options.compressRequests && body.view().size() > kLeastCompressed) {
+    compressed = gzip(body.view());
+    if (!compressed.empty()) {
+      request.body = compressed;
+      request.headers = kHeaders;
+    }
+  }
+  HttpResponse response =
+      options.transport ? exchangeByHost(request) : Platform::current().http().exchange(request);
+  if (receipt != nullptr) {
+    note(*receipt, request, response);
+    receipt->requestBytes = body.view().size();
+  }
   if (response.status < 200 || response.status > 299) return "";
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
 } catch (const ZtException& error) {
@@ -187,7 +209,15 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
   return nullptr;
 }
 
+ZtDelivery ReportingServer::withoutConsent() {
+  ZtDelivery receipt;
+  receipt.outcome = ZtDeliveryOutcome::NoConsent;
+  say(receipt.message, "The user has revoked the consent to reports.");
+  return receipt;
+}
+
 ZtDelivery ReportingServer::notSent() const {
+  if (consentIsRevoked()) return withoutConsent();
   ZtDelivery receipt;
   if (!_reportUrl.empty() && url().empty()) {
     receipt.outcome = ZtDeliveryOutcome::NoTestUrl;

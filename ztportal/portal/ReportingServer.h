@@ -17,8 +17,8 @@ namespace zt {
 class ReportingServer {
  public:
   /// Sends no request.
-  explicit ReportingServer(ZtString configurationUrl)
-      : _configurationUrl(std::move(configurationUrl)) {}
+  explicit ReportingServer(ZtString configurationUrl, ZtTransportOptions options = {})
+      : _configurationUrl(std::move(configurationUrl)), _options(std::move(options)) {}
 
   /// Reads the configuration and, if that succeeds, asks the server for its version: it is online
   /// if the version is not empty. Without a configuration the online state does not change.
@@ -31,25 +31,30 @@ class ReportingServer {
   /// string and keeps the last version.
   ZtString readVersion();
 
-  // The only ways to the network.
+  // The only ways to the network. Without the user's consent none sends anything.
 
   /// Posts `request` to `url()`. Accepted if the response confirms the report.
   ZtDelivery send(const ZtString& request) const { return sendTo(url(), request); }
   /// The same, with what `url()` has returned: looking up the test mode takes time.
   ZtDelivery sendTo(const ZtString& target, const ZtString& request) const;
-  /// One exchange of at most 2 seconds: a POST of `body`, or a GET if it is missing. Returns the
-  /// body of the response: missing if it is not valid UTF-8, empty for every status outside 200 to
-  /// 299 and if there is no response. `receipt` gets what became of it: for a status of success
-  /// that the response is invalid, since only the caller knows which one it expects.
+  /// One exchange: a POST of `body`, or a GET if it is missing. Returns the body of the response:
+  /// missing if it is not valid UTF-8, empty for every status outside 200 to 299 and if there is no
+  /// response. `receipt` gets what became of it: for a status of success that the response is
+  /// invalid, since only the caller knows which one it expects.
   static ZtString exchange(const ZtString& url, const ZtString& body,
-                           ZtDelivery* receipt = nullptr);
+                           const ZtTransportOptions& options = {}, ZtDelivery* receipt = nullptr);
 
   /// The receipt of a report that is not sent while the server is not ready.
   ZtDelivery notSent() const;
+  /// The receipt of a report that is not sent because the user has revoked the consent.
+  static ZtDelivery withoutConsent();
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;
   bool isReady() const { return _gotConfiguration && _online; }
+
+  const ZtTransportOptions& options() const { return _options; }
+  void setOptions(ZtTransportOptions options) { _options = std::move(options); }
 
   const ZtString& configurationUrl() const { return _configurationUrl; }
   const ZtString& reportUrl() const { return _reportUrl; }
@@ -60,6 +65,7 @@ class ReportingServer {
 
  private:
   ZtString _configurationUrl;
+  ZtTransportOptions _options;
   ZtString _reportUrl = ZtString::constant<"">();
   ZtString _testUrl = ZtString::constant<"">();
   ZtString _version;

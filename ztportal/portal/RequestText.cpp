@@ -35,19 +35,22 @@ constexpr std::string_view kVersionEncoding =
     " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding\"";
 
 struct HeaderLine {
+  std::string_view name;
   Tag start;
   ZtString ReportHeader::*value;
   std::string_view end;
 };
 
 constexpr std::array<HeaderLine, 5> kHeaderLines{{
-    {Tag("  <ReportID", kXsdString, ">"), &ReportHeader::reportId, "</ReportID>\r\n"},
-    {Tag("  <MachineID", kXsdString, ">"), &ReportHeader::machineId, "</MachineID>\r\n"},
-    {Tag("  <CustomerID", kXsdString, ">"), &ReportHeader::customerId, "</CustomerID>\r\n"},
-    {Tag("  <ApplicationID", kXsdString, ">"), &ReportHeader::applicationId,
+    {"ReportID", Tag("  <ReportID", kXsdString, ">"), &ReportHeader::reportId, "</ReportID>\r\n"},
+    {"MachineID", Tag("  <MachineID", kXsdString, ">"), &ReportHeader::machineId,
+     "</MachineID>\r\n"},
+    {"CustomerID", Tag("  <CustomerID", kXsdString, ">"), &ReportHeader::customerId,
+     "</CustomerID>\r\n"},
+    {"ApplicationID", Tag("  <ApplicationID", kXsdString, ">"), &ReportHeader::applicationId,
      "</ApplicationID>\r\n"},
-    {Tag("  <ApplicationVersion", kXsdString, ">"), &ReportHeader::applicationVersion,
-     "</ApplicationVersion>\r\n"},
+    {"ApplicationVersion", Tag("  <ApplicationVersion", kXsdString, ">"),
+     &ReportHeader::applicationVersion, "</ApplicationVersion>\r\n"},
 }};
 
 constexpr Tag kReport("<reportData", "com_Report", ">\r\n");
@@ -61,6 +64,15 @@ constinit const ZtString kPlainPoolPrefix = ZtString::constant<"    ">();
 
 /// Enough for a typical report: an inventory, forty steps and thirty facts take 64 KiB.
 constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
+
+/// Servers expect each of these elements, so a dropped value is empty.
+void appendHeaderValue(std::string& xml, std::string_view name, std::string_view value) {
+  if (!hasValueFilter()) {
+    appendValue(xml, value);
+  } else if (std::string filtered(value); passesValueFilter({}, name, filtered)) {
+    appendValue(xml, filtered);
+  }
+}
 
 }  // namespace
 
@@ -80,7 +92,9 @@ std::string reportText(const ReportHeader& header,
   }
   appendText(xml, indent, kReport.text(soap));
   for (const HeaderLine& line : kHeaderLines) {
-    appendText(xml, indent, line.start.text(soap), (header.*line.value).printed(), line.end);
+    appendText(xml, indent, line.start.text(soap));
+    appendHeaderValue(xml, line.name, (header.*line.value).printed());
+    xml += line.end;
   }
   appendText(xml, indent, kPools.text(soap));
 

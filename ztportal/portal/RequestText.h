@@ -19,8 +19,8 @@ struct ReportHeader {
 };
 
 /// The SOAP 1.1 request `postPoolDatas`, or without `soap` the same body as a plain XML document.
-/// Lines end with CR LF; values are not escaped. Empty without pools. Throws what a pool throws
-/// while it is written.
+/// Lines end with CR LF; values are escaped only if the host wants that. Empty without pools.
+/// Throws what a pool throws while it is written.
 std::string reportText(const ReportHeader& header,
                        const std::vector<std::shared_ptr<ZtPortalPool>>& pools, bool soap);
 

@@ -16,6 +16,9 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/ZtReportStore.h"
+#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
+#include "ztportal/system/ZtHost.h"
 
 // ZtReportStore::send.
 
@@ -87,7 +90,8 @@ class SendingState {
     }
     if (text == _text) return;
     _text = std::move(text);
-    const bool isDone = _text.empty() ? files().remove(_path) : files().writePrivate(_path, _text);
+    const bool isDone =
+        _text.empty() ? files().remove(_path) : files().replacePrivate(_path, _text);
     if (!isDone) log(ZtLogLevel::Warning, "store", "cannot write ", _path);
   }
 
@@ -121,7 +125,7 @@ class StoreSender {
         _options(options),
         _folder(store.folder().view()),
         _state(besideReports(_folder, kSendingState), options.configurationUrl.view()),
-        _server(options.configurationUrl),
+        _server(options.configurationUrl, options.transport.value_or(ZtHost::transportOptions())),
         _delay(options.retryDelay),
         _random(static_cast<unsigned>(_start.time_since_epoch().count())) {}
 
@@ -142,11 +146,11 @@ class StoreSender {
  private:
   /// Tries each report once.
   ZtSendEnd tryAll() {
+    if (const auto end = requestedEnd()) return *end;
     const std::vector<ZtSavedReport> reports = _store.list();
     if (reports.empty()) return ZtSendEnd::Done;
     if (_state.retryAfter().count() > 0) return ZtSendEnd::Deferred;
-    if (const auto end = requestedEnd()) return *end;
-    _server = ReportingServer(_options.configurationUrl);
+    _server = ReportingServer(_options.configurationUrl, _server.options());
     _server.connect(false);
     if (!_server.isReady()) return ZtSendEnd::Offline;
     for (const ZtSavedReport& report : reports) {
@@ -160,6 +164,7 @@ class StoreSender {
   }
 
   std::optional<ZtSendEnd> requestedEnd() const {
+    if (consentIsRevoked()) return ZtSendEnd::NoConsent;
     if (_options.isCancelled && _options.isCancelled()) return ZtSendEnd::Cancelled;
     if (isBeyondBudget(milliseconds(0))) return ZtSendEnd::Budget;
     return std::nullopt;
@@ -171,10 +176,15 @@ class StoreSender {
 
   ZtDelivery deliver(const ZtSavedReport& report) try {
     ZtDelivery delivery;
-    const auto request = ReportStore::request(report.path, &delivery.message);
+    auto request = ReportStore::request(report.path, &delivery.message);
     if (!request) {
       delivery.outcome = ZtDeliveryOutcome::Unreadable;
       delivery.error = ZtDeliveryError::File;
+      return delivery;
+    }
+    if (!passesRequestHook(*request)) {
+      delivery.outcome = ZtDeliveryOutcome::Dropped;
+      delivery.message = "The host's request hook has dropped the report.";
       return delivery;
     }
     const ZtString text = *request;
@@ -313,6 +323,10 @@ ZtSendResult ZtReportStore::send(const ZtSendOptions& options) const try {
   ZtSendResult result;
   result.end = ZtSendEnd::NoStore;
   if (_folder.isNull()) return result;
+  if (options.transport && !options.transport->problem().empty()) {
+    result.end = ZtSendEnd::WrongOptions;
+    return result;
+  }
   const zt::FileLock lock =
       zt::Platform::current().files().lock(zt::besideReports(_folder.view(), "sending.lock"));
   if (lock.held != nullptr) return zt::StoreSender(*this, options).run();

@@ -17,6 +17,10 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/RequestText.h"
+#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostFolder.h"
+#include "ztportal/system/HostRules.h"
+#include "ztportal/system/ZtHost.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
 namespace {
@@ -28,6 +32,7 @@ ZtString braced(const ZtString& id) {
 }
 
 ZtString machineIdentifier() {
+  if (zt::consentIsRevoked()) return braced(nullptr);
   const auto infos = ZtSystemInfos::getSystemInfos();
   const auto uuid = infos.find(std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view()));
   return braced(uuid != infos.end() ? uuid->second : ZtString());
@@ -93,7 +98,8 @@ ZtPortalData::ZtPortalData(Creation /*creation*/, ZtString configurationUrl,
       _customerId(std::move(customerId)),
       _applicationId(std::move(applicationId)),
       _applicationVersion(std::move(applicationVersion)),
-      _server(std::make_unique<zt::ReportingServer>(std::move(configurationUrl))),
+      _server(std::make_unique<zt::ReportingServer>(std::move(configurationUrl),
+                                                    ZtHost::transportOptions())),
       _cacheConfiguration(cacheConfiguration) {
   _initHttp(_server->configurationUrl(), _cacheConfiguration);
 }
@@ -189,6 +195,12 @@ const ZtString& ZtPortalData::serverVersion() const { return _server->version();
 bool ZtPortalData::gotConfiguration() const { return _server->gotConfiguration(); }
 bool ZtPortalData::online() const { return _server->online(); }
 
+std::string ZtPortalData::setTransportOptions(ZtTransportOptions options) {
+  std::string problem = options.problem();
+  if (problem.empty()) _server->setOptions(std::move(options));
+  return problem;
+}
+
 ZtString ZtPortalData::_localSupportFolder() { return orMissing(zt::hostFolder()); }
 
 ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& relativePath) {
@@ -197,7 +209,7 @@ ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& rela
 }
 
 ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command) {
-  return zt::ReportingServer::exchange(url, command);
+  return zt::ReportingServer::exchange(url, command, _server->options());
 }
 
 void ZtPortalData::_initHttp(const ZtString& /*url*/, bool cacheConfiguration) {
@@ -218,9 +230,26 @@ bool ZtPortalData::_mutexEnabled() const { return zt::testModeIsOn(); }
 
 void ZtPortalData::_notifyGhost(const ZtString& request) { zt::broadcastRequest(request); }
 
+/// Notes in the receipt whether the user has revoked the consent.
+bool ZtPortalData::_isForbidden() {
+  if (!zt::consentIsRevoked()) return false;
+  _delivery = zt::ReportingServer::withoutConsent();
+  return true;
+}
+
+/// The request as the host's hook leaves it. A missing one has been dropped, as the receipt says.
+ZtString ZtPortalData::_afterHook(std::string request) {
+  if (zt::passesRequestHook(request)) return request;
+  _delivery.outcome = ZtDeliveryOutcome::Dropped;
+  fail(_delivery, ZtDeliveryError::NoError, "The host's request hook has dropped the report.");
+  return nullptr;
+}
+
 bool ZtPortalData::reportToServer() try {
   _delivery = {};
-  const ZtString request = _request();
+  if (_isForbidden()) return false;
+  const ZtString request = _afterHook(_request());
+  if (request.isNull()) return false;
   _notifyGhost(request);
   // Only a document that once had a URL tries to connect again.
   if (!_getReportUrl().empty() && !_server->isReady()) {
@@ -241,8 +270,10 @@ bool ZtPortalData::reportToServer() try {
 }
 
 bool ZtPortalData::reportToFile(const ZtString& path) try {
-  if (path.isNull()) return false;
-  zt::Platform::current().files().write(std::string(path.view()), _request());
+  if (path.isNull() || zt::consentIsRevoked()) return false;
+  std::string request = _request();
+  if (!zt::passesRequestHook(request)) return false;
+  zt::Platform::current().files().write(std::string(path.view()), request);
   return false;
 } catch (const ZtException&) {
   return false;
@@ -257,11 +288,14 @@ void ZtPortalData::saveReport() {
 
 /// Saves the report, and notes in the receipt where or why not.
 void ZtPortalData::_save() try {
+  if (_isForbidden()) return;
   const auto store = zt::ReportStore::open();
   std::error_code error(errno, std::generic_category());
   if (store) {
     std::string file = store->fileOf(_reportId);
-    error = store->save(_reportId, _request());
+    const ZtString request = _afterHook(_request());
+    if (request.isNull()) return;
+    error = store->save(_reportId, request.view());
     if (!error) _delivery.savedTo = std::move(file);
   }
   _delivery.saveErrorNumber = error.value();
@@ -279,6 +313,7 @@ void ZtPortalData::_save() try {
 }
 
 bool ZtPortalData::sendSavedReports() try {
+  if (_isForbidden()) return false;
   const auto store = zt::ReportStore::open();
   if (!store) return false;
   for (const std::string& file : store->files()) {
@@ -295,6 +330,7 @@ bool ZtPortalData::sendSavedReports() try {
 
 bool ZtPortalData::sendSavedReport(const ZtString& path) try {
   _delivery = {};
+  if (_isForbidden()) return false;
   if (!_server->isReady()) _initHttp(_server->configurationUrl(), _cacheConfiguration);
   std::string file(path.view());
   if (!_server->online()) {
@@ -309,7 +345,11 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
     fail(_delivery, ZtDeliveryError::File, "The file cannot be read or is not well-formed XML.");
     return false;
   }
-  const ZtString request = *saved;
+  const ZtString request = _afterHook(*saved);
+  if (request.isNull()) {
+    _delivery.savedTo = std::move(file);
+    return false;
+  }
   _notifyGhost(request);
   _delivery = _server->send(request);
   _delivery.savedTo = std::move(file);

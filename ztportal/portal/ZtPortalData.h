@@ -8,6 +8,7 @@
 #include "ztportal/base/ZtDate.h"
 #include "ztportal/base/ZtExport.h"
 #include "ztportal/base/ZtString.h"
+#include "ztportal/platform/http/ZtTransportOptions.h"
 #include "ztportal/pools/ZtPortalPool.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
 #include "ztportal/pools/ZtPortalPoolConnectionManager.h"
@@ -64,6 +65,11 @@ class ZT_EXPORT ZtPortalData {
   ZtPortalData(const ZtPortalData&) = delete;
   ZtPortalData& operator=(const ZtPortalData&) = delete;
   ~ZtPortalData();
+
+  /// How the requests of this document travel from now on, in place of the process-wide options
+  /// (`ZtHost::setTransportOptions`), which those at its creation use. Returns
+  /// `options.problem()`: if that is not empty, the options stay as they were.
+  std::string setTransportOptions(ZtTransportOptions options);
 
   /// A new random UUID (RFC 4122) in upper case, without braces.
   static ZtString createUUID();
@@ -167,6 +173,8 @@ class ZT_EXPORT ZtPortalData {
   static ZtString _getReportFolder();
   static void _notifyGhost(const ZtString& request);
   void _save();
+  bool _isForbidden();
+  ZtString _afterHook(std::string request);
 
   std::vector<std::shared_ptr<ZtPortalPool>> _pools;
   ZtString _reportId;

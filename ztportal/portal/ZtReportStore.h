@@ -65,14 +65,15 @@ struct ZtSendOptions {
 
 /// Why `ZtReportStore::send` ended.
 enum class ZtSendEnd : std::uint8_t {
-  Done,       ///< every report was tried
-  Cancelled,  ///< `progress` or `isCancelled` asked for it
-  Budget,     ///< the time is over
-  Offline,    ///< no configuration, no version of the server, or the server is gone
-  Deferred,   ///< the server is not in service, or asks to wait; see `retryAfter`
-  Busy,       ///< another process or thread is sending from this store
-  NoStore,    ///< the store's folder or its lock cannot be created
-  NoConsent   ///< the user has revoked the consent
+  Done,         ///< every report was tried
+  Cancelled,    ///< `progress` or `isCancelled` asked for it
+  Budget,       ///< the time is over
+  Offline,      ///< no configuration, no version of the server, or the server is gone
+  Deferred,     ///< the server is not in service, or asks to wait; see `retryAfter`
+  Busy,         ///< another process or thread is sending from this store
+  NoStore,      ///< the store's folder or its lock cannot be created
+  NoConsent,    ///< the user has revoked the consent
+  WrongOptions  ///< the `transport` cannot be used; its `problem()` says why
 };
 
 /// What `ZtReportStore::send` did.

@@ -9,6 +9,8 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
+#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 
 namespace {
 
@@ -19,6 +21,12 @@ using Info = std::map<std::string, ZtString>;
 ZtAtomic<std::shared_ptr<const Info>>& givenInfo() {
   static auto* const info = new ZtAtomic<std::shared_ptr<const Info>>();
   return *info;
+}
+
+/// Null before the host has set them; never destroyed either.
+ZtAtomic<std::shared_ptr<const ZtTransportOptions>>& givenTransportOptions() {
+  static auto* const options = new ZtAtomic<std::shared_ptr<const ZtTransportOptions>>();
+  return *options;
 }
 
 const Info& mainBundleInfo() {
@@ -47,6 +55,19 @@ ZtString ZtHost::bundleInfo(const std::string& key) {
   return key == "CFBundleName" ? executableName() : ZtString();
 }
 
+std::string ZtHost::setTransportOptions(ZtTransportOptions options) {
+  std::string problem = options.problem();
+  if (problem.empty()) {
+    givenTransportOptions().store(std::make_shared<const ZtTransportOptions>(std::move(options)));
+  }
+  return problem;
+}
+
+ZtTransportOptions ZtHost::transportOptions() {
+  const std::shared_ptr<const ZtTransportOptions> given = givenTransportOptions().load();
+  return given != nullptr ? *given : ZtTransportOptions();
+}
+
 void ZtHost::closeConnections() {
   zt::Platform& platform = zt::Platform::current();
   platform.http().closeConnections();
@@ -54,5 +75,17 @@ void ZtHost::closeConnections() {
 }
 
 std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }
+
+void ZtHost::setValueEscaping(bool isOn) { zt::rules::isEscaping = isOn; }
+
+bool ZtHost::setConsent(ZtConsent consent) { return zt::keepConsent(consent); }
+
+ZtConsent ZtHost::consent() { return zt::readConsent(); }
+
+void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
+
+void ZtHost::setValueFilter(ZtValueFilter filter) { zt::setValueFilter(std::move(filter)); }
+
+void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setRequestHook(std::move(hook)); }
 
 void ZtHost::setLogHandler(ZtLogHandler handler) { zt::setLogHandler(std::move(handler)); }

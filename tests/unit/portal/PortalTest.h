@@ -79,6 +79,9 @@ class ObservedFiles final : public Files {
   bool writePrivate(const std::string& path, std::string_view content) override {
     return observed("write ", path).writePrivate(path, content);
   }
+  bool replacePrivate(const std::string& path, std::string_view content) override {
+    return observed("write ", path).replacePrivate(path, content);
+  }
   bool remove(const std::string& path) override { return observed("remove ", path).remove(path); }
   std::optional<FileFacts> facts(const std::string& path) override {
     return observed("facts ", path).facts(path);

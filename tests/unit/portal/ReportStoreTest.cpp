@@ -20,49 +20,12 @@ class ReportStoreTest : public PortalTest {};
 
 // The folders above the store.
 
-TEST_F(ReportStoreTest, ASupportFolderIsCreatedUnlessSomethingExistsThere) {
-  EXPECT_EQ(supportFolder(kUserDomain, "One/Two"), "/home/user/.local/share/One/Two");
-  EXPECT_TRUE(platform.files_.isFolder("/home/user/.local/share/One/Two"));
-  EXPECT_EQ(supportFolder(kUserDomain, "One"), "/home/user/.local/share/One");
-  ASSERT_TRUE(platform.files_.write("/home/user/.local/share/File", "not a folder"));
-  EXPECT_EQ(supportFolder(kUserDomain, "File"), "/home/user/.local/share/File");
-  EXPECT_FALSE(platform.files_.isFolder("/home/user/.local/share/File"));
-}
-
 TEST_F(ReportStoreTest, TheDomainIsTheLowSixteenBitsWithTheirSign) {
   EXPECT_EQ(ZtTestAccess::supportFolder(0x12348005, "One"), "/home/user/.local/share/One");
   for (const std::uint32_t domain : {5U, 0xFFFFFFFFU, 0xFFFF7FFFU}) {
     EXPECT_TRUE(ZtTestAccess::supportFolder(domain, "One").isNull()) << domain;
   }
   EXPECT_THAT(platform.supportFolder_.askedDomains, ElementsAre(-32763, 5, -1, 32767));
-}
-
-TEST_F(ReportStoreTest, ThereIsNoSupportFolderWhenOneCannotBeCreated) {
-  for (const int failing : {1, 2}) {
-    FailingFiles files(platform.files_);
-    files.failOnce(Operation::CreateFolders, failing);
-    platform.replacedFiles = &files;
-    EXPECT_EQ(supportFolder(kUserDomain, "One"), std::nullopt) << failing;
-    EXPECT_EQ(platform.files_.isFolder(kSupport), failing == 2);
-    EXPECT_FALSE(platform.files_.exists("/home/user/.local/share/One"));
-  }
-}
-
-TEST_F(ReportStoreTest, TheHostsFolderHasTheNamesOfVendorAndHost) {
-  EXPECT_EQ(hostFolder(), "/home/user/.local/share/Kelvane/Setup");
-  EXPECT_TRUE(platform.files_.isFolder("/home/user/.local/share/Kelvane/Setup"));
-}
-
-// Regression: a name like "../../x" put the store outside the vendor's folder.
-TEST_F(ReportStoreTest, ANameThatLeadsElsewhereIsReplacedByThatOfTheExecutable) {
-  for (const std::string name : {"../../x", "/x", "a/b", ".", "..", "a\nb", "\x7F"}) {
-    ZtHost::setBundleInfo({{"CFBundleName", name}});
-    EXPECT_EQ(hostFolder(), "/home/user/.local/share/Kelvane/ztportal_unit_test") << name;
-  }
-  for (const std::string name : {"...", "..x", "Setup 2.1", "\xC3\x84", "a\\b"}) {
-    ZtHost::setBundleInfo({{"CFBundleName", name}});
-    EXPECT_EQ(hostFolder(), "/home/user/.local/share/Kelvane/" + name);
-  }
 }
 
 // The store.

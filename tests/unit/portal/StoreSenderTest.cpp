@@ -277,7 +277,7 @@ TEST_F(StoreSenderTest, NeverWaitsLongerThanItsBudget) {
   options.budget = seconds(40);
   options.progress = [&](const auto& saved, const auto& delivery) {
     progress.emplace_back(saved.reportId.view(), delivery.outcome);
-    if (progress.size() == 3) report.retryAfter = seconds(50);
+    if (progress.size() == 2) report.retryAfter = seconds(50);
     return true;
   };
   const ZtSendResult result = send();
@@ -359,6 +359,54 @@ TEST_F(StoreSenderTest, SendsNothingWithoutAFolderOrItsLock) {
   result = send();
   EXPECT_EQ(result.end, ZtSendEnd::NoStore);
   EXPECT_THAT(steps, IsEmpty());
+}
+
+TEST_F(StoreSenderTest, SendsNothingWithoutTheUsersConsent) {
+  saveThree();
+  ASSERT_TRUE(ZtHost::setConsent(ZtConsent::Revoked));
+  ZtSendResult result = send();
+  EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
+  EXPECT_EQ(result.left, 3U);
+  EXPECT_THAT(steps, IsEmpty());
+  ASSERT_TRUE(ZtHost::setConsent(ZtConsent::Given));
+  options.progress = [](const auto&, const auto&) {
+    return ZtHost::setConsent(ZtConsent::Revoked);
+  };
+  result = send();
+  EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
+  EXPECT_EQ(result.accepted, 1U);
+}
+
+TEST_F(StoreSenderTest, AsksTheHostsHookAboutEachReport) {
+  saveThree();
+  ZtHost::setRequestHook([](std::string& request) {
+    if (request == textOf(1)) return ZtRequestDecision::Drop;
+    if (request == textOf(2)) request = "<changed/>";
+    return request == "<changed/>" ? ZtRequestDecision::Replace : ZtRequestDecision::Send;
+  });
+  const ZtSendResult result = send();
+  ZtHost::setRequestHook(nullptr);
+  EXPECT_EQ(result.end, ZtSendEnd::Done);
+  EXPECT_EQ(result.left, 1U);
+  EXPECT_THAT(progress, ElementsAre(Pair("{1}", Outcome::Dropped), Pair("{2}", Outcome::Accepted),
+                                    Pair("{3}", Outcome::Accepted)));
+  EXPECT_EQ(platform.http_.asked[2].body, "<changed/>");
+  EXPECT_EQ(state(), "");
+}
+
+TEST_F(StoreSenderTest, UsesItsTransportOptions) {
+  saveThree();
+  std::vector<std::string> urls;
+  options.transport.emplace();
+  options.transport->transport = [&urls](const ZtTransportRequest& request) {
+    urls.emplace_back(request.url);
+    return ZtTransportResponse{};
+  };
+  EXPECT_EQ(send().end, ZtSendEnd::Offline);
+  EXPECT_THAT(urls, ElementsAre(kConfigurationUrl));
+  options.transport->authorityFile = "/missing.pem";
+  EXPECT_EQ(send().end, ZtSendEnd::WrongOptions);
+  EXPECT_EQ(urls.size(), 1U);
 }
 
 TEST_F(StoreSenderTest, AReportThatCannotBeRemovedStays) {

@@ -59,6 +59,12 @@ Exit setAside(const std::string& file, Output output);
 /// again. `file` can also be the name or ID of a saved report.
 Exit show(const std::string& file, bool json);
 
+/// Changes what the user has said about reports to `wanted` ("given", "revoked", "unset"), unless
+/// that is empty, and prints what it is then. With `deleteStored` also deletes all saved reports.
+Exit consent(const std::string& wanted, bool deleteStored, Output output);
+/// Throws a `Failure` if the user has revoked the consent.
+void requireConsent();
+
 /// Prints what the inventory finds on this computer: aligned lines, or one JSON object that is a
 /// pool of a report description.
 Exit probe(bool json);

@@ -91,6 +91,7 @@ std::string asLines(const ZtPortalPoolComputerSystem& computer) {
 }  // namespace
 
 Exit probe(bool json) {
+  requireConsent();
   const auto computer = ZtPortalPoolComputerSystem::initWithValues(ZtDate::now(), true);
   print(json ? asJson(*computer) : asLines(*computer));
   return Exit::Done;

@@ -68,6 +68,7 @@ std::string whyStopped(ZtPortalData& document, const std::string& file) {
 
 Exit resend(const std::string& configurationUrl, Output output) {
   checkConfigurationUrl(configurationUrl);
+  requireConsent();
   const std::string folder = storeFolder();
   const std::vector<std::string> paths = savedReportPaths(folder);
 

@@ -9,6 +9,7 @@
 #include "tools/common/Usage.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/Delivery.h"
+#include "tools/ztreport/commands/MalformedValues.h"
 #include "tools/ztreport/commands/SavedReports.h"
 #include "tools/ztreport/description/Description.h"
 #include "tools/ztreport/network/WebAddress.h"
@@ -45,9 +46,18 @@ std::string whyNotSaved(const ZtPortalData& document) {
   return file.isNull() ? kNoStoreFolder : text(file) + ": cannot be written";
 }
 
+void warnOfMalformedValues(ZtPortalData& document, Output output) {
+  if (output == Output::Quiet) return;
+  const std::string values = malformedValues(document.getSoapString());
+  if (values.empty()) return;
+  complain("warning: the report is not well-formed XML because of " + values +
+           ", so it can never be sent from the store; --escape prevents that");
+}
+
 /// Tells whether the report was accepted, and returns the exit status. A report that was not
 /// accepted must be in the store now; throws a `Failure` when it is not.
 Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
+  warnOfMalformedValues(document, output);
   const std::string id = text(document.reportId());
   if (accepted) {
     tell(output, "accepted: " + id, {{"accepted", true}, {"reportId", id}});
@@ -69,6 +79,7 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
 
 /// Tells the path of a saved report. Throws a `Failure` when its file is not there.
 Exit tellSaved(ZtPortalData& document, Output output) {
+  warnOfMalformedValues(document, output);
   if (!isSaved(document, document.getSoapString())) {
     throw Failure(Exit::MachineFailed, whyNotSaved(document));
   }
@@ -160,6 +171,7 @@ Exit render(const std::string& file, bool plain, Output output) {
 Exit send(const std::string& file, const std::optional<std::string>& configurationUrl,
           Output output) {
   if (configurationUrl) checkConfigurationUrl(*configurationUrl);
+  requireConsent();
   const Description description = describeForDelivery(file);
   const std::string url =
       configurationUrl ? *configurationUrl : text(description.configurationUrl());
@@ -174,6 +186,7 @@ Exit send(const std::string& file, const std::optional<std::string>& configurati
 }
 
 Exit save(const std::string& file, Output output) {
+  requireConsent();
   const auto document = describeForDelivery(file).makeOffline();
   storeFolder();
   document->saveReport();
@@ -204,6 +217,7 @@ Exit run(const RunOptions& options, Output output) {
   ZtReport::Facts facts = readFacts("--fact", options.facts);
   ZtReport::Facts flags = readFlags(options.flags);
   const std::vector<Step> steps = readSteps(options.steps);
+  requireConsent();
 
   const auto report = ZtReport::initWithCustomerAndGuid(options.customer, options.applicationId);
   report->startReport(options.startPoint);

@@ -56,6 +56,9 @@ class FailingFiles final : public Files {
   bool writePrivate(const std::string& path, std::string_view content) override {
     return mayFailMidway(path, [&] { return _files.writePrivate(path, content); });
   }
+  bool replacePrivate(const std::string& path, std::string_view content) override {
+    return !fails(Operation::Write) && _files.replacePrivate(path, content);
+  }
   bool remove(const std::string& path) override {
     return !fails(Operation::Remove) && _files.remove(path);
   }

@@ -89,6 +89,10 @@ class FakeFiles final : public Files {
     return write(path, content);
   }
 
+  bool replacePrivate(const std::string& path, std::string_view content) override {
+    return write(path, content);
+  }
+
   bool remove(const std::string& path) override {
     const std::scoped_lock lock(_mutex);
     const Entry* entry = find(path);

@@ -48,6 +48,9 @@ class Files {
   /// The same, but only its owner may read and write a new file, whatever the umask, and anything
   /// else than a regular file in its place, such as a symbolic link, is an error.
   virtual bool writePrivate(const std::string& path, std::string_view content) = 0;
+  /// Replaces the file as a whole, so that a reader sees either the old content or the new one, or
+  /// creates it; only its owner may read and write it. On failure the old file stays.
+  virtual bool replacePrivate(const std::string& path, std::string_view content) = 0;
   virtual bool remove(const std::string& path) = 0;
   /// Nothing if nothing exists at `path`. Links are followed.
   virtual std::optional<FileFacts> facts(const std::string& path) = 0;

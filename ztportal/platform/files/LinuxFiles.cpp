@@ -60,6 +60,8 @@ class OpenFile {
     _descriptor = FileDescriptor(number);
   }
 
+  explicit OpenFile(FileDescriptor descriptor) : _descriptor(std::move(descriptor)) {}
+
   bool isOpen() const { return _descriptor.isOpen(); }
   int descriptor() const { return _descriptor.number(); }
   bool isRegular() const {
@@ -210,6 +212,23 @@ bool LinuxFiles::write(const std::string& path, std::string_view content) {
 
 bool LinuxFiles::writePrivate(const std::string& path, std::string_view content) {
   return canNameAFile(path) && writeTo(openPrivateFile(path), path, content);
+}
+
+bool LinuxFiles::replacePrivate(const std::string& path, std::string_view content) {
+  if (!canNameAFile(path)) return false;
+  std::string temporary = path + ".XXXXXX";
+  OpenFile file(FileDescriptor(::mkostemp(temporary.data(), O_CLOEXEC)));
+  if (!file.isOpen()) return false;
+  // The umask may have removed the owner's permissions.
+  ::fchmod(file.descriptor(), S_IRUSR | S_IWUSR);
+  if (file.writeAll(content) && ::fsync(file.descriptor()) == 0 && file.close() &&
+      ::rename(temporary.c_str(), path.c_str()) == 0) {
+    return true;
+  }
+  const int error = errno;
+  ::unlink(temporary.c_str());
+  errno = error;
+  return false;
 }
 
 bool LinuxFiles::remove(const std::string& path) {

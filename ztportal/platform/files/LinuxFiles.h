@@ -26,6 +26,7 @@ class LinuxFiles final : public Files {
   /// A new file gets mode 0600.
   bool writePrivate(const std::string& path, std::string_view content) override;
   /// Removes a file, a link or an empty folder.
+  bool replacePrivate(const std::string& path, std::string_view content) override;
   bool remove(const std::string& path) override;
   std::optional<FileFacts> facts(const std::string& path) override;
   bool move(const std::string& from, const std::string& to) override;

@@ -5,12 +5,14 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
+#include "ztportal/platform/http/CurlFailure.h"
 #include "ztportal/platform/http/CurlLibrary.h"
 #include "ztportal/platform/http/CurlNames.h"
 #include "ztportal/platform/http/CurlSession.h"
@@ -83,18 +85,21 @@ bool isAddress(const std::string& host) {
          ::inet_pton(AF_INET, host.c_str(), &address) == 1;
 }
 
+/// Whether `proxy`, the URL of a proxy or nothing, needs no name look-up.
+bool isProxyAddress(const CurlLibrary& curl, const char* proxy) {
+  if (proxy == nullptr || *proxy == '\0') return true;
+  const Url url(curl.url(), curl.urlCleanup);
+  constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME;
+  return url && curl.urlSet(url.get(), CURLUPART_URL, proxy, kFlags) == CURLUE_OK &&
+         isAddress(partOf(curl, url, CURLUPART_HOST));
+}
+
 /// Whether a request for `url` needs no name look-up, whichever proxy it goes through.
-bool hasOnlyAddresses(const CurlLibrary& curl, const Url& url) {
+bool hasOnlyAddresses(const CurlLibrary& curl, const Url& url, const CurlRoute& route) {
   if (!isAddress(partOf(curl, url, CURLUPART_HOST))) return false;
+  if (route.proxy != nullptr) return isProxyAddress(curl, route.proxy);
   for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
-    const char* const value = std::getenv(name);
-    if (value == nullptr || *value == '\0') continue;
-    const Url proxy(curl.url(), curl.urlCleanup);
-    constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME;
-    if (!proxy || curl.urlSet(proxy.get(), CURLUPART_URL, value, kFlags) != CURLUE_OK ||
-        !isAddress(partOf(curl, proxy, CURLUPART_HOST))) {
-      return false;
-    }
+    if (!isProxyAddress(curl, std::getenv(name))) return false;
   }
   return true;
 }
@@ -138,6 +143,30 @@ void removeHalfCharacter(std::string& text) {
   if (!isUtf8(std::string_view(text).substr(last))) text.resize(last);
 }
 
+std::chrono::microseconds sinceStart(Clock::time_point start) {
+  return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+}
+
+/// Adds what libcurl measured. It counts each time from the start of the transfer and leaves 0 for
+/// what was not reached.
+void addTimes(const CurlLibrary& curl, CURL* handle, HttpTimes& times) {
+  const auto at = [&](CURLINFO info) {
+    curl_off_t microseconds = 0;
+    curl.easyGetinfo(handle, info, &microseconds);
+    return std::chrono::microseconds(microseconds);
+  };
+  const auto between = [](std::chrono::microseconds start, std::chrono::microseconds end) {
+    return std::max(end - start, std::chrono::microseconds::zero());
+  };
+  const auto lookup = at(CURLINFO_NAMELOOKUP_TIME_T);
+  const auto connect = at(CURLINFO_CONNECT_TIME_T);
+  const auto request = at(CURLINFO_PRETRANSFER_TIME_T);
+  times.lookup += lookup;
+  times.connect += between(lookup, connect);
+  times.tls += between(connect, at(CURLINFO_APPCONNECT_TIME_T));
+  if (request.count() > 0) times.response += between(request, at(CURLINFO_TOTAL_TIME_T));
+}
+
 /// What libcurl may do by itself within a transfer, and what it wanted to do.
 struct Restraint {
   bool mayLookUp = false;
@@ -165,6 +194,14 @@ bool isOneLine(std::string_view text) {
 
 bool isContentType(const HttpHeader& header) { return equalsAnyCase(header.name, "content-type"); }
 
+/// A header in libcurl's notation, in which a semicolon stands for a header without a value.
+std::string lineOf(std::string_view name, std::string_view value) {
+  std::string line(name);
+  if (value.empty()) return line += ';';
+  appendText(line, ": ", value);
+  return line;
+}
+
 /// Adds the lines for `headers` in libcurl's notation; false when one of them cannot be sent.
 bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
   // A name alone suppresses what libcurl would send by itself.
@@ -174,9 +211,7 @@ bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
 
   for (const HttpHeader& header : headers) {
     if (!isOneLine(header.name) || !isOneLine(header.value)) return false;
-    // A semicolon stands for a header without a value.
-    list.add(header.value.empty() ? std::string(header.name) + ';'
-                                  : std::string(header.name) + ": " + std::string(header.value));
+    list.add(lineOf(header.name, header.value));
   }
   return true;
 }
@@ -195,14 +230,49 @@ void setMethod(CurlOptions& options, const HttpRequest& request, Restraint& rest
   options.set(CURLOPT_PREREQDATA, &restraint);
 }
 
-/// OpenSSL's variables for private certificate authorities, which libcurl itself does not read.
-void setAuthorities(CurlOptions& options) {
+const char* orNull(const std::string& text) { return text.empty() ? nullptr : text.c_str(); }
+
+/// The authorities of the host, or else those of OpenSSL's variables, which libcurl itself does not
+/// read.
+void setAuthorities(CurlOptions& options, const ZtTransportOptions& wanted) {
+  if (!wanted.authorityFile.empty() || !wanted.authorityFolder.empty()) {
+    // Null takes the system's away.
+    options.set(CURLOPT_CAINFO, orNull(wanted.authorityFile));
+    options.set(CURLOPT_CAPATH, orNull(wanted.authorityFolder));
+    options.set(CURLOPT_PROXY_CAINFO, orNull(wanted.authorityFile));
+    options.set(CURLOPT_PROXY_CAPATH, orNull(wanted.authorityFolder));
+    return;
+  }
   const auto setPath = [&options](CURLoption option, const char* variable) {
     const char* const path = std::getenv(variable);
     if (path != nullptr && *path != '\0') options.set(option, path);
   };
   setPath(CURLOPT_CAINFO, "SSL_CERT_FILE");
   setPath(CURLOPT_CAPATH, "SSL_CERT_DIR");
+}
+
+void setTls(CurlOptions& options, const ZtTransportOptions& wanted, bool isFirstOrigin) {
+  setAuthorities(options, wanted);
+  if (wanted.minimumTlsVersion == ZtTlsVersion::Tls12) {
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
+  } else if (wanted.minimumTlsVersion == ZtTlsVersion::Tls13) {
+    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_3));
+  }
+  if (wanted.clientCertificate.empty() || !isFirstOrigin) return;
+  options.set(CURLOPT_SSLCERT, wanted.clientCertificate.c_str());
+  options.set(CURLOPT_SSLKEY, orNull(wanted.clientKey));
+  // Without a password OpenSSL would ask for one on the terminal.
+  options.set(CURLOPT_KEYPASSWD, wanted.clientKeyPassword.c_str());
+}
+
+CurlRoute routeOf(const ZtTransportOptions& wanted) {
+  return {wanted.proxy ? wanted.proxy->c_str() : nullptr,
+          wanted.noProxy ? wanted.noProxy->c_str() : nullptr};
+}
+
+void setRoute(CurlOptions& options, const CurlRoute& route) {
+  if (route.proxy != nullptr) options.set(CURLOPT_PROXY, route.proxy);
+  if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
 }
 
 struct Credentials {
@@ -213,6 +283,8 @@ struct Credentials {
 /// A request to one URL, redirects not followed.
 struct Hop {
   const Url& url;
+  const ZtTransportOptions& wanted;
+  bool isFirstOrigin;
   const Credentials& credentials;
   curl_slist* headers;
   Clock::time_point deadline;
@@ -223,22 +295,45 @@ struct HopResult {
   std::string redirect;  ///< where the response sends the request; empty if nowhere
 };
 
+/// When the hop gives up to connect.
+Clock::time_point connectDeadline(const Hop& hop) {
+  const std::chrono::milliseconds limit =
+      hop.wanted.connectTimeout.count() > 0 ? hop.wanted.connectTimeout : hop.wanted.idleTimeout;
+  if (limit.count() <= 0 || limit.count() > kMostCurlMilliseconds) return hop.deadline;
+  return std::min(hop.deadline, Clock::now() + limit);
+}
+
+long millisecondsUntil(Clock::time_point deadline) {
+  return static_cast<long>(
+      std::chrono::floor<std::chrono::milliseconds>(deadline - Clock::now()).count());
+}
+
 HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop& hop) {
   CurlSession& session = CurlSession::begin(curl);
   CURL* const handle = session.handle();
   CurlNames& names = CurlNames::ofThisProcess(curl);
   Arrival arrival;
   Restraint restraint;
-  restraint.mayLookUp = hasOnlyAddresses(curl, hop.url);
+  CurlRoute route = routeOf(hop.wanted);
+  restraint.mayLookUp = hasOnlyAddresses(curl, hop.url, route);
+  std::array<char, CURL_ERROR_SIZE> reason{};
 
   CurlOptions options(curl, handle);
   setMethod(options, request, restraint);
-  setAuthorities(options);
+  setTls(options, hop.wanted, hop.isFirstOrigin);
+  setRoute(options, route);
   options.set(CURLOPT_CURLU, hop.url.get());
   if (!hop.credentials.user.empty() || !hop.credentials.password.empty()) {
     options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
     options.set(CURLOPT_PASSWORD, hop.credentials.password.c_str());
   }
+  if (hop.wanted.idleTimeout.count() > 0) {
+    const auto seconds = std::chrono::ceil<std::chrono::seconds>(hop.wanted.idleTimeout).count();
+    options.set(CURLOPT_LOW_SPEED_LIMIT, 1L);
+    options.set(CURLOPT_LOW_SPEED_TIME,
+                static_cast<long>(std::min<std::int64_t>(seconds, kMostCurlMilliseconds / 1000)));
+  }
+  options.set(CURLOPT_ERRORBUFFER, reason.data());
   options.set(CURLOPT_NOSIGNAL, 1L);
   options.set(CURLOPT_MAXAGE_CONN, static_cast<long>(CurlSession::kIdleLimit.count()) - 1);
   options.set(CURLOPT_OPENSOCKETFUNCTION, CurlSockets::open);
@@ -255,31 +350,51 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   options.set(CURLOPT_WRITEFUNCTION, takeBody);
   options.set(CURLOPT_WRITEDATA, &arrival);
 
+  const Clock::time_point connected = connectDeadline(hop);
   const auto perform = [&] {
-    const auto left = std::chrono::floor<std::chrono::milliseconds>(hop.deadline - Clock::now());
-    if (left.count() <= 0) return false;
+    const long left = millisecondsUntil(hop.deadline);
+    const long leftToConnect = millisecondsUntil(connected);
+    if (left <= 0 || leftToConnect <= 0) return CURLE_OPERATION_TIMEDOUT;
     restraint.wantsLookUp = false;
-    options.set(CURLOPT_TIMEOUT_MS, static_cast<long>(left.count()));
-    options.set(CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(left.count()));
-    return options.accepted() && curl.easyPerform(handle) == CURLE_OK;
+    options.set(CURLOPT_TIMEOUT_MS, left);
+    options.set(CURLOPT_CONNECTTIMEOUT_MS, leftToConnect);
+    return options.accepted() ? curl.easyPerform(handle) : CURLE_UNKNOWN_OPTION;
   };
-  bool isWhole = perform();
+  HopResult result;
+  HttpResponse& response = result.response;
+  CURLcode end = perform();
   // The second one is for SOCKS proxies to which libcurl passes the address of the host.
-  for (const char* noProxy : {static_cast<const char*>(nullptr), "*"}) {
-    if (!restraint.wantsLookUp || !names.find(hop.url.get(), noProxy, hop.deadline)) break;
-    isWhole = perform();
+  for (const char* noProxy : {route.noProxy, "*"}) {
+    if (!restraint.wantsLookUp) break;
+    route.noProxy = noProxy;
+    const Clock::time_point start = Clock::now();
+    const bool isFound = names.find(hop.url.get(), route, connected);
+    response.times.lookup += sinceStart(start);
+    end = isFound                    ? perform()
+          : Clock::now() < connected ? CURLE_COULDNT_RESOLVE_HOST
+                                     : CURLE_OPERATION_TIMEDOUT;
+    if (!isFound) break;
   }
 
-  HopResult result;
+  addTimes(curl, handle, response.times);
   // libcurl accepts a response whose headers are cut off.
-  if ((isWhole || arrival.isCut) && arrival.headersComplete) {
+  if ((end == CURLE_OK || arrival.isCut) && arrival.headersComplete) {
     long status = 0;
     curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
     const char* redirect = nullptr;
     curl.easyGetinfo(handle, CURLINFO_REDIRECT_URL, &redirect);
+    curl_off_t seconds = 0;
+    curl.easyGetinfo(handle, CURLINFO_RETRY_AFTER, &seconds);
     if (arrival.isCut) removeHalfCharacter(arrival.body);
-    result.response = {static_cast<int>(status), std::move(arrival.body)};
+    response.status = static_cast<int>(status);
+    response.body = std::move(arrival.body);
+    response.retryAfter = std::chrono::seconds(seconds);
     if (redirect != nullptr) result.redirect = redirect;
+  } else {
+    long tunnelStatus = 0;
+    curl.easyGetinfo(handle, CURLINFO_HTTP_CONNECTCODE, &tunnelStatus);
+    response.error = tunnelStatus >= 300 ? ZtDeliveryError::Proxy : deliveryErrorOf(end);
+    response.message = sentenceOf(response.error, reason.data());
   }
   // The handle outlives this exchange and must not refer to it.
   curl.easyReset(handle);
@@ -287,14 +402,28 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   return result;
 }
 
+HttpResponse failure(ZtDeliveryError error, std::string_view detail = {}) {
+  HttpResponse response;
+  response.error = error;
+  response.message = sentenceOf(error, detail);
+  return response;
+}
+
 HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request) {
   if (request.method != "GET" && request.method != "POST") return {};
   if (request.timeout <= std::chrono::milliseconds::zero()) return {};
   const auto deadline =
       Clock::now() + std::min(request.timeout, std::chrono::milliseconds(kMostCurlMilliseconds));
-  HeaderList headers(curl);
+  const ZtTransportOptions none;
+  const ZtTransportOptions& wanted = request.options != nullptr ? *request.options : none;
   Url url = httpUrl(curl, request.url);
-  if (!url || !addHeaders(headers, request.headers)) return {};
+  if (!url) return failure(ZtDeliveryError::Address);
+  HeaderList headers(curl);
+  HeaderList firstHeaders(curl);
+  if (!addHeaders(headers, request.headers) || !addHeaders(firstHeaders, request.headers)) {
+    return failure(ZtDeliveryError::Host, "a header has a line end");
+  }
+  for (const auto& [name, value] : wanted.headers) firstHeaders.add(lineOf(name, value));
 
   // Taken out of the URL, so that a redirect which names a user can be told from one that is
   // relative to it.
@@ -303,25 +432,40 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   // libcurl decodes no control characters.
   if (credentials.user.empty() != partOf(curl, url, CURLUPART_USER).empty() ||
       credentials.password.empty() != partOf(curl, url, CURLUPART_PASSWORD).empty()) {
-    return {};
+    return failure(ZtDeliveryError::Address);
   }
   curl.urlSet(url.get(), CURLUPART_USER, nullptr, 0);
   curl.urlSet(url.get(), CURLUPART_PASSWORD, nullptr, 0);
 
   // libcurl could follow redirects, but would also go from http over https back to http.
+  HttpTimes times;
+  bool isFirstOrigin = true;
   for (int redirects = 0; redirects <= kRedirects; ++redirects) {
-    HopResult hop = makeHop(curl, request, {url, credentials, headers.get(), deadline});
-    if (hop.redirect.empty()) return std::move(hop.response);
+    HopResult hop = makeHop(curl, request,
+                            {url, wanted, isFirstOrigin, credentials,
+                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline});
+    HttpResponse& response = hop.response;
+    times += response.times;
+    if (hop.redirect.empty()) {
+      response.times = times;
+      response.url = partOf(curl, url, CURLUPART_URL);
+      return std::move(response);
+    }
     // No server can make the library log in to another one with credentials of its choice.
     Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE | CURLU_DISALLOW_USER);
-    if (!next) return {};
+    if (!next) return failure(ZtDeliveryError::Redirect, "to a URL that is not followed");
     const auto origin = originOf(curl, url);
     const auto nextOrigin = originOf(curl, next);
-    if (origin.front() == "https" && nextOrigin.front() != "https") return {};
-    if (nextOrigin != origin) credentials = {};
+    if (origin.front() == "https" && nextOrigin.front() != "https") {
+      return failure(ZtDeliveryError::Redirect, "from https to http");
+    }
+    if (nextOrigin != origin) {
+      credentials = {};
+      isFirstOrigin = false;
+    }
     url = std::move(next);
   }
-  return {};
+  return failure(ZtDeliveryError::Redirect, "too many");
 }
 
 }  // namespace
@@ -334,9 +478,15 @@ CurlHttpTransport::~CurlHttpTransport() = default;
 HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
   try {
     const CurlLibrary& curl = library();
-    return curl.error.empty() ? exchangeOrThrow(curl, request) : HttpResponse{};
+    if (!curl.error.empty()) return failure(ZtDeliveryError::Library, curl.error);
+    const Clock::time_point start = Clock::now();
+    HttpResponse response = exchangeOrThrow(curl, request);
+    response.times.total = sinceStart(start);
+    return response;
   } catch (const std::bad_alloc&) {
-    return {};
+    HttpResponse response;
+    response.error = ZtDeliveryError::Memory;
+    return response;
   }
 }
 

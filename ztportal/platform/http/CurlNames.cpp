@@ -46,7 +46,7 @@ CurlNames::CurlNames(const CurlLibrary& curl)
 
 CurlNames::~CurlNames() { _curl.shareCleanup(_found); }
 
-bool CurlNames::find(CURLU* url, const char* noProxy, Clock::time_point deadline) {
+bool CurlNames::find(CURLU* url, const CurlRoute& route, Clock::time_point deadline) {
   struct Turn {
     CurlNames& names;
     ~Turn() {
@@ -61,10 +61,10 @@ bool CurlNames::find(CURLU* url, const char* noProxy, Clock::time_point deadline
     _isBusy = true;
   }
   const Turn turn{*this};
-  return findInTurn(url, noProxy, deadline);
+  return findInTurn(url, route, deadline);
 }
 
-bool CurlNames::findInTurn(CURLU* url, const char* noProxy, Clock::time_point deadline) {
+bool CurlNames::findInTurn(CURLU* url, const CurlRoute& route, Clock::time_point deadline) {
   if (!continueUntil(Clock::now())) return false;
 
   _hasAddress = false;
@@ -79,7 +79,8 @@ bool CurlNames::findInTurn(CURLU* url, const char* noProxy, Clock::time_point de
   options.set(CURLOPT_SHARE, _found);
   options.set(CURLOPT_OPENSOCKETFUNCTION, takeAddress);
   options.set(CURLOPT_OPENSOCKETDATA, &_hasAddress);
-  if (noProxy != nullptr) options.set(CURLOPT_NOPROXY, noProxy);
+  if (route.proxy != nullptr) options.set(CURLOPT_PROXY, route.proxy);
+  if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
   if (!options.accepted() || _curl.multiAddHandle(_multi.get(), _easy.get()) != CURLM_OK) {
     end();
     return false;

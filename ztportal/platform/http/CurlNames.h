@@ -10,6 +10,13 @@
 
 namespace zt {
 
+/// How a request travels: the proxy and the hosts without it in libcurl's notation. Null: as the
+/// environment says.
+struct CurlRoute {
+  const char* proxy = nullptr;
+  const char* noProxy = nullptr;
+};
+
 /// The name look-ups of this process, one at a time.
 ///
 /// libcurl makes each in a thread of its own, which nobody can stop (unless it was built with
@@ -30,12 +37,12 @@ class CurlNames {
   CURLSH* found() const { return _found; }
 
   /// Looks up the name that a request for `url` asks for first: that of the proxy or, with
-  /// `noProxy` "*", in any case the host's. False if there is no such name, if `deadline` comes
+  /// a `noProxy` "*", in any case the host's. False if there is no such name, if `deadline` comes
   /// first, and at once while an earlier look-up hangs.
-  bool find(CURLU* url, const char* noProxy, Clock::time_point deadline);
+  bool find(CURLU* url, const CurlRoute& route, Clock::time_point deadline);
 
  private:
-  bool findInTurn(CURLU* url, const char* noProxy, Clock::time_point deadline);
+  bool findInTurn(CURLU* url, const CurlRoute& route, Clock::time_point deadline);
   bool continueUntil(Clock::time_point deadline);
   void end();
 

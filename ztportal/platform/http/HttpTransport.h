@@ -23,7 +23,8 @@ struct HttpRequest {
   std::span<const HttpHeader> headers;
   std::optional<std::string_view> body;
   std::chrono::milliseconds timeout;  ///< for all of it: name look-up, connection and response
-  const ZtTransportOptions* options = nullptr;  ///< null: none, only `timeout` counts
+  /// Null: none. Its `timeout`, `compressRequests` and `transport` are for the caller.
+  const ZtTransportOptions* options = nullptr;
 };
 
 /// How long the parts of an exchange took; zero for what was not reached or not needed.
@@ -33,6 +34,15 @@ struct HttpTimes {
   std::chrono::microseconds tls{0};
   std::chrono::microseconds response{0};  ///< from the request's first byte to the end
   std::chrono::microseconds total{0};
+
+  HttpTimes& operator+=(const HttpTimes& more) {
+    lookup += more.lookup;
+    connect += more.connect;
+    tls += more.tls;
+    response += more.response;
+    total += more.total;
+    return *this;
+  }
 };
 
 struct HttpResponse {

@@ -130,6 +130,19 @@ TYPED_TEST(FilesContract, MakesPrivateFoldersAndFiles) {
   EXPECT_THAT(this->files().list(this->path("a/b")), Optional(UnorderedElementsAre("c", "file")));
 }
 
+TYPED_TEST(FilesContract, ReplacesAPrivateFileAsAWhole) {
+  EXPECT_TRUE(this->files().replacePrivate(this->path("file"), "a longer text"));
+  EXPECT_TRUE(this->files().replacePrivate(this->path("file"), "short"));
+  EXPECT_THAT(this->read(this->path("file")), Optional(std::string("short")));
+  EXPECT_THAT(this->files().list(this->root()), Optional(ElementsAre("file")));
+  ASSERT_TRUE(this->files().createFolders(this->path("folder")));
+  for (const std::string& path : {this->path("folder"), this->path("missing/file"), std::string(),
+                                  this->path("file") + kNulByte}) {
+    EXPECT_FALSE(this->files().replacePrivate(path, "x")) << path;
+  }
+  EXPECT_THAT(this->files().list(this->root()), Optional(UnorderedElementsAre("file", "folder")));
+}
+
 TYPED_TEST(FilesContract, WritesNoFileWithoutItsFolder) {
   EXPECT_FALSE(this->files().write(this->path("missing/file"), "x"));
   EXPECT_FALSE(this->files().exists(this->path("missing")));

@@ -62,6 +62,20 @@ TEST_F(LinuxPrivateFilesTest, ExistingOnesKeepTheirModes) {
   EXPECT_EQ(modeOf(file), 0640U);
 }
 
+TEST_F(LinuxPrivateFilesTest, AReplacedFileIsItsOwnersAloneAndALinkInItsPlaceGoes) {
+  const std::string outside = _outside.write("target", "untouched");
+  fs::create_symlink(outside, _root.path("link"));
+  for (const mode_t mask : {0U, 0777U}) {
+    const ScopedUmask umask(mask);
+    for (const char* name : {"new", "link"}) {
+      ASSERT_TRUE(_files.replacePrivate(_root.path(name), "content")) << name;
+      EXPECT_EQ(modeOf(_root.path(name)), 0600U) << name;
+    }
+  }
+  EXPECT_FALSE(fs::is_symlink(_root.path("link")));
+  EXPECT_THAT(read(outside), Optional(std::string("untouched")));
+}
+
 TEST_F(LinuxPrivateFilesTest, LinksToFoldersAreFollowed) {
   fs::create_symlink(_outside.path(), _root.path("link"));
   fs::create_symlink("missing", _root.path("nowhere"));

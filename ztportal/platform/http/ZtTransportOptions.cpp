@@ -1,0 +1,122 @@
+#include "ztportal/platform/http/ZtTransportOptions.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+
+#include "ztportal/base/RegularFile.h"
+#include "ztportal/base/Text.h"
+
+namespace {
+
+bool hasControl(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), [](char character) {
+    return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+  });
+}
+
+/// What is wrong with the PEM file of the member; empty if it has a block of this kind.
+std::string fileProblem(std::string_view member, const std::string& path, std::string_view kind) {
+  std::string problem(member);
+  const std::optional<std::string> content = zt::regularFile(path, zt::kReportFileLimit);
+  if (!content) return problem += ": " + path + " cannot be read";
+  if (content->find(kind) != std::string::npos) return {};
+  zt::appendText(problem, ": ", path, " contains no ", kind, " in PEM form");
+  return problem;
+}
+
+constexpr std::string_view kCertificate = "CERTIFICATE-----";
+constexpr std::string_view kPrivateKey = "PRIVATE KEY-----";
+
+std::string certificateProblem(const ZtTransportOptions& options) {
+  if (!options.authorityFile.empty()) {
+    std::string wrong = fileProblem("authorityFile", options.authorityFile, kCertificate);
+    if (!wrong.empty()) return wrong;
+  }
+  struct stat status {};
+  const std::string& folder = options.authorityFolder;
+  if (!folder.empty() && (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) ||
+                          ::access(folder.c_str(), R_OK | X_OK) != 0)) {
+    return "authorityFolder: " + folder + " is not a folder that can be read";
+  }
+  if (options.clientCertificate.empty()) {
+    return options.clientKey.empty() ? "" : "clientKey: there is no clientCertificate";
+  }
+  std::string wrong = fileProblem("clientCertificate", options.clientCertificate, kCertificate);
+  if (!wrong.empty()) return wrong;
+  // The file of a certificate may contain its key as well.
+  return options.clientKey.empty()
+             ? fileProblem("clientKey", options.clientCertificate, kPrivateKey)
+             : fileProblem("clientKey", options.clientKey, kPrivateKey);
+}
+
+/// The schemes of proxies that libcurl knows, and none at all: "proxy.example.com:3128".
+bool isProxy(std::string_view url) {
+  constexpr std::array<std::string_view, 6> kSchemes{"http",    "https",  "socks4",
+                                                     "socks4a", "socks5", "socks5h"};
+  if (const std::size_t end = url.find("://"); end != std::string_view::npos) {
+    const std::string_view scheme = url.substr(0, end);
+    const auto isScheme = [scheme](std::string_view known) {
+      return zt::equalsAnyCase(scheme, known);
+    };
+    if (std::none_of(kSchemes.begin(), kSchemes.end(), isScheme)) return false;
+    url.remove_prefix(end + 3);
+  }
+  const std::string_view authority = url.substr(0, url.find_first_of("/?#"));
+  const std::string_view host = authority.substr(authority.rfind('@') + 1);
+  return !host.empty() && host.front() != ':' && host.find(' ') == std::string_view::npos &&
+         !hasControl(url);
+}
+
+std::string headerProblem(std::string_view name, std::string_view value) {
+  // Those that the library or libcurl writes.
+  constexpr std::array<std::string_view, 8> kReserved{
+      "connection", "content-encoding",  "content-length", "content-type", "expect",
+      "host",       "transfer-encoding", "user-agent"};
+  const auto isTokenCharacter = [](char character) {  // RFC 9110, 5.6.2
+    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
+           (character >= 'a' && character <= 'z') ||
+           std::string_view("!#$%&'*+-.^_`|~").find(character) != std::string_view::npos;
+  };
+  std::string problem = "headers: ";
+  if (name.empty() || !std::all_of(name.begin(), name.end(), isTokenCharacter)) {
+    return problem += "a name is empty or has a character that is not allowed";
+  }
+  problem += name;
+  if (std::any_of(kReserved.begin(), kReserved.end(), [name](std::string_view reserved) {
+        return zt::equalsAnyCase(name, reserved);
+      })) {
+    return problem += " is set by the library";
+  }
+  return hasControl(value) ? problem += " has a control character in its value" : "";
+}
+
+}  // namespace
+
+std::string ZtTransportOptions::problem() const {
+  std::string wrong = certificateProblem(*this);
+  if (!wrong.empty()) return wrong;
+
+  // The value may contain a password, so it is not repeated.
+  if (proxy && !proxy->empty() && !isProxy(*proxy)) {
+    return "proxy: the value is not the URL of an http, https or socks proxy";
+  }
+  if (noProxy && hasControl(*noProxy)) return "noProxy: the list has a control character";
+
+  for (const auto& [member, duration] :
+       {std::pair("timeout", timeout), std::pair("connectTimeout", connectTimeout),
+        std::pair("idleTimeout", idleTimeout)}) {
+    if (duration.count() < 0) return std::string(member) + ": less than zero";
+  }
+  if (timeout.count() == 0 && idleTimeout.count() == 0) {
+    return "timeout: without a limit only if there is an idleTimeout";
+  }
+
+  for (const auto& [name, value] : headers) {
+    wrong = headerProblem(name, value);
+    if (!wrong.empty()) return wrong;
+  }
+  return {};
+}
