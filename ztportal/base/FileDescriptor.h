@@ -1,5 +1,6 @@
 #pragma once
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <utility>
@@ -35,5 +36,12 @@ class FileDescriptor {
  private:
   int _number = -1;
 };
+
+/// `file` with a number above those of the standard streams: a host that has closed those may still
+/// write to them. Not open if `file` is not, or if there are too many descriptors.
+inline FileDescriptor aboveStandardStreams(FileDescriptor file) {
+  if (!file.isOpen() || file.number() > STDERR_FILENO) return file;
+  return FileDescriptor(::fcntl(file.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+}
 
 }  // namespace zt

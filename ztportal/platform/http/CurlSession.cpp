@@ -1,6 +1,5 @@
 #include "ztportal/platform/http/CurlSession.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -29,15 +28,11 @@ bool CurlSockets::areQuiet() const {
   });
 }
 
-/// Keeps connections out of the programs that the host starts, and away from the numbers of the
-/// standard streams: a host that has closed those may still write to them.
+/// Keeps connections out of the programs that the host starts.
 curl_socket_t CurlSockets::open(void* sockets, curlsocktype /*purpose*/,
                                 curl_sockaddr* address) noexcept try {
-  FileDescriptor socket(
-      ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol));
-  if (socket.isOpen() && socket.number() <= STDERR_FILENO) {
-    socket = FileDescriptor(::fcntl(socket.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-  }
+  FileDescriptor socket = aboveStandardStreams(FileDescriptor(
+      ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol)));
   if (!socket.isOpen()) return CURL_SOCKET_BAD;
   static_cast<CurlSockets*>(sockets)->_open.emplace_back(socket.number(),
                                                          DescriptorIdentity(socket.number()));

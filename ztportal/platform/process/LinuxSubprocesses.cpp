@@ -36,20 +36,13 @@ struct Pipe {
   FileDescriptor writeEnd;
 };
 
-/// `descriptor`, or a copy of it, whose number is not that of a standard stream. A host may have
-/// closed some of those, and the subprocess's are put in place one after the other.
-FileDescriptor beyondStandardStreams(FileDescriptor descriptor) {
-  if (descriptor.number() > STDERR_FILENO) return descriptor;
-  return FileDescriptor(::fcntl(descriptor.number(), F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
-}
-
 Pipe openPipe(const std::string& program) {
   std::array<int, 2> ends{};
   if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw notStarted(program, errno);
   FileDescriptor readEnd(ends[0]);
   FileDescriptor writeEnd(ends[1]);
-  readEnd = beyondStandardStreams(std::move(readEnd));
-  writeEnd = beyondStandardStreams(std::move(writeEnd));
+  readEnd = aboveStandardStreams(std::move(readEnd));
+  writeEnd = aboveStandardStreams(std::move(writeEnd));
   if (!readEnd.isOpen() || !writeEnd.isOpen()) throw notStarted(program, EMFILE);
   return {std::move(readEnd), std::move(writeEnd)};
 }
