@@ -1,7 +1,5 @@
 #include "ztportal/platform/http/CurlHttpTransport.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -17,6 +15,7 @@
 #include "ztportal/platform/http/CurlLibrary.h"
 #include "ztportal/platform/http/CurlNames.h"
 #include "ztportal/platform/http/CurlSession.h"
+#include "ztportal/platform/http/CurlUrl.h"
 
 namespace zt {
 
@@ -27,9 +26,6 @@ using Clock = std::chrono::steady_clock;
 constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
 constexpr int kRedirects = 5;
-
-using Url = std::unique_ptr<CURLU, decltype(&curl_url_cleanup)>;
-using Text = std::unique_ptr<char, decltype(&curl_free)>;
 
 class HeaderList {
  public:
@@ -49,61 +45,6 @@ class HeaderList {
   const CurlLibrary& _curl;
   curl_slist* _first = nullptr;
 };
-
-// URLs.
-
-std::string partOf(const CurlLibrary& curl, const Url& url, CURLUPart part, unsigned flags = 0) {
-  char* text = nullptr;
-  if (curl.urlGet(url.get(), part, &text, flags) != CURLUE_OK) return {};
-  const Text owner(text, curl.free);
-  return text;
-}
-
-/// `text` as a URL; null unless its scheme is http or https.
-Url httpUrl(const CurlLibrary& curl, std::string_view text, unsigned flags = 0) {
-  Url none(nullptr, curl.urlCleanup);
-  if (text.find('\0') != std::string_view::npos) return none;
-  Url url(curl.url(), curl.urlCleanup);
-  // Without CURLU_GUESS_SCHEME a missing scheme is an error.
-  if (!url ||
-      curl.urlSet(url.get(), CURLUPART_URL, std::string(text).c_str(), flags) != CURLUE_OK) {
-    return none;
-  }
-  const std::string scheme = partOf(curl, url, CURLUPART_SCHEME);
-  return scheme == "http" || scheme == "https" ? std::move(url) : std::move(none);
-}
-
-/// Scheme, host and port: what a user name and its password are meant for (RFC 6454).
-std::array<std::string, 3> originOf(const CurlLibrary& curl, const Url& url) {
-  return {partOf(curl, url, CURLUPART_SCHEME), partOf(curl, url, CURLUPART_HOST),
-          partOf(curl, url, CURLUPART_PORT, CURLU_DEFAULT_PORT)};
-}
-
-/// Whether libcurl knows the address of `host` without asking anybody.
-bool isAddress(const std::string& host) {
-  in_addr address{};
-  return host.starts_with('[') || equalsAnyCase(host, "localhost") ||
-         ::inet_pton(AF_INET, host.c_str(), &address) == 1;
-}
-
-/// Whether `proxy`, the URL of a proxy or nothing, needs no name look-up.
-bool isProxyAddress(const CurlLibrary& curl, const char* proxy) {
-  if (proxy == nullptr || *proxy == '\0') return true;
-  const Url url(curl.url(), curl.urlCleanup);
-  constexpr unsigned kFlags = CURLU_NON_SUPPORT_SCHEME | CURLU_GUESS_SCHEME;
-  return url && curl.urlSet(url.get(), CURLUPART_URL, proxy, kFlags) == CURLUE_OK &&
-         isAddress(partOf(curl, url, CURLUPART_HOST));
-}
-
-/// Whether a request for `url` needs no name look-up, whichever proxy it goes through.
-bool hasOnlyAddresses(const CurlLibrary& curl, const Url& url, const CurlRoute& route) {
-  if (!isAddress(partOf(curl, url, CURLUPART_HOST))) return false;
-  if (route.proxy != nullptr) return isProxyAddress(curl, route.proxy);
-  for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
-    if (!isProxyAddress(curl, std::getenv(name))) return false;
-  }
-  return true;
-}
 
 /// The part of a response that has arrived.
 struct Arrival {
@@ -276,33 +217,12 @@ void setRoute(CurlOptions& options, const CurlRoute& route) {
   if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
 }
 
-struct Credentials {
-  std::string user;
-  std::string password;
-
-  bool isEmpty() const { return user.empty() && password.empty(); }
-  bool operator==(const Credentials&) const = default;
-};
-
-/// Removes the user name and the password from `url`. Nothing if they contain control characters,
-/// which libcurl does not decode.
-std::optional<Credentials> takeCredentials(const CurlLibrary& curl, const Url& url) {
-  Credentials credentials;
-  for (const auto& [part, value] : {std::pair(CURLUPART_USER, &credentials.user),
-                                    std::pair(CURLUPART_PASSWORD, &credentials.password)}) {
-    *value = partOf(curl, url, part, CURLU_URLDECODE);
-    if (value->empty() != partOf(curl, url, part).empty()) return std::nullopt;
-    curl.urlSet(url.get(), part, nullptr, 0);
-  }
-  return credentials;
-}
-
 /// A request to one URL, redirects not followed.
 struct Hop {
-  const Url& url;
+  const CurlUrl& url;
   const ZtTransportOptions& wanted;
   bool isFirstOrigin;
-  const Credentials& credentials;
+  const CurlCredentials& credentials;
   curl_slist* headers;
   Clock::time_point deadline;
 };
@@ -434,7 +354,7 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
       Clock::now() + std::min(request.timeout, std::chrono::milliseconds(kMostCurlMilliseconds));
   const ZtTransportOptions none;
   const ZtTransportOptions& wanted = request.options != nullptr ? *request.options : none;
-  Url url = httpUrl(curl, request.url);
+  CurlUrl url = httpUrl(curl, request.url);
   if (!url) return failure(ZtDeliveryError::Address);
   HeaderList headers(curl);
   HeaderList firstHeaders(curl);
@@ -443,13 +363,15 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   }
   for (const auto& [name, value] : wanted.headers) firstHeaders.add(lineOf(name, value));
 
-  std::optional<Credentials> credentials = takeCredentials(curl, url);
+  std::optional<CurlCredentials> credentials = takeCredentials(curl, url);
   if (!credentials) return failure(ZtDeliveryError::Address);
 
   // libcurl could follow redirects, but would also go from http over https back to http.
   HttpTimes times;
   bool isFirstOrigin = true;
   for (int redirects = 0; redirects <= kRedirects; ++redirects) {
+    // Before the request: without memory for it later, an accepted report would count as lost.
+    std::string target = partOf(curl, url, CURLUPART_URL);
     HopResult hop = makeHop(curl, request,
                             {url, wanted, isFirstOrigin, *credentials,
                              isFirstOrigin ? firstHeaders.get() : headers.get(), deadline});
@@ -457,13 +379,13 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
     times += response.times;
     if (hop.redirect.empty()) {
       response.times = times;
-      response.url = partOf(curl, url, CURLUPART_URL);
+      response.url = std::move(target);
       return std::move(response);
     }
     // No server can make the library log in to another one with credentials of its choice. libcurl
     // writes those of the request into a URL that is relative to it.
-    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE);
-    const std::optional<Credentials> given = next ? takeCredentials(curl, next) : std::nullopt;
+    CurlUrl next = httpUrl(curl, hop.redirect, CURLU_URLENCODE);
+    const std::optional<CurlCredentials> given = next ? takeCredentials(curl, next) : std::nullopt;
     if (!given || (!given->isEmpty() && *given != *credentials)) {
       return failure(ZtDeliveryError::Redirect, "to a URL that is not followed");
     }
@@ -473,7 +395,7 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
       return failure(ZtDeliveryError::Redirect, "from https to http");
     }
     if (nextOrigin != origin) {
-      credentials = Credentials();
+      credentials = CurlCredentials();
       isFirstOrigin = false;
     }
     url = std::move(next);

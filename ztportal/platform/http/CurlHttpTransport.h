@@ -23,13 +23,16 @@ struct CurlLibrary;
 /// - Of a body above 16 MiB the first 16 MiB count, less a UTF-8 character that this would split. A
 ///   response with headers above 1 MiB counts as none.
 /// - At most 5 redirects are followed, with the same method and body, and none from https to http.
-///   A user name and its password go to the scheme, host and port of the first URL only.
+///   A user name and its password, the headers of the options and a client certificate go to the
+///   scheme, host and port of the first URL only.
 /// - libcurl looks up each name in a thread of its own, unless it was built with c-ares. There is
 ///   one at a time in a process. One that hangs outlives its exchange, and until it ends every
 ///   exchange that needs a name fails at once. Addresses and "localhost" need none.
-/// - Proxies are those of the environment (`http_proxy`, `https_proxy`, `all_proxy`, `no_proxy`).
-/// - Certificate authorities are those of the system. As for OpenSSL, `SSL_CERT_FILE` names another
-///   file of them, which must be readable, and `SSL_CERT_DIR` another folder.
+/// - Without options, proxies are those of the environment (`http_proxy`, `https_proxy`,
+///   `all_proxy`, `no_proxy`).
+/// - Without options, certificate authorities are those of the system. As for OpenSSL,
+///   `SSL_CERT_FILE` names another file of them, which must be readable, and `SSL_CERT_DIR` another
+///   folder.
 /// - These headers are added to the given ones: Host, Accept, and Content-Length for a POST. A
 ///   request with a line end in a header is not sent.
 /// - The body of a GET is not sent. Any other method than GET and POST gives status 0.

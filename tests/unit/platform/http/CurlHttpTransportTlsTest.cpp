@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
@@ -17,6 +18,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using zt::test::LoopbackPort;
 using zt::test::LoopbackResponse;
 using zt::test::LoopbackServer;
 using zt::test::ok;
@@ -192,19 +194,47 @@ TEST_F(CurlHttpTransportTlsOptions, AuthoritiesReplaceThoseOfTheSystemAndTheEnvi
   }
 }
 
-// The connection was made with an authority that the second request does not trust.
+/// An HTTPS server that keeps its connections, and responds with the client's port.
+constexpr const char* kKeepingServer = R"(
+import http.server, ssl, sys
+class Handler(http.server.BaseHTTPRequestHandler):
+    protocol_version = "HTTP/1.1"
+    def do_GET(self):
+        body = str(self.client_address[1]).encode()
+        self.send_response(200)
+        self.send_header("Content-Length", str(len(body)))
+        self.end_headers()
+        self.wfile.write(body)
+    def log_message(self, *ignored):
+        pass
+context = ssl.SSLContext(ssl.PROTOCOL_TLS_SERVER)
+context.load_cert_chain(sys.argv[1], sys.argv[2])
+server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
+server.daemon_threads = True
+server.socket = context.wrap_socket(server.socket, server_side=True, do_handshake_on_connect=False)
+print(server.server_address[1], flush=True)
+server.serve_forever()
+)";
+
+// The first connection was made with an authority that the last request does not trust.
 TEST_F(CurlHttpTransportTlsOptions, AKeptConnectionIsNotUsedForOtherOptions) {
+  Subprocess keeping({"python3", "-c", kKeepingServer, certificate.file(), certificate.key()});
+  const std::string url = "https://127.0.0.1:" + keeping.readLine().value_or("0") + "/";
+  const auto exchange = [&](const ZtTransportOptions& options) {
+    return _transport.exchange({url, "GET", {}, std::nullopt, std::chrono::seconds(60), &options});
+  };
+  const zt::HttpResponse first = exchange(trusting());
+  ASSERT_EQ(first.status, 200) << first.message;
+  EXPECT_EQ(exchange(trusting()).body, first.body);
+
   const Certificate another;
+  ZtTransportOptions asAnother = trusting();
+  asAnother.clientCertificate = another.file();
+  asAnother.clientKey = another.key();
+  EXPECT_NE(exchange(asAnother).body, first.body);
   ZtTransportOptions distrusting;
   distrusting.authorityFile = another.file();
-  const auto exchange = [&](const ZtTransportOptions& options) {
-    return _transport.exchange(
-        {server.url("there"), "GET", {}, std::nullopt, std::chrono::seconds(20), &options});
-  };
-  server.respond("there", ok("over TLS"));
-  EXPECT_EQ(exchange(trusting()).body, "over TLS");
   EXPECT_EQ(exchange(distrusting).error, ZtDeliveryError::Tls);
-  _transport.closeConnections();
 }
 
 TEST_F(CurlHttpTransportTlsOptions, TheServerMayAskForACertificate) {
@@ -251,6 +281,60 @@ TEST_F(CurlHttpTransportTlsOptions, AnOldVersionOfTlsIsRefused) {
   options.minimumTlsVersion = ZtTlsVersion::Tls13;
   EXPECT_EQ(getWith(options, old.url("there")).error, ZtDeliveryError::Tls);
   EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
+}
+
+/// squid on a loopback port, for the user "ada" with the password "s3cret/".
+class Squid {
+ public:
+  Squid() {
+    const std::string hash = runProgram("openssl", {"passwd", "-apr1", "s3cret/"}).output;
+    // squid changes its user.
+    std::filesystem::permissions(_folder.path(), std::filesystem::perms::all);
+    const std::string users = _folder.write("users", "ada:" + hash);
+    // Another process may take the port in between.
+    for (int attempt = 0; attempt < 5 && !_squid; ++attempt) {
+      _port = std::to_string(LoopbackPort(LoopbackPort::Refuses).number());
+      const std::string file = _folder.write(
+          "squid.conf", "http_port 127.0.0.1:" + _port +
+                            "\nauth_param basic program /usr/lib/squid/basic_ncsa_auth " + users +
+                            "\nacl known proxy_auth REQUIRED\nhttp_access allow known\n"
+                            "cache deny all\naccess_log none\ncache_log /dev/null\n"
+                            "pid_filename none\nshutdown_lifetime 0 seconds\n");
+      _squid.emplace(
+          std::vector<std::string>{"sh", "-c", "exec squid -N -d 1 -f \"$0\" 2>&1", file});
+      std::optional<std::string> line;
+      do {
+        line = _squid->readLine();
+      } while (line && line->find("Accepting HTTP Socket connections") == std::string::npos);
+      if (!line) _squid.reset();
+    }
+  }
+
+  bool isRunning() const { return _squid.has_value(); }
+  std::string url(const std::string& password) const {
+    return "http://ada:" + password + "@127.0.0.1:" + _port;
+  }
+
+ private:
+  TemporaryFolder _folder;
+  std::string _port;
+  std::optional<Subprocess> _squid;
+};
+
+TEST_F(CurlHttpTransportTlsOptions, SquidPassesWhatItsUsersSend) {
+  const Squid squid;
+  if (!squid.isRunning()) GTEST_SKIP() << "squid is not installed";
+  LoopbackServer plain([](const std::string&) { return ok("in the clear"); });
+
+  ZtTransportOptions options = trusting();
+  options.proxy = squid.url("s3cret%2F");
+  EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
+  EXPECT_EQ(getWith(options, plain.url("/")).body, "in the clear");
+  EXPECT_THAT(plain.requests(), ElementsAre(HasSubstr("\r\nVia: ")));
+
+  options.proxy = squid.url("wrong");
+  EXPECT_EQ(getWith(options, server.url("there")).error, ZtDeliveryError::Proxy);
+  EXPECT_EQ(getWith(options, plain.url("/")).status, 407);
 }
 
 }  // namespace
