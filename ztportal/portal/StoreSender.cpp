@@ -84,8 +84,10 @@ class SendingState {
     std::string text;
     for (const auto& [name, number] : _numbers) {
       if (number == 0) continue;
-      const bool isNeeded = name.ends_with(".ztr") ? files().exists(reports + "/" + name)
-                                                   : timeUntil(number).count() > 0;
+      std::string path;
+      appendText(path, reports, "/", name);
+      const bool isNeeded =
+          name.ends_with(".ztr") ? files().exists(path) : timeUntil(number).count() > 0;
       if (isNeeded) appendText(text, std::to_string(number), " ", name, "\n");
     }
     if (text == _text) return;
