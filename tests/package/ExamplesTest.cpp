@@ -28,12 +28,11 @@ using Pools = std::vector<std::string>;
 class ExamplesTest : public testing::Test {
  protected:
   ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
-    return runProgram(
-        paths::kExamples + "." + example + "/" + example, arguments,
-        {.environment = std::vector<std::string>{
-             "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
-             "HOME=/home/ada", "USER=" + _user,
-             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
+    return runProgram(paths::kExamples + "." + example + "/" + example, arguments,
+                      {.environment = std::vector<std::string>{
+                           "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(),
+                           "PATH=/usr/bin:/bin", "HOME=/home/ada", "USER=" + _user,
+                           "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   }
 
   /// Pool types of every report that the inbox has, oldest first.

@@ -175,11 +175,7 @@ class StoreSender {
       delivery.error = ZtDeliveryError::File;
       return delivery;
     }
-    if (!passesRequestHook(*request)) {
-      delivery.outcome = ZtDeliveryOutcome::Dropped;
-      delivery.message = "The host's request hook has dropped the report.";
-      return delivery;
-    }
+    if (!passesRequestHook(*request)) return ReportingServer::dropped();
     const ZtString text = *request;
     broadcastRequest(text);
     return _server.sendTo(url(), text);

@@ -38,6 +38,9 @@ class ReportingServer;
 ///   without sending (`saveReport`);
 /// - resent: `sendSavedReports` of any later document sends the reports in the store.
 ///
+/// While the user's consent is revoked (`ZtHost::setConsent`), a document examines, sends, saves
+/// and broadcasts nothing. `ZtHost` also has a filter for values and a hook for whole requests.
+///
 /// The store is the folder `Kelvane/<name of the host>/reports` in the user's application-support
 /// folder, one file per report, `{<report ID>}.ztr`. A name that would lead elsewhere (with a slash
 /// or a control character, "." or "..") is replaced by that of the executable file. The store is

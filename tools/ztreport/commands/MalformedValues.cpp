@@ -1,13 +1,11 @@
 #include "tools/ztreport/commands/MalformedValues.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <string_view>
 #include <utility>
 #include <vector>
 
 #include "tools/common/ReportReader.h"
-#include "ztportal/base/Utf8.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -16,12 +14,6 @@ namespace {
 
 /// Whether an XML parser would refuse an element with this content.
 bool isMalformed(std::string_view text) {
-  const auto mayBe = [](char byte) {
-    return byte == '<' || byte == '&' || static_cast<unsigned char>(byte) < ' ';
-  };
-  const bool isHarmless = std::ranges::none_of(text, mayBe) && isUtf8(text) &&
-                          text.find("]]>") == std::string_view::npos;
-  if (isHarmless) return false;
   return ZtXMLDocument::parse("<a>" + std::string(text) + "</a>") == nullptr;
 }
 
