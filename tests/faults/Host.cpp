@@ -139,7 +139,7 @@ void sendInBackground(const char* url, ZtPortalData& document, Journal& journal)
   ZtBackgroundSender sender(options);
   if (!sender.send(document)) return;
   journal.outcome = kNotAccepted;
-  sender.flush(std::chrono::milliseconds(100));
+  sender.flush(std::chrono::seconds(1));
   sender.stop(std::chrono::seconds(10));
 }
 
