@@ -155,6 +155,12 @@ TEST(DocumentExamplesTest, OfTheStore) {
   EXPECT_GE(reader.count(), 5) << "the blocks are not found";
 }
 
+TEST(DocumentExamplesTest, OfPrivacy) {
+  Reader reader;
+  reader.read(paths::kSource + "/docs/privacy.md");
+  EXPECT_GE(reader.count(), 3) << "the blocks are not found";
+}
+
 TEST(DocumentExamplesTest, OfTroubleshooting) {
   Reader reader;
   reader.read(zt::test::paths::kSource + "/docs/troubleshooting.md");

@@ -29,11 +29,12 @@ using Pools = std::vector<std::string>;
 class ExamplesTest : public testing::Test {
  protected:
   ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
-    return runProgram(paths::kExamples + "." + example + "/" + example, arguments,
-                      {.environment = std::vector<std::string>{
-                           "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(),
-                           "PATH=/usr/bin:/bin", "QT_QPA_PLATFORM=offscreen", "no_proxy=127.0.0.1",
-                           "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
+    return runProgram(
+        paths::kExamples + "." + example + "/" + example, arguments,
+        {.environment = std::vector<std::string>{
+             "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
+             "HOME=/home/ada", "USER=" + _user, "QT_QPA_PLATFORM=offscreen", "no_proxy=127.0.0.1",
+             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   }
 
   /// Pool types of every report that the inbox has, oldest first.
@@ -51,6 +52,7 @@ class ExamplesTest : public testing::Test {
     return static_cast<std::size_t>(std::distance(begin(files), end(files)));
   }
 
+  std::string _user = "nobody-known";
   Inbox _inbox;
   TemporaryFolder _data;
 };
@@ -96,6 +98,24 @@ TEST_F(ExamplesTest, InstallerSavesWhatIsRefusedAndSendsItTheNextTime) {
             "Saved reports of earlier runs: 1 sent, 0 left.\n");
   EXPECT_EQ(accepted.status, 0);
   EXPECT_EQ(savedReports("Example Installer"), 0U);
+}
+
+TEST_F(ExamplesTest, PrivacyReportsOnlyWithConsentAndWithoutTheUser) {
+  const ProgramResult asked = run("privacy", {"ask"});
+  EXPECT_THAT(asked.output, HasSubstr("May this program report its runs?"));
+  EXPECT_EQ(asked.status, 1);
+  EXPECT_EQ(run("privacy", {"yes"}).output, "The server has accepted the report.\n");
+  ASSERT_EQ(_inbox.reports().size(), 1U);
+  const std::string request = _inbox.raw(_inbox.reports().at(0).number);
+  EXPECT_THAT(request, HasSubstr("<MachineID xsi:type=\"xsd:string\"></MachineID>"));
+  EXPECT_THAT(request, HasSubstr(">LOG &amp; FOLDER<"));
+  EXPECT_THAT(request, HasSubstr(">~/Documents<"));
+
+  _user = "Documents";
+  EXPECT_EQ(run("privacy", {"ask"}).output, "The host's request hook has dropped the report.\n");
+  EXPECT_EQ(run("privacy", {"no"}).output,
+            "Deleted 0 saved reports.\nThe user has revoked the consent to reports.\n");
+  EXPECT_EQ(_inbox.reports().size(), 1U);
 }
 
 TEST_F(ExamplesTest, DiagnoseSendsWhatItFound) {

@@ -167,6 +167,24 @@ TEST(HeaderExamplesTest, ZtHost) {
                          {"CFBundleVersion", "77"}});
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "Setup");
   EXPECT_EQ(ZtHost::bundleInfo("CFBundleVersion"), "77");
+
+  ZtHost::setValueFilter([](auto, std::string_view name, auto) {
+    return name == "MachineID" ? ZtDecision::drop() : ZtDecision::keep();
+  });
+  const auto document = localDocument();
+  document->addPool("CUSTOM", ZtDate::now());
+  EXPECT_THAT(document->generateXml(nullptr, false), HasSubstr("<MachineID></MachineID>"));
+  ZtHost::setValueFilter(nullptr);
+}
+
+ZtDecision withoutAda(std::string_view text) {
+  if (text == "Ada") return ZtDecision::replace("somebody");
+  return ZtDecision::keep();
+}
+
+TEST(HeaderExamplesTest, ZtPrivacy) {
+  EXPECT_EQ(withoutAda("Ada").text, "somebody");
+  EXPECT_EQ(withoutAda("Bob").kind, ZtDecision::Kind::Keep);
 }
 
 TEST(HeaderExamplesTest, ZtSystemInfos) {
@@ -186,6 +204,70 @@ TEST(HeaderExamplesTest, ZtPortalData) {
   document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
   bool accepted = document->reportToServer();
   EXPECT_TRUE(accepted);
+  EXPECT_EQ(inbox.reports().size(), 1U);
+}
+
+TEST(HeaderExamplesTest, ZtDelivery) {
+  const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+  zt::test::Inbox inbox({"--answer", "error:503"});
+  ZtTransportOptions direct;
+  direct.proxy = "";
+  EXPECT_EQ(ZtHost::setTransportOptions(direct), "");
+  std::vector<std::int32_t> shown;
+  const auto show = [&shown](std::int32_t status) { shown.push_back(status); };
+  const auto warn = [](const std::string& reason) { ADD_FAILURE() << reason; };
+  const auto document =
+      ZtPortalData::initWithValues(inbox.configurationUrl(), false, "Kelvane", "", "2.1");
+  document->addPool("CUSTOM", ZtDate::now());
+  if (!document->reportToServer()) {
+    const ZtDelivery delivery = document->lastDelivery();
+    if (delivery.outcome == ZtDeliveryOutcome::Refused) show(delivery.httpStatus);
+    if (delivery.savedTo.empty()) warn(delivery.saveError);
+  }
+  EXPECT_THAT(shown, testing::ElementsAre(503));
+  EXPECT_EQ(ZtHost::setTransportOptions({}), "");
+}
+
+TEST(HeaderExamplesTest, ZtTransportOptions) {
+  std::vector<std::string> warnings;
+  const auto warn = [&warnings](const std::string& wrong) { warnings.push_back(wrong); };
+  ZtTransportOptions options;
+  options.proxy = "http://proxy.example.com:3128";
+  options.authorityFile = "/opt/setup/ca.pem";
+  options.timeout = std::chrono::minutes(5);
+  options.idleTimeout = std::chrono::seconds(10);
+  const std::string wrong = ZtHost::setTransportOptions(options);
+  if (!wrong.empty()) warn(wrong);
+  EXPECT_THAT(warnings, testing::ElementsAre("authorityFile: /opt/setup/ca.pem cannot be read"));
+}
+
+TEST(HeaderExamplesTest, ZtReportStore) {
+  const zt::test::TemporaryFolder data;
+  const ScopedEnvironment dataHome("XDG_DATA_HOME", data.path().c_str());
+  const ScopedEnvironment noProxy("no_proxy", "*");
+  const ScopedEnvironment noBus("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+  zt::test::Inbox inbox;
+  const ZtString configurationUrl = inbox.configurationUrl();
+  const auto document = localDocument();
+  document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
+  document->saveReport();
+  std::vector<std::string> logged;
+  const auto log = [&logged](const std::string& path, const std::string&) {
+    logged.push_back(path);
+  };
+  const auto tryAgainIn = [](std::chrono::seconds) {};
+
+  ZtReportStore store;
+  for (const ZtSavedReport& saved : store.list()) {
+    if (!saved.canBeSent()) log(saved.path, saved.problem());
+  }
+  ZtSendOptions options;
+  options.configurationUrl = configurationUrl;
+  options.budget = std::chrono::seconds(30);
+  const ZtSendResult result = store.send(options);
+  if (result.end == ZtSendEnd::Deferred) tryAgainIn(result.retryAfter);
+  EXPECT_THAT(logged, testing::IsEmpty());
+  EXPECT_EQ(result.accepted, 1U);
   EXPECT_EQ(inbox.reports().size(), 1U);
 }
 

@@ -75,15 +75,16 @@ void appendFieldEnd(std::string& xml, std::string_view prefix) {
 
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
-  std::string filtered;
-  if (hasValueFilter()) {
-    filtered = value;
-    if (!passesValueFilter(writtenPoolType(), name, filtered)) return;
-    value = filtered;
+  const auto append = [&](std::string_view text) {
+    appendFieldStart(xml, prefix, field, name, soap);
+    appendValue(xml, text);
+    appendFieldEnd(xml, prefix);
+  };
+  if (!hasValueFilter()) {
+    append(value);
+  } else if (std::string filtered(value); passesValueFilter(writtenPoolType(), name, filtered)) {
+    append(filtered);
   }
-  appendFieldStart(xml, prefix, field, name, soap);
-  appendValue(xml, value);
-  appendFieldEnd(xml, prefix);
 }
 
 NumberText::NumberText(std::int32_t number) {

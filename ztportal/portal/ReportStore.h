@@ -48,7 +48,7 @@ class ReportStore {
 
 /// File beside the folder of the reports: what `ZtReportStore::send` must remember.
 inline constexpr std::string_view kSendingState = "sending.state";
-/// Path of `name` beside the folder `reports`.
+/// Path of `name` beside the folder `reports`; empty if that is.
 std::string besideReports(std::string_view reports, std::string_view name);
 
 /// Removes the oldest files of the store with the folder `reports` that exceed the limits of

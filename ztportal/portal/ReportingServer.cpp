@@ -216,6 +216,13 @@ ZtDelivery ReportingServer::withoutConsent() {
   return receipt;
 }
 
+ZtDelivery ReportingServer::dropped() {
+  ZtDelivery receipt;
+  receipt.outcome = ZtDeliveryOutcome::Dropped;
+  say(receipt.message, "The host's request hook has dropped the report.");
+  return receipt;
+}
+
 ZtDelivery ReportingServer::notSent() const {
   if (consentIsRevoked()) return withoutConsent();
   ZtDelivery receipt;

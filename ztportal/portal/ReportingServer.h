@@ -48,6 +48,8 @@ class ReportingServer {
   ZtDelivery notSent() const;
   /// The receipt of a report that is not sent because the user has revoked the consent.
   static ZtDelivery withoutConsent();
+  /// The receipt of a report that the host's hook has dropped.
+  static ZtDelivery dropped();
 
   /// Where requests go: the test URL in test mode, otherwise the report URL. Either may be empty.
   ZtString url() const;

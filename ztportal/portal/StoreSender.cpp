@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstdint>
+#include <exception>
 #include <functional>
 #include <map>
 #include <new>
@@ -10,7 +12,6 @@
 
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
-#include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/ReportStore.h"
@@ -41,52 +42,51 @@ constexpr std::array<int, 10> kServerStatuses{401, 403, 404, 405, 407, 408, 429,
 
 Files& files() { return Platform::current().files(); }
 
-template <class Number>
-std::optional<Number> takeNumber(std::string_view& line) {
-  Number number{};
-  const auto [end, error] = std::from_chars(line.data(), line.data() + line.size(), number);
-  if (error != std::errc()) return std::nullopt;
-  line.remove_prefix(static_cast<std::size_t>(end - line.data()));
-  if (line.starts_with(' ')) line.remove_prefix(1);
-  return number;
+std::int64_t secondsSince1970() {
+  return std::chrono::floor<seconds>(Date::now().time_since_epoch()).count();
+}
+
+/// The time until `time`, in seconds since 1970; zero if that is over. A time further ahead than
+/// any that is written comes from a clock that was wrong.
+seconds timeUntil(std::uint32_t time) {
+  const seconds left(time - secondsSince1970());
+  return left.count() > 0 && left <= kLongestRetryAfter + seconds(1) ? left : seconds(0);
 }
 
 /// What the next call must know, in any process: how often each report failed, and until when a
-/// server asked to wait. A file of lines:
+/// server asked to wait. A file with a number and a name in each line; other lines are ignored, and
+/// if the file is lost, counting starts again:
 ///
-///     wait 1790000000 4711        seconds since 1970, and a hash of the configuration URL
 ///     3 {0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr
-///
-/// Anything else in it is ignored. If it is lost, counting starts again.
+///     1790000000 wait 4711        seconds since 1970, and a hash of the configuration URL
 class SendingState {
  public:
-  SendingState(std::string path, std::string_view url)
-      : _path(std::move(path)), _server(std::hash<std::string_view>()(url)) {
+  explicit SendingState(std::string path) : _path(std::move(path)) {
     _text = files().read(_path, kReportFileLimit).value_or("");
-    for (std::string_view text = _text; !text.empty();) readLine(takeLine(text));
+    for (std::string_view text = _text; !text.empty();) {
+      const std::string_view line = takeLine(text);
+      const std::size_t blank = line.find(' ');
+      if (blank == std::string_view::npos) continue;
+      std::uint32_t number = 0;
+      const auto end = std::from_chars(line.data(), line.data() + blank, number);
+      if (end.ec == std::errc() && *end.ptr == ' ') {
+        _numbers[std::string(line.substr(blank + 1))] = number;
+      }
+    }
   }
 
-  unsigned& failures(const std::string& report) { return _failures[nameOf(report)]; }
-  void forget(const std::string& report) { _failures.erase(nameOf(report)); }
+  /// The number of `name`; at first 0.
+  std::uint32_t& operator[](std::string_view name) { return _numbers[std::string(name)]; }
 
-  /// How long the server still asks to wait, from now; never negative.
-  seconds retryAfter() const {
-    const auto left = std::chrono::ceil<seconds>(_waitEnd - Date::now());
-    // A date further ahead comes from a clock that was wrong.
-    return left.count() > 0 && left <= kLongestRetryAfter ? left : seconds(0);
-  }
-  void setRetryAfter(seconds time) { _waitEnd = Date::now() + std::min(time, kLongestRetryAfter); }
-
-  /// Writes what has changed. Forgets reports that are not in the folder `reports` any more.
+  /// Writes what has changed. Forgets reports that are not in the folder `reports` any more, and
+  /// times that are over.
   void save(const std::string& reports) {
     std::string text;
-    if (retryAfter().count() > 0) {
-      const auto end = std::chrono::floor<seconds>(_waitEnd.time_since_epoch());
-      appendText(text, "wait ", std::to_string(end.count()), " ", std::to_string(_server), "\n");
-    }
-    for (const auto& [name, count] : _failures) {
-      if (!files().exists(reports + "/" + name)) continue;
-      appendText(text, std::to_string(count), " ", name, "\n");
+    for (const auto& [name, number] : _numbers) {
+      if (number == 0) continue;
+      const bool isNeeded = name.ends_with(".ztr") ? files().exists(reports + "/" + name)
+                                                   : timeUntil(number).count() > 0;
+      if (isNeeded) appendText(text, std::to_string(number), " ", name, "\n");
     }
     if (text == _text) return;
     _text = std::move(text);
@@ -96,25 +96,9 @@ class SendingState {
   }
 
  private:
-  static std::string nameOf(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
-  void readLine(std::string_view line) {
-    constexpr std::string_view kWait = "wait ";
-    if (line.starts_with(kWait)) {
-      line.remove_prefix(kWait.size());
-      const auto end = takeNumber<std::int64_t>(line);
-      if (end && takeNumber<std::size_t>(line) == _server)
-        _waitEnd = Date::time_point(seconds(*end));
-    } else if (const auto count = takeNumber<unsigned>(line)) {
-      _failures[std::string(line)] = *count;
-    }
-  }
-
   std::string _path;
-  std::size_t _server;
   std::string _text;  // content of the file
-  Date::time_point _waitEnd;
-  std::map<std::string, unsigned> _failures;
+  std::map<std::string, std::uint32_t> _numbers;
 };
 
 /// One call of ZtReportStore::send.
@@ -124,7 +108,8 @@ class StoreSender {
       : _store(store),
         _options(options),
         _folder(store.folder().view()),
-        _state(besideReports(_folder, kSendingState), options.configurationUrl.view()),
+        _state(besideReports(_folder, kSendingState)),
+        _waitEnd(_state["wait " + std::to_string(std::hash<ZtString>()(options.configurationUrl))]),
         _server(options.configurationUrl, options.transport.value_or(ZtHost::transportOptions())),
         _delay(options.retryDelay),
         _random(static_cast<unsigned>(_start.time_since_epoch().count())) {}
@@ -136,7 +121,7 @@ class StoreSender {
       _result.end = tryAll();
       _state.save(_folder);
     } while (isWorthAnotherTry() && wait());
-    _result.retryAfter = _state.retryAfter();
+    _result.retryAfter = timeUntil(_waitEnd);
     _result.left = ReportStore::filesIn(_folder).size();
     log(ZtLogLevel::Info, "store", std::to_string(_result.accepted), " saved reports accepted, ",
         std::to_string(_result.left), " left");
@@ -144,12 +129,16 @@ class StoreSender {
   }
 
  private:
+  std::uint32_t& failures(const ZtSavedReport& report) {
+    return _state[std::string_view(report.path).substr(_folder.size() + 1)];
+  }
+
   /// Tries each report once.
   ZtSendEnd tryAll() {
     if (const auto end = requestedEnd()) return *end;
     std::vector<ZtSavedReport> reports = _store.list();
     if (reports.empty()) return ZtSendEnd::Done;
-    if (_state.retryAfter().count() > 0) return ZtSendEnd::Deferred;
+    if (timeUntil(_waitEnd).count() > 0) return ZtSendEnd::Deferred;
     _server = ReportingServer(_options.configurationUrl, _server.options());
     _server.connect(false);
     if (!_server.isReady()) return ZtSendEnd::Offline;
@@ -206,13 +195,9 @@ class StoreSender {
     const ZtString text = *request;
     broadcastRequest(text);
     return _server.sendTo(url(), text);
-  } catch (const ZtException& exception) {
+  } catch (const std::exception& error) {
     ZtDelivery delivery;
-    delivery.message = exception.what();
-    return delivery;
-  } catch (const std::bad_alloc&) {
-    ZtDelivery delivery;
-    delivery.error = ZtDeliveryError::Memory;
+    delivery.message = error.what();
     return delivery;
   }
 
@@ -263,7 +248,7 @@ class StoreSender {
   void accept(const ZtSavedReport& report, ZtDelivery& delivery) {
     ++_result.accepted;
     _delay = _options.retryDelay;
-    _state.forget(report.path);
+    failures(report) = 0;
     const std::optional<FileFacts> now = files().facts(report.path);
     const bool isChanged = now && (now->bytes != report.bytes || now->time != report.time);
     if (!isChanged && (!now || _store.remove(report))) delivery.savedTo.clear();
@@ -275,19 +260,23 @@ class StoreSender {
   }
 
   bool isAboutTheServer(const ZtDelivery& delivery) {
-    if (delivery.retryAfter.count() > 0) _state.setRetryAfter(delivery.retryAfter);
+    if (delivery.retryAfter.count() > 0) {
+      const seconds wait = std::min(delivery.retryAfter, kLongestRetryAfter);
+      // Rounded up.
+      _waitEnd = static_cast<std::uint32_t>(secondsSince1970() + wait.count() + 1);
+    }
     return delivery.retryAfter.count() > 0 ||
            std::find(kServerStatuses.begin(), kServerStatuses.end(), delivery.httpStatus) !=
                kServerStatuses.end();
   }
 
   void countFailure(const ZtSavedReport& report, ZtDelivery& delivery) {
-    if (_options.attempts == 0 || ++_state.failures(report.path) < _options.attempts) return;
+    if (_options.attempts == 0 || ++failures(report) < _options.attempts) return;
     if (!_store.setAside(report)) return;
     log(ZtLogLevel::Warning, "store", "set aside after ", std::to_string(_options.attempts),
         " failures: ", report.path, ": ", delivery.message);
     delivery.savedTo.clear();
-    _state.forget(report.path);
+    failures(report) = 0;
     ++_result.setAside;
   }
 
@@ -301,7 +290,7 @@ class StoreSender {
   bool wait() {
     std::uniform_int_distribution<milliseconds::rep> part(0, _delay.count() / 2);
     const milliseconds time =
-        std::max<milliseconds>(_delay - milliseconds(part(_random)), _state.retryAfter());
+        std::max<milliseconds>(_delay - milliseconds(part(_random)), timeUntil(_waitEnd));
     _delay = std::min(2 * _delay, _options.longestDelay);
     if (isBeyondBudget(time)) {
       _result.end = ZtSendEnd::Budget;
@@ -322,6 +311,7 @@ class StoreSender {
   const Clock::time_point _start = Clock::now();
   const std::string _folder;
   SendingState _state;
+  std::uint32_t& _waitEnd;  // seconds since 1970, in `_state`
   ReportingServer _server;
   ZtString _url;
   Clock::time_point _urlTime;
@@ -336,21 +326,14 @@ class StoreSender {
 }  // namespace zt
 
 ZtSendResult ZtReportStore::send(const ZtSendOptions& options) const try {
-  ZtSendResult result;
-  result.end = ZtSendEnd::NoStore;
-  if (_folder.isNull()) return result;
-  if (options.transport && !options.transport->problem().empty()) {
-    result.end = ZtSendEnd::WrongOptions;
-    return result;
-  }
+  if (_folder.isNull()) return {ZtSendEnd::NoStore};
+  if (options.transport && !options.transport->problem().empty()) return {ZtSendEnd::WrongOptions};
   const zt::FileLock lock =
       zt::Platform::current().files().lock(zt::besideReports(_folder.view(), "sending.lock"));
   if (lock.held != nullptr) return zt::StoreSender(*this, options).run();
-  if (lock.isBusy) result.end = ZtSendEnd::Busy;
+  ZtSendResult result{lock.isBusy ? ZtSendEnd::Busy : ZtSendEnd::NoStore};
   result.left = zt::ReportStore::filesIn(std::string(_folder.view())).size();
   return result;
 } catch (const std::bad_alloc&) {
-  ZtSendResult result;
-  result.end = ZtSendEnd::NoStore;
-  return result;
+  return {ZtSendEnd::NoStore};
 }

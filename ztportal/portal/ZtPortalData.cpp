@@ -240,8 +240,7 @@ bool ZtPortalData::_isForbidden() {
 /// The request as the host's hook leaves it. A missing one has been dropped, as the receipt says.
 ZtString ZtPortalData::_afterHook(std::string request) {
   if (zt::passesRequestHook(request)) return request;
-  _delivery.outcome = ZtDeliveryOutcome::Dropped;
-  fail(_delivery, ZtDeliveryError::NoError, "The host's request hook has dropped the report.");
+  _delivery = zt::ReportingServer::dropped();
   return nullptr;
 }
 

@@ -110,7 +110,7 @@ std::size_t enforce(const ZtStoreLimits& limits, const std::string& folder) {
 
 std::string zt::besideReports(std::string_view reports, std::string_view name) {
   std::string path;
-  appendText(path, reports.substr(0, reports.rfind('/') + 1), name);
+  if (!reports.empty()) appendText(path, reports.substr(0, reports.rfind('/') + 1), name);
   return path;
 }
 
@@ -148,22 +148,24 @@ ZtReportStore::ZtReportStore() {
   }
 }
 
+// Without a folder its path is empty, and an empty path names nothing.
+
 std::vector<ZtSavedReport> ZtReportStore::list() const {
-  return _folder.isNull() ? std::vector<ZtSavedReport>() : reportsIn(std::string(_folder.view()));
+  return reportsIn(std::string(_folder.view()));
 }
 
 std::vector<ZtSavedReport> ZtReportStore::listUnsendable() const {
-  return _folder.isNull() ? std::vector<ZtSavedReport>() : reportsIn(unsendableOf(_folder.view()));
+  return reportsIn(unsendableOf(_folder.view()));
 }
 
 bool ZtReportStore::remove(const ZtSavedReport& report) const { return removed(report.path); }
 
 bool ZtReportStore::setAside(const ZtSavedReport& report) const {
-  return !_folder.isNull() && movedTo(unsendableOf(_folder.view()), report.path);
+  return movedTo(unsendableOf(_folder.view()), report.path);
 }
 
 bool ZtReportStore::putBack(const ZtSavedReport& report) const {
-  return !_folder.isNull() && movedTo(std::string(_folder.view()), report.path);
+  return movedTo(std::string(_folder.view()), report.path);
 }
 
 bool ZtReportStore::exportTo(const ZtSavedReport& report, const std::string& path) const {
@@ -174,12 +176,9 @@ bool ZtReportStore::exportTo(const ZtSavedReport& report, const std::string& pat
   return false;
 }
 
-std::size_t ZtReportStore::removeAll(bool unsendableOnly) const {
-  if (_folder.isNull()) return 0;
-  const std::size_t count = removeAllIn(unsendableOf(_folder.view()));
-  if (unsendableOnly) return count;
+std::size_t ZtReportStore::removeAll() const {
   files().remove(zt::besideReports(_folder.view(), zt::kSendingState));
-  return count + removeAllIn(std::string(_folder.view()));
+  return removeAllIn(std::string(_folder.view())) + removeAllIn(unsendableOf(_folder.view()));
 }
 
 void ZtReportStore::setLimits(const ZtStoreLimits& limits) {
@@ -193,5 +192,5 @@ ZtStoreLimits ZtReportStore::limits() {
 }
 
 std::size_t ZtReportStore::enforceLimits() const {
-  return _folder.isNull() ? 0 : zt::enforceStoreLimits(std::string(_folder.view()));
+  return zt::enforceStoreLimits(std::string(_folder.view()));
 }

@@ -82,7 +82,7 @@ struct ZtSendResult {
   std::size_t accepted = 0;  ///< and removed
   std::size_t setAside = 0;  ///< moved to "unsendable"
   std::size_t removed = 0;   ///< for the limits
-  std::size_t left = 0;      ///< reports in the store now, new ones included
+  std::size_t left = 0;      ///< reports in the store at the end, new ones included
   /// How long the server asks to wait from now; zero if it does not.
   std::chrono::seconds retryAfter{0};
 };
@@ -149,8 +149,8 @@ class ZT_EXPORT ZtReportStore {
   /// nothing; only its owner can read the copy.
   bool exportTo(const ZtSavedReport& report, const std::string& path) const;
   /// Removes everything that is stored: reports, those in "unsendable", and the count of failures.
-  /// Returns the number of reports removed. With `unsendableOnly` only those in "unsendable".
-  std::size_t removeAll(bool unsendableOnly = false) const;
+  /// Returns the number of reports removed.
+  std::size_t removeAll() const;
 
   /// Limits of the stores of this process, for the saved reports and for those in "unsendable"
   /// each. They are enforced after each save and by `send`: the oldest reports are removed, counted

@@ -243,6 +243,17 @@ TEST_F(CompanionTest, AMissingTestUrlIsStillUsed) {
   EXPECT_THAT(steps, ElementsAre(kBroadcast, "report "));
 }
 
+TEST_F(CompanionTest, TheReceiptSaysThatThereIsNoTestUrl) {
+  configuration.body = "<c><defSOAP>http://report.test/soap</defSOAP></c>";
+  const auto document = makeDocumentWithPool();
+  switchTestModeOn();
+  report = HttpResponse{};
+  EXPECT_FALSE(document->reportToServer());
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::NoTestUrl);
+  EXPECT_EQ(document->lastDelivery().message,
+            "Test mode is on, and the configuration has no URL for it.");
+}
+
 TEST_F(CompanionTest, ATestUrlWithoutAConfigurationTriesAgainToGetOnline) {
   const auto document = makeDocumentWithPool();
   configuration.body = "<c><defSOAP/><defTestSOAP>http://report.test/soap-test</defTestSOAP></c>";

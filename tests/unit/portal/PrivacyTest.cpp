@@ -7,7 +7,7 @@
 
 #include "tests/unit/portal/PortalTest.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
-#include "ztportal/portal/ReportStore.h"
+#include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/report/ZtReport.h"
 
 namespace zt::test {
@@ -27,9 +27,10 @@ class PrivacyTest : public PortalTest {
     ZtHost::setRequestHook(nullptr);
   }
 
-  void saveOneReport() {
+  /// Afterwards there are `count` of them.
+  void saveOneReport(std::size_t count = 1) {
     makeDocumentWithPool()->saveReport();
-    ASSERT_EQ(namesInStore().size(), 1U);
+    ASSERT_EQ(namesInStore().size(), count);
   }
 };
 
@@ -104,6 +105,24 @@ TEST_F(ConsentInReportsTest, AWholeRunIsNotReported) {
   EXPECT_THAT(namesInStore(), IsEmpty());
 }
 
+TEST_F(ConsentInReportsTest, NothingIsSentFromTheStore) {
+  makeDocumentWithPool()->saveReport();
+  saveOneReport(2);
+  ZtSendOptions options;
+  options.configurationUrl = kConfigurationUrl;
+  options.progress = [](const ZtSavedReport&, const ZtDelivery&) {
+    return ZtHost::setConsent(ZtConsent::Revoked);
+  };
+  const ZtSendResult result = ZtReportStore().send(options);
+  EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
+  EXPECT_EQ(result.accepted, 1U);
+  EXPECT_EQ(result.left, 1U);
+  forget();
+  EXPECT_EQ(ZtReportStore().send(options).end, ZtSendEnd::NoConsent);
+  EXPECT_THAT(steps, IsEmpty());
+  EXPECT_EQ(ZtReportStore().removeAll(), 1U);
+}
+
 // Broadcasts.
 
 TEST_F(PrivacyTest, BroadcastsCanBeSwitchedOff) {
@@ -161,7 +180,7 @@ TEST_F(ValueFilterTest, SeesEveryValueWithItsPoolAndName) {
   EXPECT_THAT(
       seen, testing::IsSupersetOf({"EXECUTION/START_POINT=setup", "EXECUTION/STEP_NAME=Copy",
                                    "EXECUTION/STEP_TIMESTAMP=2026-11-21T12:00:00.123UTC",
-                                   "EXECUTION/STEP_NAME=Register", "EXECUTION/SUCCESSFULL=FALSE"}));
+                                   "EXECUTION/STEP_NAME=Register", "EXECUTION/SUCCESSFULL=TRUE"}));
   // What the filter keeps is written byte for byte as without it.
   ZtHost::setValueFilter(nullptr);
   EXPECT_EQ(text, document->generateXml(nullptr, true));
@@ -271,6 +290,25 @@ TEST_F(RequestHookTest, WhatItDropsIsNeitherBroadcastNorSentNorSaved) {
   EXPECT_THAT(steps, IsEmpty());
   EXPECT_EQ(namesInStore().size(), 1U);
   EXPECT_FALSE(platform.files_.exists("/report.xml"));
+}
+
+TEST_F(RequestHookTest, TheStoreKeepsWhatItDropsAndGoesOn) {
+  saveOneReport();
+  const std::string kept = namesInStore().front();
+  saveOneReport(2);
+  ZtHost::setRequestHook([&kept](std::string_view request) {
+    const bool isDropped = request.find(kept.substr(0, kept.find('.'))) != request.npos;
+    return isDropped ? ZtDecision::drop() : ZtDecision::replace("<mine/>");
+  });
+  forget();
+  ZtSendOptions options;
+  options.configurationUrl = kConfigurationUrl;
+  const ZtSendResult result = ZtReportStore().send(options);
+  EXPECT_EQ(result.end, ZtSendEnd::Done);
+  EXPECT_EQ(result.accepted, 1U);
+  EXPECT_THAT(steps, ElementsAre(kGet, kVersion, kBroadcast, kReport));
+  EXPECT_EQ(platform.http_.asked.back().body, "<mine/>");
+  EXPECT_THAT(namesInStore(), ElementsAre(kept));
 }
 
 TEST_F(RequestHookTest, WhatItKeepsStays) {

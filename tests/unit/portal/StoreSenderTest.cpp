@@ -207,7 +207,8 @@ TEST_F(StoreSenderTest, WaitsAsLongAsTheServerAsksInEveryProcess) {
   report.retryAfter = seconds(100);
   const ZtSendResult result = send();
   EXPECT_EQ(result.end, ZtSendEnd::Deferred);
-  EXPECT_EQ(result.retryAfter, seconds(100));
+  EXPECT_GE(result.retryAfter, seconds(100));
+  EXPECT_LE(result.retryAfter, seconds(101));
   EXPECT_EQ(send().end, ZtSendEnd::Deferred);
   EXPECT_THAT(steps, IsEmpty());
 
@@ -224,8 +225,8 @@ TEST_F(StoreSenderTest, AStateThatCannotBeUsedCountsFromTheStart) {
       std::chrono::duration_cast<seconds>((Clock::now() + hours(48)).time_since_epoch()).count());
   const std::string server = std::to_string(std::hash<std::string_view>()(kConfigurationUrl));
   for (const std::string& text :
-       {std::string(), std::string("\n\nwait\nwait x\nx {1}.ztr\n"),
-        std::string("99999999999 {1}.ztr\n"), "wait " + farAhead + " " + server + "\n",
+       {std::string(), std::string("\n\nwait\n7\n7 \nx {1}.ztr\n-1 {1}.ztr\n"),
+        std::string("99999999999 {1}.ztr\n"), farAhead + " wait " + server + "\n",
         std::string("4 {2}.ztr\n\0\xFF", 13)}) {
     ASSERT_TRUE(platform.files_.write(kHost + std::string("sending.state"), text));
     EXPECT_EQ(send().end, ZtSendEnd::Done) << text;
@@ -282,16 +283,16 @@ TEST_F(StoreSenderTest, NeverWaitsLongerThanItsBudget) {
   };
   const ZtSendResult result = send();
   EXPECT_EQ(result.end, ZtSendEnd::Budget);
-  EXPECT_EQ(result.retryAfter, seconds(50));
+  EXPECT_GE(result.retryAfter, seconds(50));
   EXPECT_EQ(progress.size(), 3U);
 }
 
 TEST_F(StoreSenderTest, NoRequestBeginsAfterTheBudget) {
   saveThree();
   options.budget = milliseconds(1);
-  const auto start = std::chrono::steady_clock::now();
-  options.progress = [&](const auto&, const auto&) {
-    while (std::chrono::steady_clock::now() - start < 2 * options.budget) continue;
+  options.progress = [this](const auto&, const auto&) {
+    const auto end = std::chrono::steady_clock::now() + options.budget;
+    while (std::chrono::steady_clock::now() < end) continue;
     return true;
   };
   const ZtSendResult result = send();
@@ -375,14 +376,14 @@ TEST_F(StoreSenderTest, SendsNothingWithoutTheUsersConsent) {
   result = send();
   EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
   EXPECT_EQ(result.accepted, 1U);
+  EXPECT_TRUE(ZtHost::setConsent(ZtConsent::Unset));
 }
 
 TEST_F(StoreSenderTest, AsksTheHostsHookAboutEachReport) {
   saveThree();
-  ZtHost::setRequestHook([](std::string& request) {
-    if (request == textOf(1)) return ZtRequestDecision::Drop;
-    if (request == textOf(2)) request = "<changed/>";
-    return request == "<changed/>" ? ZtRequestDecision::Replace : ZtRequestDecision::Send;
+  ZtHost::setRequestHook([](std::string_view request) {
+    if (request == textOf(1)) return ZtDecision::drop();
+    return request == textOf(2) ? ZtDecision::replace("<changed/>") : ZtDecision::keep();
   });
   const ZtSendResult result = send();
   ZtHost::setRequestHook(nullptr);

@@ -1,3 +1,5 @@
+#include <cerrno>
+#include <chrono>
 #include <optional>
 #include <string>
 #include <utility>
@@ -92,6 +94,155 @@ TEST_F(ZtPortalDataDeliveryTest, TheStatusOfTheLastResponseIsKept) {
   report = {200, kAccepted};
   EXPECT_TRUE(document->sendSavedReport(store("a.ztr", "<a/>")));
   EXPECT_EQ(document->lastDelivery().httpStatus, 200);
+}
+
+TEST_F(ZtPortalDataDeliveryTest, TheReceiptSaysWhatBecameOfTheReport) {
+  const auto failed = [](ZtDeliveryError error) {
+    HttpResponse response;
+    response.error = error;
+    response.message = "of the platform";
+    return response;
+  };
+  HttpResponse later{503, "later"};
+  later.retryAfter = std::chrono::seconds(120);
+  later.times.total = std::chrono::microseconds(7);
+  const struct {
+    HttpResponse response;
+    ZtDeliveryOutcome outcome;
+    ZtDeliveryError error;
+    const char* message;
+  } rows[] = {
+      {{200, kAccepted},
+       ZtDeliveryOutcome::Accepted,
+       ZtDeliveryError::NoError,
+       "The server has accepted the report."},
+      {later, ZtDeliveryOutcome::Refused, ZtDeliveryError::Status,
+       "The server responded with HTTP status 503."},
+      {{200, kRefused},
+       ZtDeliveryOutcome::InvalidResponse,
+       ZtDeliveryError::Content,
+       "The response is not the expected one."},
+      {failed(ZtDeliveryError::Connection), ZtDeliveryOutcome::Unreachable,
+       ZtDeliveryError::Connection, "of the platform"},
+      {failed(ZtDeliveryError::Timeout), ZtDeliveryOutcome::TimedOut, ZtDeliveryError::Timeout,
+       "of the platform"},
+      {{},
+       ZtDeliveryOutcome::Unreachable,
+       ZtDeliveryError::Transfer,
+       "No complete response arrived."},
+  };
+  for (const auto& row : rows) {
+    document = makeDocumentWithPool();
+    report = row.response;
+    const bool isAccepted = document->reportToServer();
+    const ZtDelivery delivery = document->lastDelivery();
+    EXPECT_EQ(isAccepted, delivery.outcome == ZtDeliveryOutcome::Accepted);
+    EXPECT_EQ(delivery.outcome, row.outcome) << row.message;
+    EXPECT_EQ(delivery.error, row.error) << row.message;
+    EXPECT_EQ(delivery.message, row.message);
+    EXPECT_EQ(delivery.httpStatus, row.response.status) << row.message;
+    EXPECT_EQ(delivery.url, "http://report.test/soap") << row.message;
+    EXPECT_EQ(delivery.requestBytes, requestOf(*document).size()) << row.message;
+    EXPECT_EQ(delivery.responseBytes, row.response.body.size()) << row.message;
+    EXPECT_EQ(delivery.retryAfter, row.response.retryAfter) << row.message;
+    EXPECT_EQ(delivery.totalTime, row.response.times.total) << row.message;
+    EXPECT_EQ(delivery.savedTo, isAccepted ? "" : fileOf(*document)) << row.message;
+    EXPECT_EQ(delivery.saveError, "") << row.message;
+  }
+}
+
+TEST_F(ZtPortalDataDeliveryTest, TheUrlOfTheReceiptHasNoPassword) {
+  const std::pair<const char*, const char*> rows[] = {
+      {"http://user:p@ss@report.test/a@b?c=d@e", "http://report.test/a@b?c=d@e"},
+      {"http://report.test?a=b@c", "http://report.test?a=b@c"},
+      {"HTTPS://user@report.test", "HTTPS://report.test"},
+      {"user:secret@report.test/x", "report.test/x"},
+  };
+  for (const auto& [url, shown] : rows) {
+    configuration.body = std::string("<c><defSOAP>") + url + "</defSOAP></c>";
+    document = makeDocumentWithPool();
+    document->reportToServer();
+    EXPECT_EQ(document->lastDelivery().url, shown);
+  }
+}
+
+TEST_F(ZtPortalDataDeliveryTest, WithoutAServerTheReceiptSaysWhatIsMissing) {
+  const HttpResponse good = configuration;
+  const std::string path = store("one.ztr", "<one/>");
+  configuration = {404, ""};
+  report = {};
+  document = makeDocumentWithPool();
+  EXPECT_FALSE(document->reportToServer());
+  ZtDelivery delivery = document->lastDelivery();
+  EXPECT_EQ(delivery.outcome, ZtDeliveryOutcome::Offline);
+  EXPECT_EQ(delivery.error, ZtDeliveryError::Status);
+  EXPECT_EQ(delivery.message,
+            "There is no configuration with a URL for reports: "
+            "The server responded with HTTP status 404.");
+  EXPECT_EQ(delivery.url, "");
+  EXPECT_EQ(delivery.savedTo, fileOf(*document));
+
+  configuration = good;
+  version = {};
+  EXPECT_FALSE(document->sendSavedReport(path));
+  delivery = document->lastDelivery();
+  EXPECT_EQ(delivery.outcome, ZtDeliveryOutcome::Offline);
+  EXPECT_EQ(delivery.error, ZtDeliveryError::Transfer);
+  EXPECT_EQ(delivery.message, "The server has not told its version: No complete response arrived.");
+  EXPECT_EQ(delivery.savedTo, path);
+}
+
+TEST_F(ZtPortalDataDeliveryTest, SavingHasAReceipt) {
+  document->saveReport();
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::NotSent);
+  EXPECT_EQ(document->lastDelivery().savedTo, fileOf(*document));
+  EXPECT_EQ(document->lastDelivery().message, "The report was saved without sending it.");
+
+  using Operation = FailingFiles::Operation;
+  for (const Operation failing : {Operation::Write, Operation::WriteMidway}) {
+    document = makeDocumentWithPool();
+    FailingFiles files(platform.files_);
+    files.failAlways(failing);
+    platform.replacedFiles = &files;
+    document->saveReport();
+    const ZtDelivery delivery = document->lastDelivery();
+    EXPECT_EQ(delivery.outcome, ZtDeliveryOutcome::NotSent);
+    EXPECT_EQ(delivery.savedTo, "");
+    EXPECT_EQ(delivery.saveErrorNumber, ENOSPC);
+    EXPECT_EQ(delivery.saveError, "No space left on device");
+    EXPECT_EQ(delivery.message, "The report could not be saved.");
+  }
+}
+
+TEST_F(ZtPortalDataDeliveryTest, ARefusedReportThatCannotBeSavedHasBothReasons) {
+  report = {503, ""};
+  platform.supportFolder_.folder = std::nullopt;
+  EXPECT_FALSE(document->reportToServer());
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::Refused);
+  EXPECT_EQ(document->lastDelivery().saveErrorNumber, ENOENT);
+}
+
+TEST_F(ZtPortalDataDeliveryTest, ASavedReportHasAReceipt) {
+  const std::string path = store("a.ztr", "<a/>");
+  EXPECT_TRUE(document->sendSavedReport(path));
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::Accepted);
+  EXPECT_EQ(document->lastDelivery().savedTo, path);
+  document->sendSavedReports();
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::Accepted);
+  EXPECT_EQ(document->lastDelivery().savedTo, "");
+  for (const char* bad : {"/no/such.ztr", ""}) {
+    EXPECT_FALSE(document->sendSavedReport(bad));
+    EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::Unreadable);
+    EXPECT_EQ(document->lastDelivery().error, ZtDeliveryError::File);
+  }
+}
+
+TEST_F(ZtPortalDataDeliveryTest, AReceiptOfAnExceptionHasItsReason) {
+  platform.broadcast_.onPost = &throwZtException;
+  EXPECT_FALSE(document->reportToServer());
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::NotSent);
+  EXPECT_EQ(document->lastDelivery().error, ZtDeliveryError::Host);
+  EXPECT_EQ(document->lastDelivery().message, "of a test");
 }
 
 TEST_F(ZtPortalDataDeliveryTest, AReportIsNeitherPostedNorSavedWhenTheBroadcastThrows) {

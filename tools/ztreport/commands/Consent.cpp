@@ -44,7 +44,7 @@ Exit consent(const std::string& wanted, bool deleteStored, Output output) {
       throw Failure(Exit::MachineFailed, std::to_string(left) + " saved reports cannot be deleted");
     }
     result["deleted"] = deleted;
-    words += "; deleted " + std::to_string(deleted) + " saved reports";
+    words += "; saved reports deleted: " + std::to_string(deleted);
   }
   tell(output, words, result);
   return Exit::Done;

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "tools/ztreport/doctor/Checks.h"
+#include "tools/ztreport/doctor/ShellWord.h"
 #include "tools/ztreport/network/ProxyRules.h"
 #include "tools/ztreport/network/Request.h"
 #include "tools/ztreport/network/ServerFault.h"
@@ -100,6 +101,10 @@ Finding checkConfiguration(Subject& subject) {
   subject.document =
       ZtPortalData::initWithValues(subject.configurationUrl, false, "ztreport", nullptr, nullptr);
   subject.isInTestMode = isInTestMode(*subject.document);
+  if (ZtHost::consent() == ZtConsent::Revoked) {
+    return failed("the user has revoked the consent to reports",
+                  "ztreport --app-name=" + shellWord(subject.appName) + " consent given");
+  }
   if (subject.document->gotConfiguration()) return ok("read");
   return whyNot(configurationFault(subject.configurationUrl), "read only at the second request");
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <new>
+#include <optional>
 #include <utility>
 
 #include "ztportal/base/Text.h"
@@ -278,7 +279,24 @@ void setRoute(CurlOptions& options, const CurlRoute& route) {
 struct Credentials {
   std::string user;
   std::string password;
+
+  bool isEmpty() const { return user.empty() && password.empty(); }
+  friend bool operator==(const Credentials&, const Credentials&) = default;
 };
+
+/// Takes user name and password out of `url`. Nothing if libcurl does not decode them, as it does
+/// not decode control characters.
+std::optional<Credentials> takeCredentials(const CurlLibrary& curl, const Url& url) {
+  Credentials taken{partOf(curl, url, CURLUPART_USER, CURLU_URLDECODE),
+                    partOf(curl, url, CURLUPART_PASSWORD, CURLU_URLDECODE)};
+  if (taken.user.empty() != partOf(curl, url, CURLUPART_USER).empty() ||
+      taken.password.empty() != partOf(curl, url, CURLUPART_PASSWORD).empty()) {
+    return std::nullopt;
+  }
+  curl.urlSet(url.get(), CURLUPART_USER, nullptr, 0);
+  curl.urlSet(url.get(), CURLUPART_PASSWORD, nullptr, 0);
+  return taken;
+}
 
 /// A request to one URL, redirects not followed.
 struct Hop {
@@ -323,7 +341,7 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   setTls(options, hop.wanted, hop.isFirstOrigin);
   setRoute(options, route);
   options.set(CURLOPT_CURLU, hop.url.get());
-  if (!hop.credentials.user.empty() || !hop.credentials.password.empty()) {
+  if (!hop.credentials.isEmpty()) {
     options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
     options.set(CURLOPT_PASSWORD, hop.credentials.password.c_str());
   }
@@ -388,7 +406,8 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     if (arrival.isCut) removeHalfCharacter(arrival.body);
     response.status = static_cast<int>(status);
     response.body = std::move(arrival.body);
-    response.retryAfter = std::chrono::seconds(seconds);
+    // Negative for a date in the past.
+    response.retryAfter = std::chrono::seconds(std::max<curl_off_t>(seconds, 0));
     if (redirect != nullptr) result.redirect = redirect;
   } else {
     long tunnelStatus = 0;
@@ -425,24 +444,15 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   }
   for (const auto& [name, value] : wanted.headers) firstHeaders.add(lineOf(name, value));
 
-  // Taken out of the URL, so that a redirect which names a user can be told from one that is
-  // relative to it.
-  Credentials credentials{partOf(curl, url, CURLUPART_USER, CURLU_URLDECODE),
-                          partOf(curl, url, CURLUPART_PASSWORD, CURLU_URLDECODE)};
-  // libcurl decodes no control characters.
-  if (credentials.user.empty() != partOf(curl, url, CURLUPART_USER).empty() ||
-      credentials.password.empty() != partOf(curl, url, CURLUPART_PASSWORD).empty()) {
-    return failure(ZtDeliveryError::Address);
-  }
-  curl.urlSet(url.get(), CURLUPART_USER, nullptr, 0);
-  curl.urlSet(url.get(), CURLUPART_PASSWORD, nullptr, 0);
+  std::optional<Credentials> credentials = takeCredentials(curl, url);
+  if (!credentials) return failure(ZtDeliveryError::Address);
 
   // libcurl could follow redirects, but would also go from http over https back to http.
   HttpTimes times;
   bool isFirstOrigin = true;
   for (int redirects = 0; redirects <= kRedirects; ++redirects) {
     HopResult hop = makeHop(curl, request,
-                            {url, wanted, isFirstOrigin, credentials,
+                            {url, wanted, isFirstOrigin, *credentials,
                              isFirstOrigin ? firstHeaders.get() : headers.get(), deadline});
     HttpResponse& response = hop.response;
     times += response.times;
@@ -451,16 +461,20 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
       response.url = partOf(curl, url, CURLUPART_URL);
       return std::move(response);
     }
-    // No server can make the library log in to another one with credentials of its choice.
-    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE | CURLU_DISALLOW_USER);
-    if (!next) return failure(ZtDeliveryError::Redirect, "to a URL that is not followed");
+    // No server can make the library log in to another one with credentials of its choice. libcurl
+    // writes those of the request into a URL that is relative to it.
+    Url next = httpUrl(curl, hop.redirect, CURLU_URLENCODE);
+    const std::optional<Credentials> given = next ? takeCredentials(curl, next) : std::nullopt;
+    if (!given || (!given->isEmpty() && *given != *credentials)) {
+      return failure(ZtDeliveryError::Redirect, "to a URL that is not followed");
+    }
     const auto origin = originOf(curl, url);
     const auto nextOrigin = originOf(curl, next);
     if (origin.front() == "https" && nextOrigin.front() != "https") {
       return failure(ZtDeliveryError::Redirect, "from https to http");
     }
     if (nextOrigin != origin) {
-      credentials = {};
+      credentials = Credentials();
       isFirstOrigin = false;
     }
     url = std::move(next);

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -126,6 +127,25 @@ TEST_F(LinuxPrivateFilesTest, FoldersCanBeUsedByAUserWithoutSpecialRightsWhateve
   });
   if (failed == kNotPermitted) GTEST_SKIP() << "another user cannot be taken";
   EXPECT_EQ(failed, 0);
+}
+
+TEST_F(LinuxPrivateFilesTest, ErrnoSaysWhyAWriteFailed) {
+  const std::string file = _root.write("file", "x");
+  fs::create_symlink(file, _root.path("link"));
+  ASSERT_EQ(::mkfifo(_root.path("fifo").c_str(), 0600), 0);
+  const zt::FileDescriptor reader(::open(_root.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
+  const auto errorOf = [](bool isDone) { return isDone ? 0 : errno; };
+  EXPECT_EQ(errorOf(_files.writePrivate("", "x")), EINVAL);
+  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("no/file"), "x")), ENOENT);
+  EXPECT_EQ(errorOf(_files.writePrivate(file + "/below", "x")), ENOTDIR);
+  EXPECT_EQ(errorOf(_files.writePrivate(_root.path(), "x")), EISDIR);
+  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("link"), "x")), ELOOP);
+  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("fifo"), "x")), EEXIST);
+  EXPECT_EQ(errorOf(_files.write("/dev/full", "x")), ENOSPC);
+  EXPECT_EQ(errorOf(_files.createPrivateFolders(std::string("a\0b", 3))), EINVAL);
+  EXPECT_EQ(errorOf(_files.createPrivateFolders(file)), EEXIST);
+  EXPECT_EQ(errorOf(_files.createPrivateFolders(file + "/a/b")), ENOTDIR);
+  EXPECT_EQ(errorOf(_files.createFolders("/proc/self/a/b")), ENOENT);
 }
 
 TEST_F(LinuxPrivateFilesTest, LeavesNothingOpen) {

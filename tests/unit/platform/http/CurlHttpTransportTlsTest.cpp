@@ -59,10 +59,12 @@ class Certificate {
 /// An HTTPS server whose responses are files: "/there" is the response in the file "there".
 class TlsServer {
  public:
-  explicit TlsServer(const Certificate& certificate)
+  /// `options` are further ones of `openssl s_server`.
+  explicit TlsServer(const Certificate& certificate, const std::string& options = "")
       : _server({"sh", "-c",
                  "cd \"$0\" && exec openssl s_server -accept 127.0.0.1:0 -cert \"$1\" "
-                 "-key \"$2\" -HTTP",
+                 "-key \"$2\" -HTTP " +
+                     options,
                  _files.path(), certificate.file(), certificate.key()}) {
     // "ACCEPT 127.0.0.1:40123"
     while (const std::optional<std::string> line = _server.readLine()) {
@@ -140,6 +142,115 @@ TEST_F(CurlHttpTransportTls, NoRedirectGoesBackToHttp) {
   EXPECT_EQ(plain.connections(), 0);
   EXPECT_EQ(get(plain.url("/first")).status, 0);
   EXPECT_THAT(plain.requests(), ElementsAre(HasSubstr("GET /first ")));
+}
+
+// The options of a host.
+
+class CurlHttpTransportTlsOptions : public CurlHttpTransportTls {
+ protected:
+  CurlHttpTransportTlsOptions() { unsetenv("SSL_CERT_FILE"); }
+
+  zt::HttpResponse getWith(const ZtTransportOptions& options, const std::string& url) {
+    zt::HttpResponse response =
+        _transport.exchange({url, "GET", {}, std::nullopt, std::chrono::seconds(20), &options});
+    // The server has one client at a time.
+    _transport.closeConnections();
+    return response;
+  }
+  ZtTransportOptions trusting() const {
+    ZtTransportOptions options;
+    options.authorityFile = certificate.file();
+    return options;
+  }
+};
+
+TEST_F(CurlHttpTransportTlsOptions, AuthoritiesReplaceThoseOfTheSystemAndTheEnvironment) {
+  const Certificate another;
+  const struct {
+    const char* what;
+    std::string file;
+    std::string folder;
+    std::string variable;
+    bool isTrusted;
+  } rows[] = {
+      {"none", "", "", "", false},
+      {"the file", certificate.file(), "", "", true},
+      {"the folder", "", certificate.folder(), "", true},
+      {"another file", another.file(), "", certificate.file(), false},
+      {"another folder", "", another.folder(), certificate.file(), false},
+  };
+  for (const auto& row : rows) {
+    const ScopedEnvironment fileOfRow("SSL_CERT_FILE", row.variable.c_str());
+    ZtTransportOptions options;
+    options.authorityFile = row.file;
+    options.authorityFolder = row.folder;
+    const zt::HttpResponse response = getWith(options, server.url("there"));
+    EXPECT_EQ(response.body, row.isTrusted ? "over TLS" : "") << row.what;
+    EXPECT_EQ(response.error, row.isTrusted ? ZtDeliveryError::NoError : ZtDeliveryError::Tls)
+        << row.what << ": " << response.message;
+    EXPECT_EQ(response.times.tls.count() > 0, row.isTrusted) << row.what;
+  }
+}
+
+// The connection was made with an authority that the second request does not trust.
+TEST_F(CurlHttpTransportTlsOptions, AKeptConnectionIsNotUsedForOtherOptions) {
+  const Certificate another;
+  ZtTransportOptions distrusting;
+  distrusting.authorityFile = another.file();
+  const auto exchange = [&](const ZtTransportOptions& options) {
+    return _transport.exchange(
+        {server.url("there"), "GET", {}, std::nullopt, std::chrono::seconds(20), &options});
+  };
+  server.respond("there", ok("over TLS"));
+  EXPECT_EQ(exchange(trusting()).body, "over TLS");
+  EXPECT_EQ(exchange(distrusting).error, ZtDeliveryError::Tls);
+  _transport.closeConnections();
+}
+
+TEST_F(CurlHttpTransportTlsOptions, TheServerMayAskForACertificate) {
+  const Certificate client;
+  const TemporaryFolder keys;
+  const std::string encrypted = keys.path("encrypted.pem");
+  ASSERT_EQ(runProgram("openssl", {"pkcs8", "-topk8", "-in", client.key(), "-out", encrypted,
+                                   "-passout", "pass:secret"})
+                .status,
+            0);
+  TlsServer strict(certificate, "-Verify 1 -verify_return_error -CAfile " + client.file());
+  const struct {
+    std::string certificate;
+    std::string key;
+    const char* password;
+    bool isServed;
+  } rows[] = {
+      {"", "", "", false},
+      {client.file(), client.key(), "", true},
+      {client.file(), encrypted, "secret", true},
+      {client.file(), encrypted, "wrong", false},
+      // OpenSSL must not ask on the terminal.
+      {client.file(), encrypted, "", false},
+      {certificate.file(), certificate.key(), "", false},
+  };
+  for (const auto& row : rows) {
+    ZtTransportOptions options = trusting();
+    options.clientCertificate = row.certificate;
+    options.clientKey = row.key;
+    options.clientKeyPassword = row.password;
+    const zt::HttpResponse response = getWith(options, strict.url("there"));
+    EXPECT_EQ(response.body, row.isServed ? "over TLS" : "") << row.key << " " << row.password;
+    EXPECT_THAT(response.message, testing::Not(HasSubstr("secret")));
+  }
+}
+
+TEST_F(CurlHttpTransportTlsOptions, AnOldVersionOfTlsIsRefused) {
+  TlsServer old(certificate, "-tls1_2");
+  ZtTransportOptions options = trusting();
+  for (const ZtTlsVersion version : {ZtTlsVersion::SystemDefault, ZtTlsVersion::Tls12}) {
+    options.minimumTlsVersion = version;
+    EXPECT_EQ(getWith(options, old.url("there")).body, "over TLS");
+  }
+  options.minimumTlsVersion = ZtTlsVersion::Tls13;
+  EXPECT_EQ(getWith(options, old.url("there")).error, ZtDeliveryError::Tls);
+  EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
 }
 
 }  // namespace
