@@ -304,4 +304,30 @@ std::vector<Figure> resendFigures() {
   };
 }
 
+/// Handing over a report of 20 kB to the background sender while there is no server, compared with
+/// saving it.
+std::vector<Figure> backgroundFigures() {
+  const Desktop desktop;
+  setEnvironment();
+  const auto report = reportOfSize("", kBytes);
+  const fs::path file = std::string(report->reportFile());
+  ZtBackgroundOptions options;
+  options.configurationUrl = "http://127.0.0.1:1/";
+  options.retryDelay = options.longestDelay = std::chrono::hours(1);
+  ZtBackgroundSender sender(options);
+  sender.send(*report);
+  if (sender.flush(std::chrono::minutes(1)) != 1) throw std::runtime_error("there is a server");
+  const Work ours = [&] {
+    fs::remove(file);
+    if (!sender.send(*report)) throw std::runtime_error("a report was not saved");
+  };
+  const Work theirs = [&] {
+    fs::remove(file);
+    report->saveReport();
+  };
+  const std::vector<double> best = fastest(1500, {ours, theirs});
+  return {atMostTimes(1.3, "a 20 kB report handed over", best[0] * 1e6,
+                      {"its file written", best[1] * 1e6}, "us")};
+}
+
 }  // namespace zt::bench

@@ -66,6 +66,7 @@ std::vector<Figure> millionFieldsFigures();
 std::vector<Figure> deliveryFigures();
 std::vector<Figure> processWalkFigures();
 std::vector<Figure> resendFigures();
+std::vector<Figure> backgroundFigures();
 std::vector<Figure> firstReportFigures();
 std::vector<Figure> idleHostFigures();
 std::vector<Figure> probeFigures();

@@ -6,7 +6,7 @@
 # run.
 
 install(
-  TARGETS ztportal_shared
+  TARGETS ztportal_shared ztportal_background
   EXPORT ztportal-shared-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS ztportal_dscl ztportal_applications

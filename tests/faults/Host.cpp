@@ -2,7 +2,8 @@
 //
 //     zt_fault_host OPERATION CONFIGURATION-URL JOURNAL SEED [--stop]
 //
-// OPERATION is send, save, resave, resend, store (which sends from two processes), or probe. With
+// OPERATION is send, save, resave, resend, background, store (which sends from two processes), or
+// probe. With
 // --stop the process stops itself (SIGSTOP) before the operation, so that strace can attach and
 // count system calls from there.
 
@@ -30,6 +31,7 @@
 #include <string_view>
 #include <thread>
 
+#include "ztportal/background/ZtBackgroundSender.h"
 #include "ztportal/portal/ZtPortalData.h"
 #include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/system/ZtHost.h"
@@ -127,6 +129,20 @@ void sendStoreFromTwoProcesses(const ZtPortalData& document) {
   while (other > 0 && ::waitpid(other, nullptr, 0) < 0 && errno == EINTR) continue;
 }
 
+/// Hands the document over to a background sender, notes that it is saved, and gives the sender a
+/// while.
+void sendInBackground(const char* url, ZtPortalData& document, Journal& journal) {
+  ZtBackgroundOptions options;
+  options.configurationUrl = url;
+  options.attempts = 0;
+  options.retryDelay = std::chrono::milliseconds(5);
+  ZtBackgroundSender sender(options);
+  if (!sender.send(document)) return;
+  journal.outcome = kNotAccepted;
+  sender.flush(std::chrono::seconds(1));
+  sender.stop(std::chrono::seconds(10));
+}
+
 /// True for an accepted report.
 bool act(std::string_view operation, ZtPortalData& document) {
   if (operation == "send") return document.reportToServer();
@@ -147,17 +163,19 @@ void run(std::string_view operation, const char* url, Random random, bool stops,
   ::prctl(PR_SET_PTRACER, PR_SET_PTRACER_ANY);
   if (stops) ::raise(SIGSTOP);  // stops this thread immediately, and the others with it
   try {
-    if (!document) document = makeDocument(url);
+    const bool isInBackground = operation == "background";
+    if (!document) document = makeDocument(isInBackground ? "" : url);
     if (!document) {
       journal.outcome = kNoDocument;
       return;
     }
-    if (operation == "send" || operation == "save") fill(*document, random);
+    if (operation == "send" || operation == "save" || isInBackground) fill(*document, random);
     if (operation == "probe") document->addPoolComputerSystemWithAutoCheck(ZtDate::now(), true);
     const std::string text = document->getSoapString();
     if (text.empty() && operation != "resend" && operation != "store") throw std::bad_alloc();
     journal.keep(text);
     journal.outcome = kReady;
+    if (isInBackground) return sendInBackground(url, *document, journal);
     journal.outcome = act(operation, *document) ? kAccepted : kNotAccepted;
   } catch (const std::exception& error) {
     journal.keep(error.what());

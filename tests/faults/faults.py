@@ -307,14 +307,16 @@ class Delivery(Scene):
         exchange = draw.choice(["configuration", "version"]) if "early" in plan else "report"
         self._relay.play(plan.get("relay"), exchange, plan.get("amount", 0))
         port = 1 if "unreachable" in plan else self._relay.port
-        run = self.run("send", CONFIGURATION_URL, seed=draw.getrandbits(32),
-                       proxy=f"http://127.0.0.1:{port}")
+        run = self.send(draw, f"http://127.0.0.1:{port}")
         if str(plan.get("relay")).startswith("kill"):
             self.restart_inbox()
         try:
             return [kind[1], self._judge(run, plan)]
         except Broken as broken:
             raise Broken(f"{kind[1]} {plan}: {broken}") from None
+
+    def send(self, draw, proxy):
+        return self.run("send", CONFIGURATION_URL, seed=draw.getrandbits(32), proxy=proxy)
 
     def restart_inbox(self):
         """Starts the inbox with the same data on another port, as after a restart of the machine."""
@@ -353,8 +355,49 @@ class Delivery(Scene):
         return {"sent again": len(arrived)}
 
 
+# Campaign "background": the same faults, for a background sender whose process is also killed.
+
+class Background(Delivery):
+    """Each run hands over one report and sends what earlier runs have left."""
+
+    def deliver(self, number):
+        (self.store.parent / "sending.state").unlink(missing_ok=True)  # no waiting for a server that asks
+        return super().deliver(number)
+
+    def send(self, draw, proxy):
+        kill_after = draw.uniform(0.001, 0.1) if draw.random() < 0.5 else None
+        return self.run("background", CONFIGURATION_URL, seed=draw.getrandbits(32), proxy=proxy,
+                        kill_after=kill_after)
+
+    def _judge(self, run, plan):
+        check(run.status in (0, -signal.SIGKILL), f"ends with {run.status}")
+        stored = self.stored().get(run.file)
+        if run.outcome != NOT_ACCEPTED:
+            if stored not in (None, run.text):
+                check(run.text.startswith(stored), "the stored file is not the beginning of the report")
+                (self.store / run.file).unlink()
+            return "killed before it was handed over"
+        self._written[run.file] = run.text
+        check(stored in (None, run.text), "the stored report is not as written")
+        return "stored" if stored else "sent"
+
+    def finish(self):
+        """Checks that everything that was handed over has arrived, or arrives when it is sent again."""
+        self._relay.play()
+        self.inbox.behave()
+        (self.store.parent / "sending.state").unlink(missing_ok=True)
+        self.resend()
+        left = [name for name in self.stored() if name in self._written]
+        check(not left, f"a stored report cannot be sent again: {left}")
+        texts = {(report_id, text) for report_id, text, accepted in self.inbox.records() if accepted}
+        for name, text in self._written.items():
+            check((name.removesuffix(".ztr"), resent(text)) in texts, f"lost: {name}")
+        return {"handed over": len(self._written)}
+
+
 CAMPAIGNS = {  # name: (scene, function that lists the cases, function that tries one)
     "delivery": (Delivery, lambda scene: ((number,) for number in range(2000)), Delivery.deliver),
+    "background": (Background, lambda scene: ((number,) for number in range(2000)), Background.deliver),
     "faults": (Scene, fault_cases, try_fault),
     "kills": (Scene, kill_cases, try_kill),
 }

@@ -147,11 +147,12 @@ class Scene:
             for name, text in self._saved.items():
                 (self.store / name).write_bytes(text)
 
-    def run(self, operation, url="", seed=1, proxy=None, inject=None, trace=None, size_limit=None):
+    def run(self, operation, url="", seed=1, proxy=None, inject=None, trace=None, size_limit=None,
+            kill_after=None):
         """Runs the host; with `inject` or `trace`, under strace with this expression.
 
         `size_limit` is the size of the largest file that the host can write, and whether exceeding it
-        kills the host.
+        kills the host. With `kill_after` it is killed after so many seconds.
         """
         def limit():
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
@@ -168,11 +169,11 @@ class Scene:
             stdin=subprocess.DEVNULL, preexec_fn=limit if size_limit else None)
         log = self._trace(host.pid, inject, trace) if inject or trace else list
         try:
-            status = host.wait(timeout=HANG)
+            status = host.wait(timeout=kill_after or HANG)
         except subprocess.TimeoutExpired:
             host.kill()
-            host.wait()
-            status = "a timeout"
+            killed = host.wait()
+            status = killed if kill_after else "a timeout"
         return Run(status, time.monotonic() - start, self._journal, log())
 
     def _trace(self, pid, inject, trace):

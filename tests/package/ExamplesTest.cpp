@@ -10,6 +10,7 @@
 
 #include "TestPaths.h"
 #include "tests/support/Inbox.h"
+#include "tests/support/LoopbackServer.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -28,11 +29,12 @@ using Pools = std::vector<std::string>;
 class ExamplesTest : public testing::Test {
  protected:
   ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
-    return runProgram(paths::kExamples + "." + example + "/" + example, arguments,
-                      {.environment = std::vector<std::string>{
-                           "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(),
-                           "PATH=/usr/bin:/bin", "HOME=/home/ada", "USER=" + _user,
-                           "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
+    return runProgram(
+        paths::kExamples + "." + example + "/" + example, arguments,
+        {.environment = std::vector<std::string>{
+             "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
+             "HOME=/home/ada", "USER=" + _user, "QT_QPA_PLATFORM=offscreen", "no_proxy=127.0.0.1",
+             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   }
 
   /// Pool types of every report that the inbox has, oldest first.
@@ -154,6 +156,27 @@ TEST_F(ExamplesTest, ConnectionManagerSavesEachPeriodThatIsRefused) {
   _inbox.behave(R"({"answer": "refuse"})");
   EXPECT_EQ(run("connection-manager").status, 1);
   EXPECT_EQ(savedReports("Example Connection Manager"), 2U);
+}
+
+/// The number after `label` in a line of `output`; a large one if there is no such line.
+double numberAfter(const std::string& label, const std::string& output) {
+  const std::size_t begin = output.find(label);
+  return begin == output.npos ? 1e9 : std::stod(output.substr(begin + label.size()));
+}
+
+// A blocking call would stop the frames for two seconds: the server accepts connections, and says
+// nothing. What a busy machine adds to the usual gap is less.
+TEST_F(ExamplesTest, EventLoopsKeepDrawingWhileTheServerHangs) {
+  const LoopbackPort silent(LoopbackPort::Listens);
+  for (const std::string example : {"glib-loop", "qt-window"}) {
+    if (!std::filesystem::exists(paths::kExamples + "." + example)) continue;
+    const ProgramResult loop = run(example, {"3", silent.url("/configuration.xml")});
+    EXPECT_EQ(loop.status, 0) << loop.errors;
+    EXPECT_LT(numberAfter("Longest time between two frames: ", loop.output), 1500) << example;
+    EXPECT_GE(numberAfter("left for the next run: ", loop.output), 1) << example;
+  }
+  EXPECT_EQ(run("glib-loop", {"2"}).status, 0);
+  EXPECT_FALSE(receivedPools().empty());
 }
 
 }  // namespace

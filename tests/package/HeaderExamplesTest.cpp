@@ -434,6 +434,35 @@ std::string codeThatRuns() {
   return code;
 }
 
+TEST(HeaderExamplesTest, ZtBackgroundSender) {
+  zt::test::Inbox inbox;
+  const zt::test::TemporaryFolder data;
+  const ScopedEnvironment dataHome("XDG_DATA_HOME", data.path().c_str());
+  const ScopedEnvironment proxy("http_proxy", nullptr);
+  const ZtString configurationUrl = inbox.url() + "/reporting/kelvane.xml";
+  const ZtString applicationId = "{7C1B7F6E-5B0B-4F0E-9C53-0D1B9B8F0A11}";
+  const auto warn = [](const std::string& error) { ADD_FAILURE() << error; };
+  std::size_t shown = 0;
+  const auto show = [&](const ZtString&, const std::string&) { ++shown; };
+
+  ZtBackgroundOptions options;
+  options.configurationUrl = configurationUrl;
+  ZtBackgroundSender sender(options);
+
+  auto document = ZtPortalData::initWithValues("", false, "Kelvane", applicationId, "2.1");
+  document->addPool("CUSTOM", ZtDate::now())->addString("RESULT", "OK");
+  if (!sender.send(*document)) warn(document->lastDelivery().saveError);
+
+  sender.flush(std::chrono::seconds(60));
+  std::size_t left = sender.flush(std::chrono::seconds(2));
+  EXPECT_EQ(left, 0U);
+
+  for (const ZtBackgroundReceipt& receipt : sender.receipts()) {
+    show(receipt.report.reportId, receipt.delivery.message);
+  }
+  EXPECT_EQ(shown, 1U);
+}
+
 TEST(HeaderExamplesTest, RunEachLineOfTheHeaders) {
   const std::string code = codeThatRuns();
   std::size_t count = 0;

@@ -138,13 +138,13 @@ class StoreSender {
   /// Tries each report once.
   ZtSendEnd tryAll() {
     if (const auto end = requestedEnd()) return *end;
-    const std::vector<ZtSavedReport> reports = _store.list();
+    std::vector<ZtSavedReport> reports = _store.list();
     if (reports.empty()) return ZtSendEnd::Done;
     if (timeUntil(_waitEnd).count() > 0) return ZtSendEnd::Deferred;
     _server = ReportingServer(_options.configurationUrl, _server.options());
     _server.connect(false);
     if (!_server.isReady()) return ZtSendEnd::Offline;
-    for (const ZtSavedReport& report : reports) {
+    for (ZtSavedReport& report : reports) {
       if (const auto end = requestedEnd()) return *end;
       ZtDelivery delivery = deliver(report);
       const std::optional<ZtSendEnd> end = settle(report, delivery);
@@ -165,9 +165,25 @@ class StoreSender {
     return _options.budget.count() > 0 && Clock::now() + wait >= _start + _options.budget;
   }
 
-  ZtDelivery deliver(const ZtSavedReport& report) try {
+  /// The request in the file, which may be written while it is listed or read: `report` gets the
+  /// facts of what was read.
+  static std::optional<std::string> read(ZtSavedReport& report, std::string* problem) {
+    constexpr int kMostTries = 3;
+    std::optional<std::string> request;
+    for (int tries = 0; tries < kMostTries; ++tries) {
+      const std::optional<FileFacts> facts = files().facts(report.path);
+      request = ReportStore::request(report.path, problem);
+      if (!facts) return request;
+      report.bytes = facts->bytes;
+      report.time = facts->time;
+      if (files().facts(report.path) == facts) return request;
+    }
+    return request;
+  }
+
+  ZtDelivery deliver(ZtSavedReport& report) try {
     ZtDelivery delivery;
-    auto request = ReportStore::request(report.path, &delivery.message);
+    auto request = read(report, &delivery.message);
     if (!request) {
       // Without the problem, which may quote a value.
       log(ZtLogLevel::Warning, "store", report.path, " is skipped, because it cannot be sent");

@@ -16,6 +16,8 @@ namespace zt {
 struct FileFacts {
   std::uint64_t bytes = 0;
   std::chrono::system_clock::time_point time;  ///< of the last change of its content
+
+  bool operator==(const FileFacts&) const = default;
 };
 
 /// An advisory lock.
