@@ -118,6 +118,24 @@ TEST_F(ExamplesTest, PrivacyReportsOnlyWithConsentAndWithoutTheUser) {
   EXPECT_EQ(_inbox.reports().size(), 1U);
 }
 
+TEST_F(ExamplesTest, ResenderSendsWhatTheInstallerHasSaved) {
+  const std::string url = "http://config.kelvane.example/reporting/kelvane.xml";
+  _inbox.behave(R"({"answer": "refuse"})");
+  run("installer");
+  const ProgramResult refused = run("resender", {url});
+  EXPECT_THAT(refused.output, MatchesRegex("\\{.*\\}: The response is not the expected one.\n"
+                                           "0 sent, 1 left\n"));
+  EXPECT_THAT(refused.errors, HasSubstr("report: not accepted by "));
+  EXPECT_EQ(refused.status, 1);
+
+  _inbox.behave(R"({"answer": "accept"})");
+  const ProgramResult accepted = run("resender", {url});
+  EXPECT_THAT(accepted.output, MatchesRegex("\\{.*\\}: The server has accepted the report.\n"
+                                            "1 sent, 0 left\n"));
+  EXPECT_EQ(accepted.errors, "");
+  EXPECT_EQ(accepted.status, 0);
+}
+
 TEST_F(ExamplesTest, DiagnoseSendsWhatItFound) {
   const ProgramResult diagnose = run("diagnose");
   EXPECT_THAT(diagnose.output, HasSubstr(" Route: "));

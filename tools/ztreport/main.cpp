@@ -47,7 +47,7 @@ struct Arguments {
   bool logs = false;
   bool receipts = false;
   bool purge = false;
-  unsigned olderThanDays = 0;
+  std::optional<unsigned> olderThanDays;
   RunOptions run;
   ResendOptions resend;
   TransportArguments transport;
@@ -222,9 +222,9 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
           "Skip reports that are not accepted, and set them aside after five tries");
   addFlag(*resend, "--retry", arguments.resend.retry,
           "Also wait and try again until nothing is left that can be sent");
-  resend->add_option("--limit", arguments.resend.limit, "Number of reports to try at most")
-      ->type_name("N")
-      ->check(CLI::PositiveNumber);
+  resend
+      ->add_option("--limit", arguments.resend.limit, "Number of reports to try at most; 0 for all")
+      ->type_name("N");
   addOutput(*resend, arguments);
   addReceipts(*resend, arguments);
   addTransport(*resend, arguments.transport);
@@ -234,22 +234,22 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
       "  $ ztreport store --app-name Setup\n"
       "  $ ztreport store --set-aside '{0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55}.ztr'",
       [&] {
-        if (arguments.purge) return purge(arguments.olderThanDays, arguments.output());
+        if (arguments.purge && arguments.setAside) {
+          throw WrongUsage("give either --purge or --set-aside");
+        }
+        if (arguments.olderThanDays && !arguments.purge) throw WrongUsage("--older is for --purge");
+        if (arguments.purge) return purge(arguments.olderThanDays.value_or(0), arguments.output());
         return arguments.setAside ? setAside(*arguments.setAside, arguments.output())
                                   : listStore(arguments.output());
       });
-  CLI::Option* setAsideOption =
-      store
-          ->add_option(
-              "--set-aside", arguments.setAside,
-              "Move this saved report, which may block all others, to the folder set-aside")
-          ->type_name("FILE");
-  CLI::Option* purge = store->add_flag("--purge", arguments.purge,
-                                       "Remove the saved reports, also those that resend gave up");
-  purge->disable_flag_override()->excludes(setAsideOption);
+  store
+      ->add_option("--set-aside", arguments.setAside,
+                   "Move this saved report, which may block all others, to the folder set-aside")
+      ->type_name("FILE");
+  addFlag(*store, "--purge", arguments.purge,
+          "Remove the saved reports, also those that resend has given up");
   store->add_option("--older", arguments.olderThanDays, "With --purge: only those of so many days")
-      ->type_name("DAYS")
-      ->needs(purge);
+      ->type_name("DAYS");
   addOutput(*store, arguments, "Print only the reports that cannot be sent");
 
   CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",

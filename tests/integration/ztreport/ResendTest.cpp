@@ -73,7 +73,7 @@ TEST_F(ResendTest, SetsAsideWhatIsNotAcceptedFiveTimes) {
 }
 
 TEST_F(ResendTest, TriesAgainUntilTheServerAcceptsTheReport) {
-  inbox.behave(R"({"answer": "accept", "scenario": [{"answer": "refuse"}]})");
+  inbox.behave(R"({"answer": "accept", "scenario": [{"answer": "refuse"}, {"answer": "accept"}]})");
   save("1.ztr", report());
   EXPECT_EQ(resend({"--retry"}), done("1 sent, 0 set aside, 0 left\n"));
 }
