@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
+#include "tests/unit/platform/http/FakeNames.h"
 
 // What a receipt says, and the options of hosts. Those for TLS are with the other tests of TLS.
 
@@ -41,6 +42,7 @@ class CurlHttpTransportOptions : public zt::test::CurlHttpTransportFixture {
 };
 
 TEST_F(CurlHttpTransportOptions, AFailureHasItsReason) {
+  const zt::test::FakeNames names{{"another.example", "127.0.0.1"}};
   LoopbackServer server([](const std::string& request) {
     if (request.starts_with("GET /hang ")) return LoopbackResponse{"", Then::Hang};
     if (request.starts_with("GET /reset ")) return LoopbackResponse{"HTTP/1.1 200 O", Then::Reset};
@@ -192,13 +194,15 @@ class SlowServer {
       static_cast<void>(_port.accept());  // until the end of the test
       return;
     }
-    std::string received;
+    constexpr std::string_view kEnd = "end of the report";
+    std::string last;  // bytes that arrived
     std::vector<char> bytes(bytesPerSecond / 20);
     const auto start = std::chrono::steady_clock::now();
-    for (std::size_t size = 0; !received.ends_with("end of the report");) {
+    for (std::size_t size = 0; last != kEnd;) {
       const ssize_t count = ::recv(connection.number(), bytes.data(), bytes.size(), 0);
       if (count <= 0) return;
-      received.assign(bytes.data(), static_cast<std::size_t>(count));
+      last.append(bytes.data(), static_cast<std::size_t>(count));
+      if (last.size() > kEnd.size()) last.erase(0, last.size() - kEnd.size());
       size += static_cast<std::size_t>(count);
       std::this_thread::sleep_until(start +
                                     std::chrono::milliseconds(1000 * size / bytesPerSecond));

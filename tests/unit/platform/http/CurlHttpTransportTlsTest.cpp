@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
@@ -18,7 +17,6 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-using zt::test::LoopbackPort;
 using zt::test::LoopbackResponse;
 using zt::test::LoopbackServer;
 using zt::test::ok;
@@ -281,60 +279,6 @@ TEST_F(CurlHttpTransportTlsOptions, AnOldVersionOfTlsIsRefused) {
   options.minimumTlsVersion = ZtTlsVersion::Tls13;
   EXPECT_EQ(getWith(options, old.url("there")).error, ZtDeliveryError::Tls);
   EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
-}
-
-/// squid on a loopback port, for the user "ada" with the password "s3cret/".
-class Squid {
- public:
-  Squid() {
-    const std::string hash = runProgram("openssl", {"passwd", "-apr1", "s3cret/"}).output;
-    // squid changes its user.
-    std::filesystem::permissions(_folder.path(), std::filesystem::perms::all);
-    const std::string users = _folder.write("users", "ada:" + hash);
-    // Another process may take the port in between.
-    for (int attempt = 0; attempt < 5 && !_squid; ++attempt) {
-      _port = std::to_string(LoopbackPort(LoopbackPort::Refuses).number());
-      const std::string file = _folder.write(
-          "squid.conf", "http_port 127.0.0.1:" + _port +
-                            "\nauth_param basic program /usr/lib/squid/basic_ncsa_auth " + users +
-                            "\nacl known proxy_auth REQUIRED\nhttp_access allow known\n"
-                            "cache deny all\naccess_log none\ncache_log /dev/null\n"
-                            "pid_filename none\nshutdown_lifetime 0 seconds\n");
-      _squid.emplace(
-          std::vector<std::string>{"sh", "-c", "exec squid -N -d 1 -f \"$0\" 2>&1", file});
-      std::optional<std::string> line;
-      do {
-        line = _squid->readLine();
-      } while (line && line->find("Accepting HTTP Socket connections") == std::string::npos);
-      if (!line) _squid.reset();
-    }
-  }
-
-  bool isRunning() const { return _squid.has_value(); }
-  std::string url(const std::string& password) const {
-    return "http://ada:" + password + "@127.0.0.1:" + _port;
-  }
-
- private:
-  TemporaryFolder _folder;
-  std::string _port;
-  std::optional<Subprocess> _squid;
-};
-
-TEST_F(CurlHttpTransportTlsOptions, SquidPassesWhatItsUsersSend) {
-  const Squid squid;
-  if (!squid.isRunning()) GTEST_SKIP() << "squid is not installed";
-  LoopbackServer plain([](const std::string&) { return ok("in the clear"); });
-
-  ZtTransportOptions options = trusting();
-  options.proxy = squid.url("s3cret%2F");
-  EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
-  EXPECT_EQ(getWith(options, plain.url("/")).body, "in the clear");
-  EXPECT_THAT(plain.requests(), ElementsAre(HasSubstr("\r\nVia: ")));
-
-  options.proxy = squid.url("wrong");
-  EXPECT_EQ(getWith(options, server.url("there")).error, ZtDeliveryError::Proxy);
-  EXPECT_EQ(getWith(options, plain.url("/")).status, 407);
 }
 
 }  // namespace
