@@ -379,10 +379,9 @@ TEST_F(StoreSenderTest, SendsNothingWithoutTheUsersConsent) {
 
 TEST_F(StoreSenderTest, AsksTheHostsHookAboutEachReport) {
   saveThree();
-  ZtHost::setRequestHook([](std::string& request) {
-    if (request == textOf(1)) return ZtRequestDecision::Drop;
-    if (request == textOf(2)) request = "<changed/>";
-    return request == "<changed/>" ? ZtRequestDecision::Replace : ZtRequestDecision::Send;
+  ZtHost::setRequestHook([](std::string_view request) {
+    if (request == textOf(1)) return ZtDecision::drop();
+    return request == textOf(2) ? ZtDecision::replace("<changed/>") : ZtDecision::keep();
   });
   const ZtSendResult result = send();
   ZtHost::setRequestHook(nullptr);
