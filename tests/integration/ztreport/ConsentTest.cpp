@@ -24,7 +24,7 @@ TEST(ConsentProgramTest, PrintsAndChangesTheConsentOfAHost) {
   EXPECT_EQ(program.run({"consent"}), done("revoked\n"));
   EXPECT_EQ(program.run({"consent", "--app-name", "Setup"}), done("unset\n"));
   EXPECT_EQ(program.run({"consent", "given", "--quiet"}), done(""));
-  EXPECT_EQ(program.run({"consent", "--json"}), done("{\"consent\":\"given\"}\n"));
+  EXPECT_EQ(program.run({"consent", "--json"}), done("{\n  \"consent\": \"given\"\n}\n"));
   EXPECT_EQ(program.run({"consent", "unset"}), done("unset\n"));
   EXPECT_EQ(program.fileCount(), 0U);
 }
@@ -53,7 +53,7 @@ TEST(ConsentProgramTest, DeletesWhatIsStored) {
   EXPECT_EQ(program.run({"consent", "revoked"}), done("revoked\n"));
   EXPECT_EQ(program.stored().size(), 2U);
   EXPECT_EQ(program.run({"consent", "--delete-stored", "--json"}),
-            done("{\"consent\":\"revoked\",\"deleted\":2}\n"));
+            done("{\n  \"consent\": \"revoked\",\n  \"deleted\": 2\n}\n"));
   EXPECT_THAT(program.stored(), IsEmpty());
   EXPECT_EQ(program.run({"consent", "--delete-stored"}),
             done("revoked; saved reports deleted: 0\n"));
@@ -78,7 +78,7 @@ TEST(ConsentProgramTest, WithoutConsentNoCommandReports) {
   }
   EXPECT_THAT(program.run({"doctor", "--config-url", url}).output,
               HasSubstr("the user has revoked the consent to reports -> "
-                        "ztreport --app-name=ztreport consent given\n"));
+                        "ztreport --app-name='ztreport' consent given\n"));
   EXPECT_EQ(program.run({"render", file}).status, 0);
   EXPECT_THAT(inbox.reports(), IsEmpty());
   EXPECT_EQ(program.stored().size(), 1U);

@@ -292,25 +292,6 @@ TEST_F(RequestHookTest, WhatItDropsIsNeitherBroadcastNorSentNorSaved) {
   EXPECT_FALSE(platform.files_.exists("/report.xml"));
 }
 
-TEST_F(RequestHookTest, TheStoreKeepsWhatItDropsAndGoesOn) {
-  saveOneReport();
-  const std::string kept = namesInStore().front();
-  saveOneReport(2);
-  ZtHost::setRequestHook([&kept](std::string_view request) {
-    const bool isDropped = request.find(kept.substr(0, kept.find('.'))) != request.npos;
-    return isDropped ? ZtDecision::drop() : ZtDecision::replace("<mine/>");
-  });
-  forget();
-  ZtSendOptions options;
-  options.configurationUrl = kConfigurationUrl;
-  const ZtSendResult result = ZtReportStore().send(options);
-  EXPECT_EQ(result.end, ZtSendEnd::Done);
-  EXPECT_EQ(result.accepted, 1U);
-  EXPECT_THAT(steps, ElementsAre(kGet, kVersion, kBroadcast, kReport));
-  EXPECT_EQ(platform.http_.asked.back().body, "<mine/>");
-  EXPECT_THAT(namesInStore(), ElementsAre(kept));
-}
-
 TEST_F(RequestHookTest, WhatItKeepsStays) {
   const auto document = makeDocumentWithPool();
   ZtHost::setRequestHook([](std::string_view) { return ZtDecision::keep(); });
