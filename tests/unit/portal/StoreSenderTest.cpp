@@ -165,6 +165,20 @@ TEST_F(StoreSenderTest, AReportThatIsWrittenAgainWhileItIsSentStays) {
   EXPECT_EQ(platform.files_.read(inStore("{1}.ztr"), 99), "<new/>");
 }
 
+// A report that was still being written when the store was listed was sent, kept as one that has
+// been written again, and sent a second time.
+TEST_F(StoreSenderTest, AReportThatIsWrittenWhileTheStoreIsListedIsSentOnce) {
+  save(1, "<r>");
+  const auto respond = platform.http_.answer;
+  platform.http_.answer = [this, respond](const auto& asked) {
+    if (!asked.body) platform.files_.write(inStore("{1}.ztr"), textOf(1));
+    return respond(asked);
+  };
+  const ZtSendResult result = send();
+  EXPECT_EQ(result.accepted, 1U);
+  EXPECT_EQ(result.left, 0U);
+}
+
 // When the server itself is in trouble, no report is at fault, and the others would fare alike.
 TEST_F(StoreSenderTest, EndsWhenTheServerIsNotInService) {
   saveThree();

@@ -116,7 +116,7 @@ TEST_F(ZtPortalDataDeliveryTest, TheReceiptSaysWhatBecameOfTheReport) {
        ZtDeliveryOutcome::Accepted,
        ZtDeliveryError::NoError,
        "The server has accepted the report."},
-      {later, ZtDeliveryOutcome::Refused, ZtDeliveryError::Status,
+      {later, ZtDeliveryOutcome::Refused, ZtDeliveryError::HttpStatus,
        "The server responded with HTTP status 503."},
       {{200, kRefused},
        ZtDeliveryOutcome::InvalidResponse,
@@ -175,7 +175,7 @@ TEST_F(ZtPortalDataDeliveryTest, WithoutAServerTheReceiptSaysWhatIsMissing) {
   EXPECT_FALSE(document->reportToServer());
   ZtDelivery delivery = document->lastDelivery();
   EXPECT_EQ(delivery.outcome, ZtDeliveryOutcome::Offline);
-  EXPECT_EQ(delivery.error, ZtDeliveryError::Status);
+  EXPECT_EQ(delivery.error, ZtDeliveryError::HttpStatus);
   EXPECT_EQ(delivery.message,
             "There is no configuration with a URL for reports: "
             "The server responded with HTTP status 404.");
