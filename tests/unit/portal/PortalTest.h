@@ -49,7 +49,8 @@ struct ForeignError : std::runtime_error {
 [[noreturn]] inline void throwForeign() { throw ForeignError(); }
 
 /// Uses the files of another object. The observer is called before each operation, with "read /a"
-/// or "write /a", and may throw.
+/// or "write /a", and may throw. It does not see the look for the user's consent, which comes
+/// before everything else.
 class ObservedFiles final : public Files {
  public:
   using Observer = std::function<void(const std::string& operation)>;
@@ -57,7 +58,9 @@ class ObservedFiles final : public Files {
   /// Does not own `files`.
   ObservedFiles(Files& files, Observer observer) : _files(files), _observer(std::move(observer)) {}
 
-  bool exists(const std::string& path) override { return observed("exists ", path).exists(path); }
+  bool exists(const std::string& path) override {
+    return (path.ends_with("/consent") ? _files : observed("exists ", path)).exists(path);
+  }
   bool isFolder(const std::string& path) override {
     return observed("isFolder ", path).isFolder(path);
   }
