@@ -81,7 +81,7 @@ class Reader {
         compare(block);
       } else if (block.language == "console") {
         follow(block);
-      } else {
+      } else if (block.language != "cpp") {  // those of the headers are run with the headers
         ADD_FAILURE() << "nothing checks a block of \"" << block.language << "\"";
       }
       ++_count;
