@@ -211,6 +211,7 @@ TEST_F(ZtPortalDataDeliveryTest, SavingHasAReceipt) {
     EXPECT_EQ(delivery.saveErrorNumber, ENOSPC);
     EXPECT_EQ(delivery.saveError, "No space left on device");
     EXPECT_EQ(delivery.message, "The report could not be saved.");
+    platform.replacedFiles = nullptr;
   }
 }
 
