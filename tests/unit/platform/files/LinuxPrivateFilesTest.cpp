@@ -57,15 +57,15 @@ TEST_F(LinuxPrivateFilesTest, ExistingOnesKeepTheirModes) {
 
 TEST_F(LinuxPrivateFilesTest, AReplacedFileIsItsOwnersAloneAndALinkInItsPlaceGoes) {
   const std::string outside = _outside.write("target", "untouched");
-  fs::create_symlink(outside, _root.path("link"));
+  fs::create_symlink(outside, _folder.path("link"));
   for (const mode_t mask : {0U, 0777U}) {
     const ScopedUmask umask(mask);
     for (const char* name : {"new", "link"}) {
-      ASSERT_TRUE(_files.replacePrivate(_root.path(name), "content")) << name;
-      EXPECT_EQ(modeOf(_root.path(name)), 0600U) << name;
+      ASSERT_TRUE(_files.replacePrivate(_folder.path(name), "content")) << name;
+      EXPECT_EQ(modeOf(_folder.path(name)), 0600U) << name;
     }
   }
-  EXPECT_FALSE(fs::is_symlink(_root.path("link")));
+  EXPECT_FALSE(fs::is_symlink(_folder.path("link")));
   EXPECT_THAT(read(outside), Optional(std::string("untouched")));
 }
 
@@ -122,17 +122,17 @@ TEST_F(LinuxPrivateFilesTest, FoldersCanBeUsedByAUserWithoutSpecialRightsWhateve
 }
 
 TEST_F(LinuxPrivateFilesTest, ErrnoSaysWhyAWriteFailed) {
-  const std::string file = _root.write("file", "x");
-  fs::create_symlink(file, _root.path("link"));
-  ASSERT_EQ(::mkfifo(_root.path("fifo").c_str(), 0600), 0);
-  const zt::FileDescriptor reader(::open(_root.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
+  const std::string file = _folder.write("file", "x");
+  fs::create_symlink(file, _folder.path("link"));
+  ASSERT_EQ(::mkfifo(_folder.path("fifo").c_str(), 0600), 0);
+  const zt::FileDescriptor reader(::open(_folder.path("fifo").c_str(), O_RDONLY | O_NONBLOCK));
   const auto errorOf = [](bool isDone) { return isDone ? 0 : errno; };
   EXPECT_EQ(errorOf(_files.writePrivate("", "x")), EINVAL);
-  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("no/file"), "x")), ENOENT);
+  EXPECT_EQ(errorOf(_files.writePrivate(_folder.path("no/file"), "x")), ENOENT);
   EXPECT_EQ(errorOf(_files.writePrivate(file + "/below", "x")), ENOTDIR);
-  EXPECT_EQ(errorOf(_files.writePrivate(_root.path(), "x")), EISDIR);
-  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("link"), "x")), ELOOP);
-  EXPECT_EQ(errorOf(_files.writePrivate(_root.path("fifo"), "x")), EEXIST);
+  EXPECT_EQ(errorOf(_files.writePrivate(_folder.path(), "x")), EISDIR);
+  EXPECT_EQ(errorOf(_files.writePrivate(_folder.path("link"), "x")), ELOOP);
+  EXPECT_EQ(errorOf(_files.writePrivate(_folder.path("fifo"), "x")), EEXIST);
   EXPECT_EQ(errorOf(_files.write("/dev/full", "x")), ENOSPC);
   EXPECT_EQ(errorOf(_files.createPrivateFolders(std::string("a\0b", 3))), EINVAL);
   EXPECT_EQ(errorOf(_files.createPrivateFolders(file)), EEXIST);
