@@ -124,7 +124,7 @@ TEST_F(UndisturbedHostTest, ASavedReportThatIsTooLargeForItsMemoryIsNoReasonToPr
   if (zt::test::paths::kIsSanitized) GTEST_SKIP() << "they map more memory than the limit allows";
   Inbox inbox;
   const std::string store = data.path("Kelvane/zt_watched_host/reports");
-  for (const std::size_t mebibytes : {12, 14, 16, 18, 20, 25}) {
+  for (const std::size_t mebibytes : {12U, 14U, 16U, 18U, 20U, 25U}) {
     std::filesystem::create_directories(store);
     std::ofstream(store + "/large.ztr")
         << "<a>" << std::string(mebibytes << 20U, 'x') << "</a>" << std::flush;
