@@ -4,6 +4,7 @@
 #include <memory>
 #include <new>
 #include <string_view>
+#include <tuple>
 
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
@@ -43,8 +44,9 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
     const zt::FileFacts facts = files().facts(path).value_or(zt::FileFacts());
     reports.push_back({std::move(path), ZtString(id), facts.bytes, facts.time});
   }
-  std::stable_sort(reports.begin(), reports.end(),
-                   [](const auto& left, const auto& right) { return left.time < right.time; });
+  std::sort(reports.begin(), reports.end(), [](const auto& left, const auto& right) {
+    return std::tie(left.time, left.path) < std::tie(right.time, right.path);
+  });
   return reports;
 }
 

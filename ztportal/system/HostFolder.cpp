@@ -21,12 +21,12 @@ std::optional<std::string> nameOfHostFolder() {
     logOnce(ZtLogLevel::Warning, "store", "there is no store, because the host has no name");
     return std::nullopt;
   }
-  if (isFileName(name.view())) return joinedPath(vendorName().view(), name.view());
+  if (isFileName(name.view())) return joinedPath(kVendorName, name.view());
   const std::string executable = executablePath();
   const std::string replacement = executable.substr(executable.rfind('/') + 1);
   logOnce(ZtLogLevel::Warning, "store",
           "the name of the host is not one of a folder; the store of ", replacement, " is used");
-  return joinedPath(vendorName().view(), replacement);
+  return joinedPath(kVendorName, replacement);
 }
 
 }  // namespace

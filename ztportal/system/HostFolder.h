@@ -10,7 +10,7 @@
 namespace zt {
 
 /// The name of the vendor, and of the folder of all its applications.
-constexpr ZtString vendorName() { return ZtString::constant<"Kelvane">(); }
+inline constexpr char kVendorName[] = "Kelvane";
 
 /// Path of `relativePath` below the application-support folder of `domain`. A folder is created
 /// there unless something exists at that path already. Nullopt if there is no such domain or a

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/common/ReportReader.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -22,7 +23,11 @@ bool isMalformedInQuotes(std::string_view text) {
   return ZtXMLDocument::parse("<a b=\"" + std::string(text) + "\"/>") == nullptr;
 }
 
-std::string quoted(std::string_view text) { return "\"" + std::string(text) + "\""; }
+std::string quoted(std::string_view text) {
+  std::string quoted;
+  appendText(quoted, "\"", text, "\"");
+  return quoted;
+}
 
 std::vector<std::string> placesIn(const reader::ParsedReport& report) {
   std::vector<std::string> places;
