@@ -380,7 +380,7 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
     if (hop.redirect.empty()) {
       response.times = times;
       response.url = std::move(target);
-      return std::move(response);
+      return std::move(hop.response);
     }
     // No server can make the library log in to another one with credentials of its choice. libcurl
     // writes those of the request into a URL that is relative to it.
