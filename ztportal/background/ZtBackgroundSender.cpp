@@ -11,6 +11,7 @@
 #include <deque>
 #include <exception>
 #include <mutex>
+#include <new>
 #include <random>
 #include <string>
 #include <system_error>
@@ -279,7 +280,7 @@ ZtBackgroundSender::ZtBackgroundSender(ZtBackgroundOptions options)
 ZtBackgroundSender::~ZtBackgroundSender() {
   if (isInert()) {
     // Not even destroyed: std::thread ends a process that destroys a thread without joining it.
-    static_cast<void>(new std::shared_ptr<State>(std::move(_state)));
+    static_cast<void>(new (std::nothrow) std::shared_ptr<State>(std::move(_state)));
     return;
   }
   if (!_state->shouldStop()) stop(kDestructorTime);

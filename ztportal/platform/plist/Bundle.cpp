@@ -91,8 +91,9 @@ std::optional<std::string> Bundle::resource(std::string_view name, std::string_v
   if (!type.empty()) (file += '.') += type;
   const fs::path path = resourceFolder(_path) / file;
   const uid_t user = ::geteuid();
-  if (!isFile(path) || !isSafe(path, user) || !isSafe(path.parent_path(), user))
+  if (!isFile(path) || !isSafe(path, user) || !isSafe(path.parent_path(), user)) {
     return std::nullopt;
+  }
   return path.string();
 }
 
