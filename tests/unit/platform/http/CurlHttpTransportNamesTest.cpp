@@ -137,6 +137,7 @@ TEST_F(CurlHttpTransportNames, ASocksProxyMayGetTheAddressOfTheHost) {
 // When the host had closed all descriptors during a look-up that hung, the end of the look-up
 // closed those that the host had opened since.
 TEST_F(CurlHttpTransportNames, ForgetsALookUpWhoseDescriptorsTheHostHasClosed) {
+  if (!zt::test::kForkedProcessMayStartThreads) GTEST_SKIP();
   const std::string hanging = unused("hangs");
   const std::string other = unused("other");
   LoopbackServer server([](const std::string&) { return ok("there"); });
