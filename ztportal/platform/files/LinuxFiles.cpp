@@ -121,8 +121,9 @@ bool writeTo(OpenFile file, const std::string& path, std::string_view content) {
   const int error = errno;
   if (isRegular) {
     // Also empties the target of a link.
-    if (!isWritten) [[maybe_unused]]
-      const int emptied = ::ftruncate(file.descriptor(), 0);
+    if (!isWritten) {
+      [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
+    }
     ::unlink(path.c_str());
   }
   errno = error;
