@@ -14,6 +14,7 @@
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/Delivery.h"
 #include "tools/ztreport/commands/SavedReports.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::tools {
 
@@ -110,7 +111,11 @@ Exit resendAll(const std::string& configurationUrl, const ResendOptions& options
     };
     result = store.send(sending);
   }
-  for (const auto& [file, reason] : reasons) complain(file + ": not sent: " + reason);
+  for (const auto& [file, reason] : reasons) {
+    std::string message = file;
+    appendText(message, ": not sent: ", reason);
+    complain(message);
+  }
   const std::string reason = reasonOf(result);
   if (!reason.empty()) complain(reason);
   Json object{{"sent", result.accepted}, {"setAside", result.setAside}, {"left", result.left}};
