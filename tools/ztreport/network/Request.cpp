@@ -13,6 +13,7 @@
 #include "tools/ztreport/network/Certificates.h"
 #include "tools/ztreport/network/CurlHandle.h"
 #include "tools/ztreport/network/WebAddress.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -65,7 +66,9 @@ Response requestOnce(const WebAddress& server, const std::optional<std::string>&
     headers.reset(curl_slist_append(headers.release(), line));
   }
   for (const auto& [name, value] : added) {
-    headers.reset(curl_slist_append(headers.release(), (name + ": " + value).c_str()));
+    std::string line = name;
+    appendText(line, ": ", value);
+    headers.reset(curl_slist_append(headers.release(), line.c_str()));
   }
   handle.set(CURLOPT_URL, server.shown.c_str());
   if (!server.user.empty() || !server.password.empty()) {
