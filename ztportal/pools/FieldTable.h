@@ -31,7 +31,7 @@ namespace zt {
 struct Enumeration {
   ZtString (*nameOf)(std::uint64_t);  ///< empty for a number without a name
   std::uint64_t count;                ///< all named numbers are below this
-  std::uint64_t unnamed;              ///< a number without a name, which stands for an empty text
+  std::uint64_t unnamed;              ///< a number without a name, written as an empty text
 };
 
 inline constexpr Enumeration kStepTypes{ZtPortalDef::stepTypeToString, ZtPortalStepError + 1,

@@ -136,7 +136,7 @@ bool isOneLine(std::string_view text) {
 
 bool isContentType(const HttpHeader& header) { return equalsAnyCase(header.name, "content-type"); }
 
-/// A header in libcurl's notation, in which a semicolon stands for a header without a value.
+/// A header in libcurl's notation, in which a semicolon marks a header without a value.
 std::string lineOf(std::string_view name, std::string_view value) {
   std::string line(name);
   if (value.empty()) return line += ';';

@@ -18,7 +18,7 @@ namespace zt {
 /// is the old packed form, four bits a decimal digit: two digits major, one minor, one bug-fix,
 /// each limited to its largest value ("22.04" is 0x2240, 12.11 is 0x1290). It is at least 0x1040,
 /// the first version with the three separate selectors. This is deliberate: callers that look at it
-/// first then always use the separate numbers, which have room for more digits.
+/// first then always use the separate numbers, which can have more digits.
 ///
 /// Other selectors fail; so do all of them if the release file has no version (a rolling
 /// distribution) or one too large for 32 bits. Reads the files at each call; without state.

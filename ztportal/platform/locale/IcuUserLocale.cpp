@@ -34,7 +34,7 @@ ZtString IcuUserLocale::languageCode() {
 
 ZtString IcuUserLocale::countryCode() {
   if (isPosixLocale(userLocaleName(kFormats))) return nullptr;
-  // Three digits stand for a part of the world, not for a country.
+  // Three digits denote a part of the world, not a country.
   const icu::Locale locale = userLocale(kFormats);
   const std::string_view region = locale.getCountry();
   return region.size() == 2 ? ZtString(region) : ZtString();
