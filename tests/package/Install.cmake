@@ -23,7 +23,7 @@ expect_component(
   runtime "^${LIBDIR}/libztportal[.]so[.]1|^${LIBDIR}/ztportal-[0-9.]+/[a-z]+[.]so$|^libexec/ztportal/")
 expect_component(
   development
-  "^include/ztportal/|^${LIBDIR}/libztportal[.](so|a)$|^${LIBDIR}/cmake/ztportal/|^${LIBDIR}/pkgconfig/|^share/man/man3/"
+  "^include/ztportal/|^${LIBDIR}/libztportal[.](so|a)$|^${LIBDIR}/cmake/ztportal/|^${LIBDIR}/pkgconfig/|^share/man/man3/|^share/doc/ztportal/ztportal[.]spdx[.]json$"
 )
 expect_component(tools "^bin/zt|^share/")
 
