@@ -6,9 +6,9 @@
 #include <string_view>
 #include <tuple>
 
+#include "ztportal/base/HostSetting.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
-#include "ztportal/base/ZtAtomic.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/portal/ReportStore.h"
 
@@ -21,12 +21,6 @@ constexpr std::string_view kCustomerStart = "<CustomerID";
 constexpr std::string_view kCustomerEnd = "</CustomerID>";
 
 zt::Files& files() { return zt::Platform::current().files(); }
-
-/// Null without limits. Never destroyed, since hosts also report from static destructors.
-ZtAtomic<std::shared_ptr<const ZtStoreLimits>>& givenLimits() {
-  static auto* const limits = new ZtAtomic<std::shared_ptr<const ZtStoreLimits>>();
-  return *limits;
-}
 
 std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
@@ -117,7 +111,7 @@ std::string zt::besideReports(std::string_view reports, std::string_view name) {
 }
 
 std::size_t zt::enforceStoreLimits(const std::string& reports) {
-  const std::shared_ptr<const ZtStoreLimits> limits = givenLimits().load();
+  const auto limits = hostSetting<ZtStoreLimits>().load();
   if (limits == nullptr) return 0;
   return enforce(*limits, reports) + enforce(*limits, unsendableOf(reports));
 }
@@ -181,11 +175,12 @@ std::size_t ZtReportStore::removeAll() const {
 
 void ZtReportStore::setLimits(const ZtStoreLimits& limits) {
   const bool areAny = limits.reports != 0 || limits.bytes != 0 || limits.age.count() != 0;
-  givenLimits().store(areAny ? std::make_shared<const ZtStoreLimits>(limits) : nullptr);
+  zt::hostSetting<ZtStoreLimits>().store(areAny ? std::make_shared<const ZtStoreLimits>(limits)
+                                                : nullptr);
 }
 
 ZtStoreLimits ZtReportStore::limits() {
-  const std::shared_ptr<const ZtStoreLimits> given = givenLimits().load();
+  const auto given = zt::hostSetting<ZtStoreLimits>().load();
   return given != nullptr ? *given : ZtStoreLimits();
 }
 

@@ -20,7 +20,6 @@ inline bool valuesAreEscaped() noexcept {
   return rules::isEscaping.load(std::memory_order_relaxed);
 }
 
-void setValueFilter(ZtValueFilter filter);
 inline bool hasValueFilter() noexcept { return rules::isFiltering.load(std::memory_order_relaxed); }
 /// Whether values are written as they are.
 inline bool valuesArePlain() noexcept { return !hasValueFilter() && !valuesAreEscaped(); }
@@ -28,7 +27,6 @@ inline bool valuesArePlain() noexcept { return !hasValueFilter() && !valuesAreEs
 /// the filter throws anything.
 bool passesValueFilter(std::string_view poolType, std::string_view name, std::string& value);
 
-void setRequestHook(ZtRequestHook hook);
 /// Asks the hook about `request` and replaces it if the hook does. False: neither to be broadcast
 /// nor sent nor saved, also if the hook throws anything.
 bool passesRequestHook(std::string& request);
