@@ -2,9 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace zt {
 
@@ -23,13 +26,23 @@ inline std::string joinedPath(std::string_view folder, std::string_view name) {
   return path;
 }
 
-/// Removes the first line from `text` and returns it without its line feed:
+/// Removes the first line from `text` and returns it without its line feed, or without another
+/// `end`:
 ///
 ///     while (!text.empty()) use(takeLine(text));
-constexpr std::string_view takeLine(std::string_view& text) {
-  const std::string_view line = text.substr(0, text.find('\n'));
+constexpr std::string_view takeLine(std::string_view& text, char end = '\n') {
+  const std::string_view line = text.substr(0, text.find(end));
   text.remove_prefix(std::min(line.size() + 1, text.size()));
   return line;
+}
+
+/// `text` as a number; nothing unless all of it is one, and one that the type can hold.
+template <class Number>
+std::optional<Number> parseNumber(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
 }
 
 /// The UTF-8 string `text` without leading and trailing white space (Unicode property White_Space,
