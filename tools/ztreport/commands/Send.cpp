@@ -33,17 +33,15 @@ Description describeForDelivery(const std::string& file) {
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
 }
 
-std::string text(const ZtString& value) { return std::string(value.view()); }
-
 /// The library does not report whether saving worked, so this compares the file with the text.
 bool isSaved(const ZtPortalData& document, const std::string& request) {
   const ZtString file = document.reportFile();
-  return !file.isNull() && contentOf(text(file)) == request;
+  return !file.isNull() && contentOf(std::string(file)) == request;
 }
 
 std::string whyNotSaved(const ZtPortalData& document) {
   const ZtString file = document.reportFile();
-  return file.isNull() ? kNoStoreFolder : text(file) + ": cannot be written";
+  return file.isNull() ? kNoStoreFolder : std::string(file) + ": cannot be written";
 }
 
 void warnOfMalformedValues(ZtPortalData& document, Output output) {
@@ -58,7 +56,7 @@ void warnOfMalformedValues(ZtPortalData& document, Output output) {
 /// accepted must be in the store now; throws a `Failure` when it is not.
 Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
   warnOfMalformedValues(document, output);
-  const std::string id = text(document.reportId());
+  const std::string id(document.reportId());
   const auto tellResult = [&](const std::string& words, Json object) {
     if (output == Output::Receipts) object["delivery"] = jsonOf(document.lastDelivery());
     tell(output, words, object);
@@ -75,7 +73,7 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
                   "not accepted (" + reason + "), and not saved: " + whyNotSaved(document));
   }
   complain("not accepted: " + reason);
-  const std::string file = text(document.reportFile());
+  const std::string file(document.reportFile());
   tellResult("saved: " + file,
              {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
   return Exit::NotAccepted;
@@ -87,8 +85,8 @@ Exit tellSaved(ZtPortalData& document, Output output) {
   if (!isSaved(document, document.getSoapString())) {
     throw Failure(Exit::MachineFailed, whyNotSaved(document));
   }
-  const std::string file = text(document.reportFile());
-  tell(output, file, {{"reportId", text(document.reportId())}, {"file", file}});
+  const std::string file(document.reportFile());
+  tell(output, file, {{"reportId", std::string(document.reportId())}, {"file", file}});
   return Exit::Done;
 }
 
@@ -167,7 +165,7 @@ Exit render(const std::string& file, bool plain, Output output) {
   if (output == Output::Words) {
     print(request);
   } else {
-    tell(output, "", {{"reportId", text(document->reportId())}, {"text", request}});
+    tell(output, "", {{"reportId", std::string(document->reportId())}, {"text", request}});
   }
   return Exit::Done;
 }
@@ -178,7 +176,7 @@ Exit send(const std::string& file, const std::optional<std::string>& configurati
   requireConsent();
   const Description description = describeForDelivery(file);
   const std::string url =
-      configurationUrl ? *configurationUrl : text(description.configurationUrl());
+      configurationUrl ? *configurationUrl : std::string(description.configurationUrl());
   if (!webAddress(url)) {
     throw Failure(Exit::WrongInput,
                   nameOf(file) + ": /configurationUrl: " +
@@ -203,7 +201,7 @@ ZtString configurationUrlOf(const std::string& customer) {
   if (row != kCustomers.end()) return *row->url;
   std::vector<std::string> known;
   known.reserve(kCustomers.size());
-  for (const Customer& candidate : kCustomers) known.push_back(text(*candidate.id));
+  for (const Customer& candidate : kCustomers) known.emplace_back(*candidate.id);
   throw WrongUsage("--customer: no such customer: \"" + customer + "\"" +
                    didYouMean(customer, known) + "; it is one of " + customerNames());
 }
