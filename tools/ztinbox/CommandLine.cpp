@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "tools/ztinbox/Version.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
 #include "tools/ztinbox/store/DataFolder.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -70,19 +70,15 @@ void addOptions(CLI::App& app, Arguments& arguments) {
 
 std::uint64_t readWhole(const char* option, std::string_view text, std::uint64_t least,
                         std::uint64_t most) {
-  std::uint64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (whole && number >= least && number <= most) return number;
+  const auto number = parseNumber<std::uint64_t>(text);
+  if (number && *number >= least && *number <= most) return *number;
   throw InputFault(std::string(option) + " must be a whole number from " + std::to_string(least) +
                    " to " + std::to_string(most));
 }
 
 double readRate(std::string_view text) {
-  double rate = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
-  const bool number = error == std::errc() && end == text.data() + text.size();
-  if (number && rate >= 0 && rate <= 1) return rate;
+  const auto rate = parseNumber<double>(text);
+  if (rate && *rate >= 0 && *rate <= 1) return *rate;
   throw InputFault("--fail-rate must be a number from 0 to 1");
 }
 

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -67,10 +66,8 @@ class SendingState {
       const std::string_view line = takeLine(text);
       const std::size_t blank = line.find(' ');
       if (blank == std::string_view::npos) continue;
-      std::uint32_t number = 0;
-      const auto end = std::from_chars(line.data(), line.data() + blank, number);
-      if (end.ec == std::errc() && *end.ptr == ' ') {
-        _numbers[std::string(line.substr(blank + 1))] = number;
+      if (const auto number = parseNumber<std::uint32_t>(line.substr(0, blank))) {
+        _numbers[std::string(line.substr(blank + 1))] = *number;
       }
     }
   }

@@ -13,6 +13,7 @@
 #include "tools/ztinbox/api/QueryParameters.h"
 #include "tools/ztinbox/api/ReportJson.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -229,7 +230,7 @@ void Api::reports(Exchange& exchange) {
 void Api::oneReport(Exchange& exchange, std::string_view path) {
   const std::size_t slash = std::min(path.find('/'), path.size());
   const std::string_view part = path.substr(slash);
-  const std::uint64_t number = parseWhole(path.substr(0, slash)).value_or(0);
+  const std::uint64_t number = parseNumber<std::uint64_t>(path.substr(0, slash)).value_or(0);
   const std::string& method = exchange.request.method;
   if (!part.empty() && part != "/raw" && part != "/read") {
     return answerNotFound(exchange, "no such address");
@@ -294,7 +295,7 @@ void Api::streamEvents(Exchange& exchange) {
   const QueryParameters parameters(exchange.request, {"after"});
   auto after = parameters.whole("after", 0, std::numeric_limits<std::uint64_t>::max());
   if (const auto last = exchange.request.header("last-event-id"); !last.empty()) {
-    after = parseWhole(last.front());
+    after = parseNumber<std::uint64_t>(last.front());
     if (!after) throw InputFault("Last-Event-ID must be the number of a report");
   }
   respondWithEvents(exchange, _store, after);

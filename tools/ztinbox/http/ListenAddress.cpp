@@ -8,10 +8,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include "tools/ztinbox/Fault.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -25,13 +25,6 @@ std::optional<std::string> canonicalAddress(int family, std::string_view address
   std::array<char, INET6_ADDRSTRLEN> text{};
   if (inet_ntop(family, bytes.data(), text.data(), text.size()) == nullptr) return std::nullopt;
   return text.data();
-}
-
-std::optional<std::uint16_t> parsePort(std::string_view text) {
-  std::uint16_t port = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return port;
 }
 
 constexpr std::string_view kHttpPort = ":80";
@@ -105,7 +98,7 @@ std::string ListenAddress::text() const {
 std::optional<ListenAddress> parseListenAddress(std::string_view text) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string_view::npos) return std::nullopt;
-  const auto port = parsePort(text.substr(colon + 1));
+  const auto port = parseNumber<std::uint16_t>(text.substr(colon + 1));
   if (!port) return std::nullopt;
 
   std::string_view host = text.substr(0, colon);

@@ -10,13 +10,13 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "tools/common/LineCursor.h"
 #include "tools/ztreport/description/DateSearch.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/pools/FieldTable.h"
 
@@ -56,15 +56,6 @@ std::string writtenReal(float number) {
   return {text.data(), end.ptr};
 }
 
-/// Parses `text`, which must be a number and nothing else.
-template <class Number>
-std::optional<Number> numberOf(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
 /// Turns the values of a report into those of a description, which are written as the same text
 /// again. Throws `Undescribable` for a value that a description cannot express.
 class ValueDescriber {
@@ -90,13 +81,13 @@ class ValueDescriber {
   }
 
   Json integer(std::string_view value) const {
-    const auto number = numberOf<std::int32_t>(value);
+    const auto number = parseNumber<std::int32_t>(value);
     if (!number || std::to_string(*number) != value) fail(value, "a 32-bit integer");
     return *number;
   }
 
   Json real(std::string_view value) const {
-    const auto number = numberOf<double>(value);
+    const auto number = parseNumber<double>(value);
     if (!number || !std::isfinite(static_cast<float>(*number)) ||
         writtenReal(static_cast<float>(*number)) != value) {
       fail(value, "a 32-bit float with two digits after the point");

@@ -1,6 +1,5 @@
 #include "ztportal/platform/desktop/DesktopApplications.h"
 
-#include <charconv>
 #include <cstddef>
 #include <iterator>
 #include <map>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "ztportal/base/Log.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
@@ -74,13 +74,10 @@ DesktopAnswers::Answer applicationOf(std::vector<std::string> texts) {
 /// Removes the strings of an answer, which follow their number; nothing if they are incomplete.
 std::optional<std::vector<std::string>> takeTexts(std::string_view& rest) {
   const auto number = takeText(rest);
-  std::size_t count = 0;
-  if (!number ||
-      std::from_chars(number->data(), number->data() + number->size(), count).ec != std::errc()) {
-    return std::nullopt;
-  }
+  const auto count = number ? parseNumber<std::size_t>(*number) : std::nullopt;
+  if (!count) return std::nullopt;
   std::vector<std::string> texts;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < *count; ++i) {
     const auto text = takeText(rest);
     if (!text) return std::nullopt;
     texts.emplace_back(*text);

@@ -13,6 +13,7 @@
 #include <string_view>
 #include <vector>
 
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/files/Files.h"
 #include "ztportal/platform/files/SupportFolder.h"
 
@@ -154,8 +155,7 @@ class FakeFiles final : public Files {
     if (path.empty() || path.find('\0') != std::string_view::npos) return std::nullopt;
     Names names;
     while (!path.empty()) {
-      const std::string_view name = path.substr(0, path.find('/'));
-      path.remove_prefix(std::min(name.size() + 1, path.size()));
+      const std::string_view name = takeLine(path, '/');
       if (name == "..") {
         if (!names.empty()) names.pop_back();
       } else if (!name.empty() && name != ".") {
