@@ -4,6 +4,7 @@
 #include <array>
 #include <charconv>
 #include <cstddef>
+#include <new>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -17,6 +18,14 @@ namespace zt {
 template <class... Pieces>
 void appendText(std::string& text, const Pieces&... pieces) {
   (text.append(std::string_view(pieces)), ...);
+}
+
+/// Sets `text` to all `pieces`; the last ones are missing if memory runs out.
+template <class... Pieces>
+void setText(std::string& text, const Pieces&... pieces) noexcept try {
+  text.clear();
+  appendText(text, pieces...);
+} catch (const std::bad_alloc&) {
 }
 
 /// The path of `name` in `folder`.
