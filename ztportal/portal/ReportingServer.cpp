@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -16,7 +17,6 @@
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/http/Gzip.h"
-#include "ztportal/platform/http/HostTransport.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/RequestText.h"
@@ -74,6 +74,49 @@ std::string withoutCredentials(std::string_view url) {
 
 constexpr const char* kNoConfiguration = "There is no configuration with a URL for reports";
 constexpr const char* kNoVersion = "The server has not told its version";
+
+/// An exception counts as a failure.
+ZtTransportResponse responseTo(const ZtTransportRequest& request,
+                               const ZtTransportOptions& options) noexcept try {
+  return options.transport(request);
+} catch (const std::exception& error) {
+  ZtTransportResponse failed;
+  setText(failed.error, error.what());
+  return failed;
+} catch (...) {
+  return {};
+}
+
+/// Sends `request` by the host's own transport, with the headers of the library and then those of
+/// the options.
+HttpResponse exchangeByHost(const HttpRequest& request) {
+  using Clock = std::chrono::steady_clock;
+  ZtTransportRequest passed;
+  passed.method = request.method;
+  passed.url = request.url;
+  for (const HttpHeader& header : request.headers) {
+    passed.headers.emplace_back(header.name, header.value);
+  }
+  const auto& more = request.options->headers;
+  passed.headers.insert(passed.headers.end(), more.begin(), more.end());
+  passed.body = request.body.value_or("");
+
+  const Clock::time_point start = Clock::now();
+  ZtTransportResponse received = responseTo(passed, *request.options);
+  HttpResponse response;
+  response.times.total =
+      std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  response.status = received.status;
+  response.retryAfter = received.retryAfter;
+  if (received.status != 0) {
+    response.body = std::move(received.body);
+    return response;
+  }
+  response.error = ZtDeliveryError::Host;
+  response.message = std::move(received.error);
+  if (response.message.empty()) response.message = "The host's transport failed.";
+  return response;
+}
 
 template <class... Parts>
 ZtDelivery receiptOf(ZtDeliveryOutcome outcome, ZtDeliveryError error, const Parts&... parts) {
