@@ -28,9 +28,6 @@ constinit std::array<std::atomic<std::size_t>, 256> passedMessages{};
 /// `message` in one line, whatever names and paths it contains.
 std::string oneLine(std::string_view message) {
   std::string line(message);
-  const auto isControl = [](char byte) {
-    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
-  };
   std::replace_if(line.begin(), line.end(), isControl, '?');
   return line;
 }
@@ -52,7 +49,7 @@ void passToLog(ZtLogLevel level, std::string_view module, std::string_view messa
   isLogging = true;
   try {
     if (const auto handler = hostSetting<ZtLogHandler>().load()) {
-      (*handler)(level, module, oneLine(message));
+      (*handler)(level, module, oneLine(message.empty() ? "no memory for a message" : message));
     }
   } catch (...) {
     // A report is worth more than its log.

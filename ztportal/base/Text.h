@@ -84,13 +84,20 @@ constexpr std::string_view withoutTrailingSlashes(std::string_view path) {
   return path;
 }
 
+/// Whether `character` is a control character of ASCII.
+constexpr bool isControl(char character) {
+  return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+}
+
+constexpr bool hasControl(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), isControl);
+}
+
 /// Whether `name` can be the name of a file or folder that stays in its place and can be read: no
-/// slash, "." or "..", and no control character (ASCII).
+/// slash, "." or "..", and no control character.
 constexpr bool isFileName(std::string_view name) {
-  const auto isForbidden = [](char character) {
-    return character == '/' || character == '\x7F' || static_cast<unsigned char>(character) < ' ';
-  };
-  return name != "." && name != ".." && std::none_of(name.begin(), name.end(), isForbidden);
+  return name != "." && name != ".." && name.find('/') == std::string_view::npos &&
+         !hasControl(name);
 }
 
 /// Whether `letter` equals `lower` in either case. `lower` is ASCII and not a capital letter.
@@ -103,6 +110,13 @@ constexpr bool isLetterAnyCase(char letter, char lower) {
 ///     equalsAnyCase("Yes", "yes")    true
 constexpr bool equalsAnyCase(std::string_view text, std::string_view word) {
   return std::equal(text.begin(), text.end(), word.begin(), word.end(), isLetterAnyCase);
+}
+
+/// Whether `text` equals one of `words` in any letter case.
+template <class Words>
+constexpr bool isAnyOf(std::string_view text, const Words& words) {
+  return std::any_of(words.begin(), words.end(),
+                     [text](std::string_view word) { return equalsAnyCase(text, word); });
 }
 
 /// Whether `text` contains `word` in any letter case. `word` is lower-case ASCII.
