@@ -212,11 +212,6 @@ CurlRoute routeOf(const ZtTransportOptions& wanted) {
           wanted.noProxy ? wanted.noProxy->c_str() : nullptr};
 }
 
-void setRoute(CurlOptions& options, const CurlRoute& route) {
-  if (route.proxy != nullptr) options.set(CURLOPT_PROXY, route.proxy);
-  if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
-}
-
 /// A request to one URL, redirects not followed.
 struct Hop {
   const CurlUrl& url;
@@ -225,6 +220,7 @@ struct Hop {
   const CurlCredentials& credentials;
   curl_slist* headers;
   Clock::time_point deadline;
+  HttpTimes& times;  ///< those of this hop are added
 };
 
 struct HopResult {
@@ -258,7 +254,7 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   CurlOptions options(curl, handle);
   setMethod(options, request, restraint);
   setTls(options, hop.wanted, hop.isFirstOrigin);
-  setRoute(options, route);
+  route.setIn(options);
   options.set(CURLOPT_CURLU, hop.url.get());
   if (!hop.credentials.isEmpty()) {
     options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
@@ -306,14 +302,14 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     route.noProxy = noProxy;
     const Clock::time_point start = Clock::now();
     const bool isFound = names.find(hop.url.get(), route, connected);
-    response.times.lookup += sinceStart(start);
+    hop.times.lookup += sinceStart(start);
     end = isFound                    ? perform()
           : Clock::now() < connected ? CURLE_COULDNT_RESOLVE_HOST
                                      : CURLE_OPERATION_TIMEDOUT;
     if (!isFound) break;
   }
 
-  addTimes(curl, handle, response.times);
+  addTimes(curl, handle, hop.times);
   // libcurl accepts a response whose headers are cut off.
   if ((end == CURLE_OK || arrival.isCut) && arrival.headersComplete) {
     long status = 0;
@@ -374,12 +370,10 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
     std::string target = partOf(curl, url, CURLUPART_URL);
     HopResult hop = makeHop(curl, request,
                             {url, wanted, isFirstOrigin, *credentials,
-                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline});
-    HttpResponse& response = hop.response;
-    times += response.times;
+                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline, times});
     if (hop.redirect.empty()) {
-      response.times = times;
-      response.url = std::move(target);
+      hop.response.times = times;
+      hop.response.url = std::move(target);
       return std::move(hop.response);
     }
     // No server can make the library log in to another one with credentials of its choice. libcurl
