@@ -16,7 +16,6 @@ namespace {
 
 using Clock = std::chrono::system_clock;
 
-constexpr std::string_view kReportEnding = ".ztr";
 constexpr std::string_view kCustomerStart = "<CustomerID";
 constexpr std::string_view kCustomerEnd = "</CustomerID>";
 
@@ -34,7 +33,7 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
   std::vector<ZtSavedReport> reports;
   for (std::string& path : zt::ReportStore::filesIn(folder)) {
     std::string_view id = nameOf(path);
-    id.remove_suffix(kReportEnding.size());
+    id.remove_suffix(zt::kReportEnding.size());
     const zt::FileFacts facts = files().facts(path).value_or(zt::FileFacts());
     reports.push_back({std::move(path), ZtString(id), facts.bytes, facts.time});
   }
@@ -44,15 +43,11 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
   return reports;
 }
 
-bool removed(const std::string& path) {
-  if (files().remove(path)) return true;
-  zt::log(ZtLogLevel::Warning, "store", "cannot remove ", path);
-  return false;
-}
-
 std::size_t removeAllIn(const std::string& folder) {
   std::size_t count = 0;
-  for (const std::string& path : zt::ReportStore::filesIn(folder)) count += removed(path) ? 1 : 0;
+  for (const std::string& path : zt::ReportStore::filesIn(folder)) {
+    if (zt::ReportStore::remove(path)) ++count;
+  }
   return count;
 }
 
@@ -65,12 +60,12 @@ bool copied(const std::string& from, const std::string& to) {
 bool movedTo(const std::string& folder, const std::string& path) {
   if (!files().createPrivateFolders(folder)) return false;
   std::string_view name = nameOf(path);
-  name.remove_suffix(name.ends_with(kReportEnding) ? kReportEnding.size() : 0);
+  name.remove_suffix(name.ends_with(zt::kReportEnding) ? zt::kReportEnding.size() : 0);
   for (int number = 1;; ++number) {
     std::string target;
     zt::appendText(target, folder, "/", name);
     if (number > 1) zt::appendText(target, "-", std::to_string(number));
-    target += kReportEnding;
+    target += zt::kReportEnding;
     if (files().move(path, target)) return true;
     if (files().exists(target)) continue;
     // The folders may be links to different file systems.
@@ -93,7 +88,7 @@ std::size_t enforce(const ZtStoreLimits& limits, const std::string& folder) {
     if (!isTooMany && !isTooMuch && !isTooOld) break;
     --left;
     bytes -= report.bytes;
-    if (removed(report.path)) ++count;
+    if (zt::ReportStore::remove(report.path)) ++count;
   }
   if (count > 0) {
     zt::log(ZtLogLevel::Error, "store", std::to_string(count),
@@ -150,7 +145,9 @@ std::vector<ZtSavedReport> ZtReportStore::listUnsendable() const {
   return reportsIn(unsendableOf(_folder.view()));
 }
 
-bool ZtReportStore::remove(const ZtSavedReport& report) const { return removed(report.path); }
+bool ZtReportStore::remove(const ZtSavedReport& report) const {
+  return zt::ReportStore::remove(report.path);
+}
 
 bool ZtReportStore::setAside(const ZtSavedReport& report) const {
   return movedTo(unsendableOf(_folder.view()), report.path);
