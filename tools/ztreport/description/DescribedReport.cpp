@@ -125,22 +125,22 @@ Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size
 
 Json describedField(const ReportField& field, ValueDescriber& values, std::size_t depth) {
   Json described{{"name", values.text(field.name)}};
+  const auto describe = [&](const char* type, Json value) {
+    described["type"] = type;
+    described["value"] = std::move(value);
+  };
   switch (field.type) {
     case FieldType::String:
-      described["type"] = "string";
-      described["value"] = values.text(field.value);
+      describe("string", values.text(field.value));
       break;
     case FieldType::Integer:
-      described["type"] = "integer";
-      described["value"] = values.integer(field.value);
+      describe("integer", values.integer(field.value));
       break;
     case FieldType::Float:
-      described["type"] = "float";
-      described["value"] = values.real(field.value);
+      describe("float", values.real(field.value));
       break;
     case FieldType::Boolean:
-      described["type"] = "boolean";
-      described["value"] = values.boolean(field.value);
+      describe("boolean", values.boolean(field.value));
       break;
     case FieldType::None:
       described["type"] = "none";
