@@ -33,12 +33,6 @@ Description describeForDelivery(const std::string& file) {
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
 }
 
-/// The library does not report whether saving worked, so this compares the file with the text.
-bool isSaved(const ZtPortalData& document, const std::string& request) {
-  const ZtString file = document.reportFile();
-  return !file.isNull() && contentOf(std::string(file)) == request;
-}
-
 std::string whyNotSaved(const ZtPortalData& document) {
   const ZtString file = document.reportFile();
   return file.isNull() ? kNoStoreFolder : std::string(file) + ": cannot be written";
@@ -65,15 +59,13 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
     tellResult("accepted: " + id, {{"accepted", true}, {"reportId", id}});
     return Exit::Done;
   }
-  const std::string request = document.getSoapString();
-  const bool saved = isSaved(document, request);
-  const std::string reason = whyNotAccepted(document, request.size());
-  if (!saved) {
+  const std::string file = document.lastDelivery().savedTo;
+  const std::string reason = whyNotAccepted(document);
+  if (file.empty()) {
     throw Failure(Exit::MachineFailed,
                   "not accepted (" + reason + "), and not saved: " + whyNotSaved(document));
   }
   complain("not accepted: " + reason);
-  const std::string file(document.reportFile());
   tellResult("saved: " + file,
              {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
   return Exit::NotAccepted;
@@ -82,10 +74,8 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
 /// Tells the path of a saved report. Throws a `Failure` when its file is not there.
 Exit tellSaved(ZtPortalData& document, Output output) {
   warnOfMalformedValues(document, output);
-  if (!isSaved(document, document.getSoapString())) {
-    throw Failure(Exit::MachineFailed, whyNotSaved(document));
-  }
-  const std::string file(document.reportFile());
+  const std::string file = document.lastDelivery().savedTo;
+  if (file.empty()) throw Failure(Exit::MachineFailed, whyNotSaved(document));
   tell(output, file, {{"reportId", std::string(document.reportId())}, {"file", file}});
   return Exit::Done;
 }
