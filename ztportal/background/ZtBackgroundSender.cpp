@@ -13,7 +13,6 @@
 #include <mutex>
 #include <new>
 #include <random>
-#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>

@@ -6,13 +6,10 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "tools/common/LineCursor.h"
 #include "tools/ztreport/description/DateSearch.h"

@@ -5,7 +5,6 @@
 
 #include <array>
 #include <future>
-#include <initializer_list>
 #include <memory>
 #include <thread>
 #include <utility>
