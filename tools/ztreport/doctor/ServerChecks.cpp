@@ -48,19 +48,16 @@ Finding lookUpServer(const WebAddress& address) {
 
 Finding findProxy(const WebAddress& address) {
   const ProxyChoice choice = proxyOf(address);
-  if (choice.url.empty() && choice.variable == kProxyOption) {
-    return ok("none, because of --proxy");
-  }
-  if (choice.url.empty() && !choice.variable.empty()) {
-    return ok("none: " + choice.variable + " names " + address.host);
-  }
-  const char* const upperCase = ::getenv("HTTP_PROXY");
-  if (choice.url.empty() && address.scheme == "http" && upperCase != nullptr &&
-      *upperCase != '\0') {
-    return warning("none: HTTP_PROXY is set, but http uses only http_proxy",
-                   "set http_proxy if you need the proxy");
-  }
   if (choice.url.empty()) {
+    if (choice.variable == kProxyOption) return ok("none, because of --proxy");
+    if (!choice.variable.empty()) {
+      return ok("none: " + choice.variable + " names " + address.host);
+    }
+    const char* const upperCase = ::getenv("HTTP_PROXY");
+    if (address.scheme == "http" && upperCase != nullptr && *upperCase != '\0') {
+      return warning("none: HTTP_PROXY is set, but http uses only http_proxy",
+                     "set http_proxy if you need the proxy");
+    }
     return ok("none: neither " + address.scheme + "_proxy nor all_proxy is set");
   }
 
