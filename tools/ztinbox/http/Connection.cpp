@@ -1,7 +1,5 @@
 #include "tools/ztinbox/http/Connection.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -38,27 +36,6 @@ bool waitFor(int socket, short events, milliseconds timeout) {
     if (ready == 0) return false;
     if (errno != EINTR) return true;
   }
-}
-
-using GetName = int (*)(int, sockaddr*, socklen_t*);
-
-/// One end of a connection; empty if it is unknown.
-ListenAddress addressOf(GetName getName, int socket) {
-  sockaddr_storage name{};
-  socklen_t length = sizeof(name);
-  if (getName(socket, reinterpret_cast<sockaddr*>(&name), &length) != 0) return {};
-  std::array<char, INET6_ADDRSTRLEN> text{};
-  std::uint16_t port = 0;
-  if (name.ss_family == AF_INET6) {
-    const auto& ipv6 = reinterpret_cast<const sockaddr_in6&>(name);
-    inet_ntop(AF_INET6, &ipv6.sin6_addr, text.data(), text.size());
-    port = ntohs(ipv6.sin6_port);
-  } else {
-    const auto& ipv4 = reinterpret_cast<const sockaddr_in&>(name);
-    inet_ntop(AF_INET, &ipv4.sin_addr, text.data(), text.size());
-    port = ntohs(ipv4.sin_port);
-  }
-  return {text.data(), port};
 }
 
 }  // namespace
