@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Free.h"
 
 namespace zt {
 

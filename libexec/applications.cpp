@@ -32,8 +32,8 @@
 #include <vector>
 
 #include "libexec/DesktopEntry.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/base/RegularFile.h"
-#include "ztportal/platform/Free.h"
 
 namespace {
 

@@ -22,7 +22,7 @@ TerminalStyle outputStyle();
 /// that hides or reorders text. A control character or a byte that is not UTF-8 is escaped as
 /// `\x1b`, a control or format character beyond ASCII as `\u{202e}`. The result has at most
 /// `longest` characters; a longer text ends in "…".
-std::string terminalText(std::string_view bytes, std::size_t longest);
+std::string terminalText(std::string_view bytes, std::size_t longest = std::string_view::npos);
 
 /// One character of such a text, or its escape.
 class TerminalCharacter {

@@ -3,7 +3,6 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "tools/ztinbox/Version.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
 #include "tools/ztinbox/store/DataFolder.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -36,53 +36,44 @@ struct Arguments {
 constexpr const char* kPurpose =
     "A reporting server for this machine: receives reports, shows them, and fails on request.";
 
+/// An option whose value --help names `type`.
+template <class Value>
+CLI::Option* addValue(CLI::App& app, const char* name, const char* type, Value& value,
+                      const char* help) {
+  return app.add_option(name, value, help)->type_name(type);
+}
+
 void addOptions(CLI::App& app, Arguments& arguments) {
   app.set_version_flag("--version", kNameAndVersion, "Print the version and exit");
-  app.add_option("--listen", arguments.listen, "Listen at this address; port 0 selects a free port")
-      ->type_name("ADDRESS:PORT")
-      ->capture_default_str();
-  app.add_option("--data", arguments.data,
-                 "Folder of the stored reports (default: ztinbox in the user's data folder)")
-      ->type_name("DIR");
-  app.add_option("--max", arguments.most, "Keep only the newest N reports")
-      ->type_name("N")
-      ->capture_default_str();
-  app.add_option("--answer", arguments.answer,
-                 "Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or "
-                 "truncate")
-      ->type_name("WORD")
-      ->capture_default_str();
-  app.add_option("--slow", arguments.slow, "Delay before each answer, in milliseconds")
-      ->type_name("MS")
-      ->capture_default_str();
-  app.add_option("--fail-rate", arguments.failRate,
-                 "Probability that a report gets a random fault, from 0 to 1")
-      ->type_name("F")
-      ->capture_default_str();
-  app.add_option("--seed", arguments.seed, "Seed of the random faults; the same seed repeats them")
-      ->type_name("S")
-      ->capture_default_str();
-  app.add_option("--scenario", arguments.scenario,
-                 "JSON list of answers to play in order, such as "
-                 R"([{"answer": "error:503", "times": 2}, {"answer": "accept"}])")
-      ->type_name("FILE");
+  app.option_defaults()->always_capture_default();
+  addValue(app, "--listen", "ADDRESS:PORT", arguments.listen,
+           "Listen at this address; port 0 selects a free port");
+  addValue(app, "--data", "DIR", arguments.data,
+           "Folder of the stored reports (default: ztinbox in the user's data folder)");
+  addValue(app, "--max", "N", arguments.most, "Keep only the newest N reports");
+  addValue(app, "--answer", "WORD", arguments.answer,
+           "Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or truncate");
+  addValue(app, "--slow", "MS", arguments.slow, "Delay before each answer, in milliseconds");
+  addValue(app, "--fail-rate", "F", arguments.failRate,
+           "Probability that a report gets a random fault, from 0 to 1");
+  addValue(app, "--seed", "S", arguments.seed,
+           "Seed of the random faults; the same seed repeats them");
+  addValue(app, "--scenario", "FILE", arguments.scenario,
+           "JSON list of answers to play in order, such as "
+           R"([{"answer": "error:503", "times": 2}, {"answer": "accept"}])");
 }
 
 std::uint64_t readWhole(const char* option, std::string_view text, std::uint64_t least,
                         std::uint64_t most) {
-  std::uint64_t number = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  const bool whole = error == std::errc() && end == text.data() + text.size();
-  if (whole && number >= least && number <= most) return number;
+  const auto number = parseNumber<std::uint64_t>(text);
+  if (number && *number >= least && *number <= most) return *number;
   throw InputFault(std::string(option) + " must be a whole number from " + std::to_string(least) +
                    " to " + std::to_string(most));
 }
 
 double readRate(std::string_view text) {
-  double rate = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), rate);
-  const bool number = error == std::errc() && end == text.data() + text.size();
-  if (number && rate >= 0 && rate <= 1) return rate;
+  const auto rate = parseNumber<double>(text);
+  if (rate && *rate >= 0 && *rate <= 1) return *rate;
   throw InputFault("--fail-rate must be a number from 0 to 1");
 }
 

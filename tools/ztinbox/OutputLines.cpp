@@ -9,6 +9,7 @@
 #include <ctime>
 
 #include "tools/common/Terminal.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -63,16 +64,13 @@ std::string_view firstPart(std::string_view lines) {
 std::string reportLine(const StoredReport& report) {
   const ReportIdentity& identity = report.identity;
   std::string line = localTime(report.received);
-  line.append(kGap).append("#").append(std::to_string(report.number));
-  line.append(kGap).append(outcome(report.answer));
-  line.append(kGap).append(shown(identity.customerId));
-  line.append(kGap).append(shown(identity.applicationId));
-  line.append(" ").append(shown(identity.applicationVersion));
-  line.append(kGap).append(shown(identity.pools));
-  line.append(kGap).append(std::to_string(report.size)).append(" bytes");
-  if (report.test) line.append(kGap).append("test");
+  appendText(line, kGap, "#", std::to_string(report.number), kGap, outcome(report.answer), kGap,
+             shown(identity.customerId), kGap, shown(identity.applicationId), " ",
+             shown(identity.applicationVersion), kGap, shown(identity.pools), kGap,
+             std::to_string(report.size), " bytes");
+  if (report.test) appendText(line, kGap, "test");
   if (report.duplicateOf) {
-    line.append(kGap).append("duplicate of #").append(std::to_string(*report.duplicateOf));
+    appendText(line, kGap, "duplicate of #", std::to_string(*report.duplicateOf));
   }
   return line;
 }

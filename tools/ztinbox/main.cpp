@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
-#include <string>
 
 #include "tools/common/StopSignals.h"
 #include "tools/ztinbox/CommandLine.h"

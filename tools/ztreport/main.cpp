@@ -84,6 +84,21 @@ void addFlag(CLI::App& command, const char* name, bool& value, const char* help)
   command.add_flag(name, value, help)->disable_flag_override();
 }
 
+/// An option whose value --help names `type`.
+template <class Value>
+CLI::Option* addValue(CLI::App& command, const char* name, const char* type, Value& value,
+                      const std::string& help) {
+  return command.add_option(name, value, help)->type_name(type);
+}
+
+/// An option that can be repeated.
+void addList(CLI::App& command, const char* name, std::vector<std::string>& values,
+             const char* help) {
+  command.add_option(name, values, help)
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 void addOutput(CLI::App& command, Arguments& arguments,
                const char* quietHelp = "Print nothing but errors") {
   addFlag(command, "--json", arguments.json, "Print one JSON object instead");
@@ -96,8 +111,8 @@ void addReceipts(CLI::App& command, Arguments& arguments) {
 }
 
 void addDescription(CLI::App& command, Arguments& arguments) {
-  command.add_option("FILE", arguments.file, "Report description (JSON), or - for standard input")
-      ->type_name("")
+  addValue(command, "FILE", "", arguments.file,
+           "Report description (JSON), or - for standard input")
       ->required();
 }
 
@@ -107,41 +122,24 @@ void addEscape(CLI::App& command, Arguments& arguments) {
 }
 
 void addServer(CLI::App& command, Arguments& arguments) {
-  command
-      .add_option("--customer", arguments.customer,
-                  "Customer whose server is used: " + customerNames())
-      ->type_name("CUSTOMER");
-  command
-      .add_option("--config-url", arguments.configurationUrl,
-                  "URL of the configuration document, instead of --customer")
-      ->type_name("URL");
+  addValue(command, "--customer", "CUSTOMER", arguments.customer,
+           "Customer whose server is used: " + customerNames());
+  addValue(command, "--config-url", "URL", arguments.configurationUrl,
+           "URL of the configuration document, instead of --customer");
 }
 
+/// Adds the last options of a command.
 void addTransport(CLI::App& command, TransportArguments& transport) {
-  constexpr const char* kGroup = "Transport";
-  command
-      .add_option("--ca", transport.authorityFile,
-                  "Certificate authorities to trust, in place of the system's (PEM)")
-      ->type_name("FILE")
-      ->group(kGroup);
-  command
-      .add_option("--proxy", transport.proxy,
-                  "Proxy to use, in place of that of the environment; empty for none")
-      ->type_name("URL")
-      ->group(kGroup);
-  command.add_option("--timeout", transport.seconds, "Seconds for each request (default: 2)")
-      ->type_name("SECONDS")
-      ->group(kGroup);
-  command
-      .add_option("--header", transport.headers,
-                  "A header for each request, \"NAME: VALUE\"; can be repeated")
-      ->type_name("TEXT")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->group(kGroup);
-  command.add_flag("--gzip", transport.gzip, "Compress the requests; the server must support it")
-      ->disable_flag_override()
-      ->group(kGroup);
+  command.option_defaults()->group("Transport");
+  addValue(command, "--ca", "FILE", transport.authorityFile,
+           "Certificate authorities to trust, in place of the system's (PEM)");
+  addValue(command, "--proxy", "URL", transport.proxy,
+           "Proxy to use, in place of that of the environment; empty for none");
+  addValue(command, "--timeout", "SECONDS", transport.seconds,
+           "Seconds for each request (default: 2)");
+  addList(command, "--header", transport.headers,
+          "A header for each request, \"NAME: VALUE\"; can be repeated");
+  addFlag(command, "--gzip", transport.gzip, "Compress the requests; the server must support it");
 }
 
 void addReportCommands(CLI::App& app, Arguments& arguments) {
@@ -161,9 +159,8 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
       "  $ ztreport send report.json --config-url http://127.0.0.1:8025/reporting/kelvane.xml",
       [&] { return tools::send(arguments.file, arguments.configurationUrl, arguments.output()); });
   addDescription(*send, arguments);
-  send->add_option("--config-url", arguments.configurationUrl,
-                   "URL of the configuration document, instead of the one in FILE")
-      ->type_name("URL");
+  addValue(*send, "--config-url", "URL", arguments.configurationUrl,
+           "URL of the configuration document, instead of the one in FILE");
   addEscape(*send, arguments);
   addOutput(*send, arguments);
   addReceipts(*send, arguments);
@@ -186,22 +183,16 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
       "  $ ztreport run --customer Kelvane --start setup --step ENTER:Copy --end finish\n"
       "  $ ztreport run --customer Kelvane --fact EDITION=Home --flag DESKTOP_ICON=yes --save",
       [&] { return tools::run(options, arguments.output()); });
-  run->add_option("--customer", options.customer,
-                  "Customer whose server is used: " + customerNames())
-      ->required()
-      ->type_name("CUSTOMER");
+  addValue(*run, "--customer", "CUSTOMER", options.customer,
+           "Customer whose server is used: " + customerNames())
+      ->required();
   run->add_option("--app-id", options.applicationId,
                   "ID of the program, a GUID in braces (default: the customer's ID)");
   run->add_option("--start", options.startPoint, "Name of the point where the run began");
   run->add_option("--end", options.endPoint, "Name of the point where it ended");
-  const auto addList = [run](const char* name, std::vector<std::string>& values, const char* help) {
-    run->add_option(name, values, help)
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  };
-  addList("--fact", options.facts, "A fact, NAME=VALUE; can be repeated");
-  addList("--flag", options.flags, "A yes-or-no fact, NAME=yes or NAME=no; can be repeated");
-  addList("--step", options.steps,
+  addList(*run, "--fact", options.facts, "A fact, NAME=VALUE; can be repeated");
+  addList(*run, "--flag", options.flags, "A yes-or-no fact, NAME=yes or NAME=no; can be repeated");
+  addList(*run, "--step", options.steps,
           "A step, TYPE:NAME with TYPE ENTER, LEAVE, EXIT, INFO or ERROR; can be repeated");
   addFlag(*run, "--save", options.save, "Save the report without sending it");
   addEscape(*run, arguments);
@@ -222,9 +213,8 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
           "Skip reports that are not accepted, and set them aside after five tries");
   addFlag(*resend, "--retry", arguments.resend.retry,
           "Also wait and try again until nothing is left that can be sent");
-  resend
-      ->add_option("--limit", arguments.resend.limit, "Number of reports to try at most; 0 for all")
-      ->type_name("N");
+  addValue(*resend, "--limit", "N", arguments.resend.limit,
+           "Number of reports to try at most; 0 for all");
   addOutput(*resend, arguments);
   addReceipts(*resend, arguments);
   addTransport(*resend, arguments.transport);
@@ -242,23 +232,20 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
         return arguments.setAside ? setAside(*arguments.setAside, arguments.output())
                                   : listStore(arguments.output());
       });
-  store
-      ->add_option("--set-aside", arguments.setAside,
-                   "Move this saved report, which may block all others, to the folder set-aside")
-      ->type_name("FILE");
+  addValue(*store, "--set-aside", "FILE", arguments.setAside,
+           "Move this saved report, which may block all others, to the folder set-aside");
   addFlag(*store, "--purge", arguments.purge,
           "Remove the saved reports, also those that resend has given up");
-  store->add_option("--older", arguments.olderThanDays, "With --purge: only those of so many days")
-      ->type_name("DAYS");
+  addValue(*store, "--older", "DAYS", arguments.olderThanDays,
+           "With --purge: only those of so many days");
   addOutput(*store, arguments, "Print only the reports that cannot be sent");
 
   CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",
                               "  $ ztreport render report.json | ztreport show -\n"
                               "  $ ztreport show --json 0E4D0F7C-9A7B-4B21-A4B2-7F3F7D1E7A55",
                               [&] { return tools::show(arguments.file, arguments.json); });
-  show->add_option("FILE", arguments.file,
-                   "File, name or ID of a saved report, or - for standard input")
-      ->type_name("")
+  addValue(*show, "FILE", "", arguments.file,
+           "File, name or ID of a saved report, or - for standard input")
       ->required();
   addFlag(*show, "--json", arguments.json, "Print a report description (JSON) instead of a tree");
 }
@@ -271,10 +258,8 @@ void addMachineCommands(CLI::App& app, Arguments& arguments) {
       [&] {
         return tools::consent(arguments.consent, arguments.deleteStored, arguments.output());
       });
-  consent
-      ->add_option("CONSENT", arguments.consent,
-                   "given, revoked (nothing is examined, sent, saved or broadcast) or unset")
-      ->type_name("");
+  addValue(*consent, "CONSENT", "", arguments.consent,
+           "given, revoked (nothing is examined, sent, saved or broadcast) or unset");
   addFlag(*consent, "--delete-stored", arguments.deleteStored, "Delete all saved reports as well");
   addOutput(*consent, arguments);
 

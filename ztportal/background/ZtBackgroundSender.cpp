@@ -13,7 +13,6 @@
 #include <mutex>
 #include <new>
 #include <random>
-#include <string>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -22,6 +21,7 @@
 #include "ztportal/base/FileDescriptor.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/platform/network/NetworkChanges.h"
+#include "ztportal/portal/ReportStore.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace {
@@ -33,7 +33,6 @@ using Clock = std::chrono::steady_clock;
 constexpr seconds kDestructorTime{5};
 constexpr milliseconds kNetworkSlice{1000};
 constexpr milliseconds kAfterNetworkChange{1000};  // routes and name servers come after addresses
-constexpr seconds kWritingTime{10};                // a file younger than this may be incomplete
 
 void warn(std::string_view message, std::string_view reason) {
   zt::log(ZtLogLevel::Warning, "background", message, reason);
@@ -214,9 +213,7 @@ ZtBackgroundSender::State::Pass ZtBackgroundSender::State::sendAll() try {
 /// Notes in `pass` what became of `report`.
 bool ZtBackgroundSender::State::settle(const ZtSavedReport& report, const ZtDelivery& delivery,
                                        Pass& pass) {
-  if (delivery.outcome == ZtDeliveryOutcome::Unreadable &&
-      std::chrono::system_clock::now() - report.time < kWritingTime) {
-    // Another thread may be saving it at this moment.
+  if (delivery.outcome == ZtDeliveryOutcome::Unreadable && zt::mayBeIncomplete(report.time)) {
     if (pass == Pass::Complete) pass = Pass::Incomplete;
     return true;
   }

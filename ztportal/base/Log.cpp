@@ -8,22 +8,13 @@
 #include <cerrno>
 #include <cstddef>
 #include <functional>
-#include <memory>
 #include <utility>
 
-#include "ztportal/base/ZtAtomic.h"
+#include "ztportal/base/HostSetting.h"
 
 namespace zt {
 
 namespace {
-
-using Handler = std::shared_ptr<const ZtLogHandler>;
-
-/// Never destroyed, since hosts also report from static destructors.
-ZtAtomic<Handler>& currentHandler() {
-  static auto* const handler = new ZtAtomic<Handler>();
-  return *handler;
-}
 
 constinit std::atomic<bool> hasHandler = false;
 
@@ -37,9 +28,6 @@ constinit std::array<std::atomic<std::size_t>, 256> passedMessages{};
 /// `message` in one line, whatever names and paths it contains.
 std::string oneLine(std::string_view message) {
   std::string line(message);
-  const auto isControl = [](char byte) {
-    return static_cast<unsigned char>(byte) < 0x20 || byte == 0x7f;
-  };
   std::replace_if(line.begin(), line.end(), isControl, '?');
   return line;
 }
@@ -48,8 +36,7 @@ std::string oneLine(std::string_view message) {
 
 void setLogHandler(ZtLogHandler handler) {
   const bool isGiven = handler != nullptr;
-  currentHandler().store(isGiven ? std::make_shared<const ZtLogHandler>(std::move(handler))
-                                 : nullptr);
+  setHostFunction(std::move(handler));
   for (std::atomic<std::size_t>& passed : passedMessages) passed = 0;
   hasHandler = isGiven;
 }
@@ -61,8 +48,8 @@ void passToLog(ZtLogLevel level, std::string_view module, std::string_view messa
   const int error = errno;
   isLogging = true;
   try {
-    if (const Handler handler = currentHandler().load()) {
-      (*handler)(level, module, oneLine(message));
+    if (const auto handler = hostSetting<ZtLogHandler>().load()) {
+      (*handler)(level, module, oneLine(message.empty() ? "no memory for a message" : message));
     }
   } catch (...) {
     // A report is worth more than its log.

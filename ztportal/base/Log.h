@@ -1,6 +1,5 @@
 #pragma once
 
-#include <new>
 #include <string>
 #include <string_view>
 
@@ -14,7 +13,7 @@ void setLogHandler(ZtLogHandler handler);
 
 bool hasLogHandler() noexcept;
 
-/// Passes a message to the handler. `errno` stays.
+/// Passes a message to the handler; an empty one had no memory. `errno` stays.
 void passToLog(ZtLogLevel level, std::string_view module, std::string_view message) noexcept;
 
 /// Whether the handler has not been asked about `message` before.
@@ -27,13 +26,9 @@ bool isNewToLog(std::string_view message) noexcept;
 template <class... Parts>
 void log(ZtLogLevel level, std::string_view module, const Parts&... parts) noexcept {
   if (!hasLogHandler()) return;
-  try {
-    std::string message;
-    appendText(message, parts...);
-    passToLog(level, module, message);
-  } catch (const std::bad_alloc&) {
-    passToLog(level, module, "no memory for a message");
-  }
+  std::string message;
+  setText(message, parts...);
+  passToLog(level, module, message);
 }
 
 /// The same for what is wrong with the machine, which every report would meet again: the handler
@@ -41,13 +36,9 @@ void log(ZtLogLevel level, std::string_view module, const Parts&... parts) noexc
 template <class... Parts>
 void logOnce(ZtLogLevel level, std::string_view module, const Parts&... parts) noexcept {
   if (!hasLogHandler()) return;
-  try {
-    std::string message;
-    appendText(message, parts...);
-    if (isNewToLog(message)) passToLog(level, module, message);
-  } catch (const std::bad_alloc&) {
-    // The next report meets it again.
-  }
+  std::string message;
+  setText(message, parts...);
+  if (isNewToLog(message)) passToLog(level, module, message);
 }
 
 }  // namespace zt

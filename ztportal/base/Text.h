@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cstddef>
+#include <new>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 namespace zt {
 
@@ -16,6 +20,14 @@ void appendText(std::string& text, const Pieces&... pieces) {
   (text.append(std::string_view(pieces)), ...);
 }
 
+/// Sets `text` to all `pieces`; the last ones are missing if memory runs out.
+template <class... Pieces>
+void setText(std::string& text, const Pieces&... pieces) noexcept try {
+  text.clear();
+  appendText(text, pieces...);
+} catch (const std::bad_alloc&) {
+}
+
 /// The path of `name` in `folder`.
 inline std::string joinedPath(std::string_view folder, std::string_view name) {
   std::string path;
@@ -23,13 +35,23 @@ inline std::string joinedPath(std::string_view folder, std::string_view name) {
   return path;
 }
 
-/// Removes the first line from `text` and returns it without its line feed:
+/// Removes the first line from `text` and returns it without its line feed, or without another
+/// `end`:
 ///
 ///     while (!text.empty()) use(takeLine(text));
-constexpr std::string_view takeLine(std::string_view& text) {
-  const std::string_view line = text.substr(0, text.find('\n'));
+constexpr std::string_view takeLine(std::string_view& text, char end = '\n') {
+  const std::string_view line = text.substr(0, text.find(end));
   text.remove_prefix(std::min(line.size() + 1, text.size()));
   return line;
+}
+
+/// `text` as a number; nothing unless all of it is one, and one that the type can hold.
+template <class Number>
+std::optional<Number> parseNumber(std::string_view text) {
+  Number number{};
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return number;
 }
 
 /// The UTF-8 string `text` without leading and trailing white space (Unicode property White_Space,
@@ -62,13 +84,20 @@ constexpr std::string_view withoutTrailingSlashes(std::string_view path) {
   return path;
 }
 
+/// Whether `character` is a control character of ASCII.
+constexpr bool isControl(char character) {
+  return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
+}
+
+constexpr bool hasControl(std::string_view text) {
+  return std::any_of(text.begin(), text.end(), isControl);
+}
+
 /// Whether `name` can be the name of a file or folder that stays in its place and can be read: no
-/// slash, "." or "..", and no control character (ASCII).
+/// slash, "." or "..", and no control character.
 constexpr bool isFileName(std::string_view name) {
-  const auto isForbidden = [](char character) {
-    return character == '/' || character == '\x7F' || static_cast<unsigned char>(character) < ' ';
-  };
-  return name != "." && name != ".." && std::none_of(name.begin(), name.end(), isForbidden);
+  return name != "." && name != ".." && name.find('/') == std::string_view::npos &&
+         !hasControl(name);
 }
 
 /// Whether `c` is an ASCII letter.
@@ -84,6 +113,13 @@ constexpr bool isLetterAnyCase(char letter, char lower) {
 ///     equalsAnyCase("Yes", "yes")    true
 constexpr bool equalsAnyCase(std::string_view text, std::string_view word) {
   return std::equal(text.begin(), text.end(), word.begin(), word.end(), isLetterAnyCase);
+}
+
+/// Whether `text` equals one of `words` in any letter case.
+template <class Words>
+constexpr bool isAnyOf(std::string_view text, const Words& words) {
+  return std::any_of(words.begin(), words.end(),
+                     [text](std::string_view word) { return equalsAnyCase(text, word); });
 }
 
 /// Whether `text` contains `word` in any letter case. `word` is lower-case ASCII.

@@ -1,7 +1,6 @@
 #include "ztportal/base/ZtString.h"
 
 #include <cstring>
-#include <new>
 #include <ostream>
 
 #ifdef _GLIBCXX_DEBUG

@@ -43,6 +43,13 @@ void appendEscapedText(std::string& xml, std::string_view text, bool isInAttribu
   }
 }
 
+/// `text` as it is written in the content of an element.
+std::string written(std::string_view text) {
+  std::string xml;
+  appendValue(xml, text);
+  return xml;
+}
+
 }  // namespace
 
 void appendEscaped(std::string& xml, std::string_view text) { appendEscapedText(xml, text, false); }
@@ -62,9 +69,9 @@ std::string_view& writtenPoolType() {
 
 void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
                       std::string_view name, bool soap) {
-  appendText(xml, prefix, field.text(soap), prefix, kName.text(soap));
-  appendValue(xml, name);
-  appendText(xml, kNameEnd, prefix, kValue.text(soap));
+  appendText(xml, prefix, field.text(soap),             //
+             prefix, kName.text(soap), name, kNameEnd,  //
+             prefix, kValue.text(soap));
 }
 
 void appendFieldEnd(std::string& xml, std::string_view prefix) {
@@ -73,16 +80,15 @@ void appendFieldEnd(std::string& xml, std::string_view prefix) {
 
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
-  const auto append = [&](std::string_view text) {
-    appendFieldStart(xml, prefix, field, name, soap);
-    appendValue(xml, text);
+  const auto append = [&](std::string_view writtenName, std::string_view writtenValue) {
+    appendFieldStart(xml, prefix, field, writtenName, soap);
+    xml += writtenValue;
     appendFieldEnd(xml, prefix);
   };
-  if (!hasValueFilter()) {
-    append(value);
-  } else if (std::string filtered(value); passesValueFilter(writtenPoolType(), name, filtered)) {
-    append(filtered);
-  }
+  if (valuesArePlain()) return append(name, value);
+  std::string filtered(value);
+  if (passesValueFilter(writtenPoolType(), name, filtered))
+    append(written(name), written(filtered));
 }
 
 NumberText::NumberText(std::int32_t number) {

@@ -124,7 +124,7 @@ std::string_view& writtenPoolType();
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap);
 
-/// The constant text of a field's lines before and after its value.
+/// The text of a field's lines before and after its value; `name` is written as it is.
 void appendFieldStart(std::string& xml, std::string_view prefix, const Tag& field,
                       std::string_view name, bool soap);
 void appendFieldEnd(std::string& xml, std::string_view prefix);

@@ -1,5 +1,7 @@
 #include "ztportal/pools/PoolWriter.h"
 
+#include <utility>
+
 #include "ztportal/base/Text.h"
 #include "ztportal/pools/Markup.h"
 
@@ -24,7 +26,7 @@ PoolWriter::PoolWriter(const ZtString& prefix, std::string& xml, bool soap)
 }
 
 PoolWriter::~PoolWriter() {
-  if (_isFiltered) writtenPoolType() = _outerPoolType;
+  if (!_isPlain) writtenPoolType() = _outerPoolType;
 }
 
 std::string_view PoolWriter::lead(std::size_t depth) const {
@@ -40,9 +42,9 @@ void PoolWriter::appendDate(std::string& text, ZtDate date) {
 }
 
 void PoolWriter::begin(const ZtString& poolType, ZtDate timeStamp) {
-  if (_isFiltered) {
+  if (!_isPlain) {
     _poolType = poolType;
-    writtenPoolType() = _poolType.printed();
+    _outerPoolType = std::exchange(writtenPoolType(), _poolType.printed());
   }
   appendText(_xml, lead(0), kPool.text(_soap));
   appendAttributeValue(_xml, poolType.printed());
@@ -70,9 +72,9 @@ inline std::string_view PoolWriter::nextColumn(const Tag& type, std::string_view
 }
 
 inline void PoolWriter::field(const Tag& type, std::string_view name, std::string_view text) {
-  if (_inRecords && !_isFiltered) {
+  if (_inRecords && _isPlain) {
     _xml += nextColumn(type, name);
-    appendValue(_xml, text);
+    _xml += text;
   } else {
     appendField(_xml, lead(_inRecords ? kRecordFieldDepth : kFieldDepth), type, name, text, _soap);
   }
@@ -87,7 +89,7 @@ void PoolWriter::value(std::string_view name, const ZtAtomic<ZtString>& text) {
 }
 
 void PoolWriter::value(std::string_view name, const ZtAtomic<ZtDate>& date) {
-  if (_isFiltered) {
+  if (!_isPlain) {
     std::string text;
     appendDate(text, date.load());
     field(kStringField, name, text);
@@ -150,11 +152,11 @@ void PoolWriter::reserveMarkup() {
 }
 
 void PoolWriter::beginRecord() {
-  if (_isFiltered) appendText(_xml, lead(kFieldDepth), kFields.text(_soap));
+  if (!_isPlain) appendText(_xml, lead(kFieldDepth), kFields.text(_soap));
 }
 
 void PoolWriter::endRecord() {
-  if (_isFiltered) {
+  if (!_isPlain) {
     appendText(_xml, lead(kFieldDepth), kFieldsEnd);
     return;
   }

@@ -121,10 +121,10 @@ class PoolWriter {
   std::size_t _prefixSize;
   Timestamps _timestamps;
   bool _inRecords = false;
-  // With a filter each field of a record is written on its own, since it may be left out.
-  const bool _isFiltered = hasValueFilter();
+  // Otherwise each field of a record is written on its own, since it may be left out.
+  const bool _isPlain = valuesArePlain();
   ZtString _poolType;
-  const std::string_view _outerPoolType = writtenPoolType();
+  std::string_view _outerPoolType;
   // The prefix and the spaces of the deepest line; then, for the list that is being written, the
   // text before each value of a record and the text after the last one. They are the same for all
   // records of a list, and are collected while the first one is written.

@@ -13,6 +13,7 @@ namespace zt {
 namespace {
 
 constexpr std::string_view kReportsFolder = "reports";
+
 /// Says what did not work with `path`, with the reason in `errno`.
 void logFailure(const std::string& path, const char* what) {
   log(ZtLogLevel::Warning, "store", path, what, ": ", std::generic_category().message(errno));
@@ -64,8 +65,10 @@ std::vector<std::string> ReportStore::filesIn(const std::string& folder) {
   return paths;
 }
 
-void ReportStore::remove(const std::string& file) {
-  if (!Platform::current().files().remove(file)) logFailure(file, " cannot be removed");
+bool ReportStore::remove(const std::string& file) {
+  if (Platform::current().files().remove(file)) return true;
+  logFailure(file, " cannot be removed");
+  return false;
 }
 
 std::optional<std::string> ReportStore::request(const std::string& file, std::string* problem) {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <chrono>
 #include <cstddef>
-#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,8 +33,8 @@ class ReportStore {
   std::vector<std::string> files() const { return filesIn(_folder); }
   /// Paths of the files in `folder` that have the ending of a saved report.
   static std::vector<std::string> filesIn(const std::string& folder);
-  /// Failures are logged only.
-  static void remove(const std::string& file);
+  /// Whether the file was removed. A failure is logged.
+  static bool remove(const std::string& file);
   /// The request in a saved report: its XML parsed and written back in UTF-8. Nothing when the
   /// file cannot be read or is not well-formed; then `problem`, unless it is null, says why.
   static std::optional<std::string> request(const std::string& file,
@@ -46,12 +46,18 @@ class ReportStore {
   std::string _folder;
 };
 
-/// Of the names of saved reports.
+/// The ending of the name of a saved report.
 inline constexpr std::string_view kReportEnding = ".ztr";
 /// File beside the folder of the reports: what `ZtReportStore::send` must remember.
 inline constexpr std::string_view kSendingState = "sending.state";
 /// Path of `name` beside the folder `reports`; empty if that is.
 std::string besideReports(std::string_view reports, std::string_view name);
+
+/// Whether a file of the store with this time of its last change may still be being written.
+inline bool mayBeIncomplete(std::chrono::system_clock::time_point time) {
+  const auto age = std::chrono::system_clock::now() - time;
+  return age >= std::chrono::seconds(0) && age < std::chrono::seconds(10);
+}
 
 /// Removes the oldest files of the store with the folder `reports` that exceed the limits of
 /// `ZtReportStore`, and likewise those in its folder "unsendable". Returns how many.

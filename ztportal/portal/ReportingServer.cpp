@@ -2,6 +2,7 @@
 
 #include <array>
 #include <chrono>
+#include <exception>
 #include <memory>
 #include <new>
 #include <optional>
@@ -16,7 +17,6 @@
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/http/Gzip.h"
-#include "ztportal/platform/http/HostTransport.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 #include "ztportal/portal/Companion.h"
 #include "ztportal/portal/RequestText.h"
@@ -75,12 +75,56 @@ std::string withoutCredentials(std::string_view url) {
 constexpr const char* kNoConfiguration = "There is no configuration with a URL for reports";
 constexpr const char* kNoVersion = "The server has not told its version";
 
-/// The sentence is cut off when memory runs out: what became of the report is more important.
+/// An exception counts as a failure.
+ZtTransportResponse responseTo(const ZtTransportRequest& request,
+                               const ZtTransportOptions& options) noexcept try {
+  return options.transport(request);
+} catch (const std::exception& error) {
+  ZtTransportResponse failed;
+  setText(failed.error, error.what());
+  return failed;
+} catch (...) {
+  return {};
+}
+
+/// Sends `request` by the host's own transport, with the headers of the library and then those of
+/// the options.
+HttpResponse exchangeByHost(const HttpRequest& request) {
+  using Clock = std::chrono::steady_clock;
+  ZtTransportRequest passed;
+  passed.method = request.method;
+  passed.url = request.url;
+  for (const HttpHeader& header : request.headers) {
+    passed.headers.emplace_back(header.name, header.value);
+  }
+  const auto& more = request.options->headers;
+  passed.headers.insert(passed.headers.end(), more.begin(), more.end());
+  passed.body = request.body.value_or("");
+
+  const Clock::time_point start = Clock::now();
+  ZtTransportResponse received = responseTo(passed, *request.options);
+  HttpResponse response;
+  response.times.total =
+      std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  response.status = received.status;
+  response.retryAfter = received.retryAfter;
+  if (received.status != 0) {
+    response.body = std::move(received.body);
+    return response;
+  }
+  response.error = ZtDeliveryError::Host;
+  response.message = std::move(received.error);
+  if (response.message.empty()) response.message = "The host's transport failed.";
+  return response;
+}
+
 template <class... Parts>
-void say(std::string& message, const Parts&... parts) noexcept try {
-  message.clear();
-  appendText(message, parts...);
-} catch (const std::bad_alloc&) {
+ZtDelivery receiptOf(ZtDeliveryOutcome outcome, ZtDeliveryError error, const Parts&... parts) {
+  ZtDelivery receipt;
+  receipt.outcome = outcome;
+  receipt.error = error;
+  setText(receipt.message, parts...);
+  return receipt;
 }
 
 /// Notes in `receipt` what became of a request.
@@ -96,19 +140,19 @@ void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& respons
   if (response.status >= 200 && response.status <= 299) {
     receipt.outcome = ZtDeliveryOutcome::InvalidResponse;
     receipt.error = ZtDeliveryError::Content;
-    say(receipt.message, "The response is not the expected one.");
+    setText(receipt.message, "The response is not the expected one.");
   } else if (response.status != 0) {
     receipt.outcome = ZtDeliveryOutcome::Refused;
     receipt.error = ZtDeliveryError::HttpStatus;
-    say(receipt.message, "The server responded with HTTP status ", std::to_string(response.status),
-        ".");
+    setText(receipt.message, "The server responded with HTTP status ",
+            std::to_string(response.status), ".");
   } else {
     receipt.outcome = response.error == ZtDeliveryError::Timeout ? ZtDeliveryOutcome::TimedOut
                                                                  : ZtDeliveryOutcome::Unreachable;
     receipt.error =
         response.error != ZtDeliveryError::NoError ? response.error : ZtDeliveryError::Transfer;
     receipt.message = std::move(response.message);
-    if (receipt.message.empty()) say(receipt.message, "No complete response arrived.");
+    if (receipt.message.empty()) setText(receipt.message, "No complete response arrived.");
   }
   receipt.url = response.url.empty() ? withoutCredentials(request.url) : std::move(response.url);
 } catch (const std::bad_alloc&) {
@@ -129,7 +173,7 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
   _connection = {};
   std::shared_ptr<ZtXMLDocument> document = tryLocalCopy ? localConfiguration() : nullptr;
   if (document == nullptr) {
-    const ZtString response = exchange(_configurationUrl, nullptr, _options, &_connection);
+    const ZtString response = exchange(_configurationUrl, nullptr, _options, _connection);
     if (!response.isNull()) document = ZtXMLDocument::parse(response.view());
   }
   if (document == nullptr) return false;
@@ -150,7 +194,7 @@ bool ReportingServer::readConfiguration(bool tryLocalCopy) try {
 }
 
 ZtString ReportingServer::readVersion() try {
-  const ZtString response = exchange(url(), versionRequest(), _options, &_connection);
+  const ZtString response = exchange(url(), versionRequest(), _options, _connection);
   if (response.isNull()) return nullptr;
   const auto document = ZtXMLDocument::parse(response.view());
   if (document == nullptr) return nullptr;
@@ -166,10 +210,10 @@ ZtString ReportingServer::readVersion() try {
 
 ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& request) const {
   ZtDelivery receipt;
-  if (isAccepted(exchange(target, request, _options, &receipt))) {
+  if (isAccepted(exchange(target, request, _options, receipt))) {
     receipt.outcome = ZtDeliveryOutcome::Accepted;
     receipt.error = ZtDeliveryError::NoError;
-    say(receipt.message, "The server has accepted the report.");
+    setText(receipt.message, "The server has accepted the report.");
     log(ZtLogLevel::Info, "report", "accepted by ", receipt.url);
   } else if (target.empty()) {
     return notSent();
@@ -180,10 +224,10 @@ ZtDelivery ReportingServer::sendTo(const ZtString& target, const ZtString& reque
 }
 
 ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
-                                   const ZtTransportOptions& options, ZtDelivery* receipt) try {
-  if (receipt != nullptr) *receipt = {};
+                                   const ZtTransportOptions& options, ZtDelivery& receipt) try {
+  receipt = {};
   if (consentIsRevoked()) {
-    if (receipt != nullptr) *receipt = withoutConsent();
+    receipt = withoutConsent();
     return "";
   }
   HttpRequest request;
@@ -205,54 +249,38 @@ ZtString ReportingServer::exchange(const ZtString& url, const ZtString& body,
   }
   HttpResponse response =
       options.transport ? exchangeByHost(request) : Platform::current().http().exchange(request);
-  if (receipt != nullptr) {
-    note(*receipt, request, response);
-    receipt->requestBytes = body.view().size();
-  }
+  note(receipt, request, response);
+  receipt.requestBytes = body.view().size();
   if (response.status < 200 || response.status > 299) return "";
   return isUtf8(response.body) ? ZtString(response.body) : nullptr;
 } catch (const ZtException& error) {
-  if (receipt != nullptr) {
-    receipt->outcome = ZtDeliveryOutcome::Unreachable;
-    receipt->error = ZtDeliveryError::Host;
-    say(receipt->message, error.what());
-  }
+  receipt = receiptOf(ZtDeliveryOutcome::Unreachable, ZtDeliveryError::Host, error.what());
   return "";
 } catch (const std::bad_alloc&) {
-  if (receipt != nullptr) {
-    receipt->error = ZtDeliveryError::Memory;
-    say(receipt->message, "out of memory");
-  }
+  receipt.error = ZtDeliveryError::Memory;
+  setText(receipt.message, "out of memory");
   return nullptr;
 }
 
 ZtDelivery ReportingServer::withoutConsent() {
-  ZtDelivery receipt;
-  receipt.outcome = ZtDeliveryOutcome::NoConsent;
-  say(receipt.message, "The user has revoked the consent to reports.");
-  return receipt;
+  return receiptOf(ZtDeliveryOutcome::NoConsent, ZtDeliveryError::NoError,
+                   "The user has revoked the consent to reports.");
 }
 
 ZtDelivery ReportingServer::dropped() {
-  ZtDelivery receipt;
-  receipt.outcome = ZtDeliveryOutcome::Dropped;
-  say(receipt.message, "The host's request hook has dropped the report.");
-  return receipt;
+  return receiptOf(ZtDeliveryOutcome::Dropped, ZtDeliveryError::NoError,
+                   "The host's request hook has dropped the report.");
 }
 
 ZtDelivery ReportingServer::notSent() const {
   if (consentIsRevoked()) return withoutConsent();
-  ZtDelivery receipt;
-  if (!_reportUrl.empty() && url().empty()) {
-    receipt.outcome = ZtDeliveryOutcome::NoTestUrl;
-    receipt.error = ZtDeliveryError::Content;
-    say(receipt.message, "Test mode is on, and the configuration has no URL for it.");
-  } else {
-    receipt.outcome = ZtDeliveryOutcome::Offline;
-    receipt.error = _connection.error;
-    say(receipt.message, _gotConfiguration ? kNoVersion : kNoConfiguration,
-        _connection.message.empty() ? "." : ": ", _connection.message);
-  }
+  const bool hasNoTestUrl = !_reportUrl.empty() && url().empty();
+  ZtDelivery receipt =
+      hasNoTestUrl ? receiptOf(ZtDeliveryOutcome::NoTestUrl, ZtDeliveryError::Content,
+                               "Test mode is on, and the configuration has no URL for it.")
+                   : receiptOf(ZtDeliveryOutcome::Offline, _connection.error,
+                               _gotConfiguration ? kNoVersion : kNoConfiguration,
+                               _connection.message.empty() ? "." : ": ", _connection.message);
   log(ZtLogLevel::Warning, "report", "not sent: ", receipt.message);
   return receipt;
 }

@@ -42,7 +42,7 @@ class ReportingServer {
   /// response. `receipt` gets what became of it: for a status of success that the response is
   /// invalid, since only the caller knows which one it expects.
   static ZtString exchange(const ZtString& url, const ZtString& body,
-                           const ZtTransportOptions& options = {}, ZtDelivery* receipt = nullptr);
+                           const ZtTransportOptions& options, ZtDelivery& receipt);
 
   /// The receipt of a report that is not sent while the server is not ready.
   ZtDelivery notSent() const;

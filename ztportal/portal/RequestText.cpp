@@ -3,6 +3,7 @@
 #include <array>
 #include <cstddef>
 #include <string_view>
+#include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/time/DateText.h"
@@ -34,24 +35,15 @@ constexpr std::string_view kPostEncoding =
 constexpr std::string_view kVersionEncoding =
     " SOAP-ENV:encodingStyle=\"http://schemas.xmlsoap.org/soap/encoding\"";
 
-struct HeaderLine {
-  std::string_view name;
-  Tag start;
-  ZtString ReportHeader::*value;
-  std::string_view end;
-};
-
-constexpr std::array<HeaderLine, 5> kHeaderLines{{
-    {"ReportID", Tag("  <ReportID", kXsdString, ">"), &ReportHeader::reportId, "</ReportID>\r\n"},
-    {"MachineID", Tag("  <MachineID", kXsdString, ">"), &ReportHeader::machineId,
-     "</MachineID>\r\n"},
-    {"CustomerID", Tag("  <CustomerID", kXsdString, ">"), &ReportHeader::customerId,
-     "</CustomerID>\r\n"},
-    {"ApplicationID", Tag("  <ApplicationID", kXsdString, ">"), &ReportHeader::applicationId,
-     "</ApplicationID>\r\n"},
-    {"ApplicationVersion", Tag("  <ApplicationVersion", kXsdString, ">"),
-     &ReportHeader::applicationVersion, "</ApplicationVersion>\r\n"},
+/// The elements of the header.
+constexpr std::array<std::pair<std::string_view, ZtString ReportHeader::*>, 5> kHeaderLines{{
+    {"ReportID", &ReportHeader::reportId},
+    {"MachineID", &ReportHeader::machineId},
+    {"CustomerID", &ReportHeader::customerId},
+    {"ApplicationID", &ReportHeader::applicationId},
+    {"ApplicationVersion", &ReportHeader::applicationVersion},
 }};
+constexpr Tag kHeaderTagRest("", kXsdString, ">");
 
 constexpr Tag kReport("<reportData", "com_Report", ">\r\n");
 constexpr Tag kPools("  <Datas", "com_Pools", ">\r\n");
@@ -91,10 +83,10 @@ std::string reportText(const ReportHeader& header,
     xml += "<?xml version=\"1.0\"?>\r\n";
   }
   appendText(xml, indent, kReport.text(soap));
-  for (const HeaderLine& line : kHeaderLines) {
-    appendText(xml, indent, line.start.text(soap));
-    appendHeaderValue(xml, line.name, (header.*line.value).printed());
-    xml += line.end;
+  for (const auto& [name, value] : kHeaderLines) {
+    appendText(xml, indent, "  <", name, kHeaderTagRest.text(soap));
+    appendHeaderValue(xml, name, (header.*value).printed());
+    appendText(xml, "</", name, ">", kLineEnd);
   }
   appendText(xml, indent, kPools.text(soap));
 

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <cstdint>
 #include <exception>
 #include <functional>
@@ -30,10 +29,8 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 using Clock = std::chrono::steady_clock;
-using Date = std::chrono::system_clock;
 
 constexpr seconds kLongestRetryAfter = std::chrono::hours(24);
-constexpr seconds kWritingTime{10};  // a file younger than this may be incomplete
 constexpr seconds kTestModeTime{1};
 constexpr milliseconds kWaitSlice{50};
 
@@ -43,7 +40,7 @@ constexpr std::array<int, 10> kServerStatuses{401, 403, 404, 405, 407, 408, 429,
 Files& files() { return Platform::current().files(); }
 
 std::int64_t secondsSince1970() {
-  return std::chrono::floor<seconds>(Date::now().time_since_epoch()).count();
+  return std::chrono::floor<seconds>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 /// The time until `time`, in seconds since 1970; zero if that is over. A time further ahead than
@@ -67,10 +64,8 @@ class SendingState {
       const std::string_view line = takeLine(text);
       const std::size_t blank = line.find(' ');
       if (blank == std::string_view::npos) continue;
-      std::uint32_t number = 0;
-      const auto end = std::from_chars(line.data(), line.data() + blank, number);
-      if (end.ec == std::errc() && *end.ptr == ' ') {
-        _numbers[std::string(line.substr(blank + 1))] = number;
+      if (const auto number = parseNumber<std::uint32_t>(line.substr(0, blank))) {
+        _numbers[std::string(line.substr(blank + 1))] = *number;
       }
     }
   }
@@ -87,7 +82,7 @@ class SendingState {
       std::string path;
       appendText(path, reports, "/", name);
       const bool isNeeded =
-          name.ends_with(".ztr") ? files().exists(path) : timeUntil(number).count() > 0;
+          name.ends_with(kReportEnding) ? files().exists(path) : timeUntil(number).count() > 0;
       if (isNeeded) appendText(text, std::to_string(number), " ", name, "\n");
     }
     if (text == _text) return;
@@ -221,7 +216,7 @@ class StoreSender {
         accept(report, delivery);
         return std::nullopt;
       case ZtDeliveryOutcome::Unreadable:
-        if (!isYoung(report)) countFailure(report, delivery);
+        if (!mayBeIncomplete(report.time)) countFailure(report, delivery);
         return std::nullopt;
       case ZtDeliveryOutcome::Refused:
       case ZtDeliveryOutcome::InvalidResponse:
@@ -252,11 +247,6 @@ class StoreSender {
     const std::optional<FileFacts> now = files().facts(report.path);
     const bool isChanged = now && (now->bytes != report.bytes || now->time != report.time);
     if (!isChanged && (!now || _store.remove(report))) delivery.savedTo.clear();
-  }
-
-  static bool isYoung(const ZtSavedReport& report) {
-    const auto age = Date::now() - report.time;
-    return age >= Date::duration(0) && age < kWritingTime;
   }
 
   bool isAboutTheServer(const ZtDelivery& delivery) {

@@ -64,28 +64,22 @@ ZtString orMissing(const std::optional<std::string>& text) {
 constexpr const char* kNoMemory = "out of memory";
 constexpr const char* kNoText = "the report has no text: ";
 
-/// `to` is empty afterwards if there is no memory for `text`.
-void assign(std::string& to, const char* text) noexcept {
-  to.clear();
-  try {
-    to = text;
-  } catch (const std::bad_alloc&) {
-  }
-}
-
 /// Notes in the receipt that something other than the server has failed.
 void fail(ZtDelivery& delivery, ZtDeliveryError error, const char* message) noexcept {
   delivery.error = error;
-  assign(delivery.message, message);
+  zt::setText(delivery.message, message);
   zt::log(ZtLogLevel::Warning, "report", "not sent: ", message);
 }
 
-void logSaved(const ZtDelivery& delivery) noexcept {
-  if (!delivery.savedTo.empty()) {
-    zt::log(ZtLogLevel::Info, "store", "saved in ", delivery.savedTo);
-  } else {
-    zt::log(ZtLogLevel::Error, "store", "the report cannot be saved: ", delivery.saveError);
-  }
+/// Notes in the receipt that the report could not be saved.
+void failToSave(ZtDelivery& delivery, int error, std::string_view reason) noexcept {
+  delivery.saveErrorNumber = error;
+  zt::setText(delivery.saveError, reason);
+  zt::log(ZtLogLevel::Error, "store", "the report cannot be saved: ", reason);
+}
+
+void logUnwritten(const ZtString& path, std::string_view reason) noexcept {
+  zt::log(ZtLogLevel::Error, "report", path.view(), " cannot be written: ", reason);
 }
 
 }  // namespace
@@ -226,7 +220,8 @@ ZtString ZtPortalData::_supportFolder(std::uint32_t domain, const ZtString& rela
 }
 
 ZtString ZtPortalData::_httpRequest(const ZtString& url, const ZtString& command) {
-  return zt::ReportingServer::exchange(url, command, _server->options());
+  ZtDelivery ignored;
+  return zt::ReportingServer::exchange(url, command, _server->options(), ignored);
 }
 
 void ZtPortalData::_initHttp(const ZtString& /*url*/, bool cacheConfiguration) {
@@ -289,16 +284,15 @@ bool ZtPortalData::reportToFile(const ZtString& path) try {
   if (path.isNull() || zt::consentIsRevoked()) return false;
   std::string request = _request();
   if (!zt::passesRequestHook(request)) return false;
-  if (!zt::Platform::current().files().write(std::string(path.view()), request)) {
-    zt::log(ZtLogLevel::Error, "report", path.view(),
-            " cannot be written: ", std::generic_category().message(errno));
+  if (!zt::Platform::current().files().write(std::string(path), request)) {
+    logUnwritten(path, std::generic_category().message(errno));
   }
   return false;
 } catch (const ZtException& error) {
-  zt::log(ZtLogLevel::Error, "report", path.view(), " cannot be written: ", error.what());
+  logUnwritten(path, error.what());
   return false;
 } catch (const std::bad_alloc&) {
-  zt::log(ZtLogLevel::Error, "report", path.view(), " cannot be written: ", kNoMemory);
+  logUnwritten(path, kNoMemory);
   return false;
 }
 
@@ -319,21 +313,16 @@ void ZtPortalData::_save() try {
     error = store->save(_reportId, request.view());
     if (!error) _delivery.savedTo = std::move(file);
   }
-  _delivery.saveErrorNumber = error.value();
-  if (error) _delivery.saveError = error.message();
   if (_delivery.message.empty()) {
-    assign(_delivery.message,
-           error ? "The report could not be saved." : "The report was saved without sending it.");
+    zt::setText(_delivery.message, error ? "The report could not be saved."
+                                         : "The report was saved without sending it.");
   }
-  logSaved(_delivery);
+  if (error) return failToSave(_delivery, error.value(), error.message());
+  zt::log(ZtLogLevel::Info, "store", "saved in ", _delivery.savedTo);
 } catch (const ZtException& error) {
-  _delivery.saveErrorNumber = EIO;
-  assign(_delivery.saveError, error.what());
-  logSaved(_delivery);
+  failToSave(_delivery, EIO, error.what());
 } catch (const std::bad_alloc&) {
-  _delivery.saveErrorNumber = ENOMEM;
-  assign(_delivery.saveError, kNoMemory);
-  logSaved(_delivery);
+  failToSave(_delivery, ENOMEM, kNoMemory);
 }
 
 bool ZtPortalData::sendSavedReports() try {
@@ -369,7 +358,7 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
   if (!saved) {
     _delivery.outcome = ZtDeliveryOutcome::Unreadable;
     _delivery.error = ZtDeliveryError::File;
-    assign(_delivery.message, "The file cannot be read or is not well-formed XML.");
+    zt::setText(_delivery.message, "The file cannot be read or is not well-formed XML.");
     zt::log(ZtLogLevel::Warning, "store", file, " is not sent: ", _delivery.message);
     return false;
   }

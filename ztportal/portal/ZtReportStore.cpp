@@ -6,24 +6,20 @@
 #include <string_view>
 #include <tuple>
 
+#include "ztportal/base/HostSetting.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
-#include "ztportal/base/ZtAtomic.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/portal/ReportStore.h"
 
 namespace {
 
+using Clock = std::chrono::system_clock;
+
 constexpr std::string_view kCustomerStart = "<CustomerID";
 constexpr std::string_view kCustomerEnd = "</CustomerID>";
 
 zt::Files& files() { return zt::Platform::current().files(); }
-
-/// Null without limits. Never destroyed, since hosts also report from static destructors.
-ZtAtomic<std::shared_ptr<const ZtStoreLimits>>& givenLimits() {
-  static auto* const limits = new ZtAtomic<std::shared_ptr<const ZtStoreLimits>>();
-  return *limits;
-}
 
 std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
 
@@ -47,15 +43,11 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
   return reports;
 }
 
-bool removed(const std::string& path) {
-  if (files().remove(path)) return true;
-  zt::log(ZtLogLevel::Warning, "store", "cannot remove ", path);
-  return false;
-}
-
 std::size_t removeAllIn(const std::string& folder) {
   std::size_t count = 0;
-  for (const std::string& path : zt::ReportStore::filesIn(folder)) count += removed(path) ? 1 : 0;
+  for (const std::string& path : zt::ReportStore::filesIn(folder)) {
+    if (zt::ReportStore::remove(path)) ++count;
+  }
   return count;
 }
 
@@ -96,7 +88,7 @@ std::size_t enforce(const ZtStoreLimits& limits, const std::string& folder) {
     if (!isTooMany && !isTooMuch && !isTooOld) break;
     --left;
     bytes -= report.bytes;
-    if (removed(report.path)) ++count;
+    if (zt::ReportStore::remove(report.path)) ++count;
   }
   if (count > 0) {
     zt::log(ZtLogLevel::Error, "store", std::to_string(count),
@@ -114,7 +106,7 @@ std::string zt::besideReports(std::string_view reports, std::string_view name) {
 }
 
 std::size_t zt::enforceStoreLimits(const std::string& reports) {
-  const std::shared_ptr<const ZtStoreLimits> limits = givenLimits().load();
+  const auto limits = hostSetting<ZtStoreLimits>().load();
   if (limits == nullptr) return 0;
   return enforce(*limits, reports) + enforce(*limits, unsendableOf(reports));
 }
@@ -153,7 +145,9 @@ std::vector<ZtSavedReport> ZtReportStore::listUnsendable() const {
   return reportsIn(unsendableOf(_folder.view()));
 }
 
-bool ZtReportStore::remove(const ZtSavedReport& report) const { return removed(report.path); }
+bool ZtReportStore::remove(const ZtSavedReport& report) const {
+  return zt::ReportStore::remove(report.path);
+}
 
 bool ZtReportStore::setAside(const ZtSavedReport& report) const {
   return movedTo(unsendableOf(_folder.view()), report.path);
@@ -178,11 +172,12 @@ std::size_t ZtReportStore::removeAll() const {
 
 void ZtReportStore::setLimits(const ZtStoreLimits& limits) {
   const bool areAny = limits.reports != 0 || limits.bytes != 0 || limits.age.count() != 0;
-  givenLimits().store(areAny ? std::make_shared<const ZtStoreLimits>(limits) : nullptr);
+  zt::hostSetting<ZtStoreLimits>().store(areAny ? std::make_shared<const ZtStoreLimits>(limits)
+                                                : nullptr);
 }
 
 ZtStoreLimits ZtReportStore::limits() {
-  const std::shared_ptr<const ZtStoreLimits> given = givenLimits().load();
+  const auto given = zt::hostSetting<ZtStoreLimits>().load();
   return given != nullptr ? *given : ZtStoreLimits();
 }
 

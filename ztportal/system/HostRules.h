@@ -20,13 +20,13 @@ inline bool valuesAreEscaped() noexcept {
   return rules::isEscaping.load(std::memory_order_relaxed);
 }
 
-void setValueFilter(ZtValueFilter filter);
 inline bool hasValueFilter() noexcept { return rules::isFiltering.load(std::memory_order_relaxed); }
+/// Whether values are written as they are.
+inline bool valuesArePlain() noexcept { return !hasValueFilter() && !valuesAreEscaped(); }
 /// Asks the filter about `value` and replaces it if the filter does. False: to be left out, also if
 /// the filter throws anything.
 bool passesValueFilter(std::string_view poolType, std::string_view name, std::string& value);
 
-void setRequestHook(ZtRequestHook hook);
 /// Asks the hook about `request` and replaces it if the hook does. False: neither to be broadcast
 /// nor sent nor saved, also if the hook throws anything.
 bool passesRequestHook(std::string& request);

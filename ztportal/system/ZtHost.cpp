@@ -5,8 +5,8 @@
 #include <optional>
 #include <utility>
 
+#include "ztportal/base/HostSetting.h"
 #include "ztportal/base/Log.h"
-#include "ztportal/base/ZtAtomic.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
@@ -16,19 +16,6 @@
 namespace {
 
 using Info = std::map<std::string, ZtString>;
-
-/// The information that the host passed; null before that. Never destroyed, since hosts also report
-/// from static destructors.
-ZtAtomic<std::shared_ptr<const Info>>& givenInfo() {
-  static auto* const info = new ZtAtomic<std::shared_ptr<const Info>>();
-  return *info;
-}
-
-/// Null before the host has set them; never destroyed either.
-ZtAtomic<std::shared_ptr<const ZtTransportOptions>>& givenTransportOptions() {
-  static auto* const options = new ZtAtomic<std::shared_ptr<const ZtTransportOptions>>();
-  return *options;
-}
 
 const Info& mainBundleInfo() {
   // Not a static object: a handler that is told about the bundle may ask for this meanwhile.
@@ -48,11 +35,11 @@ ZtString executableName() {
 }  // namespace
 
 void ZtHost::setBundleInfo(std::map<std::string, ZtString> info) {
-  givenInfo().store(std::make_shared<const Info>(std::move(info)));
+  zt::hostSetting<Info>().store(std::make_shared<const Info>(std::move(info)));
 }
 
 ZtString ZtHost::bundleInfo(const std::string& key) {
-  const std::shared_ptr<const Info> given = givenInfo().load();
+  const std::shared_ptr<const Info> given = zt::hostSetting<Info>().load();
   const Info& info = given != nullptr ? *given : mainBundleInfo();
   if (const auto found = info.find(key); found != info.end()) return found->second;
   return key == "CFBundleName" ? executableName() : ZtString();
@@ -61,13 +48,14 @@ ZtString ZtHost::bundleInfo(const std::string& key) {
 std::string ZtHost::setTransportOptions(ZtTransportOptions options) {
   std::string problem = options.problem();
   if (problem.empty()) {
-    givenTransportOptions().store(std::make_shared<const ZtTransportOptions>(std::move(options)));
+    zt::hostSetting<ZtTransportOptions>().store(
+        std::make_shared<const ZtTransportOptions>(std::move(options)));
   }
   return problem;
 }
 
 ZtTransportOptions ZtHost::transportOptions() {
-  const std::shared_ptr<const ZtTransportOptions> given = givenTransportOptions().load();
+  const auto given = zt::hostSetting<ZtTransportOptions>().load();
   return given != nullptr ? *given : ZtTransportOptions();
 }
 
@@ -87,8 +75,12 @@ ZtConsent ZtHost::consent() { return zt::readConsent(); }
 
 void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
 
-void ZtHost::setValueFilter(ZtValueFilter filter) { zt::setValueFilter(std::move(filter)); }
+void ZtHost::setValueFilter(ZtValueFilter filter) {
+  const bool isGiven = filter != nullptr;
+  zt::setHostFunction(std::move(filter));
+  zt::rules::isFiltering = isGiven;
+}
 
-void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setRequestHook(std::move(hook)); }
+void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setHostFunction(std::move(hook)); }
 
 void ZtHost::setLogHandler(ZtLogHandler handler) { zt::setLogHandler(std::move(handler)); }

@@ -39,13 +39,10 @@ Version systemVersion() {
   if (!packed) return kUnknownVersion;
   if (*packed < kFirstVersionWithSelectors) return unpacked(*packed);
 
-  const std::optional<std::int32_t> major = gestalt.ask(zt::kGestaltSystemVersionMajor);
-  if (!major) return kUnknownVersion;
-  const std::optional<std::int32_t> minor = gestalt.ask(zt::kGestaltSystemVersionMinor);
-  if (!minor) return kUnknownVersion;
-  const std::optional<std::int32_t> bugFix = gestalt.ask(zt::kGestaltSystemVersionBugFix);
-  if (!bugFix) return kUnknownVersion;
-  return {*major, *minor, *bugFix};
+  const auto major = gestalt.ask(zt::kGestaltSystemVersionMajor);
+  const auto minor = major ? gestalt.ask(zt::kGestaltSystemVersionMinor) : std::nullopt;
+  const auto bugFix = minor ? gestalt.ask(zt::kGestaltSystemVersionBugFix) : std::nullopt;
+  return bugFix ? Version{*major, *minor, *bugFix} : kUnknownVersion;
 }
 
 void preferredLanguage(ZtString& language) {

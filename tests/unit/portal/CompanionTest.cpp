@@ -3,9 +3,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/FailingFiles.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/portal/PortalTest.h"
-#include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/platform/time/DateText.h"
 #include "ztportal/pools/ZtPortalPoolField.h"

@@ -5,8 +5,8 @@
 
 #include "tests/support/CallingField.h"
 #include "tests/support/CollectedLog.h"
+#include "tests/support/FailingFiles.h"
 #include "tests/unit/portal/PortalTest.h"
-#include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/report/ZtReport.h"
 
 // What a host's log handler gets to know about reports. Without one, all of this is silent.

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/FailingFiles.h"
 #include "tests/unit/portal/PortalTest.h"
-#include "ztportal/platform/files/FailingFiles.h"
 
 // Sending, saving and resending of documents.
 

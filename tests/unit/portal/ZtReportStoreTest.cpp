@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/FailingFiles.h"
 #include "tests/unit/portal/PortalTest.h"
-#include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/portal/ZtReportStore.h"
 
 namespace zt::test {

@@ -5,8 +5,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/support/FailingFiles.h"
 #include "ztportal/platform/FakePlatform.h"
-#include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace zt::test {

@@ -3,9 +3,9 @@
 #include <optional>
 #include <string>
 
+#include "tests/support/FailingFiles.h"
 #include "tests/support/Printing.h"
 #include "ztportal/platform/FakePlatform.h"
-#include "ztportal/platform/files/FailingFiles.h"
 #include "ztportal/system/HostFolder.h"
 #include "ztportal/system/ZtHost.h"
 

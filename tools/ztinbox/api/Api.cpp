@@ -13,6 +13,7 @@
 #include "tools/ztinbox/api/QueryParameters.h"
 #include "tools/ztinbox/api/ReportJson.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -49,12 +50,6 @@ ReportFilter readFilter(const QueryParameters& parameters) {
   filter.before = parameters.whole("before", 1, std::numeric_limits<std::uint64_t>::max());
   if (filter.before) filter.before = std::min(*filter.before, kHighestNumber);
   return filter;
-}
-
-bool isEmpty(const ReportFilter& filter) {
-  return !filter.customer && !filter.application && !filter.machine && !filter.pool &&
-         !filter.text && !filter.test && !filter.read && !filter.since && !filter.until &&
-         !filter.before;
 }
 
 ReportFilter readFilterAlone(const Exchange& exchange) {
@@ -211,8 +206,9 @@ void Api::dispatch(Exchange& exchange, std::string_view path) {
 void Api::reports(Exchange& exchange) {
   if (exchange.request.method == "DELETE") {
     const ReportFilter filter = readFilterAlone(exchange);
-    return answerJson(
-        exchange, countJson("deleted", isEmpty(filter) ? _store.clear() : _store.remove(filter)));
+    const bool isForAll = filter == ReportFilter();
+    return answerJson(exchange,
+                      countJson("deleted", isForAll ? _store.clear() : _store.remove(filter)));
   }
   if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD, DELETE");
   const QueryParameters parameters(
@@ -225,7 +221,8 @@ void Api::reports(Exchange& exchange) {
 void Api::oneReport(Exchange& exchange, std::string_view path) {
   const std::size_t slash = std::min(path.find('/'), path.size());
   const std::string_view part = path.substr(slash);
-  const std::uint64_t number = parseWhole(path.substr(0, slash)).value_or(0);
+  const auto given = parseNumber<std::uint64_t>(path.substr(0, slash));
+  const std::uint64_t number = given && *given <= kHighestNumber ? *given : 0;  // 0: no report
   const std::string& method = exchange.request.method;
   if (!part.empty() && part != "/raw" && part != "/read") {
     return answerNotFound(exchange, "no such address");
@@ -245,7 +242,7 @@ void Api::oneReport(Exchange& exchange, std::string_view path) {
 }
 
 void Api::showReport(Exchange& exchange, std::uint64_t number) {
-  const auto report = number <= kHighestNumber ? _store.find(number) : std::nullopt;
+  const auto report = _store.find(number);
   const auto bytes = report ? _store.bytes(number) : std::nullopt;
   if (!bytes) return answerNotFound(exchange, kNoSuchReport);
   std::vector<std::uint64_t> sameId;
@@ -258,23 +255,19 @@ void Api::showReport(Exchange& exchange, std::uint64_t number) {
 }
 
 void Api::removeReport(Exchange& exchange, std::uint64_t number) {
-  if (number > kHighestNumber || !_store.remove(number)) {
-    return answerNotFound(exchange, kNoSuchReport);
-  }
+  if (!_store.remove(number)) return answerNotFound(exchange, kNoSuchReport);
   answerJson(exchange, countJson("deleted", 1));
 }
 
 void Api::showRaw(Exchange& exchange, std::uint64_t number) {
-  auto bytes = number <= kHighestNumber ? _store.bytes(number) : std::nullopt;
+  auto bytes = _store.bytes(number);
   if (!bytes) return answerNotFound(exchange, kNoSuchReport);
   exchange.response.setBody(std::move(bytes->body), kTextType);
 }
 
 void Api::markOne(Exchange& exchange, std::uint64_t number) {
   const bool read = readMark(exchange.request.body);
-  if (number > kHighestNumber || !_store.setRead(number, read)) {
-    return answerNotFound(exchange, kNoSuchReport);
-  }
+  if (!_store.setRead(number, read)) return answerNotFound(exchange, kNoSuchReport);
   answerJson(exchange, countJson("changed", 1));
 }
 
@@ -290,7 +283,7 @@ void Api::streamEvents(Exchange& exchange) {
   const QueryParameters parameters(exchange.request, {"after"});
   auto after = parameters.whole("after", 0, std::numeric_limits<std::uint64_t>::max());
   if (const auto last = exchange.request.header("last-event-id"); !last.empty()) {
-    after = parseWhole(last.front());
+    after = parseNumber<std::uint64_t>(last.front());
     if (!after) throw InputFault("Last-Event-ID must be the number of a report");
   }
   respondWithEvents(exchange, _store, after);

@@ -1,33 +1,21 @@
 #include "tools/ztinbox/api/QueryParameters.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 
 #include "tools/common/Rfc3339.h"
 #include "tools/ztinbox/Fault.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
 namespace {
-
-template <class Number>
-std::optional<Number> parse(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
 
 [[noreturn]] void fail(std::string name, const std::string& rule) {
   throw InputFault(name.append(" must be ").append(rule));
 }
 
 }  // namespace
-
-std::optional<std::uint64_t> parseWhole(std::string_view text) {
-  return parse<std::uint64_t>(text);
-}
 
 QueryParameters::QueryParameters(const HttpRequest& request,
                                  std::initializer_list<std::string_view> known)
@@ -50,7 +38,7 @@ std::optional<std::uint64_t> QueryParameters::whole(const char* name, std::uint6
                                                     std::uint64_t most) const {
   const auto given = text(name);
   if (!given) return std::nullopt;
-  const auto number = parseWhole(*given);
+  const auto number = parseNumber<std::uint64_t>(*given);
   if (number && *number >= least && *number <= most) return number;
   std::string rule = "a whole number from ";
   rule.append(std::to_string(least));
@@ -63,7 +51,7 @@ std::optional<std::uint64_t> QueryParameters::whole(const char* name, std::uint6
 std::optional<double> QueryParameters::seconds(const char* name, double most) const {
   const auto given = text(name);
   if (!given) return std::nullopt;
-  const auto number = parse<double>(*given);
+  const auto number = parseNumber<double>(*given);
   // Written so that a NaN does not pass.
   if (number && *number >= 0 && *number <= most) return number;
   fail(name, "a number of seconds from 0 to " + std::to_string(static_cast<int>(most)));

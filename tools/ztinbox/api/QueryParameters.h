@@ -34,7 +34,4 @@ class QueryParameters {
   const std::multimap<std::string, std::string>& _parameters;
 };
 
-/// Parses `text`, which must be a number and nothing else.
-std::optional<std::uint64_t> parseWhole(std::string_view text);
-
 }  // namespace zt::inbox

@@ -2,8 +2,9 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <utility>
+
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -31,11 +32,9 @@ constexpr int kHighestStatus = 599;
 
 std::optional<Answer> parseError(std::string_view status) {
   if (status.size() != kStatusDigits) return std::nullopt;
-  int number = 0;
-  const auto [end, error] = std::from_chars(status.data(), status.data() + status.size(), number);
-  if (error != std::errc() || end != status.data() + status.size()) return std::nullopt;
-  if (number < kLowestStatus || number > kHighestStatus) return std::nullopt;
-  return Answer{AnswerKind::kError, number};
+  const auto number = parseNumber<int>(status);
+  if (!number || *number < kLowestStatus || *number > kHighestStatus) return std::nullopt;
+  return Answer{AnswerKind::kError, *number};
 }
 
 const Row* rowOf(AnswerKind kind) {

@@ -1,7 +1,5 @@
 #include "tools/ztinbox/http/Connection.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -38,25 +36,6 @@ bool waitFor(int socket, short events, milliseconds timeout) {
     if (ready == 0) return false;
     if (errno != EINTR) return true;
   }
-}
-
-using GetName = int (*)(int, sockaddr*, socklen_t*);
-
-void readName(GetName getName, int socket, std::string& ip, int& port) {
-  sockaddr_storage name{};
-  socklen_t length = sizeof(name);
-  if (getName(socket, reinterpret_cast<sockaddr*>(&name), &length) != 0) return;
-  std::array<char, INET6_ADDRSTRLEN> text{};
-  if (name.ss_family == AF_INET6) {
-    const auto& ipv6 = reinterpret_cast<const sockaddr_in6&>(name);
-    inet_ntop(AF_INET6, &ipv6.sin6_addr, text.data(), text.size());
-    port = ntohs(ipv6.sin6_port);
-  } else {
-    const auto& ipv4 = reinterpret_cast<const sockaddr_in&>(name);
-    inet_ntop(AF_INET, &ipv4.sin_addr, text.data(), text.size());
-    port = ntohs(ipv4.sin_port);
-  }
-  ip = text.data();
 }
 
 }  // namespace
@@ -103,19 +82,10 @@ bool Connection::isLeftWithin(milliseconds timeout) const {
 }
 
 std::string Connection::localAddress() const {
-  std::string address;
-  int port = 0;
-  getLocal(address, port);
-  return address;
+  return addressOf(::getsockname, _socket.number()).address;
 }
 
-std::string Connection::sender() const {
-  ListenAddress address;
-  int port = 0;
-  getRemote(address.address, port);
-  address.port = static_cast<std::uint16_t>(port);
-  return address.text();
-}
+std::string Connection::sender() const { return addressOf(::getpeername, _socket.number()).text(); }
 
 bool Connection::isReadable() const {
   return _bufferBegin < _bufferEnd || waitFor(_socket.number(), POLLIN, kReadTimeout);
@@ -151,14 +121,6 @@ ssize_t Connection::write(const char* bytes, std::size_t size) {
     }
   }
   return static_cast<ssize_t>(size);
-}
-
-void Connection::getRemote(std::string& ip, int& port) const {
-  readName(::getpeername, _socket.number(), ip, port);
-}
-
-void Connection::getLocal(std::string& ip, int& port) const {
-  readName(::getsockname, _socket.number(), ip, port);
 }
 
 /// False at the end of the input, after an error or after the timeout.

@@ -63,8 +63,6 @@ class Connection {
   bool isWritable() const;
   ssize_t read(char* bytes, std::size_t size);
   ssize_t write(const char* bytes, std::size_t size);
-  void getRemote(std::string& ip, int& port) const;
-  void getLocal(std::string& ip, int& port) const;
   int socket() const { return _socket.number(); }
 
  private:

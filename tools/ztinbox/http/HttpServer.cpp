@@ -40,12 +40,9 @@ class ConnectionStream final : public httplib::Stream {
   bool is_writable() const override { return _connection.isWritable(); }
   ssize_t read(char* ptr, size_t size) override { return _connection.read(ptr, size); }
   ssize_t write(const char* ptr, size_t size) override { return _connection.write(ptr, size); }
-  void get_remote_ip_and_port(std::string& ip, int& port) const override {
-    _connection.getRemote(ip, port);
-  }
-  void get_local_ip_and_port(std::string& ip, int& port) const override {
-    _connection.getLocal(ip, port);
-  }
+  // The inbox asks the connection itself.
+  void get_remote_ip_and_port(std::string& /*ip*/, int& /*port*/) const override {}
+  void get_local_ip_and_port(std::string& /*ip*/, int& /*port*/) const override {}
   socket_t socket() const override { return _connection.socket(); }
 
  private:

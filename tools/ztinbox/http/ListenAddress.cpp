@@ -8,10 +8,10 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <charconv>
 #include <cstring>
 
 #include "tools/ztinbox/Fault.h"
+#include "ztportal/base/Text.h"
 
 namespace zt::inbox {
 
@@ -25,13 +25,6 @@ std::optional<std::string> canonicalAddress(int family, std::string_view address
   std::array<char, INET6_ADDRSTRLEN> text{};
   if (inet_ntop(family, bytes.data(), text.data(), text.size()) == nullptr) return std::nullopt;
   return text.data();
-}
-
-std::optional<std::uint16_t> parsePort(std::string_view text) {
-  std::uint16_t port = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), port);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return port;
 }
 
 constexpr std::string_view kHttpPort = ":80";
@@ -87,15 +80,22 @@ void turnOn(int socket, int level, int option) {
   setsockopt(socket, level, option, &on, sizeof(on));
 }
 
-std::uint16_t boundPort(int socket) {
-  sockaddr_storage bound{};
-  socklen_t length = sizeof(bound);
-  getsockname(socket, reinterpret_cast<sockaddr*>(&bound), &length);
-  return ntohs(bound.ss_family == AF_INET6 ? reinterpret_cast<sockaddr_in6&>(bound).sin6_port
-                                           : reinterpret_cast<sockaddr_in&>(bound).sin_port);
-}
-
 }  // namespace
+
+ListenAddress addressOf(int (*getName)(int, sockaddr*, socklen_t*), int socket) {
+  sockaddr_storage name{};
+  socklen_t length = sizeof(name);
+  if (getName(socket, reinterpret_cast<sockaddr*>(&name), &length) != 0) return {};
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  if (name.ss_family == AF_INET6) {
+    const auto& ipv6 = reinterpret_cast<const sockaddr_in6&>(name);
+    inet_ntop(AF_INET6, &ipv6.sin6_addr, text.data(), text.size());
+    return {text.data(), ntohs(ipv6.sin6_port)};
+  }
+  const auto& ipv4 = reinterpret_cast<const sockaddr_in&>(name);
+  inet_ntop(AF_INET, &ipv4.sin_addr, text.data(), text.size());
+  return {text.data(), ntohs(ipv4.sin_port)};
+}
 
 std::string ListenAddress::text() const {
   const std::string host = isIpv6() ? "[" + address + "]" : address;
@@ -105,7 +105,7 @@ std::string ListenAddress::text() const {
 std::optional<ListenAddress> parseListenAddress(std::string_view text) {
   const std::size_t colon = text.rfind(':');
   if (colon == std::string_view::npos) return std::nullopt;
-  const auto port = parsePort(text.substr(colon + 1));
+  const auto port = parseNumber<std::uint16_t>(text.substr(colon + 1));
   if (!port) return std::nullopt;
 
   std::string_view host = text.substr(0, colon);
@@ -142,7 +142,7 @@ ListeningSocket::ListeningSocket(const ListenAddress& address) : _address(addres
       ::listen(number(), SOMAXCONN) != 0) {
     throw MachineFault("cannot listen on " + address.text() + ": " + std::strerror(errno));
   }
-  _address.port = boundPort(number());
+  _address.port = addressOf(::getsockname, number()).port;
 }
 
 FileDescriptor ListeningSocket::accept() const {

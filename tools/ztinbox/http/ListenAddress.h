@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/socket.h>
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -20,6 +22,9 @@ struct ListenAddress {
   /// "127.0.0.1:8025", "[::1]:8025"
   std::string text() const;
 };
+
+/// One end of `socket`, as getsockname(2) or getpeername(2) tells it; empty if that fails.
+ListenAddress addressOf(int (*getName)(int, sockaddr*, socklen_t*), int socket);
 
 /// Parses "127.0.0.1:8025", "[::1]:8025" or "localhost:8025" (which means 127.0.0.1). Returns
 /// nullopt for any other text, including other names: where the inbox listens must not depend on a

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -77,12 +78,8 @@ class Statement {
   }
   void reset();
   void put(int index, std::int64_t value);
-  void put(int index, std::uint64_t value) { put(index, static_cast<std::int64_t>(value)); }
-  void put(int index, int value) { put(index, std::int64_t{value}); }
-  void put(int index, bool value) { put(index, std::int64_t{value}); }
+  void put(int index, std::integral auto value) { put(index, static_cast<std::int64_t>(value)); }
   void put(int index, std::string_view text);
-  void put(int index, const std::string& text) { put(index, std::string_view(text)); }
-  void put(int index, const char* text) { put(index, std::string_view(text)); }
   void put(int index, std::nullptr_t);
   template <class Value>
   void put(int index, const std::optional<Value>& value) {

@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 
 #include "tools/ztinbox/store/DataFolder.h"
 #include "tools/ztinbox/store/Database.h"
+#include "ztportal/base/RegularFile.h"
 
 namespace zt::inbox {
 
@@ -106,23 +106,6 @@ constexpr std::size_t kStep = std::size_t{1024} * 1024;
   throw DatabaseFault(path + ": " + std::strerror(errno));
 }
 
-std::string contentOf(const std::string& path, const FileDescriptor& file) {
-  struct stat status {};
-  if (::fstat(file.number(), &status) != 0) failOn(path);
-  std::string content(static_cast<std::size_t>(status.st_size), '\0');
-  std::size_t length = 0;
-  while (length < content.size()) {
-    const ssize_t count = ::pread(file.number(), content.data() + length, content.size() - length,
-                                  static_cast<off_t>(length));
-    if (count < 0 && errno == EINTR) continue;
-    if (count < 0) failOn(path);
-    if (count == 0) break;
-    length += static_cast<std::size_t>(count);
-  }
-  content.resize(length);
-  return content;
-}
-
 }  // namespace
 
 void appendRecord(std::string& bytes, const IncomingReport& report) {
@@ -177,8 +160,9 @@ Journal::Journal(const std::string& folder) {
 std::vector<IncomingReport> Journal::after(std::uint64_t number) const {
   std::vector<IncomingReport> reports;
   for (const File& file : _files) {
-    const std::string content = contentOf(file.path, file.descriptor);
-    std::string_view rest = content;
+    const std::optional<std::string> content = regularFile(file.path, kMostBytes);
+    if (!content) fail(file.path);
+    std::string_view rest = *content;
     while (auto report = takeRecord(rest)) {
       if (report->report.number > number) reports.push_back(std::move(*report));
     }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -60,6 +59,8 @@ struct ReportFilter {
   std::optional<Timestamp> since = std::nullopt;          ///< received at this time or later
   std::optional<Timestamp> until = std::nullopt;          ///< received before this time
   std::optional<std::uint64_t> before = std::nullopt;     ///< only smaller numbers
+
+  friend bool operator==(const ReportFilter&, const ReportFilter&) = default;
 };
 
 /// A filter in SQL: the selected reports are rows `r` of the table `reports`.

@@ -63,7 +63,7 @@ void ReportStore::file(std::vector<IncomingReport>& reports) {
       _writer.insert(report);
       ++_count;
       const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
-      if (oldest && _writer.remove(*oldest)) --_count;
+      if (oldest) removeRows(*oldest);
     }
   };
   const auto tell = [this, &reports] {
@@ -141,37 +141,53 @@ Statistics ReportStore::statistics(const ReportFilter& filter) {
   return readStatistics(lease.database(), filter);
 }
 
-bool ReportStore::remove(std::uint64_t number) {
-  bool removed = false;
-  _filing.fileAll();
-  _commits.run({[this, number, &removed] {
-                  removed = _writer.remove(number);
-                  if (removed) --_count;
-                },
-                {}});
-  if (removed) _arrivals.addChange();
-  return removed;
+bool ReportStore::removeRows(std::uint64_t number) {
+  const bool isRemoved = _writer.remove(number);
+  if (isRemoved) --_count;
+  return isRemoved;
 }
 
-std::size_t ReportStore::remove(const ReportFilter& filter) {
-  ReportFilter rest = filter;
+/// Changes this report.
+bool ReportStore::changeOne(std::uint64_t number, const Change& change) {
+  _filing.fileAll();
+  const bool isChanged = changeEach({number}, change) > 0;
+  if (isChanged) _arrivals.addChange();
+  return isChanged;
+}
+
+/// Changes these reports in one transaction. Returns how many `change` has changed.
+std::size_t ReportStore::changeEach(const std::vector<std::uint64_t>& numbers,
+                                    const Change& change) {
+  std::size_t changed = 0;
+  _commits.run({[&] {
+                  changed = 0;
+                  for (const std::uint64_t number : numbers) changed += change(number) ? 1 : 0;
+                },
+                {}});
+  return changed;
+}
+
+/// Changes the selected reports in portions.
+std::size_t ReportStore::changeAll(ReportFilter filter, const Change& change) {
   std::size_t total = 0;
-  rest.before =
-      std::min(filter.before.value_or(_arrivals.lastNumber() + 1), _arrivals.lastNumber() + 1);
-  for (auto found = numbers(rest, kChangePortion); !found.empty();
-       found = numbers(rest, kChangePortion)) {
-    std::size_t removed = 0;
-    _commits.run({[this, &found, &removed] {
-                    removed = 0;
-                    for (const std::uint64_t number : found) removed += _writer.remove(number);
-                    _count -= removed;
-                  },
-                  {}});
-    total += removed;
-    rest.before = found.back();
+  for (auto found = numbers(filter, kChangePortion); !found.empty();
+       found = numbers(filter, kChangePortion)) {
+    total += changeEach(found, change);
+    filter.before = found.back();
   }
   if (total > 0) _arrivals.addChange();
   return total;
+}
+
+bool ReportStore::remove(std::uint64_t number) {
+  return changeOne(number, [this](std::uint64_t each) { return removeRows(each); });
+}
+
+std::size_t ReportStore::remove(const ReportFilter& filter) {
+  ReportFilter present = filter;
+  const std::uint64_t next = _arrivals.lastNumber() + 1;
+  present.before = std::min(filter.before.value_or(next), next);
+  return changeAll(present, [this](std::uint64_t number) { return removeRows(number); });
 }
 
 std::size_t ReportStore::clear() {
@@ -191,31 +207,14 @@ std::size_t ReportStore::clear() {
 }
 
 bool ReportStore::setRead(std::uint64_t number, bool read) {
-  bool found = false;
-  _filing.fileAll();
-  _commits.run({[this, number, read, &found] { found = _writer.setRead(number, read); }, {}});
-  if (found) _arrivals.addChange();
-  return found;
+  return changeOne(number,
+                   [this, read](std::uint64_t each) { return _writer.setRead(each, read); });
 }
 
 std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
   filter.read = !read;
-  std::size_t total = 0;
-  for (auto found = numbers(filter, kChangePortion); !found.empty();
-       found = numbers(filter, kChangePortion)) {
-    std::size_t changed = 0;
-    _commits.run({[this, &found, &changed, read] {
-                    changed = 0;
-                    for (const std::uint64_t number : found) {
-                      changed += _writer.setRead(number, read);
-                    }
-                  },
-                  {}});
-    total += changed;
-    filter.before = found.back();
-  }
-  if (total > 0) _arrivals.addChange();
-  return total;
+  return changeAll(std::move(filter),
+                   [this, read](std::uint64_t number) { return _writer.setRead(number, read); });
 }
 
 void ReportStore::recount() {
@@ -229,7 +228,7 @@ void ReportStore::trim() {
   _commits.add({[this, more] {
                   for (std::size_t i = 0; i < kChangePortion && _count > _most; ++i) {
                     const auto oldest = _writer.oldest();
-                    if (oldest && _writer.remove(*oldest)) --_count;
+                    if (oldest) removeRows(*oldest);
                   }
                   *more = _count > _most;
                 },

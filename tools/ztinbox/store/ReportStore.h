@@ -63,11 +63,18 @@ class ReportStore {
   const Arrivals& arrivals() const { return _arrivals; }
 
  private:
+  /// Changes a report within a transaction; false if there is nothing to change.
+  using Change = std::function<bool(std::uint64_t number)>;
+
   void file(std::vector<IncomingReport>& reports);
   void recount();
   void trim();
   ConnectionPool::Lease readAll();
   void indexUpTo(std::uint64_t number);
+  bool removeRows(std::uint64_t number);
+  bool changeOne(std::uint64_t number, const Change& change);
+  std::size_t changeEach(const std::vector<std::uint64_t>& numbers, const Change& change);
+  std::size_t changeAll(ReportFilter filter, const Change& change);
   std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
   DataFolder _folder;

@@ -1,7 +1,6 @@
 #include "tools/ztinbox/store/Statistics.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace zt::inbox {
 

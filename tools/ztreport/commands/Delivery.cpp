@@ -16,7 +16,7 @@ void checkConfigurationUrl(const std::string& url) {
   throw WrongUsage("--config-url: " + shownUrl(url) + " is not an http or https URL");
 }
 
-std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
+std::string whyNotAccepted(ZtPortalData& document) {
   if (!document.gotConfiguration()) {
     const std::string url(document.configurationUrl().view());
     const std::optional<Fault> fault = configurationFault(url);
@@ -26,8 +26,10 @@ std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
   const std::string url = serverUrlOf(document);
   if (url.empty()) return "the configuration has no URL for test mode";
   const std::string server = shownUrl(url) + ": ";
+  const ZtDelivery delivery = document.lastDelivery();
+  const std::size_t size = delivery.requestBytes;
   Response response;
-  response.status = document.lastDelivery().httpStatus;
+  response.status = delivery.httpStatus;
   if (response.status >= 200 && response.status <= 299) {
     return server + "the response does not confirm the report";
   }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include "tools/common/Json.h"
@@ -13,9 +12,9 @@ namespace zt::tools {
 /// Throws a `WrongUsage` unless `url`, the value of --config-url, is an http or https URL.
 void checkConfigurationUrl(const std::string& url);
 
-/// Why the report of `size` bytes that `document` sent last was not accepted. Where there was no
-/// response, asks the server again, but never sends the report a second time.
-std::string whyNotAccepted(ZtPortalData& document, std::size_t size);
+/// Why the report that `document` sent last was not accepted. Where there was no response, asks the
+/// server again, but never sends the report a second time.
+std::string whyNotAccepted(ZtPortalData& document);
 
 /// A receipt as an object: its members by their names, times in milliseconds.
 Json jsonOfDelivery(const ZtDelivery& delivery);

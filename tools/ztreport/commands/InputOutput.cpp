@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
-#include <limits>
 #include <memory>
 
 #include "tools/common/Terminal.h"
@@ -51,8 +50,7 @@ void tell(Output output, const std::string& words, const Json& object) {
 }
 
 void complain(const std::string& message) {
-  constexpr std::size_t kUnlimited = std::numeric_limits<std::size_t>::max();
-  std::cerr << "ztreport: " << terminal::terminalText(message, kUnlimited) << '\n';
+  std::cerr << "ztreport: " << terminal::terminalText(message) << '\n';
 }
 
 }  // namespace zt::tools

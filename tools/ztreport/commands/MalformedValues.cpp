@@ -5,13 +5,14 @@
 #include <utility>
 #include <vector>
 
-#include "tools/common/ReportReader.h"
-#include "ztportal/base/Text.h"
+#include "tools/common/LineCursor.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
 
 namespace {
+
+using reader::quoted;
 
 /// Whether an XML parser would refuse an element with this content.
 bool isMalformed(std::string_view text) {
@@ -20,13 +21,7 @@ bool isMalformed(std::string_view text) {
 
 /// Whether it would refuse an attribute with this value.
 bool isMalformedInQuotes(std::string_view text) {
-  return ZtXMLDocument::parse("<a b=\"" + std::string(text) + "\"/>") == nullptr;
-}
-
-std::string quoted(std::string_view text) {
-  std::string quoted;
-  appendText(quoted, "\"", text, "\"");
-  return quoted;
+  return ZtXMLDocument::parse("<a b=" + quoted(text) + "/>") == nullptr;
 }
 
 std::vector<std::string> placesIn(const reader::ParsedReport& report) {

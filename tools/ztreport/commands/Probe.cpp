@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <string>
 #include <string_view>
 
 #include "tools/common/Json.h"
 #include "tools/ztreport/commands/Commands.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
@@ -54,9 +56,7 @@ void addLine(std::string& text, std::string_view label, const std::string& value
 std::string printable(const ZtString& text) {
   if (text.isNull()) return "(unknown)";
   std::string result(text.view());
-  for (char& byte : result) {
-    if (static_cast<unsigned char>(byte) < 0x20 || byte == 0x7F) byte = '?';
-  }
+  std::replace_if(result.begin(), result.end(), isControl, '?');
   return result;
 }
 

@@ -61,7 +61,7 @@ class Progress {
 std::string whyStopped(ZtPortalData& document, const std::string& file) {
   const SavedReport report = savedReport(file);
   if (report.fault.empty() || !document.online()) {
-    return "not sent: " + whyNotAccepted(document, report.size.value_or(0));
+    return "not sent: " + whyNotAccepted(document);
   }
   return "cannot be sent: " + report.fault +
          "; ztreport store --set-aside can move it out of the way";

@@ -33,17 +33,9 @@ Description describeForDelivery(const std::string& file) {
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
 }
 
-std::string text(const ZtString& value) { return std::string(value.view()); }
-
-/// The library does not report whether saving worked, so this compares the file with the text.
-bool isSaved(const ZtPortalData& document, const std::string& request) {
-  const ZtString file = document.reportFile();
-  return !file.isNull() && contentOf(text(file)) == request;
-}
-
 std::string whyNotSaved(const ZtPortalData& document) {
   const ZtString file = document.reportFile();
-  return file.isNull() ? kNoStoreFolder : text(file) + ": cannot be written";
+  return file.isNull() ? kNoStoreFolder : std::string(file) + ": cannot be written";
 }
 
 void warnOfMalformedValues(ZtPortalData& document, Output output) {
@@ -58,7 +50,7 @@ void warnOfMalformedValues(ZtPortalData& document, Output output) {
 /// accepted must be in the store now; throws a `Failure` when it is not.
 Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
   warnOfMalformedValues(document, output);
-  const std::string id = text(document.reportId());
+  const std::string id(document.reportId());
   const auto tellResult = [&](const std::string& words, Json object) {
     if (output == Output::Receipts) object["delivery"] = jsonOfDelivery(document.lastDelivery());
     tell(output, words, object);
@@ -67,15 +59,13 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
     tellResult("accepted: " + id, {{"accepted", true}, {"reportId", id}});
     return Exit::Done;
   }
-  const std::string request = document.getSoapString();
-  const bool saved = isSaved(document, request);
-  const std::string reason = whyNotAccepted(document, request.size());
-  if (!saved) {
+  const std::string file = document.lastDelivery().savedTo;
+  const std::string reason = whyNotAccepted(document);
+  if (file.empty()) {
     throw Failure(Exit::MachineFailed,
                   "not accepted (" + reason + "), and not saved: " + whyNotSaved(document));
   }
   complain("not accepted: " + reason);
-  const std::string file = text(document.reportFile());
   tellResult("saved: " + file,
              {{"accepted", false}, {"reportId", id}, {"reason", reason}, {"file", file}});
   return Exit::NotAccepted;
@@ -84,11 +74,9 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
 /// Tells the path of a saved report. Throws a `Failure` when its file is not there.
 Exit tellSaved(ZtPortalData& document, Output output) {
   warnOfMalformedValues(document, output);
-  if (!isSaved(document, document.getSoapString())) {
-    throw Failure(Exit::MachineFailed, whyNotSaved(document));
-  }
-  const std::string file = text(document.reportFile());
-  tell(output, file, {{"reportId", text(document.reportId())}, {"file", file}});
+  const std::string file = document.lastDelivery().savedTo;
+  if (file.empty()) throw Failure(Exit::MachineFailed, whyNotSaved(document));
+  tell(output, file, {{"reportId", std::string(document.reportId())}, {"file", file}});
   return Exit::Done;
 }
 
@@ -167,7 +155,7 @@ Exit render(const std::string& file, bool plain, Output output) {
   if (output == Output::Words) {
     print(request);
   } else {
-    tell(output, "", {{"reportId", text(document->reportId())}, {"text", request}});
+    tell(output, "", {{"reportId", std::string(document->reportId())}, {"text", request}});
   }
   return Exit::Done;
 }
@@ -178,7 +166,7 @@ Exit send(const std::string& file, const std::optional<std::string>& configurati
   requireConsent();
   const Description description = describeForDelivery(file);
   const std::string url =
-      configurationUrl ? *configurationUrl : text(description.configurationUrl());
+      configurationUrl ? *configurationUrl : std::string(description.configurationUrl());
   if (!webAddress(url)) {
     throw Failure(Exit::WrongInput,
                   nameOf(file) + ": /configurationUrl: " +
@@ -203,7 +191,7 @@ ZtString configurationUrlOf(const std::string& customer) {
   if (row != kCustomers.end()) return *row->url;
   std::vector<std::string> known;
   known.reserve(kCustomers.size());
-  for (const Customer& candidate : kCustomers) known.push_back(text(*candidate.id));
+  for (const Customer& candidate : kCustomers) known.emplace_back(*candidate.id);
   throw WrongUsage("--customer: no such customer: \"" + customer + "\"" +
                    didYouMean(customer, known) + "; it is one of " + customerNames());
 }

@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 #include <system_error>
 #include <vector>
 
@@ -24,10 +23,8 @@ namespace fs = std::filesystem;
 
 constexpr std::string_view kEnding = ".ztr";
 
-/// File names and what a parser quotes may contain control characters.
-std::string shown(const std::string& text) {
-  return zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max());
-}
+// File names and what a parser quotes may contain control characters.
+using terminal::terminalText;
 
 constexpr std::size_t kColumns = 4;
 using Row = std::array<std::string, kColumns>;
@@ -108,9 +105,9 @@ Exit listStore(Output output) {
   for (const SavedReport& report : reports) {
     if (output == Output::Quiet && report.fault.empty()) continue;
     rows.push_back(
-        {shown(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
+        {terminalText(report.name), report.size ? std::to_string(*report.size) + " bytes" : "-",
          report.age ? ageText(*report.age) : "-",
-         report.fault.empty() ? "can be sent" : "cannot be sent: " + shown(report.fault)});
+         report.fault.empty() ? "can be sent" : "cannot be sent: " + terminalText(report.fault)});
   }
   if (!rows.empty()) {
     print(aligned(rows));
@@ -135,7 +132,7 @@ Exit setAside(const std::string& file, Output output) {
       return Exit::Done;
     }
     if (errno == EEXIST) continue;
-    throw Failure(Exit::MachineFailed, shown((folder / name).string()) +
+    throw Failure(Exit::MachineFailed, terminalText((folder / name).string()) +
                                            ": cannot be set aside: " + std::strerror(errno));
   }
 }

@@ -1,7 +1,6 @@
 #include "tools/ztreport/commands/UserBus.h"
 
 #include <stdlib.h>
-#include <systemd/sd-bus.h>
 
 #include <cerrno>
 #include <chrono>
@@ -42,8 +41,6 @@ int waitUntilReady(sd_bus* bus) {
 }
 
 }  // namespace
-
-void CloseBus::operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
 
 UserBus openUserBus(std::string& reason) {
   sd_bus* opened = nullptr;

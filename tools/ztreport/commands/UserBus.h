@@ -1,18 +1,16 @@
 #pragma once
 
+#include <systemd/sd-bus.h>
+
 #include <memory>
 #include <string>
 
-struct sd_bus;
+#include "ztportal/base/Free.h"
 
 namespace zt::tools {
 
-struct CloseBus {
-  void operator()(sd_bus* bus) const;
-};
-
 /// A connection to the user's session bus.
-using UserBus = std::unique_ptr<sd_bus, CloseBus>;
+using UserBus = std::unique_ptr<sd_bus, Free<sd_bus_close_unref>>;
 
 /// Connects to the session bus and waits for its first response, for two seconds at most. Returns
 /// null when there is none, with the cause in `reason`.

@@ -6,17 +6,14 @@
 #include <concepts>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <system_error>
-#include <type_traits>
 #include <utility>
-#include <vector>
 
 #include "tools/common/LineCursor.h"
 #include "tools/ztreport/description/DateSearch.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/pools/FieldTable.h"
 
@@ -56,15 +53,6 @@ std::string writtenReal(float number) {
   return {text.data(), end.ptr};
 }
 
-/// Parses `text`, which must be a number and nothing else.
-template <class Number>
-std::optional<Number> numberOf(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return number;
-}
-
 /// Turns the values of a report into those of a description, which are written as the same text
 /// again. Throws `Undescribable` for a value that a description cannot express.
 class ValueDescriber {
@@ -90,13 +78,13 @@ class ValueDescriber {
   }
 
   Json integer(std::string_view value) const {
-    const auto number = numberOf<std::int32_t>(value);
+    const auto number = parseNumber<std::int32_t>(value);
     if (!number || std::to_string(*number) != value) fail(value, "a 32-bit integer");
     return *number;
   }
 
   Json real(std::string_view value) const {
-    const auto number = numberOf<double>(value);
+    const auto number = parseNumber<double>(value);
     if (!number || !std::isfinite(static_cast<float>(*number)) ||
         writtenReal(static_cast<float>(*number)) != value) {
       fail(value, "a 32-bit float with two digits after the point");
@@ -134,22 +122,22 @@ Json describedFields(const FieldRange& fields, ValueDescriber& values, std::size
 
 Json describedField(const ReportField& field, ValueDescriber& values, std::size_t depth) {
   Json described{{"name", values.text(field.name)}};
+  const auto describe = [&](const char* type, Json value) {
+    described["type"] = type;
+    described["value"] = std::move(value);
+  };
   switch (field.type) {
     case FieldType::String:
-      described["type"] = "string";
-      described["value"] = values.text(field.value);
+      describe("string", values.text(field.value));
       break;
     case FieldType::Integer:
-      described["type"] = "integer";
-      described["value"] = values.integer(field.value);
+      describe("integer", values.integer(field.value));
       break;
     case FieldType::Float:
-      described["type"] = "float";
-      described["value"] = values.real(field.value);
+      describe("float", values.real(field.value));
       break;
     case FieldType::Boolean:
-      described["type"] = "boolean";
-      described["value"] = values.boolean(field.value);
+      describe("boolean", values.boolean(field.value));
       break;
     case FieldType::None:
       described["type"] = "none";

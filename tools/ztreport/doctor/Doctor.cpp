@@ -1,5 +1,4 @@
 #include <array>
-#include <limits>
 #include <string_view>
 
 #include "tools/common/Json.h"
@@ -52,7 +51,7 @@ std::string lineOf(const Check& check, const Finding& finding) {
   std::string text = finding.reason;
   if (!finding.remedy.empty()) text += " -> " + finding.remedy;
   // URLs, responses and file names may contain control characters.
-  return line + zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
+  return line + zt::terminal::terminalText(text) + "\n";
 }
 
 Json jsonOfFinding(const Check& check, const Finding& finding) {

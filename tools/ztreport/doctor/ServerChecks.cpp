@@ -48,19 +48,16 @@ Finding lookUpServer(const WebAddress& address) {
 
 Finding findProxy(const WebAddress& address) {
   const ProxyChoice choice = proxyOf(address);
-  if (choice.url.empty() && choice.variable == kProxyOption) {
-    return ok("none, because of --proxy");
-  }
-  if (choice.url.empty() && !choice.variable.empty()) {
-    return ok("none: " + choice.variable + " names " + address.host);
-  }
-  const char* const upperCase = ::getenv("HTTP_PROXY");
-  if (choice.url.empty() && address.scheme == "http" && upperCase != nullptr &&
-      *upperCase != '\0') {
-    return warning("none: HTTP_PROXY is set, but http uses only http_proxy",
-                   "set http_proxy if you need the proxy");
-  }
   if (choice.url.empty()) {
+    if (choice.variable == kProxyOption) return ok("none, because of --proxy");
+    if (!choice.variable.empty()) {
+      return ok("none: " + choice.variable + " names " + address.host);
+    }
+    const char* const upperCase = ::getenv("HTTP_PROXY");
+    if (address.scheme == "http" && upperCase != nullptr && *upperCase != '\0') {
+      return warning("none: HTTP_PROXY is set, but http uses only http_proxy",
+                     "set http_proxy if you need the proxy");
+    }
     return ok("none: neither " + address.scheme + "_proxy nor all_proxy is set");
   }
 
@@ -120,8 +117,8 @@ Finding checkReportUrl(Subject& subject) {
   if (!subject.document || !subject.document->gotConfiguration()) {
     return skipped("there is no configuration");
   }
-  const std::string reportUrl(subject.document->reportUrl().view());
-  const std::string testUrl(subject.document->reportTestUrl().view());
+  const std::string reportUrl(subject.document->reportUrl());
+  const std::string testUrl(subject.document->reportTestUrl());
   const std::string& used = subject.isInTestMode ? testUrl : reportUrl;
   const std::string mode = subject.isInTestMode ? " (test mode)" : "";
   constexpr const char* kRemedy = "correct the customer's configuration document";
@@ -138,7 +135,7 @@ Finding checkReportUrl(Subject& subject) {
 
 Finding checkVersion(Subject& subject) {
   if (!subject.server) return skipped(kNoReportUrl);
-  if (subject.document->online()) return ok(std::string(subject.document->serverVersion().view()));
+  if (subject.document->online()) return ok(std::string(subject.document->serverVersion()));
   return whyNot(versionFault(serverUrlOf(*subject.document)),
                 "received only at the second request");
 }

@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstdio>
-#include <limits>
 
 #include "tools/common/Terminal.h"
 
@@ -29,9 +28,7 @@ std::string escapedWord(std::string_view text) {
 }  // namespace
 
 std::string shellWord(std::string_view text) {
-  const bool isShownAsItIs =
-      terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) == text;
-  if (!isShownAsItIs) return escapedWord(text);
+  if (terminal::terminalText(text) != text) return escapedWord(text);
   std::string word = "'";
   for (const char character : text) {
     if (character == '\'') {

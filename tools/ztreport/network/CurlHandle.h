@@ -7,6 +7,8 @@
 #include <memory>
 #include <string>
 
+#include "ztportal/base/Free.h"
+
 namespace zt::tools {
 
 /// The library's time limit for a whole exchange.
@@ -46,12 +48,8 @@ class CurlHandle {
   std::string failureOf(CURLcode code) const;
 
  private:
-  struct Free {
-    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
-  };
-
   std::array<char, CURL_ERROR_SIZE> _error{};
-  std::unique_ptr<CURL, Free> _handle{curl_easy_init()};
+  std::unique_ptr<CURL, Free<curl_easy_cleanup>> _handle{curl_easy_init()};
 };
 
 }  // namespace zt::tools

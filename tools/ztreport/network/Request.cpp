@@ -5,7 +5,6 @@
 
 #include <array>
 #include <future>
-#include <initializer_list>
 #include <memory>
 #include <thread>
 #include <utility>
@@ -13,6 +12,7 @@
 #include "tools/ztreport/network/Certificates.h"
 #include "tools/ztreport/network/CurlHandle.h"
 #include "tools/ztreport/network/WebAddress.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/ztportal.h"
 
@@ -22,15 +22,8 @@ namespace {
 
 constexpr std::size_t kMostRedirects = 5;
 
-struct FreeList {
-  void operator()(curl_slist* list) const { curl_slist_free_all(list); }
-};
-using HeaderList = std::unique_ptr<curl_slist, FreeList>;
-
-struct FreeAddresses {
-  void operator()(addrinfo* list) const { ::freeaddrinfo(list); }
-};
-using Addresses = std::unique_ptr<addrinfo, FreeAddresses>;
+using HeaderList = std::unique_ptr<curl_slist, Free<curl_slist_free_all>>;
+using Addresses = std::unique_ptr<addrinfo, Free<::freeaddrinfo>>;
 
 std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* body) {
   static_cast<std::string*>(body)->append(bytes, size);

@@ -55,7 +55,7 @@ std::string noXml(const ZtXMLError& error) {
     reason.append("line ").append(std::to_string(error.line));
     reason.append(", column ").append(std::to_string(error.column)).append(": ");
   }
-  return reason.append(error.reason.view()).append(")");
+  return reason + std::string(error.reason) + ")";
 }
 
 /// " (redirected to A, then to B)"
@@ -142,13 +142,12 @@ std::optional<Fault> versionFault(const std::string& url) {
 
 bool isInTestMode(ZtPortalData& document) {
   if (document.pools().empty()) document.addPool("TEST_MODE", ZtDate::now());
-  return document.getSoapString().find(std::string(document.customerId().view()) +
-                                       "_Test</CustomerID>") != std::string::npos;
+  return document.getSoapString().find(std::string(document.customerId()) + "_Test</CustomerID>") !=
+         std::string::npos;
 }
 
 std::string serverUrlOf(ZtPortalData& document) {
-  const ZtString url = isInTestMode(document) ? document.reportTestUrl() : document.reportUrl();
-  return std::string(url.view());
+  return std::string(isInTestMode(document) ? document.reportTestUrl() : document.reportUrl());
 }
 
 }  // namespace zt::tools

@@ -4,21 +4,18 @@
 
 #include <memory>
 
+#include "ztportal/base/Free.h"
+
 namespace zt::tools {
 
 namespace {
 
-struct FreeUrl {
-  void operator()(CURLU* url) const { curl_url_cleanup(url); }
-};
-using Url = std::unique_ptr<CURLU, FreeUrl>;
+using Url = std::unique_ptr<CURLU, Free<curl_url_cleanup>>;
 
 std::string part(const Url& url, CURLUPart which, unsigned flags = 0) {
   char* text = nullptr;
   if (curl_url_get(url.get(), which, &text, flags) != CURLUE_OK) return "";
-  std::string result(text);
-  curl_free(text);
-  return result;
+  return std::unique_ptr<char, Free<curl_free>>(text).get();
 }
 
 std::string withoutBrackets(const std::string& host) {

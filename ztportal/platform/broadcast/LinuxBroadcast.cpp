@@ -16,9 +16,9 @@
 #include <utility>
 
 #include "ztportal/base/DescriptorIdentity.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Utf8.h"
-#include "ztportal/platform/Free.h"
 
 namespace zt {
 

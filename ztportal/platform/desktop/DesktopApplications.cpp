@@ -1,6 +1,5 @@
 #include "ztportal/platform/desktop/DesktopApplications.h"
 
-#include <charconv>
 #include <cstddef>
 #include <iterator>
 #include <map>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "ztportal/base/Log.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
@@ -23,11 +23,6 @@ class DesktopAnswers {
  public:
   using Question = DesktopApplications::Question;
   using Answer = std::optional<DesktopApplication>;
-
-  /// The arguments that ask the program all `questions`.
-  static Question words(const std::vector<Question>& questions);
-  /// The answer in `output`, which is the reply to a single question.
-  static Answer parse(std::string_view output);
 
   /// `program` has been started with the arguments for `questions`.
   DesktopAnswers(std::vector<Question> questions, std::unique_ptr<RunningSubprocess> program);
@@ -74,13 +69,10 @@ DesktopAnswers::Answer applicationOf(std::vector<std::string> texts) {
 /// Removes the strings of an answer, which follow their number; nothing if they are incomplete.
 std::optional<std::vector<std::string>> takeTexts(std::string_view& rest) {
   const auto number = takeText(rest);
-  std::size_t count = 0;
-  if (!number ||
-      std::from_chars(number->data(), number->data() + number->size(), count).ec != std::errc()) {
-    return std::nullopt;
-  }
+  const auto count = number ? parseNumber<std::size_t>(*number) : std::nullopt;
+  if (!count) return std::nullopt;
   std::vector<std::string> texts;
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < *count; ++i) {
     const auto text = takeText(rest);
     if (!text) return std::nullopt;
     texts.emplace_back(*text);
@@ -88,20 +80,17 @@ std::optional<std::vector<std::string>> takeTexts(std::string_view& rest) {
   return texts;
 }
 
-}  // namespace
-
-DesktopAnswers::Question DesktopAnswers::words(const std::vector<Question>& questions) {
-  Question words{"several"};
-  for (const Question& question : questions) {
+/// The arguments that ask the program all `questions`.
+DesktopAnswers::Question wordsOf(const std::vector<DesktopAnswers::Question>& questions) {
+  DesktopAnswers::Question words{"several"};
+  for (const DesktopAnswers::Question& question : questions) {
     words.push_back(std::to_string(question.size()));
     words.insert(words.end(), question.begin(), question.end());
   }
   return words;
 }
 
-DesktopAnswers::Answer DesktopAnswers::parse(std::string_view output) {
-  return applicationOf(textsOf(output));
-}
+}  // namespace
 
 DesktopAnswers::DesktopAnswers(std::vector<Question> questions,
                                std::unique_ptr<RunningSubprocess> program)
@@ -174,7 +163,7 @@ DesktopApplications DesktopApplications::asking(const std::vector<Question>& que
   }
   try {
     prepared._answers = std::make_shared<DesktopAnswers>(
-        questions, _subprocesses.start(_program, DesktopAnswers::words(questions)));
+        questions, _subprocesses.start(_program, wordsOf(questions)));
   } catch (const ZtException&) {
     // The questions are asked one by one, and fail then.
   }
@@ -186,7 +175,7 @@ std::optional<DesktopApplication> DesktopApplications::ask(const Question& quest
   if (_answers != nullptr) {
     if (const DesktopAnswers::Answer* known = _answers->find(question)) return *known;
   }
-  return DesktopAnswers::parse(_subprocesses.start(_program, question)->readToEnd().value_or(""));
+  return applicationOf(textsOf(_subprocesses.start(_program, question)->readToEnd().value_or("")));
 }
 
 }  // namespace zt

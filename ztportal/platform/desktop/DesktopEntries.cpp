@@ -136,11 +136,7 @@ std::vector<std::string> dataFolders(const std::string& root) {
     addFolder(folders, joined(root, "/usr/local/share"));
     addFolder(folders, joined(root, "/usr/share"));
   }
-  while (!rest.empty()) {
-    const std::size_t colon = std::min(rest.find(':'), rest.size());
-    addFolder(folders, rest.substr(0, colon));
-    rest.remove_prefix(std::min(colon + 1, rest.size()));
-  }
+  while (!rest.empty()) addFolder(folders, takeLine(rest, ':'));
 
   if (own) addFolder(folders, joined(*own, "/flatpak/exports/share"));
   addFolder(folders, joined(root, "/var/lib/flatpak/exports/share"));

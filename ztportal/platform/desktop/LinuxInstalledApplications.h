@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "ztportal/platform/desktop/DesktopApplications.h"
 #include "ztportal/platform/desktop/InstalledApplications.h"

@@ -19,8 +19,9 @@
 #include <utility>
 
 #include "ztportal/base/FileDescriptor.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/base/Log.h"
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/plist/Bundle.h"
 
 namespace zt {
@@ -60,12 +61,8 @@ bool isInterpreter(std::string_view path) {
   return std::find(kInterpreters.begin(), kInterpreters.end(), name) != kInterpreters.end();
 }
 
-/// Removes the next word, which a NUL byte ends, from a command line.
-std::string_view takeWord(std::string_view& line) {
-  const std::string_view word = line.substr(0, line.find('\0'));
-  line.remove_prefix(std::min(word.size() + 1, line.size()));
-  return word;
-}
+/// Removes the next word from a command line.
+std::string_view takeWord(std::string_view& line) { return takeLine(line, '\0'); }
 
 /// A process by the files of its folder in the process table.
 class Process {

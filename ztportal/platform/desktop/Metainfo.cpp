@@ -60,16 +60,19 @@ std::optional<std::int64_t> takeNumber(std::string_view& text) {
   return number;
 }
 
+/// The same behind a hyphen.
+std::optional<std::int64_t> takeAfterHyphen(std::string_view& text) {
+  if (!text.starts_with('-')) return std::nullopt;
+  text.remove_prefix(1);
+  return takeNumber(text);
+}
+
 /// Seconds since 1970 at the start of the day of an ISO 8601 date ("2024-01-31T12:00:00Z").
 std::optional<std::int64_t> startOfDay(std::string_view date) {
   const auto year = takeNumber(date);
-  if (!year || !date.starts_with('-')) return std::nullopt;
-  date.remove_prefix(1);
-  const auto month = takeNumber(date);
-  if (!month || !date.starts_with('-')) return std::nullopt;
-  date.remove_prefix(1);
-  const auto day = takeNumber(date);
-  if (!day) return std::nullopt;
+  const auto month = takeAfterHyphen(date);
+  const auto day = takeAfterHyphen(date);
+  if (!year || !month || !day) return std::nullopt;
   // The date types below would truncate larger numbers.
   const bool isDate =
       *year >= 0 && *year <= 9999 && *month >= 1 && *month <= 12 && *day >= 1 && *day <= 31;

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -17,6 +17,8 @@
 #include "ztportal/platform/files/SupportFolder.h"
 
 namespace zt::test {
+
+namespace fs = std::filesystem;
 
 /// Files and folders in memory, initially only "/". Relative paths start at "/"; there are no
 /// links, modes or devices. A file is new when it is written, unless `setTime` says otherwise.
@@ -36,11 +38,11 @@ class FakeFiles final : public Files {
 
   bool createFolders(const std::string& path) override {
     const std::scoped_lock lock(_mutex);
-    const std::optional<Names> names = namesOf(path);
-    if (!names) return false;
-    Names created;
-    for (const std::string& name : *names) {
-      created.push_back(name);
+    const std::optional<fs::path> folder = entryOf(path);
+    if (!folder) return false;
+    fs::path created;
+    for (const fs::path& name : *folder) {
+      created /= name;
       const auto at = _entries.find(created);
       if (at == _entries.end()) {
         add(created, Entry{});
@@ -69,14 +71,13 @@ class FakeFiles final : public Files {
 
   bool write(const std::string& path, std::string_view content) override {
     const std::scoped_lock lock(_mutex);
-    const std::optional<Names> names = namesOf(path);
-    if (!names || names->empty() || path.ends_with('/')) return false;
-    const auto at = _entries.find(*names);
+    const std::optional<fs::path> file = entryOf(path);
+    if (!file || path.ends_with('/')) return false;
+    const auto at = _entries.find(*file);
     if (at == _entries.end()) {
-      const Names folder(names->begin(), names->end() - 1);
-      const auto above = _entries.find(folder);
+      const auto above = _entries.find(file->parent_path());
       if (above == _entries.end() || !above->second.isFolder()) return false;
-      add(*names, Entry{std::string(content), {}});
+      add(*file, Entry{std::string(content), {}});
       return true;
     }
     if (at->second.isFolder()) return false;
@@ -96,12 +97,10 @@ class FakeFiles final : public Files {
   bool remove(const std::string& path) override {
     const std::scoped_lock lock(_mutex);
     const Entry* entry = find(path);
-    if (entry == nullptr || !entry->names.empty()) return false;
-    const Names names = *namesOf(path);
-    if (names.empty()) return false;
-    std::vector<std::string>& siblings = folderAbove(names).names;
-    siblings.erase(std::find(siblings.begin(), siblings.end(), names.back()));
-    _entries.erase(names);
+    const fs::path removed = entryOf(path).value_or("/");
+    if (entry == nullptr || !entry->names.empty() || removed == "/") return false;
+    std::erase(_entries.at(removed.parent_path()).names, removed.filename().string());
+    _entries.erase(removed);
     return true;
   }
 
@@ -135,56 +134,42 @@ class FakeFiles final : public Files {
   /// Sets when the file at `path`, which exists, was written.
   void setTime(const std::string& path, std::chrono::system_clock::time_point time) {
     const std::scoped_lock lock(_mutex);
-    _entries.at(*namesOf(path)).time = time;
+    _entries.at(*entryOf(path)).time = time;
   }
 
  private:
   using Clock = std::chrono::system_clock;
-  using Names = std::vector<std::string>;
 
   struct Entry {
     std::optional<std::string> content;  // a folder has none
-    Names names;                         // of a folder's entries
+    std::vector<std::string> names;      // of a folder's entries
     Clock::time_point time = Clock::now();
     bool isFolder() const { return !content; }
   };
 
-  /// The names in `path`, none for "/"; nothing if it is no path.
-  static std::optional<Names> namesOf(std::string_view path) {
-    if (path.empty() || path.find('\0') != std::string_view::npos) return std::nullopt;
-    Names names;
-    while (!path.empty()) {
-      const std::string_view name = path.substr(0, path.find('/'));
-      path.remove_prefix(std::min(name.size() + 1, path.size()));
-      if (name == "..") {
-        if (!names.empty()) names.pop_back();
-      } else if (!name.empty() && name != ".") {
-        names.emplace_back(name);
-      }
-    }
-    return names;
+  /// The entry that `path` means; nothing if it is no path.
+  static std::optional<fs::path> entryOf(const std::string& path) {
+    if (path.empty() || path.find('\0') != std::string::npos) return std::nullopt;
+    const fs::path entry = ("/" / fs::path(path).relative_path()).lexically_normal();
+    return entry.has_filename() ? entry : entry.parent_path();
   }
 
   const Entry* find(const std::string& path) const {
-    const std::optional<Names> names = namesOf(path);
-    if (!names) return nullptr;
-    const auto at = _entries.find(*names);
+    const std::optional<fs::path> entry = entryOf(path);
+    if (!entry) return nullptr;
+    const auto at = _entries.find(*entry);
     if (at == _entries.end()) return nullptr;
     if (path.ends_with('/') && !at->second.isFolder()) return nullptr;
     return &at->second;
   }
 
-  Entry& folderAbove(const Names& names) {
-    return _entries.at(Names(names.begin(), names.end() - 1));
-  }
-
-  void add(const Names& names, Entry entry) {
-    folderAbove(names).names.push_back(names.back());
-    _entries.emplace(names, std::move(entry));
+  void add(const fs::path& path, Entry entry) {
+    _entries.at(path.parent_path()).names.push_back(path.filename());
+    _entries.emplace(path, std::move(entry));
   }
 
   mutable std::mutex _mutex;
-  std::map<Names, Entry> _entries{{Names{}, Entry{}}};
+  std::map<fs::path, Entry> _entries{{"/", Entry{}}};
   std::set<std::string> _locked;
 };
 

@@ -17,7 +17,7 @@
 #include <vector>
 
 #include "ztportal/base/FileDescriptor.h"
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Free.h"
 
 namespace zt {
 
@@ -46,80 +46,71 @@ class HeldLock {
   FileDescriptor _file;
 };
 
-class OpenFile {
- public:
-  OpenFile() = default;
-  explicit OpenFile(const std::string& path, int flags, mode_t mode = 0) {
-    int number = -1;
-    do {
-      number = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, mode);
-    } while (number < 0 && errno == EINTR);
-    _descriptor = FileDescriptor(number);
-  }
-
-  explicit OpenFile(FileDescriptor descriptor) : _descriptor(std::move(descriptor)) {}
-
-  bool isOpen() const { return _descriptor.isOpen(); }
-  int descriptor() const { return _descriptor.number(); }
-  bool isRegular() const {
-    struct stat status {};
-    return ::fstat(descriptor(), &status) == 0 && S_ISREG(status.st_mode);
-  }
-  bool writeAll(std::string_view content) const {
-    while (!content.empty()) {
-      const ssize_t written = ::write(descriptor(), content.data(), content.size());
-      if (written < 0 && errno == EINTR) continue;
-      if (written < 0) return false;
-      content.remove_prefix(static_cast<std::size_t>(written));
-    }
-    return true;
-  }
-  /// Whether the system accepted all data: some file systems report a full disk only now. EINTR is
-  /// no failure: the descriptor is closed, and the data is on its way.
-  bool close() { return ::close(_descriptor.release()) == 0 || errno == EINTR; }
-
- private:
-  FileDescriptor _descriptor;
-};
-
-OpenFile openFile(const std::string& path) {
-  // In a folder like /tmp the kernel may refuse O_CREAT for an existing file of another user.
-  OpenFile found(path, O_TRUNC);
-  if (found.isOpen() || errno != ENOENT) return found;
-  return OpenFile(path, O_CREAT | O_TRUNC, 0666);
+FileDescriptor opened(const std::string& path, int flags, mode_t mode = 0) {
+  int number = -1;
+  do {
+    number = ::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY | flags, mode);
+  } while (number < 0 && errno == EINTR);
+  return FileDescriptor(number);
 }
 
-OpenFile openPrivateFile(const std::string& path) {
-  constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-  OpenFile created(path, O_CREAT | O_EXCL, kOwnerOnly);
-  if (created.isOpen()) {
-    // The umask may have removed the owner's permissions. A file system without modes may refuse,
-    // which does no harm.
-    ::fchmod(created.descriptor(), kOwnerOnly);
-    return created;
+bool isRegular(const FileDescriptor& file) {
+  struct stat status {};
+  return ::fstat(file.number(), &status) == 0 && S_ISREG(status.st_mode);
+}
+
+bool writeAll(const FileDescriptor& file, std::string_view content) {
+  while (!content.empty()) {
+    const ssize_t written = ::write(file.number(), content.data(), content.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    content.remove_prefix(static_cast<std::size_t>(written));
   }
-  if (errno != EEXIST) return created;
+  return true;
+}
+
+/// Whether the system accepted all data: some file systems report a full disk only now. EINTR is no
+/// failure: the descriptor is closed, and the data is on its way.
+bool isClosed(FileDescriptor& file) { return ::close(file.release()) == 0 || errno == EINTR; }
+
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+
+/// The umask may have removed the owner's permissions. A file system without modes may refuse,
+/// which does no harm.
+void restoreMode(const FileDescriptor& file) { ::fchmod(file.number(), kOwnerOnly); }
+
+FileDescriptor openFile(const std::string& path) {
+  // In a folder like /tmp the kernel may refuse O_CREAT for an existing file of another user.
+  FileDescriptor found = opened(path, O_TRUNC);
+  if (found.isOpen() || errno != ENOENT) return found;
+  return opened(path, O_CREAT | O_TRUNC, 0666);
+}
+
+FileDescriptor openPrivateFile(const std::string& path) {
+  FileDescriptor created = opened(path, O_CREAT | O_EXCL, kOwnerOnly);
+  if (created.isOpen()) restoreMode(created);
+  if (created.isOpen() || errno != EEXIST) return created;
   // Opening a FIFO without a reader would block.
-  OpenFile found(path, O_NOFOLLOW | O_NONBLOCK);
+  FileDescriptor found = opened(path, O_NOFOLLOW | O_NONBLOCK);
   if (!found.isOpen()) return found;
-  if (!found.isRegular()) {
+  if (!isRegular(found)) {
     errno = EEXIST;
     return {};
   }
-  return ::ftruncate(found.descriptor(), 0) == 0 ? std::move(found) : OpenFile();
+  return ::ftruncate(found.number(), 0) == 0 ? std::move(found) : FileDescriptor();
 }
 
 /// Writes to `file`, which is open for `path`.
-bool writeTo(OpenFile file, const std::string& path, std::string_view content) {
+bool writeTo(FileDescriptor file, const std::string& path, std::string_view content) {
   if (!file.isOpen()) return false;
-  const bool isRegular = file.isRegular();
-  const bool isWritten = file.writeAll(content);
-  if (isWritten && file.close()) return true;
+  const bool mayBeRemoved = isRegular(file);
+  const bool isWritten = writeAll(file, content);
+  if (isWritten && isClosed(file)) return true;
   const int error = errno;
-  if (isRegular) {
+  if (mayBeRemoved) {
     // Also empties the target of a link.
     if (!isWritten) {
-      [[maybe_unused]] const int emptied = ::ftruncate(file.descriptor(), 0);
+      [[maybe_unused]] const int emptied = ::ftruncate(file.number(), 0);
     }
     ::unlink(path.c_str());
   }
@@ -215,11 +206,10 @@ bool LinuxFiles::writePrivate(const std::string& path, std::string_view content)
 bool LinuxFiles::replacePrivate(const std::string& path, std::string_view content) {
   if (!canNameAFile(path)) return false;
   std::string temporary = path + ".XXXXXX";
-  OpenFile file(FileDescriptor(::mkostemp(temporary.data(), O_CLOEXEC)));
+  FileDescriptor file(::mkostemp(temporary.data(), O_CLOEXEC));
   if (!file.isOpen()) return false;
-  // The umask may have removed the owner's permissions.
-  ::fchmod(file.descriptor(), S_IRUSR | S_IWUSR);
-  if (file.writeAll(content) && ::fsync(file.descriptor()) == 0 && file.close() &&
+  restoreMode(file);
+  if (writeAll(file, content) && ::fsync(file.number()) == 0 && isClosed(file) &&
       ::rename(temporary.c_str(), path.c_str()) == 0) {
     return true;
   }

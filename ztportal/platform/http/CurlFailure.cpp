@@ -1,6 +1,7 @@
 #include "ztportal/platform/http/CurlFailure.h"
 
-#include <algorithm>
+#include <array>
+#include <utility>
 
 #include "ztportal/base/Text.h"
 #include "ztportal/base/Utf8.h"
@@ -9,83 +10,68 @@ namespace zt {
 
 namespace {
 
-std::string_view kindOf(ZtDeliveryError error) {
-  switch (error) {
-    case ZtDeliveryError::Library:
-      return "libcurl cannot be used";
-    case ZtDeliveryError::Address:
-      return "The URL is not one of http or https";
-    case ZtDeliveryError::NameLookup:
-      return "The server or the proxy has no known address";
-    case ZtDeliveryError::Proxy:
-      return "The proxy refused the request";
-    case ZtDeliveryError::Connection:
-      return "No connection could be made";
-    case ZtDeliveryError::Tls:
-      return "No secure connection could be made";
-    case ZtDeliveryError::Timeout:
-      return "No complete response arrived in time";
-    case ZtDeliveryError::Redirect:
-      return "The redirect is not followed";
-    case ZtDeliveryError::Host:
-      return "The request cannot be sent";
-    case ZtDeliveryError::Memory:
-      return "There is not enough memory";
-    default:
-      return "The connection ended before the response was complete";
+constexpr std::string_view kEndedEarly = "The connection ended before the response was complete";
+
+constexpr std::array<std::pair<ZtDeliveryError, std::string_view>, 10> kSentences{{
+    {ZtDeliveryError::Library, "libcurl cannot be used"},
+    {ZtDeliveryError::Address, "The URL is not one of http or https"},
+    {ZtDeliveryError::NameLookup, "The server or the proxy has no known address"},
+    {ZtDeliveryError::Proxy, "The proxy refused the request"},
+    {ZtDeliveryError::Connection, "No connection could be made"},
+    {ZtDeliveryError::Tls, "No secure connection could be made"},
+    {ZtDeliveryError::Timeout, "No complete response arrived in time"},
+    {ZtDeliveryError::Redirect, "The redirect is not followed"},
+    {ZtDeliveryError::Host, "The request cannot be sent"},
+    {ZtDeliveryError::Memory, "There is not enough memory"},
+}};
+
+constexpr std::array<std::pair<CURLcode, ZtDeliveryError>, 22> kErrors{{
+    {CURLE_UNSUPPORTED_PROTOCOL, ZtDeliveryError::Address},
+    {CURLE_URL_MALFORMAT, ZtDeliveryError::Address},
+    {CURLE_COULDNT_RESOLVE_HOST, ZtDeliveryError::NameLookup},
+    {CURLE_COULDNT_RESOLVE_PROXY, ZtDeliveryError::NameLookup},
+    {CURLE_PROXY, ZtDeliveryError::Proxy},
+    {CURLE_COULDNT_CONNECT, ZtDeliveryError::Connection},
+    {CURLE_OPERATION_TIMEDOUT, ZtDeliveryError::Timeout},
+    {CURLE_SSL_CONNECT_ERROR, ZtDeliveryError::Tls},
+    {CURLE_SSL_ENGINE_NOTFOUND, ZtDeliveryError::Tls},
+    {CURLE_SSL_ENGINE_SETFAILED, ZtDeliveryError::Tls},
+    {CURLE_SSL_CERTPROBLEM, ZtDeliveryError::Tls},
+    {CURLE_SSL_CIPHER, ZtDeliveryError::Tls},
+    {CURLE_PEER_FAILED_VERIFICATION, ZtDeliveryError::Tls},
+    {CURLE_USE_SSL_FAILED, ZtDeliveryError::Tls},
+    {CURLE_SSL_CACERT_BADFILE, ZtDeliveryError::Tls},
+    {CURLE_SSL_CRL_BADFILE, ZtDeliveryError::Tls},
+    {CURLE_SSL_ISSUER_ERROR, ZtDeliveryError::Tls},
+    {CURLE_SSL_PINNEDPUBKEYNOTMATCH, ZtDeliveryError::Tls},
+    {CURLE_SSL_INVALIDCERTSTATUS, ZtDeliveryError::Tls},
+    {CURLE_SSL_CLIENTCERT, ZtDeliveryError::Tls},
+    {CURLE_UNKNOWN_OPTION, ZtDeliveryError::Host},
+    {CURLE_OUT_OF_MEMORY, ZtDeliveryError::Memory},
+}};
+
+/// The value of `key` in `table`, or else `usual`.
+template <class Table, class Key, class Value>
+Value valueIn(const Table& table, Key key, Value usual) {
+  for (const auto& [known, value] : table) {
+    if (known == key) return value;
   }
+  return usual;
 }
 
 /// libcurl quotes a proxy's URL as it was given, and names in certificates as the server sent them.
 bool canBeShown(std::string_view detail) {
-  const auto isControl = [](char character) {
-    return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
-  };
-  return detail.find('@') == std::string_view::npos && isUtf8(detail) &&
-         std::none_of(detail.begin(), detail.end(), isControl);
+  return detail.find('@') == std::string_view::npos && isUtf8(detail) && !hasControl(detail);
 }
 
 }  // namespace
 
 ZtDeliveryError deliveryErrorOf(CURLcode code) {
-  switch (code) {
-    case CURLE_UNSUPPORTED_PROTOCOL:
-    case CURLE_URL_MALFORMAT:
-      return ZtDeliveryError::Address;
-    case CURLE_COULDNT_RESOLVE_HOST:
-    case CURLE_COULDNT_RESOLVE_PROXY:
-      return ZtDeliveryError::NameLookup;
-    case CURLE_PROXY:
-      return ZtDeliveryError::Proxy;
-    case CURLE_COULDNT_CONNECT:
-      return ZtDeliveryError::Connection;
-    case CURLE_OPERATION_TIMEDOUT:
-      return ZtDeliveryError::Timeout;
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_SSL_ENGINE_NOTFOUND:
-    case CURLE_SSL_ENGINE_SETFAILED:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_USE_SSL_FAILED:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_CRL_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-    case CURLE_SSL_PINNEDPUBKEYNOTMATCH:
-    case CURLE_SSL_INVALIDCERTSTATUS:
-    case CURLE_SSL_CLIENTCERT:
-      return ZtDeliveryError::Tls;
-    case CURLE_UNKNOWN_OPTION:
-      return ZtDeliveryError::Host;
-    case CURLE_OUT_OF_MEMORY:
-      return ZtDeliveryError::Memory;
-    default:
-      return ZtDeliveryError::Transfer;
-  }
+  return valueIn(kErrors, code, ZtDeliveryError::Transfer);
 }
 
 std::string sentenceOf(ZtDeliveryError error, std::string_view detail) {
-  std::string sentence(kindOf(error));
+  std::string sentence(valueIn(kSentences, error, kEndedEarly));
   if (!detail.empty() && canBeShown(detail)) appendText(sentence, " (", detail, ")");
   return sentence += '.';
 }

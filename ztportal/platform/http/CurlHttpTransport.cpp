@@ -5,8 +5,10 @@
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <optional>
+#include <span>
 #include <utility>
 
 #include "ztportal/base/Text.h"
@@ -27,24 +29,7 @@ constexpr std::size_t kBodyLimit = std::size_t{16} << 20U;
 constexpr std::size_t kHeaderLimit = std::size_t{1} << 20U;
 constexpr int kRedirects = 5;
 
-class HeaderList {
- public:
-  explicit HeaderList(const CurlLibrary& curl) : _curl(curl) {}
-  HeaderList(const HeaderList&) = delete;
-  HeaderList& operator=(const HeaderList&) = delete;
-  ~HeaderList() { _curl.slistFreeAll(_first); }
-
-  void add(const std::string& line) {
-    curl_slist* first = _curl.slistAppend(_first, line.c_str());
-    if (first == nullptr) throw std::bad_alloc();
-    _first = first;
-  }
-  curl_slist* get() const { return _first; }
-
- private:
-  const CurlLibrary& _curl;
-  curl_slist* _first = nullptr;
-};
+using HeaderList = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
 
 /// The part of a response that has arrived.
 struct Arrival {
@@ -130,8 +115,10 @@ int beginPost(void* restraint, char* /*remoteAddress*/, char* /*localAddress*/, 
   return isFirst ? CURL_PREREQFUNC_OK : CURL_PREREQFUNC_ABORT;
 }
 
-bool isOneLine(std::string_view text) {
-  return text.find_first_of(std::string_view("\r\n\0", 3)) == std::string_view::npos;
+bool isInOneLine(const HttpHeader& header) {
+  constexpr std::string_view kEnds("\r\n\0", 3);
+  return header.name.find_first_of(kEnds) == std::string_view::npos &&
+         header.value.find_first_of(kEnds) == std::string_view::npos;
 }
 
 bool isContentType(const HttpHeader& header) { return equalsAnyCase(header.name, "content-type"); }
@@ -144,18 +131,23 @@ std::string lineOf(std::string_view name, std::string_view value) {
   return line;
 }
 
-/// Adds the lines for `headers` in libcurl's notation; false when one of them cannot be sent.
-bool addHeaders(HeaderList& list, std::span<const HttpHeader> headers) {
+/// The headers of a request.
+HeaderList headersOf(const CurlLibrary& curl, std::span<const HttpHeader> headers,
+                     const std::vector<std::pair<std::string, std::string>>& more = {}) {
+  HeaderList list(nullptr, curl.slistFreeAll);
+  const auto add = [&](const std::string& line) {
+    curl_slist* const first = curl.slistAppend(list.get(), line.c_str());
+    if (first == nullptr) throw std::bad_alloc();
+    static_cast<void>(list.release());
+    list.reset(first);
+  };
   // A name alone suppresses what libcurl would send by itself.
-  list.add("Expect:");
-  list.add("Proxy-Connection:");
-  if (std::none_of(headers.begin(), headers.end(), isContentType)) list.add("Content-Type:");
-
-  for (const HttpHeader& header : headers) {
-    if (!isOneLine(header.name) || !isOneLine(header.value)) return false;
-    list.add(lineOf(header.name, header.value));
-  }
-  return true;
+  add("Expect:");
+  add("Proxy-Connection:");
+  if (std::none_of(headers.begin(), headers.end(), isContentType)) add("Content-Type:");
+  for (const HttpHeader& header : headers) add(lineOf(header.name, header.value));
+  for (const auto& [name, value] : more) add(lineOf(name, value));
+  return list;
 }
 
 void setMethod(CurlOptions& options, const HttpRequest& request, Restraint& restraint) {
@@ -195,11 +187,10 @@ void setAuthorities(CurlOptions& options, const ZtTransportOptions& wanted) {
 
 void setTls(CurlOptions& options, const ZtTransportOptions& wanted, bool isFirstOrigin) {
   setAuthorities(options, wanted);
-  if (wanted.minimumTlsVersion == ZtTlsVersion::Tls12) {
-    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_2));
-  } else if (wanted.minimumTlsVersion == ZtTlsVersion::Tls13) {
-    options.set(CURLOPT_SSLVERSION, static_cast<long>(CURL_SSLVERSION_TLSv1_3));
-  }
+  // In the order of `ZtTlsVersion`.
+  constexpr std::array<long, 3> kVersions{CURL_SSLVERSION_DEFAULT, CURL_SSLVERSION_TLSv1_2,
+                                          CURL_SSLVERSION_TLSv1_3};
+  options.set(CURLOPT_SSLVERSION, kVersions.at(static_cast<std::size_t>(wanted.minimumTlsVersion)));
   if (wanted.clientCertificate.empty() || !isFirstOrigin) return;
   options.set(CURLOPT_SSLCERT, wanted.clientCertificate.c_str());
   options.set(CURLOPT_SSLKEY, orNull(wanted.clientKey));
@@ -212,11 +203,6 @@ CurlRoute routeOf(const ZtTransportOptions& wanted) {
           wanted.noProxy ? wanted.noProxy->c_str() : nullptr};
 }
 
-void setRoute(CurlOptions& options, const CurlRoute& route) {
-  if (route.proxy != nullptr) options.set(CURLOPT_PROXY, route.proxy);
-  if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
-}
-
 /// A request to one URL, redirects not followed.
 struct Hop {
   const CurlUrl& url;
@@ -225,6 +211,7 @@ struct Hop {
   const CurlCredentials& credentials;
   curl_slist* headers;
   Clock::time_point deadline;
+  HttpTimes& times;  ///< those of this hop are added
 };
 
 struct HopResult {
@@ -258,7 +245,7 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   CurlOptions options(curl, handle);
   setMethod(options, request, restraint);
   setTls(options, hop.wanted, hop.isFirstOrigin);
-  setRoute(options, route);
+  route.setIn(options);
   options.set(CURLOPT_CURLU, hop.url.get());
   if (!hop.credentials.isEmpty()) {
     options.set(CURLOPT_USERNAME, hop.credentials.user.c_str());
@@ -306,14 +293,14 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     route.noProxy = noProxy;
     const Clock::time_point start = Clock::now();
     const bool isFound = names.find(hop.url.get(), route, connected);
-    response.times.lookup += sinceStart(start);
+    hop.times.lookup += sinceStart(start);
     end = isFound                    ? perform()
           : Clock::now() < connected ? CURLE_COULDNT_RESOLVE_HOST
                                      : CURLE_OPERATION_TIMEDOUT;
     if (!isFound) break;
   }
 
-  addTimes(curl, handle, response.times);
+  addTimes(curl, handle, hop.times);
   // libcurl accepts a response whose headers are cut off.
   if ((end == CURLE_OK || arrival.isCut) && arrival.headersComplete) {
     long status = 0;
@@ -356,12 +343,11 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   const ZtTransportOptions& wanted = request.options != nullptr ? *request.options : none;
   CurlUrl url = httpUrl(curl, request.url);
   if (!url) return failure(ZtDeliveryError::Address);
-  HeaderList headers(curl);
-  HeaderList firstHeaders(curl);
-  if (!addHeaders(headers, request.headers) || !addHeaders(firstHeaders, request.headers)) {
+  if (!std::all_of(request.headers.begin(), request.headers.end(), isInOneLine)) {
     return failure(ZtDeliveryError::Host, "a header has a line end");
   }
-  for (const auto& [name, value] : wanted.headers) firstHeaders.add(lineOf(name, value));
+  const HeaderList headers = headersOf(curl, request.headers);
+  const HeaderList firstHeaders = headersOf(curl, request.headers, wanted.headers);
 
   std::optional<CurlCredentials> credentials = takeCredentials(curl, url);
   if (!credentials) return failure(ZtDeliveryError::Address);
@@ -374,12 +360,10 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
     std::string target = partOf(curl, url, CURLUPART_URL);
     HopResult hop = makeHop(curl, request,
                             {url, wanted, isFirstOrigin, *credentials,
-                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline});
-    HttpResponse& response = hop.response;
-    times += response.times;
+                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline, times});
     if (hop.redirect.empty()) {
-      response.times = times;
-      response.url = std::move(target);
+      hop.response.times = times;
+      hop.response.url = std::move(target);
       return std::move(hop.response);
     }
     // No server can make the library log in to another one with credentials of its choice. libcurl

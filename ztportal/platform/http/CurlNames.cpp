@@ -84,8 +84,7 @@ bool CurlNames::findInTurn(CURLU* url, const CurlRoute& route, Clock::time_point
   options.set(CURLOPT_SHARE, _found);
   options.set(CURLOPT_OPENSOCKETFUNCTION, takeAddress);
   options.set(CURLOPT_OPENSOCKETDATA, &_hasAddress);
-  if (route.proxy != nullptr) options.set(CURLOPT_PROXY, route.proxy);
-  if (route.noProxy != nullptr) options.set(CURLOPT_NOPROXY, route.noProxy);
+  route.setIn(options);
   if (!options.accepted() || _curl.multiAddHandle(_multi.get(), _easy.get()) != CURLM_OK) {
     end();
     return false;

@@ -17,6 +17,11 @@ namespace zt {
 struct CurlRoute {
   const char* proxy = nullptr;
   const char* noProxy = nullptr;
+
+  void setIn(CurlOptions& options) const {
+    if (proxy != nullptr) options.set(CURLOPT_PROXY, proxy);
+    if (noProxy != nullptr) options.set(CURLOPT_NOPROXY, noProxy);
+  }
 };
 
 /// The name look-ups of this process, one at a time.

@@ -34,15 +34,6 @@ struct HttpTimes {
   std::chrono::microseconds tls{0};
   std::chrono::microseconds response{0};  ///< from the request's first byte to the end
   std::chrono::microseconds total{0};
-
-  HttpTimes& operator+=(const HttpTimes& more) {
-    lookup += more.lookup;
-    connect += more.connect;
-    tls += more.tls;
-    response += more.response;
-    total += more.total;
-    return *this;
-  }
 };
 
 struct HttpResponse {

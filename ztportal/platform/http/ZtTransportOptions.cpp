@@ -11,12 +11,6 @@
 
 namespace {
 
-bool hasControl(std::string_view text) {
-  return std::any_of(text.begin(), text.end(), [](char character) {
-    return static_cast<unsigned char>(character) < ' ' || character == '\x7F';
-  });
-}
-
 /// What is wrong with the PEM file of the member; empty if it has a block of this kind.
 std::string fileProblem(std::string_view member, const std::string& path, std::string_view kind) {
   std::string problem(member);
@@ -57,17 +51,13 @@ bool isProxy(std::string_view url) {
   constexpr std::array<std::string_view, 6> kSchemes{"http",    "https",  "socks4",
                                                      "socks4a", "socks5", "socks5h"};
   if (const std::size_t end = url.find("://"); end != std::string_view::npos) {
-    const std::string_view scheme = url.substr(0, end);
-    const auto isScheme = [scheme](std::string_view known) {
-      return zt::equalsAnyCase(scheme, known);
-    };
-    if (std::none_of(kSchemes.begin(), kSchemes.end(), isScheme)) return false;
+    if (!zt::isAnyOf(url.substr(0, end), kSchemes)) return false;
     url.remove_prefix(end + 3);
   }
   const std::string_view authority = url.substr(0, url.find_first_of("/?#"));
   const std::string_view host = authority.substr(authority.rfind('@') + 1);
   return !host.empty() && host.front() != ':' && host.find(' ') == std::string_view::npos &&
-         !hasControl(url);
+         !zt::hasControl(url);
 }
 
 std::string headerProblem(std::string_view name, std::string_view value) {
@@ -85,12 +75,8 @@ std::string headerProblem(std::string_view name, std::string_view value) {
     return problem += "a name is empty or has a character that is not allowed";
   }
   problem += name;
-  if (std::any_of(kReserved.begin(), kReserved.end(), [name](std::string_view reserved) {
-        return zt::equalsAnyCase(name, reserved);
-      })) {
-    return problem += " is set by the library";
-  }
-  return hasControl(value) ? problem += " has a control character in its value" : "";
+  if (zt::isAnyOf(name, kReserved)) return problem += " is set by the library";
+  return zt::hasControl(value) ? problem += " has a control character in its value" : "";
 }
 
 }  // namespace
@@ -103,7 +89,7 @@ std::string ZtTransportOptions::problem() const {
   if (proxy && !proxy->empty() && !isProxy(*proxy)) {
     return "proxy: the value is not the URL of an http, https or socks proxy";
   }
-  if (noProxy && hasControl(*noProxy)) return "noProxy: the list has a control character";
+  if (noProxy && zt::hasControl(*noProxy)) return "noProxy: the list has a control character";
 
   for (const auto& [member, duration] :
        {std::pair("timeout", timeout), std::pair("connectTimeout", connectTimeout),

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <utility>
 
+#include "ztportal/base/Text.h"
 #include "ztportal/platform/locale/PosixLocale.h"
 
 namespace zt {
@@ -151,11 +152,7 @@ std::vector<std::string> preferredLanguages() {
   std::vector<std::string> languages;
   const char* const list = isPosixLocale(localeName) ? nullptr : std::getenv("LANGUAGE");
   std::string_view rest = list == nullptr ? "" : list;
-  while (!rest.empty()) {
-    const std::size_t colon = std::min(rest.find(':'), rest.size());
-    addLanguage(languages, rest.substr(0, colon));
-    rest.remove_prefix(std::min(colon + 1, rest.size()));
-  }
+  while (!rest.empty()) addLanguage(languages, takeLine(rest, ':'));
   addLanguage(languages, localeName);
   if (languages.empty()) languages.emplace_back(kWithoutLocale);
   return languages;

@@ -11,8 +11,8 @@
 #include <optional>
 #include <vector>
 
+#include "ztportal/base/Free.h"
 #include "ztportal/base/Utf8.h"
-#include "ztportal/platform/Free.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
 
 namespace zt {

@@ -47,30 +47,28 @@ Pipe openPipe(const std::string& program) {
   return {std::move(readEnd), std::move(writeEnd)};
 }
 
-/// How the subprocess's file descriptors are set up.
+/// The subprocess's file descriptors: its standard input and output, nothing for its errors.
 class FileActions {
  public:
-  FileActions() { check(::posix_spawn_file_actions_init(&_actions)); }
+  FileActions(const FileDescriptor& input, const FileDescriptor& output) {
+    ::posix_spawn_file_actions_init(&_actions);
+    const int errors[] = {
+        ::posix_spawn_file_actions_adddup2(&_actions, input.number(), STDIN_FILENO),
+        ::posix_spawn_file_actions_adddup2(&_actions, output.number(), STDOUT_FILENO),
+        ::posix_spawn_file_actions_addopen(&_actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0),
+        ::posix_spawn_file_actions_addclosefrom_np(&_actions, STDERR_FILENO + 1)};
+    if (std::any_of(std::begin(errors), std::end(errors), [](int error) { return error != 0; })) {
+      ::posix_spawn_file_actions_destroy(&_actions);
+      throw std::bad_alloc();
+    }
+  }
   FileActions(const FileActions&) = delete;
   FileActions& operator=(const FileActions&) = delete;
   ~FileActions() { ::posix_spawn_file_actions_destroy(&_actions); }
 
-  void copy(const FileDescriptor& from, int to) {
-    check(::posix_spawn_file_actions_adddup2(&_actions, from.number(), to));
-  }
-  void open(int number, const char* path, int flags) {
-    check(::posix_spawn_file_actions_addopen(&_actions, number, path, flags, 0));
-  }
-  void closeFrom(int number) {
-    check(::posix_spawn_file_actions_addclosefrom_np(&_actions, number));
-  }
   const posix_spawn_file_actions_t* get() const { return &_actions; }
 
  private:
-  static void check(int error) {
-    if (error != 0) throw std::bad_alloc();
-  }
-
   posix_spawn_file_actions_t _actions{};
 };
 
@@ -159,11 +157,7 @@ std::unique_ptr<RunningSubprocess> startWith(const Environment& environment,
 
   Pipe input = openPipe(program);
   Pipe output = openPipe(program);
-  FileActions actions;
-  actions.copy(input.readEnd, STDIN_FILENO);
-  actions.copy(output.writeEnd, STDOUT_FILENO);
-  actions.open(STDERR_FILENO, "/dev/null", O_WRONLY);
-  actions.closeFrom(STDERR_FILENO + 1);
+  const FileActions actions(input.readEnd, output.writeEnd);
   const Attributes attributes;
 
   pid_t process = -1;

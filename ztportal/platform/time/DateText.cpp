@@ -116,31 +116,28 @@ LocalTime cLibraryTime(milliseconds sinceEpoch) {
   return {std::chrono::seconds(local.tm_gmtoff), local.tm_zone};
 }
 
-/// The locales to try in order: ICU refuses some valid names, such as one with digits ("@numbers=")
-/// that it does not know.
-std::array<icu::Locale, 2> localesToTry(std::string_view localeName) {
-  return {icu::Locale(icuLocaleName(localeName).c_str()), icu::Locale(icuLocaleName("C").c_str())};
+/// What `make` returns for the locale, or else for the "C" locale: ICU refuses some valid names,
+/// such as one with digits ("@numbers=") that it does not know. Null if ICU lacks its data.
+template <class Make>
+auto formatFor(std::string_view localeName, Make make) {
+  auto format = make(icu::Locale(icuLocaleName(localeName).c_str()));
+  return format != nullptr ? std::move(format) : make(icu::Locale(icuLocaleName("C").c_str()));
 }
 
-/// Null if ICU lacks its data.
 std::unique_ptr<icu::SimpleDateFormat> timestampFormat(const char16_t* pattern,
                                                        std::string_view localeName) {
-  for (const icu::Locale& locale : localesToTry(localeName)) {
+  return formatFor(localeName, [pattern](const icu::Locale& locale) {
     UErrorCode status = U_ZERO_ERROR;
     auto format = std::make_unique<icu::SimpleDateFormat>(pattern, locale, status);
-    if (U_SUCCESS(status) && format != nullptr) return format;
-  }
-  return nullptr;
+    return U_SUCCESS(status) ? std::move(format) : nullptr;
+  });
 }
 
-/// Null if ICU lacks its data.
 std::unique_ptr<icu::DateFormat> shortFormat(std::string_view localeName) {
-  for (const icu::Locale& locale : localesToTry(localeName)) {
-    std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(
+  return formatFor(localeName, [](const icu::Locale& locale) {
+    return std::unique_ptr<icu::DateFormat>(icu::DateFormat::createDateTimeInstance(
         icu::DateFormat::kShort, icu::DateFormat::kShort, locale));
-    if (format != nullptr) return format;
-  }
-  return nullptr;
+  });
 }
 
 }  // namespace

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Free.h"
 
 namespace zt {
 

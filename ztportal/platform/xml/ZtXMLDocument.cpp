@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
+#include "ztportal/base/Free.h"
 #include "ztportal/base/Utf8.h"
-#include "ztportal/platform/Free.h"
 #include "ztportal/platform/xml/XmlText.h"
 #include "ztportal/platform/xml/XmlTree.h"
 

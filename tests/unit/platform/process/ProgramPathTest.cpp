@@ -17,7 +17,7 @@
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/platform/desktop/MadeUpDesktop.h"
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
 namespace {
