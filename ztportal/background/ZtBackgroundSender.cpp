@@ -21,8 +21,11 @@
 #include "ztportal/base/FileDescriptor.h"
 #include "ztportal/base/Log.h"
 #include "ztportal/platform/network/NetworkChanges.h"
+#include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/portal/ReportStore.h"
+#include "ztportal/system/Consent.h"
 #include "ztportal/system/ZtHost.h"
+#include "ztportal/system/ZtSystemInfos.h"
 
 namespace {
 
@@ -111,6 +114,14 @@ class ReceiptQueue {
   zt::FileDescriptor _writing;
   zt::DescriptorIdentity _identity;  // both ends of a pipe have the same
 };
+
+/// Reads from disk what the first report of a process needs, ICU's data above all: tens of
+/// milliseconds, which would otherwise be missing in an event loop. Not on the thread of the
+/// sender, because a process that is forked meanwhile could never use ICU.
+void prepareFirstReport() {
+  if (!zt::consentIsRevoked()) ZtSystemInfos::getSystemInfos();
+  ZtPortalDef::stringFromDate(ZtDate::now());
+}
 
 std::size_t reportsInStore() { return ZtReportStore().list().size(); }
 
@@ -271,6 +282,7 @@ void ZtBackgroundSender::State::waitAfter(Pass pass, std::uint64_t number,
 
 ZtBackgroundSender::ZtBackgroundSender(ZtBackgroundOptions options)
     : _state(std::make_shared<State>(std::move(options))) {
+  prepareFirstReport();
   _state->start(_state);
 }
 

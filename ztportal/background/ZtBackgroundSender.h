@@ -73,7 +73,9 @@ struct ZT_EXPORT ZtBackgroundOptions {
 /// nothing: `send` saves, and the process of the parent finds the report.
 class ZT_EXPORT ZtBackgroundSender {
  public:
-  /// Starts the thread. If the system has none, which is logged, `send` only saves.
+  /// Starts the thread. If the system has none, which is logged, `send` only saves. Reads ICU's
+  /// data from disk (up to a tenth of a second after the start of a machine), so create it before
+  /// the event loop runs.
   explicit ZtBackgroundSender(ZtBackgroundOptions options);
   ZtBackgroundSender(const ZtBackgroundSender&) = delete;
   ZtBackgroundSender& operator=(const ZtBackgroundSender&) = delete;

@@ -14,8 +14,6 @@
 
 namespace {
 
-using Clock = std::chrono::system_clock;
-
 constexpr std::string_view kCustomerStart = "<CustomerID";
 constexpr std::string_view kCustomerEnd = "</CustomerID>";
 

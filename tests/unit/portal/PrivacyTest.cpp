@@ -7,7 +7,6 @@
 
 #include "tests/unit/portal/PortalTest.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"
-#include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/report/ZtReport.h"
 
 namespace zt::test {
@@ -27,10 +26,9 @@ class PrivacyTest : public PortalTest {
     ZtHost::setRequestHook(nullptr);
   }
 
-  /// Afterwards there are `count` of them.
-  void saveOneReport(std::size_t count = 1) {
+  void saveOneReport() {
     makeDocumentWithPool()->saveReport();
-    ASSERT_EQ(namesInStore().size(), count);
+    ASSERT_EQ(namesInStore().size(), 1U);
   }
 };
 
@@ -103,24 +101,6 @@ TEST_F(ConsentInReportsTest, AWholeRunIsNotReported) {
   EXPECT_FALSE(run->sendReport(true));
   EXPECT_THAT(steps, IsEmpty());
   EXPECT_THAT(namesInStore(), IsEmpty());
-}
-
-TEST_F(ConsentInReportsTest, NothingIsSentFromTheStore) {
-  makeDocumentWithPool()->saveReport();
-  saveOneReport(2);
-  ZtSendOptions options;
-  options.configurationUrl = kConfigurationUrl;
-  options.progress = [](const ZtSavedReport&, const ZtDelivery&) {
-    return ZtHost::setConsent(ZtConsent::Revoked);
-  };
-  const ZtSendResult result = ZtReportStore().send(options);
-  EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
-  EXPECT_EQ(result.accepted, 1U);
-  EXPECT_EQ(result.left, 1U);
-  forget();
-  EXPECT_EQ(ZtReportStore().send(options).end, ZtSendEnd::NoConsent);
-  EXPECT_THAT(steps, IsEmpty());
-  EXPECT_EQ(ZtReportStore().removeAll(), 1U);
 }
 
 // Broadcasts.

@@ -391,6 +391,7 @@ TEST_F(StoreSenderTest, SendsNothingWithoutTheUsersConsent) {
   result = send();
   EXPECT_EQ(result.end, ZtSendEnd::NoConsent);
   EXPECT_EQ(result.accepted, 1U);
+  EXPECT_EQ(ZtReportStore().removeAll(), 2U);
   EXPECT_TRUE(ZtHost::setConsent(ZtConsent::Unset));
 }
 

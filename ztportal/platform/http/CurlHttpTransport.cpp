@@ -396,6 +396,8 @@ CurlHttpTransport::~CurlHttpTransport() = default;
 
 HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
   try {
+    // A document without a server must not cost the loading of libcurl.
+    if (request.url.empty()) return failure(ZtDeliveryError::Address);
     const CurlLibrary& curl = library();
     if (!curl.error.empty()) return failure(ZtDeliveryError::Library, curl.error);
     const Clock::time_point start = Clock::now();

@@ -51,28 +51,24 @@ class RealApplicationsTest : public testing::Test {
   LinuxInstalledApplications _applications;
 };
 
-TEST_F(RealApplicationsTest, FirefoxTellsItsNameAndVersion) {
-  const auto path = _applications.withIdentifier("org.mozilla.firefox");
-  ASSERT_EQ(path, "/usr/share/applications/firefox-esr.desktop");
-  std::string version(debianVersion("firefox-esr").view());
-  ASSERT_TRUE(version.ends_with("esr")) << version;
-  version.resize(version.size() - 3);
-  EXPECT_THAT(*_applications.info(*path),
-              ElementsAre(Pair("CFBundleIdentifier", "org.mozilla.firefox"),
-                          Pair("CFBundleName", "Firefox ESR"),
-                          Pair("CFBundleShortVersionString", version)));
-}
-
-TEST_F(RealApplicationsTest, ThunderbirdTellsItsNameAndVersion) {
-  const auto path = _applications.withIdentifier("org.mozilla.thunderbird");
-  ASSERT_EQ(path, "/usr/share/applications/thunderbird.desktop");
-  std::string version(debianVersion("thunderbird").view());
-  ASSERT_TRUE(version.ends_with("esr")) << version;
-  version.resize(version.size() - 3);
-  EXPECT_THAT(*_applications.info(*path),
-              ElementsAre(Pair("CFBundleIdentifier", "org.mozilla.thunderbird"),
-                          Pair("CFBundleName", "Thunderbird"),
-                          Pair("CFBundleShortVersionString", version)));
+TEST_F(RealApplicationsTest, FirefoxAndThunderbirdTellTheirNamesAndVersions) {
+  const struct {
+    const char* identifier;
+    std::string package;
+    const char* name;
+  } rows[] = {{"org.mozilla.firefox", "firefox-esr", "Firefox ESR"},
+              {"org.mozilla.thunderbird", "thunderbird", "Thunderbird"}};
+  for (const auto& row : rows) {
+    const auto path = _applications.withIdentifier(row.identifier);
+    ASSERT_EQ(path, "/usr/share/applications/" + row.package + ".desktop");
+    std::string version(debianVersion(row.package).view());
+    ASSERT_TRUE(version.ends_with("esr")) << version;
+    version.resize(version.size() - 3);
+    EXPECT_THAT(
+        *_applications.info(*path),
+        ElementsAre(Pair("CFBundleIdentifier", row.identifier), Pair("CFBundleName", row.name),
+                    Pair("CFBundleShortVersionString", version)));
+  }
 }
 
 TEST_F(RealApplicationsTest, ChromiumIsNotChrome) {

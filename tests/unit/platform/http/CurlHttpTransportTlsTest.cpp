@@ -1,22 +1,29 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <filesystem>
 #include <optional>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <vector>
 
+#include "tests/support/LoopbackClient.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/platform/http/CurlHttpTransportFixture.h"
 
-// HTTPS, with servers of OpenSSL.
+// HTTPS with servers of OpenSSL, and both schemes through squid.
 
 namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using zt::test::LoopbackPort;
 using zt::test::LoopbackResponse;
 using zt::test::LoopbackServer;
 using zt::test::ok;
@@ -279,6 +286,111 @@ TEST_F(CurlHttpTransportTlsOptions, AnOldVersionOfTlsIsRefused) {
   options.minimumTlsVersion = ZtTlsVersion::Tls13;
   EXPECT_EQ(getWith(options, old.url("there")).error, ZtDeliveryError::Tls);
   EXPECT_EQ(getWith(options, server.url("there")).body, "over TLS");
+}
+
+bool isAccepting(int port) try {
+  const zt::test::RawClient client(port);
+  return true;
+} catch (const std::runtime_error&) {
+  return false;
+}
+
+/// squid on a loopback port, with the user "ada" and the password "s3cret/".
+class Squid {
+ public:
+  /// `access` are lines of its configuration; the acl "known" stands for its users.
+  explicit Squid(const std::string& access) {
+    // squid runs as another user if root starts it.
+    std::filesystem::permissions(_folder.path(), std::filesystem::perms::all);
+    const std::string password = runProgram("openssl", {"passwd", "-apr1", "s3cret/"}).output;
+    const std::string users = _folder.write("users", "ada:" + password);
+    // Another process may take the port before squid does.
+    for (int attempt = 0; attempt < 5 && !_squid; ++attempt) {
+      _port = LoopbackPort(LoopbackPort::Refuses).number();
+      start(_folder.write("squid.conf",
+                          "http_port 127.0.0.1:" + std::to_string(_port) +
+                              "\nauth_param basic program /usr/lib/squid/basic_ncsa_auth " + users +
+                              "\nacl known proxy_auth REQUIRED\n" + access +
+                              "\nvisible_hostname localhost\ncoredump_dir " + _folder.path() +
+                              "\ncache deny all\naccess_log none\ncache_log /dev/null\n"
+                              "pid_filename none\nnetdb_filename none\npinger_enable off\n"
+                              "max_filedescriptors 256\n"));
+    }
+  }
+  Squid(const Squid&) = delete;
+  Squid& operator=(const Squid&) = delete;
+  ~Squid() {
+    // An orderly end takes two seconds.
+    if (_squid) _squid->signal(SIGKILL);
+  }
+
+  bool isRunning() const { return _squid.has_value(); }
+  /// Its URL; `user` is empty or ends with "@".
+  std::string url(const std::string& user = "") const {
+    return "http://" + user + "127.0.0.1:" + std::to_string(_port);
+  }
+
+ private:
+  void start(const std::string& configuration) {
+    _squid.emplace(std::vector<std::string>{
+        "sh", "-c", "PATH=$PATH:/usr/sbin; exec squid -N -n zt$$ -d 1 -f \"$0\" 2>&1",
+        configuration});
+    // squid writes this when the port is its own, but before it listens.
+    std::optional<std::string> line;
+    do {
+      line = _squid->readLine();
+    } while (line && line->find("Accepting HTTP Socket connections") == std::string::npos);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    while (line && !isAccepting(_port)) {
+      if (std::chrono::steady_clock::now() > end) line.reset();
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (!line) _squid.reset();
+  }
+
+  TemporaryFolder _folder;
+  int _port = 0;
+  std::optional<Subprocess> _squid;
+};
+
+// Requests with http are passed on, those with https go through a tunnel (CONNECT).
+TEST_F(CurlHttpTransportTlsOptions, SquidPassesOnWhatItsRulesAllow) {
+  if (runProgram("sh", {"-c", "PATH=$PATH:/usr/sbin; command -v squid"}).status != 0) {
+    GTEST_SKIP() << "squid is not installed";
+  }
+  const Squid open("http_access allow all");
+  const Squid closed("http_access deny all");
+  const Squid withUsers("http_access allow known");
+  LoopbackServer plain([](const std::string&) { return ok("in the clear"); });
+  const struct {
+    const Squid& squid;
+    const char* user;
+    int status;  ///< of the proxy; 200 if it passes the request on
+  } rows[] = {
+      {open, "", 200},
+      {closed, "", 403},
+      {withUsers, "", 407},
+      {withUsers, "ada:s3cret%2F@", 200},
+      {withUsers, "ada:wrong@", 407},
+  };
+  std::size_t passed = 0;
+  for (const auto& [squid, user, status] : rows) {
+    ASSERT_TRUE(squid.isRunning());
+    SCOPED_TRACE(user + std::to_string(status));
+    ZtTransportOptions options = trusting();
+    options.proxy = squid.url(user);
+    const zt::HttpResponse http = getWith(options, plain.url("/"));
+    EXPECT_EQ(http.status, status) << http.message;
+    if (status == 200) ++passed;
+    EXPECT_THAT(plain.requests(), testing::SizeIs(passed));
+
+    const zt::HttpResponse https = getWith(options, server.url("there"));
+    EXPECT_EQ(https.body, status == 200 ? "over TLS" : "");
+    EXPECT_EQ(https.error, status == 200 ? ZtDeliveryError::NoError : ZtDeliveryError::Proxy)
+        << https.message;
+    EXPECT_THAT(https.message, testing::Not(HasSubstr("s3cret")));
+  }
+  EXPECT_THAT(plain.requests().at(0), HasSubstr("\r\nVia: "));
 }
 
 }  // namespace

@@ -148,17 +148,14 @@ TEST(DateTextTest, ALocaleThatIcuCannotWriteInIsTheCLocale) {
 TEST(DateTextTest, AChangedZoneShowsAtTheNextCall) {
   const UserIn user("Europe/Berlin", "de_DE.UTF-8");
   EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T13:00:00.000MEZ");
-  {
-    const ScopedEnvironment zone("TZ", "America/New_York");
-    EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T07:00:00.000GMT-5");
-  }
-  {
-    const ScopedEnvironment zone("TZ", "NST3:30");
-    EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T08:30:00.000NST");
-  }
-  {
-    const ScopedEnvironment zone("TZ", "NST4:30");
-    EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T07:30:00.000NST");
+  const std::pair<const char*, const char*> rows[] = {
+      {"America/New_York", "2026-11-21T07:00:00.000GMT-5"},
+      {"NST3:30", "2026-11-21T08:30:00.000NST"},
+      {"NST4:30", "2026-11-21T07:30:00.000NST"},
+  };
+  for (const auto& [zone, expected] : rows) {
+    const ScopedEnvironment changed("TZ", zone);
+    EXPECT_EQ(timestamp(kWinterNoon), expected);
   }
   EXPECT_EQ(timestamp(kWinterNoon), "2026-11-21T13:00:00.000MEZ");
 }
