@@ -22,24 +22,25 @@
 /// The fields of every pool and record: one table for each class, in the order in which reports
 /// have them.
 ///
-/// The writer of reports, the JSON description in both directions and its reference page use these
-/// tables; no other code lists the fields. The programs include this header too, so it uses only
-/// exported symbols of the library.
+/// The writer of reports, the JSON description in both directions, its reference page and the C
+/// interface use these tables; no other code lists the fields. The programs include this header
+/// too, so it uses only exported symbols of the library.
 namespace zt {
 
 /// The names of the numbers of an enumeration.
 struct Enumeration {
+  std::string_view name;              ///< of the enumeration itself, for people
   ZtString (*nameOf)(std::uint64_t);  ///< empty for a number without a name
   std::uint64_t count;                ///< all named numbers are below this
   std::uint64_t unnamed;              ///< a number without a name, written as an empty text
 };
 
-inline constexpr Enumeration kStepTypes{ZtPortalDef::stepTypeToString, ZtPortalStepError + 1,
-                                        ZtPortalStepError + 1};
-inline constexpr Enumeration kDiagnoseTypes{ZtPortalDef::diagnoseTypeToString,
+inline constexpr Enumeration kStepTypes{"step type", ZtPortalDef::stepTypeToString,
+                                        ZtPortalStepError + 1, ZtPortalStepError + 1};
+inline constexpr Enumeration kDiagnoseTypes{"diagnose type", ZtPortalDef::diagnoseTypeToString,
                                             ZtPortalDiagnoseRIS + 1, ZtPortalDiagnoseRIS + 1};
-inline constexpr Enumeration kLanguages{ZtPortalDef::languageToString, ZtLanguageVietnamese + 1,
-                                        ZtLanguageSerbian};
+inline constexpr Enumeration kLanguages{"language", ZtPortalDef::languageToString,
+                                        ZtLanguageVietnamese + 1, ZtLanguageSerbian};
 
 /// A row of a table. The type of the member is the type of the field: `ZtAtomic<ZtString>`,
 /// `ZtAtomic<ZtDate>`, `std::int32_t`, `ZtBOOL`, `std::uint64_t` (an enumeration), or a list of

@@ -6,6 +6,7 @@
 #include "ztportal/base/Log.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/base/ZtException.h"
+#include "ztportal/report/Customers.h"
 #include "ztportal/system/ZtHost.h"
 
 namespace {
@@ -54,6 +55,8 @@ void moveFacts(const std::shared_ptr<ZtReport::Facts>& facts, Add add) {
 }
 
 }  // namespace
+
+bool zt::isCustomer(const ZtString& id) { return customerWithId(id) != nullptr; }
 
 std::shared_ptr<ZtReport> ZtReport::initWithCustomerAndGuid(const ZtString& customer,
                                                             const ZtString& guid) try {

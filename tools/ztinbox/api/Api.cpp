@@ -8,12 +8,12 @@
 #include <string>
 #include <utility>
 
-#include "tools/common/Json.h"
 #include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/api/QueryParameters.h"
 #include "tools/ztinbox/api/ReportJson.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
 #include "ztportal/base/Text.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::inbox {
 

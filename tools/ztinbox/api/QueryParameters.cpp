@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-#include "tools/common/Rfc3339.h"
 #include "tools/ztinbox/Fault.h"
 #include "ztportal/base/Text.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 namespace zt::inbox {
 

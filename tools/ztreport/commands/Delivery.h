@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "tools/common/Json.h"
+#include "ztportal/platform/json/Json.h"
 #include "ztportal/ztportal.h"
 
 // What the commands that send say about it.

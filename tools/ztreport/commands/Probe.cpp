@@ -2,9 +2,9 @@
 #include <string>
 #include <string_view>
 
-#include "tools/common/Json.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "ztportal/base/Text.h"
+#include "ztportal/platform/json/Json.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {
