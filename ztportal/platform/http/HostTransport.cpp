@@ -25,6 +25,13 @@ ZtTransportResponse responseTo(const ZtTransportRequest& request,
 
 HttpResponse exchangeByHost(const HttpRequest& request) {
   using Clock = std::chrono::steady_clock;
+  HttpResponse response;
+  // A host that wants no server for a document gives it no URL.
+  if (request.url.empty()) {
+    response.error = ZtDeliveryError::Address;
+    response.message = "There is no URL.";
+    return response;
+  }
   ZtTransportRequest passed;
   passed.method = request.method;
   passed.url = request.url;
@@ -37,7 +44,6 @@ HttpResponse exchangeByHost(const HttpRequest& request) {
 
   const Clock::time_point start = Clock::now();
   ZtTransportResponse received = responseTo(passed, *request.options);
-  HttpResponse response;
   response.times.total =
       std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
   response.status = received.status;
