@@ -11,6 +11,7 @@
 #include "TestPaths.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/LoopbackServer.h"
+#include "tests/support/Markdown.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 
@@ -20,6 +21,7 @@
 namespace zt::test {
 namespace {
 
+using testing::AllOf;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
@@ -29,12 +31,18 @@ using Pools = std::vector<std::string>;
 class ExamplesTest : public testing::Test {
  protected:
   ProgramResult run(const std::string& example, const std::vector<std::string>& arguments = {}) {
-    return runProgram(
-        paths::kExamples + "." + example + "/" + example, arguments,
-        {.environment = std::vector<std::string>{
-             "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(), "PATH=/usr/bin:/bin",
-             "HOME=/home/ada", "USER=" + _user, "QT_QPA_PLATFORM=offscreen", "no_proxy=127.0.0.1",
-             "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
+    return runFile(paths::kExamples + "." + example + "/" + example, arguments);
+  }
+  /// Runs a program that finds the installed library and its programs.
+  ProgramResult runFile(const std::string& program, const std::vector<std::string>& arguments) {
+    return runProgram(program, arguments,
+                      {.environment = std::vector<std::string>{
+                           "XDG_DATA_HOME=" + _data.path(), "http_proxy=" + _inbox.url(),
+                           "PATH=" + paths::kInstalled + "/bin:/usr/bin:/bin", "HOME=/home/ada",
+                           "USER=" + _user, "QT_QPA_PLATFORM=offscreen", "no_proxy=127.0.0.1",
+                           "PKG_CONFIG_PATH=" + paths::kInstalledLibraries + "/pkgconfig",
+                           "LD_LIBRARY_PATH=" + paths::kInstalledLibraries,
+                           "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   }
 
   /// Pool types of every report that the inbox has, oldest first.
@@ -195,6 +203,70 @@ TEST_F(ExamplesTest, EventLoopsKeepDrawingWhileTheServerHangs) {
   }
   EXPECT_EQ(run("glib-loop", {"2"}).status, 0);
   EXPECT_FALSE(receivedPools().empty());
+}
+
+TEST_F(ExamplesTest, CHostSendsItsRunAndThenWhatWasSaved) {
+  _inbox.behave(R"({"answer": "refuse"})");
+  const ProgramResult refused = run("c-host", {_inbox.configurationUrl()});
+  EXPECT_THAT(refused.output, MatchesRegex("The response is not the expected one.\nIt is saved as\n"
+                                           "  .*/Kelvane/Example C Host/reports/\\{.*\\}.ztr\n"));
+  EXPECT_THAT(refused.errors, HasSubstr("c-host: report: not accepted by "));
+  EXPECT_EQ(refused.status, 1);
+
+  _inbox.behave(R"({"answer": "accept"})");
+  const ProgramResult accepted = run("c-host", {_inbox.configurationUrl()});
+  EXPECT_THAT(accepted.output, MatchesRegex("The server has accepted the report.\n"
+                                            "\\{.*\\}: The server has accepted the report.\n"
+                                            "Saved reports of earlier runs: 1 sent, 0 left.\n"));
+  EXPECT_EQ(accepted.status, 0);
+  const Pools pools{"COMPUTER_SYSTEM", "EXECUTION"};
+  EXPECT_THAT(receivedPools(), ElementsAre(pools, pools, pools));
+  const std::string request = _inbox.raw(_inbox.reports().at(0).number);
+  EXPECT_THAT(request, HasSubstr(">42 files<"));
+  EXPECT_THAT(request, HasSubstr(">COPIED<"));
+}
+
+TEST_F(ExamplesTest, RustReportsThroughTheCInterface) {
+  if (!std::filesystem::exists(paths::kExamples + ".rust")) GTEST_SKIP() << "rustc is missing";
+  const ProgramResult accepted = run("rust", {_inbox.configurationUrl()});
+  EXPECT_EQ(accepted.output, "The server accepted the report.\n");
+  EXPECT_EQ(accepted.status, 0) << accepted.errors;
+  EXPECT_THAT(receivedPools(), ElementsAre(Pools{"EXECUTION"}));
+
+  _inbox.behave(R"({"answer": "refuse"})");
+  const ProgramResult refused = run("rust", {_inbox.configurationUrl()});
+  EXPECT_EQ(refused.errors, "Error: \"The response is not the expected one.\"\n");
+  EXPECT_EQ(refused.status, 1);
+}
+
+TEST_F(ExamplesTest, PostInstallReportsTheInstallationAndKeepsItsResult) {
+  const std::string hook = paths::kSource + "/examples/post-install/post-install configure";
+  const auto runHook = [&](const std::string& root, const std::string& oldVersion) {
+    return runFile("/bin/sh", {"-c", "DPKG_ROOT=" + root + " exec sh " + hook + oldVersion});
+  };
+  EXPECT_EQ(runHook(_data.path(), ""), (ProgramResult{0, "", ""}));
+  EXPECT_THAT(_inbox.raw(1), HasSubstr(">installation<"));
+  EXPECT_EQ(runHook("/proc", " 2.0").status, 1) << "no folder can be created there";
+  EXPECT_THAT(_inbox.raw(2), AllOf(HasSubstr(">upgrade<"), HasSubstr(">EXIT_STATUS<")));
+
+  _inbox.behave(R"({"answer": "refuse"})");
+  EXPECT_EQ(runHook(_data.path(), " 2.0").status, 0);
+  EXPECT_EQ(savedReports("Example Package"), 1U);
+}
+
+// The page starts with a program in C, which is built with the commands that follow it.
+TEST_F(ExamplesTest, ProgramOfTheBindingsPageReports) {
+  const TemporaryFolder folder;
+  std::string commands = "set -e; cd " + folder.path() + "\n";
+  for (const MarkdownBlock& block : markdownBlocks(paths::kSource + "/docs/bindings.md")) {
+    if (block.language == "c") folder.write(block.name, block.content);
+    if (block.language == "sh") commands += block.content;
+  }
+  const std::string port = ":8025";
+  commands.replace(commands.find(port), port.size(), ":" + std::to_string(_inbox.port()));
+  const ProgramResult hello = runFile("/bin/sh", {"-c", commands});
+  EXPECT_EQ(hello, (ProgramResult{0, "", ""}));
+  EXPECT_THAT(receivedPools(), ElementsAre(Pools{"EXECUTION"}));
 }
 
 }  // namespace

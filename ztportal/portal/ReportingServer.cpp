@@ -90,7 +90,13 @@ ZtTransportResponse responseTo(const ZtTransportRequest& request,
 /// Sends `request` by the host's own transport, with the headers of the library and then those of
 /// the options.
 HttpResponse exchangeByHost(const HttpRequest& request) {
-  using Clock = std::chrono::steady_clock;
+  HttpResponse response;
+  // A host that wants no server for a document gives it no URL.
+  if (request.url.empty()) {
+    response.error = ZtDeliveryError::Address;
+    response.message = "There is no URL.";
+    return response;
+  }
   ZtTransportRequest passed;
   passed.method = request.method;
   passed.url = request.url;
@@ -101,11 +107,10 @@ HttpResponse exchangeByHost(const HttpRequest& request) {
   passed.headers.insert(passed.headers.end(), more.begin(), more.end());
   passed.body = request.body.value_or("");
 
-  const Clock::time_point start = Clock::now();
+  const auto start = std::chrono::steady_clock::now();
   ZtTransportResponse received = responseTo(passed, *request.options);
-  HttpResponse response;
-  response.times.total =
-      std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  response.times.total = std::chrono::duration_cast<std::chrono::microseconds>(
+      std::chrono::steady_clock::now() - start);
   response.status = received.status;
   response.retryAfter = received.retryAfter;
   if (received.status != 0) {

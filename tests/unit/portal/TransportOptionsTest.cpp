@@ -159,6 +159,22 @@ TEST_F(TransportOptionsTest, AHostsTransportGetsTheWholeRequest) {
   EXPECT_GE(document->lastDelivery().totalTime.count(), 0);
 }
 
+// The transport of the host was called with an empty URL when a document without one was created.
+TEST_F(TransportOptionsTest, AHostsTransportIsNotAskedWithoutAUrl) {
+  std::size_t asked = 0;
+  ZtTransportOptions options;
+  options.transport = [&](const ZtTransportRequest&) {
+    ++asked;
+    return ZtTransportResponse();
+  };
+  ZtHost::setTransportOptions(options);
+  const auto document = ZtPortalData::initWithValues("", false, "", "", "");
+  document->addPool("CUSTOM", ZtDate());
+  EXPECT_FALSE(document->reportToServer());
+  EXPECT_EQ(asked, 0U);
+  EXPECT_EQ(document->lastDelivery().outcome, ZtDeliveryOutcome::Offline);
+}
+
 TEST_F(TransportOptionsTest, AHostsTransportMayFail) {
   const auto failed = [](const char* reason) {
     ZtTransportResponse response;
