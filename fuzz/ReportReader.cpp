@@ -3,7 +3,7 @@
 #include "fuzz/FuzzTarget.h"
 #include "tools/ztreport/commands/ReportTree.h"
 #include "tools/ztreport/description/DescribedReport.h"
-#include "tools/ztreport/description/Description.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 namespace {
 
@@ -25,7 +25,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) try {
   const zt::reader::ParsedReport report = zt::reader::readReport(zt::fuzz::textOf(data, size));
   zt::fuzz::require(!zt::tools::reportTree(report, {}).empty());
   const std::string description = zt::tools::describedReport(report).text();
-  const auto document = zt::tools::Description(description).makeOffline();
+  const auto document = ZtReportDescription(description).makeOffline();
   std::string again = document->generateXml("", report.form == zt::reader::Form::Soap);
   if (!again.empty()) {
     replaceFirst(again, document->machineId(), report.machineId);

@@ -64,6 +64,7 @@
 #include "ztportal/portal/ZtDelivery.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtPortalData.h"
+#include "ztportal/portal/ZtReportDescription.h"
 #include "ztportal/portal/ZtReportStore.h"
 #include "ztportal/portal/ZtUtils.h"
 #include "ztportal/report/ZtApplicationIds.h"

@@ -3,8 +3,10 @@
 #include <new>
 #include <system_error>
 
+#include "ztportal/base/ZtException.h"
 #include "ztportal/c/Call.h"
 #include "ztportal/platform/Platform.h"
+#include "ztportal/portal/ZtReportDescription.h"
 #include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 
@@ -40,6 +42,12 @@ constexpr std::array<ReportValue, 10> kReportValues{{
     {"serverVersion", reportValue<&ZtPortalData::serverVersion>},
     {"file", [](const ZtPortalData& document) { return document.reportFile(); }},
 }};
+
+ZtReportDescription descriptionOf(std::string_view json) try {
+  return ZtReportDescription(json);
+} catch (const ZtException& error) {
+  fail(ZT_BAD_JSON, error.reason().view());
+}
 
 std::string rendered(ZtPortalData& document, bool soap) {
   std::string text = soap ? document.getSoapString() : document.generateXml(nullptr, false);
@@ -103,6 +111,18 @@ zt_status zt_report_create(const char* configuration_url, const char* customer_i
                                                  application_id, application_version);
     if (document == nullptr) throw std::bad_alloc();
     *report = new zt_report{std::move(document)};
+  });
+}
+
+zt_status zt_report_from_json(const char* json, size_t length, uint32_t flags, zt_report** report) {
+  return zt::c::call([&] {
+    zt::c::required(report, "report") = nullptr;
+    if ((flags & ~ZT_OFFLINE) != 0) zt::c::fail(ZT_BAD_ARGUMENT, "an unknown flag");
+    const std::string_view text(&zt::c::required(json, "json"), length);
+    const auto description = zt::c::descriptionOf(text);
+    const ZtString& url = description.configurationUrl();
+    const bool isOffline = (flags & ZT_OFFLINE) != 0 || url.empty();
+    *report = new zt_report{isOffline ? description.makeOffline() : description.makeOnline(url)};
   });
 }
 

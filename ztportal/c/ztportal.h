@@ -319,7 +319,7 @@ typedef struct zt_array zt_array;   /* the generic fields of a pool, or an array
 #define ZT_NOW INT64_MAX     /* the time of the call */
 #define ZT_NO_DATE INT64_MIN /* a missing date */
 
-/* Flags of zt_report_create and zt_report_from_json. */
+/* Flags of zt_report_create. */
 #define ZT_CACHE_CONFIGURATION 1u /* a configuration that was read before may be reused */
 #define ZT_OFFLINE 2u             /* contact no server: for rendering, saving and zt_sender_send */
 
@@ -330,8 +330,9 @@ ZT_C_EXPORT zt_status zt_report_create(const char* configuration_url, const char
                                        const char* application_id, const char* application_version,
                                        uint32_t flags, zt_report** report);
 /* Creates the report that `json`, of `length` bytes, describes with its pools, as in
- * docs/report-description.md; it may name the configuration's URL, too. ZT_BAD_JSON: zt_last_error
- * has the place, such as "/pools/0/steps/2/stepType: expected …"; no server was contacted. */
+ * docs/report-description.md. It may name the URL of the configuration, which is used unless
+ * `flags` has ZT_OFFLINE; other flags are ZT_BAD_ARGUMENT. ZT_BAD_JSON: zt_last_error has the
+ * place, such as "/pools/0/steps/2/stepType: expected …"; no server was contacted. */
 ZT_C_EXPORT zt_status zt_report_from_json(const char* json, size_t length, uint32_t flags,
                                           zt_report** report);
 /* Releases a report with its pools. Not for the report of a run. */

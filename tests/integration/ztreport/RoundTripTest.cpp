@@ -8,7 +8,7 @@
 #include "tests/unit/tools/ztreport/DescriptionGenerator.h"
 #include "tools/common/ReportReader.h"
 #include "tools/ztreport/description/DescribedReport.h"
-#include "tools/ztreport/description/Description.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 // A description made from a report's text renders as that text again.
 
@@ -17,7 +17,7 @@ namespace {
 
 using zt::reader::readReport;
 using zt::tools::describedReport;
-using zt::tools::Description;
+using Description = ZtReportDescription;
 
 /// The text of a described report with a fixed ID.
 std::string rendered(const std::string& description, bool soap) {
@@ -87,7 +87,7 @@ TEST_F(RoundTripTextTest, ArraysAsDeepAsADescriptionCanBe) {
   expectRoundTrip(nested(498, ""), true);
   expectRoundTrip(nested(497, R"({"name": "X", "type": "none"})"), true);
   const std::string tooDeep = nested(498, R"({"name": "X", "type": "none"})");
-  EXPECT_THROW(Description{tooDeep}, zt::JsonError);
+  EXPECT_THROW(Description{tooDeep}, ZtException);
 }
 
 TEST_F(RoundTripTextTest, AReportWithoutPools) {

@@ -8,11 +8,11 @@
 #include <string>
 #include <utility>
 
-#include "tools/common/Json.h"
 #include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/api/QueryParameters.h"
 #include "tools/ztinbox/api/ReportJson.h"
 #include "tools/ztinbox/faults/BehaviourJson.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::inbox {
 

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <limits>
 
-#include "tools/common/Rfc3339.h"
 #include "tools/ztinbox/Fault.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 namespace zt::inbox {
 

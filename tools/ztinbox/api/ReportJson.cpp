@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <utility>
 
-#include "tools/common/Json.h"
 #include "tools/common/ReportReader.h"
-#include "tools/common/Rfc3339.h"
 #include "tools/ztinbox/soap/ReportContent.h"
+#include "ztportal/platform/json/Json.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 namespace zt::inbox {
 

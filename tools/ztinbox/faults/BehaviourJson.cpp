@@ -4,8 +4,8 @@
 #include <optional>
 #include <utility>
 
-#include "tools/common/Json.h"
 #include "tools/ztinbox/Fault.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::inbox {
 

@@ -7,8 +7,8 @@
 #include <array>
 #include <charconv>
 
-#include "tools/common/Json.h"
 #include "ztportal/base/Text.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::inbox {
 

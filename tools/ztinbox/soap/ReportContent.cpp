@@ -5,7 +5,7 @@
 #include <unordered_map>
 
 #include "tools/common/ReportReader.h"
-#include "tools/common/Rfc3339.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 namespace zt::inbox {
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tools/common/Json.h"
+#include "ztportal/platform/json/Json.h"
 #include "ztportal/ztportal.h"
 
 // What the commands that send say about it.

@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "tools/common/Json.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::tools {
 

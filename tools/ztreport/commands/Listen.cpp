@@ -11,10 +11,10 @@
 #include <string>
 #include <vector>
 
-#include "tools/common/Json.h"
 #include "tools/common/StopSignals.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/UserBus.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::tools {
 

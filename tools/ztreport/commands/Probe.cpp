@@ -1,8 +1,8 @@
 #include <string>
 #include <string_view>
 
-#include "tools/common/Json.h"
 #include "tools/ztreport/commands/Commands.h"
+#include "ztportal/platform/json/Json.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {

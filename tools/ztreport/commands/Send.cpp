@@ -11,8 +11,8 @@
 #include "tools/ztreport/commands/Delivery.h"
 #include "tools/ztreport/commands/MalformedValues.h"
 #include "tools/ztreport/commands/SavedReports.h"
-#include "tools/ztreport/description/Description.h"
 #include "tools/ztreport/network/WebAddress.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 // The commands that make a report: render, send, save and run.
 
@@ -20,14 +20,14 @@ namespace zt::tools {
 
 namespace {
 
-Description describe(const std::string& file) try {
-  return Description(readAll(file));
-} catch (const JsonError& error) {
+ZtReportDescription describe(const std::string& file) try {
+  return ZtReportDescription(readAll(file));
+} catch (const ZtException& error) {
   throw Failure(Exit::WrongInput, nameOf(file) + ": " + error.what());
 }
 
-Description describeForDelivery(const std::string& file) {
-  Description description = describe(file);
+ZtReportDescription describeForDelivery(const std::string& file) {
+  ZtReportDescription description = describe(file);
   if (description.hasPools()) return description;
   throw Failure(Exit::WrongInput,
                 nameOf(file) + ": /pools: a report without a pool has no text to deliver");
@@ -176,7 +176,7 @@ Exit send(const std::string& file, const std::optional<std::string>& configurati
           Output output) {
   if (configurationUrl) checkConfigurationUrl(*configurationUrl);
   requireConsent();
-  const Description description = describeForDelivery(file);
+  const ZtReportDescription description = describeForDelivery(file);
   const std::string url =
       configurationUrl ? *configurationUrl : text(description.configurationUrl());
   if (!webAddress(url)) {

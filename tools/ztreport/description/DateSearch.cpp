@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "tools/common/Rfc3339.h"
-#include "tools/ztreport/description/JsonValue.h"
+#include "ztportal/platform/time/Rfc3339.h"
+#include "ztportal/portal/description/DescribedDate.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::tools {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "tools/common/Json.h"
 #include "tools/common/ReportReader.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::tools {
 

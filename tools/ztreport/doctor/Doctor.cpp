@@ -2,10 +2,10 @@
 #include <limits>
 #include <string_view>
 
-#include "tools/common/Json.h"
 #include "tools/common/Terminal.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/doctor/Checks.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::tools {
 

@@ -8,13 +8,13 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/unit/tools/ztreport/DescriptionGenerator.h"
 #include "tools/ztreport/description/DateSearch.h"
-#include "tools/ztreport/description/JsonValue.h"
+#include "ztportal/portal/description/DescribedDate.h"
 #include "ztportal/ztportal.h"
 
 namespace {
 
+using zt::dateOf;
 using zt::test::ScopedEnvironment;
-using zt::tools::dateOf;
 using zt::tools::DateSearch;
 
 using Found = std::optional<std::string>;

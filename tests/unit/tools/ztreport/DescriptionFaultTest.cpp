@@ -2,13 +2,13 @@
 
 #include <string>
 
-#include "tests/unit/tools/ztreport/JsonFault.h"
-#include "tools/ztreport/description/Description.h"
+#include "tests/support/JsonFault.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 namespace {
 
 using zt::test::faultOf;
-using zt::tools::Description;
+using Description = ZtReportDescription;
 
 std::string faultIn(const std::string& text) {
   return faultOf([&] { const Description description(text); });

@@ -15,8 +15,8 @@
 #include <type_traits>
 #include <vector>
 
-#include "tools/common/Rfc3339.h"
 #include "ztportal/base/ZtDate.h"
+#include "ztportal/platform/time/Rfc3339.h"
 #include "ztportal/pools/FieldTable.h"
 
 namespace zt::test {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "tests/unit/pools/PoolsFixture.h"
-#include "tools/ztreport/description/Description.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 // What a description makes: the same as the corresponding calls. How that is written is a
 // matter of the pools' own tests; that each key has its field, of ReferencePageTest.
@@ -15,7 +15,7 @@
 namespace zt::test {
 namespace {
 
-using zt::tools::Description;
+using Description = ZtReportDescription;
 
 class DescriptionTest : public PoolsFixture {
  protected:

@@ -13,9 +13,9 @@
 #include <vector>
 
 #include "TestPaths.h"
-#include "tests/unit/tools/ztreport/JsonFault.h"
-#include "tools/ztreport/description/Description.h"
+#include "tests/support/JsonFault.h"
 #include "ztportal/pools/FieldTable.h"
+#include "ztportal/portal/ZtReportDescription.h"
 
 // docs/report-description.md: the tables of the kinds of pools are generated from the field tables,
 // and the hand-written tables are compared with the keys that a description accepts.
@@ -24,7 +24,7 @@ namespace {
 
 using zt::eachField;
 using zt::Fields;
-using zt::tools::Description;
+using Description = ZtReportDescription;
 
 const std::string kPage = zt::test::paths::kSource + "/docs/report-description.md";
 constexpr std::string_view kGenerated = "<!-- The rest of this page is generated.";

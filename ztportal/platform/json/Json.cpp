@@ -1,4 +1,4 @@
-#include "tools/common/Json.h"
+#include "ztportal/platform/json/Json.h"
 
 #include <algorithm>
 #include <map>

@@ -2,20 +2,16 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "tools/common/Json.h"
-#include "ztportal/ztportal.h"
+#include "ztportal/base/ZtBOOL.h"
+#include "ztportal/base/ZtDate.h"
+#include "ztportal/base/ZtString.h"
+#include "ztportal/platform/json/Json.h"
 
-namespace zt::tools {
-
-/// Reads the timestamp of a description: RFC 3339 with "T" and "Z" in capitals, a fraction of at
-/// most nine digits (cut off after the third) and no leap seconds. Nullopt for any other text.
-std::optional<ZtDate> dateOf(std::string_view text);
+namespace zt {
 
 /// A value of a description and its JSON pointer. Reads the value as a type of the library; throws
 /// `JsonError` with the pointer for any other kind of value.
@@ -60,4 +56,4 @@ class JsonValue {
   std::string _pointer;
 };
 
-}  // namespace zt::tools
+}  // namespace zt

@@ -4,14 +4,12 @@
 #include <limits>
 #include <string>
 
+#include "tests/support/JsonFault.h"
 #include "tests/support/Printing.h"
-#include "tests/unit/tools/ztreport/JsonFault.h"
-#include "tools/ztreport/description/JsonValue.h"
+#include "ztportal/portal/description/JsonValue.h"
 
 namespace zt::test {
 namespace {
-
-using zt::tools::JsonValue;
 
 template <class Result>
 Result valueOf(const std::string& json, Result (JsonValue::*read)() const) {

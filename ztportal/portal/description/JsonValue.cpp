@@ -1,19 +1,13 @@
-#include "tools/ztreport/description/JsonValue.h"
+#include "ztportal/portal/description/JsonValue.h"
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
-#include "tools/common/Rfc3339.h"
+#include "ztportal/portal/description/DescribedDate.h"
 
-namespace zt::tools {
-
-std::optional<ZtDate> dateOf(std::string_view text) {
-  const auto parsed = parseRfc3339(text);
-  const bool isRead = parsed && !parsed->isLeapSecond && parsed->fractionDigits <= 9;
-  if (!isRead || text.ends_with('z')) return std::nullopt;
-  return ZtDate::fromMilliseconds(std::int64_t{parsed->time.count()});
-}
+namespace zt {
 
 void JsonValue::fail(const std::string& reason) const {
   throw JsonError(withPointer(_pointer, reason));
@@ -132,4 +126,4 @@ JsonValue JsonValue::child(const std::string& name, const Json& value) const {
   return {value, childPointer(_pointer, name)};
 }
 
-}  // namespace zt::tools
+}  // namespace zt

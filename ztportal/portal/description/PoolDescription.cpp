@@ -1,17 +1,18 @@
+#include "ztportal/portal/description/PoolDescription.h"
+
 #include <concepts>
 #include <cstdint>
 #include <memory>
 #include <string>
 #include <string_view>
-#include <tuple>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
-#include "tools/ztreport/description/Description.h"
 #include "ztportal/pools/FieldTable.h"
+#include "ztportal/portal/NewPools.h"
 
-namespace zt::tools {
+namespace zt {
 
 namespace {
 
@@ -103,33 +104,15 @@ void read(const JsonValue& value, ZtAtomic<std::shared_ptr<const Strings>>& memb
 template <class Object>
 bool readByKey(Object& object, const std::string& key, const JsonValue& value);
 
-template <class Record>
-std::shared_ptr<Record> makeRecord(const JsonValue& object) {
-  if constexpr (requires { Record::initWithValues(ZtDate(), nullptr, 0); }) {
-    return Record::initWithValues(timeStampOf(object), nullptr, 0);
-  } else {
-    return Record::initWithNameAndVersion(nullptr, nullptr);
-  }
-}
-
-template <class Record>
-void read(const JsonValue& value, std::vector<std::shared_ptr<Record>>& list) {
+template <class List>
+void readRecords(const JsonValue& value, List& list) {
+  using Record = typename RecordOf<List>::Type;
   for (const JsonValue& object : value.list()) {
-    const auto& record = list.emplace_back(makeRecord<Record>(object));
+    const auto& record = list.emplace_back(newRecord<Record>(timeStampOf(object)));
     object.eachMember([&record](const std::string& key, const JsonValue& member) {
       return readByKey(*record, key, member);
     });
   }
-}
-template <class Record>
-void read(const JsonValue& value,
-          const std::shared_ptr<std::vector<std::shared_ptr<Record>>>& list) {
-  read(value, *list);
-}
-template <class Record>
-void read(const JsonValue& value,
-          ZtAtomic<std::shared_ptr<std::vector<std::shared_ptr<Record>>>>& list) {
-  read(value, *list.load());
 }
 
 /// Reads the value of `key` into `object`. Returns whether the table of its class has the key.
@@ -140,9 +123,12 @@ bool readByKey(Object& object, const std::string& key, const JsonValue& value) {
     if constexpr (!std::same_as<decltype(row), const FalseField&>) {
       if (row.key != key) return;
       known = true;
+      using Member = typename std::remove_cvref_t<decltype(row)>::Member;
       auto& member = object.*row.member;
       if constexpr (std::same_as<decltype(member), std::uint64_t&>) {
         member = value.enumeration(row.enumeration->nameOf, row.enumeration->count);
+      } else if constexpr (requires { typename RecordOf<Member>::Type; }) {
+        readRecords(value, listOf(member));
       } else {
         read(value, member);
       }
@@ -151,25 +137,17 @@ bool readByKey(Object& object, const std::string& key, const JsonValue& value) {
   return known;
 }
 
-/// How a document adds the pools that need only a timestamp.
-constexpr std::tuple kAdders{&ZtPortalData::addPoolExecution, &ZtPortalData::addPoolDeinstallation,
-                             &ZtPortalData::addPoolInitialization, &ZtPortalData::addPoolDiagnose,
-                             &ZtPortalData::addPoolConnectionManager};
-
 template <class Pool>
-void addPoolOf(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
+void addDescribed(const JsonValue& object, ZtPortalData& document, bool mayExamineMachine) {
   constexpr bool kIsComputer = std::same_as<Pool, ZtPortalPoolComputerSystem>;
   std::shared_ptr<Pool> pool;
   if constexpr (kIsComputer) {
     const Json* autoCheck = object.member("autoCheck");
     const bool checks = autoCheck != nullptr && object.child("autoCheck", *autoCheck).boolean();
     pool = document.addPoolComputerSystemWithAutoCheck(timeStampOf(object),
-                                                       checks && check == MachineCheck::Allowed);
-  } else if constexpr (std::same_as<Pool, ZtPortalPool>) {
-    pool = document.addPool(nullptr, timeStampOf(object));
+                                                       checks && mayExamineMachine);
   } else {
-    using Adder = std::shared_ptr<Pool> (ZtPortalData::*)(const ZtDate&);
-    pool = (document.*std::get<Adder>(kAdders))(timeStampOf(object));
+    pool = addPoolOf<Pool>(document, timeStampOf(object));
   }
   object.eachMember([&pool](const std::string& key, const JsonValue& value) {
     if (key == "kind" || key == "timeStamp") return true;  // read above
@@ -184,7 +162,7 @@ void addPoolOf(const JsonValue& object, ZtPortalData& document, MachineCheck che
 
 }  // namespace
 
-void addPool(const JsonValue& object, ZtPortalData& document, MachineCheck check) {
+void addPool(const JsonValue& object, ZtPortalData& document, bool mayExamineMachine) {
   std::string known;
   eachPoolClass([&known]<class Pool> {
     known.append(known.empty() ? "" : ", ").append(Fields<Pool>::kKind);
@@ -193,10 +171,10 @@ void addPool(const JsonValue& object, ZtPortalData& document, MachineCheck check
   bool added = false;
   eachPoolClass([&]<class Pool> {
     if (Fields<Pool>::kKind != kind) return;
-    addPoolOf<Pool>(object, document, check);
+    addDescribed<Pool>(object, document, mayExamineMachine);
     added = true;
   });
   if (!added) failDiscriminator(object, "kind", known);
 }
 
-}  // namespace zt::tools
+}  // namespace zt

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
-#include "tests/unit/tools/ztreport/JsonFault.h"
-#include "tools/common/Json.h"
+#include "tests/support/JsonFault.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "tools/common/Rfc3339.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 #include <algorithm>
 #include <array>

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/common/Rfc3339.h"
+#include "ztportal/platform/time/Rfc3339.h"
 
 namespace {
 
