@@ -1,0 +1,203 @@
+#!/usr/bin/env python3
+"""Writes the generated modules of the package: python/generate.py, with ZTPORTAL_LIBRARY set.
+
+_interface.py is made from ztportal/c/ztportal.h, and pools.py from the library's own tables
+(zt_schema). A test checks that both are up to date.
+"""
+
+import ctypes
+import json
+import os
+import pathlib
+import re
+import textwrap
+
+SOURCE = pathlib.Path(__file__).resolve().parent
+HEADER = SOURCE.parent / "ztportal" / "c" / "ztportal.h"
+PACKAGE = SOURCE / "ztportal"
+
+NUMBERS = {"bool", "int", "float", "size_t", "int32_t", "uint32_t", "int64_t", "uint64_t"}
+
+
+def wrapped(text, indent):
+    """Lines of at most 100 columns. A pair in parentheses is not broken."""
+    text = re.sub(r'(\("\w+",|"\w+":) ', r"\1~", text)
+    lines = textwrap.wrap(text, 100, subsequent_indent=" " * indent, break_long_words=False)
+    return "\n".join(lines).replace("~", " ")
+
+
+def camel(words):
+    """"step type" is StepType, zt_send_end is SendEnd, and emailClient is EmailClient."""
+    words = re.split("[ _]", words.removeprefix("zt_"))
+    return "".join(word[0].upper() + word[1:] for word in words)
+
+
+class Header:
+    """The declarations of ztportal.h."""
+
+    def __init__(self, text):
+        text = re.sub(r"/\*.*?\*/", "", text, flags=re.DOTALL)
+        self.enumerations = {name: re.findall(r"(\w+) = (\d+)", body) for name, body in
+                             re.findall(r"typedef int32_t (\w+);\s*enum \{([^}]*)\};", text)}
+        self.structures = {name: body for body, name in
+                           re.findall(r"typedef struct \w+ \{([^}]*)\} (\w+);", text)}
+        self.callbacks = {name: (result, parameters) for result, name, parameters in
+                          re.findall(r"typedef (\w+) \(\*(\w+)\)\(([^)]*)\);", text)}
+        self.functions = [(name, result, parameters) for result, name, parameters in re.findall(
+            r"ZT_C_EXPORT ([\w ]+?\*?) ?(\w+)\(([^)]*)\);", text)]
+        # In the order of the header: a callback may use a structure that another one contains.
+        self.types = re.findall(r"typedef (?:struct \w+ \{[^}]*\} (\w+)|\w+ \(\*(\w+)\))", text)
+
+    def type(self, text):
+        """The ctypes type of a type in C."""
+        name = text.replace("const", "").replace("*", "").strip()
+        pointers = text.count("*")
+        if name in ("char", "void"):
+            base, pointers = f"c_{name}_p", pointers - 1
+        elif name in NUMBERS:
+            base = "c_" + name.removesuffix("_t") if name != "size_t" else "c_size_t"
+        elif name in self.enumerations:
+            base = "c_int32"
+        elif name in self.structures or name in self.callbacks:
+            base = camel(name)
+        else:
+            base, pointers = "c_void_p", pointers - 1
+        return "POINTER(" * pointers + base + ")" * pointers
+
+    def parameters(self, text):
+        """The names and types of parameters. The text of a callback may contain zero bytes if its
+        length follows."""
+        words = [one.strip() for one in " ".join(text.split()).split(",")]
+        pairs = [re.fullmatch(r"(.*?)(\w+)", word).groups() for word in words if word != "void"]
+        types = [(name, self.type(kind)) for kind, name in pairs]
+        return types
+
+    def members(self, structure):
+        found = self.parameters(self.structures[structure].replace(";", ",").rstrip(", \n"))
+        return with_lengths(found)
+
+
+def with_lengths(members):
+    """ctypes cuts a text off at its first zero byte, unless it is a plain pointer."""
+    names = [name for name, _ in members]
+    return [(name, "c_void_p" if kind == "c_char_p" and (
+                f"{name}_length" in names or names[i + 1:i + 2] == ["length"]) else kind)
+            for i, (name, kind) in enumerate(members)]
+
+
+def enumeration(name, members):
+    prefix = os.path.commonprefix([member for member, _ in members])
+    prefix = prefix[:prefix.rindex("_") + 1]
+    if any(member[len(prefix)].isdigit() for member, _ in members):
+        prefix = "ZT_"
+    text = f"\n\nclass {camel(name)}(OpenEnum):\n"
+    return text + "".join(f"    {member.removeprefix(prefix)} = {number}\n"
+                          for member, number in members)
+
+
+def interface(header):
+    """The text of _interface.py."""
+    header = Header(header)
+    text = '''"""The declarations of ztportal/c/ztportal.h. Made by python/generate.py; do not edit."""
+
+from ctypes import (CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_float, c_int, c_int32,
+                    c_int64, c_size_t, c_uint32, c_uint64, c_void_p)
+from enum import IntEnum
+from typing import Any
+
+
+class OpenEnum(IntEnum):
+    """A number that a later version of the library adds gets a member as well."""
+
+    @classmethod
+    def _missing_(cls, value: Any) -> IntEnum:
+        member = int.__new__(cls, value)
+        member._name_, member._value_ = f"UNKNOWN_{value}", value
+        return member
+'''
+    for name, members in header.enumerations.items():
+        text += enumeration(name, members)
+    for structure, callback in header.types:
+        if structure:
+            members = ", ".join(f'("{name}", {kind})' for name, kind in header.members(structure))
+            text += f"\n\nclass {camel(structure)}(Structure):\n"
+            text += wrapped(f"    _fields_ = [{members}]", 16) + "\n"
+        else:
+            result, parameters = header.callbacks[callback]
+            kinds = [kind for _, kind in with_lengths(header.parameters(parameters))]
+            kinds.insert(0, "None" if result == "void" else header.type(result))
+            text += "\n\n" + wrapped(f"{camel(callback)} = CFUNCTYPE({', '.join(kinds)})", 4) + "\n"
+    text += "\n\n# The result and the parameters of each function.\n"
+    text += "FUNCTIONS: dict[str, tuple[Any, ...]] = {\n"
+    for name, result, parameters in header.functions:
+        kinds = [kind for _, kind in header.parameters(parameters)]
+        kinds.insert(0, "None" if result == "void" else header.type(result))
+        kinds = ", ".join(kinds) + ("," if len(kinds) == 1 else "")
+        text += wrapped(f'    "{name}": ({kinds}),', 8) + "\n"
+    return text + "}\n"
+
+
+ATTRIBUTES = {"string": "String()", "date": "Date()", "integer": "Number(int)",
+              "64-bit integer": "Number(int)", "boolean": "Number(boolean)"}
+
+
+def snake(word):
+    return re.sub(r"(?=[A-Z])", "_", word).lower()
+
+
+def attributes(keys, enumerations):
+    for key in keys:
+        if key["type"] in enumerations:
+            yield f"    {key['key']} = Enumeration({camel(key['type'])})\n"
+        elif key["type"] in ATTRIBUTES:
+            yield f"    {key['key']} = {ATTRIBUTES[key['type']]}\n"
+
+
+def pools(schema):
+    """The text of pools.py."""
+    text = '''"""The kinds of pools. Made by python/generate.py; do not edit."""
+
+from __future__ import annotations
+
+from ._interface import OpenEnum
+from ._library import Text
+from .fields import Date, Enumeration, Number, Pool, Record, String, Value, boolean
+'''
+    for name, members in schema["enumerations"].items():
+        text += f"\n\nclass {camel(name)}(OpenEnum):\n"
+        text += "".join(f"    {member} = {number}\n"
+                        for number, member in enumerate(members) if member)
+    for pool in schema["pools"]:
+        adders = ""
+        for key in pool["keys"]:
+            if not key["type"].startswith("list"):
+                continue
+            one = key["key"].removesuffix("s")
+            if "of" not in key:
+                adders += f"\n    def add_{snake(one)}(self, value: str | bytes) -> None:\n"
+                adders += f'        self._append(b"{key["key"]}", value)\n'
+                continue
+            record = camel(f"{pool['kind']}_{one}" if one == "step" else one)
+            first = next(field["key"] for field in key["of"] if field["type"] == "string")
+            text += f"\n\nclass {record}(Record):\n    __slots__ = ()\n"
+            text += "".join(attributes(key["of"], schema["enumerations"]))
+            adders += (f"\n    def add_{snake(one)}(self, {first}: Text = None, **values: Value) -> "
+                       f"{record}:\n        return self._add_record({record}, "
+                       f'b"{key["key"]}", {{"{first}": {first}, **values}})\n')
+        text += f"\n\nclass {camel(pool['kind'])}Pool(Pool):\n    __slots__ = ()\n"
+        text += f'    _kind = b"{pool["kind"]}"\n'
+        text += "".join(attributes(pool["keys"], schema["enumerations"])) + adders
+    return text
+
+
+def generated():
+    """The texts of both modules."""
+    library = ctypes.CDLL(os.environ["ZTPORTAL_LIBRARY"])
+    library.zt_schema.restype = ctypes.c_char_p
+    return {"_interface.py": interface(HEADER.read_text()),
+            "pools.py": pools(json.loads(library.zt_schema()))}
+
+
+if __name__ == "__main__":
+    for name, text in generated().items():
+        (PACKAGE / name).write_text(text)
