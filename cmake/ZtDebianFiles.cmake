@@ -30,7 +30,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   endforeach()
 
   # The loader finds the library in /usr/lib without an RPATH.
-  file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/ztportal/*")
+  file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/*/*")
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE "${program}")
   endforeach()

@@ -10,7 +10,7 @@ install(
   EXPORT ztportal-shared-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS ztportal_dscl ztportal_applications
-        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal" COMPONENT runtime)
+        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/${ZT_LIBEXEC_NAME}" COMPONENT runtime)
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
