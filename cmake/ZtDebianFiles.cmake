@@ -5,20 +5,27 @@ function(run)
   execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY)
 endfunction()
 
+set(packaging "${CPACK_ZT_SOURCE}/packaging")
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER "${component}" COMPONENT)
   set(prefix "${CPACK_TEMPORARY_DIRECTORY}/${component}${CPACK_PACKAGING_INSTALL_PREFIX}")
   set(package "${CPACK_DEBIAN_${COMPONENT}_PACKAGE_NAME}")
   set(doc "${prefix}/share/doc/${package}")
 
-  file(COPY "${CPACK_ZT_PACKAGING}/copyright" "${CPACK_ZT_PACKAGING}/changelog" DESTINATION "${doc}")
+  file(COPY "${packaging}/copyright" "${packaging}/changelog" DESTINATION "${doc}")
   run(gzip -9n "${doc}/changelog")
-  if(EXISTS "${CPACK_ZT_PACKAGING}/${package}.lintian-overrides")
+  if(EXISTS "${packaging}/${package}.lintian-overrides")
     file(
-      COPY "${CPACK_ZT_PACKAGING}/${package}.lintian-overrides"
+      COPY "${packaging}/${package}.lintian-overrides"
       DESTINATION "${prefix}/share/lintian/overrides")
     file(RENAME "${prefix}/share/lintian/overrides/${package}.lintian-overrides"
          "${prefix}/share/lintian/overrides/${package}")
+  endif()
+
+  if(component STREQUAL "documentation")
+    run("${CPACK_ZT_SOURCE}/script/docs" "${prefix}/share/doc/ztportal/html")
+    file(REMOVE "${prefix}/share/doc/ztportal/html/.made-by-script-docs")
+    file(COPY "${packaging}/doc-base/" DESTINATION "${prefix}/share/doc-base")
   endif()
 
   file(GLOB pages "${prefix}/share/man/man*/*.[1-9]")
@@ -30,7 +37,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   endforeach()
 
   # The loader finds the library in /usr/lib without an RPATH.
-  file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/ztportal/*")
+  file(GLOB programs "${prefix}/bin/*" "${prefix}/libexec/*/*")
   foreach(program IN LISTS programs)
     file(RPATH_REMOVE FILE "${program}")
   endforeach()
@@ -40,4 +47,8 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   foreach(archive IN LISTS archives)
     run(strip --strip-debug --enable-deterministic-archives --remove-section=.comment "${archive}")
   endforeach()
+
+  # The packages contain no time of the build.
+  run(find "${CPACK_TEMPORARY_DIRECTORY}/${component}" -exec touch --no-dereference
+      --date=@${CPACK_ZT_RELEASE_DATE} {} +)
 endforeach()

@@ -1,6 +1,7 @@
-# The install rules, in three components: `runtime` (the shared library and its helper programs),
-# `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file) and
-# `tools`. No installed file contains the installation prefix, so the installation can be moved.
+# The install rules, in four components: `runtime` (the shared library and its helper programs),
+# `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file),
+# `tools` and `documentation`. No installed file contains the installation prefix, so the installation
+# can be moved.
 #
 # A project that adds this one to its build gets only the first component: its programs need that to
 # run.
@@ -10,7 +11,7 @@ install(
   EXPORT ztportal-shared-targets
   LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS ztportal_dscl ztportal_applications
-        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/ztportal" COMPONENT runtime)
+        RUNTIME DESTINATION "${CMAKE_INSTALL_LIBEXECDIR}/${ZT_LIBEXEC_NAME}" COMPONENT runtime)
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()
 endif()
@@ -20,10 +21,14 @@ include(CMakePackageConfigHelpers)
 set(ZT_PACKAGE_DIR "${CMAKE_INSTALL_LIBDIR}/cmake/ztportal")
 
 # One row for each library that ztportal links: its target, the command with which a host that links
-# statically finds it in CMake, its linker flag, and its Debian package.
+# statically finds it in CMake, its linker flag, and its Debian package. The names of ICU's functions
+# contain its major version, so the static library needs exactly that one.
+get_directory_property(icu DIRECTORY "${PROJECT_SOURCE_DIR}/ztportal" DEFINITION ICU_VERSION)
+string(REGEX MATCH "^[0-9]+" icu "${icu}")
+math(EXPR next_icu "${icu} + 1")
 set(ZT_FOREIGN_LIBRARIES
     "LibXml2::LibXml2|find_dependency(LibXml2)|-lxml2|libxml2-dev"
-    "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev"
+    "ICU::i18n|find_dependency(ICU COMPONENTS i18n uc)|-licui18n|libicu-dev (>= ${icu}~), libicu-dev (<< ${next_icu}~)"
     "ICU::uc||-licuuc|"
     "PkgConfig::LIBPLIST|zt_find_module(LIBPLIST libplist-2.0)|-lplist-2.0|libplist-dev"
     "PkgConfig::LIBSYSTEMD|zt_find_module(LIBSYSTEMD libsystemd)|-lsystemd|libsystemd-dev"
@@ -104,3 +109,7 @@ if(ZT_BUILD_TOOLS)
   set_target_properties(ztreport ztinbox PROPERTIES INSTALL_RPATH "$ORIGIN/${library_from_program}")
   install(TARGETS ztreport ztinbox RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT tools)
 endif()
+
+install(DIRECTORY docs examples DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation
+        PATTERN Doxyfile EXCLUDE)
+install(FILES README.md CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT documentation)

@@ -10,14 +10,18 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ztportal)
 set(CPACK_PACKAGE_CONTACT "ztportal maintainers <maintainers@kelvane.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
-set(CPACK_STRIP_FILES ON)
-set(CPACK_COMPONENTS_ALL runtime development tools)
+# The programs and the library are stripped; their debugging symbols are in packages of their own.
+set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
+set(CPACK_COMPONENTS_ALL runtime development tools documentation)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
-# A program that links libztportal.so.1 depends on libztportal1 of this version or later.
+# A program that links libztportal.so.1 depends on libztportal1 of this version or later. A symbols
+# file would allow earlier versions, but it lists C++ symbols by their mangled names, some of which
+# (such as those of std::size_t) differ between architectures. That no symbol gets lost is checked by
+# script/abi, which also sees the layout of types.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
@@ -46,6 +50,9 @@ set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libztportal-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
     "libztportal1 (= ${PROJECT_VERSION}), ${development_packages}")
+# For the component `static` of the CMake package; for ztportal/base/ZtFormat.h and the reference.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_RECOMMENDS pkgconf)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS "libfmt-dev, ztportal-doc")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
     "reports of desktop applications - development files
 ${about}
@@ -63,6 +70,17 @@ ${about}
 This package contains ztreport, which reports from a shell, and ztinbox, a
 local reporting server that shows the reports it receives.")
 
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_NAME ztportal-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_SECTION doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_DOCUMENTATION_DESCRIPTION
+    "reports of desktop applications - documentation
+${about}
+.
+This package contains the guides, the examples and the reference of the
+headers.")
+
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
-set(CPACK_ZT_PACKAGING "${PROJECT_SOURCE_DIR}/packaging")
+set(CPACK_ZT_SOURCE "${PROJECT_SOURCE_DIR}")
+set(CPACK_ZT_RELEASE_DATE ${ZT_RELEASE_DATE})
 include(CPack)

@@ -28,6 +28,7 @@
 #error "ztportal needs C++20: compile with -std=c++20 or a later standard."
 #endif
 
+#include "ztportal/Version.h"
 #include "ztportal/background/ZtBackgroundSender.h"
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtBOOL.h"

@@ -1,5 +1,5 @@
-# Makes Debian packages from the build in BUILD in the folder PACKAGES, and unpacks them into the folder
-# ROOT.
+# Makes Debian packages from the build in BUILD in the folder PACKAGES, unpacks them into the folder
+# ROOT, and checks the programs and the library in them.
 
 include("${CMAKE_CURRENT_LIST_DIR}/Command.cmake")
 
@@ -10,18 +10,36 @@ file(REMOVE_RECURSE "${PACKAGES}/_CPack_Packages")
 file(GLOB packages RELATIVE "${PACKAGES}" "${PACKAGES}/*.deb")
 list(TRANSFORM packages REPLACE "_.*" "")
 list(SORT packages)
-expect_equal("the packages" "${packages}" "libztportal-dev;libztportal1;ztportal-tools")
+expect_equal("the packages" "${packages}" "libztportal-dev;libztportal1;ztportal-doc;ztportal-tools")
+file(GLOB packages RELATIVE "${PACKAGES}" "${PACKAGES}/*.ddeb")
+list(TRANSFORM packages REPLACE "_.*" "")
+list(SORT packages)
+expect_equal("the packages of debugging symbols" "${packages}" "libztportal1-dbgsym;ztportal-tools-dbgsym")
+
 
 file(GLOB packages "${PACKAGES}/*.deb")
 foreach(package IN LISTS packages)
   run(dpkg-deb -x "${package}" "${ROOT}")
 endforeach()
 
-# The programs have no RPATH, because the loader finds the library in the system's folders.
-file(GLOB programs "${ROOT}/usr/bin/*")
-foreach(program IN LISTS programs)
-  run(readelf --dynamic "${program}")
+file(GLOB binaries "${ROOT}/usr/bin/*" "${ROOT}/usr/libexec/ztportal-1/*" "${ROOT}/usr/lib*/libztportal.so.1"
+     "${ROOT}/usr/lib/*/libztportal.so.1")
+list(LENGTH binaries count)
+expect_equal("the number of programs and libraries" "${count}" 5)
+foreach(binary IN LISTS binaries)
+  run(readelf --wide --dynamic --program-headers --dyn-syms --sections "${binary}")
+  # The loader finds the library in the system's folders.
   if(output MATCHES "RUNPATH|RPATH")
-    message(FATAL_ERROR "${program} has an RPATH")
+    message(FATAL_ERROR "${binary} has an RPATH")
+  endif()
+  # Position-independent; all addresses are resolved at the start and are then read-only; stack frames
+  # are guarded. Lintian looks for calls of the C library that do not check the size of a buffer.
+  foreach(sign IN ITEMS "file type is DYN" "Flags: NOW" "GNU_RELRO" "__stack_chk_fail")
+    if(NOT output MATCHES "${sign}")
+      message(FATAL_ERROR "${binary} is not hardened: readelf does not print ${sign}")
+    endif()
+  endforeach()
+  if(output MATCHES "[.]debug_info")
+    message(FATAL_ERROR "${binary} is not stripped")
   endif()
 endforeach()

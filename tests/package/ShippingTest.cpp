@@ -55,8 +55,8 @@ TEST_F(ShippingTest, EveryWayOfThePageLeadsToACompleteProgram) {
   ASSERT_EQ(run(commands[0]), "");
 
   EXPECT_EQ(run(commands[1]), kComplete) << "a folder that is moved";
-  std::filesystem::remove(_folder.path("second/place/libexec/ztportal/dscl"));
-  EXPECT_THAT(run("second/place/bin/setup"), HasSubstr("/libexec/ztportal/dscl is missing\n"));
+  std::filesystem::remove(_folder.path("second/place/libexec/ztportal-1/dscl"));
+  EXPECT_THAT(run("second/place/bin/setup"), HasSubstr("/libexec/ztportal-1/dscl is missing\n"));
 
   EXPECT_EQ(run(commands[2]), kComplete) << "an AppDir";
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "ztportal/Version.h"
+
 namespace zt::inbox {
 
-/// For `--version` and the version response; ZT_VERSION is defined by the build of this program.
-inline constexpr const char* kNameAndVersion = "ztinbox " ZT_VERSION;
+/// For `--version` and the version response.
+inline constexpr const char* kNameAndVersion = "ztinbox " ZTPORTAL_VERSION;
 
 }  // namespace zt::inbox

@@ -33,7 +33,7 @@ struct TransportArguments {
 /// The options as they were typed, and the command.
 struct Arguments {
   std::string appName = "ztreport";
-  std::string appVersion = ZT_VERSION;
+  std::string appVersion = ZTPORTAL_VERSION;
   std::string file;
   std::optional<std::string> customer;
   std::optional<std::string> configurationUrl;
@@ -290,7 +290,7 @@ void addAll(CLI::App& app, Arguments& arguments) {
   app.get_formatter()->column_width(kHelpColumn);
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.get_formatter()->label("Positionals", "Arguments");
-  app.set_version_flag("--version", std::string("ztreport " ZT_VERSION),
+  app.set_version_flag("--version", std::string("ztreport " ZTPORTAL_VERSION),
                        "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.require_subcommand(1);

@@ -6,6 +6,7 @@
 
 #include "tests/integration/library/RealPortalTest.h"
 #include "tests/support/Inbox.h"
+#include "ztportal/Version.h"
 
 // Documents and ztinbox: sending, saving and resending, and what a misbehaving server causes.
 
@@ -40,7 +41,7 @@ class PortalOnInboxTest : public RealPortalTest {
 
 TEST_F(PortalOnInboxTest, AnAcceptedReportIsWithTheServerAlone) {
   const auto document = makeReport(inbox.configurationUrl());
-  EXPECT_EQ(document->serverVersion(), "ztinbox 1.0.0");
+  EXPECT_EQ(document->serverVersion(), "ztinbox " ZTPORTAL_VERSION);
   EXPECT_EQ(document->reportUrl(), inbox.url() + "/soap");
   EXPECT_EQ(document->reportTestUrl(), inbox.url() + "/soap-test");
   EXPECT_TRUE(document->reportToServer());

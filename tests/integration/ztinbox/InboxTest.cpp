@@ -9,6 +9,7 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 #include "tools/ztinbox/soap/SoapMessages.h"
+#include "ztportal/Version.h"
 
 namespace zt::test {
 namespace {
@@ -163,7 +164,8 @@ TEST(InboxTest, AnswersManyRequestsOnOneConnection) {
   requests += postRequest("/soap", kVersionRequest, "Connection: close\r\n");
   ASSERT_TRUE(client.send(requests));
   const std::string answers = client.receiveAll();
-  EXPECT_TRUE(answers.ends_with("<versioninfo>ztinbox 1.0.0</versioninfo>")) << answers;
+  EXPECT_TRUE(answers.ends_with("<versioninfo>ztinbox " ZTPORTAL_VERSION "</versioninfo>"))
+      << answers;
   EXPECT_EQ(client.end(), RawClient::End::kOrderly);
   EXPECT_EQ(inbox.reports().size(), 20U);
 }

@@ -9,6 +9,7 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
+#include "ztportal/Version.h"
 
 namespace zt::test {
 namespace {
@@ -120,7 +121,7 @@ TEST(MisbehaviourTest, ConfigurationAndVersionStayHealthy) {
   for (const char* answer : {"refuse", "garbage", "error:500", "hang", "drop", "truncate"}) {
     const Inbox inbox({"--answer", answer, "--slow", "60000"});
     EXPECT_EQ(bodyOf(seenBy(inbox, postRequest("/soap", kVersionRequest, "Connection: close\r\n"))),
-              "<versioninfo>ztinbox 1.0.0</versioninfo>")
+              "<versioninfo>ztinbox " ZTPORTAL_VERSION "</versioninfo>")
         << answer;
     EXPECT_EQ(inbox.newClient().get("/reporting/kelvane.xml").value().status, 200) << answer;
   }

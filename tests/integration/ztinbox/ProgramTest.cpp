@@ -13,6 +13,7 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
+#include "ztportal/Version.h"
 
 namespace zt::test {
 namespace {
@@ -224,7 +225,7 @@ Options:
 TEST(ProgramTest, PrintsItsVersion) {
   const Finished version = run({"--version"});
   EXPECT_EQ(version.status, 0);
-  EXPECT_EQ(version.output, "ztinbox 1.0.0\n");
+  EXPECT_EQ(version.output, "ztinbox " ZTPORTAL_VERSION "\n");
 }
 
 }  // namespace

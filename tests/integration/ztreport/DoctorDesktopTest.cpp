@@ -117,7 +117,7 @@ TEST_F(DoctorDesktopTest, NamesTheHelperProgramsThatAreMissing) {
   program.setVariable("LD_LIBRARY_PATH=" + prefix.path("lib"));
   const Diagnosis diagnosis = examine(_server.configurationUrl());
   EXPECT_EQ(diagnosis.status, 0);
-  const std::string folder = prefix.path("libexec/ztportal/");
+  const std::string folder = prefix.path("libexec/ztportal-1/");
   EXPECT_EQ(diagnosis.findings.at("helper programs"),
             "warning: missing: " + folder + "dscl, " + folder +
                 "ztportal-applications; reports do not list the browsers and e-mail clients of "

@@ -10,6 +10,7 @@
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/ScopedEnvironment.h"
+#include "ztportal/Version.h"
 #include "ztportal/ztportal.h"
 
 namespace zt::test {
@@ -257,9 +258,10 @@ TEST_F(ReportProgramTest, PrintsItsHelp) {
 }
 
 TEST_F(ReportProgramTest, PrintsItsVersion) {
-  EXPECT_EQ(program.run({"--version"}), done("ztreport 1.0.0\n"));
-  EXPECT_EQ(program.run({"render", "--version"}), done("ztreport 1.0.0\n"));
-  EXPECT_EQ(program.run({"--app-name", "Setup", "--version"}), done("ztreport 1.0.0\n"));
+  EXPECT_EQ(program.run({"--version"}), done("ztreport " ZTPORTAL_VERSION "\n"));
+  EXPECT_EQ(program.run({"render", "--version"}), done("ztreport " ZTPORTAL_VERSION "\n"));
+  EXPECT_EQ(program.run({"--app-name", "Setup", "--version"}),
+            done("ztreport " ZTPORTAL_VERSION "\n"));
 }
 
 }  // namespace

@@ -74,18 +74,22 @@ TEST(ManualTest, ThePagesAreWellFormed) {
 }
 
 TEST(ManualTest, ThePagesHaveTheirSections) {
-  const auto headings = [](const std::string& name) {
+  const auto headings = [](const std::string& file) {
     std::vector<std::string> found;
-    for (const std::string& line : linesOf(contentOf(page(name)))) {
-      if (line.starts_with(".SH ")) found.push_back(line.substr(4));
+    for (const std::string& line : linesOf(contentOf(file))) {
+      if (line.starts_with(".SH ") || line.starts_with(".Sh ")) found.push_back(line.substr(4));
     }
     return found;
   };
-  EXPECT_THAT(headings("ztreport.1"),
+  EXPECT_THAT(headings(page("ztreport.1")),
               ElementsAre("NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "\"EXIT STATUS\"",
                           "COMMANDS", "ENVIRONMENT", "FILES", "EXAMPLES", "\"SEE ALSO\""));
-  EXPECT_THAT(headings("ztinbox.1"), ElementsAre("NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS",
-                                                 "\"EXIT STATUS\"", "EXAMPLES", "\"SEE ALSO\""));
+  EXPECT_THAT(headings(page("ztinbox.1")),
+              ElementsAre("NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "\"EXIT STATUS\"",
+                          "ENVIRONMENT", "FILES", "EXAMPLES", "\"SEE ALSO\""));
+  EXPECT_THAT(headings(kPackaging + "/manual/ztportal.3"),
+              ElementsAre("NAME", "SYNOPSIS", "DESCRIPTION", "ENVIRONMENT", "FILES", "EXIT STATUS",
+                          "EXAMPLES", "SEE ALSO"));
 }
 
 /// The words at the start of the lines of a help that match `pattern`.

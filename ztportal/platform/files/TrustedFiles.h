@@ -12,7 +12,7 @@ namespace zt {
 /// are followed. The folders above are not checked.
 ///
 ///     isTrusted("/tmp", ::geteuid());                   // false
-///     isTrusted("/usr/libexec/ztportal", ::geteuid());  // true
+///     isTrusted("/usr/libexec/ztportal-1", ::geteuid());  // true
 bool isTrusted(const std::string& path, uid_t owner);
 
 /// The owner of the file `path`; the effective user of this process if it cannot be read.

@@ -38,7 +38,10 @@ bool isFolder(const fs::path& path) {
   return fs::is_directory(path, ignored);
 }
 
-fs::path libexecIn(const fs::path& prefix) { return prefix / "libexec" / "ztportal"; }
+/// The name of the folder has the number of the soname.
+fs::path libexecIn(const fs::path& prefix) {
+  return prefix / "libexec" / fs::path(ZT_LIBEXEC_FOLDER).filename();
+}
 
 bool isProgram(const std::string& path) {
   std::error_code ignored;

@@ -14,9 +14,9 @@ std::string executablePath();
 /// It is relative to the file that this code was loaded from, a shared library or the program that
 /// it is linked into, so that an installation can be moved as a whole:
 ///
-///     /usr/lib/libztportal.so.1                     /usr/libexec/ztportal
-///     /usr/lib/x86_64-linux-gnu/libztportal.so.1    /usr/libexec/ztportal
-///     /opt/setup/bin/setup                          /opt/setup/libexec/ztportal
+///     /usr/lib/libztportal.so.1                     /usr/libexec/ztportal-1
+///     /usr/lib/x86_64-linux-gnu/libztportal.so.1    /usr/libexec/ztportal-1
+///     /opt/setup/bin/setup                          /opt/setup/libexec/ztportal-1
 ///
 /// or else the one in the installation prefix of the build. A folder that another user may write,
 /// or that belongs neither to root, the user nor the owner of the file with this code, is none: a

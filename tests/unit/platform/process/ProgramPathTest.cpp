@@ -149,25 +149,25 @@ TEST_F(LibexecFolderTest, ContainsTheProgramsOfThisBuild) {
 }
 
 TEST_F(LibexecFolderTest, IsNextToTheFolderOfTheProgram) {
-  const std::string libexec = makeFolder("libexec/ztportal");
+  const std::string libexec = makeFolder("libexec/ztportal-1");
   EXPECT_EQ(foundByProgram("bin/program"), libexec);
 }
 
 TEST_F(LibexecFolderTest, IsNextToTheFolderOfTheLibrary) {
-  const std::string libexec = makeFolder("prefix/libexec/ztportal");
+  const std::string libexec = makeFolder("prefix/libexec/ztportal-1");
   EXPECT_EQ(foundByLibrary("prefix/lib/libsome.so"), libexec);
   EXPECT_EQ(foundByLibrary("prefix/lib64/libsome.so"), libexec);
   EXPECT_EQ(foundByLibrary("prefix/lib/x86_64-linux-gnu/libsome.so"), libexec);
 }
 
 TEST_F(LibexecFolderTest, TheNearestCounts) {
-  const std::string near = makeFolder("a/b/libexec/ztportal");
-  makeFolder("a/libexec/ztportal");
+  const std::string near = makeFolder("a/b/libexec/ztportal-1");
+  makeFolder("a/libexec/ztportal-1");
   EXPECT_EQ(foundByLibrary("a/b/lib/libsome.so"), near);
 }
 
 TEST_F(LibexecFolderTest, LinksToTheLibraryAreFollowed) {
-  const std::string libexec = makeFolder("real/libexec/ztportal");
+  const std::string libexec = makeFolder("real/libexec/ztportal-1");
   copy(zt::test::paths::kLibexecLibrary, "real/lib/libsome.so.1");
   makeFolder("elsewhere");
   std::filesystem::create_symlink(_root + "/real/lib/libsome.so.1",
@@ -190,18 +190,18 @@ TEST_F(LibexecFolderTest, TheInstallationPrefixIsTheLastResort) {
   ASSERT_EQ(::chmod(installed.c_str(), 0777), 0);
   EXPECT_EQ(foundByLibrary("lib/libthird.so"), "");
   ASSERT_EQ(::chmod(installed.c_str(), 0755), 0);
-  _folder.write("libexec/ztportal", "a file");
+  _folder.write("libexec/ztportal-1", "a file");
   EXPECT_EQ(foundByLibrary("lib/libfourth.so"), installed);
   std::filesystem::remove_all(installed);
 }
 
-// A program in /tmp/setup ran whatever somebody had put into /tmp/libexec/ztportal.
+// A program in /tmp/setup ran whatever somebody had put into /tmp/libexec/ztportal-1.
 TEST_F(LibexecFolderTest, OneThatSomebodyElseMayChangeIsNone) {
   const std::string configured = zt::test::paths::kLibexecFolder;
   const std::string none = std::filesystem::is_directory(configured) ? configured : "";
-  const std::string folder = makeFolder("libexec/ztportal");
+  const std::string folder = makeFolder("libexec/ztportal-1");
   ASSERT_EQ(foundByProgram("bin/first"), folder);
-  for (const char* name : {"libexec", "libexec/ztportal"}) {
+  for (const char* name : {"libexec", "libexec/ztportal-1"}) {
     const std::string path = _root + "/" + name;
     ASSERT_EQ(::chmod(path.c_str(), 0777), 0);
     EXPECT_EQ(foundByProgram("bin/writable" + std::to_string(path.size())), none) << name;
@@ -217,13 +217,13 @@ TEST_F(LibexecFolderTest, NamesWhatIsMissing) {
   if (std::filesystem::is_directory(zt::test::paths::kLibexecFolder)) {
     GTEST_SKIP() << "the library is installed here";
   }
-  const std::string folder = _root + "/libexec/ztportal/";
+  const std::string folder = _root + "/libexec/ztportal-1/";
   const std::string all = folder + "dscl " + folder + "ztportal-applications ";
   EXPECT_EQ(foundByProgram("bin/first", "missing"), all);
   EXPECT_EQ(foundByProgram("lib/x86_64-linux-gnu/second", "missing"), all);
-  copy("/bin/true", "libexec/ztportal/dscl");
+  copy("/bin/true", "libexec/ztportal-1/dscl");
   EXPECT_EQ(foundByProgram("bin/third", "missing"), folder + "ztportal-applications ");
-  copy("/bin/true", "libexec/ztportal/ztportal-applications");
+  copy("/bin/true", "libexec/ztportal-1/ztportal-applications");
   EXPECT_EQ(foundByProgram("bin/fourth", "missing"), "");
   EXPECT_TRUE(zt::missingLibexecPrograms().empty()) << "of this build";
 }

@@ -4,6 +4,7 @@
 
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 #include "tools/ztinbox/soap/SoapMessages.h"
+#include "ztportal/Version.h"
 
 namespace {
 
@@ -90,7 +91,8 @@ TEST(SoapMessagesTest, PointsAtItsOwnAddresses) {
 }
 
 TEST(SoapMessagesTest, SaysItsVersion) {
-  EXPECT_EQ(zt::inbox::versionDocument(), "<versioninfo>ztinbox 1.0.0</versioninfo>");
+  EXPECT_EQ(zt::inbox::versionDocument(),
+            "<versioninfo>ztinbox " ZTPORTAL_VERSION "</versioninfo>");
 }
 
 }  // namespace
