@@ -161,7 +161,7 @@ std::vector<IncomingReport> Journal::after(std::uint64_t number) const {
   std::vector<IncomingReport> reports;
   for (const File& file : _files) {
     const std::optional<std::string> content = regularFile(file.path, kMostBytes);
-    if (!content) fail(file.path);
+    if (!content) failOn(file.path);
     std::string_view rest = *content;
     while (auto report = takeRecord(rest)) {
       if (report->report.number > number) reports.push_back(std::move(*report));
@@ -176,7 +176,7 @@ void Journal::clear() {
     file.size = 0;
     file.capacity = 0;
     // If this fails, the numbers of the old reports show that they are in the database.
-    static_cast<void>(::ftruncate(file.descriptor.number(), 0));
+    [[maybe_unused]] const int ignored = ::ftruncate(file.descriptor.number(), 0);
   }
 }
 

@@ -5,8 +5,6 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
-#include "tools/common/ReportReader.h"
-
 namespace zt {
 
 namespace {
@@ -16,8 +14,11 @@ using nlohmann::ordered_json;
 constexpr std::size_t kDeepest = 1000;
 
 std::string positionIn(std::string_view text, std::size_t offset) {
-  const reader::Place place = reader::placeIn(text, offset);
-  return "line " + std::to_string(place.line) + ", column " + std::to_string(place.column);
+  const std::string_view before = text.substr(0, std::min(offset, text.size()));
+  const auto line = std::count(before.begin(), before.end(), '\n') + 1;
+  const std::size_t lineStart = before.rfind('\n') + 1;  // 0 on the first line
+  return "line " + std::to_string(line) + ", column " +
+         std::to_string(before.size() - lineStart + 1);
 }
 
 /// Builds the value while the text is parsed, so that each error can name its position.
