@@ -10,7 +10,7 @@ file(REMOVE_RECURSE "${PACKAGES}/_CPack_Packages")
 file(GLOB packages RELATIVE "${PACKAGES}" "${PACKAGES}/*.deb")
 list(TRANSFORM packages REPLACE "_.*" "")
 list(SORT packages)
-expect_equal("the packages" "${packages}" "libztportal-dev;libztportal1;ztportal-tools")
+expect_equal("the packages" "${packages}" "libztportal-dev;libztportal1;python3-ztportal;ztportal-tools")
 
 file(GLOB packages "${PACKAGES}/*.deb")
 foreach(package IN LISTS packages)
