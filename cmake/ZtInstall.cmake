@@ -1,7 +1,7 @@
-# The install rules, in four components: `runtime` (the shared library and its helper programs),
+# The install rules, in five components: `runtime` (the shared library and its helper programs),
 # `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file),
-# `tools` and `documentation`. No installed file contains the installation prefix, so the installation
-# can be moved.
+# `tools`, `python` (the Python package) and `documentation`. No installed file contains the installation
+# prefix, so the installation can be moved.
 #
 # A project that adds this one to its build gets only the first component: its programs need that to
 # run.
@@ -103,6 +103,17 @@ install(
   FILES "${PROJECT_BINARY_DIR}/ztportal.pc"
   DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
   COMPONENT development)
+
+# Where Debian's Python 3 looks for packages; elsewhere PYTHONPATH has to name the folder.
+set(ZT_PYTHON_DIR "lib/python3/dist-packages" CACHE STRING "Folder of the Python package")
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/python/ztportal"
+  DESTINATION "${ZT_PYTHON_DIR}"
+  COMPONENT python
+  FILES_MATCHING
+  PATTERN "*.py"
+  PATTERN "py.typed"
+  PATTERN "__pycache__" EXCLUDE)
 
 if(ZT_BUILD_TOOLS)
   file(RELATIVE_PATH library_from_program "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")

@@ -12,7 +12,7 @@ set(CPACK_PACKAGE_CONTACT "ztportal maintainers <maintainers@kelvane.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
 # The programs and the library are stripped; their debugging symbols are in packages of their own.
 set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
-set(CPACK_COMPONENTS_ALL runtime development tools documentation)
+set(CPACK_COMPONENTS_ALL runtime development tools python documentation)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
@@ -79,6 +79,18 @@ ${about}
 .
 This package contains the guides, the examples and the reference of the
 headers.")
+
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-ztportal)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.11), libztportal1 (>= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_SOURCE_DIR}/packaging/python/postinst;${PROJECT_SOURCE_DIR}/packaging/python/prerm")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+    "reports of desktop applications - Python 3 package
+${about}
+.
+This package contains the Python package ztportal.")
 
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
 set(CPACK_ZT_SOURCE "${PROJECT_SOURCE_DIR}")

@@ -26,9 +26,10 @@ expect_component(
   "^include/ztportal/|^${LIBDIR}/libztportal[.](so|a)$|^${LIBDIR}/cmake/ztportal/|^${LIBDIR}/pkgconfig/|^share/man/man3/|^share/doc/ztportal/ztportal[.]spdx[.]json$"
 )
 expect_component(tools "^bin/zt|^share/")
+expect_component(python "^lib/python3/dist-packages/ztportal/([a-z_]+[.]py|py[.]typed)$")
 
 file(MAKE_DIRECTORY "${first}/all")
-foreach(component IN ITEMS runtime development tools)
+foreach(component IN ITEMS runtime development tools python)
   run("${CMAKE_COMMAND}" --install "${BUILD}" --prefix "${first}/all" --component ${component})
 endforeach()
 file(RENAME "${first}/all" "${PREFIX}")

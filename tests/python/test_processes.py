@@ -226,3 +226,38 @@ def test_module_checks_itself(tmp_path):
     assert any("STEP_NAME" in line for line in lines)
     assert lines[-1] == "ACCEPTED: The server has accepted the report."
     assert not list(tmp_path.iterdir())
+
+
+def test_code_of_the_page_runs(inbox, run, data_folder):
+    text = (SOURCE / "docs" / "python.md").read_text()
+    blocks = re.findall(r"^```python\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
+    assert len(blocks) == 6 and len(blocks[0].splitlines()) == 10
+    code = "".join(blocks).replace("http://127.0.0.1:8025/reporting/kelvane.xml",
+                                   inbox.configuration)
+    printed = run(code)
+    assert "SIGNAL" in printed and "DONE 0" in printed
+    assert "The server has accepted the report." in printed and len(inbox.ids()) == 2
+
+
+def install(source, target, inbox):
+    return subprocess.run(
+        [sys.executable, SOURCE / "examples" / "python-installer" / "installer.py", source, target,
+         inbox.configuration], capture_output=True, text=True, env=os.environ | {"HOME": str(source)})
+
+
+def test_example_installs_and_reports(inbox, tmp_path):
+    source, target = tmp_path / "source", tmp_path / "target"
+    (source / "folder").mkdir(parents=True)
+    (source / "program").write_text("program")
+    target.mkdir()
+    result = install(source, target, inbox)
+    assert (result.returncode, result.stderr) == (0, "")
+    assert (target / "program").read_text() == "program" and (target / "folder").is_dir()
+    report = inbox.newest()
+    for word in ("Copy program", "Copy folder", "installed", "TARGET", "free"):
+        assert word in report
+
+    result = install(source, target, inbox)
+    assert result.returncode == 1 and "folder" in result.stderr
+    report = inbox.newest()
+    assert "FileExistsError" in report and "ERROR" in report and str(source) not in report

@@ -1,8 +1,10 @@
 """The generated modules, the size of the package, and what an import says without the library."""
 
 import ctypes
+import shutil
 import subprocess
 import sys
+import zipfile
 
 from conftest import SOURCE
 
@@ -63,3 +65,20 @@ def test_a_number_of_a_later_library_is_a_member():
     from ztportal import Outcome
     assert Outcome(1) is Outcome.ACCEPTED
     assert Outcome(99).name == "UNKNOWN_99" and Outcome(99) == 99
+
+
+def test_wheel_is_pure_and_complete(tmp_path, run):
+    """pip calls the same function."""
+    shutil.copytree(SOURCE / "python", tmp_path / "python")
+    subprocess.run([sys.executable, "-c", "from setuptools import build_meta; "
+                    "build_meta.build_wheel('wheel')"], cwd=tmp_path / "python", check=True,
+                   capture_output=True)
+    [wheel] = (tmp_path / "python" / "wheel").iterdir()
+    import ztportal
+    assert wheel.name == f"ztportal-{ztportal.__version__}-py3-none-any.whl"
+    with zipfile.ZipFile(wheel) as archive:
+        names = {name for name in archive.namelist() if "dist-info" not in name}
+        archive.extractall(tmp_path / "installed")
+    assert names == {f"ztportal/{path.name}" for path in PACKAGE.iterdir() if path.is_file()}
+    code = "import ztportal; print(ztportal.__file__)"
+    assert str(tmp_path) in run(code, PYTHONPATH=str(tmp_path / "installed"))
