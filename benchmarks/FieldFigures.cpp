@@ -232,7 +232,7 @@ std::string writeByFmt(const std::vector<StepTexts>& texts) {
 }
 
 constexpr std::size_t kSteps = 10'000;
-constexpr const char* kName = "one string field written";
+constexpr const char* kFieldFigure = "one string field written";
 
 template <auto kWrite>
 Work writer(const std::vector<StepTexts>& texts, const std::string& expected) {
@@ -302,10 +302,10 @@ std::vector<Figure> fieldFigures() {
                    writer<writeByFmt>(texts, expected), ours});
   const double field = nanoseconds(std::min(best[0], others[3]));
   return {
-      atMostTimes(1.5, kName, field, {"copying loop", nanoseconds(best[1])}, "ns"),
-      timesFaster(25, kName, field, {"libxml2's text writer", nanoseconds(others[0])}, "ns"),
-      timesFaster(8, kName, field, {"tinyxml2's printer", nanoseconds(others[1])}, "ns"),
-      timesFaster(5, kName, field, {"fmt::format_to", nanoseconds(others[2])}, "ns"),
+      atMostTimes(1.5, kFieldFigure, field, {"copying loop", nanoseconds(best[1])}, "ns"),
+      timesFaster(25, kFieldFigure, field, {"libxml2's text writer", nanoseconds(others[0])}, "ns"),
+      timesFaster(8, kFieldFigure, field, {"tinyxml2's printer", nanoseconds(others[1])}, "ns"),
+      timesFaster(5, kFieldFigure, field, {"fmt::format_to", nanoseconds(others[2])}, "ns"),
   };
 }
 

@@ -50,7 +50,7 @@ void appendByIcu(std::string& text, const icu::SimpleDateFormat& format, ZtDate 
   format.format(static_cast<UDate>(date.milliseconds()), formatted).toUTF8String(text);
 }
 
-constexpr const char* kName = "one timestamp";
+constexpr const char* kTimestampFigure = "one timestamp";
 constexpr std::size_t kZoneLength = 3;  // "CET", "MEZ"
 
 /// A thousand dates of one day.
@@ -126,10 +126,12 @@ std::vector<Figure> timestampFigures() {
   };
   const double stamp = each(best[0], dates);
   return {
-      atMostTimes(1.2, kName, stamp, {"localtime_r, strftime", each(best[1], dates)}, "ns"),
-      timesFaster(15, kName, stamp, {"ICU's formatter, reused", each(best[2], fewDates)}, "ns"),
-      timesFaster(200, kName, stamp, {"ICU's formatter, created anew", each(anew[0], fewDates)},
+      atMostTimes(1.2, kTimestampFigure, stamp, {"localtime_r, strftime", each(best[1], dates)},
                   "ns"),
+      timesFaster(15, kTimestampFigure, stamp, {"ICU's formatter, reused", each(best[2], fewDates)},
+                  "ns"),
+      timesFaster(200, kTimestampFigure, stamp,
+                  {"ICU's formatter, created anew", each(anew[0], fewDates)}, "ns"),
   };
 }
 

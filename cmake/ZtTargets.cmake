@@ -8,7 +8,14 @@ function(zt_configure_target target)
     CXX_EXTENSIONS OFF
     CXX_VISIBILITY_PRESET hidden
     VISIBILITY_INLINES_HIDDEN ON)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion -Wshadow)
+  target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wconversion)
+  if(NOT CMAKE_UNITY_BUILD)
+    target_compile_options(${target} PRIVATE -Wshadow)
+  elseif(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # A unity build compiles several source files as one: a local name may be that of another file's
+    # function, and GCC takes the source files for headers.
+    target_compile_options(${target} PRIVATE -Wno-subobject-linkage)
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
     # When it optimises, GCC 12 reports overlapping copies in string concatenations that have none:
     # https://gcc.gnu.org/bugzilla/show_bug.cgi?id=105651

@@ -19,13 +19,10 @@ namespace zt::inbox {
 namespace {
 
 /// Each hanging client occupies a thread, and other clients still need free ones.
-constexpr std::size_t kMostConnections = 512;
+constexpr std::size_t kMostClients = 512;
 /// Pause before another attempt to accept a connection when the process is out of file descriptors.
 constexpr std::chrono::milliseconds kNoDescriptorPause{20};
 
-constexpr int kForbidden = 403;
-constexpr int kNotFound = 404;
-constexpr int kServerError = 500;
 /// Longest error in an output line, in characters.
 constexpr std::size_t kLongestFault = 300;
 
@@ -67,7 +64,7 @@ InboxServer::InboxServer(const InboxSettings& settings, LineSink lines)
             }) {}
 
 void InboxServer::run(int stopDescriptor) {
-  Workers workers(kMostConnections);
+  Workers workers(kMostClients);
   std::array<pollfd, 2> waiting{{{_socket.number(), POLLIN, 0}, {stopDescriptor, POLLIN, 0}}};
   while (waiting[1].revents == 0) {
     if (::poll(waiting.data(), waiting.size(), -1) < 0) {

@@ -46,7 +46,7 @@ std::string shown(const std::vector<std::string>& pools) {
   return terminalText(list, kLongestPoolList);
 }
 
-constexpr int kPatienceInMilliseconds = 500;
+constexpr int kReaderPatienceInMilliseconds = 500;
 /// A pipe that is ready accepts 4,096 bytes without blocking (PIPE_BUF); the line about dropped
 /// lines needs some of them.
 constexpr std::size_t kLongestPart = 4'000;
@@ -103,7 +103,7 @@ void LineOutput::writePart(std::string_view lines) {
 /// After a dropped line, writing does not wait until the reader is back.
 bool LineOutput::isReady() const {
   pollfd output{_descriptor, POLLOUT, 0};
-  return ::poll(&output, 1, _dropped > 0 ? 0 : kPatienceInMilliseconds) == 1;
+  return ::poll(&output, 1, _dropped > 0 ? 0 : kReaderPatienceInMilliseconds) == 1;
 }
 
 void LineOutput::writeAll(std::string_view bytes) const {

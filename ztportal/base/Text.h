@@ -71,6 +71,9 @@ constexpr bool isFileName(std::string_view name) {
   return name != "." && name != ".." && std::none_of(name.begin(), name.end(), isForbidden);
 }
 
+/// Whether `c` is an ASCII letter.
+constexpr bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
+
 /// Whether `letter` equals `lower` in either case. `lower` is ASCII and not a capital letter.
 constexpr bool isLetterAnyCase(char letter, char lower) {
   return letter == lower || (letter >= 'A' && letter <= 'Z' && letter - 'A' + 'a' == lower);

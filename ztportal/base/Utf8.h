@@ -45,6 +45,9 @@ constexpr std::size_t utf8Length(std::string_view bytes) {
   return position;
 }
 
+/// U+FFFD, for what cannot be written.
+inline constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
+
 constexpr bool isUtf8(std::string_view bytes) { return utf8Length(bytes) == bytes.size(); }
 
 }  // namespace zt

@@ -10,8 +10,6 @@ namespace zt {
 
 namespace {
 
-constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
-
 /// What is written in place of `code`; empty for a character that stays as it is.
 std::string_view escapeOf(char32_t code, bool isInAttribute) {
   switch (code) {
@@ -30,7 +28,7 @@ std::string_view escapeOf(char32_t code, bool isInAttribute) {
     case '\n':
       return isInAttribute ? "&#10;" : "";
     default:
-      return code < ' ' || code == 0xFFFE || code == 0xFFFF ? kReplacement : "";
+      return code < ' ' || code == 0xFFFE || code == 0xFFFF ? kReplacementCharacter : "";
   }
 }
 
@@ -38,7 +36,7 @@ void appendEscapedText(std::string& xml, std::string_view text, bool isInAttribu
   while (!text.empty()) {
     const std::optional<Utf8Character> character = firstUtf8Character(text);
     const std::string_view escape =
-        character ? escapeOf(character->code, isInAttribute) : kReplacement;
+        character ? escapeOf(character->code, isInAttribute) : kReplacementCharacter;
     const std::size_t length = character ? character->length : 1;
     xml += escape.empty() ? text.substr(0, length) : escape;
     text.remove_prefix(length);

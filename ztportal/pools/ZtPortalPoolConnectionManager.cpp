@@ -4,9 +4,7 @@
 
 #include "ztportal/pools/PoolWriter.h"
 
-namespace {
-constinit const ZtString kEmpty = ZtString::constant<"">();
-}
+namespace {}
 
 std::shared_ptr<ZtPortalPoolConnectionManager> ZtPortalPoolConnectionManager::initWithValues(
     const ZtDate& timeStamp) {
@@ -32,7 +30,7 @@ void ZtPortalPoolConnectionManager::clear() {
     if constexpr (std::is_arithmetic_v<std::remove_reference_t<decltype(value)>>) {
       value = 0;
     } else if constexpr (std::is_same_v<decltype(value), ZtAtomic<ZtString>&>) {
-      if (&value != &_deviceIMEI && &value != &_simIMSI) value.store(kEmpty);
+      if (&value != &_deviceIMEI && &value != &_simIMSI) value.store(ZtString::constant<"">());
     } else {
       value.store(nullptr);
     }

@@ -13,8 +13,6 @@ namespace zt {
 namespace {
 
 constexpr std::string_view kReportsFolder = "reports";
-constexpr std::string_view kReportEnding = ".ztr";
-
 /// Says what did not work with `path`, with the reason in `errno`.
 void logFailure(const std::string& path, const char* what) {
   log(ZtLogLevel::Warning, "store", path, what, ": ", std::generic_category().message(errno));

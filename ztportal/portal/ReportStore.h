@@ -46,6 +46,8 @@ class ReportStore {
   std::string _folder;
 };
 
+/// Of the names of saved reports.
+inline constexpr std::string_view kReportEnding = ".ztr";
 /// File beside the folder of the reports: what `ZtReportStore::send` must remember.
 inline constexpr std::string_view kSendingState = "sending.state";
 /// Path of `name` beside the folder `reports`; empty if that is.

@@ -14,9 +14,6 @@
 
 namespace {
 
-using Clock = std::chrono::system_clock;
-
-constexpr std::string_view kReportEnding = ".ztr";
 constexpr std::string_view kCustomerStart = "<CustomerID";
 constexpr std::string_view kCustomerEnd = "</CustomerID>";
 
@@ -40,7 +37,7 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
   std::vector<ZtSavedReport> reports;
   for (std::string& path : zt::ReportStore::filesIn(folder)) {
     std::string_view id = nameOf(path);
-    id.remove_suffix(kReportEnding.size());
+    id.remove_suffix(zt::kReportEnding.size());
     const zt::FileFacts facts = files().facts(path).value_or(zt::FileFacts());
     reports.push_back({std::move(path), ZtString(id), facts.bytes, facts.time});
   }
@@ -71,12 +68,12 @@ bool copied(const std::string& from, const std::string& to) {
 bool movedTo(const std::string& folder, const std::string& path) {
   if (!files().createPrivateFolders(folder)) return false;
   std::string_view name = nameOf(path);
-  name.remove_suffix(name.ends_with(kReportEnding) ? kReportEnding.size() : 0);
+  name.remove_suffix(name.ends_with(zt::kReportEnding) ? zt::kReportEnding.size() : 0);
   for (int number = 1;; ++number) {
     std::string target;
     zt::appendText(target, folder, "/", name);
     if (number > 1) zt::appendText(target, "-", std::to_string(number));
-    target += kReportEnding;
+    target += zt::kReportEnding;
     if (files().move(path, target)) return true;
     if (files().exists(target)) continue;
     // The folders may be links to different file systems.
@@ -90,7 +87,7 @@ std::size_t enforce(const ZtStoreLimits& limits, const std::string& folder) {
   std::size_t left = reports.size();
   std::uint64_t bytes = 0;
   for (const ZtSavedReport& report : reports) bytes += report.bytes;
-  const Clock::time_point now = Clock::now();
+  const auto now = std::chrono::system_clock::now();
   std::size_t count = 0;
   for (const ZtSavedReport& report : reports) {
     const bool isTooMany = limits.reports != 0 && left > limits.reports;

@@ -27,7 +27,7 @@ class Asked {
 };
 
 constexpr const char* kForbidden = "HTTP/1.1 403 Forbidden";
-constexpr const char* kFine = "HTTP/1.1 200 OK";
+constexpr const char* kOkLine = "HTTP/1.1 200 OK";
 
 TEST(GuardTest, AForeignHostSeesNeitherPageNorApi) {
   const Inbox inbox;
@@ -51,7 +51,7 @@ TEST(GuardTest, AForeignHostSeesNeitherPageNorApi) {
     }
   }
   for (const std::string& host : {own, "LOCALHOST:" + port, "[::1]:" + port}) {
-    EXPECT_EQ(Asked(inbox, "GET", "/", "Host: " + host + "\r\n").status, kFine) << host;
+    EXPECT_EQ(Asked(inbox, "GET", "/", "Host: " + host + "\r\n").status, kOkLine) << host;
     EXPECT_EQ(Asked(inbox, "GET", "/%61pi/v1/reports", "Host: " + host + "\r\n").body, "[]\n");
   }
 }
@@ -76,7 +76,7 @@ TEST(GuardTest, AForeignOriginSeesNeitherPageNorApi) {
     EXPECT_EQ(api.body, "{\"error\":\"foreign origin\"}\n") << origin;
   }
   EXPECT_EQ(Asked(inbox, "GET", "/api/v1/reports", own + "Origin: " + inbox.url() + "\r\n").status,
-            kFine);
+            kOkLine);
 }
 
 TEST(GuardTest, TheProxyFormDoesNotLeadAroundIt) {
@@ -93,19 +93,19 @@ TEST(GuardTest, TheProxyFormDoesNotLeadAroundIt) {
   EXPECT_EQ(Asked(inbox, "GET", inbox.url() + "/api/v1/reports", own).body, "[]\n");
   for (const char* target : {"http://evil%2fapi/v1/reports", "http:///api/v1/reports",
                              "//api/v1/reports", "api/v1/reports"}) {
-    EXPECT_NE(Asked(inbox, "GET", target, "Host: evil.example\r\n").status, kFine) << target;
+    EXPECT_NE(Asked(inbox, "GET", target, "Host: evil.example\r\n").status, kOkLine) << target;
   }
 }
 
 TEST(GuardTest, ReportingClientsMayUseAnyHostAndOrigin) {
   const Inbox inbox;
   const std::string headers = "Host: evil.example\r\nOrigin: http://evil.example\r\n";
-  EXPECT_EQ(Asked(inbox, "GET", "/reporting/kelvane.xml", headers).status, kFine);
+  EXPECT_EQ(Asked(inbox, "GET", "/reporting/kelvane.xml", headers).status, kOkLine);
   EXPECT_EQ(Asked(inbox, "GET", "/nothing", headers).status, "HTTP/1.1 404 Not Found");
   RawClient client(inbox.port());
   const std::string report = SampleReport().text();
   ASSERT_TRUE(client.send(postRequest("/soap", report, headers + "Connection: close\r\n")));
-  EXPECT_TRUE(client.receiveAll().starts_with(kFine));
+  EXPECT_TRUE(client.receiveAll().starts_with(kOkLine));
 }
 
 TEST(GuardTest, TheBodyOfARefusedRequestIsNoRequest) {

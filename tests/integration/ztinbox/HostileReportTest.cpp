@@ -15,8 +15,6 @@ namespace {
 
 using nlohmann::json;
 
-constexpr std::size_t kLargest = 64UL * 1024 * 1024;
-
 std::string get(const Inbox& inbox, const std::string& path) {
   auto client = inbox.newClient();
   client.setTimeout(60);
@@ -40,13 +38,6 @@ json keep(const Inbox& inbox, const std::string& report) {
   EXPECT_EQ(get(inbox, address + "/raw") == report, true);
   get(inbox, "/api/v1/stats");
   return json::parse(get(inbox, address));
-}
-
-std::string repeated(const std::string& piece, std::size_t size) {
-  std::string text;
-  text.reserve(size + piece.size());
-  while (text.size() < size) text += piece;
-  return text;
 }
 
 TEST(HostileReportTest, MarkupInEveryNameAndValueStaysText) {
@@ -162,10 +153,10 @@ TEST(HostileReportTest, TheLargestReportIsListedShownAndFound) {
   const Inbox inbox;
   SampleReport report;
   report.value = "firstword ";
-  report.value += std::string(kLargest - report.text().size(), 'v');
-  ASSERT_EQ(report.text().size(), kLargest);
+  report.value += std::string(kLargestReport - report.text().size(), 'v');
+  ASSERT_EQ(report.text().size(), kLargestReport);
   const json details = keep(inbox, report.text());
-  EXPECT_EQ(details["size"], kLargest);
+  EXPECT_EQ(details["size"], kLargestReport);
   EXPECT_EQ(details["complete"], false);
   EXPECT_EQ(json::parse(get(inbox, "/api/v1/reports?text=firstword")).size(), 1U);
 }

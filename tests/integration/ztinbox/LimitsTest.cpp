@@ -9,8 +9,7 @@
 namespace zt::test {
 namespace {
 
-constexpr std::size_t kLargest = 64UL * 1024 * 1024;
-constexpr const char* kTooLarge = "HTTP/1.1 413 Payload Too Large\r\n";
+constexpr const char* kTooLargeLine = "HTTP/1.1 413 Payload Too Large\r\n";
 
 std::string reportOfSize(std::size_t size) {
   SampleReport report;
@@ -21,11 +20,11 @@ std::string reportOfSize(std::size_t size) {
 
 TEST(LimitsTest, RefusesALargerOneWhileTheClientIsStillSending) {
   Inbox inbox;
-  const std::string request = postRequest("/soap", reportOfSize(kLargest + 1));
+  const std::string request = postRequest("/soap", reportOfSize(kLargestReport + 1));
   RawClient client(inbox.port());
   client.send(request);
   const std::string answer = client.receiveAll();
-  EXPECT_TRUE(answer.starts_with(kTooLarge)) << answer;
+  EXPECT_TRUE(answer.starts_with(kTooLargeLine)) << answer;
   EXPECT_TRUE(answer.ends_with("request over 64 MiB\n")) << answer;
   EXPECT_EQ(inbox.reports().size(), 0U);
 }
@@ -38,7 +37,7 @@ TEST(LimitsTest, AnAnnouncedSizeIsEnoughToBeRefused) {
                                         "Content-Length: ") +
                             size + "\r\n\r\n"));
     client.endSending();
-    EXPECT_TRUE(client.receiveAll().starts_with(kTooLarge)) << size;
+    EXPECT_TRUE(client.receiveAll().starts_with(kTooLargeLine)) << size;
   }
 }
 
@@ -48,7 +47,7 @@ TEST(LimitsTest, RefusesTooManyChunks) {
   const std::string chunk = "100000\r\n" + std::string(0x100000, 'x') + "\r\n";
   bool taken = client.send("POST /soap HTTP/1.1\r\nHost: x\r\nTransfer-Encoding: chunked\r\n\r\n");
   for (int i = 0; i < 65 && taken; ++i) taken = client.send(chunk);
-  EXPECT_TRUE(client.receiveAll().starts_with(kTooLarge));
+  EXPECT_TRUE(client.receiveAll().starts_with(kTooLargeLine));
   EXPECT_EQ(inbox.reports().size(), 0U);
 }
 

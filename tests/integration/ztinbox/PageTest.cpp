@@ -12,7 +12,7 @@ namespace {
 
 using zt::test::Inbox;
 
-constexpr int kFine = 200;
+constexpr int kOk = 200;
 constexpr int kNotFound = 404;
 constexpr int kNotAllowed = 405;
 
@@ -38,7 +38,7 @@ TEST(PageTest, IsServedOutOfTheProgram) {
   }};
   for (const auto& [path, type] : rows) {
     const auto result = client.get(path).value();
-    EXPECT_EQ(result.status, kFine) << path;
+    EXPECT_EQ(result.status, kOk) << path;
     EXPECT_EQ(result.header("Content-Type"), type) << path;
     EXPECT_EQ(result.header("Cache-Control"), "no-store") << path;
   }
@@ -55,7 +55,7 @@ TEST(PageTest, HasAllFilesThatItNames) {
     const std::string name = left.extract(left.begin()).value();
     if (!seen.insert(name).second) continue;
     const auto result = client.get("/page/" + name).value();
-    EXPECT_EQ(result.status, kFine) << name;
+    EXPECT_EQ(result.status, kOk) << name;
     left.merge(namesAfter("from \"./", result.body));
   }
   EXPECT_EQ(seen.count("rawText.mjs"), 1U);

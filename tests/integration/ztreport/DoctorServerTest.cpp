@@ -16,7 +16,6 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
 constexpr const char* kUnsteady =
     " -> check whether the server or the network is slow: the whole response must arrive within "
     "two seconds";

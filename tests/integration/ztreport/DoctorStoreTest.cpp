@@ -18,7 +18,6 @@ namespace fs = std::filesystem;
 using testing::MatchesRegex;
 using testing::StartsWith;
 
-constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
 constexpr const char* kSpaceRemedy = " -> free space on the file system of the store";
 constexpr const char* kWriteRemedy =
     " -> make it writable for this user; otherwise reports that are not accepted are lost";

@@ -21,6 +21,9 @@ namespace zt::test {
 
 using Finished = ProgramResult;
 
+/// A configuration URL at which no server listens.
+inline constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
+
 /// A program that succeeded, with this output.
 inline Finished done(std::string output) { return {0, std::move(output), ""}; }
 /// ztreport failed with this message.

@@ -20,8 +20,6 @@ using namespace std::chrono_literals;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
-
 class ReportProgramTest : public testing::Test {
  protected:
   /// The program fails with this message, prints nothing else and writes no file.

@@ -16,7 +16,6 @@ namespace zt::test {
 namespace {
 
 using zt::reader::readReport;
-using zt::tools::describedReport;
 using zt::tools::Description;
 
 /// The text of a described report with a fixed ID.
@@ -28,7 +27,7 @@ std::string rendered(const std::string& description, bool soap) {
 }
 
 std::string describedAgain(const std::string& text) {
-  return describedReport(readReport(text)).text();
+  return tools::describedReport(readReport(text)).text();
 }
 
 void expectRoundTrip(const std::string& description, bool soap) {

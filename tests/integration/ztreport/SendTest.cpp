@@ -23,8 +23,6 @@ using testing::HasSubstr;
 using testing::MatchesRegex;
 using testing::Not;
 
-constexpr const char* kUnreachable = "http://127.0.0.1:1/kelvane.xml";
-
 /// A loopback port that records connections and never responds.
 class Listener {
  public:

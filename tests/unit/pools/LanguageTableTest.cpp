@@ -103,7 +103,7 @@ struct LocalesOfLanguage {
 };
 
 /// Every locale of the C library whose language is in the table, without codesets.
-const LocalesOfLanguage kLocales[] = {
+const LocalesOfLanguage kLanguageLocales[] = {
     {ZtLanguageAfrikaans, {"af_ZA"}},
     {ZtLanguageAlbanian, {"sq_AL", "sq_MK"}},
     {ZtLanguageArabic,
@@ -163,7 +163,7 @@ const LocalesOfLanguage kLocales[] = {
 // regions were kept.
 TEST(LanguageTableTest, EveryLocaleHasItsLanguage) {
   const ScopedEnvironment list("LANGUAGE", nullptr);
-  for (const LocalesOfLanguage& row : kLocales) {
+  for (const LocalesOfLanguage& row : kLanguageLocales) {
     for (const char* name : row.locales) {
       const ScopedEnvironment all("LC_ALL", name);
       EXPECT_EQ(zt::languageOfCode(zt::preferredLanguages().front()), row.language) << name;

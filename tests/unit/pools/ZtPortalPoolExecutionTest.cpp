@@ -41,15 +41,15 @@ struct StringAccessors {
   ZtString (ZtPortalPoolExecution::*get)() const;
   void (ZtPortalPoolExecution::*set)(ZtString);
 };
-using Pool = ZtPortalPoolExecution;
 const StringAccessors kStrings[] = {
-    {&Pool::startPoint, &Pool::setStartPoint},
-    {&Pool::endPoint, &Pool::setEndPoint},
-    {&Pool::endResultString, &Pool::setEndResultString},
-    {&Pool::endResultCode, &Pool::setEndResultCode},
-    {&Pool::endErrorMessageString, &Pool::setEndErrorMessageString},
-    {&Pool::endErrorMessageCode, &Pool::setEndErrorMessageCode},
-    {&Pool::executionType, &Pool::setExecutionType},
+    {&ZtPortalPoolExecution::startPoint, &ZtPortalPoolExecution::setStartPoint},
+    {&ZtPortalPoolExecution::endPoint, &ZtPortalPoolExecution::setEndPoint},
+    {&ZtPortalPoolExecution::endResultString, &ZtPortalPoolExecution::setEndResultString},
+    {&ZtPortalPoolExecution::endResultCode, &ZtPortalPoolExecution::setEndResultCode},
+    {&ZtPortalPoolExecution::endErrorMessageString,
+     &ZtPortalPoolExecution::setEndErrorMessageString},
+    {&ZtPortalPoolExecution::endErrorMessageCode, &ZtPortalPoolExecution::setEndErrorMessageCode},
+    {&ZtPortalPoolExecution::executionType, &ZtPortalPoolExecution::setExecutionType},
 };
 
 TEST_F(ZtPortalPoolExecutionTest, TakesEachValueWithoutChangingAnother) {

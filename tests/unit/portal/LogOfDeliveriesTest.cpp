@@ -68,7 +68,7 @@ TEST_P(LogOfDeliveriesTable, HasTheMessages) {
 
 using Test = LogOfDeliveriesTest;
 
-const std::string kFile = std::string(kReports) + "/ID.ztr";
+const std::string kSavedFile = std::string(kReports) + "/ID.ztr";
 
 const Event kEvents[] = {
     {"Accepted",
@@ -81,7 +81,7 @@ const Event kEvents[] = {
      },
      {"warning report: not accepted by http://report.test/soap: The server responded with HTTP "
       "status 503.",
-      "info store: saved in " + kFile}},
+      "info store: saved in " + kSavedFile}},
     {"NotSaved",
      [](Test& test) {
        test.failAt(FailingFiles::Operation::Write);
@@ -97,7 +97,7 @@ const Event kEvents[] = {
       "response arrived.",
       "warning report: not sent: There is no configuration with a URL for reports: No complete "
       "response arrived.",
-      "info store: saved in " + kFile}},
+      "info store: saved in " + kSavedFile}},
     {"ConfigurationWithoutUrl",
      [](Test& test) {
        test.configuration = HttpResponse{200, "<configuration/>"};
@@ -211,7 +211,7 @@ const Event kEvents[] = {
      {"warning inventory: the user's rights are unknown: dscl is missing or does not know the home "
       "folder",
       "error report: the facts are lost, because the run was not started",
-      "info store: saved in " + kFile}},
+      "info store: saved in " + kSavedFile}},
     {"InventoryEndsEarly",
      [](Test& test) {
        test.platform.installedApplications_.onAsk = [](std::string_view) { throwZtException(); };

@@ -14,7 +14,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using Operation = FailingFiles::Operation;
 
-constexpr const char* kSupport = "/home/user/.local/share";
+constexpr const char* kSupportFolder = "/home/user/.local/share";
 
 class ReportStoreTest : public PortalTest {};
 
@@ -61,7 +61,7 @@ TEST_F(ReportStoreTest, ThereIsNoStoreWithoutAUsersFolderOrNameOrWhenAFolderCann
   platform.supportFolder_.folder = std::nullopt;
   expectNoStore();
   EXPECT_TRUE(ZtTestAccess::localSupportFolder().isNull());
-  platform.supportFolder_.folder = kSupport;
+  platform.supportFolder_.folder = kSupportFolder;
   ZtHost::setBundleInfo({{"CFBundleName", nullptr}});
   expectNoStore();
   EXPECT_TRUE(ZtTestAccess::localSupportFolder().isNull());

@@ -28,7 +28,7 @@ class ReportingServerTest : public PortalTest {
     return server.readConfiguration(false);
   }
 
-  ReportingServer server{kConfigurationUrl};
+  zt::ReportingServer server{kConfigurationUrl};
 };
 
 void expectCommonParts(const FakeHttpTransport::Asked& asked) {
@@ -46,7 +46,7 @@ TEST_F(ReportingServerTest, AnExchangeIsAGetWithoutABodyAndAPostWithOne) {
   for (const auto& [body, method] : rows) {
     forget();
     respond({200, "response"});
-    EXPECT_EQ(ReportingServer::exchange(kUrl, body), "response");
+    EXPECT_EQ(zt::ReportingServer::exchange(kUrl, body), "response");
     ASSERT_EQ(platform.http_.asked.size(), 1U);
     const auto& asked = platform.http_.asked.front();
     EXPECT_EQ(asked.url, "http://any.test/where?a=b");
@@ -72,35 +72,35 @@ TEST_F(ReportingServerTest, AnyStatusOutside200To299HasAnEmptyResponse) {
       {299, "body"}, {300, ""}, {301, ""}, {404, ""}, {500, ""},     {599, ""}};
   for (const auto& [status, expected] : rows) {
     respond({status, "body"});
-    EXPECT_EQ(ReportingServer::exchange(kUrl, nullptr), expected) << status;
-    EXPECT_EQ(ReportingServer::exchange(kUrl, "<a/>"), expected) << status;
+    EXPECT_EQ(zt::ReportingServer::exchange(kUrl, nullptr), expected) << status;
+    EXPECT_EQ(zt::ReportingServer::exchange(kUrl, "<a/>"), expected) << status;
   }
   respond({200, ""});
-  EXPECT_EQ(ReportingServer::exchange(kUrl, nullptr), "");
+  EXPECT_EQ(zt::ReportingServer::exchange(kUrl, nullptr), "");
 }
 
 TEST_F(ReportingServerTest, AResponseThatIsNotUtf8IsMissing) {
   for (const char* body : {"\xE4", "ok\xFF", "\xC0\x80", "\xED\xA0\x80", "\xC3"}) {
     respond({200, body});
-    EXPECT_TRUE(ReportingServer::exchange(kUrl, nullptr).isNull()) << body;
+    EXPECT_TRUE(zt::ReportingServer::exchange(kUrl, nullptr).isNull()) << body;
   }
   respond({200, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"});
-  EXPECT_EQ(ReportingServer::exchange(kUrl, nullptr), "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80");
+  EXPECT_EQ(zt::ReportingServer::exchange(kUrl, nullptr), "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80");
   respond({404, "\xE4"});
-  EXPECT_EQ(ReportingServer::exchange(kUrl, nullptr), "");
+  EXPECT_EQ(zt::ReportingServer::exchange(kUrl, nullptr), "");
 }
 
 TEST_F(ReportingServerTest, ExceptionsOfThePlatformAreFailuresAndOthersPass) {
   server.connect(false);
   platform.http_.answer = [](const auto&) -> HttpResponse { throwZtException(); };
-  EXPECT_EQ(ReportingServer::exchange(kUrl, nullptr), "");
+  EXPECT_EQ(zt::ReportingServer::exchange(kUrl, nullptr), "");
   EXPECT_FALSE(server.readConfiguration(false));
   EXPECT_TRUE(server.readVersion().isNull());
   EXPECT_EQ(server.send("<a/>").outcome, ZtDeliveryOutcome::Unreachable);
   EXPECT_EQ(server.version(), "7.1");
 
   platform.http_.answer = [](const auto&) -> HttpResponse { throwForeign(); };
-  EXPECT_THROW(ReportingServer::exchange(kUrl, nullptr), ForeignError);
+  EXPECT_THROW(zt::ReportingServer::exchange(kUrl, nullptr), ForeignError);
   EXPECT_THROW(server.connect(false), ForeignError);
   EXPECT_THROW(server.readConfiguration(false), ForeignError);
   EXPECT_THROW(server.readVersion(), ForeignError);
@@ -127,7 +127,7 @@ TEST_F(ReportingServerTest, ReadsBothUrlsWithoutSurroundingBlanksAndLineEnds) {
        "http://a.test/", "http://t1.test/"},
   };
   for (const auto& row : rows) {
-    server = ReportingServer(kConfigurationUrl);
+    server = zt::ReportingServer(kConfigurationUrl);
     EXPECT_TRUE(readConfiguration(row.text)) << row.text;
     EXPECT_EQ(server.reportUrl(), row.reportUrl) << row.text;
     EXPECT_EQ(server.testUrl(), row.testUrl) << row.text;

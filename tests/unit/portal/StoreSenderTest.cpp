@@ -18,7 +18,7 @@ using std::chrono::seconds;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
-using Clock = std::chrono::system_clock;
+using SystemClock = std::chrono::system_clock;
 using Outcome = ZtDeliveryOutcome;
 
 constexpr const char* kHost = "/home/user/.local/share/Kelvane/Setup/";
@@ -52,7 +52,7 @@ class StoreSenderTest : public PortalTest {
     const std::string file = inStore("{" + std::to_string(number) + "}.ztr");
     ASSERT_TRUE(platform.files_.createFolders(kReports));
     ASSERT_TRUE(platform.files_.write(file, content));
-    platform.files_.setTime(file, Clock::now() - hours(100 - number));
+    platform.files_.setTime(file, SystemClock::now() - hours(100 - number));
   }
   void saveThree() {
     for (int number = 1; number <= 3; ++number) save(number, textOf(number));
@@ -147,11 +147,11 @@ TEST_F(StoreSenderTest, AnIncompleteFileOfTheLastSecondsIsNotSetAside) {
   const std::pair<seconds, std::size_t> rows[] = {
       {seconds(0), 0}, {seconds(5), 0}, {seconds(11), 1}};
   for (const auto& [age, setAside] : rows) {
-    platform.files_.setTime(inStore("{1}.ztr"), Clock::now() - age);
+    platform.files_.setTime(inStore("{1}.ztr"), SystemClock::now() - age);
     EXPECT_EQ(send().setAside, setAside) << age.count();
   }
   save(1, "<a>");
-  platform.files_.setTime(inStore("{1}.ztr"), Clock::now() + hours(1));
+  platform.files_.setTime(inStore("{1}.ztr"), SystemClock::now() + hours(1));
   EXPECT_EQ(send().setAside, 1U) << "a date ahead is no reason to wait for it";
 }
 
@@ -236,7 +236,8 @@ TEST_F(StoreSenderTest, AStateThatCannotBeUsedCountsFromTheStart) {
   save(1, textOf(1));
   responses[textOf(1)] = {400, ""};
   const std::string farAhead = std::to_string(
-      std::chrono::duration_cast<seconds>((Clock::now() + hours(48)).time_since_epoch()).count());
+      std::chrono::duration_cast<seconds>((SystemClock::now() + hours(48)).time_since_epoch())
+          .count());
   const std::string server = std::to_string(std::hash<std::string_view>()(kConfigurationUrl));
   for (const std::string& text :
        {std::string(), std::string("\n\nwait\n7\n7 \nx {1}.ztr\n-1 {1}.ztr\n"),

@@ -198,8 +198,8 @@ TEST_F(ZtPortalDataDeliveryTest, SavingHasAReceipt) {
   EXPECT_EQ(document->lastDelivery().savedTo, fileOf(*document));
   EXPECT_EQ(document->lastDelivery().message, "The report was saved without sending it.");
 
-  using Operation = FailingFiles::Operation;
-  for (const Operation failing : {Operation::Write, Operation::WriteMidway}) {
+  for (const auto failing :
+       {FailingFiles::Operation::Write, FailingFiles::Operation::WriteMidway}) {
     document = makeDocumentWithPool();
     FailingFiles files(platform.files_);
     files.failAlways(failing);

@@ -14,7 +14,7 @@ using std::chrono::hours;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::UnorderedElementsAre;
-using Clock = std::chrono::system_clock;
+using SystemClock = std::chrono::system_clock;
 
 constexpr const char* kUnsendable = "/home/user/.local/share/Kelvane/Setup/unsendable";
 
@@ -38,7 +38,7 @@ class ZtReportStoreTest : public PortalTest {
   }
 
  private:
-  const Clock::time_point _now = Clock::now();
+  const SystemClock::time_point _now = SystemClock::now();
 };
 
 TEST_F(ZtReportStoreTest, ListsTheReportsOldestFirst) {
@@ -52,7 +52,8 @@ TEST_F(ZtReportStoreTest, ListsTheReportsOldestFirst) {
   ASSERT_THAT(idsOf(reports), ElementsAre("{3}", "{2}", "{1}"));
   EXPECT_EQ(reports[1].path, inStore("{2}.ztr"));
   EXPECT_EQ(reports[1].bytes, 6U);
-  EXPECT_NEAR(std::chrono::duration<double>(Clock::now() - reports[1].time).count(), 7200, 60);
+  EXPECT_NEAR(std::chrono::duration<double>(SystemClock::now() - reports[1].time).count(), 7200,
+              60);
 }
 
 TEST_F(ZtReportStoreTest, TellsTheCustomerAndWhetherAReportCanBeSent) {

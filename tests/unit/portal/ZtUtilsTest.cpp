@@ -16,7 +16,7 @@ using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::Pair;
 
-ZtXMLNode rootOf(std::string_view text) {
+ZtXMLNode parsedRoot(std::string_view text) {
   const auto document = ZtXMLDocument::parse(text);
   if (document == nullptr) throw std::invalid_argument(std::string(text));
   return *document->rootElement();
@@ -52,7 +52,7 @@ TEST(ZtUtilsTest, ChildNamedIsTheFirstDirectChildOfExactlyThatName) {
       {"<r><?b 1?></r>", "b", nullptr},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(textOf(ZtUtils::childNamed(rootOf(row.text), row.name)), row.expected)
+    EXPECT_EQ(textOf(ZtUtils::childNamed(parsedRoot(row.text), row.name)), row.expected)
         << row.text << " " << row.name.printed();
   }
 }
@@ -83,7 +83,7 @@ TEST(ZtUtilsTest, ChildNamedLikeIsTheFirstDirectChildWhoseLowerCaseNameMatches) 
       {"<r><a>1</a></r>", nullptr, nullptr},
   };
   for (const auto& row : rows) {
-    EXPECT_EQ(textOf(ZtUtils::childNamedLike(rootOf(row.text), row.pattern)), row.expected)
+    EXPECT_EQ(textOf(ZtUtils::childNamedLike(parsedRoot(row.text), row.pattern)), row.expected)
         << row.text << " " << row.pattern.printed();
   }
 }
@@ -157,7 +157,7 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
   for (const Row& row : rows) {
     const std::string text =
         "<r><" + std::string(row.name) + ">1</" + std::string(row.name) + "></r>";
-    EXPECT_EQ(textOf(ZtUtils::childNamedLike(rootOf(text), row.pattern)),
+    EXPECT_EQ(textOf(ZtUtils::childNamedLike(parsedRoot(text), row.pattern)),
               row.matches ? ZtString("1") : ZtString())
         << row.name << " like " << row.pattern;
   }
@@ -165,31 +165,31 @@ TEST(ZtUtilsTest, APatternMatchesAsWildcardsDo) {
 
 TEST(ZtUtilsTest, ChildrenAsStringsHasOneEntryPerChildTextNodesIncluded) {
   EXPECT_THAT(ZtUtils::childrenAsStrings(
-                  rootOf("<r>one<a>two<b>three</b></a>four<c/><!--five--><?p six?></r>")),
+                  parsedRoot("<r>one<a>two<b>three</b></a>four<c/><!--five--><?p six?></r>")),
               ElementsAre(ZtString("one"), ZtString("twothree"), ZtString("four"), ZtString(""),
                           ZtString("five"), ZtString("six")));
   const auto document = ZtXMLDocument::parse("<!DOCTYPE r [<!--no-->]><!--1--><r>2</r><?p 3?>");
   EXPECT_THAT(ZtUtils::childrenAsStrings(document->documentNode()),
               ElementsAre(ZtString("1"), ZtString("2"), ZtString("3")));
-  EXPECT_THAT(ZtUtils::childrenAsStrings(rootOf("<r/>")), IsEmpty());
+  EXPECT_THAT(ZtUtils::childrenAsStrings(parsedRoot("<r/>")), IsEmpty());
 }
 
 TEST(ZtUtilsTest, NodesContentAsDictionaryGathersTheAttributesOfAllChildrenOfThatName) {
-  EXPECT_THAT(
-      ZtUtils::nodesContentAsDictionary(rootOf("<r><item a='1'/><item a='2' b='3'/></r>"), "item"),
-      ElementsAre(Pair("a", ZtString("2")), Pair("b", ZtString("3"))));
   EXPECT_THAT(ZtUtils::nodesContentAsDictionary(
-                  rootOf("<r z='0'>text<Item a='1'/><other b='2'/><d><item c='3'/></d>"
-                         "<item e='&amp;5' f=''/></r>"),
+                  parsedRoot("<r><item a='1'/><item a='2' b='3'/></r>"), "item"),
+              ElementsAre(Pair("a", ZtString("2")), Pair("b", ZtString("3"))));
+  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(
+                  parsedRoot("<r z='0'>text<Item a='1'/><other b='2'/><d><item c='3'/></d>"
+                             "<item e='&amp;5' f=''/></r>"),
                   "item"),
               ElementsAre(Pair("e", ZtString("&5")), Pair("f", ZtString(""))));
 }
 
 TEST(ZtUtilsTest, NodesContentAsDictionaryIsEmptyWhenNothingMatches) {
   const char* text = "<r>text<item a='1'/><!--c--></r>";
-  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(rootOf(text), "items"), IsEmpty());
-  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(rootOf(text), nullptr), IsEmpty());
-  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(rootOf("<r><item/></r>"), "item"), IsEmpty());
+  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(parsedRoot(text), "items"), IsEmpty());
+  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(parsedRoot(text), nullptr), IsEmpty());
+  EXPECT_THAT(ZtUtils::nodesContentAsDictionary(parsedRoot("<r><item/></r>"), "item"), IsEmpty());
 }
 
 }  // namespace

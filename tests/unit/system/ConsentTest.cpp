@@ -17,7 +17,7 @@ using ::testing::Optional;
 using Operation = FailingFiles::Operation;
 
 constexpr const char* kFolder = "/home/user/.local/share/Kelvane/Setup";
-constexpr const char* kFile = "/home/user/.local/share/Kelvane/Setup/consent";
+constexpr const char* kConsentFile = "/home/user/.local/share/Kelvane/Setup/consent";
 
 class ConsentTest : public ::testing::Test {
  protected:
@@ -31,7 +31,7 @@ class ConsentTest : public ::testing::Test {
 
   void write(const std::string& content) {
     ASSERT_TRUE(platform.files_.createFolders(kFolder));
-    ASSERT_TRUE(platform.files_.write(kFile, content));
+    ASSERT_TRUE(platform.files_.write(kConsentFile, content));
   }
 
   FakePlatform platform;
@@ -48,12 +48,12 @@ TEST_F(ConsentTest, IsKeptInTheHostsFolder) {
   for (const auto& [consent, content] : rows) {
     EXPECT_TRUE(ZtHost::setConsent(consent));
     EXPECT_EQ(ZtHost::consent(), consent);
-    EXPECT_THAT(platform.files_.read(kFile, 64), Optional(content));
+    EXPECT_THAT(platform.files_.read(kConsentFile, 64), Optional(content));
   }
   EXPECT_TRUE(ZtHost::setConsent(ZtConsent::Unset));
   EXPECT_TRUE(ZtHost::setConsent(ZtConsent::Unset));
   EXPECT_EQ(ZtHost::consent(), ZtConsent::Unset);
-  EXPECT_FALSE(platform.files_.exists(kFile));
+  EXPECT_FALSE(platform.files_.exists(kConsentFile));
 }
 
 TEST_F(ConsentTest, IsReadAnewAndBelongsToOneHost) {
@@ -81,8 +81,8 @@ TEST_F(ConsentTest, WhatCannotBeUnderstoodIsARevocation) {
   EXPECT_EQ(ZtHost::consent(), ZtConsent::Revoked);
   ZtHost::setLogHandler(nullptr);
   EXPECT_EQ(messages.size(), 5U);
-  EXPECT_EQ(messages.front(),
-            std::string("consent: ") + kFile + " cannot be understood, so the consent is revoked");
+  EXPECT_EQ(messages.front(), std::string("consent: ") + kConsentFile +
+                                  " cannot be understood, so the consent is revoked");
 }
 
 TEST_F(ConsentTest, ARevocationThatCannotBeKeptIsValidForThisProcess) {

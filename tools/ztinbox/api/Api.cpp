@@ -21,10 +21,6 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr const char* kNoSuchReport = "no such report";
-constexpr int kBadRequest = 400;
-constexpr int kNotFound = 404;
-constexpr int kTimedOut = 408;
-constexpr int kTooLarge = 413;
 constexpr std::string_view kRoot = "/api/v1/";
 constexpr std::size_t kLargestBody = std::size_t{1024} * 1024;
 constexpr std::uint64_t kUsuallyListed = 100;
@@ -99,7 +95,7 @@ constexpr const char* kChanged = "event: changed\ndata: {}\n\n";
 constexpr const char* kHeartbeat = ": still here\n\n";
 constexpr milliseconds kHeartbeatPause{5'000};
 /// How many reports are read from the store at a time.
-constexpr std::size_t kPortion = 50;
+constexpr std::size_t kEventPortion = 50;
 
 std::string eventOf(const StoredReport& report) {
   std::string event = "id: ";
@@ -146,13 +142,13 @@ class EventStream {
       if (!write(kChanged)) return false;
     }
     const std::uint64_t newest = _store.arrivals().lastNumber();
-    const auto reports = _store.listAfter(_last, kPortion);
+    const auto reports = _store.listAfter(_last, kEventPortion);
     for (const StoredReport& report : reports) {
       if (!write(eventOf(report))) return false;
       _last = report.number;
     }
     // Deleted reports count as sent.
-    if (reports.size() < kPortion) _last = std::max(_last, newest);
+    if (reports.size() < kEventPortion) _last = std::max(_last, newest);
     return !_connection.isLeftWithin(milliseconds::zero());
   }
 

@@ -16,7 +16,7 @@ using reader::Field;
 using reader::FieldRange;
 using reader::FieldType;
 
-Json milliseconds(const std::optional<std::chrono::milliseconds>& duration) {
+Json durationJson(const std::optional<std::chrono::milliseconds>& duration) {
   return duration ? Json(duration->count()) : Json();
 }
 
@@ -34,7 +34,7 @@ Json valueOf(const StoredReport& report) {
           {"applicationVersion", identity.applicationVersion},
           {"customerId", identity.customerId},
           {"duplicateOf", report.duplicateOf},
-          {"duration", milliseconds(report.duration)},
+          {"duration", durationJson(report.duration)},
           {"machineId", identity.machineId},
           {"number", report.number},
           {"pools", std::move(pools)},
@@ -76,7 +76,7 @@ class Details {
     value["fields"] = fieldList(_report.fieldsOf(pool), 0);
     if (const auto run = readRun(_report, pool)) {
       value["result"] = run->result;
-      value["duration"] = milliseconds(run->duration);
+      value["duration"] = durationJson(run->duration);
       value["steps"] = stepList(run->steps);
     }
     value.sortMembers();
@@ -154,8 +154,8 @@ class Details {
                  {"message", shown(step.message)},
                  {"code", shown(step.code)},
                  {"failed", step.failed},
-                 {"offset", milliseconds(step.offset)},
-                 {"duration", milliseconds(step.duration)}};
+                 {"offset", durationJson(step.offset)},
+                 {"duration", durationJson(step.duration)}};
       value.sortMembers();
       list.push_back(std::move(value));
     }

@@ -16,12 +16,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kIdleTimeout{5'000};
 constexpr int kRequestsPerConnection = 1'000;
-constexpr int kBadRequest = 400;
-constexpr int kNotAllowed = 405;
-constexpr int kTooLarge = 413;
-constexpr int kHeadTooLarge = 431;
-constexpr int kServerError = 500;
-constexpr int kNotImplemented = 501;
 constexpr const char* kTooLargeReason = "request over 64 MiB";
 constexpr std::string_view kScheme = "http://";
 const std::string kEveryPath = "/";

@@ -13,6 +13,17 @@
 
 namespace zt::inbox {
 
+/// Status codes (RFC 9110; 431: RFC 6585).
+inline constexpr int kBadRequest = 400;
+inline constexpr int kForbidden = 403;
+inline constexpr int kNotFound = 404;
+inline constexpr int kNotAllowed = 405;
+inline constexpr int kTimedOut = 408;
+inline constexpr int kTooLarge = 413;
+inline constexpr int kHeadTooLarge = 431;
+inline constexpr int kServerError = 500;
+inline constexpr int kNotImplemented = 501;
+
 inline constexpr const char* kHtmlType = "text/html; charset=utf-8";
 inline constexpr const char* kJsonType = "application/json";
 inline constexpr const char* kTextType = "text/plain; charset=utf-8";

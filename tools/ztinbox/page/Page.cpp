@@ -10,7 +10,6 @@ namespace {
 
 constexpr std::string_view kFolder = "/page/";
 constexpr std::string_view kDocument = "index.html";
-constexpr int kNotFound = 404;
 
 struct MediaType {
   std::string_view extension;

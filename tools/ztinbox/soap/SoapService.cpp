@@ -8,7 +8,6 @@ namespace zt::inbox {
 
 namespace {
 
-constexpr int kBadRequest = 400;
 constexpr std::chrono::milliseconds kForever{-1};
 
 /// Announces the length of an acceptance, but sends only a beginning of it without the accepting

@@ -18,7 +18,6 @@ namespace zt::inbox {
 namespace {
 
 constexpr mode_t kFolderMode = 0700;
-constexpr mode_t kFileMode = 0600;
 
 std::string variable(const char* name) {
   const char* value = std::getenv(name);
@@ -44,7 +43,7 @@ void create(const std::string& path) {
 /// Locks the folder. The kernel releases the lock when the process ends, however that happens.
 FileDescriptor lock(const std::string& path) {
   const std::string file = path + "/ztinbox.lock";
-  FileDescriptor opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kFileMode));
+  FileDescriptor opened(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
   if (!opened.isOpen()) {
     throw MachineFault("cannot write to the data folder " + path + ": " + std::strerror(errno));
   }

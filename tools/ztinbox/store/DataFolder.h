@@ -1,11 +1,16 @@
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 #include <string_view>
 
 #include "ztportal/base/FileDescriptor.h"
 
 namespace zt::inbox {
+
+/// Mode of every file with reports.
+inline constexpr mode_t kOwnerOnly = 0600;
 
 /// The inbox's folder in the user's data folder (XDG base directories): $XDG_DATA_HOME/ztinbox, or
 /// ~/.local/share/ztinbox. Throws MachineFault if the user has no home folder.

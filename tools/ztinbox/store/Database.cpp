@@ -5,6 +5,7 @@
 
 #include <new>
 
+#include "tools/ztinbox/store/DataFolder.h"
 #include "ztportal/base/FileDescriptor.h"
 
 namespace zt::inbox {
@@ -12,8 +13,7 @@ namespace zt::inbox {
 namespace {
 
 /// The inbox alone writes to the file, but the user may open it with another program.
-constexpr int kPatienceInMilliseconds = 10'000;
-constexpr mode_t kOwnerOnly = 0600;
+constexpr int kLockPatienceInMilliseconds = 10'000;
 
 /// SQLite gives its other files the mode of the database file.
 void createForOwnerOnly(const std::string& file) {
@@ -119,7 +119,7 @@ void check(Database& database) {
   }
 }
 
-constexpr std::size_t kMostConnections = 4;
+constexpr std::size_t kMostDatabaseConnections = 4;
 
 }  // namespace
 
@@ -135,7 +135,7 @@ Database::Database(std::string file, Access access) : _file(std::move(file)) {
   _handle.reset(handle);
   if (handle == nullptr) throw std::bad_alloc();
   if (result != SQLITE_OK) fail();
-  sqlite3_busy_timeout(handle, kPatienceInMilliseconds);
+  sqlite3_busy_timeout(handle, kLockPatienceInMilliseconds);
 }
 
 void Database::run(const std::string& statements) {
@@ -246,7 +246,7 @@ void shrink(Database& database) {
 
 std::unique_ptr<Database> ConnectionPool::take() {
   std::unique_lock lock(_mutex);
-  _changed.wait(lock, [this] { return _taken < kMostConnections; });
+  _changed.wait(lock, [this] { return _taken < kMostDatabaseConnections; });
   ++_taken;
   if (!_free.empty()) {
     auto database = std::move(_free.back());

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <utility>
 
+#include "tools/ztinbox/store/DataFolder.h"
 #include "tools/ztinbox/store/Database.h"
 
 namespace zt::inbox {
@@ -98,24 +99,23 @@ std::optional<IncomingReport> readContentOf(std::string_view bytes) {
   return report;
 }
 
-constexpr mode_t kOwnerOnly = 0600;
 /// Files grow in steps of this size.
 constexpr std::size_t kStep = std::size_t{1024} * 1024;
 
-[[noreturn]] void fail(const std::string& path) {
+[[noreturn]] void failOn(const std::string& path) {
   throw DatabaseFault(path + ": " + std::strerror(errno));
 }
 
 std::string contentOf(const std::string& path, const FileDescriptor& file) {
   struct stat status {};
-  if (::fstat(file.number(), &status) != 0) fail(path);
+  if (::fstat(file.number(), &status) != 0) failOn(path);
   std::string content(static_cast<std::size_t>(status.st_size), '\0');
   std::size_t length = 0;
   while (length < content.size()) {
     const ssize_t count = ::pread(file.number(), content.data() + length, content.size() - length,
                                   static_cast<off_t>(length));
     if (count < 0 && errno == EINTR) continue;
-    if (count < 0) fail(path);
+    if (count < 0) failOn(path);
     if (count == 0) break;
     length += static_cast<std::size_t>(count);
   }
@@ -166,10 +166,10 @@ Journal::Journal(const std::string& folder) {
     file.path = folder + "/journal." + std::to_string(i);
     file.descriptor =
         FileDescriptor(::open(file.path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, kOwnerOnly));
-    if (!file.descriptor.isOpen()) fail(file.path);
+    if (!file.descriptor.isOpen()) failOn(file.path);
     void* const bytes = ::mmap(nullptr, kMostBytes, PROT_READ | PROT_WRITE, MAP_SHARED,
                                file.descriptor.number(), 0);
-    if (bytes == MAP_FAILED) fail(file.path);
+    if (bytes == MAP_FAILED) failOn(file.path);
     file.bytes.reset(static_cast<char*>(bytes));
   }
 }
@@ -212,7 +212,7 @@ void Journal::makeRoom(File& file, std::size_t size) {
   errno = capacity <= kMostBytes
               ? ::posix_fallocate(file.descriptor.number(), 0, static_cast<off_t>(capacity))
               : EFBIG;
-  if (errno != 0) fail(file.path);
+  if (errno != 0) failOn(file.path);
   file.capacity = capacity;
 }
 

@@ -9,7 +9,7 @@ namespace zt::inbox {
 
 namespace {
 
-std::int64_t milliseconds(Timestamp timestamp) {
+std::int64_t millisecondsOf(Timestamp timestamp) {
   return std::chrono::floor<std::chrono::milliseconds>(timestamp.time_since_epoch()).count();
 }
 
@@ -62,7 +62,7 @@ void ReportWriter::insert(IncomingReport& incoming) {
   }
   const std::string answer = answerWord(report.answer);
   const std::uint64_t number = report.number;
-  _insertReport.run(number, milliseconds(report.received), report.test, answer, report.sender,
+  _insertReport.run(number, millisecondsOf(report.received), report.test, answer, report.sender,
                     std::uint64_t{report.size}, identity.reportId, identity.machineId,
                     identity.customerId, identity.applicationId, identity.applicationVersion,
                     report.result, count(report.duration));
@@ -159,8 +159,8 @@ FilterSql::FilterSql(const ReportFilter& filter) {
   if (filter.machine) where(" r.machine_id = ?", *filter.machine);
   if (filter.test) where(" r.test = ?", std::int64_t{*filter.test});
   if (filter.read) where(" r.read = ?", std::int64_t{*filter.read});
-  if (filter.since) where(" r.received >= ?", milliseconds(*filter.since));
-  if (filter.until) where(" r.received < ?", milliseconds(*filter.until));
+  if (filter.since) where(" r.received >= ?", millisecondsOf(*filter.since));
+  if (filter.until) where(" r.received < ?", millisecondsOf(*filter.until));
 }
 
 void FilterSql::where(const std::string& condition, Value value) {

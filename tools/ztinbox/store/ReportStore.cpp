@@ -8,7 +8,7 @@ namespace zt::inbox {
 namespace {
 
 /// How many reports are removed or marked at a time; senders wait meanwhile.
-constexpr std::size_t kPortion = 200;
+constexpr std::size_t kChangePortion = 200;
 constexpr std::chrono::seconds kIndexingPatience{2};
 
 Database openForWriting(const std::string& file) {
@@ -158,7 +158,8 @@ std::size_t ReportStore::remove(const ReportFilter& filter) {
   std::size_t total = 0;
   rest.before =
       std::min(filter.before.value_or(_arrivals.lastNumber() + 1), _arrivals.lastNumber() + 1);
-  for (auto found = numbers(rest, kPortion); !found.empty(); found = numbers(rest, kPortion)) {
+  for (auto found = numbers(rest, kChangePortion); !found.empty();
+       found = numbers(rest, kChangePortion)) {
     std::size_t removed = 0;
     _commits.run({[this, &found, &removed] {
                     removed = 0;
@@ -200,7 +201,8 @@ bool ReportStore::setRead(std::uint64_t number, bool read) {
 std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
   filter.read = !read;
   std::size_t total = 0;
-  for (auto found = numbers(filter, kPortion); !found.empty(); found = numbers(filter, kPortion)) {
+  for (auto found = numbers(filter, kChangePortion); !found.empty();
+       found = numbers(filter, kChangePortion)) {
     std::size_t changed = 0;
     _commits.run({[this, &found, &changed, read] {
                     changed = 0;
@@ -225,7 +227,7 @@ void ReportStore::recount() {
 void ReportStore::trim() {
   const auto more = std::make_shared<bool>(false);
   _commits.add({[this, more] {
-                  for (std::size_t i = 0; i < kPortion && _count > _most; ++i) {
+                  for (std::size_t i = 0; i < kChangePortion && _count > _most; ++i) {
                     const auto oldest = _writer.oldest();
                     if (oldest && _writer.remove(*oldest)) --_count;
                   }

@@ -37,7 +37,7 @@ std::string whyNotAccepted(ZtPortalData& document, std::size_t size) {
          " bytes, although the server responds now";
 }
 
-Json jsonOf(const ZtDelivery& delivery) {
+Json jsonOfDelivery(const ZtDelivery& delivery) {
   // In the order of the enumerations.
   constexpr std::array<const char*, 11> kOutcomes{
       "not sent", "accepted",    "refused",    "invalid response", "unreachable", "timed out",

@@ -18,6 +18,6 @@ void checkConfigurationUrl(const std::string& url);
 std::string whyNotAccepted(ZtPortalData& document, std::size_t size);
 
 /// A receipt as an object: its members by their names, times in milliseconds.
-Json jsonOf(const ZtDelivery& delivery);
+Json jsonOfDelivery(const ZtDelivery& delivery);
 
 }  // namespace zt::tools

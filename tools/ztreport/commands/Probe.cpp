@@ -9,7 +9,7 @@ namespace zt::tools {
 
 namespace {
 
-Json jsonOf(const ZtString& text) { return text.isNull() ? Json(nullptr) : Json(text.view()); }
+Json jsonOfText(const ZtString& text) { return text.isNull() ? Json(nullptr) : Json(text.view()); }
 
 /// The name of a language, or its number when it has none.
 Json jsonOfLanguage(std::uint64_t language) {
@@ -21,8 +21,8 @@ template <class List>
 Json jsonOfPrograms(const List& programs) {
   Json list = Json::array();
   for (const auto& program : programs) {
-    list.push_back({{"appName", jsonOf(program->appName())},
-                    {"appVersion", jsonOf(program->appVersion())},
+    list.push_back({{"appName", jsonOfText(program->appName())},
+                    {"appVersion", jsonOfText(program->appVersion())},
                     {"isStandard", program->isStandard() == 1}});
   }
   return list;
@@ -30,8 +30,8 @@ Json jsonOfPrograms(const List& programs) {
 
 std::string asJson(const ZtPortalPoolComputerSystem& computer) {
   const Json object{{"kind", "computerSystem"},
-                    {"osName", jsonOf(computer.osName())},
-                    {"osVersion", jsonOf(computer.osVersion())},
+                    {"osName", jsonOfText(computer.osName())},
+                    {"osVersion", jsonOfText(computer.osVersion())},
                     {"servicePack", computer.servicePack()},
                     {"osLanguage", jsonOfLanguage(computer.osLanguage())},
                     {"userLanguage", jsonOfLanguage(computer.userLanguage())},
@@ -51,7 +51,7 @@ void addLine(std::string& text, std::string_view label, const std::string& value
 }
 
 /// Control characters could change the terminal.
-std::string shown(const ZtString& text) {
+std::string printable(const ZtString& text) {
   if (text.isNull()) return "(unknown)";
   std::string result(text.view());
   for (char& byte : result) {
@@ -68,8 +68,8 @@ std::string languageText(std::uint64_t language) {
 template <class List>
 void addPrograms(std::string& text, std::string_view label, const List& programs) {
   for (const auto& program : programs) {
-    std::string line = shown(program->appName());
-    line.append(" ").append(shown(program->appVersion()));
+    std::string line = printable(program->appName());
+    line.append(" ").append(printable(program->appVersion()));
     if (program->isStandard() == 1) line += " (default)";
     addLine(text, label, line);
     label = "";
@@ -79,7 +79,7 @@ void addPrograms(std::string& text, std::string_view label, const List& programs
 
 std::string asLines(const ZtPortalPoolComputerSystem& computer) {
   std::string text;
-  addLine(text, "system", shown(computer.osVersion()));
+  addLine(text, "system", printable(computer.osVersion()));
   addLine(text, "service pack", std::to_string(computer.servicePack()));
   addLine(text, "language", languageText(computer.userLanguage()));
   addLine(text, "administrator", computer.isAdmin() == 1 ? "yes" : "no");

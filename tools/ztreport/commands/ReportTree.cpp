@@ -12,7 +12,7 @@ namespace zt::tools {
 
 namespace {
 
-using reader::Field;
+using ReportField = reader::Field;
 using reader::FieldRange;
 using reader::FieldType;
 
@@ -81,7 +81,7 @@ class TreeWriter {
         _levels.pop_back();
         continue;
       }
-      const Field& field = *level.next;
+      const ReportField& field = *level.next;
       ++level.next;
       if (field.type == FieldType::Record) {
         addRecord(field, level);
@@ -93,13 +93,13 @@ class TreeWriter {
 
   void open(const FieldRange& fields, std::size_t indent) {
     std::size_t columns = 0;
-    for (const Field& field : fields) {
+    for (const ReportField& field : fields) {
       columns = std::max(columns, std::min(columnsOf(field.name), kWidestName));
     }
     _levels.push_back({fields.begin(), fields.end(), indent, columns});
   }
 
-  void addRecord(const Field& record, Level& level) {
+  void addRecord(const ReportField& record, Level& level) {
     const std::string label = std::to_string(++level.number);
     const std::size_t indent = level.indent;
     if (fieldsOf(record).empty()) {
@@ -112,7 +112,7 @@ class TreeWriter {
     _levels.back().label = label;
   }
 
-  void addField(const Field& field, Level& level) {
+  void addField(const ReportField& field, Level& level) {
     addBlanks(level.indent - (level.label.empty() ? 0 : level.label.size() + kGap));
     if (!level.label.empty()) {
       addStyled(level.label, kDim);

@@ -105,7 +105,7 @@ Exit resendAll(const std::string& configurationUrl, const ResendOptions& options
         reasons[report.path] = delivery.message;
       }
       if (output == Output::Receipts) {
-        deliveries.push_back({{"file", report.path}, {"delivery", jsonOf(delivery)}});
+        deliveries.push_back({{"file", report.path}, {"delivery", jsonOfDelivery(delivery)}});
       }
       return ++tried != options.limit;
     };
@@ -149,7 +149,7 @@ Exit resend(const std::string& configurationUrl, const ResendOptions& options, O
       const bool accepted = document->sendSavedReport(paths[sent]);
       if (output == Output::Receipts) {
         deliveries.push_back(
-            {{"file", paths[sent]}, {"delivery", jsonOf(document->lastDelivery())}});
+            {{"file", paths[sent]}, {"delivery", jsonOfDelivery(document->lastDelivery())}});
       }
       if (!accepted) break;
       std::error_code ignored;

@@ -60,7 +60,7 @@ Exit tellDelivery(ZtPortalData& document, bool accepted, Output output) {
   warnOfMalformedValues(document, output);
   const std::string id = text(document.reportId());
   const auto tellResult = [&](const std::string& words, Json object) {
-    if (output == Output::Receipts) object["delivery"] = jsonOf(document.lastDelivery());
+    if (output == Output::Receipts) object["delivery"] = jsonOfDelivery(document.lastDelivery());
     tell(output, words, object);
   };
   if (accepted) {

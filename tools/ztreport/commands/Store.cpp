@@ -55,7 +55,7 @@ std::string aligned(const std::vector<Row>& rows) {
   return text;
 }
 
-Json jsonOf(const SavedReport& report) {
+Json jsonOfSaved(const SavedReport& report) {
   Json object{{"name", report.name}, {"file", report.path}, {"bytes", report.size}};
   object["ageSeconds"] = report.age ? Json(std::int64_t{report.age->count()}) : Json(nullptr);
   object["canBeSent"] = report.fault.empty();
@@ -100,7 +100,7 @@ Exit listStore(Output output) {
   const std::vector<SavedReport> reports = savedReports(storeFolder());
   if (output == Output::Json) {
     Json list = Json::array();
-    for (const SavedReport& report : reports) list.push_back(jsonOf(report));
+    for (const SavedReport& report : reports) list.push_back(jsonOfSaved(report));
     print(Json{{"reports", list}}.text(2) + "\n");
     return Exit::Done;
   }

@@ -55,7 +55,7 @@ std::string lineOf(const Check& check, const Finding& finding) {
   return line + zt::terminal::terminalText(text, std::numeric_limits<std::size_t>::max()) + "\n";
 }
 
-Json jsonOf(const Check& check, const Finding& finding) {
+Json jsonOfFinding(const Check& check, const Finding& finding) {
   Json object{{"check", check.name}, {"state", nameOf(finding.state)}, {"reason", finding.reason}};
   if (!finding.remedy.empty()) object["remedy"] = finding.remedy;
   return object;
@@ -74,7 +74,7 @@ Exit doctor(const std::string& configurationUrl, const std::string& appName, Out
     const bool isFailed = finding.state == State::Failed;
     if (isFailed) exit = Exit::NotAccepted;
     if (output == Output::Json) {
-      checks.push_back(jsonOf(check, finding));
+      checks.push_back(jsonOfFinding(check, finding));
     } else if (output == Output::Words || isFailed) {
       print(lineOf(check, finding));
     }

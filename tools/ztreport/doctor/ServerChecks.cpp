@@ -19,8 +19,6 @@ constexpr const char* kUnsteady =
     "check whether the server or the network is slow: the whole response must arrive within two "
     "seconds";
 
-std::string text(const ZtString& value) { return std::string(value.view()); }
-
 ProxyChoice proxyOf(const WebAddress& address) {
   ProxyChoice choice =
       proxyFor(address.scheme, address.host, [](const char* name) { return ::getenv(name); });
@@ -122,8 +120,8 @@ Finding checkReportUrl(Subject& subject) {
   if (!subject.document || !subject.document->gotConfiguration()) {
     return skipped("there is no configuration");
   }
-  const std::string reportUrl = text(subject.document->reportUrl());
-  const std::string testUrl = text(subject.document->reportTestUrl());
+  const std::string reportUrl(subject.document->reportUrl().view());
+  const std::string testUrl(subject.document->reportTestUrl().view());
   const std::string& used = subject.isInTestMode ? testUrl : reportUrl;
   const std::string mode = subject.isInTestMode ? " (test mode)" : "";
   constexpr const char* kRemedy = "correct the customer's configuration document";
@@ -140,7 +138,7 @@ Finding checkReportUrl(Subject& subject) {
 
 Finding checkVersion(Subject& subject) {
   if (!subject.server) return skipped(kNoReportUrl);
-  if (subject.document->online()) return ok(text(subject.document->serverVersion()));
+  if (subject.document->online()) return ok(std::string(subject.document->serverVersion().view()));
   return whyNot(versionFault(serverUrlOf(*subject.document)),
                 "received only at the second request");
 }

@@ -45,8 +45,6 @@ constexpr std::array<Meaning, 7> kMeanings{{
 
 constexpr const char* kServersLog = "look for the reason in the server's log";
 
-std::string text(const ZtString& value) { return std::string(value.view()); }
-
 bool isBlank(const ZtString& value) {
   return value.view().find_first_not_of(" \t\r\n") == std::string_view::npos;
 }
@@ -57,7 +55,7 @@ std::string noXml(const ZtXMLError& error) {
     reason.append("line ").append(std::to_string(error.line));
     reason.append(", column ").append(std::to_string(error.column)).append(": ");
   }
-  return reason + text(error.reason) + ")";
+  return reason.append(error.reason.view()).append(")");
 }
 
 /// " (redirected to A, then to B)"
@@ -144,12 +142,13 @@ std::optional<Fault> versionFault(const std::string& url) {
 
 bool isInTestMode(ZtPortalData& document) {
   if (document.pools().empty()) document.addPool("TEST_MODE", ZtDate::now());
-  return document.getSoapString().find(text(document.customerId()) + "_Test</CustomerID>") !=
-         std::string::npos;
+  return document.getSoapString().find(std::string(document.customerId().view()) +
+                                       "_Test</CustomerID>") != std::string::npos;
 }
 
 std::string serverUrlOf(ZtPortalData& document) {
-  return text(isInTestMode(document) ? document.reportTestUrl() : document.reportUrl());
+  const ZtString url = isInTestMode(document) ? document.reportTestUrl() : document.reportUrl();
+  return std::string(url.view());
 }
 
 }  // namespace zt::tools

@@ -77,19 +77,18 @@ bool isNoncharacter(char32_t code) {
 /// NUL and malformed UTF-8 (D-Bus), and the noncharacters of Unicode (sd-bus, as sender and
 /// receiver).
 std::string withReplacements(std::string_view text) {
-  constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
   std::string replaced;
   while (!text.empty()) {
     const auto character = firstUtf8Character(text);
     const bool isRefused = !character || character->code == 0 || isNoncharacter(character->code);
     const std::size_t length = character ? character->length : 1;
-    replaced += isRefused ? kReplacement : text.substr(0, length);
+    replaced += isRefused ? kReplacementCharacter : text.substr(0, length);
     text.remove_prefix(length);
   }
   return replaced;
 }
 
-bool appendText(sd_bus_message* message, std::string_view text) {
+bool appendString(sd_bus_message* message, std::string_view text) {
   const auto isAppended = [message](const std::string& value) {
     return sd_bus_message_append_basic(message, SD_BUS_TYPE_STRING, value.c_str()) >= 0;
   };
@@ -99,7 +98,7 @@ bool appendText(sd_bus_message* message, std::string_view text) {
 
 bool appendEntry(sd_bus_message* message, std::string_view key, std::string_view value) {
   return sd_bus_message_open_container(message, SD_BUS_TYPE_DICT_ENTRY, "ss") >= 0 &&
-         appendText(message, key) && appendText(message, value) &&
+         appendString(message, key) && appendString(message, value) &&
          sd_bus_message_close_container(message) >= 0;
 }
 
@@ -112,7 +111,7 @@ Message makeSignal(sd_bus* bus, const std::string& member, const ZtString& objec
     return nullptr;
   }
   Message message(created);
-  if (!appendText(created, object.printed())) return nullptr;
+  if (!appendString(created, object.printed())) return nullptr;
   if (sd_bus_message_open_container(created, SD_BUS_TYPE_ARRAY, "{ss}") < 0) return nullptr;
   for (const auto& [key, value] : userInfo) {
     if (!appendEntry(created, key, value.printed())) return nullptr;
@@ -205,7 +204,7 @@ class BusKeeper {
 };
 
 thread_local bool BusKeeper::isThreadEnding = false;
-thread_local BusKeeper keeper;
+thread_local BusKeeper busKeeper;
 
 }  // namespace
 
@@ -241,12 +240,12 @@ void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
       log(ZtLogLevel::Warning, "broadcast", "the session bus has closed the connection");
     }
     if (outcome == Outcome::Received && !BusKeeper::isThreadEnding) {
-      keeper.keep(std::move(bus), place);
+      busKeeper.keep(std::move(bus), place);
     }
     return outcome;
   };
   Outcome outcome = Outcome::NoBus;
-  if (!BusKeeper::isThreadEnding) outcome = sendBy(keeper.take(place));
+  if (!BusKeeper::isThreadEnding) outcome = sendBy(busKeeper.take(place));
   // The kept connection is closed if the bus has been restarted.
   if (outcome == Outcome::NoBus || outcome == Outcome::Failed) outcome = sendBy(openSessionBus());
   if (outcome == Outcome::Failed) {
@@ -261,7 +260,7 @@ void LinuxBroadcast::post(const ZtString& name, const ZtString& object,
 }
 
 void LinuxBroadcast::closeConnections() {
-  if (!BusKeeper::isThreadEnding) keeper.close();
+  if (!BusKeeper::isThreadEnding) busKeeper.close();
 }
 
 }  // namespace zt

@@ -20,16 +20,14 @@
 
 #include "ztportal/base/FileDescriptor.h"
 #include "ztportal/base/Log.h"
+#include "ztportal/platform/Free.h"
 #include "ztportal/platform/plist/Bundle.h"
 
 namespace zt {
 
 namespace {
 
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
-using OpenFolder = std::unique_ptr<DIR, CloseFolder>;
+using OpenFolder = std::unique_ptr<DIR, Free<::closedir>>;
 
 struct TextHash {
   using is_transparent = void;

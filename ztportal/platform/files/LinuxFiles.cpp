@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "ztportal/base/FileDescriptor.h"
+#include "ztportal/platform/Free.h"
 
 namespace zt {
 
@@ -33,10 +34,6 @@ bool isFolderAt(const std::string& path) {
   struct stat status {};
   return canNameAFile(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
-
-struct CloseFolder {
-  void operator()(DIR* folder) const { ::closedir(folder); }
-};
 
 class HeldLock {
  public:
@@ -190,7 +187,7 @@ bool LinuxFiles::createPrivateFolders(const std::string& path) {
 std::optional<std::vector<std::string>> LinuxFiles::list(const std::string& folder) {
   if (!canNameAFile(folder)) return std::nullopt;
   // The iterators of std::filesystem end the process when memory runs out.
-  const std::unique_ptr<DIR, CloseFolder> open(::opendir(folder.c_str()));
+  const std::unique_ptr<DIR, Free<::closedir>> open(::opendir(folder.c_str()));
   if (!open) return std::nullopt;
   std::vector<std::string> names;
   errno = 0;

@@ -1,5 +1,6 @@
 #include "ztportal/platform/http/HostTransport.h"
 
+#include <chrono>
 #include <exception>
 #include <utility>
 
@@ -24,7 +25,6 @@ ZtTransportResponse responseTo(const ZtTransportRequest& request,
 }  // namespace
 
 HttpResponse exchangeByHost(const HttpRequest& request) {
-  using Clock = std::chrono::steady_clock;
   ZtTransportRequest passed;
   passed.method = request.method;
   passed.url = request.url;
@@ -35,11 +35,11 @@ HttpResponse exchangeByHost(const HttpRequest& request) {
   passed.headers.insert(passed.headers.end(), more.begin(), more.end());
   passed.body = request.body.value_or("");
 
-  const Clock::time_point start = Clock::now();
+  const auto start = std::chrono::steady_clock::now();
   ZtTransportResponse received = responseTo(passed, *request.options);
   HttpResponse response;
-  response.times.total =
-      std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+  response.times.total = std::chrono::duration_cast<std::chrono::microseconds>(
+      std::chrono::steady_clock::now() - start);
   response.status = received.status;
   response.retryAfter = received.retryAfter;
   if (received.status != 0) {

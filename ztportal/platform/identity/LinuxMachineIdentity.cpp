@@ -53,11 +53,11 @@ ZtString kernelUuid() {
 
 ZtString uuidText(std::span<const std::uint8_t, 16> bytes) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
-  constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-  std::array<char, kForm.size()> text;
+  constexpr std::string_view kUuidForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
+  std::array<char, kUuidForm.size()> text;
   std::size_t digit = 0;
-  for (std::size_t i = 0; i < kForm.size(); ++i) {
-    if (kForm[i] == '-') {
+  for (std::size_t i = 0; i < kUuidForm.size(); ++i) {
+    if (kUuidForm[i] == '-') {
       text[i] = '-';
       continue;
     }

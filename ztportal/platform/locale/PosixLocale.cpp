@@ -6,11 +6,11 @@
 #include <cstdlib>
 #include <iterator>
 
+#include "ztportal/base/Text.h"
+
 namespace zt {
 
 namespace {
-
-bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 
 struct Modifier {
   std::string_view name;

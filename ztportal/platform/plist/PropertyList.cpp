@@ -22,8 +22,8 @@ namespace {
 constexpr std::string_view kMagic = "bplist";
 constexpr std::size_t kTrailerSize = 32;
 constexpr std::size_t kMostContainers = 1000;
-constexpr std::uint64_t kFactor = 10;
-constexpr std::uint64_t kAlwaysAllowed = 1'000'000;
+constexpr std::uint64_t kCopiesFactor = 10;
+constexpr std::uint64_t kCopiesAlwaysAllowed = 1'000'000;
 
 /// The objects of a binary property list, which has a table of their offsets and a trailer.
 class Objects {
@@ -178,7 +178,7 @@ ZtString stringOf(plist_t value) {
 bool copiesWithinMeasure(std::string_view data) {
   Objects objects(data);
   if (!objects.open()) return false;
-  const std::uint64_t limit = std::max(kAlwaysAllowed, kFactor * data.size());
+  const std::uint64_t limit = std::max(kCopiesAlwaysAllowed, kCopiesFactor * data.size());
   std::vector<bool> placed(objects.count());
   std::size_t containers = 0;
   std::size_t references = 0;

@@ -346,7 +346,7 @@ class WriterKeeper {
 };
 
 thread_local bool WriterKeeper::isThreadEnding = false;
-thread_local WriterKeeper keeper;
+thread_local WriterKeeper writerKeeper;
 
 std::shared_ptr<TimestampWriter> newWriter(const TimeEnvironment& environment) {
   const std::lock_guard<std::mutex> lock(zoneLookUp());
@@ -357,10 +357,10 @@ std::shared_ptr<TimestampWriter> newWriter(const TimeEnvironment& environment) {
 std::shared_ptr<TimestampWriter> writerForNewText() {
   const TimeEnvironment environment;
   const bool isKept = !WriterKeeper::isThreadEnding;
-  std::shared_ptr<TimestampWriter> writer = isKept ? keeper.writer : nullptr;
+  std::shared_ptr<TimestampWriter> writer = isKept ? writerKeeper.writer : nullptr;
   if (writer == nullptr || !writer->isFor(environment)) {
     writer = newWriter(environment);
-    if (isKept) keeper.writer = writer;
+    if (isKept) writerKeeper.writer = writer;
   }
   writer->beginText();
   return writer;

@@ -8,13 +8,14 @@
 #include <cstdint>
 #include <limits>
 
+#include "ztportal/base/Text.h"
+
 namespace zt {
 
 namespace {
 
 using namespace std::string_view_literals;
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 constexpr std::string_view kBlanks = " \t\r\n";
 constexpr std::size_t kNowhere = std::string_view::npos;
 
@@ -29,8 +30,6 @@ constexpr Beginning kBeginnings[] = {
     {"\xFE\xFF"sv, "UTF-16BE"},     {kByteOrderMark, "UTF-8"},      {"<\0?\0"sv, "UTF-16LE"},
     {"\0<\0?"sv, "UTF-16BE"},
 };
-
-bool isLetter(char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
 
 bool isEncodingName(std::string_view name) {
   if (name.empty() || !isLetter(name.front())) return false;

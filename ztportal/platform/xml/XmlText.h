@@ -7,6 +7,9 @@
 
 namespace zt {
 
+/// U+FEFF in UTF-8, which may precede an XML document.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
 /// The XML declaration that `text` starts with, "<?xml" to "?>"; empty without one.
 std::string_view xmlDeclaration(std::string_view text);
 

@@ -22,14 +22,15 @@ namespace {
 const xmlNode* asNode(const void* node) { return static_cast<const xmlNode*>(node); }
 const xmlDoc* asTree(const void* tree) { return static_cast<const xmlDoc*>(tree); }
 
-/// The limits of a document with its entities replaced: kFactor times its length or kAlwaysAllowed
-/// bytes of text and nodes, whichever is more, and kDepth levels of nested entities.
-constexpr std::size_t kFactor = 10;
-constexpr std::size_t kAlwaysAllowed = 1'000'000;
+/// The limits of a document with its entities replaced: kExpansionFactor times its length or
+/// kExpansionAlwaysAllowed bytes of text and nodes, whichever is more, and kDepth levels of nested
+/// entities.
+constexpr std::size_t kExpansionFactor = 10;
+constexpr std::size_t kExpansionAlwaysAllowed = 1'000'000;
 constexpr int kDepth = 40;
 
 std::size_t expansionLimit(std::size_t length) {
-  return std::max(kAlwaysAllowed, kFactor * length);
+  return std::max(kExpansionAlwaysAllowed, kExpansionFactor * length);
 }
 
 /// The entity to which the entity reference `node` refers; null if it is external or not declared
@@ -121,7 +122,7 @@ bool expandsWithin(std::size_t limit, const xmlDoc& tree) {
 
 /// Appends the text of `top` and all its descendants, with entity references replaced. The tree has
 /// passed `expandsWithin`.
-void appendText(std::string& text, const xmlNode& top) {
+void appendContent(std::string& text, const xmlNode& top) {
   if (top.type == XML_COMMENT_NODE || top.type == XML_PI_NODE) {
     if (top.content != nullptr) text += reinterpret_cast<const char*>(top.content);
     return;
@@ -131,7 +132,7 @@ void appendText(std::string& text, const xmlNode& top) {
       if (part->content != nullptr) text += reinterpret_cast<const char*>(part->content);
     } else if (part->type == XML_ENTITY_REF_NODE) {
       const xmlNode* entity = referencedEntity(*part);
-      if (entity != nullptr) appendText(text, *entity);
+      if (entity != nullptr) appendContent(text, *entity);
     }
   }
 }
@@ -324,7 +325,7 @@ bool xmlNodeIsElement(const void* node) { return asNode(node)->type == XML_ELEME
 
 std::string xmlNodeText(const void* node) {
   std::string text;
-  appendText(text, *asNode(node));
+  appendContent(text, *asNode(node));
   return text;
 }
 

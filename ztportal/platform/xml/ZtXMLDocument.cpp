@@ -12,8 +12,6 @@ namespace {
 using zt::XmlFault;
 using Tree = std::unique_ptr<void, zt::Free<zt::releaseXmlTree>>;
 
-constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-
 /// Describes `fault`, which is in `text`, in `error`, unless that is null.
 void report(ZtXMLError* error, const XmlFault& fault, std::string_view text) {
   if (error == nullptr) return;
@@ -58,7 +56,7 @@ std::shared_ptr<ZtXMLDocument> ZtXMLDocument::parse(std::string_view text, ZtXML
   }
   std::string source = zt::xmlTextInUtf8(text);
   // libxml2 also skips a byte order mark; but no document can start with a second one.
-  if (source.starts_with(kByteOrderMark)) {
+  if (source.starts_with(zt::kByteOrderMark)) {
     report(error, {"a second byte order mark", 0}, text);
     return nullptr;
   }

@@ -19,19 +19,12 @@ using testing::ElementsAre;
 using testing::Pair;
 using zt::InstalledApplications;
 using zt::LinuxInstalledApplications;
+using zt::test::identified;
+using zt::test::infoPlist;
 using zt::test::MadeUpDesktop;
 using zt::test::ScopedEnvironment;
 
 constexpr const char* kFirefox = "org.mozilla.firefox";
-
-std::string infoPlist(const std::string& entries) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + entries +
-         "</dict></plist>\n";
-}
-
-std::string identified(const std::string& identifier) {
-  return infoPlist("<key>CFBundleIdentifier</key><string>" + identifier + "</string>");
-}
 
 class LinuxInstalledApplicationsTest : public testing::Test {
  protected:

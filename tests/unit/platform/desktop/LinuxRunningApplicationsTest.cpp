@@ -22,6 +22,7 @@
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/unit/platform/desktop/MadeUpDesktop.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 
 namespace {
@@ -31,20 +32,13 @@ using testing::IsEmpty;
 using testing::UnorderedElementsAre;
 using zt::LinuxRunningApplications;
 using zt::RunningApplication;
+using zt::test::identified;
+using zt::test::infoPlist;
 using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
 using zt::test::ScopedEnvironment;
 using zt::test::Subprocess;
 using zt::test::TemporaryFolder;
-
-std::string infoPlist(const std::string& entries) {
-  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + entries +
-         "</dict></plist>\n";
-}
-
-std::string identified(const std::string& identifier) {
-  return infoPlist("<key>CFBundleIdentifier</key><string>" + identifier + "</string>");
-}
 
 /// "identifier path", in the order of the list.
 std::vector<std::string> described(const std::vector<RunningApplication>& applications) {

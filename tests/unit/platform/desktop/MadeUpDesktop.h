@@ -9,6 +9,17 @@
 
 namespace zt::test {
 
+/// The property list of a bundle.
+inline std::string infoPlist(const std::string& entries) {
+  return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" + entries +
+         "</dict></plist>\n";
+}
+
+/// The same, with nothing but a bundle identifier.
+inline std::string identified(const std::string& identifier) {
+  return infoPlist("<key>CFBundleIdentifier</key><string>" + identifier + "</string>");
+}
+
 /// A machine without applications: its files are below `root()`, and the environment of its user,
 /// who has no language, is set for a scope.
 ///

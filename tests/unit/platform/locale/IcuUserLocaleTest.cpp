@@ -141,7 +141,7 @@ constexpr const char* kTellLocalizations = "ZT_TEST_TELL_LOCALIZATIONS";
 
 /// A copy of this program that is started with the variable set says which localizations suit and
 /// does nothing else.
-const bool kIsTelling = [] {
+const bool kIsTellingLocalizations = [] {
   if (std::getenv(kTellLocalizations) == nullptr) return false;
   for (const ZtString& name : BundleLocalizations().preferredLocalizations()) {
     std::fputs((std::string(name.printed()) + " ").c_str(), stdout);
@@ -149,7 +149,7 @@ const bool kIsTelling = [] {
   std::exit(0);
 }();
 
-constexpr const char* kInfo =
+constexpr const char* kLocalizedInfo =
     "<plist><dict><key>CFBundleDevelopmentRegion</key><string>fr</string></dict></plist>";
 
 class BundleLocalizationsTest : public testing::Test {
@@ -173,7 +173,7 @@ class BundleLocalizationsTest : public testing::Test {
 };
 
 TEST_F(BundleLocalizationsTest, AreThoseOfTheBundleAboveTheProgramThatSuitTheUser) {
-  _folder.write("Setup.app/Contents/Info.plist", kInfo);
+  _folder.write("Setup.app/Contents/Info.plist", kLocalizedInfo);
   for (const char* name : {"de", "fr", "it"}) {
     std::filesystem::create_directories(
         _folder.path("Setup.app/Contents/Resources/" + std::string(name) + ".lproj"));

@@ -93,7 +93,7 @@ constexpr const char* kTellFolder = "ZT_TEST_TELL_LIBEXEC_FOLDER";
 
 /// A copy of this program that is started with the variable set says where it finds the folder, or
 /// if it is "missing" which programs it does not find.
-const bool kIsTelling = [] {
+const bool kIsTellingFolder = [] {
   const char* const what = std::getenv(kTellFolder);
   if (what == nullptr) return false;
   std::string told = zt::libexecFolder();

@@ -20,9 +20,10 @@
 
 namespace {
 
+using zt::test::kDay;
+using zt::test::timestamp;
 using zt::test::UserIn;
 
-constexpr std::int64_t kDay = 86'400'000;
 constexpr std::int64_t kYear = 365 * kDay + kDay / 4;
 
 constexpr const char* kZones[] = {
@@ -58,7 +59,7 @@ struct LocaleRow {
   const char* icu;
 };
 
-constexpr LocaleRow kLocales[] = {
+constexpr LocaleRow kIcuLocales[] = {
     {"en_US.UTF-8", "en_US"},
     {"de_DE.UTF-8", "de_DE"},
     {"en_GB.UTF-8", "en_GB"},
@@ -88,12 +89,6 @@ std::string icuTimestamp(const char* locale, const icu::TimeZone& zone, std::int
   UErrorCode status = U_ZERO_ERROR;
   icu::SimpleDateFormat format(u"yyyy-MM-dd'T'HH:mm:ss.SSSz", icu::Locale(locale), status);
   return formatted(format, zone, moment);
-}
-
-std::string timestamp(std::int64_t moment) {
-  std::string text;
-  zt::appendTimestamp(text, ZtDate::fromMilliseconds(moment));
-  return text;
 }
 
 std::int64_t startOfYear(int year) { return (year - 1970) * kYear; }
@@ -149,7 +144,7 @@ TEST(DateTextTest, WritesWhatIcuWritesInEveryZoneAndLocale) {
   unsigned seed = 20261121;
   for (const char* zoneName : kZones) {
     const std::unique_ptr<icu::TimeZone> zone = zoneNamed(zoneName);
-    for (const LocaleRow& locale : kLocales) {
+    for (const LocaleRow& locale : kIcuLocales) {
       const UserIn user(zoneName, locale.posix);
       for (const std::int64_t moment : momentsOfAllAges(++seed)) {
         ASSERT_EQ(timestamp(moment), icuTimestamp(locale.icu, *zone, moment))
@@ -168,7 +163,7 @@ TEST(DateTextTest, WritesWhatIcuWritesAroundEveryChangeOfTheOffset) {
         moments.push_back(moment);
       }
     }
-    for (const LocaleRow& locale : kLocales) {
+    for (const LocaleRow& locale : kIcuLocales) {
       const UserIn user(zoneName, locale.posix);
       for (const std::int64_t moment : moments) {
         ASSERT_EQ(timestamp(moment), icuTimestamp(locale.icu, *zone, moment))
@@ -209,7 +204,7 @@ TEST(DateTextTest, WritesTheShortDateAndTimeThatIcuWrites) {
   unsigned seed = 20261121;
   for (const char* zoneName : {"Europe/Berlin", "America/St_Johns", "Pacific/Apia"}) {
     const std::unique_ptr<icu::TimeZone> zone = zoneNamed(zoneName);
-    for (const LocaleRow& locale : kLocales) {
+    for (const LocaleRow& locale : kIcuLocales) {
       const UserIn user(zoneName, locale.posix);
       for (const std::int64_t moment : momentsOfAllAges(++seed)) {
         const std::unique_ptr<icu::DateFormat> format(icu::DateFormat::createDateTimeInstance(

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
+#include <string>
+
 #include "tests/support/ScopedEnvironment.h"
+#include "ztportal/platform/time/DateText.h"
 
 namespace zt::test {
 
@@ -19,5 +23,14 @@ class UserIn {
   ScopedEnvironment _time;
   ScopedEnvironment _lang;
 };
+
+inline constexpr std::int64_t kDay = 86'400'000;                // milliseconds
+inline constexpr std::int64_t kWinterNoon = 1'795'262'400'000;  // 2026-11-21T12:00:00.000Z
+
+inline std::string timestamp(std::int64_t milliseconds) {
+  std::string text;
+  appendTimestamp(text, ZtDate::fromMilliseconds(milliseconds));
+  return text;
+}
 
 }  // namespace zt::test

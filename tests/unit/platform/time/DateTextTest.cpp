@@ -15,18 +15,13 @@
 
 namespace {
 
+using zt::test::kDay;
+using zt::test::kWinterNoon;
 using zt::test::ScopedEnvironment;
+using zt::test::timestamp;
 using zt::test::UserIn;
 
-constexpr std::int64_t kDay = 86'400'000;
-constexpr std::int64_t kWinterNoon = 1'795'262'400'000;  // 2026-11-21T12:00:00.000Z
 constexpr std::int64_t kSummerNoon = 1'784'635'200'000;  // 2026-07-21T12:00:00.000Z
-
-std::string timestamp(std::int64_t milliseconds) {
-  std::string text;
-  zt::appendTimestamp(text, ZtDate::fromMilliseconds(milliseconds));
-  return text;
-}
 
 TEST(DateTextTest, WritesTheZonesHourAndTheLocalesZoneName) {
   struct Row {

@@ -19,19 +19,16 @@ namespace {
 namespace fs = std::filesystem;
 using zt::test::inForkedProcess;
 using zt::test::kNotPermitted;
+using zt::test::kWinterNoon;
+using zt::test::timestamp;
 using zt::test::UserIn;
 
 constexpr const char* kLocaltime = "/etc/localtime";
-constexpr ZtDate kNoon = ZtDate::fromMilliseconds(1'795'262'400'000);  // 2026-11-21T12:00:00.000Z
 
 constexpr const char* kInBerlin = "2026-11-21T13:00:00.000MEZ";
 constexpr const char* kInNewYork = "2026-11-21T07:00:00.000GMT-5";
 
-std::string timestamp() {
-  std::string text;
-  zt::appendTimestamp(text, kNoon);
-  return text;
-}
+std::string timestampOfNoon() { return timestamp(kWinterNoon); }
 
 fs::path zoneFile(const std::string& zone) { return "/usr/share/zoneinfo/" + zone; }
 
@@ -65,21 +62,21 @@ void expectOnAMachine(const std::function<void()>& body) {
 TEST(MachineZoneTest, AChangedOneShowsInTheNextText) {
   expectOnAMachine([] {
     linkTo("Europe/Berlin");
-    EXPECT_EQ(timestamp(), kInBerlin);
-    EXPECT_EQ(zt::shortDateAndTime(kNoon), "21.11.26, 13:00");
+    EXPECT_EQ(timestampOfNoon(), kInBerlin);
+    EXPECT_EQ(zt::shortDateAndTime(ZtDate::fromMilliseconds(kWinterNoon)), "21.11.26, 13:00");
     linkTo("America/New_York");
-    EXPECT_EQ(timestamp(), kInNewYork);
-    EXPECT_EQ(zt::shortDateAndTime(kNoon), "21.11.26, 07:00");
+    EXPECT_EQ(timestampOfNoon(), kInNewYork);
+    EXPECT_EQ(zt::shortDateAndTime(ZtDate::fromMilliseconds(kWinterNoon)), "21.11.26, 07:00");
     copyOf("Europe/Berlin");
-    EXPECT_EQ(timestamp(), kInBerlin);
+    EXPECT_EQ(timestampOfNoon(), kInBerlin);
     copyOf("America/New_York");
-    EXPECT_EQ(timestamp(), kInNewYork);
-    EXPECT_EQ(zt::shortDateAndTime(kNoon), "21.11.26, 07:00");
+    EXPECT_EQ(timestampOfNoon(), kInNewYork);
+    EXPECT_EQ(zt::shortDateAndTime(ZtDate::fromMilliseconds(kWinterNoon)), "21.11.26, 07:00");
     fs::remove(kLocaltime);
-    EXPECT_EQ(timestamp(), "2026-11-21T12:00:00.000UTC");
-    EXPECT_EQ(zt::shortDateAndTime(kNoon), "21.11.26, 12:00");
+    EXPECT_EQ(timestampOfNoon(), "2026-11-21T12:00:00.000UTC");
+    EXPECT_EQ(zt::shortDateAndTime(ZtDate::fromMilliseconds(kWinterNoon)), "21.11.26, 12:00");
     linkTo("Europe/Berlin");
-    EXPECT_EQ(timestamp(), kInBerlin);
+    EXPECT_EQ(timestampOfNoon(), kInBerlin);
   });
 }
 
@@ -90,7 +87,7 @@ TEST(MachineZoneTest, AChangedOneShowsBehindALinkThatStays) {
          {std::pair("Europe/Berlin", "13"), std::pair("America/New_York", "07")}) {
       fs::remove("/etc/zone");
       fs::create_symlink(zoneFile(zone), "/etc/zone");
-      EXPECT_EQ(timestamp().substr(11, 2), hour);
+      EXPECT_EQ(timestampOfNoon().substr(11, 2), hour);
     }
   });
 }
@@ -101,9 +98,9 @@ TEST(MachineZoneTest, AChangedOneDoesNotShowInTheTextThatIsBeingWritten) {
     {
       const zt::Timestamps text;
       linkTo("America/New_York");
-      EXPECT_EQ(timestamp(), kInBerlin);
+      EXPECT_EQ(timestampOfNoon(), kInBerlin);
     }
-    EXPECT_EQ(timestamp(), kInNewYork);
+    EXPECT_EQ(timestampOfNoon(), kInNewYork);
   });
 }
 
@@ -111,9 +108,9 @@ TEST(MachineZoneTest, AnotherOneDoesNotMatterWhenTheProcessHasItsOwn) {
   expectOnAMachine([] {
     const UserIn user("Europe/Berlin", "de_DE.UTF-8");
     linkTo("UTC");
-    EXPECT_EQ(timestamp(), kInBerlin);
+    EXPECT_EQ(timestampOfNoon(), kInBerlin);
     linkTo("America/New_York");
-    EXPECT_EQ(timestamp(), kInBerlin);
+    EXPECT_EQ(timestampOfNoon(), kInBerlin);
   });
 }
 

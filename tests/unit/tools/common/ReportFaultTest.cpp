@@ -34,15 +34,15 @@ std::string replaced(std::string text, std::string_view before, std::string_view
 
 const std::string kReport = plainLines(plainPool(plainField("EDITION", "Home")));
 
-struct Row {
+struct FaultRow {
   const char* before;
   const char* after;
   const char* fault;
 };
 
-void expectFaults(const std::string& lines, const std::vector<Row>& rows) {
+void expectFaults(const std::string& lines, const std::vector<FaultRow>& rows) {
   ASSERT_EQ(faultOf(lines), "no fault");
-  for (const Row& row : rows) {
+  for (const FaultRow& row : rows) {
     const std::string text = replaced(lines, row.before, row.after);
     EXPECT_EQ(faultOf(text), row.fault) << text;
   }

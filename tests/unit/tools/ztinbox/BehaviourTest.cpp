@@ -134,13 +134,13 @@ TEST(BehaviourTest, AGivenScenarioStartsAtItsFirstStep) {
 
 using zt::inbox::parseAnswer;
 
-struct Row {
+struct AnswerRow {
   const char* word;
   Answer answer;
   const char* outcome;
 };
 
-constexpr Row kRows[] = {
+constexpr AnswerRow kRows[] = {
     {"accept", {AnswerKind::kAccept}, "accepted"},
     {"refuse", {AnswerKind::kRefuse}, "refused"},
     {"garbage", {AnswerKind::kGarbage}, "garbage"},
@@ -153,7 +153,7 @@ constexpr Row kRows[] = {
 };
 
 TEST(AnswerTest, ReadsEveryWordAndWritesItBack) {
-  for (const Row& row : kRows) {
+  for (const AnswerRow& row : kRows) {
     const auto answer = parseAnswer(row.word);
     ASSERT_TRUE(answer) << row.word;
     EXPECT_EQ(*answer, row.answer) << row.word;

@@ -13,21 +13,14 @@
 namespace {
 
 using zt::inbox::ReportIdentity;
+using zt::test::kLargestReport;
+using zt::test::repeated;
 using zt::test::SampleReport;
 
 using Pools = std::vector<std::string>;
 
-constexpr std::size_t kLargest = 64UL * 1024 * 1024;
-
 ReportIdentity readIdentity(const std::string& report) {
   return zt::inbox::readContent(report).identity;
-}
-
-std::string repeated(const std::string& piece, std::size_t size) {
-  std::string text;
-  text.reserve(size + piece.size());
-  while (text.size() < size) text += piece;
-  return text;
 }
 
 TEST(ReportContentTest, ReadsWhoSentTheReportAndItsPools) {
@@ -101,10 +94,10 @@ TEST(ReportContentTest, ReadsHostileReportsInLinearTime) {
   const std::string head = text.substr(0, text.find("           <Data "));
   for (const char* piece : {"<ReportID ", "<ReportID>\n", "<Data Pool=\"", "\n", "<", "</ReportID>",
                             "<CustomerID>\r\n<ReportID>\r\n"}) {
-    EXPECT_EQ(readIdentity(repeated(piece, kLargest / 8)).reportId, std::nullopt) << piece;
-    EXPECT_TRUE(readIdentity(head + repeated(piece, kLargest / 8)).reportId) << piece;
+    EXPECT_EQ(readIdentity(repeated(piece, kLargestReport / 8)).reportId, std::nullopt) << piece;
+    EXPECT_TRUE(readIdentity(head + repeated(piece, kLargestReport / 8)).reportId) << piece;
   }
-  EXPECT_EQ(readIdentity(std::string(kLargest, '\0')).reportId, std::nullopt);
+  EXPECT_EQ(readIdentity(std::string(kLargestReport, '\0')).reportId, std::nullopt);
 }
 
 TEST(ReportContentTest, ListsALimitedNumberOfPools) {

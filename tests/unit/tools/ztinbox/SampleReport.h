@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -8,6 +9,17 @@
 #include "tests/unit/tools/common/ReportText.h"
 
 namespace zt::test {
+
+/// Size in bytes of the largest report that the inbox accepts.
+inline constexpr std::size_t kLargestReport = 64UL * 1024 * 1024;
+
+/// `piece`, as often as `size` bytes need.
+inline std::string repeated(const std::string& piece, std::size_t size) {
+  std::string text;
+  text.reserve(size + piece.size());
+  while (text.size() < size) text += piece;
+  return text;
+}
 
 /// Writes a report as the library does: unescaped, line by line.
 struct SampleReport {

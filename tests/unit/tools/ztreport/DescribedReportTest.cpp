@@ -14,13 +14,12 @@ namespace {
 using nlohmann::ordered_json;
 using zt::reader::ReadError;
 using zt::reader::readReport;
-using zt::tools::describedReport;
 
 /// Dates are those of Greenwich, whatever the machine is set to.
 class DescribedReportTest : public testing::Test {
  protected:
   static Json described(const std::string& pools) {
-    return describedReport(readReport(plainLines(pools)));
+    return tools::describedReport(readReport(plainLines(pools)));
   }
   static std::string faultOf(const std::string& pools) {
     try {
@@ -55,7 +54,7 @@ std::string openPool(const std::string& type) {
          "\">\n      <Date>(null)</Date>\n      <Fields>\n      </Fields>\n    </Data>\n";
 }
 
-const std::string kRun = R"(
+const std::string kRunFields = R"(
 string END_TIME = (null) | string END_RESULTSTRING = | string END_RESULTCODE = 0
 string END_ERRORMESSAGESTRING = (null) | string END_ERRORMESSAGECODE =
 boolean SUCCESSFULL = TRUE
@@ -94,7 +93,7 @@ TEST_F(DescribedReportTest, HasTheIdentifiersThatADescriptionHas) {
     }
   ]
 })");
-  EXPECT_EQ(describedReport(readReport("")).text(), R"({"pools":[]})");
+  EXPECT_EQ(tools::describedReport(readReport("")).text(), R"({"pools":[]})");
 }
 
 TEST_F(DescribedReportTest, HasFieldsOfEveryType) {
@@ -119,7 +118,7 @@ array OUTER
 
 TEST_F(DescribedReportTest, APoolWithTheFieldsOfItsTypeIsOfThatKind) {
   expectPool(pool("DEINSTALLATION",
-                  "string START_TIME = 2026-11-21T12:00:00.000UTC\n" + kRun + "string A = x"),
+                  "string START_TIME = 2026-11-21T12:00:00.000UTC\n" + kRunFields + "string A = x"),
              R"({"kind": "deinstallation", "timeStamp": null,
                  "startTime": "2026-11-21T12:00:00.000Z", "endTime": null, "endResultString": "",
                  "endResultCode": "0", "endErrorMessageString": null, "endErrorMessageCode": "",
@@ -152,10 +151,10 @@ TEST_F(DescribedReportTest, APoolWithOtherFieldsIsGeneric) {
       {"name": "END_ERRORMESSAGECODE", "type": "string", "value": ""},
       {"name": "SUCCESSFULL", "type": "boolean", "value": true})";
   expectPool(
-      pool("INITIALIZATION", "string START_TIME = yesterday\n" + kRun),
+      pool("INITIALIZATION", "string START_TIME = yesterday\n" + kRunFields),
       generic("INITIALIZATION",
               R"({"name": "START_TIME", "type": "string", "value": "yesterday"}, )" + values));
-  expectPool(pool("INITIALIZATION", kRun), generic("INITIALIZATION", values));
+  expectPool(pool("INITIALIZATION", kRunFields), generic("INITIALIZATION", values));
 }
 
 TEST_F(DescribedReportTest, TellsThePlaceOfWhatNoDescriptionHas) {

@@ -14,14 +14,14 @@ std::string faultIn(const std::string& text) {
   return faultOf([&] { const Description description(text); });
 }
 
-struct Row {
+struct FaultRow {
   std::string json;
   std::string fault;
 };
 
-std::string pool(const std::string& members) { return R"({"pools": [)" + members + "]}"; }
+std::string poolsWith(const std::string& members) { return R"({"pools": [)" + members + "]}"; }
 std::string ofKind(const std::string& kind, const std::string& members) {
-  return pool(R"({"kind": ")" + kind + "\", " + members + "}");
+  return poolsWith(R"({"kind": ")" + kind + "\", " + members + "}");
 }
 std::string generic(const std::string& members) { return ofKind("generic", members); }
 std::string execution(const std::string& members) { return ofKind("execution", members); }
@@ -37,8 +37,8 @@ std::string step(const std::string& members) {
 const std::string kDate = "expected a date such as \"2026-11-21T12:00:00.123Z\" or null, found ";
 const std::string kTypes = "string, integer, float, boolean, array, none";
 
-void expectFaults(const std::vector<Row>& rows) {
-  for (const Row& row : rows) EXPECT_EQ(faultIn(row.json), row.fault) << row.json;
+void expectFaults(const std::vector<FaultRow>& rows) {
+  for (const FaultRow& row : rows) EXPECT_EQ(faultIn(row.json), row.fault) << row.json;
 }
 
 TEST(DescriptionFaultTest, NamesTheFaultsOfTheWhole) {
@@ -71,13 +71,14 @@ const std::string kKinds =
 
 TEST(DescriptionFaultTest, NamesTheFaultsOfAPool) {
   expectFaults({
-      {pool("null"), "/pools/0: expected an object, found null"},
-      {pool("{}"), "/pools/0: \"kind\" is absent; it is one of " + kKinds},
-      {pool(R"({"kind": "generic"}, {"timeStamp": null})"),
+      {poolsWith("null"), "/pools/0: expected an object, found null"},
+      {poolsWith("{}"), "/pools/0: \"kind\" is absent; it is one of " + kKinds},
+      {poolsWith(R"({"kind": "generic"}, {"timeStamp": null})"),
        "/pools/1: \"kind\" is absent; it is one of " + kKinds},
-      {pool(R"({"kind": null})"), "/pools/0/kind: expected a string, found null"},
-      {pool(R"({"kind": "EXECUTION"})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
-      {pool(R"({"kind": ""})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
+      {poolsWith(R"({"kind": null})"), "/pools/0/kind: expected a string, found null"},
+      {poolsWith(R"({"kind": "EXECUTION"})"),
+       "/pools/0/kind: no such kind; it is one of " + kKinds},
+      {poolsWith(R"({"kind": ""})"), "/pools/0/kind: no such kind; it is one of " + kKinds},
       {generic(R"("poolType": 1)"), "/pools/0/poolType: expected a string or null, found 1"},
       {generic(R"("timeStamp": 0)"), "/pools/0/timeStamp: " + kDate + "0"},
       {generic(R"("fields": null)"), "/pools/0/fields: expected a list, found null"},
@@ -85,7 +86,7 @@ TEST(DescriptionFaultTest, NamesTheFaultsOfAPool) {
       {generic(R"("steps": [])"), "/pools/0/steps: unknown key"},
       {execution(R"("poolType": "EXECUTION")"), "/pools/0/poolType: unknown key"},
       {execution(R"("successful": true)"), "/pools/0/successful: unknown key"},
-      {pool(R"({"kind": "generic"}, {"kind": "generic", "x": 1})"), "/pools/1/x: unknown key"},
+      {poolsWith(R"({"kind": "generic"}, {"kind": "generic", "x": 1})"), "/pools/1/x: unknown key"},
   });
 }
 

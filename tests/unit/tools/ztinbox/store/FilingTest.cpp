@@ -22,7 +22,7 @@ using zt::inbox::Journal;
 
 using Numbers = std::vector<std::uint64_t>;
 
-IncomingReport reportOfSize(std::size_t size) {
+IncomingReport incomingOfSize(std::size_t size) {
   IncomingReport report;
   const std::string text(size, 'x');
   report.read(text);
@@ -91,9 +91,9 @@ class FilingTest : public ::testing::Test {
 TEST_F(FilingTest, KeepsInTheJournalWhileTheDatabaseIsBusy) {
   _database.hold(true);
   Filing filing(_journal, 4, toDatabase());
-  EXPECT_EQ(filing.keep(reportOfSize(1)), 5U);
+  EXPECT_EQ(filing.keep(incomingOfSize(1)), 5U);
   std::this_thread::sleep_for(std::chrono::milliseconds(50));  // it is being filed
-  EXPECT_EQ(filing.keep(reportOfSize(1)), 6U);
+  EXPECT_EQ(filing.keep(incomingOfSize(1)), 6U);
   EXPECT_EQ(inJournal(), (Numbers{5, 6}));
   EXPECT_EQ(_database.numbers(), Numbers{});
   _database.hold(false);
@@ -104,7 +104,7 @@ TEST_F(FilingTest, KeepsInTheJournalWhileTheDatabaseIsBusy) {
 TEST_F(FilingTest, FilesTogetherWhatComesTogether) {
   Filing filing(_journal, 0, toDatabase());
   _database.hold(true);
-  for (int i = 0; i < 500; ++i) filing.keep(reportOfSize(100));
+  for (int i = 0; i < 500; ++i) filing.keep(incomingOfSize(100));
   _database.hold(false);
   filing.fileAll();
   EXPECT_EQ(_database.numbers().size(), 500U);
@@ -113,7 +113,7 @@ TEST_F(FilingTest, FilesTogetherWhatComesTogether) {
 
 TEST_F(FilingTest, FilesOfItselfAfterAMomentAndEmptiesTheJournal) {
   Filing filing(_journal, 0, toDatabase());
-  filing.keep(reportOfSize(1));
+  filing.keep(incomingOfSize(1));
   for (int i = 0; i < 3'000 && !inJournal().empty(); ++i) {
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
@@ -122,43 +122,43 @@ TEST_F(FilingTest, FilesOfItselfAfterAMomentAndEmptiesTheJournal) {
 }
 
 TEST_F(FilingTest, FilesTheRestAtItsEnd) {
-  { Filing(_journal, 0, toDatabase()).keep(reportOfSize(1)); }
+  { Filing(_journal, 0, toDatabase()).keep(incomingOfSize(1)); }
   EXPECT_EQ(_database.numbers(), Numbers{1});
 }
 
 TEST_F(FilingTest, WhileNothingCanBeFiledNothingIsKept) {
   Filing filing(_journal, 0, toDatabase());
   _database.setFull(true);
-  EXPECT_EQ(filing.keep(reportOfSize(1)), 1U);
+  EXPECT_EQ(filing.keep(incomingOfSize(1)), 1U);
   EXPECT_THROW(filing.fileAll(), DatabaseFault);
-  EXPECT_THROW(filing.keep(reportOfSize(1)), DatabaseFault);
+  EXPECT_THROW(filing.keep(incomingOfSize(1)), DatabaseFault);
   EXPECT_EQ(inJournal(), Numbers{1}) << "what was kept stays so";
   _database.setFull(false);
-  EXPECT_EQ(filing.keep(reportOfSize(1)), 2U);
+  EXPECT_EQ(filing.keep(incomingOfSize(1)), 2U);
   filing.fileAll();
   EXPECT_EQ(_database.numbers(), (Numbers{1, 2}));
 }
 
 TEST_F(FilingTest, WhatCannotBeFiledAtTheEndStaysInTheJournal) {
   _database.setFull(true);
-  { Filing(_journal, 0, toDatabase()).keep(reportOfSize(1)); }
+  { Filing(_journal, 0, toDatabase()).keep(incomingOfSize(1)); }
   EXPECT_EQ(inJournal(), Numbers{1});
 }
 
 TEST_F(FilingTest, ALargeOneIsFiledBeforeAnybodyIsTold) {
   Filing filing(_journal, 0, toDatabase());
-  filing.keep(reportOfSize(1));
-  EXPECT_EQ(filing.keep(reportOfSize(2'000'000)), 2U);
+  filing.keep(incomingOfSize(1));
+  EXPECT_EQ(filing.keep(incomingOfSize(2'000'000)), 2U);
   EXPECT_EQ(_database.numbers(), (Numbers{1, 2}));
   _database.setFull(true);
-  EXPECT_THROW(filing.keep(reportOfSize(2'000'000)), DatabaseFault);
+  EXPECT_THROW(filing.keep(incomingOfSize(2'000'000)), DatabaseFault);
   _database.setFull(false);
-  EXPECT_EQ(filing.keep(reportOfSize(1)), 3U) << "it took no number";
+  EXPECT_EQ(filing.keep(incomingOfSize(1)), 3U) << "it took no number";
 }
 
 TEST_F(FilingTest, WhatWaitsIsLimited) {
   constexpr int kReports = 100;
-  IncomingReport large = reportOfSize(1);
+  IncomingReport large = incomingOfSize(1);
   large.head = std::string(1'000'000, 'x');
   _database.hold(true);
   Filing filing(_journal, 0, toDatabase());
