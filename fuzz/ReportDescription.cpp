@@ -1,4 +1,5 @@
 #include "fuzz/FuzzTarget.h"
+#include "ztportal/base/ZtException.h"
 #include "ztportal/portal/ZtReportDescription.h"
 
 // A report description in JSON, as `ztreport` reads it.

@@ -20,7 +20,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-std::string contentOf(const std::string& path) {
+std::string textOfFile(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   return {std::istreambuf_iterator<char>(file), {}};
 }
@@ -34,12 +34,12 @@ TEST(ReportContentsTest, EveryValueThatTheLibraryAddsIsOnThePage) {
                       "HOME=" + home.path(), "PATH=/usr/bin:/bin", "http_proxy=" + nobody.url(),
                       "DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent/bus"}});
   ASSERT_EQ(saved.status, 0) << saved.errors;
-  const std::string report = contentOf(saved.output.substr(0, saved.output.find('\n')));
+  const std::string report = textOfFile(saved.output.substr(0, saved.output.find('\n')));
   // The fields of the run itself are the host's.
   const std::string inventory = report.substr(0, report.find("Pool=\"EXECUTION\""));
   ASSERT_THAT(inventory, HasSubstr("USER_ISADMIN"));
 
-  const std::string page = contentOf(paths::kSource + "/docs/report-contents.md");
+  const std::string page = textOfFile(paths::kSource + "/docs/report-contents.md");
   const std::regex name("<Name[^>]*>([^<]*)</Name>|<(\\w+ID|ApplicationVersion) ");
   for (std::sregex_iterator found(inventory.begin(), inventory.end(), name), end; found != end;
        ++found) {

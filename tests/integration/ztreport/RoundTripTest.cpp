@@ -16,7 +16,6 @@ namespace zt::test {
 namespace {
 
 using zt::reader::readReport;
-using zt::tools::describedReport;
 using Description = ZtReportDescription;
 
 /// The text of a described report with a fixed ID.
