@@ -28,7 +28,7 @@ void countFields(benchmark::State& state) {
 void write(benchmark::State& state, const ZtPortalPool& pool) {
   std::string xml;
   pool.addToXml("           ", xml, true);
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     xml.clear();
     pool.addToXml("           ", xml, true);
     benchmark::DoNotOptimize(xml.data());
@@ -61,7 +61,7 @@ BENCHMARK(GenericPool_Write)->RangeMultiplier(10)->Range(100, 1000000);
 
 /// Builds a pool and destroys it.
 void GenericPool_Build(benchmark::State& state) {
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     const auto pool = ZtPortalPool::initWithValues("CUSTOM", stepTime(0));
     for (std::int64_t i = 0; i < state.range(0); ++i) pool->addString("FIELD", "value");
     benchmark::DoNotOptimize(pool.get());
@@ -84,7 +84,7 @@ void Timestamp(benchmark::State& state, const char* zone, const char* locale, st
   }
   std::string text;
   std::size_t next = 0;
-  for (auto _ : state) {
+  for ([[maybe_unused]] auto _ : state) {
     text.clear();
     zt::appendTimestamp(text, dates[next]);
     benchmark::DoNotOptimize(text.data());

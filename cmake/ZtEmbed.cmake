@@ -16,6 +16,8 @@ function(zt_embed_text target file)
             "-DHEADER=${ARG_HEADER}" -P "${script}"
     DEPENDS "${input}" "${script}"
     VERBATIM)
+  # script/lint reads the batches of a unity build without building anything.
+  set_source_files_properties("${output}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_sources(${target} PRIVATE "${output}")
 endfunction()
 
@@ -37,5 +39,7 @@ function(zt_embed_folder target folder)
             "-DNAME=${ARG_NAME}" "-DHEADER=${ARG_HEADER}" -P "${script}"
     DEPENDS ${ARG_FILES} "${script}" "${CMAKE_CURRENT_LIST_FILE}"
     VERBATIM)
+  # script/lint reads the batches of a unity build without building anything.
+  set_source_files_properties("${output}" PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
   target_sources(${target} PRIVATE "${output}")
 endfunction()
