@@ -28,7 +28,7 @@
 #include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/base/FileDescriptor.h"
-#include "ztportal/platform/Free.h"
+#include "ztportal/base/Free.h"
 #include "ztportal/platform/desktop/LinuxRunningApplications.h"
 #include "ztportal/portal/ZtReportStore.h"
 
