@@ -51,6 +51,8 @@
  * libztportal.so.1.
  */
 
+/* NOLINTBEGIN(modernize-use-using,modernize-redundant-void-arg,cppcoreguidelines-macro-usage): C */
+
 #include <stdbool.h>
 #include <stddef.h>
 #include <stdint.h>
@@ -638,5 +640,7 @@ ZT_C_EXPORT zt_status zt_sender_receipts(zt_sender* sender, zt_receipt_callback 
 #ifdef __cplusplus
 }
 #endif
+
+/* NOLINTEND(modernize-use-using,modernize-redundant-void-arg,cppcoreguidelines-macro-usage) */
 
 #endif
