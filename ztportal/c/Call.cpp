@@ -81,6 +81,6 @@ const char* zt_status_name(zt_status status) {
   return isKnown ? names[static_cast<std::size_t>(status)] : "unknown status";
 }
 
-const char* zt_last_error(void) { return zt::c::lastError.data(); }
+const char* zt_last_error() { return zt::c::lastError.data(); }
 
-const char* zt_version(void) { return ZT_VERSION; }
+const char* zt_version() { return ZT_VERSION; }

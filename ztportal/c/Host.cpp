@@ -13,19 +13,16 @@ using zt::c::required;
 using zt::c::requiredText;
 
 template <class Mirrored, class Enumerator>
-constexpr bool isNumber(Enumerator enumerator, Mirrored number) {
+constexpr bool hasNumber(Enumerator enumerator, Mirrored number) {
   return static_cast<Mirrored>(enumerator) == number;
 }
-static_assert(isNumber(ZtConsent::Unset, ZT_CONSENT_UNSET) &&
-              isNumber(ZtConsent::Given, ZT_CONSENT_GIVEN) &&
-              isNumber(ZtConsent::Revoked, ZT_CONSENT_REVOKED));
-static_assert(isNumber(ZtLogLevel::Debug, ZT_LOG_DEBUG) &&
-              isNumber(ZtLogLevel::Info, ZT_LOG_INFO) &&
-              isNumber(ZtLogLevel::Warning, ZT_LOG_WARNING) &&
-              isNumber(ZtLogLevel::Error, ZT_LOG_ERROR));
-static_assert(isNumber(ZtDecision::Kind::Keep, ZT_KEEP) &&
-              isNumber(ZtDecision::Kind::Replace, ZT_REPLACE) &&
-              isNumber(ZtDecision::Kind::Drop, ZT_DROP));
+static_assert(hasNumber(ZtConsent::Unset, ZT_CONSENT_UNSET) &&
+              hasNumber(ZtConsent::Given, ZT_CONSENT_GIVEN) &&
+              hasNumber(ZtConsent::Revoked, ZT_CONSENT_REVOKED));
+static_assert(hasNumber(ZtLogLevel::Debug, ZT_LOG_DEBUG) &&
+              hasNumber(ZtLogLevel::Info, ZT_LOG_INFO) &&
+              hasNumber(ZtLogLevel::Warning, ZT_LOG_WARNING) &&
+              hasNumber(ZtLogLevel::Error, ZT_LOG_ERROR));
 
 /// `text` for the rest of the process. The values of a host are few, so each is kept once.
 const char* kept(const ZtString& text) {
@@ -77,7 +74,7 @@ zt_status zt_host_info(const char* key, const char** value) {
   });
 }
 
-zt_status zt_host_close_connections(void) {
+zt_status zt_host_close_connections() {
   return call([] { ZtHost::closeConnections(); });
 }
 

@@ -15,12 +15,12 @@ using zt::c::Row;
 using zt::c::Table;
 using zt::c::tableOfKind;
 using zt::c::Type;
-using Strings = std::vector<ZtString>;
+using Texts = std::vector<ZtString>;
 
 /// A value of a pool: its row and its member.
-class Value {
+class KeyedValue {
  public:
-  Value(zt_pool* pool, const char* key)
+  KeyedValue(zt_pool* pool, const char* key)
       : _pool(&required(pool, "pool")), _row(&_pool->table->row(requiredText(key, "key"))) {}
 
   const Row& row() const { return *_row; }
@@ -45,7 +45,7 @@ class Value {
   const Row* _row;
 };
 
-std::uint64_t numberOf(const Value& value, std::string_view name) {
+std::uint64_t numberOf(const KeyedValue& value, std::string_view name) {
   const zt::Enumeration& enumeration = *value.row().enumeration;
   for (std::uint64_t number = 0; number < enumeration.count; ++number) {
     if (!name.empty() && enumeration.nameOf(number) == name) return number;
@@ -53,7 +53,7 @@ std::uint64_t numberOf(const Value& value, std::string_view name) {
   fail(ZT_OUT_OF_RANGE, "\"", value.row().key, "\" has no ", enumeration.name, " \"", name, "\"");
 }
 
-void setString(const Value& value, ZtString text) {
+void setString(const KeyedValue& value, ZtString text) {
   if (value.type() == Type::String) {
     value.as<ZtAtomic<ZtString>>().store(std::move(text));
   } else if (value.type() == Type::Enumeration) {
@@ -64,7 +64,7 @@ void setString(const Value& value, ZtString text) {
   }
 }
 
-void setInteger(const Value& value, std::int64_t number) {
+void setInteger(const KeyedValue& value, std::int64_t number) {
   using Int32 = std::numeric_limits<std::int32_t>;
   constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
   switch (value.type()) {
@@ -87,7 +87,7 @@ void setInteger(const Value& value, std::int64_t number) {
   }
 }
 
-std::int64_t integerOf(const Value& value) {
+std::int64_t integerOf(const KeyedValue& value) {
   switch (value.type()) {
     case Type::Integer:
       return value.as<std::int32_t>();
@@ -102,20 +102,20 @@ std::int64_t integerOf(const Value& value) {
   }
 }
 
-ZtString stringOf(const Value& value) {
+ZtString stringOf(const KeyedValue& value) {
   if (value.type() == Type::String) return value.as<ZtAtomic<ZtString>>().load();
   if (value.type() != Type::Enumeration) value.failType();
   return value.row().enumeration->nameOf(value.as<std::uint64_t>());
 }
 
-void appendString(const Value& value, const ZtString& text) {
+void appendString(const KeyedValue& value, const ZtString& text) {
   if (value.type() != Type::Strings) value.failType();
   if (text.isNull()) fail(ZT_BAD_ARGUMENT, "value is NULL");
-  auto& member = value.as<ZtAtomic<std::shared_ptr<const Strings>>>();
-  const std::shared_ptr<const Strings> before = member.load();
-  Strings strings = before != nullptr ? *before : Strings();
+  auto& member = value.as<ZtAtomic<std::shared_ptr<const Texts>>>();
+  const std::shared_ptr<const Texts> before = member.load();
+  Texts strings = before != nullptr ? *before : Texts();
   strings.push_back(text);
-  member.store(std::make_shared<const Strings>(std::move(strings)));
+  member.store(std::make_shared<const Texts>(std::move(strings)));
 }
 
 /// Adds what `add` makes; `handle` is set to a new handle for it, unless it is null.
@@ -175,20 +175,20 @@ zt_status zt_report_add_inventory(zt_report* report, int64_t timestamp, zt_pool*
 }
 
 zt_status zt_pool_set_string(zt_pool* pool, const char* key, const char* value) {
-  return call([&] { setString(Value(pool, key), value); });
+  return call([&] { setString(KeyedValue(pool, key), value); });
 }
 
 zt_status zt_pool_set_string_n(zt_pool* pool, const char* key, const char* value, size_t length) {
-  return call([&] { setString(Value(pool, key), zt::c::textOf(value, length)); });
+  return call([&] { setString(KeyedValue(pool, key), zt::c::textOf(value, length)); });
 }
 
 zt_status zt_pool_set_integer(zt_pool* pool, const char* key, int64_t value) {
-  return call([&] { setInteger(Value(pool, key), value); });
+  return call([&] { setInteger(KeyedValue(pool, key), value); });
 }
 
 zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value) {
   return call([&] {
-    const Value member(pool, key);
+    const KeyedValue member(pool, key);
     if (member.type() != Type::Boolean) member.failType();
     member.as<ZtBOOL>() = value ? 1 : 0;
   });
@@ -196,7 +196,7 @@ zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value) {
 
 zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value) {
   return call([&] {
-    const Value member(pool, key);
+    const KeyedValue member(pool, key);
     if (member.type() != Type::Date) member.failType();
     member.as<ZtAtomic<ZtDate>>().store(zt::c::dateOf(value));
   });
@@ -204,7 +204,7 @@ zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value) {
 
 zt_status zt_pool_set_null(zt_pool* pool, const char* key) {
   return call([&] {
-    const Value member(pool, key);
+    const KeyedValue member(pool, key);
     if (member.type() == Type::String) {
       member.as<ZtAtomic<ZtString>>().store(nullptr);
     } else if (member.type() == Type::Date) {
@@ -216,17 +216,17 @@ zt_status zt_pool_set_null(zt_pool* pool, const char* key) {
 }
 
 zt_status zt_pool_append_string(zt_pool* pool, const char* key, const char* value) {
-  return call([&] { appendString(Value(pool, key), value); });
+  return call([&] { appendString(KeyedValue(pool, key), value); });
 }
 
 zt_status zt_pool_append_string_n(zt_pool* pool, const char* key, const char* value,
                                   size_t length) {
-  return call([&] { appendString(Value(pool, key), zt::c::textOf(value, length)); });
+  return call([&] { appendString(KeyedValue(pool, key), zt::c::textOf(value, length)); });
 }
 
 zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value, size_t* length) {
   return call([&] {
-    const ZtString text = stringOf(Value(pool, key));
+    const ZtString text = stringOf(KeyedValue(pool, key));
     required(value, "value");
     pool->text = text.view();
     *value = text.isNull() ? nullptr : pool->text.c_str();
@@ -236,14 +236,14 @@ zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value,
 
 zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
   return call([&] {
-    const std::int64_t number = integerOf(Value(pool, key));
+    const std::int64_t number = integerOf(KeyedValue(pool, key));
     required(value, "value") = number;
   });
 }
 
 zt_status zt_pool_get_date(zt_pool* pool, const char* key, int64_t* value) {
   return call([&] {
-    const Value member(pool, key);
+    const KeyedValue member(pool, key);
     if (member.type() != Type::Date) member.failType();
     required(value, "value") = member.as<ZtAtomic<ZtDate>>().load().milliseconds();
   });
@@ -252,7 +252,7 @@ zt_status zt_pool_get_date(zt_pool* pool, const char* key, int64_t* value) {
 zt_status zt_pool_add_record(zt_pool* pool, const char* key, int64_t timestamp, zt_pool** record) {
   return call([&] {
     if (record != nullptr) *record = nullptr;
-    const Value list(pool, key);
+    const KeyedValue list(pool, key);
     if (list.type() != Type::Records) list.failType();
     addWithHandle(*pool->report, record, [&](zt_pool& made) {
       made.table = list.row().records;

@@ -1,114 +1,66 @@
 #include <array>
-#include <set>
+#include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
+#include <utility>
 
-#include "ztportal/base/Text.h"
 #include "ztportal/c/Tables.h"
 #include "ztportal/c/ztportal.h"
+#include "ztportal/platform/json/Json.h"
 
 namespace zt::c {
 
 namespace {
 
-/// Writes `zt_schema`. No name needs to be escaped.
-class SchemaWriter {
- public:
-  std::string write() {
-    appendText(_json, "{\"pools\": [");
-    std::string_view separator;
-    for (const Table* const table : poolTables()) {
-      appendText(_json, separator, "\n{\"kind\": \"", table->kind, "\", \"type\": ");
-      if (table->poolType.empty()) {
-        appendText(_json, "null");
-      } else {
-        appendText(_json, "\"", table->poolType, "\"");
+/// The names of `Type`, as in docs/report-description.md. An enumeration has its own.
+constexpr std::array<std::string_view, 8> kTypeNames{
+    "string", "date", "integer", "64-bit integer", "boolean", "", "list of texts", "list"};
+static_assert(kTypeNames.size() == static_cast<std::size_t>(Type::Records) + 1);
+
+/// Adds the enumerations that occur to `enumerations`, by name.
+Json describedKeys(const Table& table, std::map<std::string_view, Json>& enumerations) {
+  Json keys = Json::array();
+  for (const Row& row : table.rows) {
+    if (row.key.empty()) continue;
+    Json key{{"key", row.key}, {"type", kTypeNames.at(static_cast<std::size_t>(row.type))}};
+    if (row.enumeration != nullptr) {
+      key["type"] = row.enumeration->name;
+      Json names = Json::array();
+      for (std::uint64_t number = 0; number < row.enumeration->count; ++number) {
+        names.push_back(row.enumeration->nameOf(number).view());
       }
-      appendText(_json, ", \"keys\": ");
-      addKeys(*table);
-      appendText(_json, "}");
-      separator = ",";
+      enumerations[row.enumeration->name] = std::move(names);
     }
-    appendText(_json, "],\n\"enumerations\": {");
-    separator = "";
-    for (const Enumeration* const enumeration : _enumerations) {
-      appendText(_json, separator, "\n\"", enumeration->name, "\": ");
-      addNames(*enumeration);
-      separator = ",";
-    }
-    appendText(_json, "}}\n");
-    return std::move(_json);
+    if (!row.wireName.empty()) key["inReports"] = row.wireName;
+    if (row.records != nullptr) key["of"] = describedKeys(*row.records, enumerations);
+    keys.push_back(std::move(key));
   }
+  return keys;
+}
 
- private:
-  void addKeys(const Table& table) {
-    std::string_view separator = "[\n";
-    for (const Row& row : table.rows) {
-      if (row.key.empty()) continue;
-      appendText(_json, separator, "  {\"key\": \"", row.key, "\", \"type\": \"", typeOf(row),
-                 "\"");
-      if (!row.wireName.empty()) appendText(_json, ", \"inReports\": \"", row.wireName, "\"");
-      if (row.records != nullptr) {
-        appendText(_json, ", \"of\": ");
-        addKeys(*row.records);
-      }
-      appendText(_json, "}");
-      separator = ",\n";
-    }
-    appendText(_json, "]");
+std::string schema() {
+  std::map<std::string_view, Json> enumerations;
+  Json pools = Json::array();
+  for (const Table* const table : poolTables()) {
+    Json pool{{"kind", table->kind}, {"type", nullptr}};
+    if (!table->poolType.empty()) pool["type"] = table->poolType;
+    pool["keys"] = describedKeys(*table, enumerations);
+    pools.push_back(std::move(pool));
   }
-
-  /// As docs/report-description.md calls it.
-  std::string_view typeOf(const Row& row) {
-    switch (row.type) {
-      case Type::String:
-        return "string";
-      case Type::Date:
-        return "date";
-      case Type::Integer:
-        return "integer";
-      case Type::LongInteger:
-        return "64-bit integer";
-      case Type::Boolean:
-        return "boolean";
-      case Type::Enumeration:
-        _enumerations.insert(row.enumeration);
-        return row.enumeration->name;
-      case Type::Strings:
-        return "list of texts";
-      case Type::Records:
-        return "list";
-    }
-    return {};
-  }
-
-  void addNames(const Enumeration& enumeration) {
-    std::string_view separator = "[";
-    for (std::uint64_t number = 0; number < enumeration.count; ++number) {
-      appendText(_json, separator, "\"", enumeration.nameOf(number).view(), "\"");
-      separator = ", ";
-    }
-    appendText(_json, "]");
-  }
-
-  struct ByName {
-    bool operator()(const Enumeration* left, const Enumeration* right) const {
-      return left->name < right->name;
-    }
-  };
-
-  std::string _json;
-  std::set<const Enumeration*, ByName> _enumerations;
-};
+  Json all{{"pools", std::move(pools)}, {"enumerations", Json::object()}};
+  for (auto& [name, names] : enumerations) all["enumerations"][name] = std::move(names);
+  return all.text(1);
+}
 
 }  // namespace
 
 }  // namespace zt::c
 
-const char* zt_schema(void) try {
+const char* zt_schema() try {
   // Never destroyed, since hosts also report from static destructors.
-  static const auto& schema = *new std::string(zt::c::SchemaWriter().write());
-  return schema.c_str();
+  static const auto& text = *new std::string(zt::c::schema());
+  return text.c_str();
 } catch (...) {
   return nullptr;
 }

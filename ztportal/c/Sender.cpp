@@ -12,10 +12,18 @@ namespace {
 
 ZtBackgroundSender& senderOf(zt_sender* sender) { return required(sender, "sender").sender; }
 
-void passOn(zt_receipt_callback callback, void* user, const ZtBackgroundReceipt& receipt) {
+void callBack(zt_receipt_callback callback, void* user, const ZtBackgroundReceipt& receipt) {
   const SavedReport report(receipt.report);
   const zt_delivery delivery = deliveryOf(receipt.delivery);
   callback(user, &report, &delivery);
+}
+
+using Wait = std::size_t (ZtBackgroundSender::*)(std::chrono::milliseconds timeout);
+zt_status wait(zt_sender* sender, std::int64_t timeout, std::size_t* left, Wait operation) {
+  return call([&] {
+    const std::size_t count = (senderOf(sender).*operation)(durationOf(timeout, "timeout_ms"));
+    if (left != nullptr) *left = count;
+  });
 }
 
 }  // namespace
@@ -36,7 +44,7 @@ zt_status zt_sender_create(const zt_sender_options* options, zt_sender** sender)
     if (known.on_receipt != nullptr) {
       sending.onReceipt = [callback = known.on_receipt,
                            user = known.user](const ZtBackgroundReceipt& receipt) {
-        zt::c::passOn(callback, user, receipt);
+        zt::c::callBack(callback, user, receipt);
       };
     }
     *sender = new zt_sender(std::move(sending));
@@ -53,19 +61,11 @@ zt_status zt_sender_send(zt_sender* sender, zt_report* report) {
 }
 
 zt_status zt_sender_flush(zt_sender* sender, int64_t timeout_ms, size_t* left) {
-  return zt::c::call([&] {
-    const std::size_t count =
-        zt::c::senderOf(sender).flush(zt::c::durationOf(timeout_ms, "timeout_ms"));
-    if (left != nullptr) *left = count;
-  });
+  return zt::c::wait(sender, timeout_ms, left, &ZtBackgroundSender::flush);
 }
 
 zt_status zt_sender_stop(zt_sender* sender, int64_t timeout_ms, size_t* left) {
-  return zt::c::call([&] {
-    const std::size_t count =
-        zt::c::senderOf(sender).stop(zt::c::durationOf(timeout_ms, "timeout_ms"));
-    if (left != nullptr) *left = count;
-  });
+  return zt::c::wait(sender, timeout_ms, left, &ZtBackgroundSender::stop);
 }
 
 zt_status zt_sender_descriptor(const zt_sender* sender, int* descriptor) {
@@ -80,7 +80,7 @@ zt_status zt_sender_receipts(zt_sender* sender, zt_receipt_callback callback, vo
     ZtBackgroundSender& background = zt::c::senderOf(sender);
     if (callback == nullptr) zt::c::fail(ZT_BAD_ARGUMENT, "callback is NULL");
     for (const ZtBackgroundReceipt& receipt : background.receipts()) {
-      zt::c::passOn(callback, user, receipt);
+      zt::c::callBack(callback, user, receipt);
     }
   });
 }

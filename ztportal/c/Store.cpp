@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <functional>
 #include <system_error>
 
 #include "ztportal/c/Call.h"
@@ -28,7 +29,7 @@ zt_status change(zt_store* store, const char* path, Operation operation) {
     ZtSavedReport saved;
     saved.path = requiredText(path, "path");
     errno = 0;
-    if (operation(reports, saved)) return;
+    if (std::invoke(operation, reports, saved)) return;
     const int error = errno;
     fail(ZT_SYSTEM, saved.path, ": ",
          error != 0 ? std::generic_category().message(error) : "the operation failed");
@@ -106,21 +107,15 @@ zt_status zt_store_check(zt_store* store, const char* path, const char** custome
 }
 
 zt_status zt_store_remove(zt_store* store, const char* path) {
-  return zt::c::change(store, path, [](const ZtReportStore& reports, const ZtSavedReport& saved) {
-    return reports.remove(saved);
-  });
+  return zt::c::change(store, path, &ZtReportStore::remove);
 }
 
 zt_status zt_store_set_aside(zt_store* store, const char* path) {
-  return zt::c::change(store, path, [](const ZtReportStore& reports, const ZtSavedReport& saved) {
-    return reports.setAside(saved);
-  });
+  return zt::c::change(store, path, &ZtReportStore::setAside);
 }
 
 zt_status zt_store_put_back(zt_store* store, const char* path) {
-  return zt::c::change(store, path, [](const ZtReportStore& reports, const ZtSavedReport& saved) {
-    return reports.putBack(saved);
-  });
+  return zt::c::change(store, path, &ZtReportStore::putBack);
 }
 
 zt_status zt_store_export(zt_store* store, const char* path, const char* target) {

@@ -6,6 +6,7 @@
 
 #include "tests/support/JsonFault.h"
 #include "tests/support/Printing.h"
+#include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/portal/description/JsonValue.h"
 
 namespace zt::test {

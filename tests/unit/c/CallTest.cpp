@@ -1,0 +1,242 @@
+#include <cstring>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/unit/c/CTest.h"
+#include "ztportal/base/ZtException.h"
+#include "ztportal/c/Call.h"
+
+namespace zt::test {
+namespace {
+
+class CallTest : public CTest {};
+
+TEST_F(CallTest, EveryStatusHasItsName) {
+  const struct {
+    zt_status status;
+    const char* name;
+  } rows[] = {{ZT_OK, "ZT_OK"},
+              {ZT_NOT_ACCEPTED, "ZT_NOT_ACCEPTED"},
+              {ZT_BAD_ARGUMENT, "ZT_BAD_ARGUMENT"},
+              {ZT_UNKNOWN_KEY, "ZT_UNKNOWN_KEY"},
+              {ZT_WRONG_TYPE, "ZT_WRONG_TYPE"},
+              {ZT_OUT_OF_RANGE, "ZT_OUT_OF_RANGE"},
+              {ZT_BAD_JSON, "ZT_BAD_JSON"},
+              {ZT_NO_MEMORY, "ZT_NO_MEMORY"},
+              {ZT_SYSTEM, "ZT_SYSTEM"},
+              {ZT_FAILED, "ZT_FAILED"},
+              {-1, "unknown status"},
+              {ZT_FAILED + 1, "unknown status"},
+              {INT32_MIN, "unknown status"}};
+  for (const auto& row : rows) EXPECT_STREQ(zt_status_name(row.status), row.name);
+}
+
+TEST_F(CallTest, TurnsEveryExceptionIntoAStatusAndASentence) {
+  const struct {
+    std::function<void()> body;
+    zt_status status;
+    const char* sentence;
+  } rows[] = {
+      {[] { c::fail(ZT_SYSTEM, "a", "b"); }, ZT_SYSTEM, "ab"},
+      {[] { throw std::bad_alloc(); }, ZT_NO_MEMORY, "not enough memory"},
+      {[] { throw ZtException("NAME", "reason"); }, ZT_FAILED, "reason"},
+      {[] { throwForeign(); }, ZT_FAILED, "foreign"},
+      {[] { throw 7; }, ZT_FAILED, "a function of the host has thrown an exception"},
+  };
+  for (const auto& row : rows) {
+    EXPECT_EQ(c::call(row.body), row.status);
+    EXPECT_STREQ(zt_last_error(), row.sentence);
+  }
+}
+
+TEST_F(CallTest, ALongSentenceIsCutOffAfterAWholeCharacter) {
+  c::call([] { c::fail(ZT_FAILED, std::string(2046, 'x'), "ä"); });
+  EXPECT_EQ(zt_last_error(), std::string(2046, 'x'));
+  c::call([] { c::fail(ZT_FAILED, std::string(2045, 'x'), "ä", "y"); });
+  EXPECT_EQ(zt_last_error(), std::string(2045, 'x') + "ä");
+  c::call([] { c::fail(ZT_FAILED, std::string("a\0b", 3)); });
+  EXPECT_STREQ(zt_last_error(), "a");
+}
+
+TEST_F(CallTest, EachThreadHasItsLastErrorWhichASuccessKeeps) {
+  zt_report_destroy(nullptr);
+  EXPECT_EQ(zt_report_send(nullptr), ZT_BAD_ARGUMENT);
+  std::thread([] {
+    EXPECT_STREQ(zt_last_error(), "");
+    EXPECT_EQ(zt_run_report(nullptr, nullptr), ZT_BAD_ARGUMENT);
+    EXPECT_STREQ(zt_last_error(), "report is NULL");
+  }).join();
+  zt_consent consent = 0;
+  EXPECT_EQ(zt_host_consent(&consent), ZT_OK);
+  EXPECT_STREQ(zt_last_error(), "report is NULL");
+}
+
+/// Functions that are called with a handle, or with NULL in its place and in turn for each other
+/// pointer.
+struct NullRow {
+  const char* name;
+  std::function<zt_status()> call;
+};
+
+TEST_F(CallTest, NullPointersAreBadArguments) {
+  const Report filled = makeFilledReport();
+  zt_report* const own = filled.get();
+  zt_pool* const pool = addPool(filled, "execution");
+  zt_array* array = nullptr;
+  ASSERT_EQ(zt_pool_fields(pool, &array), ZT_OK);
+  const Store opened = openStore();
+  zt_store* const store = opened.get();
+  zt_run* run = nullptr;
+  ASSERT_EQ(zt_run_create("Kelvane", nullptr, &run), ZT_OK);
+  const zt_pair noName{nullptr, "x"};
+  const char* text = nullptr;
+  std::int64_t number = 0;
+  zt_send_options options{};
+  options.size = sizeof(options);
+  const NullRow rows[] = {
+      {"set_info", [] { return zt_host_set_info(nullptr, 1); }},
+      {"set_info", [&] { return zt_host_set_info(&noName, 1); }},
+      {"info", [&] { return zt_host_info(nullptr, &text); }},
+      {"info", [] { return zt_host_info("CFBundleName", nullptr); }},
+      {"consent", [] { return zt_host_consent(nullptr); }},
+      {"replacement", [] { return zt_replacement_set_n(nullptr, "x", 1); }},
+      {"response", [] { return zt_response_set(nullptr, 200, "", 0); }},
+      {"response", [] { return zt_response_set_retry_after(nullptr, 1); }},
+      {"response", [] { return zt_response_fail(nullptr, "x"); }},
+      {"create", [] { return zt_report_create("", "", "", "", 0, nullptr); }},
+      {"from_json", [] { return zt_report_from_json("{}", 2, ZT_OFFLINE, nullptr); }},
+      {"set_transport", [] { return zt_report_set_transport(nullptr, nullptr); }},
+      {"get", [&] { return zt_report_get(nullptr, "reportId", &text); }},
+      {"get", [&] { return zt_report_get(own, nullptr, &text); }},
+      {"get", [&] { return zt_report_get(own, "reportId", nullptr); }},
+      {"is_online", [&] { return zt_report_is_online(own, nullptr); }},
+      {"render", [&] { return zt_report_render(own, true, nullptr, nullptr); }},
+      {"render", [&] { return zt_report_render(nullptr, true, &text, nullptr); }},
+      {"send", [] { return zt_report_send(nullptr); }},
+      {"save", [] { return zt_report_save(nullptr); }},
+      {"write", [] { return zt_report_write(nullptr, "/x"); }},
+      {"write", [&] { return zt_report_write(own, nullptr); }},
+      {"resend_all", [] { return zt_report_resend_all(nullptr); }},
+      {"resend", [] { return zt_report_resend(nullptr, "/x"); }},
+      {"resend", [&] { return zt_report_resend(own, nullptr); }},
+      {"last_delivery", [&] { return zt_report_last_delivery(own, nullptr); }},
+      {"add_pool", [] { return zt_report_add_pool(nullptr, "generic", 0, nullptr); }},
+      {"add_pool", [&] { return zt_report_add_pool(own, nullptr, 0, nullptr); }},
+      {"add_inventory", [] { return zt_report_add_inventory(nullptr, 0, nullptr); }},
+      {"set_string", [] { return zt_pool_set_string(nullptr, "startPoint", "x"); }},
+      {"set_string", [&] { return zt_pool_set_string(pool, nullptr, "x"); }},
+      {"set_string_n", [&] { return zt_pool_set_string_n(pool, "startPoint", nullptr, 1); }},
+      {"set_integer", [] { return zt_pool_set_integer(nullptr, "x", 1); }},
+      {"set_boolean", [] { return zt_pool_set_boolean(nullptr, "x", true); }},
+      {"set_date", [] { return zt_pool_set_date(nullptr, "x", 1); }},
+      {"set_null", [] { return zt_pool_set_null(nullptr, "x"); }},
+      {"append", [] { return zt_pool_append_string(nullptr, "x", "x"); }},
+      {"append_n", [] { return zt_pool_append_string_n(nullptr, "x", "x", 1); }},
+      {"get_string", [&] { return zt_pool_get_string(nullptr, "x", &text, nullptr); }},
+      {"get_string", [&] { return zt_pool_get_string(pool, "startPoint", nullptr, nullptr); }},
+      {"get_integer", [&] { return zt_pool_get_integer(nullptr, "x", &number); }},
+      {"get_integer", [&] { return zt_pool_get_integer(pool, "cancelled", nullptr); }},
+      {"get_date", [&] { return zt_pool_get_date(pool, "endTime", nullptr); }},
+      {"add_record", [] { return zt_pool_add_record(nullptr, "steps", 0, nullptr); }},
+      {"fields", [] { return zt_pool_fields(nullptr, nullptr); }},
+      {"fields", [&] { return zt_pool_fields(pool, nullptr); }},
+      {"array", [] { return zt_array_add_string(nullptr, "x", "x"); }},
+      {"array", [&] { return zt_array_add_string_n(array, "x", nullptr, 1); }},
+      {"array", [] { return zt_array_add_integer(nullptr, "x", 1); }},
+      {"array", [] { return zt_array_add_float(nullptr, "x", 1); }},
+      {"array", [] { return zt_array_add_boolean(nullptr, "x", true); }},
+      {"array", [] { return zt_array_add_none(nullptr, "x"); }},
+      {"array", [&] { return zt_array_add_array(array, "x", nullptr); }},
+      {"run", [] { return zt_run_create("Kelvane", nullptr, nullptr); }},
+      {"run", [&] { return zt_run_create(nullptr, nullptr, &run); }},
+      {"run", [] { return zt_run_start(nullptr, "x"); }},
+      {"run", [] { return zt_run_stop(nullptr, "x"); }},
+      {"run", [] { return zt_run_set_boolean(nullptr, "x", true); }},
+      {"run", [] { return zt_run_pool(nullptr, nullptr); }},
+      {"run", [] { return zt_run_send(nullptr, true); }},
+      {"store", [] { return zt_store_create(nullptr); }},
+      {"store", [&] { return zt_store_folder(store, nullptr); }},
+      {"store", [&] { return zt_store_list(store, ZT_REPORTS, nullptr, nullptr); }},
+      {"store", [] { return zt_store_list(nullptr, ZT_REPORTS, nullptr, nullptr); }},
+      {"store", [&] { return zt_store_check(store, nullptr, nullptr, nullptr); }},
+      {"store", [&] { return zt_store_remove(store, nullptr); }},
+      {"store", [] { return zt_store_set_aside(nullptr, "/x"); }},
+      {"store", [] { return zt_store_put_back(nullptr, "/x"); }},
+      {"store", [&] { return zt_store_export(store, "/x", nullptr); }},
+      {"store", [] { return zt_store_remove_all(nullptr, nullptr); }},
+      {"store", [&] { return zt_store_send(nullptr, &options, nullptr); }},
+      {"store", [&] { return zt_store_send(store, nullptr, nullptr); }},
+      {"store", [&] { return zt_store_send(store, &options, nullptr); }},  // no URL
+      {"sender", [] { return zt_sender_create(nullptr, nullptr); }},
+      {"sender", [&] { return zt_sender_send(nullptr, own); }},
+      {"sender", [] { return zt_sender_flush(nullptr, 0, nullptr); }},
+      {"sender", [] { return zt_sender_stop(nullptr, 0, nullptr); }},
+      {"sender", [] { return zt_sender_descriptor(nullptr, nullptr); }},
+      {"sender", [] { return zt_sender_receipts(nullptr, nullptr, nullptr); }},
+  };
+  const std::string before = rendered(filled);
+  for (std::size_t i = 0; i < std::size(rows); ++i) {
+    EXPECT_EQ(rows[i].call(), ZT_BAD_ARGUMENT) << i << " " << rows[i].name;
+    EXPECT_STRNE(zt_last_error(), "");
+  }
+  EXPECT_EQ(rendered(filled), before);
+  EXPECT_EQ(run, nullptr);  // what a failed creation leaves
+  zt_run_destroy(nullptr);
+  zt_store_destroy(nullptr);
+  zt_sender_destroy(nullptr);
+}
+
+// Structures.
+
+TEST_F(CallTest, AStructureMayBeOlderOrNewerThanTheLibrary) {
+  struct Newer {
+    zt_transport_options known;
+    std::int64_t added[2];
+  };
+  const auto statusOf = [](std::size_t size, std::int64_t added) {
+    Newer options{};
+    options.known.size = size;
+    options.known.timeout_ms = 500;
+    options.known.compress_requests = true;
+    options.added[1] = added;
+    return zt_host_set_transport(&options.known);
+  };
+  EXPECT_EQ(statusOf(sizeof(zt_transport_options), 1), ZT_OK);
+  EXPECT_TRUE(ZtHost::transportOptions().compressRequests);
+  EXPECT_EQ(statusOf(sizeof(Newer), 0), ZT_OK);
+  EXPECT_TRUE(ZtHost::transportOptions().compressRequests);
+  EXPECT_EQ(statusOf(offsetof(zt_transport_options, connect_timeout_ms), 0), ZT_OK);
+  EXPECT_EQ(ZtHost::transportOptions().timeout, std::chrono::milliseconds(500));
+  EXPECT_FALSE(ZtHost::transportOptions().compressRequests);
+
+  EXPECT_EQ(statusOf(sizeof(Newer), 1), ZT_BAD_ARGUMENT);
+  EXPECT_STREQ(zt_last_error(), "transport options: a newer library is needed");
+  for (const std::size_t size : {std::size_t{0}, std::size_t{7}, std::size_t{4097}, SIZE_MAX}) {
+    EXPECT_EQ(statusOf(size, 0), ZT_BAD_ARGUMENT);
+    EXPECT_STREQ(zt_last_error(), "transport options: size is not set");
+  }
+}
+
+TEST_F(CallTest, DurationsHaveAnEnd) {
+  using std::chrono::milliseconds;
+  EXPECT_EQ(c::durationOf(0, ""), milliseconds(0));
+  EXPECT_EQ(c::durationOf(7, ""), milliseconds(7));
+  EXPECT_EQ(c::durationOf(ZT_NO_LIMIT, ""), milliseconds(std::chrono::years(100)));
+  EXPECT_EQ(c::durationOf(INT64_MAX, ""), milliseconds(std::chrono::years(100)));
+  EXPECT_EQ(c::secondsOf(INT64_MAX, ""), std::chrono::seconds(std::chrono::years(100)));
+  EXPECT_EQ(c::secondsOf(30, ""), std::chrono::seconds(30));
+  for (const std::int64_t negative : {std::int64_t{-2}, INT64_MIN}) {
+    EXPECT_EQ(c::call([&] { c::durationOf(negative, "budget_ms"); }), ZT_BAD_ARGUMENT);
+    EXPECT_STREQ(zt_last_error(), "budget_ms is negative");
+    EXPECT_EQ(c::call([&] { c::secondsOf(negative, ""); }), ZT_BAD_ARGUMENT);
+  }
+  EXPECT_EQ(c::attemptsOf(ZT_NO_LIMIT, 5), 0U);
+  EXPECT_EQ(c::attemptsOf(0, 5), 5U);
+  EXPECT_EQ(c::attemptsOf(7, 5), 7U);
+  EXPECT_EQ(c::call([] { c::attemptsOf(-2, 5); }), ZT_BAD_ARGUMENT);
+}
+
+}  // namespace
+}  // namespace zt::test
