@@ -14,7 +14,7 @@ import tempfile
 import time
 
 READY, NOT_ACCEPTED, ACCEPTED, THREW, NO_DOCUMENT = 1, 2, 3, 4, 5  # Outcome in Host.cpp
-HANG = 30  # seconds, more than all timeouts of an operation together
+HANG = 120  # seconds, more than all timeouts of an operation together, also on a busy machine
 EXCHANGE_TIMEOUT = 2  # seconds, the library's limit for one exchange
 
 
