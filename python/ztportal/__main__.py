@@ -39,7 +39,7 @@ def main() -> int:
     with http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Server) as server:
         threading.Thread(target=server.serve_forever, daemon=True).start()
         ztportal.set_host_info(CFBundleName="ztportal-smoke-test")
-        ztportal.set_transport(ztportal.TransportOptions(proxy=""))
+        ztportal.set_transport(ztportal.TransportOptions(proxy="", timeout=30))
         with ztportal.Report(
                 customerId="Kelvane", applicationId="{00000000-0000-0000-0000-000000000000}",
                 applicationVersion=ztportal.__version__,

@@ -32,7 +32,6 @@ def defaults():
     ztportal.log_to(None)
     ztportal.set_value_filter(None)
     ztportal.set_request_hook(None)
-    ztportal.set_transport(None)
     ztportal.set_value_escaping(False)
     ztportal.set_broadcast_enabled(True)
 
