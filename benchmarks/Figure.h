@@ -62,6 +62,7 @@ Allocations allocations();
 std::vector<Figure> fieldFigures();
 std::vector<Figure> timestampFigures();
 std::vector<Figure> requestFigures();
+std::vector<Figure> interfaceFigures();
 std::vector<Figure> millionFieldsFigures();
 std::vector<Figure> deliveryFigures();
 std::vector<Figure> processWalkFigures();

@@ -109,12 +109,13 @@ struct Group {
 };
 
 constexpr Group kGroups[] = {
-    {"field", fieldFigures},       {"stamp", timestampFigures},
-    {"request", requestFigures},   {"million", millionFieldsFigures},
-    {"delivery", deliveryFigures}, {"walk", processWalkFigures},
-    {"resend", resendFigures},     {"background", backgroundFigures},
-    {"first", firstReportFigures}, {"idle", idleHostFigures},
-    {"probe", probeFigures},       {"inbox", inboxFigures},
+    {"field", fieldFigures},           {"stamp", timestampFigures},
+    {"request", requestFigures},       {"interface", interfaceFigures},
+    {"million", millionFieldsFigures}, {"delivery", deliveryFigures},
+    {"walk", processWalkFigures},      {"resend", resendFigures},
+    {"background", backgroundFigures}, {"first", firstReportFigures},
+    {"idle", idleHostFigures},         {"probe", probeFigures},
+    {"inbox", inboxFigures},
 };
 
 bool isNamed(const Group& group, int count, char** words) {

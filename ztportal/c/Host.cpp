@@ -23,9 +23,6 @@ static_assert(isNumber(ZtLogLevel::Debug, ZT_LOG_DEBUG) &&
               isNumber(ZtLogLevel::Info, ZT_LOG_INFO) &&
               isNumber(ZtLogLevel::Warning, ZT_LOG_WARNING) &&
               isNumber(ZtLogLevel::Error, ZT_LOG_ERROR));
-static_assert(isNumber(ZtDecision::Kind::Keep, ZT_KEEP) &&
-              isNumber(ZtDecision::Kind::Replace, ZT_REPLACE) &&
-              isNumber(ZtDecision::Kind::Drop, ZT_DROP));
 
 /// `text` for the rest of the process. The values of a host are few, so each is kept once.
 const char* kept(const ZtString& text) {

@@ -169,7 +169,8 @@ zt_status zt_report_render(zt_report* report, bool soap, const char** text, size
 zt_status zt_report_send(zt_report* report) {
   return zt::c::call([&] {
     ZtPortalData& document = documentOf(report);
-    zt::c::expectAccepted(document.reportToServer(), document.lastDelivery());
+    const bool isAccepted = document.reportToServer();
+    zt::c::expectAccepted(isAccepted, document.lastDelivery());
   });
 }
 

@@ -161,9 +161,9 @@ ZT_C_EXPORT zt_status zt_host_set_log_handler(zt_log_handler handler, void* user
 
 typedef int32_t zt_decision;
 enum {
-  ZT_KEEP = 0,
-  ZT_REPLACE = 1, /* by the text of zt_replacement_set_n, or else by the empty one */
-  ZT_DROP = 2
+  ZT_DROP = 0, /* also what a callback of a binding returns that fails, as a rule */
+  ZT_KEEP = 1,
+  ZT_REPLACE = 2 /* by the text of zt_replacement_set_n, or else by the empty one */
 };
 typedef struct zt_replacement zt_replacement;
 
