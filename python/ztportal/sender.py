@@ -4,12 +4,11 @@ from __future__ import annotations
 
 import atexit
 from ctypes import byref, c_int, c_size_t
-from types import TracebackType
-from typing import Any
+from typing import Any, Self
 
 from . import _interface as c
 from . import host
-from ._library import (NO_LIMIT, callback, check, created, deliveries, library, milliseconds,
+from ._library import (NO_LIMIT, check, created, deliveries, library, milliseconds,
                        sized, terminated)
 from .receipts import Receipt, SavedReport, receipt_of, saved_report_of
 from .report import Report
@@ -48,11 +47,10 @@ class BackgroundSender:
             _running.discard(self._handle)
             library.zt_sender_destroy(self._handle)
 
-    def __enter__(self) -> BackgroundSender:
+    def __enter__(self) -> Self:
         return self
 
-    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None,
-                 trace: TracebackType | None) -> None:
+    def __exit__(self, *_: object) -> None:
         self.stop()
 
     def send(self, report: Report) -> None:
@@ -62,16 +60,12 @@ class BackgroundSender:
 
     def flush(self, timeout: float) -> int:
         """Waits at most `timeout` seconds until each saved report has been tried once more.
-
-        Returns how many reports are in the store then.
-        """
+        Returns how many reports are in the store then."""
         return self._wait(library.zt_sender_flush, timeout)
 
     def stop(self, timeout: float = 5) -> int:
         """Ends sending for good, and waits at most `timeout` seconds for what is being sent.
-
-        Returns how many reports are left in the store.
-        """
+        Returns how many reports are left in the store."""
         return self._wait(library.zt_sender_stop, timeout)
 
     def _wait(self, function: Any, timeout: float) -> int:
@@ -91,7 +85,7 @@ class BackgroundSender:
 
         def add(user: None, report: Any, delivery: Any) -> None:
             receipts.append((saved_report_of(report.contents), receipt_of(delivery.contents)))
-        check(library.zt_sender_receipts(self._handle, callback(c.ReceiptCallback, add), None))
+        check(library.zt_sender_receipts(self._handle, c.ReceiptCallback(add), None))
         return receipts
 
 

@@ -9,7 +9,7 @@ from typing import Any, Callable
 
 from . import _interface as c
 from ._interface import Status, StorePart
-from ._library import (NO_LIMIT, Owner, StrPath, callback, check, decode, decoded, deliveries,
+from ._library import (NO_LIMIT, Owner, StrPath, check, decode, decoded, deliveries,
                        library, milliseconds, sized, terminated)
 from .host import TransportOptions
 from .receipts import (Receipt, SavedReport, SendResult, receipt_of, saved_report_of,
@@ -39,7 +39,7 @@ class Store:
         def add(user: None, report: Any) -> bool:
             reports.append(saved_report_of(report.contents))
             return True
-        self._call(library.zt_store_list, part, callback(c.SavedReportCallback, add), None)
+        self._call(library.zt_store_list, part, c.SavedReportCallback(add), None)
         return reports
 
     def check(self, path: StrPath) -> tuple[str | None, str]:
@@ -105,8 +105,8 @@ class Store:
             c.SendOptions, configuration_url=terminated(configurationUrl),
             transport=pointer_to(transport), attempts=attempts or NO_LIMIT, retry=retry,
             retry_delay_ms=milliseconds(retry_delay), budget_ms=milliseconds(budget),
-            longest_delay_ms=milliseconds(longest_delay), progress=callback(c.Progress, after),
-            is_cancelled=callback(c.IsCancelled, is_cancelled))
+            longest_delay_ms=milliseconds(longest_delay), progress=c.Progress(after),
+            is_cancelled=c.IsCancelled(is_cancelled))
 
         def send() -> None:
             sent = POINTER(c.SendResult)()
