@@ -43,9 +43,9 @@ class LogLevel(OpenEnum):
 
 
 class Decision(OpenEnum):
-    KEEP = 0
-    REPLACE = 1
-    DROP = 2
+    DROP = 0
+    KEEP = 1
+    REPLACE = 2
 
 
 class TlsVersion(OpenEnum):

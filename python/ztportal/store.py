@@ -15,6 +15,7 @@ from .host import TransportOptions
 from .receipts import (Receipt, SavedReport, SendResult, receipt_of, saved_report_of,
                        send_result_of)
 
+
 class Store:
     """The saved reports of the host: one file each. Several threads may use it."""
 
@@ -72,8 +73,7 @@ class Store:
 
     @staticmethod
     def set_limits(*, reports: int = 0, bytes: int = 0, age: float = 0) -> None:
-        """How much the stores of this process keep for each part; 0 is no limit. `age` is in
-        seconds. The oldest go first."""
+        """How much the stores of this process keep for each part; 0 is no limit; in seconds."""
         check(library.zt_store_set_limits(reports, bytes, round(age)))
 
     def send(self, configurationUrl: str, *, transport: TransportOptions | None = None,

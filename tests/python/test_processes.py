@@ -97,10 +97,10 @@ time.sleep(0.05)
 
 
 @pytest.mark.parametrize("name", BUSY)
-def test_interpreter_ends_in_the_middle_of_a_delivery(name, silent_server, data_folder, tmp_path):
-    """No process crashes, hangs, or says anything: 20 of each."""
+def test_interpreter_ends_in_the_middle_of_a_delivery(name, silent_server):
+    """No process crashes, hangs, or says anything: four at the same time, or ZT_ROUNDS times four."""
     code = HEAD + f"url = {silent_server!r}\n" + BUSY[name]
-    for _ in range(5):
+    for _ in range(int(os.environ.get("ZT_ROUNDS", "1"))):
         running = [subprocess.Popen([sys.executable, "-c", code], stdout=subprocess.PIPE,
                                     stderr=subprocess.STDOUT) for _ in range(4)]
         for process in running:
@@ -262,7 +262,7 @@ def test_example_installs_and_reports(inbox, tmp_path):
     assert (result.returncode, result.stderr) == (0, "")
     assert (target / "program").read_text() == "program" and (target / "folder").is_dir()
     report = inbox.newest()
-    for word in ("Copy program", "Copy folder", "installed", "TARGET", "free"):
+    for word in ("Copy program", "Copy folder", "installed", "TARGET", "FREE"):
         assert word in report
 
     result = install(source, target, inbox)
