@@ -16,8 +16,7 @@ S = TypeVar("S", bound=ctypes.Structure)
 NOW = 2**63 - 1
 NO_DATE = -(2**63)
 NO_LIMIT = -1
-CACHE_CONFIGURATION = 1
-OFFLINE = 2
+CACHE_CONFIGURATION, OFFLINE = 1, 2
 
 
 class Error(Exception):

@@ -9,8 +9,8 @@ from typing import Any, Callable
 
 from . import _interface as c
 from ._interface import Status, StorePart
-from ._library import (NO_LIMIT, Owner, StrPath, check, decode, decoded, deliveries,
-                       library, milliseconds, sized, terminated)
+from ._library import (NO_LIMIT, Owner, StrPath, check, decode, decoded, deliveries, library,
+                       milliseconds, sized, terminated)
 from .host import TransportOptions
 from .receipts import (Receipt, SavedReport, SendResult, receipt_of, saved_report_of,
                        send_result_of)
@@ -73,7 +73,7 @@ class Store:
 
     @staticmethod
     def set_limits(*, reports: int = 0, bytes: int = 0, age: float = 0) -> None:
-        """How much the stores of this process keep for each part; 0 is no limit; in seconds."""
+        """How much the stores of this process keep for each part, `age` in seconds; 0: no limit."""
         check(library.zt_store_set_limits(reports, bytes, round(age)))
 
     def send(self, configurationUrl: str, *, transport: TransportOptions | None = None,

@@ -1,4 +1,4 @@
-"""Whole processes: their end in the middle of a delivery, forks, memory, the smoke test, the page."""
+"""Whole processes: their end in the middle of a delivery, forks, memory, smoke test, examples."""
 
 import multiprocessing
 import os
@@ -98,7 +98,7 @@ time.sleep(0.05)
 
 @pytest.mark.parametrize("name", BUSY)
 def test_interpreter_ends_in_the_middle_of_a_delivery(name, silent_server):
-    """No process crashes, hangs, or says anything: four at the same time, or ZT_ROUNDS times four."""
+    """No process crashes, hangs, or says anything: ZT_ROUNDS times four at the same time."""
     code = HEAD + f"url = {silent_server!r}\n" + BUSY[name]
     for _ in range(int(os.environ.get("ZT_ROUNDS", "1"))):
         running = [subprocess.Popen([sys.executable, "-c", code], stdout=subprocess.PIPE,
