@@ -174,7 +174,7 @@ if child == 0:
     sys.exit(0)
 print(os.waitpid(child, 0)[1])
 thread.join()"""
-    assert run(code, inbox.configuration, timeout=20) == "0\n"
+    assert run(code, inbox.configuration) == "0\n"
 
 
 def test_objects_are_destroyed_in_any_order(run):
