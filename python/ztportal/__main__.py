@@ -35,7 +35,7 @@ def main() -> int:
     print(f"ztportal {ztportal.__version__}, {library_path}")
     with http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Server) as server:
         threading.Thread(target=server.serve_forever, daemon=True).start()
-        ztportal.set_host_info(CFBundleName="ztportal-smoke-test")
+        ztportal.set_broadcast_enabled(False)
         ztportal.set_transport(ztportal.TransportOptions(proxy="", timeout=30))
         url = f"http://127.0.0.1:{server.server_port}/"
         with ztportal.Report(customerId="Kelvane", applicationId="smoke test",
