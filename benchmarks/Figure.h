@@ -71,6 +71,7 @@ std::vector<Figure> backgroundFigures();
 std::vector<Figure> firstReportFigures();
 std::vector<Figure> idleHostFigures();
 std::vector<Figure> probeFigures();
+std::vector<Figure> pythonFigures();
 std::vector<Figure> inboxFigures();
 
 }  // namespace zt::bench

@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <fstream>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -19,7 +20,8 @@
 #include "ztportal/platform/process/LinuxSubprocesses.h"
 #include "ztportal/platform/process/ProgramPath.h"
 
-// Times of whole processes: the first report, a host that never reports, the probe.
+// Times of whole processes: the first report, a host that never reports, the probe; and values that
+// are set in Python.
 
 namespace zt::bench {
 
@@ -112,6 +114,20 @@ std::vector<Figure> probeFigures() {
                     }});
   return {
       atMostTimes(1.3, "the inventory", best[0] * 1e3, {"its subprocess", best[1] * 1e3}, "ms")};
+}
+
+/// The cost of a value in Python, compared with an attribute of an object that checks nothing.
+std::vector<Figure> pythonFigures() {
+  const test::ScopedEnvironment package("PYTHONPATH", ZT_PYTHON_PACKAGE);
+  const test::ScopedEnvironment library("ZTPORTAL_LIBRARY", ZT_PYTHON_LIBRARY);
+  const test::ProgramResult result = test::runProgram(ZT_PYTHON, {ZT_PYTHON_VALUES});
+  std::istringstream printed(result.output);
+  double ours = 0;
+  double plain = 0;
+  if (!(printed >> ours >> plain)) throw std::runtime_error(result.errors);
+  Figure figure = atMost(3, "a value set from Python", ours, "us");
+  figure.peer = "an attribute of a plain object: " + measure(plain, "us");
+  return {figure};
 }
 
 }  // namespace zt::bench

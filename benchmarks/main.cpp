@@ -115,7 +115,7 @@ constexpr Group kGroups[] = {
     {"walk", processWalkFigures},      {"resend", resendFigures},
     {"background", backgroundFigures}, {"first", firstReportFigures},
     {"idle", idleHostFigures},         {"probe", probeFigures},
-    {"inbox", inboxFigures},
+    {"python", pythonFigures},         {"inbox", inboxFigures},
 };
 
 bool isNamed(const Group& group, int count, char** words) {

@@ -98,7 +98,7 @@ def enumeration(name, members):
 def interface(header):
     """The text of _interface.py."""
     header = Header(header)
-    text = '''"""The declarations of ztportal/c/ztportal.h. Made by python/generate.py; do not edit."""
+    text = '''"""The declarations of ztportal.h. Made by python/generate.py; do not edit."""
 
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_float, c_int, c_int32,
                     c_int64, c_size_t, c_uint32, c_uint64, c_void_p)
@@ -181,8 +181,8 @@ from .fields import Date, Enumeration, Number, Pool, Record, String, Value, bool
             first = next(field["key"] for field in key["of"] if field["type"] == "string")
             text += f"\n\nclass {record}(Record):\n    __slots__ = ()\n"
             text += "".join(attributes(key["of"], schema["enumerations"]))
-            adders += (f"\n    def add_{snake(one)}(self, {first}: Text = None, **values: Value) -> "
-                       f"{record}:\n        return self._add_record({record}, "
+            adders += (f"\n    def add_{snake(one)}(self, {first}: Text = None, **values: Value)"
+                       f" -> {record}:\n        return self._add_record({record}, "
                        f'b"{key["key"]}", {{"{first}": {first}, **values}})\n')
         text += f"\n\nclass {camel(pool['kind'])}Pool(Pool):\n    __slots__ = ()\n"
         text += f'    _kind = b"{pool["kind"]}"\n'

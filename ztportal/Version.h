@@ -6,6 +6,7 @@
 ///     #if ZTPORTAL_VERSION_NUMBER < 10100
 ///     #error "this host needs ztportal 1.1"
 ///     #endif
+// NOLINTBEGIN(cppcoreguidelines-macro-usage): for #if
 #define ZTPORTAL_VERSION_MAJOR 1
 #define ZTPORTAL_VERSION_MINOR 1
 #define ZTPORTAL_VERSION_PATCH 0
@@ -14,3 +15,4 @@
 /// The three numbers as one: 10203 is version 1.2.3.
 #define ZTPORTAL_VERSION_NUMBER \
   (ZTPORTAL_VERSION_MAJOR * 10000 + ZTPORTAL_VERSION_MINOR * 100 + ZTPORTAL_VERSION_PATCH)
+// NOLINTEND(cppcoreguidelines-macro-usage)

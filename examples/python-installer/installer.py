@@ -32,7 +32,9 @@ def install(source: pathlib.Path, target: pathlib.Path, execution: ztportal.Exec
         else:
             shutil.copy2(entry, target / entry.name)
         execution.add_step(f"Copy {entry.name}", stepType="LEAVE")
-    execution.add_fields({"TARGET": str(target), "DISK": shutil.disk_usage(target)._asdict()})
+    usage = shutil.disk_usage(target)
+    execution.add_fields({"TARGET": str(target), "DISK_MIB": {"TOTAL": usage.total // 2**20,
+                                                              "FREE": usage.free // 2**20}})
 
 
 def main() -> int:

@@ -6,8 +6,8 @@ import sys
 import tempfile
 import threading
 
-_VERSION = "<versioninfo>1.0</versioninfo>"
-_ACCEPTED = "<postPoolDatasResponse><return>true</return></postPoolDatasResponse>"
+import ztportal
+from ztportal._library import library_path
 
 
 class _Server(http.server.BaseHTTPRequestHandler):
@@ -18,8 +18,8 @@ class _Server(http.server.BaseHTTPRequestHandler):
         self._respond(f"<configuration><defSOAP>{url}</defSOAP></configuration>")
 
     def do_POST(self) -> None:
-        body = self.rfile.read(int(self.headers["Content-Length"]))
-        self._respond(_VERSION if b"<getVersionInfo" in body else _ACCEPTED)
+        self.rfile.read(int(self.headers["Content-Length"]))
+        self._respond("<versioninfo>1.0</versioninfo><postPoolDatasResponse>true")
 
     def _respond(self, text: str) -> None:
         self.send_response(200)
@@ -32,18 +32,14 @@ class _Server(http.server.BaseHTTPRequestHandler):
 
 
 def main() -> int:
-    import ztportal
-    from ztportal._library import library_path
-
     print(f"ztportal {ztportal.__version__}, {library_path}")
     with http.server.ThreadingHTTPServer(("127.0.0.1", 0), _Server) as server:
         threading.Thread(target=server.serve_forever, daemon=True).start()
-        ztportal.set_host_info(CFBundleName="ztportal-smoke-test")
-        ztportal.set_transport(ztportal.TransportOptions(proxy=""))
-        with ztportal.Report(
-                customerId="Kelvane", applicationId="{00000000-0000-0000-0000-000000000000}",
-                applicationVersion=ztportal.__version__,
-                configurationUrl=f"http://127.0.0.1:{server.server_port}/") as report:
+        ztportal.set_broadcast_enabled(False)
+        ztportal.set_transport(ztportal.TransportOptions(proxy="", timeout=30))
+        url = f"http://127.0.0.1:{server.server_port}/"
+        with ztportal.Report(customerId="Kelvane", applicationId="smoke test",
+                             applicationVersion="1.0", configurationUrl=url) as report:
             report.execution.add_step("Check", stepType="INFO")
         print(report.render(soap=False))
         receipt = report.send()

@@ -1,4 +1,4 @@
-"""The declarations of ztportal/c/ztportal.h. Made by python/generate.py; do not edit."""
+"""The declarations of ztportal.h. Made by python/generate.py; do not edit."""
 
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_float, c_int, c_int32,
                     c_int64, c_size_t, c_uint32, c_uint64, c_void_p)
@@ -43,9 +43,9 @@ class LogLevel(OpenEnum):
 
 
 class Decision(OpenEnum):
-    KEEP = 0
-    REPLACE = 1
-    DROP = 2
+    DROP = 0
+    KEEP = 1
+    REPLACE = 2
 
 
 class TlsVersion(OpenEnum):

@@ -5,7 +5,7 @@ from __future__ import annotations
 import ctypes
 import os
 import threading
-from typing import Any, Callable, Optional, TypeVar, Union
+from typing import Any, Optional, TypeVar, Union
 
 from ._interface import FUNCTIONS, Status
 
@@ -16,8 +16,7 @@ S = TypeVar("S", bound=ctypes.Structure)
 NOW = 2**63 - 1
 NO_DATE = -(2**63)
 NO_LIMIT = -1
-CACHE_CONFIGURATION = 1
-OFFLINE = 2
+CACHE_CONFIGURATION, OFFLINE = 1, 2
 
 
 class Error(Exception):
@@ -64,8 +63,8 @@ class Owner:
 class Deliveries:
     """The calls that may run callbacks, or send, on a thread of the interpreter.
 
-    When the interpreter ends, it waits for them, and lets no further ones begin on other threads: a
-    callback that needed the interpreter later would end the process.
+    When the interpreter ends, it waits for them, and lets no other thread begin one: a callback
+    that needed the interpreter later would end the process.
     """
 
     def __init__(self) -> None:
@@ -102,10 +101,6 @@ def created(function: Any, *arguments: Any) -> int:
         check(function(*arguments, ctypes.byref(handle)))
     assert handle.value is not None
     return handle.value
-
-
-def callback(kind: Any, function: Callable[..., Any] | None) -> Any:
-    return kind(function) if function else kind()
 
 
 def sized(kind: type[S], **members: Any) -> S:

@@ -149,16 +149,11 @@ class Pool(Record):
     _kind = b""
 
     def add_field(self, name: Text, value: FieldValue) -> None:
-        """Adds a generic field. A mapping or sequence is an array, and None a missing string.
+        """Adds a generic field. None is a missing string; integers and floats have 32 bits. A
+        mapping or sequence is an array; the fields of a sequence have the names "0", "1", …"""
+        self.add_fields({name: value})
 
-        The fields of a sequence have their positions as names, from "0" on. Integers have 32 bits,
-        and floats are rounded to 32 bits.
-        """
-        call = _field_call(name, value)
-        with self._owner.lock:
-            _add_fields(created(library.zt_pool_fields, self._handle), [call])
-
-    def add_fields(self, fields: Mapping[str, FieldValue]) -> None:
+    def add_fields(self, fields: Mapping[Any, FieldValue]) -> None:
         """Adds a generic field for each name and value: all of them, or none if one is wrong."""
         calls = [_field_call(name, value) for name, value in fields.items()]
         with self._owner.lock:
@@ -179,9 +174,7 @@ class Pool(Record):
 
 def _field_call(name: Text, value: FieldValue) -> tuple[Any, ...]:
     """The function that adds a field, its name, and the other arguments; for an array its fields.
-
-    So everything is checked before anything is added.
-    """
+    So everything is checked before anything is added."""
     key = terminated(name)
     if value is None or isinstance(value, (str, bytes)):
         text = encode(value)

@@ -10,7 +10,7 @@ from typing import Any, Callable, Mapping
 
 from . import _interface as c
 from ._interface import Consent, Decision, TlsVersion
-from ._library import (callback, check, decode, decoded, encode, library, milliseconds, sized,
+from ._library import (check, decode, decoded, encode, library, milliseconds, sized,
                        terminated)
 
 
@@ -86,9 +86,10 @@ kept_callbacks: list[object] = []
 
 
 def _kept(kind: Any, function: Callable[..., Any] | None) -> Any:
-    if function:
-        kept_callbacks.append(callback(kind, function))
-    return kept_callbacks[-1] if function else callback(kind, None)
+    if not function:
+        return kind()
+    kept_callbacks.append(kind(function))
+    return kept_callbacks[-1]
 
 
 def _pairs(texts: Mapping[str, str]) -> Any:
@@ -102,11 +103,8 @@ def set_transport(options: TransportOptions | None) -> None:
 
 
 def set_host_info(**info: str) -> None:
-    """Who the host is: CFBundleName, CFBundleShortVersionString and CFBundleVersion.
-
-    Replaces all earlier information. Call it once, before the first report: the name determines
-    the folder of the saved reports.
-    """
+    """Who the host is: CFBundleName, CFBundleShortVersionString and CFBundleVersion. Call it once,
+    before the first report: the name determines the folder of the saved reports."""
     check(library.zt_host_set_info(_pairs(info), len(info)))
 
 
@@ -186,11 +184,8 @@ _LEVELS = (logging.DEBUG, logging.INFO, logging.WARNING, logging.ERROR)
 
 
 def log_to(logger: logging.Logger | None) -> None:
-    """Sends the messages of the library to a logger; None turns them off, as they are at first.
-
-    Each goes to the child of the logger that has the name of the library's module. Messages arise
-    on any thread.
-    """
+    """Sends the log to the children of a logger that have the names of the library's modules, from
+    any thread. None turns it off, as it is at first."""
     def log(user: None, level: int, module: bytes, message: bytes) -> None:
         assert logger is not None
         logger.getChild(decode(module)).log(_LEVELS[min(level, 3)], "%s", decode(message))

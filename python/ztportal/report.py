@@ -5,7 +5,7 @@ from __future__ import annotations
 import json
 from ctypes import POINTER, byref, c_bool, c_char_p, c_size_t, string_at
 from datetime import datetime, timezone
-from typing import Any, Mapping, TypeVar
+from typing import Any, Mapping, Self, TypeVar
 
 from ._interface import Delivery, Status
 from ._library import (CACHE_CONFIGURATION, NOW, OFFLINE, Owner, StrPath, Text, check, created,
@@ -16,7 +16,6 @@ from .pools import ComputerSystemPool, ExecutionPool
 from .receipts import Receipt, receipt_of
 
 P = TypeVar("P", bound=Pool)
-SelfReport = TypeVar("SelfReport", bound="Report")
 
 
 class _Key:
@@ -99,13 +98,13 @@ class Report:
         """The execution ends now."""
         self.execution._update({"endPoint": endPoint, "endTime": datetime.now(timezone.utc)})
 
-    def __enter__(self: SelfReport) -> SelfReport:
+    def __enter__(self) -> Self:
         if self._execution is None:
             self.start()
         return self
 
     def __exit__(self, kind: object, error: BaseException | None, trace: object) -> None:
-        if error is not None and not (isinstance(error, SystemExit) and not error.code):
+        if error is not None and (not isinstance(error, SystemExit) or error.code):
             self._record(error)
         self.stop(self.execution.endPoint)
 
@@ -115,9 +114,9 @@ class Report:
         except Exception:
             message = b"the exception has no text"
         self.execution.add_step(type(error).__name__, stepType="ERROR", stepMessageString=message)
-        is_cancelled = not isinstance(error, (Exception, SystemExit))
-        self.execution._update({"endErrorMessageString": message, "successfull": False,
-                                "cancelled": is_cancelled})
+        self.execution.endErrorMessageString = message
+        self.execution.successfull = False
+        self.execution.cancelled = not isinstance(error, (Exception, SystemExit))
 
     def add_pool(self, kind: type[P], timeStamp: datetime | None = None, **values: Value) -> P:
         """Adds a pool with the time stamp (now, unless there is one) and the values of its keys."""

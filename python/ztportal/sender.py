@@ -4,13 +4,12 @@ from __future__ import annotations
 
 import atexit
 from ctypes import byref, c_int, c_size_t
-from types import TracebackType
-from typing import Any
+from typing import Any, Self
 
 from . import _interface as c
 from . import host
-from ._library import (NO_LIMIT, callback, check, created, deliveries, library, milliseconds,
-                       sized, terminated)
+from ._library import (NO_LIMIT, check, created, deliveries, library, milliseconds, sized,
+                       terminated)
 from .receipts import Receipt, SavedReport, receipt_of, saved_report_of
 from .report import Report
 from .store import pointer_to
@@ -33,9 +32,10 @@ class BackgroundSender:
                  attempts: int | None = 5, retry_delay: float = 1, longest_delay: float = 60,
                  kept_receipts: int = 100) -> None:
         options = sized(
-            c.SenderOptions, configuration_url=terminated(configurationUrl), transport=pointer_to(transport),
-            attempts=attempts or NO_LIMIT, retry_delay_ms=milliseconds(retry_delay),
-            longest_delay_ms=milliseconds(longest_delay), kept_receipts=kept_receipts)
+            c.SenderOptions, configuration_url=terminated(configurationUrl),
+            transport=pointer_to(transport), attempts=attempts or NO_LIMIT,
+            retry_delay_ms=milliseconds(retry_delay), kept_receipts=kept_receipts,
+            longest_delay_ms=milliseconds(longest_delay))
         self._handle = created(library.zt_sender_create, byref(options))
         _running.add(self._handle)
 
@@ -48,11 +48,10 @@ class BackgroundSender:
             _running.discard(self._handle)
             library.zt_sender_destroy(self._handle)
 
-    def __enter__(self) -> BackgroundSender:
+    def __enter__(self) -> Self:
         return self
 
-    def __exit__(self, kind: type[BaseException] | None, error: BaseException | None,
-                 trace: TracebackType | None) -> None:
+    def __exit__(self, *_: object) -> None:
         self.stop()
 
     def send(self, report: Report) -> None:
@@ -62,16 +61,12 @@ class BackgroundSender:
 
     def flush(self, timeout: float) -> int:
         """Waits at most `timeout` seconds until each saved report has been tried once more.
-
-        Returns how many reports are in the store then.
-        """
+        Returns how many reports are in the store then."""
         return self._wait(library.zt_sender_flush, timeout)
 
     def stop(self, timeout: float = 5) -> int:
         """Ends sending for good, and waits at most `timeout` seconds for what is being sent.
-
-        Returns how many reports are left in the store.
-        """
+        Returns how many reports are left in the store."""
         return self._wait(library.zt_sender_stop, timeout)
 
     def _wait(self, function: Any, timeout: float) -> int:
@@ -91,7 +86,7 @@ class BackgroundSender:
 
         def add(user: None, report: Any, delivery: Any) -> None:
             receipts.append((saved_report_of(report.contents), receipt_of(delivery.contents)))
-        check(library.zt_sender_receipts(self._handle, callback(c.ReceiptCallback, add), None))
+        check(library.zt_sender_receipts(self._handle, c.ReceiptCallback(add), None))
         return receipts
 
 

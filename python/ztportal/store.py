@@ -9,11 +9,12 @@ from typing import Any, Callable
 
 from . import _interface as c
 from ._interface import Status, StorePart
-from ._library import (NO_LIMIT, Owner, StrPath, callback, check, decode, decoded, deliveries,
-                       library, milliseconds, sized, terminated)
+from ._library import (NO_LIMIT, Owner, StrPath, check, decode, decoded, deliveries, library,
+                       milliseconds, sized, terminated)
 from .host import TransportOptions
 from .receipts import (Receipt, SavedReport, SendResult, receipt_of, saved_report_of,
                        send_result_of)
+
 
 class Store:
     """The saved reports of the host: one file each. Several threads may use it."""
@@ -39,7 +40,7 @@ class Store:
         def add(user: None, report: Any) -> bool:
             reports.append(saved_report_of(report.contents))
             return True
-        self._call(library.zt_store_list, part, callback(c.SavedReportCallback, add), None)
+        self._call(library.zt_store_list, part, c.SavedReportCallback(add), None)
         return reports
 
     def check(self, path: StrPath) -> tuple[str | None, str]:
@@ -72,8 +73,7 @@ class Store:
 
     @staticmethod
     def set_limits(*, reports: int = 0, bytes: int = 0, age: float = 0) -> None:
-        """How much the stores of this process keep for each part; 0 is no limit. `age` is in
-        seconds. The oldest go first."""
+        """How much the stores of this process keep for each part, `age` in seconds; 0: no limit."""
         check(library.zt_store_set_limits(reports, bytes, round(age)))
 
     def send(self, configurationUrl: str, *, transport: TransportOptions | None = None,
@@ -105,8 +105,8 @@ class Store:
             c.SendOptions, configuration_url=terminated(configurationUrl),
             transport=pointer_to(transport), attempts=attempts or NO_LIMIT, retry=retry,
             retry_delay_ms=milliseconds(retry_delay), budget_ms=milliseconds(budget),
-            longest_delay_ms=milliseconds(longest_delay), progress=callback(c.Progress, after),
-            is_cancelled=callback(c.IsCancelled, is_cancelled))
+            longest_delay_ms=milliseconds(longest_delay), progress=c.Progress(after),
+            is_cancelled=c.IsCancelled(is_cancelled))
 
         def send() -> None:
             sent = POINTER(c.SendResult)()

@@ -81,6 +81,7 @@ def data_folder(tmp_path, monkeypatch):
     monkeypatch.setenv("XDG_DATA_HOME", str(tmp_path / "data"))
     import ztportal
     ztportal.set_host_info(CFBundleName="PythonTest")
+    ztportal.set_transport(ztportal.TransportOptions(timeout=60))  # on a busy machine, too
     return tmp_path / "data"
 
 

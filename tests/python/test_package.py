@@ -44,7 +44,9 @@ def test_structures_have_the_sizes_of_the_compiler(tmp_path):
 
 
 def test_the_package_is_small():
-    lines = {path.name: len(path.read_text().splitlines()) for path in PACKAGE.glob("*.py")}
+    """Without empty lines, and without the generated modules."""
+    lines = {path.name: sum(line != "" for line in path.read_text().splitlines())
+             for path in PACKAGE.glob("*.py")}
     written = sum(count for name, count in lines.items() if name not in generate.generated())
     assert written <= 900, lines
 

@@ -1,4 +1,4 @@
-"""Whole processes: their end in the middle of a delivery, forks, memory, the smoke test, the page."""
+"""Whole processes: their end in the middle of a delivery, forks, memory, smoke test, examples."""
 
 import multiprocessing
 import os
@@ -16,6 +16,7 @@ from conftest import SOURCE
 
 HEAD = """import atexit, gc, logging, os, sys, threading, time, ztportal
 ztportal.set_host_info(CFBundleName="PythonTest")
+ztportal.set_transport(ztportal.TransportOptions(timeout=60))
 def create(**values):
     report = ztportal.Report(**{"customerId": "Kelvane", "applicationId": "{A}",
         "applicationVersion": "2.1", "offline": True} | values)
@@ -96,10 +97,10 @@ time.sleep(0.05)
 
 
 @pytest.mark.parametrize("name", BUSY)
-def test_interpreter_ends_in_the_middle_of_a_delivery(name, silent_server, data_folder, tmp_path):
-    """No process crashes, hangs, or says anything: 20 of each."""
+def test_interpreter_ends_in_the_middle_of_a_delivery(name, silent_server):
+    """No process crashes, hangs, or says anything: ZT_ROUNDS times four at the same time."""
     code = HEAD + f"url = {silent_server!r}\n" + BUSY[name]
-    for _ in range(5):
+    for _ in range(int(os.environ.get("ZT_ROUNDS", "1"))):
         running = [subprocess.Popen([sys.executable, "-c", code], stdout=subprocess.PIPE,
                                     stderr=subprocess.STDOUT) for _ in range(4)]
         for process in running:
@@ -173,7 +174,7 @@ if child == 0:
     sys.exit(0)
 print(os.waitpid(child, 0)[1])
 thread.join()"""
-    assert run(code, inbox.configuration, timeout=20) == "0\n"
+    assert run(code, inbox.configuration) == "0\n"
 
 
 def test_objects_are_destroyed_in_any_order(run):
@@ -228,21 +229,28 @@ def test_module_checks_itself(tmp_path):
     assert not list(tmp_path.iterdir())
 
 
+# For code with the usual time limit of two seconds, which a busy machine may exceed.
+PATIENT = """import ztportal
+ztportal.set_transport(ztportal.TransportOptions(timeout=60))
+"""
+
+
 def test_code_of_the_page_runs(inbox, run, data_folder):
     text = (SOURCE / "docs" / "python.md").read_text()
     blocks = re.findall(r"^```python\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
     assert len(blocks) == 6 and len(blocks[0].splitlines()) == 10
     code = "".join(blocks).replace("http://127.0.0.1:8025/reporting/kelvane.xml",
                                    inbox.configuration)
-    printed = run(code)
+    printed = run(PATIENT + code)
     assert "SIGNAL" in printed and "DONE 0" in printed
     assert "The server has accepted the report." in printed and len(inbox.ids()) == 2
 
 
 def install(source, target, inbox):
-    return subprocess.run(
-        [sys.executable, SOURCE / "examples" / "python-installer" / "installer.py", source, target,
-         inbox.configuration], capture_output=True, text=True, env=os.environ | {"HOME": str(source)})
+    installer = SOURCE / "examples" / "python-installer" / "installer.py"
+    code = PATIENT + f"import runpy; runpy.run_path({str(installer)!r}, run_name='__main__')"
+    return subprocess.run([sys.executable, "-c", code, source, target, inbox.configuration],
+                          capture_output=True, text=True, env=os.environ | {"HOME": str(source)})
 
 
 def test_example_installs_and_reports(inbox, tmp_path):
@@ -254,7 +262,7 @@ def test_example_installs_and_reports(inbox, tmp_path):
     assert (result.returncode, result.stderr) == (0, "")
     assert (target / "program").read_text() == "program" and (target / "folder").is_dir()
     report = inbox.newest()
-    for word in ("Copy program", "Copy folder", "installed", "TARGET", "free"):
+    for word in ("Copy program", "Copy folder", "installed", "TARGET", "FREE"):
         assert word in report
 
     result = install(source, target, inbox)

@@ -34,9 +34,9 @@ struct Failure {
 
 template <class... Parts>
 [[noreturn]] void fail(zt_status status, const Parts&... parts) {
-  Failure failure{status, {}};
-  appendText(failure.sentence, parts...);
-  throw failure;
+  std::string sentence;
+  appendText(sentence, parts...);
+  throw Failure{status, std::move(sentence)};
 }
 
 /// Turns the exception that is being handled into a status and `zt_last_error`.

@@ -21,8 +21,9 @@ ZtTransportResponse exchangeBy(zt_transport transport, void* user,
   const std::string url(request.url);
   const std::string body(request.body);
   std::vector<zt_pair> headers;
-  for (const auto& [name, value] : request.headers)
+  for (const auto& [name, value] : request.headers) {
     headers.push_back({name.c_str(), value.c_str()});
+  }
   zt_request passed{};
   passed.size = sizeof(passed);
   passed.method = method.c_str();

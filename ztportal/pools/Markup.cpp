@@ -87,8 +87,9 @@ void appendField(std::string& xml, std::string_view prefix, const Tag& field, st
   };
   if (valuesArePlain()) return append(name, value);
   std::string filtered(value);
-  if (passesValueFilter(writtenPoolType(), name, filtered))
+  if (passesValueFilter(writtenPoolType(), name, filtered)) {
     append(written(name), written(filtered));
+  }
 }
 
 NumberText::NumberText(std::int32_t number) {
