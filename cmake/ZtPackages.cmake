@@ -81,6 +81,7 @@ This package contains the guides, the examples and the reference of the
 headers.")
 
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianRepack.cmake")
 set(CPACK_ZT_SOURCE "${PROJECT_SOURCE_DIR}")
 set(CPACK_ZT_RELEASE_DATE ${ZT_RELEASE_DATE})
 include(CPack)
