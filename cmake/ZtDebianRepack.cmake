@@ -9,6 +9,8 @@ set(ENV{SOURCE_DATE_EPOCH} ${CPACK_ZT_RELEASE_DATE})
 foreach(package IN LISTS CPACK_PACKAGE_FILES)
   set(unpacked "${package}.unpacked")
   run(dpkg-deb --raw-extract "${package}" "${unpacked}")
+  # CPack's scripts only call ldconfig, which the trigger does.
+  file(REMOVE "${unpacked}/DEBIAN/postinst" "${unpacked}/DEBIAN/postrm")
   run(chmod -R u=rwX,go=rX "${unpacked}")
   run(find "${unpacked}" -exec touch --no-dereference --date=@${CPACK_ZT_RELEASE_DATE} {} +)
   run(dpkg-deb --root-owner-group -Zgzip --build "${unpacked}" "${package}")
