@@ -47,8 +47,4 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   foreach(archive IN LISTS archives)
     run(strip --strip-debug --enable-deterministic-archives --remove-section=.comment "${archive}")
   endforeach()
-
-  # The packages contain no time of the build.
-  run(find "${CPACK_TEMPORARY_DIRECTORY}/${component}" -exec touch --no-dereference
-      --date=@${CPACK_ZT_RELEASE_DATE} {} +)
 endforeach()

@@ -10,20 +10,25 @@ set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME ztportal)
 set(CPACK_PACKAGE_CONTACT "ztportal maintainers <maintainers@kelvane.example>")
 set(CPACK_PACKAGING_INSTALL_PREFIX "${CMAKE_INSTALL_PREFIX}")
-# The programs and the library are stripped; their debugging symbols are in packages of their own.
-set(CPACK_DEBIAN_DEBUGINFO_PACKAGE ON)
 set(CPACK_COMPONENTS_ALL runtime development tools python documentation)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# The two packages with programs or libraries. These are stripped, and their debugging symbols are in
+# packages of their own.
+foreach(component IN ITEMS RUNTIME TOOLS)
+  set(CPACK_DEBIAN_${component}_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_${component}_DEBUGINFO_PACKAGE ON)
+endforeach()
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
 # A program that links libztportal.so.1 depends on libztportal1 of this version or later. A symbols
 # file would allow earlier versions, but it lists C++ symbols by their mangled names, some of which
 # (such as those of std::size_t) differ between architectures. That no symbol gets lost is checked by
 # script/abi, which also sees the layout of types.
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+set(soversion ${PROJECT_VERSION_MAJOR})
+set(shlibs "${PROJECT_BINARY_DIR}/packaging/shlibs")
+file(CONFIGURE OUTPUT "${shlibs}" @ONLY CONTENT
+     "libztportal @soversion@ libztportal@soversion@ (>= @PROJECT_VERSION@)\n")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 # The descriptions below contain their summary lines.
@@ -37,7 +42,7 @@ set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libztportal1)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 # libcurl is loaded at run time, so dpkg-shlibdeps does not see it.
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_DEPENDS "libcurl4 (>= 7.87) | libcurl3-gnutls (>= 7.87)")
-set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/triggers" "${shlibs}")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
     "reports of desktop applications - shared library
 ${about}
@@ -93,6 +98,7 @@ ${about}
 This package contains the Python package ztportal.")
 
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianFiles.cmake")
+set(CPACK_POST_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/ZtDebianRepack.cmake")
 set(CPACK_ZT_SOURCE "${PROJECT_SOURCE_DIR}")
 set(CPACK_ZT_RELEASE_DATE ${ZT_RELEASE_DATE})
 include(CPack)

@@ -52,8 +52,9 @@ function(zt_configure_product target)
   target_compile_options(
     ${target} PRIVATE -fstack-protector-strong "$<${optimised}:-U_FORTIFY_SOURCE>"
                       "$<${optimised}:-D_FORTIFY_SOURCE=2>" $<$<BOOL:${ZT_DEBUG_INFO}>:-g>
-                      "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build"
-                      "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+                      # The last one that matches counts.
+                      "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=."
+                      "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build")
   target_link_options(${target} PRIVATE LINKER:-z,relro,-z,now)
 endfunction()
 

@@ -1,0 +1,18 @@
+# CPack runs this after it has made the packages. It has written the time of the build and the builder's
+# umask into them; here they get the date of the release and Debian's permissions.
+
+function(run)
+  execute_process(COMMAND ${ARGN} OUTPUT_QUIET COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+set(ENV{SOURCE_DATE_EPOCH} ${CPACK_ZT_RELEASE_DATE})
+foreach(package IN LISTS CPACK_PACKAGE_FILES)
+  set(unpacked "${package}.unpacked")
+  run(dpkg-deb --raw-extract "${package}" "${unpacked}")
+  # CPack's scripts only call ldconfig, which the trigger does.
+  file(REMOVE "${unpacked}/DEBIAN/postinst" "${unpacked}/DEBIAN/postrm")
+  run(chmod -R u=rwX,go=rX "${unpacked}")
+  run(find "${unpacked}" -exec touch --no-dereference --date=@${CPACK_ZT_RELEASE_DATE} {} +)
+  run(dpkg-deb --root-owner-group -Zgzip --build "${unpacked}" "${package}")
+  file(REMOVE_RECURSE "${unpacked}")
+endforeach()
