@@ -463,6 +463,24 @@ TEST(HeaderExamplesTest, ZtBackgroundSender) {
   EXPECT_EQ(shown, 1U);
 }
 
+TEST(HeaderExamplesTest, Version) {
+#if ZTPORTAL_VERSION_NUMBER < 10100
+#error "this host needs ztportal 1.1"
+#endif
+}
+
+TEST(HeaderExamplesTest, ZtReportDescription) {
+  const zt::test::Inbox inbox;
+  const ScopedEnvironment proxy("http_proxy", inbox.url().c_str());
+  const ZtReportDescription description(R"({
+      "customerId": "Kelvane", "configurationUrl": "http://config.example.com/kelvane.xml",
+      "pools": [{"kind": "generic", "poolType": "CUSTOM", "fields": [
+        {"name": "COUNT", "type": "integer", "value": 7}]}]})");
+  auto document = description.makeOnline(description.configurationUrl());
+  bool accepted = document->reportToServer();
+  EXPECT_TRUE(accepted);
+}
+
 TEST(HeaderExamplesTest, RunEachLineOfTheHeaders) {
   const std::string code = codeThatRuns();
   std::size_t count = 0;
