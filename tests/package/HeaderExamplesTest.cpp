@@ -473,7 +473,8 @@ TEST(HeaderExamplesTest, ZtReportDescription) {
   const zt::test::Inbox inbox;
   const ScopedEnvironment proxy("http_proxy", inbox.url().c_str());
   const ZtReportDescription description(R"({
-      "customerId": "Kelvane", "configurationUrl": "http://config.example.com/kelvane.xml",
+      "customerId": "Kelvane",
+      "configurationUrl": "http://config.example.com/reporting/kelvane.xml",
       "pools": [{"kind": "generic", "poolType": "CUSTOM", "fields": [
         {"name": "COUNT", "type": "integer", "value": 7}]}]})");
   auto document = description.makeOnline(description.configurationUrl());

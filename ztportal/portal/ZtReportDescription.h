@@ -16,7 +16,8 @@ class Json;
 /// the library explains:
 ///
 ///     const ZtReportDescription description(R"({
-///         "customerId": "Kelvane", "configurationUrl": "http://config.example.com/kelvane.xml",
+///         "customerId": "Kelvane",
+///         "configurationUrl": "http://config.example.com/reporting/kelvane.xml",
 ///         "pools": [{"kind": "generic", "poolType": "CUSTOM", "fields": [
 ///           {"name": "COUNT", "type": "integer", "value": 7}]}]})");
 ///     auto document = description.makeOnline(description.configurationUrl());
