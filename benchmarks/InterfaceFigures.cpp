@@ -74,7 +74,7 @@ void writeThroughCpp(Use use) {
 
 /// The text from the first pool on: the IDs of the reports differ.
 std::string withoutIds(std::string_view text) {
-  return std::string(text.substr(text.find("<Pool")));
+  return std::string(text.substr(text.find("EXECUTION")));
 }
 
 }  // namespace

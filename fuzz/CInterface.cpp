@@ -1,6 +1,6 @@
 #include <stdlib.h>
 
-#include <algorithm>
+#include <array>
 #include <cstring>
 #include <filesystem>
 #include <map>
@@ -50,10 +50,10 @@ void respond(void* user, const zt_request* /*request*/, zt_response* response) {
 
 /// Options of any size, which a host of another version may have.
 zt_status sendStore(State& s) {
-  zt_send_options options{};
-  options.size = s.bits() % (2 * sizeof(options));
-  options.configuration_url = s.k();
-  return zt_store_send(s.store, &options, nullptr);
+  std::array<zt_send_options, 2> options{};
+  options[0].size = s.bits() % sizeof(options);
+  options[0].configuration_url = s.k();
+  return zt_store_send(s.store, options.data(), nullptr);
 }
 
 const std::map<std::string, zt_status (*)(State&)> kCalls{

@@ -325,11 +325,11 @@ static void sendInTheBackground(void) {
   assert(zt_report_add_pool(report, "deinstallation", ZT_NOW, NULL) == ZT_OK);
   assert(zt_sender_send(sender, report) == ZT_OK);
   size_t left = 1;
-  assert(zt_sender_flush(sender, 60000, &left) == ZT_OK && left == 0);
+  assert(zt_sender_flush(sender, 200000, &left) == ZT_OK && left == 0);
   int descriptor = -1;
   assert(zt_sender_descriptor(sender, &descriptor) == ZT_OK);
   struct pollfd readable = {.fd = descriptor, .events = POLLIN};
-  assert(poll(&readable, 1, 60000) == 1);
+  assert(poll(&readable, 1, 200000) == 1);
   int receipts = 0;
   assert(zt_sender_receipts(sender, countReceipt, &receipts) == ZT_OK && receipts == 1);
 
@@ -344,8 +344,8 @@ static void sendInTheBackground(void) {
   }
   int status = 1;
   assert(waitpid(child, &status, 0) == child && status == 0);
-  assert(zt_sender_flush(sender, 60000, &left) == ZT_OK && left == 0);
-  assert(zt_sender_stop(sender, 60000, &left) == ZT_OK && left == 0);
+  assert(zt_sender_flush(sender, 200000, &left) == ZT_OK && left == 0);
+  assert(zt_sender_stop(sender, 200000, &left) == ZT_OK && left == 0);
   zt_sender_destroy(sender);
   zt_report_destroy(report);
 }
