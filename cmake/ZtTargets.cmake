@@ -77,12 +77,13 @@ function(zt_precompile_headers target)
 endfunction()
 
 # zt_add_test(<name> SOURCES <files>... LIBRARIES <targets>... [DEPENDS <targets>...]
-#             [SERIAL <patterns>...] [EXCEPT <patterns>...])
+#             [SERIAL <patterns>...] [EXCEPT <patterns>...] [SINGLE_THREADED <patterns>...])
 #
 # Adds a test program; each of its GoogleTest tests becomes a CTest test. Tests that match a SERIAL
-# pattern run while no other test does. The caller registers those that match an EXCEPT pattern.
+# pattern run while no other test does. The caller registers those that match an EXCEPT pattern. Those
+# that match a SINGLE_THREADED pattern take long and are left out under the thread sanitizer.
 function(zt_add_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS;SERIAL;EXCEPT")
+  cmake_parse_arguments(PARSE_ARGV 1 ARG "" "" "SOURCES;LIBRARIES;DEPENDS;SERIAL;EXCEPT;SINGLE_THREADED")
   add_executable(${name} ${ARG_SOURCES})
   zt_configure_target(${name})
   # Optimising the tests would double their build time.
@@ -93,6 +94,9 @@ function(zt_add_test name)
     add_dependencies(${name} ${ARG_DEPENDS})
   endif()
   set(apart ${ARG_SERIAL} ${ARG_EXCEPT})
+  if(ZT_SANITIZE STREQUAL "thread")
+    list(APPEND apart ${ARG_SINGLE_THREADED})
+  endif()
   list(JOIN apart ":" apart)
   list(JOIN ARG_SERIAL ":" serial)
   if(serial)

@@ -116,15 +116,17 @@ TEST(HostileReportTest, LongNamesAndValuesAreShownInPart) {
 TEST(HostileReportTest, DepthDoesNotCountAgainstTheStack) {
   const Inbox inbox;
   SampleReport report;
-  std::string end;
-  for (std::size_t depth = 0; depth < 2'000; ++depth) {
+  constexpr std::size_t kDepth = 2'000;
+  for (std::size_t depth = 0; depth < kDepth; ++depth) {
     const std::string indent(15 + depth * 4, ' ');
     report.moreFields += indent + "<Field xsi:type=\"com_Field\" FieldType=\"array\">\r\n" +
                          indent + "  <Name xsi:type=\"xsd:string\">D</Date>\r\n" + indent +
                          "  <Fields xsi:type=\"com_Fields\">\r\n";
-    end.insert(0, indent + "  </Fields>\r\n" + indent + "</Data>\r\n");
   }
-  report.moreFields += end;
+  for (std::size_t depth = kDepth; depth-- > 0;) {
+    const std::string indent(15 + depth * 4, ' ');
+    report.moreFields += indent + "  </Fields>\r\n" + indent + "</Data>\r\n";
+  }
   json value = keep(inbox, report.text())["content"][0]["fields"][1];
   int depth = 0;
   while (value["type"] == "array" && !value["groups"].empty()) {
