@@ -11,7 +11,7 @@ set(ZT_SBOM_ROWS
     "libplist-2.0|LGPL-2.1-or-later|library|DYNAMIC_LINK"
     "libsystemd|LGPL-2.1-or-later|library|DYNAMIC_LINK"
     "zlib|Zlib|library|DYNAMIC_LINK"
-    "nlohmann_json|MIT|programs|STATIC_LINK"
+    "nlohmann_json|MIT|library|STATIC_LINK"
     "gio-2.0|LGPL-2.1-or-later|library|DYNAMIC_LINK"
     "CLI11|BSD-3-Clause|programs|STATIC_LINK"
     "cpp-httplib|MIT|programs|STATIC_LINK"

@@ -33,7 +33,7 @@ foreach(binary IN LISTS binaries)
     message(FATAL_ERROR "${binary} has an RPATH")
   endif()
   # Position-independent; all addresses are resolved at the start and are then read-only; stack frames
-  # are guarded. Lintian looks for calls of the C library that do not check the size of a buffer.
+  # are guarded.
   foreach(sign IN ITEMS "file type is DYN" "Flags: NOW" "GNU_RELRO" "__stack_chk_fail")
     if(NOT output MATCHES "${sign}")
       message(FATAL_ERROR "${binary} is not hardened: readelf does not print ${sign}")
