@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Writes the source file OUTPUT, which defines NAME: a table with a zt::EmbeddedFile for each of FILES
 # (names in FOLDER, separated by commas). HEADER declares it.
 string(REPLACE "," ";" names "${FILES}")

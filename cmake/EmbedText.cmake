@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Writes the source file OUTPUT, which defines NAME: a std::string_view of the bytes of INPUT. HEADER
 # declares it.
 file(READ "${INPUT}" bytes HEX)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Default options of programs that are built with sanitizers; ASAN_OPTIONS and TSAN_OPTIONS
 // override them. They are compiled in, so that they also apply to programs that tests start with a
 // different environment.

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # CPack runs this after it has installed each component into a folder and before it makes the packages:
 # adds and changes what Debian's policy requires and other installations do not need.
 

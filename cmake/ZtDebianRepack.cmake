@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # CPack runs this after it has made the packages. It has written the time of the build and the builder's
 # umask into them; here they get the date of the release and Debian's permissions.
 

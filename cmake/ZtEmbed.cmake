@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Functions that embed files in a program.
 
 # zt_embed_text(<target> <file> NAME <name> HEADER <header>)

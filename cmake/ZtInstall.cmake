@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The install rules, in five components: `runtime` (the shared library and its helper programs),
 # `development` (headers, the link libztportal.so, static library, CMake package, pkg-config file),
 # `tools`, `python` (the Python package) and `documentation`. No installed file contains the installation

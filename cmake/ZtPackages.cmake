@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The Debian packages, one for each component; script/package builds them. Debian's file locations need
 # the prefix /usr, which the preset `release` sets.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # The software bill of materials: which libraries the product needs, in which version it was built with
 # them, and under which licence they are, as an SPDX 2.3 document (ISO/IEC 5962). It is written when
 # CMake configures, and installed with the development files.

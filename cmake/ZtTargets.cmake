@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Functions that define this project's targets. They set options for each target and no global flags,
 # so a project that includes this one keeps its own.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "fuzz/FuzzTarget.h"
 #include "ztportal/base/Utf8.h"
 #include "ztportal/platform/xml/ZtXMLDocument.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The main() of a target without libFuzzer: runs it with every file of the folders that are named
 // on the command line, in the order of their names, and prints their number.
 

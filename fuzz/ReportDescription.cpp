@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "fuzz/FuzzTarget.h"
 #include "ztportal/base/ZtException.h"
 #include "ztportal/portal/ZtReportDescription.h"

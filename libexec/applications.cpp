@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Looks up desktop applications with GIO, in a separate process: GIO starts threads, which the
 // library must not do in a host.
 //

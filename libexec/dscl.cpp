@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Replaces the directory service's program of this name on systems without it, for the one query
 // that the library uses. It reads the user database:
 //

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """Writes the generated modules of the package: python/generate.py, with ZTPORTAL_LIBRARY set.
 
 _interface.py is made from ztportal/c/ztportal.h, and pools.py from the library's own tables
@@ -98,7 +99,8 @@ def enumeration(name, members):
 def interface(header):
     """The text of _interface.py."""
     header = Header(header)
-    text = '''"""The declarations of ztportal.h. Made by python/generate.py; do not edit."""
+    text = '''# SPDX-License-Identifier: Apache-2.0
+"""The declarations of ztportal.h. Made by python/generate.py; do not edit."""
 
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_float, c_int, c_int32,
                     c_int64, c_size_t, c_uint32, c_uint64, c_void_p)
@@ -155,7 +157,8 @@ def attributes(keys, enumerations):
 
 def pools(schema):
     """The text of pools.py."""
-    text = '''"""The kinds of pools. Made by python/generate.py; do not edit."""
+    text = '''# SPDX-License-Identifier: Apache-2.0
+"""The kinds of pools. Made by python/generate.py; do not edit."""
 
 from __future__ import annotations
 

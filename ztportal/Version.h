@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 /// The version of these headers, for `#if` and for messages. It counts as semver.org describes: a

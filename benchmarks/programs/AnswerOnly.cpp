@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/soap/Intake.h"
 
 // Makes an inbox that answers reports and stores none, as the peer of the real one. The linker

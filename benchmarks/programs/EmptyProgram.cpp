@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <unistd.h>
 
 // A program that does nothing. With an argument it waits to be killed, so that its memory can be

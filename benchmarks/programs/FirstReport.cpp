@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <ztportal/ztportal.h>
 
 // A small host: sends one report with one pool to the server that the configuration document at

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Prints the time in microseconds that a value takes in a pool, and in a plain object.
 
 The values are those of a usual report: of 20 values, 13 are texts, 3 dates, 2 booleans, an integer

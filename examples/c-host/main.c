@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // c-host CONFIGURATION_URL: a setup program in C. It reports its installation, then sends the saved
 // reports of earlier runs. Exit status: 0 if the server accepted the report, 1 if it was saved
 // instead, 2 if the library failed.

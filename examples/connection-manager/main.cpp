@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // connection-manager [CONFIGURATION-URL]: counts the usage in two periods and reports each of them.
 // Exit status: 0 if the server accepted both reports, 1 if at least one was saved instead.
 

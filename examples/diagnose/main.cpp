@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // diagnose [CONFIGURATION-URL]: checks the machine, repairs what it can, and reports both. Exit
 // status: 0 if the server accepted the report, 1 if it was saved instead.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // glib-loop [SECONDS [CONFIGURATION-URL]]: a main loop, as of a GTK application, that draws 60
 // frames a second, whatever the reporting server does. It hands over a report every half second,
 // and prints the receipts. At the end it prints the longest time between two frames.

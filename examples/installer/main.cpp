@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // installer [CUSTOMER]: an installation that reports its run. Exit status: 0 if the server accepted
 // the report, 1 if it was saved instead, 2 if there is no such customer.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // privacy yes|no|ask: a host that asks for consent, and reports without the name of the user. Exit
 // status: 0 if the server accepted the report, 1 if not, 2 for wrong usage.
 

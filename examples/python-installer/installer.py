@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """An installer that copies a folder, and reports how that went.
 
     installer.py SOURCE TARGET [CONFIGURATION_URL]

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // qt-window [SECONDS [CONFIGURATION-URL]]: a window that is painted 60 times a second, whatever the
 // reporting server does. It hands over a report every half second, and shows the receipts. At the
 // end it prints what its user noticed of that.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // resender URL: sends the reports that earlier runs of the example installer have saved, with the
 // customer's configuration document at URL, and prints what became of each. Warnings of the
 // library's log go to standard error. Exit status: 0 if no report is left, 1 otherwise.

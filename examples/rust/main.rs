@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // rust CONFIGURATION_URL: reports a run from Rust, with a binding of what it needs. Build it with
 //
 //     rustc main.rs --crate-name rust -L native=PREFIX/lib

@@ -1,4 +1,5 @@
 #!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
 """A reporting server: keeps each report as a file in FOLDER.
 
     server.py PORT FOLDER      (PORT 0: any free port; the address is printed)

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reports the runs of a desktop application to its customer's reporting server.
 
 Attributes and parameters that are values of a report have the names of the JSON description, such

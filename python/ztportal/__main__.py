@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """python3 -m ztportal: checks the package and its library with a server in this process."""
 
 import http.server

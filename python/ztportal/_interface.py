@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The declarations of ztportal.h. Made by python/generate.py; do not edit."""
 
 from ctypes import (CFUNCTYPE, POINTER, Structure, c_bool, c_char_p, c_float, c_int, c_int32,

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Finds the library and calls it. ctypes releases the interpreter's lock during each call."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Pools and records: the values of their keys, and generic fields."""
 
 from __future__ import annotations

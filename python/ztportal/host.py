@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Who the host is, what it allows, and how its requests travel."""
 
 from __future__ import annotations

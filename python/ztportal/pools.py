@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The kinds of pools. Made by python/generate.py; do not edit."""
 
 from __future__ import annotations

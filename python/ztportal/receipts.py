@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What became of reports, as values."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reports, and runs that are reported as a whole."""
 
 from __future__ import annotations

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Sending in the background."""
 
 from __future__ import annotations

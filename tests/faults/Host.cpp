@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The host program of script/faults: runs one operation of the library.
 //
 //     zt_fault_host OPERATION CONFIGURATION-URL JOURNAL SEED [--stop]

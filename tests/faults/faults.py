@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Injects faults into a host of the library; see docs/reliability.md.
 
 script/faults builds the programs that this needs and runs it.

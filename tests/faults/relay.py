@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """An HTTP relay in front of the server that cuts, resets, delays or drips the bytes it forwards."""
 
 import re

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The host under test, with its store, its server and its session bus."""
 
 import http.client

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # run(<command>...): if the command fails, fails the test with the command's output; otherwise its
 # standard output is in `output`.
 macro(run)

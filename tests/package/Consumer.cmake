@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Builds the project in SOURCE in the folder BINARY, with the library installed in PREFIX or, depending
 # on OPTIONS, with the library's sources. With EXPECTED, its program `consumer` has to print the content
 # of that file; with REFUSED, its configuration has to fail with a message that matches. With INSTALLED,

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # cmake -DTEXT=<Markdown file> -DPROGRAM=<C++ file> [-DPROJECT=<CMake file>] -P CutExample.cmake
 #
 # Writes the first C++ block of a Markdown file, and its first CMake block, into separate files. The

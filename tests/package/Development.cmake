@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Compiles and statically links the program SOURCE, which includes all public headers, with the unpacked
 # development package. The Debian packages that contain the files that the compiler reads for that have
 # to be those that the package in the folder PACKAGES depends on, besides the ones of the compiler.

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #pragma once
 
 // Macros that hosts have before they include the library's headers: of X11, Windows and Qt, of

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Installs the build in BUILD component by component, and moves the installation to PREFIX. No installed
 # file may contain the path where it was built or first installed.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Builds the project in SOURCE with Meson in the folder BINARY, installs it and runs it there. Its program
 # `consumer` has to print the content of EXPECTED. The library is the one whose .pc file is in the folder
 # FILES or, without FILES, the one in the sources LIBRARY.

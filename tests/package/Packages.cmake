@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Makes Debian packages from the build in BUILD in the folder PACKAGES, unpacks them into the folder
 # ROOT, and checks the programs and the library in them.
 

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Compiles and links the program SOURCE with the flags that pkg-config prints for the installation whose
 # .pc file is in the folder FILES; with STATIC, links the static library. The program must print the content
 # of EXPECTED.

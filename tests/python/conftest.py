@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """A real inbox for the tests of the Python package. CTest sets ZT_INBOX and ZTPORTAL_LIBRARY."""
 
 from __future__ import annotations

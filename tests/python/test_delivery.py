@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Reports that are sent to a real inbox, and what hosts see and decide on the way."""
 
 import asyncio

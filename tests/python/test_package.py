@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """The generated modules, the size of the package, and what an import says without the library."""
 
 import ctypes

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """Whole processes: their end in the middle of a delivery, forks, memory, smoke test, examples."""
 
 import multiprocessing

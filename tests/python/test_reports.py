@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 """What a report contains: values, records, generic fields, dates, bytes."""
 
 import datetime

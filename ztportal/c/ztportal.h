@@ -1,3 +1,4 @@
+/* SPDX-License-Identifier: Apache-2.0 */
 #ifndef ZTPORTAL_C_ZTPORTAL_H
 #define ZTPORTAL_C_ZTPORTAL_H
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/broadcast/LinuxBroadcast.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"

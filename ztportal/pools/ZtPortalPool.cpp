@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/pools/ZtPortalPool.h"
 
 #include "ztportal/pools/PoolWriter.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/pools/ZtPortalPoolExecution.h"
 
 #include "ztportal/base/ZtException.h"

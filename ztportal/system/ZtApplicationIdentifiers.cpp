@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/system/ZtApplicationIdentifiers.h"
 
 constinit const ZtString APP_MAIL_IDENT = ZtString::constant<"com.apple.mail">();

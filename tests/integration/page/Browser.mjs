@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The system's Chromium, driven over its DevTools protocol. ZT_PAGE_PACKAGES is the folder of the
 // installed packages, ZT_CHROMIUM the browser.
 

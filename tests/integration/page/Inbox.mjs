@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A running ztinbox on a free loopback port, with a temporary data folder. ZT_INBOX_PROGRAM is the path
 // of the program.
 

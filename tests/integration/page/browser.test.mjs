@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The page in a real browser, on a real inbox.
 
 import assert from "node:assert/strict";

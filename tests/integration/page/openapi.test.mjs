@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Every response of the API validates against its OpenAPI description, and every described response
 // occurs. ZT_PAGE_PACKAGES is the folder of the npm packages.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Writes reports as the library does: unescaped, line by line.
 
 const INDENT = " ".repeat(15);

@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: Apache-2.0
 # Compiles host.c with nothing but the C compiler, the installation in PREFIX and -lztportal, and runs it
 # with a new data folder: under VALGRIND, unless that is empty. The host must need no C++ library, and call
 # every function that the library exports for hosts in C.

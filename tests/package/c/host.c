@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // A host in C that calls every function of the interface. It reaches no network: its transport is a
 // function. XDG_DATA_HOME has to be an empty folder of its own.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Uses a part of each module, including an exception that the library throws. Prints the content of
 // expected.txt.
 

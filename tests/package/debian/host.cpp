@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reports once for each line that it reads, and prints what came of it.
 
 #include <ztportal/ztportal.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Calls of the inbox's JSON interface. They throw an ApiFault with the reason that the inbox gave.
 
 const ROOT = "/api/v1/";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Entry point of the page: shows what the address asks for, adds new reports, handles keys and buttons.
 
 import {ApiFault, deleteReport, deleteReports, listReports, markReport, markReports, readReport, readStatistics} from "./api.mjs";

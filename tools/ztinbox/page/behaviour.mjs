@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // How the inbox answers reports: the state in the header and the dialog that changes it.
 
 import {changeBehaviour, readBehaviour} from "./api.mjs";

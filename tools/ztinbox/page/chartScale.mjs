@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Computes the bars of the charts from the statistics.
 
 const MINUTE = 60_000;

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Charts of all stored reports, or of those that a search finds.
 
 import {barsOf, widthText} from "./chartScale.mjs";

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Two reports side by side, field by field.
 
 import {listReports, readReport} from "./api.mjs";

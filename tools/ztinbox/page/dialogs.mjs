@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Dialogs. They are native dialog elements, which keep the focus inside and close on Escape.
 
 import {h} from "./dom.mjs";

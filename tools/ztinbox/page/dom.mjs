@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Builds elements. Texts only become text nodes and attribute values, so the content of a report is
 // never parsed as markup. Do not add a function here that sets markup, styles or scripts from a string.
 

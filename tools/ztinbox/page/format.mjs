@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Formats values of the API for display.
 
 const UNITS = [

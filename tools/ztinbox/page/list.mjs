@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The list of reports, newest first. New reports are added on top; older ones are loaded page by page.
 
 import {listReports} from "./api.mjs";

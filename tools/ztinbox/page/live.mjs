@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The stream of new reports. After a lost connection the browser reconnects by itself, starting after
 // the last report that it received. If the browser gives up, this module does the same.
 

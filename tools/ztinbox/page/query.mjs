@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // The language of the search box: operators and words.
 //
 //     customer:Kelvane pool:"MY POOL" after:2026-11-21 "no route"

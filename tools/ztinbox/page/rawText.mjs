@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Finds all XML 1.0 errors in the text of a report. Reports are written without escaping, so errors are
 // common. Unlike a parser, this does not stop at the first one.
 

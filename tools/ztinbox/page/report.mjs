@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // One report, in four views: its content, its raw text, its HTTP request, and a comparison.
 
 import {rawAddress} from "./api.mjs";

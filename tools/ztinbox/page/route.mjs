@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Reads and writes the page's addresses: #/, #/charts, #/reports/12, #/reports/12/raw,
 // #/reports/12/request, #/reports/12/compare/9. Each may end in ?q= and the search text.
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Computes the scale of a run's timeline. Positions and widths are fractions of the whole, 0 to 1.
 
 const FIRST_STEPS = [1, 2, 5];

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 // Draws the steps of a run, one row each, as bars and marks on a common time scale.
 
 import {h, svg} from "./dom.mjs";

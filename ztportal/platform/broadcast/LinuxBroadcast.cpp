@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/platform/broadcast/LinuxBroadcast.h"
 
 #include <systemd/sd-bus.h>

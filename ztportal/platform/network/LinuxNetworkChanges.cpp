@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include <linux/netlink.h>
 #include <linux/rtnetlink.h>
 #include <sys/socket.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/platform/time/Rfc3339.h"
 
 #include <algorithm>

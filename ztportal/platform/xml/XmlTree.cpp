@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: Apache-2.0
 #include "ztportal/platform/xml/XmlTree.h"
 
 #include <libxml/SAX2.h>
