@@ -19,7 +19,7 @@ namespace zt::bench {
 
 namespace {
 
-constexpr std::size_t kSteps = 5;
+constexpr std::size_t kStepsOfReport = 5;
 
 void throwUnless(bool isDone) {
   if (!isDone) throw std::runtime_error(zt_last_error());
@@ -40,10 +40,10 @@ void writeThroughC(Use use) {
   throwUnless(zt_report_add_pool(report, "execution", time(0), &run) == ZT_OK);
   setValue(run, "startPoint", "setup");
   setValue(run, "endPoint", "finish");
-  throwUnless(zt_pool_set_date(run, "endTime", time(kSteps)) == ZT_OK);
+  throwUnless(zt_pool_set_date(run, "endTime", time(kStepsOfReport)) == ZT_OK);
   setValue(run, "endResultString", "installed");
   throwUnless(zt_pool_set_boolean(run, "successfull", true) == ZT_OK);
-  for (std::size_t i = 0; i < kSteps; ++i) {
+  for (std::size_t i = 0; i < kStepsOfReport; ++i) {
     zt_pool* step = nullptr;
     throwUnless(zt_pool_add_record(run, "steps", time(i), &step) == ZT_OK);
     setValue(step, "stepName", "Copy");
@@ -63,10 +63,10 @@ void writeThroughCpp(Use use) {
   const auto run = report->addPoolExecution(stepTime(0));
   run->setStartPoint("setup");
   run->setEndPoint("finish");
-  run->setEndTime(stepTime(kSteps));
+  run->setEndTime(stepTime(kStepsOfReport));
   run->setEndResultString("installed");
   run->setSuccessfull(1);
-  for (std::size_t i = 0; i < kSteps; ++i) {
+  for (std::size_t i = 0; i < kStepsOfReport; ++i) {
     const auto step = run->addStep(stepTime(i), "Copy", ZtPortalStepLeave);
     step->setStepMessageCode("0");
   }
