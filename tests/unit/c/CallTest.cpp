@@ -89,8 +89,9 @@ TEST_F(CallTest, NullPointersAreBadArguments) {
   ASSERT_EQ(zt_pool_fields(pool, &array), ZT_OK);
   const Store opened = openStore();
   zt_store* const store = opened.get();
-  zt_run* run = nullptr;
-  ASSERT_EQ(zt_run_create("Kelvane", nullptr, &run), ZT_OK);
+  zt_run* existing = nullptr;
+  ASSERT_EQ(zt_run_create("Kelvane", nullptr, &existing), ZT_OK);
+  zt_run* run = existing;
   const zt_pair noName{nullptr, "x"};
   const char* text = nullptr;
   std::int64_t number = 0;
@@ -184,6 +185,7 @@ TEST_F(CallTest, NullPointersAreBadArguments) {
   }
   EXPECT_EQ(rendered(filled), before);
   EXPECT_EQ(run, nullptr);  // what a failed creation leaves
+  zt_run_destroy(existing);
   zt_run_destroy(nullptr);
   zt_store_destroy(nullptr);
   zt_sender_destroy(nullptr);
