@@ -240,11 +240,14 @@ def test_code_of_the_page_runs(inbox, run, data_folder):
     text = (SOURCE / "docs" / "python.md").read_text()
     blocks = re.findall(r"^```python\n(.*?)^```$", text, re.DOTALL | re.MULTILINE)
     assert len(blocks) == 6 and len(blocks[0].splitlines()) == 10
-    code = "".join(blocks).replace("http://127.0.0.1:8025/reporting/kelvane.xml",
+    in_readme = re.findall(r"^```python\n(.*?)^```$", (SOURCE / "README.md").read_text(),
+                           re.DOTALL | re.MULTILINE)
+    assert len(in_readme) == 1
+    code = "".join(blocks + in_readme).replace("http://127.0.0.1:8025/reporting/kelvane.xml",
                                    inbox.configuration)
     printed = run(PATIENT + code)
     assert "SIGNAL" in printed and "DONE 0" in printed
-    assert "The server has accepted the report." in printed and len(inbox.ids()) == 2
+    assert "The server has accepted the report." in printed and len(inbox.ids()) == 3
 
 
 def install(source, target, inbox):
