@@ -44,14 +44,6 @@ def test_structures_have_the_sizes_of_the_compiler(tmp_path):
     assert printed == expected
 
 
-def test_the_package_is_small():
-    """Without empty lines, and without the generated modules."""
-    lines = {path.name: sum(line != "" for line in path.read_text().splitlines())
-             for path in PACKAGE.glob("*.py")}
-    written = sum(count for name, count in lines.items() if name not in generate.generated())
-    assert written <= 900, lines
-
-
 def test_a_missing_library_is_told_in_one_sentence(run):
     text = run("import ztportal", status=1, ZTPORTAL_LIBRARY="/nowhere/libztportal.so.1")
     assert text.splitlines()[-1].startswith(
