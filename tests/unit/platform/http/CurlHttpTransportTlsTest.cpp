@@ -299,7 +299,7 @@ bool isAccepting(int port) try {
 /// squid on a loopback port, with the user "ada" and the password "s3cret/".
 class Squid {
  public:
-  /// `access` are lines of its configuration; the acl "known" stands for its users.
+  /// `access` are lines of its configuration; the acl "known" means its users.
   explicit Squid(const std::string& access) {
     // squid runs as another user if root starts it.
     std::filesystem::permissions(_folder.path(), std::filesystem::perms::all);
