@@ -79,12 +79,15 @@ std::chrono::seconds secondsOf(std::int64_t seconds, std::string_view name);
 void readDuration(std::chrono::milliseconds& member, std::int64_t given, std::string_view name);
 
 /// A copy of the structure that the host passes, whatever version of the library it was built for.
-/// Members that it does not know are zero; those that this library does not know must be.
+/// Members that it does not know are zero; those that this library does not know must be. The size of
+/// a structure is a multiple of its alignment; any other would end within a member, half a pointer.
 template <class Structure>
 Structure readStructure(const Structure* given, std::string_view name) {
   constexpr std::size_t kLargest = 4096;
   const std::size_t size = required(given, name).size;
-  if (size < sizeof(size) || size > kLargest) fail(ZT_BAD_ARGUMENT, name, ": size is not set");
+  if (size < sizeof(size) || size > kLargest || size % alignof(Structure) != 0) {
+    fail(ZT_BAD_ARGUMENT, name, ": size is not set");
+  }
   Structure known{};
   std::memcpy(&known, given, size < sizeof(known) ? size : sizeof(known));
   const auto* const bytes = reinterpret_cast<const char*>(given);
