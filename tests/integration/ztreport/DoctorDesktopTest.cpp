@@ -9,7 +9,6 @@
 #include "tests/integration/ztreport/DoctorTest.h"
 #include "tests/support/LoopbackServer.h"
 #include "tests/support/SessionBus.h"
-#include "tests/support/SilentBus.h"
 #include "tests/support/TemporaryFolder.h"
 
 // The checks of session bus, companion and test mode. They run while no other test does: a running

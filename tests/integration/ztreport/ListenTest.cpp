@@ -15,7 +15,6 @@
 #include "tests/integration/ztreport/ReportProgram.h"
 #include "tests/support/Inbox.h"
 #include "tests/support/SessionBus.h"
-#include "tests/support/SilentBus.h"
 
 // `ztreport listen` on a private session bus, with programs that report.
 

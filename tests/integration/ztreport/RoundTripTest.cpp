@@ -9,6 +9,7 @@
 #include "tests/unit/tools/ztreport/DescriptionGenerator.h"
 #include "tools/common/ReportReader.h"
 #include "tools/ztreport/description/DescribedReport.h"
+#include "ztportal/base/ZtException.h"
 #include "ztportal/portal/ZtReportDescription.h"
 
 // A description made from a report's text renders as that text again.

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "tests/support/CountedMemory.h"
+#include "tests/unit/base/CountedMemory.h"
 #include "ztportal/base/ZtAtomic.h"
 #include "ztportal/base/ZtString.h"
 

@@ -2,7 +2,7 @@
 #include <functional>
 #include <string>
 
-#include "tests/support/CountedMemory.h"
+#include "tests/unit/base/CountedMemory.h"
 #include "tests/unit/c/CTest.h"
 
 namespace zt::test {

@@ -12,7 +12,7 @@
 
 #include "tests/support/CollectedLog.h"
 #include "tests/support/ScopedEnvironment.h"
-#include "tests/support/SilentBus.h"
+#include "tests/support/SessionBus.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/platform/broadcast/LinuxBroadcast.h"
 #include "ztportal/platform/desktop/LinuxInstalledApplications.h"

@@ -4,7 +4,7 @@
 #include <new>
 #include <string>
 
-#include "tests/support/CountedMemory.h"
+#include "tests/unit/base/CountedMemory.h"
 #include "tests/unit/pools/PoolsFixture.h"
 #include "ztportal/pools/ZtPortalPoolDiagnose.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "tests/support/CountedMemory.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/TemporaryFolder.h"
+#include "tests/unit/base/CountedMemory.h"
 #include "tests/unit/portal/PortalTest.h"
 #include "ztportal/platform/files/LinuxFiles.h"
 #include "ztportal/pools/ZtPortalPoolExecution.h"

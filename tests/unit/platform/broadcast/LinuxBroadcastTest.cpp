@@ -21,7 +21,6 @@
 #include "tests/support/OpenDescriptors.h"
 #include "tests/support/ScopedEnvironment.h"
 #include "tests/support/SessionBus.h"
-#include "tests/support/SilentBus.h"
 #include "tests/support/Subprocess.h"
 #include "tests/support/TemporaryFolder.h"
 #include "ztportal/base/FileDescriptor.h"

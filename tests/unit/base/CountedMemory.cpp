@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tests/support/CountedMemory.h"
+#include "tests/unit/base/CountedMemory.h"
 
 #include <cstddef>
 #include <cstdlib>
