@@ -12,6 +12,12 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   run(dpkg-deb --raw-extract "${package}" "${unpacked}")
   # CPack's scripts only call ldconfig, which the trigger does.
   file(REMOVE "${unpacked}/DEBIAN/postinst" "${unpacked}/DEBIAN/postrm")
+  if(package MATCHES "/libztportal1_")
+    # -c1: fails if a symbol got lost.
+    run(
+      dpkg-gensymbols -plibztportal1 -v${CPACK_PACKAGE_VERSION} -c1 "-I${CPACK_ZT_SYMBOLS}"
+      "-P${unpacked}" "-O${unpacked}/DEBIAN/symbols")
+  endif()
   run(chmod -R u=rwX,go=rX "${unpacked}")
   run(find "${unpacked}" -exec touch --no-dereference --date=@${CPACK_ZT_RELEASE_DATE} {} +)
   run(dpkg-deb --root-owner-group -Zgzip --build "${unpacked}" "${package}")

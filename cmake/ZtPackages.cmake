@@ -22,14 +22,14 @@ foreach(component IN ITEMS RUNTIME TOOLS)
   set(CPACK_DEBIAN_${component}_DEBUGINFO_PACKAGE ON)
 endforeach()
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/lib")
-# A program that links libztportal.so.1 depends on libztportal1 of this version or later. A symbols
-# file would allow earlier versions, but it lists C++ symbols by their mangled names, some of which
-# (such as those of std::size_t) differ between architectures. That no symbol gets lost is checked by
-# script/abi, which also sees the layout of types.
+# A program that links libztportal.so.1 depends on the version that its symbols need, or else on this one.
+# ZtDebianRepack.cmake makes the list of symbols.
 set(soversion ${PROJECT_VERSION_MAJOR})
 set(shlibs "${PROJECT_BINARY_DIR}/packaging/shlibs")
 file(CONFIGURE OUTPUT "${shlibs}" @ONLY CONTENT
      "libztportal @soversion@ libztportal@soversion@ (>= @PROJECT_VERSION@)\n")
+configure_file(packaging/libztportal1.symbols.in packaging/libztportal1.symbols @ONLY)
+set(CPACK_ZT_SYMBOLS "${PROJECT_BINARY_DIR}/packaging/libztportal1.symbols")
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 # The descriptions below contain their summary lines.

@@ -2,7 +2,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <filesystem>
 #include <regex>
 #include <string>
 #include <string_view>
@@ -33,23 +32,23 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsSavedAndResent)
   const zt::test::TemporaryFolder folder;
   using zt::test::LoopbackPort;
   const std::string port = std::to_string(LoopbackPort(LoopbackPort::Refuses).number());
-  std::filesystem::create_directory(folder.path("hello"));
   // The first commands build the library in the clone; the tests use the existing build instead.
-  std::string script = "set -euo pipefail\ncd " + zt::test::paths::kSource + "\n";
+  const std::string build = "cmake -B build -G Ninja\ncmake --build build\n";
+  std::string script =
+      "set -euo pipefail\ntrap 'kill $(jobs -p)' EXIT\ncd " + zt::test::paths::kSource + "\n";
   bool isFirst = true;
   for (const auto& block :
        zt::test::markdownBlocks(zt::test::paths::kSource + "/docs/getting-started.md")) {
     if (!block.name.empty()) {
-      folder.write("hello/" + block.name, block.content);
+      folder.write("hello-ztportal/" + block.name, block.content);
     } else if (block.language == "sh") {
       std::string commands = replaced(block.content, ":8025", ":" + port);
       if (isFirst) {
-        const std::string build = "cmake -B build\ncmake --build build\n";
         EXPECT_THAT(commands, HasSubstr(build));
         commands = replaced(commands, build, "");
+        commands = replaced(commands, "script/bootstrap", ": script/bootstrap");
         commands =
             replaced(commands, "--install build ", "--install " + zt::test::paths::kBuild + " ");
-        commands += "cd " + folder.path() + "\n";
       }
       isFirst = false;
       script += commands;
@@ -59,8 +58,7 @@ TEST(GettingStartedTest, LeadsToAReportThatIsAcceptedAndOneThatIsSavedAndResent)
   const auto [status, output, errors] =
       runProgram("/bin/bash", {file},
                  {.environment = std::vector<std::string>{"PATH=/usr/bin:/bin", "LC_ALL=C",
-                                                          "HOME=" + folder.path(),
-                                                          "PREFIX=" + folder.path("prefix")}});
+                                                          "HOME=" + folder.path()}});
   EXPECT_EQ(status, 0) << script << output << errors;
   EXPECT_THAT(output, HasSubstr("Hello\nreported\n"));
   EXPECT_THAT(output, HasSubstr("\"customerId\":\"Kelvane\""));

@@ -23,6 +23,14 @@ foreach(package IN LISTS packages)
   run(dpkg-deb -x "${package}" "${ROOT}")
 endforeach()
 
+file(GLOB package "${PACKAGES}/libztportal1_*.deb")
+run(dpkg-deb --info "${package}" symbols)
+foreach(symbol IN ITEMS "zt_report_create@ZTPORTAL_C_1 1.1.0" "REP_CUSTOMERID_ZT@ZTPORTAL_1 ")
+  if(NOT output MATCHES "\n ${symbol}")
+    message(FATAL_ERROR "the list of symbols has no ${symbol}")
+  endif()
+endforeach()
+
 file(GLOB binaries "${ROOT}/usr/bin/*" "${ROOT}/usr/libexec/ztportal-1/*" "${ROOT}/usr/lib*/libztportal.so.1"
      "${ROOT}/usr/lib/*/libztportal.so.1")
 list(LENGTH binaries count)

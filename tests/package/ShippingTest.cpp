@@ -43,13 +43,9 @@ class ShippingTest : public testing::Test {
 // One test, since all ways start with the same build.
 TEST_F(ShippingTest, EveryWayOfThePageLeadsToACompleteProgram) {
   std::vector<std::string> commands;
-  bool hasProject = false;
   for (const auto& block : zt::test::markdownBlocks(paths::kSource + "/docs/shipping.md")) {
-    if (block.language == "cpp") _folder.write("setup/main.cpp", block.content);
+    if (!block.name.empty()) _folder.write(block.name, block.content);
     if (block.language == "sh") commands.push_back(block.content);
-    if (block.language != "cmake" || hasProject) continue;
-    _folder.write("setup/CMakeLists.txt", block.content);
-    hasProject = true;
   }
   ASSERT_EQ(commands.size(), 5U) << "to build, and one for each way";
   ASSERT_EQ(run("cmake --install " + paths::kBuild + " --prefix \"$PREFIX\""), "");

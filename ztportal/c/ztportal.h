@@ -379,7 +379,7 @@ ZT_C_EXPORT zt_status zt_report_last_delivery(zt_report* report, const zt_delive
 
 /* Adds a pool of `kind`: "generic", "execution", "deinstallation", "initialization", "diagnose",
  * "connectionManager" or "computerSystem". Its values have their defaults;
- * docs/report-description.md and zt_schema list them. `pool` may be NULL. */
+ * docs/report-pools.md and zt_schema list them. `pool` may be NULL. */
 ZT_C_EXPORT zt_status zt_report_add_pool(zt_report* report, const char* kind, int64_t timestamp,
                                          zt_pool** pool);
 /* Adds a pool "computerSystem" that is filled from this machine, which runs subprocesses and waits

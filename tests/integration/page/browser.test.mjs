@@ -390,3 +390,21 @@ for (const colorScheme of ["light", "dark"]) {
     });
   }
 }
+
+// With ZT_UPDATE=1 it takes the picture of README.md.
+test("shows the reports of several customers beside one of them", async () => {
+  const customers = ["Norvantel", "Brisalink", "Quillnet", "Cavomedia", "Kelvane"];
+  for (let index = 1; index <= 14; index += 1) {
+    await inbox.behave({answer: index === 9 ? "refuse" : "accept"});
+    const customerId = customers[index % customers.length];
+    const run = execution({duration: 1_400 + 300 * index, success: index % 5 === 0 ? "FALSE" : "TRUE"});
+    await inbox.send(report({customerId, applicationVersion: `2.${index % 4}.${index}`, pools: run}), index === 8 ? "/soap-test" : "/soap");
+  }
+  await inbox.send(report({pools: execution({steps: INSTALLATION, duration: 4_000, success: "FALSE", more: field("EDITION", "Home")})}));
+  await inbox.send(report());
+  const page = await open("#/reports/15", {viewport: {width: 1_280, height: 760}});
+  await expectText(page, ".timeline .block-head", "7 steps · 1 failed · 4 s");
+  await expectText(page, "#list-count", "16 · 15 unread");
+  if (process.env.ZT_UPDATE) await page.screenshot({path: new URL("../../../docs/inbox.png", import.meta.url).pathname});
+  assert.deepEqual(await opened.faults(), []);
+});

@@ -18,8 +18,8 @@
 #include "ztportal/pools/FieldTable.h"
 #include "ztportal/portal/ZtReportDescription.h"
 
-// docs/report-description.md: the tables of the kinds of pools are generated from the field tables,
-// and the hand-written tables are compared with the keys that a description accepts.
+// docs/report-pools.md is generated from the field tables. The tables of docs/report-description.md
+// are compared with the keys that a description accepts.
 
 namespace {
 
@@ -28,6 +28,7 @@ using zt::Fields;
 using Description = ZtReportDescription;
 
 const std::string kPage = zt::test::paths::kSource + "/docs/report-description.md";
+const std::string kPoolsPage = zt::test::paths::kSource + "/docs/report-pools.md";
 constexpr std::string_view kGenerated = "<!-- The rest of this page is generated.";
 
 std::string contentOf(const std::string& path) {
@@ -182,19 +183,19 @@ std::string generatedPart() {
   });
   std::string text;
   for (const Section& section : sections) {
-    text += "\n### " + section.title + "\n\n" + section.note +
+    text += "\n## " + section.title + "\n\n" + section.note +
             "\n\n| Key | Type | Default | In reports |\n|---|---|---|---|\n" + section.rows;
   }
   return text;
 }
 
 TEST(ReferencePageTest, HasTheTablesOfTheKindsAsTheyAre) {
-  const std::string page = contentOf(kPage);
+  const std::string page = contentOf(kPoolsPage);
   const std::size_t marker = page.find(kGenerated);
   ASSERT_NE(marker, std::string::npos);
   const std::string expected = page.substr(0, page.find('\n', marker) + 1) + generatedPart();
   if (std::getenv("ZT_UPDATE") != nullptr) {
-    std::ofstream(kPage, std::ios::binary) << expected;
+    std::ofstream(kPoolsPage, std::ios::binary) << expected;
   } else {
     EXPECT_EQ(page, expected) << "ZT_UPDATE=1 updates the page";
   }
