@@ -178,7 +178,7 @@ from .fields import Date, Enumeration, Number, Pool, Record, String, Value, bool
             one = key["key"].removesuffix("s")
             if "of" not in key:
                 adders += f"\n    def add_{snake(one)}(self, value: str | bytes) -> None:\n"
-                adders += f'        self._append(b"{key["key"]}", value)\n'
+                adders += f'        self._set_string(b"{key["key"]}", value)\n'
                 continue
             record = camel(f"{pool['kind']}_{one}" if one == "step" else one)
             first = next(field["key"] for field in key["of"] if field["type"] == "string")

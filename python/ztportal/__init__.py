@@ -10,7 +10,7 @@ from ._interface import (Consent, DeliveryError, Outcome, SendEnd, Status, Store
 from ._library import Error, decode as _decode, library as _library
 from .fields import FieldValue, Pool, Record, Value
 from .host import (Request, Response, TransportOptions, close_connections,
-                   consent, host_info, log_to, set_broadcast_enabled, set_consent, set_host_info,
+                   consent, log_to, set_broadcast_enabled, set_consent, set_host_info,
                    set_request_hook, set_transport, set_value_escaping, set_value_filter)
 from .pools import (AntivirusApp, Browser, ComputerSystemPool, ConnectionManagerPool,
                     DeinstallationPool, DiagnosePool, DiagnoseStep, DiagnoseType, EmailClient,
@@ -29,5 +29,5 @@ __all__ = ["AntivirusApp", "BackgroundSender", "Browser", "ComputerSystemPool",
            "Language", "Outcome", "Pool", "Receipt", "Record", "Report", "Request", "Response",
            "Run", "SavedReport", "SendEnd", "SendResult", "Status", "StepType", "Store",
            "StorePart", "TlsVersion", "TransportOptions", "Value", "close_connections", "consent",
-           "host_info", "log_to", "set_broadcast_enabled", "set_consent", "set_host_info",
+           "log_to", "set_broadcast_enabled", "set_consent", "set_host_info",
            "set_request_hook", "set_transport", "set_value_escaping", "set_value_filter"]

@@ -6,13 +6,12 @@ from __future__ import annotations
 import dataclasses
 import logging
 import sys
-from ctypes import byref, c_char_p, c_int32, string_at
+from ctypes import POINTER, byref, c_int32, string_at
 from typing import Any, Callable, Mapping
 
 from . import _interface as c
 from ._interface import Consent, Decision, TlsVersion
-from ._library import (check, decode, decoded, encode, library, milliseconds, sized,
-                       terminated)
+from ._library import check, decode, encode, library, milliseconds, sized, terminated
 
 
 @dataclasses.dataclass(frozen=True)
@@ -75,8 +74,8 @@ class TransportOptions:
                        for pair in given.headers[:given.header_count]]
             body = string_at(given.body, given.body_length)
             result = self.transport(Request(decode(given.method), decode(given.url), headers, body))
-            check(library.zt_response_set(response, result.status, result.body, len(result.body)))
-            check(library.zt_response_set_retry_after(response, round(result.retry_after)))
+            check(library.zt_response_set(response, result.status, result.body, len(result.body),
+                                          round(result.retry_after)))
         except BaseException as error:
             text = f"{type(error).__name__}: {error}".replace("\0", "")
             library.zt_response_fail(response, text.encode("utf-8", "backslashreplace"))
@@ -98,21 +97,19 @@ def _pairs(texts: Mapping[str, str]) -> Any:
     return (c.Pair * len(pairs))(*pairs)
 
 
+def pointer_to(options: TransportOptions | None) -> Any:
+    return POINTER(c.TransportOptions)(options._structure()) if options else None
+
+
 def set_transport(options: TransportOptions | None) -> None:
     """For all reports that are created from now on. None: the defaults."""
-    check(library.zt_host_set_transport(byref(options._structure()) if options else None))
+    check(library.zt_host_set_transport(pointer_to(options)))
 
 
 def set_host_info(**info: str) -> None:
     """Who the host is: CFBundleName, CFBundleShortVersionString and CFBundleVersion. Call it once,
     before the first report: the name determines the folder of the saved reports."""
     check(library.zt_host_set_info(_pairs(info), len(info)))
-
-
-def host_info(key: str) -> str | None:
-    value = c_char_p()
-    check(library.zt_host_info(terminated(key), byref(value)))
-    return decoded(value)
 
 
 def close_connections() -> None:

@@ -177,7 +177,7 @@ class ConnectionManagerPool(Pool):
     mobileVolumeRoaming = Number(int)
 
     def add_registered_roam_network(self, value: str | bytes) -> None:
-        self._append(b"registeredRoamNetworks", value)
+        self._set_string(b"registeredRoamNetworks", value)
 
 
 class Browser(Record):

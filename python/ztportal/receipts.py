@@ -73,8 +73,3 @@ def receipt_of(delivery: Any) -> Receipt:
 def saved_report_of(report: Any) -> SavedReport:
     time = datetime(1970, 1, 1, tzinfo=timezone.utc) + timedelta(milliseconds=report.time)
     return SavedReport(Path(decode(report.path)), decode(report.report_id), report.bytes, time)
-
-
-def send_result_of(result: Any) -> SendResult:
-    return SendResult(SendEnd(result.end), result.accepted, result.set_aside, result.removed,
-                      result.left, result.retry_after_s)

@@ -9,11 +9,10 @@ from typing import Any, Self
 
 from . import _interface as c
 from . import host
-from ._library import (NO_LIMIT, check, created, deliveries, library, milliseconds, sized,
-                       terminated)
+from ._library import check, created, deliveries, library
 from .receipts import Receipt, SavedReport, receipt_of, saved_report_of
 from .report import Report
-from .store import pointer_to
+from .store import send_options
 
 _LONGEST_MS = 10**9
 
@@ -32,11 +31,8 @@ class BackgroundSender:
     def __init__(self, configurationUrl: str, *, transport: host.TransportOptions | None = None,
                  attempts: int | None = 5, retry_delay: float = 1, longest_delay: float = 60,
                  kept_receipts: int = 100) -> None:
-        options = sized(
-            c.SenderOptions, configuration_url=terminated(configurationUrl),
-            transport=pointer_to(transport), attempts=attempts or NO_LIMIT,
-            retry_delay_ms=milliseconds(retry_delay), kept_receipts=kept_receipts,
-            longest_delay_ms=milliseconds(longest_delay))
+        options = send_options(configurationUrl, transport, attempts, retry_delay, longest_delay,
+                               kept_receipts=kept_receipts)
         self._handle = created(library.zt_sender_create, byref(options))
         _running.add(self._handle)
 

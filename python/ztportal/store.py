@@ -5,16 +5,14 @@ from __future__ import annotations
 
 import threading
 from ctypes import POINTER, byref, c_char_p, c_size_t
-from pathlib import Path
 from typing import Any, Callable
 
 from . import _interface as c
-from ._interface import Status, StorePart
+from ._interface import SendEnd, Status, StorePart
 from ._library import (NO_LIMIT, Owner, StrPath, check, decode, decoded, deliveries, library,
                        milliseconds, sized, terminated)
-from .host import TransportOptions
-from .receipts import (Receipt, SavedReport, SendResult, receipt_of, saved_report_of,
-                       send_result_of)
+from .host import TransportOptions, pointer_to
+from .receipts import Receipt, SavedReport, SendResult, receipt_of, saved_report_of
 
 
 class Store:
@@ -26,13 +24,6 @@ class Store:
     def _call(self, function: Any, *arguments: Any) -> None:
         with deliveries, self._owner.lock:
             check(function(self._owner.handle, *arguments))
-
-    @property
-    def folder(self) -> Path:
-        folder = c_char_p()
-        with self._owner.lock:
-            self._call(library.zt_store_folder, byref(folder))
-            return Path(decode(folder.value or b""))
 
     def list(self, part: StorePart = StorePart.REPORTS) -> list[SavedReport]:
         """The reports, oldest first."""
@@ -54,17 +45,9 @@ class Store:
     def remove(self, path: StrPath) -> None:
         self._call(library.zt_store_remove, terminated(path))
 
-    def set_aside(self, path: StrPath) -> None:
-        """Moves a report to those that cannot be sent."""
-        self._call(library.zt_store_set_aside, terminated(path))
-
-    def put_back(self, path: StrPath) -> None:
-        """Moves a report back to those that are sent."""
-        self._call(library.zt_store_put_back, terminated(path))
-
-    def export(self, path: StrPath, target: StrPath) -> None:
-        """Copies a report into the folder `target`, or else to the new file `target`."""
-        self._call(library.zt_store_export, terminated(path), terminated(target))
+    def move(self, path: StrPath, part: StorePart) -> None:
+        """Moves a report to those that cannot be sent, or back."""
+        self._call(library.zt_store_move, terminated(path), part)
 
     def remove_all(self) -> int:
         """Removes all reports of both parts, and returns how many these were."""
@@ -88,26 +71,21 @@ class Store:
         `progress` is called after each report that was tried, on another thread, and ends sending
         by False. Durations are in seconds. An exception ends sending, also KeyboardInterrupt.
         """
+        ends: list[BaseException | None] = []  # an exception, or None: `progress` asked for it
         result: list[SendResult] = []
-        errors: list[BaseException] = []
 
-        def after(user: None, report: Any, delivery: Any) -> bool:
+        def after(user: None, report: Any, delivery: Any) -> None:
             try:
-                return progress is None or progress(
-                    saved_report_of(report.contents), receipt_of(delivery.contents)) is not False
+                if progress and progress(saved_report_of(report.contents),
+                                         receipt_of(delivery.contents)) is False:
+                    ends.append(None)
             except BaseException as error:
-                errors.append(error)
-                return False
+                ends.append(error)
 
-        def is_cancelled(user: None) -> bool:
-            return bool(errors) or deliveries.are_over
-
-        options = sized(
-            c.SendOptions, configuration_url=terminated(configurationUrl),
-            transport=pointer_to(transport), attempts=attempts or NO_LIMIT, retry=retry,
-            retry_delay_ms=milliseconds(retry_delay), budget_ms=milliseconds(budget),
-            longest_delay_ms=milliseconds(longest_delay), progress=c.Progress(after),
-            is_cancelled=c.IsCancelled(is_cancelled))
+        options = send_options(
+            configurationUrl, transport, attempts, retry_delay, longest_delay, retry=retry,
+            budget_ms=milliseconds(budget), on_receipt=c.ReceiptCallback(after),
+            is_cancelled=c.IsCancelled(lambda user: bool(ends) or deliveries.are_over))
 
         def send() -> None:
             sent = POINTER(c.SendResult)()
@@ -116,9 +94,11 @@ class Store:
                     status = library.zt_store_send(self._owner.handle, byref(options), byref(sent))
                     if status != Status.NOT_ACCEPTED:
                         check(status)
-                    result.append(send_result_of(sent.contents))
+                    one = sent.contents
+                    result.append(SendResult(SendEnd(one.end), one.accepted, one.set_aside,
+                                             one.removed, one.left, one.retry_after_s))
             except BaseException as error:
-                errors.append(error)
+                ends.append(error)
 
         # Signals are handled by Python code of the main thread, so that must not wait in C.
         thread = threading.Thread(target=send, daemon=True)
@@ -126,12 +106,17 @@ class Store:
         try:
             thread.join()
         except BaseException as error:
-            errors.append(error)
+            ends.append(error)
             thread.join()
-        if errors:
-            raise errors[0]
+        for end in ends:
+            if end:
+                raise end
         return result[0]
 
 
-def pointer_to(options: TransportOptions | None) -> Any:
-    return POINTER(c.TransportOptions)(options._structure()) if options else None
+def send_options(url: str, transport: TransportOptions | None, attempts: int | None,
+                 retry_delay: float, longest_delay: float, **others: Any) -> c.SendOptions:
+    """The options of a store or a sender."""
+    return sized(c.SendOptions, configuration_url=terminated(url), attempts=attempts or NO_LIMIT,
+                 transport=pointer_to(transport), retry_delay_ms=milliseconds(retry_delay),
+                 longest_delay_ms=milliseconds(longest_delay), **others)

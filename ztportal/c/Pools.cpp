@@ -1,305 +1,291 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <limits>
-#include <memory>
+#include <new>
+#include <variant>
 #include <vector>
 
 #include "ztportal/c/Call.h"
-#include "ztportal/c/Tables.h"
+#include "ztportal/pools/FieldTable.h"
+#include "ztportal/portal/NewPools.h"
+
+namespace zt::c {
+
+using Texts = std::vector<ZtString>;
+
+struct NamedNumber {
+  std::uint64_t* number;
+  const Enumeration* names;
+};
+
+struct Records {
+  void* list;
+  zt_pool (*add)(zt_report* report, void* list, const ZtDate& timeStamp);
+};
+
+/// Where the value of a key is; for a generic field, where it is added.
+struct Value {
+  std::variant<std::monostate, ZtAtomic<ZtString>*, ZtAtomic<ZtDate>*, std::int32_t*, std::int64_t*,
+               ZtBOOL*, NamedNumber, ZtAtomic<std::shared_ptr<const Texts>>*, Records,
+               ZtPortalPoolArray*>
+      place;
+};
 
 namespace {
 
-using zt::c::call;
-using zt::c::fail;
-using zt::c::required;
-using zt::c::requiredText;
-using zt::c::Row;
-using zt::c::Table;
-using zt::c::tableOfKind;
-using zt::c::Type;
-using Texts = std::vector<ZtString>;
+template <class Object>
+Value find(void* object, const char* key);
 
-/// A value of a pool: its row and its member.
-class KeyedValue {
- public:
-  KeyedValue(zt_pool* pool, const char* key)
-      : _pool(&required(pool, "pool")), _row(&_pool->table->row(requiredText(key, "key"))) {}
+ZtPortalPool* poolOf(ZtPortalPool* pool) { return pool; }
+ZtPortalPool* poolOf(void* /*record*/) { return nullptr; }
 
-  const Row& row() const { return *_row; }
-  Type type() const { return _row->type; }
-  void* object() const { return _pool->object; }
+template <class Object>
+zt_pool handleOf(zt_report* report, const std::shared_ptr<Object>& object) {
+  if (object == nullptr) throw std::bad_alloc();
+  return {report, object.get(), find<Object>, poolOf(object.get())};
+}
 
-  template <class Member>
-  Member& as() const {
-    return *static_cast<Member*>(_row->memberOf(_pool->object));
+template <class Record>
+zt_pool addRecord(zt_report* report, void* list, const ZtDate& timeStamp) {
+  auto& records = *static_cast<std::vector<std::shared_ptr<Record>>*>(list);
+  return handleOf(report, records.emplace_back(newRecord<Record>(timeStamp)));
+}
+
+template <class Row, class Member>
+Value valueOf(const Row& row, Member& member) {
+  if constexpr (requires { typename RecordOf<typename Row::Member>::Type; }) {
+    return {Records{&listOf(member), addRecord<typename RecordOf<typename Row::Member>::Type>}};
+  } else if constexpr (std::is_same_v<Member, std::uint64_t>) {
+    return {NamedNumber{&member, row.enumeration}};
+  } else {
+    return {&member};
   }
+}
 
-  [[noreturn]] void failType() const {
-    fail(ZT_WRONG_TYPE, "\"", _row->key, "\" has another type");
-  }
-  std::int64_t within(std::int64_t value, std::int64_t smallest, std::int64_t largest) const {
-    if (value >= smallest && value <= largest) return value;
-    fail(ZT_OUT_OF_RANGE, "\"", _row->key, "\" cannot be ", std::to_string(value));
-  }
+/// Throws `Failure` if the table of the class has no such key.
+template <class Object>
+Value find(void* object, const char* key) {
+  const std::string_view name = &required(key, "key");
+  Value found;
+  eachField<Object>([&](const auto& row) {
+    if constexpr (requires { row.key; }) {
+      if (row.key == name) found = valueOf(row, static_cast<Object*>(object)->*row.member);
+    }
+  });
+  if (found.place.index() == 0) fail(ZT_UNKNOWN_KEY, "no such key: \"", name, "\"");
+  return found;
+}
 
- private:
-  zt_pool* _pool;
-  const Row* _row;
+template <>
+Value find<ZtPortalPoolArray>(void* object, const char* /*key*/) {
+  return {static_cast<ZtPortalPoolArray*>(object)};
+}
+
+template <class... Cases>
+struct Overloaded : Cases... {
+  using Cases::operator()...;
 };
 
-std::uint64_t numberOf(const KeyedValue& value, std::string_view name) {
-  const zt::Enumeration& enumeration = *value.row().enumeration;
+/// Calls the one of `cases` that takes the place of the value.
+template <class... Cases>
+zt_status withValue(zt_pool* pool, const char* key, Cases... cases) {
+  return call([&] {
+    const Value value = required(pool, "pool").find(pool->object, key);
+    std::visit(Overloaded{cases...,
+                          [key](auto) {
+                            fail(ZT_WRONG_TYPE, "\"", ZtString(key).printed(),
+                                 "\" has another type");
+                          }},
+               value.place);
+  });
+}
+
+template <class Integer>
+Integer within(std::int64_t value, const char* key,
+               std::int64_t smallest = std::numeric_limits<Integer>::min(),
+               std::int64_t largest = std::numeric_limits<Integer>::max()) {
+  if (value >= smallest && value <= largest) return static_cast<Integer>(value);
+  fail(ZT_OUT_OF_RANGE, "\"", ZtString(key).printed(), "\" cannot be ", std::to_string(value));
+}
+
+std::uint64_t numberOf(const Enumeration& enumeration, std::string_view name, const char* key) {
   for (std::uint64_t number = 0; number < enumeration.count; ++number) {
     if (!name.empty() && enumeration.nameOf(number) == name) return number;
   }
-  fail(ZT_OUT_OF_RANGE, "\"", value.row().key, "\" has no ", enumeration.name, " \"", name, "\"");
+  fail(ZT_OUT_OF_RANGE, "\"", key, "\" has no ", enumeration.name, " \"", name, "\"");
 }
 
-void setString(const KeyedValue& value, ZtString text) {
-  if (value.type() == Type::String) {
-    value.as<ZtAtomic<ZtString>>().store(std::move(text));
-  } else if (value.type() == Type::Enumeration) {
-    if (text.isNull()) fail(ZT_BAD_ARGUMENT, "value is NULL");
-    value.as<std::uint64_t>() = numberOf(value, text.view());
-  } else {
-    value.failType();
-  }
+zt_status setString(zt_pool* pool, const char* key, const char* value, std::size_t length) {
+  const auto text = [value, length]() -> ZtString {
+    if (value != nullptr) return std::string_view(value, length);
+    if (length != 0) fail(ZT_BAD_ARGUMENT, "the value is NULL, but has a length");
+    return nullptr;
+  };
+  return withValue(
+      pool, key, [&](ZtAtomic<ZtString>* string) { string->store(text()); },
+      [&](NamedNumber member) {
+        *member.number = numberOf(*member.names, {&required(value, "value"), length}, key);
+      },
+      [&](ZtAtomic<std::shared_ptr<const Texts>>* member) {
+        required(value, "value");
+        const std::shared_ptr<const Texts> before = member->load();
+        Texts texts = before != nullptr ? *before : Texts();
+        texts.push_back(text());
+        member->store(std::make_shared<const Texts>(std::move(texts)));
+      },
+      [&](ZtPortalPoolArray* fields) { fields->addString(key, text()); });
 }
 
-void setInteger(const KeyedValue& value, std::int64_t number) {
-  using Int32 = std::numeric_limits<std::int32_t>;
-  constexpr std::int64_t kLargest = std::numeric_limits<std::int64_t>::max();
-  switch (value.type()) {
-    case Type::Integer:
-      value.as<std::int32_t>() =
-          static_cast<std::int32_t>(value.within(number, Int32::min(), Int32::max()));
-      break;
-    case Type::LongInteger:
-      value.as<std::int64_t>() = number;
-      break;
-    case Type::Boolean:
-      value.as<ZtBOOL>() =
-          static_cast<ZtBOOL>(static_cast<unsigned char>(value.within(number, -128, 255)));
-      break;
-    case Type::Enumeration:
-      value.as<std::uint64_t>() = static_cast<std::uint64_t>(value.within(number, 0, kLargest));
-      break;
-    default:
-      value.failType();
-  }
+ZtDate dateOf(std::int64_t milliseconds) {
+  return milliseconds == ZT_NOW ? ZtDate::now() : ZtDate::fromMilliseconds(milliseconds);
 }
 
-std::int64_t integerOf(const KeyedValue& value) {
-  switch (value.type()) {
-    case Type::Integer:
-      return value.as<std::int32_t>();
-    case Type::LongInteger:
-      return value.as<std::int64_t>();
-    case Type::Boolean:
-      return value.as<ZtBOOL>();
-    case Type::Enumeration:
-      return static_cast<std::int64_t>(value.as<std::uint64_t>());
-    default:
-      value.failType();
-  }
-}
-
-ZtString stringOf(const KeyedValue& value) {
-  if (value.type() == Type::String) return value.as<ZtAtomic<ZtString>>().load();
-  if (value.type() != Type::Enumeration) value.failType();
-  return value.row().enumeration->nameOf(value.as<std::uint64_t>());
-}
-
-void appendString(const KeyedValue& value, const ZtString& text) {
-  if (value.type() != Type::Strings) value.failType();
-  if (text.isNull()) fail(ZT_BAD_ARGUMENT, "value is NULL");
-  auto& member = value.as<ZtAtomic<std::shared_ptr<const Texts>>>();
-  const std::shared_ptr<const Texts> before = member.load();
-  Texts strings = before != nullptr ? *before : Texts();
-  strings.push_back(text);
-  member.store(std::make_shared<const Texts>(std::move(strings)));
-}
-
-/// Adds what `add` makes; `handle` is set to a new handle for it, unless it is null.
+/// Sets `handle` to a new one for what `add` adds. The handle may be null.
 template <class Add>
 void addWithHandle(zt_report& report, zt_pool** handle, Add add) {
-  zt_pool& made = report.pools.emplace_back();
-  made.report = &report;
-  try {
-    add(made);
-  } catch (...) {
-    report.pools.pop_back();
-    throw;
-  }
-  if (handle != nullptr) {
-    *handle = &made;
-  } else {
-    report.pools.pop_back();
-  }
-}
-
-// A field's array is its own handle: nothing ever removes it from its pool.
-zt_array* handleOf(ZtPortalPoolArray* array) { return reinterpret_cast<zt_array*>(array); }
-ZtPortalPoolArray& arrayOf(zt_array* array) {
-  return *reinterpret_cast<ZtPortalPoolArray*>(&required(array, "array"));
+  // The last one may not be in use: it is created before anything is added, which may fail, too.
+  if (report.pools.empty() || report.pools.back().object != nullptr) report.pools.emplace_back();
+  const zt_pool added = add();
+  if (handle == nullptr) return;
+  report.pools.back() = added;
+  *handle = &report.pools.back();
 }
 
 }  // namespace
+
+zt_pool* handleOfExecution(zt_report& report) {
+  zt_pool* handle = nullptr;
+  addWithHandle(report, &handle, [&] { return handleOf(&report, report.run->poolExecution()); });
+  return handle;
+}
+
+}  // namespace zt::c
+
+using zt::c::addWithHandle;
+using zt::c::call;
+using zt::c::handleOf;
+using zt::c::required;
+using zt::c::withValue;
 
 zt_status zt_report_add_pool(zt_report* report, const char* kind, int64_t timestamp,
                              zt_pool** pool) {
   return call([&] {
     if (pool != nullptr) *pool = nullptr;
     zt_report& owner = required(report, "report");
-    const Table& table = tableOfKind(requiredText(kind, "kind"));
-    addWithHandle(owner, pool, [&](zt_pool& made) {
-      const zt::c::AddedPool added = table.add(*owner.document, zt::c::dateOf(timestamp));
-      made.table = &table;
-      made.pool = added.pool;
-      made.object = added.object;
+    const std::string_view name = &required(kind, "kind");
+    bool isKnown = false;
+    zt::eachPoolClass([&]<class Pool> {
+      if (zt::Fields<Pool>::kKind != name) return;
+      isKnown = true;
+      addWithHandle(owner, pool, [&] {
+        return handleOf(report, zt::addPoolOf<Pool>(*owner.document, zt::c::dateOf(timestamp)));
+      });
     });
+    if (!isKnown) zt::c::fail(ZT_UNKNOWN_KEY, "no such kind of pool: \"", name, "\"");
   });
 }
 
 zt_status zt_report_add_inventory(zt_report* report, int64_t timestamp, zt_pool** pool) {
   return call([&] {
     if (pool != nullptr) *pool = nullptr;
-    zt_report& owner = required(report, "report");
-    addWithHandle(owner, pool, [&](zt_pool& made) {
-      const auto added =
-          owner.document->addPoolComputerSystemWithAutoCheck(zt::c::dateOf(timestamp), true);
-      if (added == nullptr) throw std::bad_alloc();
-      made.table = &tableOfKind(zt::Fields<ZtPortalPoolComputerSystem>::kKind);
-      made.pool = added.get();
-      made.object = added.get();
+    addWithHandle(required(report, "report"), pool, [&] {
+      return handleOf(report, report->document->addPoolComputerSystemWithAutoCheck(
+                                  zt::c::dateOf(timestamp), true));
     });
-  });
-}
-
-zt_status zt_pool_set_string(zt_pool* pool, const char* key, const char* value) {
-  return call([&] { setString(KeyedValue(pool, key), value); });
-}
-
-zt_status zt_pool_set_string_n(zt_pool* pool, const char* key, const char* value, size_t length) {
-  return call([&] { setString(KeyedValue(pool, key), zt::c::textOf(value, length)); });
-}
-
-zt_status zt_pool_set_integer(zt_pool* pool, const char* key, int64_t value) {
-  return call([&] { setInteger(KeyedValue(pool, key), value); });
-}
-
-zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value) {
-  return call([&] {
-    const KeyedValue member(pool, key);
-    if (member.type() != Type::Boolean) member.failType();
-    member.as<ZtBOOL>() = value ? 1 : 0;
-  });
-}
-
-zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value) {
-  return call([&] {
-    const KeyedValue member(pool, key);
-    if (member.type() != Type::Date) member.failType();
-    member.as<ZtAtomic<ZtDate>>().store(zt::c::dateOf(value));
-  });
-}
-
-zt_status zt_pool_set_null(zt_pool* pool, const char* key) {
-  return call([&] {
-    const KeyedValue member(pool, key);
-    if (member.type() == Type::String) {
-      member.as<ZtAtomic<ZtString>>().store(nullptr);
-    } else if (member.type() == Type::Date) {
-      member.as<ZtAtomic<ZtDate>>().store(ZtDate());
-    } else {
-      member.failType();
-    }
-  });
-}
-
-zt_status zt_pool_append_string(zt_pool* pool, const char* key, const char* value) {
-  return call([&] { appendString(KeyedValue(pool, key), value); });
-}
-
-zt_status zt_pool_append_string_n(zt_pool* pool, const char* key, const char* value,
-                                  size_t length) {
-  return call([&] { appendString(KeyedValue(pool, key), zt::c::textOf(value, length)); });
-}
-
-zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value, size_t* length) {
-  return call([&] {
-    const ZtString text = stringOf(KeyedValue(pool, key));
-    required(value, "value");
-    pool->text = text.view();
-    *value = text.isNull() ? nullptr : pool->text.c_str();
-    if (length != nullptr) *length = pool->text.size();
-  });
-}
-
-zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
-  return call([&] {
-    const std::int64_t number = integerOf(KeyedValue(pool, key));
-    required(value, "value") = number;
-  });
-}
-
-zt_status zt_pool_get_date(zt_pool* pool, const char* key, int64_t* value) {
-  return call([&] {
-    const KeyedValue member(pool, key);
-    if (member.type() != Type::Date) member.failType();
-    required(value, "value") = member.as<ZtAtomic<ZtDate>>().load().milliseconds();
   });
 }
 
 zt_status zt_pool_add_record(zt_pool* pool, const char* key, int64_t timestamp, zt_pool** record) {
-  return call([&] {
-    if (record != nullptr) *record = nullptr;
-    const KeyedValue list(pool, key);
-    if (list.type() != Type::Records) list.failType();
-    addWithHandle(*pool->report, record, [&](zt_pool& made) {
-      made.table = list.row().records;
-      made.object = list.row().addRecord(list.object(), zt::c::dateOf(timestamp));
-    });
-  });
+  if (record != nullptr) *record = nullptr;
+  return withValue(
+      pool, key,
+      [&](zt::c::Records records) {
+        addWithHandle(*pool->report, record, [&] {
+          return records.add(pool->report, records.list, zt::c::dateOf(timestamp));
+        });
+      },
+      [&](ZtPortalPoolArray* fields) {
+        addWithHandle(*pool->report, record,
+                      [&] { return handleOf(pool->report, fields->addArray(key)); });
+      });
 }
 
-zt_status zt_pool_fields(zt_pool* pool, zt_array** fields) {
+zt_status zt_pool_fields(zt_pool* pool, zt_pool** fields) {
   return call([&] {
     required(fields, "fields") = nullptr;
     ZtPortalPool* const owner = required(pool, "pool").pool;
-    if (owner == nullptr) fail(ZT_WRONG_TYPE, "a record has no fields");
-    *fields = handleOf(owner->fields().get());
+    if (owner == nullptr) zt::c::fail(ZT_WRONG_TYPE, "only a pool has fields");
+    if (pool->fields == nullptr) {
+      addWithHandle(*pool->report, &pool->fields,
+                    [&] { return handleOf(pool->report, owner->fields()); });
+    }
+    *fields = pool->fields;
   });
 }
 
-zt_status zt_array_add_string(zt_array* array, const char* name, const char* value) {
-  return call([&] { arrayOf(array).addString(name, value); });
+zt_status zt_pool_set_string(zt_pool* pool, const char* key, const char* value) {
+  return zt::c::setString(pool, key, value, value == nullptr ? 0 : std::strlen(value));
 }
 
-zt_status zt_array_add_string_n(zt_array* array, const char* name, const char* value,
-                                size_t length) {
-  return call([&] { arrayOf(array).addString(name, zt::c::textOf(value, length)); });
+zt_status zt_pool_set_string_n(zt_pool* pool, const char* key, const char* value, size_t length) {
+  return zt::c::setString(pool, key, value, length);
 }
 
-zt_status zt_array_add_integer(zt_array* array, const char* name, int32_t value) {
-  return call([&] { arrayOf(array).addInteger(name, value); });
+zt_status zt_pool_set_integer(zt_pool* pool, const char* key, int64_t value) {
+  using zt::c::within;
+  return withValue(
+      pool, key, [&](std::int32_t* number) { *number = within<std::int32_t>(value, key); },
+      [&](std::int64_t* number) { *number = value; },
+      [&](ZtBOOL* byte) {
+        *byte = static_cast<ZtBOOL>(within<std::int16_t>(value, key, -128, 255));
+      },
+      [&](zt::c::NamedNumber member) {
+        *member.number = static_cast<std::uint64_t>(within<std::int64_t>(value, key, 0));
+      },
+      [&](ZtPortalPoolArray* fields) {
+        fields->addInteger(key, within<std::int32_t>(value, key));
+      });
 }
 
-zt_status zt_array_add_float(zt_array* array, const char* name, float value) {
-  return call([&] { arrayOf(array).addFloat(name, value); });
+zt_status zt_pool_set_float(zt_pool* pool, const char* key, float value) {
+  return withValue(pool, key, [&](ZtPortalPoolArray* fields) { fields->addFloat(key, value); });
 }
 
-zt_status zt_array_add_boolean(zt_array* array, const char* name, bool value) {
-  return call([&] { arrayOf(array).addBOOL(name, value ? 1 : 0); });
+zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value) {
+  return withValue(
+      pool, key, [value](ZtBOOL* byte) { *byte = value ? 1 : 0; },
+      [&](ZtPortalPoolArray* fields) { fields->addBOOL(key, value ? 1 : 0); });
 }
 
-zt_status zt_array_add_none(zt_array* array, const char* name) {
-  return call(
-      [&] { arrayOf(array).mutableFields()->push_back(ZtPortalPoolField::initWithName(name)); });
+zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value) {
+  return withValue(pool, key, [&](ZtAtomic<ZtDate>* date) { date->store(zt::c::dateOf(value)); });
 }
 
-zt_status zt_array_add_array(zt_array* array, const char* name, zt_array** child) {
-  return call([&] {
-    required(child, "child") = nullptr;
-    *child = handleOf(arrayOf(array).addArray(name).get());
-  });
+zt_status zt_pool_set_null(zt_pool* pool, const char* key) {
+  return withValue(
+      pool, key, [](ZtAtomic<ZtString>* string) { string->store(nullptr); },
+      [](ZtAtomic<ZtDate>* date) { date->store(ZtDate()); },
+      [key](ZtPortalPoolArray* fields) {
+        fields->mutableFields()->push_back(ZtPortalPoolField::initWithName(key));
+      });
+}
+
+zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value, size_t* length) {
+  const auto give = [&](const ZtString& text) {
+    required(value, "value") = zt::c::keep(pool->text, text);
+    if (length != nullptr) *length = pool->text.size();
+  };
+  return withValue(
+      pool, key, [&](ZtAtomic<ZtString>* string) { give(string->load()); },
+      [&](zt::c::NamedNumber member) { give(member.names->nameOf(*member.number)); });
+}
+
+zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
+  const auto give = [value](auto number) {
+    required(value, "value") = static_cast<std::int64_t>(number);
+  };
+  return withValue(
+      pool, key, [&](std::int32_t* number) { give(*number); },
+      [&](std::int64_t* number) { give(*number); }, [&](ZtBOOL* byte) { give(*byte); },
+      [&](ZtAtomic<ZtDate>* date) { give(date->load().milliseconds()); },
+      [&](zt::c::NamedNumber member) { give(*member.number); });
 }
