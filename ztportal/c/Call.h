@@ -15,6 +15,7 @@
 
 #include "ztportal/base/Text.h"
 #include "ztportal/c/ztportal.h"
+#include "ztportal/portal/KeyedValue.h"
 #include "ztportal/portal/ZtPortalData.h"
 #include "ztportal/report/ZtReport.h"
 
@@ -105,20 +106,18 @@ void expectSaved(const ZtDelivery& delivery);
 /// A text that is returned: its owner keeps it in `kept`. Null if it is missing.
 const char* keep(std::string& kept, const ZtString& text);
 
-struct Value;
 /// A handle of the pool of a run that was started.
 zt_pool* handleOfExecution(zt_report& report);
 
 }  // namespace zt::c
 
-/// A pool, a record in one of its lists, or an array of generic fields.
 struct zt_pool {
-  zt_report* report = nullptr;
-  void* object = nullptr;
-  zt::c::Value (*find)(void* object, const char* key) = nullptr;
-  ZtPortalPool* pool = nullptr;  ///< the object, if it is one
-  zt_pool* fields = nullptr;     ///< of the pool, once they were asked for
-  std::string text = {};         ///< the last one that was returned
+  zt_report* report = nullptr;         ///< null for a handle that the host does not have
+  zt::KeyedObject keyed = {};          ///< of a pool or record
+  ZtPortalPoolArray* array = nullptr;  ///< the generic fields that the handle stands for instead
+  ZtPortalPool* pool = nullptr;        ///< of a pool
+  zt_pool* fields = nullptr;           ///< of a pool, once they were asked for
+  std::string text = {};               ///< the last one that was returned
 };
 
 struct zt_report {

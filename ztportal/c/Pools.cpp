@@ -1,101 +1,33 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <limits>
 #include <new>
-#include <variant>
-#include <vector>
 
 #include "ztportal/c/Call.h"
-#include "ztportal/pools/FieldTable.h"
-#include "ztportal/portal/NewPools.h"
 
 namespace zt::c {
 
-using Texts = std::vector<ZtString>;
-
-struct NamedNumber {
-  std::uint64_t* number;
-  const Enumeration* names;
-};
-
-struct Records {
-  void* list;
-  zt_pool (*add)(zt_report* report, void* list, const ZtDate& timeStamp);
-};
-
-/// Where the value of a key is; for a generic field, where it is added.
-struct Value {
-  std::variant<std::monostate, ZtAtomic<ZtString>*, ZtAtomic<ZtDate>*, std::int32_t*, std::int64_t*,
-               ZtBOOL*, NamedNumber, ZtAtomic<std::shared_ptr<const Texts>>*, Records,
-               ZtPortalPoolArray*>
-      place;
-};
-
 namespace {
 
-template <class Object>
-Value find(void* object, const char* key);
-
-ZtPortalPool* poolOf(ZtPortalPool* pool) { return pool; }
-ZtPortalPool* poolOf(void* /*record*/) { return nullptr; }
-
-template <class Object>
-zt_pool handleOf(zt_report* report, const std::shared_ptr<Object>& object) {
-  if (object == nullptr) throw std::bad_alloc();
-  return {report, object.get(), find<Object>, poolOf(object.get())};
-}
-
-template <class Record>
-zt_pool addRecord(zt_report* report, void* list, const ZtDate& timeStamp) {
-  auto& records = *static_cast<std::vector<std::shared_ptr<Record>>*>(list);
-  return handleOf(report, records.emplace_back(newRecord<Record>(timeStamp)));
-}
-
-template <class Row, class Member>
-Value valueOf(const Row& row, Member& member) {
-  if constexpr (requires { typename RecordOf<typename Row::Member>::Type; }) {
-    return {Records{&listOf(member), addRecord<typename RecordOf<typename Row::Member>::Type>}};
-  } else if constexpr (std::is_same_v<Member, std::uint64_t>) {
-    return {NamedNumber{&member, row.enumeration}};
-  } else {
-    return {&member};
-  }
-}
-
-/// Throws `Failure` if the table of the class has no such key.
-template <class Object>
-Value find(void* object, const char* key) {
-  const std::string_view name = &required(key, "key");
-  Value found;
-  eachField<Object>([&](const auto& row) {
-    if constexpr (requires { row.key; }) {
-      if (row.key == name) found = valueOf(row, static_cast<Object*>(object)->*row.member);
-    }
-  });
-  if (found.place.index() == 0) fail(ZT_UNKNOWN_KEY, "no such key: \"", name, "\"");
-  return found;
-}
-
-template <>
-Value find<ZtPortalPoolArray>(void* object, const char* /*key*/) {
-  return {static_cast<ZtPortalPoolArray*>(object)};
-}
+using Texts = std::vector<ZtString>;
 
 template <class... Cases>
 struct Overloaded : Cases... {
   using Cases::operator()...;
 };
+template <class... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;
 
-/// Calls the one of `cases` that takes the place of the value.
+/// Calls the one of `cases` that takes the place of the value, or an array of generic fields.
 template <class... Cases>
 zt_status withValue(zt_pool* pool, const char* key, Cases... cases) {
   return call([&] {
-    const Value value = required(pool, "pool").find(pool->object, key);
-    std::visit(Overloaded{cases...,
-                          [key](auto) {
-                            fail(ZT_WRONG_TYPE, "\"", ZtString(key).printed(),
-                                 "\" has another type");
-                          }},
-               value.place);
+    const Overloaded take{
+        cases...,
+        [key](auto) { fail(ZT_WRONG_TYPE, "\"", ZtString(key).printed(), "\" has another type"); }};
+    if (required(pool, "pool").array != nullptr) return take(pool->array);
+    const KeyedValue found = pool->keyed.find(pool->keyed.object, &required(key, "key"));
+    if (found.index() == 0) fail(ZT_UNKNOWN_KEY, "no such key: \"", key, "\"");
+    std::visit(take, found);
   });
 }
 
@@ -125,7 +57,7 @@ zt_status setString(zt_pool* pool, const char* key, const char* value, std::size
       [&](NamedNumber member) {
         *member.number = numberOf(*member.names, {&required(value, "value"), length}, key);
       },
-      [&](ZtAtomic<std::shared_ptr<const Texts>>* member) {
+      [&](StringList* member) {
         required(value, "value");
         const std::shared_ptr<const Texts> before = member->load();
         Texts texts = before != nullptr ? *before : Texts();
@@ -142,19 +74,28 @@ ZtDate dateOf(std::int64_t milliseconds) {
 /// Sets `handle` to a new one for what `add` adds. The handle may be null.
 template <class Add>
 void addWithHandle(zt_report& report, zt_pool** handle, Add add) {
-  // The last one may not be in use: it is created before anything is added, which may fail, too.
-  if (report.pools.empty() || report.pools.back().object != nullptr) report.pools.emplace_back();
-  const zt_pool added = add();
+  // The last one may be unused: it is created before `add` changes the report, since that may fail.
+  if (report.pools.empty() || report.pools.back().report != nullptr) report.pools.emplace_back();
+  zt_pool& spare = report.pools.back();
+  spare = {};
+  add(spare);
   if (handle == nullptr) return;
-  report.pools.back() = added;
-  *handle = &report.pools.back();
+  spare.report = &report;
+  *handle = &spare;
+}
+
+template <class Pool>
+void use(zt_pool& handle, const std::shared_ptr<Pool>& pool) {
+  if (pool == nullptr) throw std::bad_alloc();
+  handle.keyed = keyed(*pool);
+  handle.pool = pool.get();
 }
 
 }  // namespace
 
 zt_pool* handleOfExecution(zt_report& report) {
   zt_pool* handle = nullptr;
-  addWithHandle(report, &handle, [&] { return handleOf(&report, report.run->poolExecution()); });
+  addWithHandle(report, &handle, [&](zt_pool& added) { use(added, report.run->poolExecution()); });
   return handle;
 }
 
@@ -162,8 +103,9 @@ zt_pool* handleOfExecution(zt_report& report) {
 
 using zt::c::addWithHandle;
 using zt::c::call;
-using zt::c::handleOf;
+using zt::c::dateOf;
 using zt::c::required;
+using zt::c::use;
 using zt::c::withValue;
 
 zt_status zt_report_add_pool(zt_report* report, const char* kind, int64_t timestamp,
@@ -176,8 +118,8 @@ zt_status zt_report_add_pool(zt_report* report, const char* kind, int64_t timest
     zt::eachPoolClass([&]<class Pool> {
       if (zt::Fields<Pool>::kKind != name) return;
       isKnown = true;
-      addWithHandle(owner, pool, [&] {
-        return handleOf(report, zt::addPoolOf<Pool>(*owner.document, zt::c::dateOf(timestamp)));
+      addWithHandle(owner, pool, [&](zt_pool& added) {
+        use(added, zt::addPoolOf<Pool>(*owner.document, dateOf(timestamp)));
       });
     });
     if (!isKnown) zt::c::fail(ZT_UNKNOWN_KEY, "no such kind of pool: \"", name, "\"");
@@ -187,25 +129,23 @@ zt_status zt_report_add_pool(zt_report* report, const char* kind, int64_t timest
 zt_status zt_report_add_inventory(zt_report* report, int64_t timestamp, zt_pool** pool) {
   return call([&] {
     if (pool != nullptr) *pool = nullptr;
-    addWithHandle(required(report, "report"), pool, [&] {
-      return handleOf(report, report->document->addPoolComputerSystemWithAutoCheck(
-                                  zt::c::dateOf(timestamp), true));
+    addWithHandle(required(report, "report"), pool, [&](zt_pool& added) {
+      const ZtDate date = dateOf(timestamp);
+      use(added, report->document->addPoolComputerSystemWithAutoCheck(date, true));
     });
   });
 }
 
 zt_status zt_pool_add_record(zt_pool* pool, const char* key, int64_t timestamp, zt_pool** record) {
   if (record != nullptr) *record = nullptr;
+  const auto add = [&](auto fill) { addWithHandle(*pool->report, record, fill); };
   return withValue(
       pool, key,
-      [&](zt::c::Records records) {
-        addWithHandle(*pool->report, record, [&] {
-          return records.add(pool->report, records.list, zt::c::dateOf(timestamp));
-        });
+      [&](zt::RecordList records) {
+        add([&](zt_pool& added) { added.keyed = records.add(records.list, dateOf(timestamp)); });
       },
       [&](ZtPortalPoolArray* fields) {
-        addWithHandle(*pool->report, record,
-                      [&] { return handleOf(pool->report, fields->addArray(key)); });
+        add([&](zt_pool& added) { added.array = fields->addArray(key).get(); });
       });
 }
 
@@ -216,7 +156,7 @@ zt_status zt_pool_fields(zt_pool* pool, zt_pool** fields) {
     if (owner == nullptr) zt::c::fail(ZT_WRONG_TYPE, "only a pool has fields");
     if (pool->fields == nullptr) {
       addWithHandle(*pool->report, &pool->fields,
-                    [&] { return handleOf(pool->report, owner->fields()); });
+                    [&](zt_pool& added) { added.array = owner->fields().get(); });
     }
     *fields = pool->fields;
   });
@@ -238,7 +178,7 @@ zt_status zt_pool_set_integer(zt_pool* pool, const char* key, int64_t value) {
       [&](ZtBOOL* byte) {
         *byte = static_cast<ZtBOOL>(within<std::int16_t>(value, key, -128, 255));
       },
-      [&](zt::c::NamedNumber member) {
+      [&](zt::NamedNumber member) {
         *member.number = static_cast<std::uint64_t>(within<std::int64_t>(value, key, 0));
       },
       [&](ZtPortalPoolArray* fields) {
@@ -257,7 +197,7 @@ zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value) {
 }
 
 zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value) {
-  return withValue(pool, key, [&](ZtAtomic<ZtDate>* date) { date->store(zt::c::dateOf(value)); });
+  return withValue(pool, key, [&](ZtAtomic<ZtDate>* date) { date->store(dateOf(value)); });
 }
 
 zt_status zt_pool_set_null(zt_pool* pool, const char* key) {
@@ -276,7 +216,7 @@ zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value,
   };
   return withValue(
       pool, key, [&](ZtAtomic<ZtString>* string) { give(string->load()); },
-      [&](zt::c::NamedNumber member) { give(member.names->nameOf(*member.number)); });
+      [&](zt::NamedNumber member) { give(member.names->nameOf(*member.number)); });
 }
 
 zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
@@ -287,5 +227,5 @@ zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
       pool, key, [&](std::int32_t* number) { give(*number); },
       [&](std::int64_t* number) { give(*number); }, [&](ZtBOOL* byte) { give(*byte); },
       [&](ZtAtomic<ZtDate>* date) { give(date->load().milliseconds()); },
-      [&](zt::c::NamedNumber member) { give(*member.number); });
+      [&](zt::NamedNumber member) { give(*member.number); });
 }

@@ -237,6 +237,8 @@ TEST_F(CPoolsTest, HandlesStayValidWhileOthersAreAdded) {
     ASSERT_EQ(zt_pool_add_record(first, "steps", 0, &records.emplace_back()), ZT_OK);
     ASSERT_EQ(zt_pool_set_string(records.back(), "stepName", std::to_string(i).c_str()), ZT_OK);
     ASSERT_EQ(zt_report_add_pool(own.get(), "generic", 0, nullptr), ZT_OK);
+    zt_pool* fields = nullptr;
+    ASSERT_EQ(zt_pool_fields(records.back(), &fields), ZT_WRONG_TYPE);
   }
   for (int i = 0; i < 1000; ++i) {
     EXPECT_EQ(stringOf(records[static_cast<std::size_t>(i)], "stepName"), std::to_string(i));
