@@ -10,7 +10,7 @@ from typing import Any, Callable, Generic, Mapping, Sequence, TypeVar, Union, ov
 
 from ._interface import Status
 from ._library import (NO_DATE, NOW, Error, Owner, Text, check, created, decode, encode, library,
-                       terminated)
+                       returned, terminated)
 
 Value = Union[None, str, bytes, bool, int, datetime]
 FieldValue = Union[None, str, bytes, bool, int, float, "Sequence[FieldValue]",
@@ -67,8 +67,7 @@ class Record:
 
     def _set_string(self, key: bytes, value: Text) -> None:
         text = encode(value)
-        with self._owner.lock:
-            check(_set_string_n(self._handle, key, text, len(text or b"")))
+        self._owner.call(_set_string_n, self._handle, key, text, len(text or b""))
 
     def _add_record(self, record: type[R], key: bytes, values: Mapping[str, Value]) -> R:
         with self._owner.lock:
@@ -104,16 +103,12 @@ class Key(Generic[T]):
             return self._get(record._handle)
 
     def _get(self, handle: int) -> T:
-        value = c_int64()
-        check(library.zt_pool_get_integer(handle, self._key, byref(value)))
-        return self._kind(value.value)
+        return self._kind(returned(c_int64, library.zt_pool_get_integer, handle, self._key).value)
 
 
 class Number(Key[T]):
     def __set__(self, record: Record, value: int) -> None:
-        number = _in_range(value, 64)
-        with record._owner.lock:
-            check(_set_integer(record._handle, self._key, number))
+        record._owner.call(_set_integer, record._handle, self._key, _in_range(value, 64))
 
 
 class Enumeration(Number[E]):
@@ -131,9 +126,7 @@ class Date(Key["datetime | None"]):
         super().__init__(to_datetime)
 
     def __set__(self, record: Record, value: datetime | None) -> None:
-        number = from_datetime(value)
-        with record._owner.lock:
-            check(_set_date(record._handle, self._key, number))
+        record._owner.call(_set_date, record._handle, self._key, from_datetime(value))
 
 
 class String(Key["str | None"]):

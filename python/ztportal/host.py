@@ -6,12 +6,13 @@ from __future__ import annotations
 import dataclasses
 import logging
 import sys
-from ctypes import POINTER, byref, c_int32, string_at
+from ctypes import POINTER, c_int32, string_at
 from typing import Any, Callable, Mapping
 
 from . import _interface as c
 from ._interface import Consent, Decision, TlsVersion
-from ._library import check, decode, encode, library, milliseconds, sized, terminated
+from ._library import (check, decode, encode, library, milliseconds, returned, sized,
+                       terminated)
 
 
 @dataclasses.dataclass(frozen=True)
@@ -135,9 +136,7 @@ def set_consent(consent: Consent) -> None:
 
 def consent() -> Consent:
     """A file that cannot be read or understood is a revocation."""
-    value = c_int32()
-    check(library.zt_host_consent(byref(value)))
-    return Consent(value.value)
+    return Consent(returned(c_int32, library.zt_host_consent).value)
 
 
 def set_value_filter(decide: Callable[[str, str, str], str | bytes | None] | None) -> None:

@@ -234,3 +234,9 @@ class ComputerSystemPool(Pool):
 
     def add_antivirus_app(self, appName: Text = None, **values: Value) -> AntivirusApp:
         return self._add_record(AntivirusApp, b"antivirusApps", {"appName": appName, **values})
+
+
+__all__ = ["DiagnoseType", "Language", "StepType", "GenericPool", "ExecutionStep", "ExecutionPool",
+           "DeinstallationPool", "InitializationPool", "DiagnoseStep", "DiagnosePool",
+           "ConnectionManagerPool", "Browser", "EmailClient", "FirewallApp", "AntivirusApp",
+           "ComputerSystemPool"]

@@ -10,11 +10,11 @@ from typing import Any, Mapping, Self, TypeVar
 
 from ._interface import Delivery, Status
 from ._library import (CACHE_CONFIGURATION, NOW, OFFLINE, Owner, StrPath, Text, check, created,
-                       decode, decoded, deliveries, encode, library, terminated)
+                       decode, decoded, deliveries, encode, library, returned, terminated)
 from .fields import Pool, Value, from_datetime
 from .host import TransportOptions, pointer_to
 from .pools import ComputerSystemPool, ExecutionPool
-from .receipts import Receipt, receipt_of
+from .receipts import Receipt
 
 P = TypeVar("P", bound=Pool)
 
@@ -26,10 +26,8 @@ class _Key:
         self._key = name.encode()
 
     def __get__(self, report: Report, owner: type) -> str | None:
-        value = c_char_p()
         with report._owner.lock:
-            check(library.zt_report_get(report._handle, self._key, byref(value)))
-            return decoded(value)
+            return decoded(returned(c_char_p, library.zt_report_get, report._handle, self._key))
 
 
 class Report:
@@ -133,8 +131,7 @@ class Report:
 
     def set_transport(self, options: TransportOptions) -> None:
         """For the later requests of this report alone."""
-        with self._owner.lock:
-            check(library.zt_report_set_transport(self._handle, pointer_to(options)))
+        self._owner.call(library.zt_report_set_transport, self._handle, pointer_to(options))
 
     def render(self, *, soap: bool = True) -> str:
         """The request text (SOAP 1.1), or without `soap` its body as plain XML."""
@@ -153,8 +150,7 @@ class Report:
 
     def write(self, path: StrPath) -> None:
         """Writes the request text to a file."""
-        with deliveries, self._owner.lock:
-            check(library.zt_report_save(self._handle, terminated(path)))
+        self._owner.deliver(library.zt_report_save, terminated(path))
 
     def resend(self, path: StrPath) -> Receipt:
         """Sends a saved report. The file stays."""
@@ -163,10 +159,9 @@ class Report:
     @property
     def last_delivery(self) -> Receipt:
         """The receipt of what this report sent or saved last."""
-        delivery = POINTER(Delivery)()
         with self._owner.lock:
-            check(library.zt_report_last_delivery(self._handle, byref(delivery)))
-            return receipt_of(delivery.contents)
+            delivery = returned(POINTER(Delivery), library.zt_report_last_delivery, self._handle)
+            return Receipt._of(delivery.contents)
 
     def _deliver(self, function: Any, *arguments: Any) -> Receipt:
         with deliveries, self._owner.lock:
@@ -190,12 +185,11 @@ class Run(Report):
 
     def set_fact(self, name: Text, value: str | bytes | bool) -> None:
         """A fact becomes a field of the execution when the run is sent or saved."""
-        with self._owner.lock:
-            if isinstance(value, bool):
-                check(library.zt_run_set_boolean(self._handle, terminated(name), value))
-            else:
-                text = terminated(value)
-                check(library.zt_run_set_string(self._handle, terminated(name), text))
+        if isinstance(value, bool):
+            self._owner.call(library.zt_run_set_boolean, self._handle, terminated(name), value)
+        else:
+            text = terminated(value)
+            self._owner.call(library.zt_run_set_string, self._handle, terminated(name), text)
 
 
 def _rfc3339(value: object) -> str:

@@ -106,9 +106,6 @@ void expectSaved(const ZtDelivery& delivery);
 /// A text that is returned: its owner keeps it in `kept`. Null if it is missing.
 const char* keep(std::string& kept, const ZtString& text);
 
-/// A handle of the pool of a run that was started.
-zt_pool* handleOfExecution(zt_report& report);
-
 }  // namespace zt::c
 
 struct zt_pool {

@@ -91,13 +91,12 @@ void use(zt_pool& handle, const std::shared_ptr<Pool>& pool) {
   handle.pool = pool.get();
 }
 
-}  // namespace
-
-zt_pool* handleOfExecution(zt_report& report) {
-  zt_pool* handle = nullptr;
-  addWithHandle(report, &handle, [&](zt_pool& added) { use(added, report.run->poolExecution()); });
-  return handle;
+ZtReport& runOf(zt_report* report) {
+  if (required(report, "report").run == nullptr) fail(ZT_WRONG_TYPE, "the report has no run");
+  return *report->run;
 }
+
+}  // namespace
 
 }  // namespace zt::c
 
@@ -105,6 +104,8 @@ using zt::c::addWithHandle;
 using zt::c::call;
 using zt::c::dateOf;
 using zt::c::required;
+using zt::c::requiredText;
+using zt::c::runOf;
 using zt::c::use;
 using zt::c::withValue;
 
@@ -228,4 +229,35 @@ zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
       [&](std::int64_t* number) { give(*number); }, [&](ZtBOOL* byte) { give(*byte); },
       [&](ZtAtomic<ZtDate>* date) { give(date->load().milliseconds()); },
       [&](zt::NamedNumber member) { give(*member.number); });
+}
+
+// Runs.
+
+zt_status zt_run_start(zt_report* report, const char* start_point, zt_pool** execution) {
+  return call([&] {
+    if (execution != nullptr) *execution = nullptr;
+    runOf(report).startReport(start_point);
+    if (report->execution == nullptr) {
+      addWithHandle(*report, &report->execution,
+                    [&](zt_pool& added) { use(added, report->run->poolExecution()); });
+    }
+    if (execution != nullptr) *execution = report->execution;
+  });
+}
+
+zt_status zt_run_stop(zt_report* report, const char* end_point) {
+  return call([&] { runOf(report).stopReport(end_point); });
+}
+
+zt_status zt_run_set_string(zt_report* report, const char* name, const char* value) {
+  return call([&] {
+    runOf(report).installDataString()->insert_or_assign(requiredText(name, "name"), value);
+  });
+}
+
+zt_status zt_run_set_boolean(zt_report* report, const char* name, bool value) {
+  return call([&] {
+    const char* const text = value ? "yes" : "no";
+    runOf(report).installDataBOOL()->insert_or_assign(requiredText(name, "name"), text);
+  });
 }

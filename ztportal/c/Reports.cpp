@@ -18,11 +18,6 @@ namespace {
 
 ZtPortalData& documentOf(zt_report* report) { return *required(report, "report").document; }
 
-ZtReport& runOf(zt_report* report) {
-  if (required(report, "report").run == nullptr) fail(ZT_WRONG_TYPE, "the report has no run");
-  return *report->run;
-}
-
 /// The values of `zt_report_get`.
 struct ReportValue {
   std::string_view key;
@@ -118,7 +113,6 @@ using zt::c::call;
 using zt::c::documentOf;
 using zt::c::required;
 using zt::c::requiredText;
-using zt::c::runOf;
 
 zt_status zt_report_create(const char* configuration_url, const char* customer_id,
                            const char* application_id, const char* application_version,
@@ -222,33 +216,5 @@ zt_status zt_report_last_delivery(zt_report* report, const zt_delivery** deliver
     report->receipt = document.lastDelivery();
     report->delivery = zt::c::deliveryOf(report->receipt);
     *delivery = &report->delivery;
-  });
-}
-
-// Runs.
-
-zt_status zt_run_start(zt_report* report, const char* start_point, zt_pool** execution) {
-  return call([&] {
-    if (execution != nullptr) *execution = nullptr;
-    runOf(report).startReport(start_point);
-    if (report->execution == nullptr) report->execution = zt::c::handleOfExecution(*report);
-    if (execution != nullptr) *execution = report->execution;
-  });
-}
-
-zt_status zt_run_stop(zt_report* report, const char* end_point) {
-  return call([&] { runOf(report).stopReport(end_point); });
-}
-
-zt_status zt_run_set_string(zt_report* report, const char* name, const char* value) {
-  return call([&] {
-    runOf(report).installDataString()->insert_or_assign(requiredText(name, "name"), value);
-  });
-}
-
-zt_status zt_run_set_boolean(zt_report* report, const char* name, bool value) {
-  return call([&] {
-    const char* const text = value ? "yes" : "no";
-    runOf(report).installDataBOOL()->insert_or_assign(requiredText(name, "name"), text);
   });
 }

@@ -93,8 +93,12 @@ zt_status wait(zt_sender* sender, std::int64_t timeout, std::size_t* left, Wait 
 }  // namespace zt::c
 
 using zt::c::call;
+using zt::c::callBack;
+using zt::c::change;
 using zt::c::fail;
+using zt::c::keep;
 using zt::c::required;
+using zt::c::requiredText;
 using zt::c::senderOf;
 using zt::c::storeOf;
 
@@ -131,18 +135,18 @@ zt_status zt_store_check(zt_store* store, const char* path, const char** custome
   return call([&] {
     storeOf(store);
     ZtSavedReport saved;
-    saved.path = zt::c::requiredText(path, "path");
-    if (problem != nullptr) *problem = zt::c::keep(store->problem, saved.problem());
-    if (customer_id != nullptr) *customer_id = zt::c::keep(store->customer, saved.customerId());
+    saved.path = requiredText(path, "path");
+    if (problem != nullptr) *problem = keep(store->problem, saved.problem());
+    if (customer_id != nullptr) *customer_id = keep(store->customer, saved.customerId());
   });
 }
 
 zt_status zt_store_remove(zt_store* store, const char* path) {
-  return zt::c::change(store, path, &ZtReportStore::remove);
+  return change(store, path, &ZtReportStore::remove);
 }
 
 zt_status zt_store_move(zt_store* store, const char* path, zt_store_part part) {
-  return zt::c::change(store, path, [part](const ZtReportStore& reports, const auto& saved) {
+  return change(store, path, [part](const ZtReportStore& reports, const auto& saved) {
     zt::c::checkPart(part);
     return part == ZT_REPORTS ? reports.putBack(saved) : reports.setAside(saved);
   });
@@ -173,7 +177,7 @@ zt_status zt_store_send(zt_store* store, const zt_send_options* options,
     zt::c::readDuration(sending.budget, known.budget_ms, "budget_ms");
     if (known.on_receipt != nullptr) {
       sending.progress = [&known](const ZtSavedReport& saved, const ZtDelivery& delivery) {
-        zt::c::callBack(known.on_receipt, known.user, saved, delivery);
+        callBack(known.on_receipt, known.user, saved, delivery);
         return true;
       };
     }
@@ -205,7 +209,7 @@ zt_status zt_sender_create(const zt_send_options* options, zt_sender** sender) {
     if (known.kept_receipts != 0) sending.keptReceipts = known.kept_receipts;
     if (known.on_receipt != nullptr) {
       sending.onReceipt = [known](const ZtBackgroundReceipt& receipt) {
-        zt::c::callBack(known.on_receipt, known.user, receipt.report, receipt.delivery);
+        callBack(known.on_receipt, known.user, receipt.report, receipt.delivery);
       };
     }
     *sender = new zt_sender{ZtBackgroundSender(std::move(sending))};
@@ -237,7 +241,7 @@ zt_status zt_sender_receipts(zt_sender* sender, zt_receipt_callback callback, vo
   return call([&] {
     required(callback, "callback");
     for (const ZtBackgroundReceipt& receipt : senderOf(sender).receipts()) {
-      zt::c::callBack(callback, user, receipt.report, receipt.delivery);
+      callBack(callback, user, receipt.report, receipt.delivery);
     }
   });
 }

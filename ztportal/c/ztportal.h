@@ -24,7 +24,7 @@
  * functions with a length, has so many bytes and may contain zero bytes; the library copies it.
  * NULL is a missing text, which reports show as "(null)", or ZT_BAD_ARGUMENT where a text is
  * needed. Texts and structures that the library returns belong to it: they are valid until the next
- * call with the same handle. Every text that it returns ends with a zero byte.
+ * call with the same handle, and texts end with a zero byte.
  *
  * Handles: what `_create` made, `_destroy` releases, once; it accepts NULL. The handles of pools
  * belong to their report and are released with it.
@@ -32,23 +32,17 @@
  * Threads: different threads may use different handles at the same time. One thread at a time uses
  * a report with its pools, or a store. Any thread may use a sender and the functions of the host at
  * any time. Only `zt_sender_create` starts a thread. Callbacks run on the thread that is named with
- * each. They must return normally: no exception, no longjmp, and no pthread_cancel of a thread that
- * is in a call.
+ * each, and must return normally: no exception, no longjmp, no pthread_cancel of a thread in a
+ * call. The child of fork(2) may use all handles; its copy of a sender only saves. Do not fork
+ * while another thread is in a call.
  *
- * fork(2): the child may use all handles; its copy of a sender only saves. Do not fork while
- * another thread is in a call.
+ * Structures begin with their size, and a later library may add members at the end. A host sets the
+ * size of those that it passes, as in `zt_send_options options = {.size = sizeof options};`. A
+ * member that is 0 or NULL has its default. A structure that is larger than the library knows is
+ * accepted if the rest is zero. In one that the library passes, only members within its size exist.
  *
- * Structures begin with their size, so that a later library can add members at the end. A host
- * fills those that it passes with zeros and sets the size, as in `zt_send_options options = {.size
- * = sizeof(zt_send_options)};`. A member that is 0 or NULL has its default. A structure that is
- * larger than the library knows is accepted if the rest is zero. In one that the library passes,
- * only members within its size exist.
- *
- * Enumerations are 32 bits wide in every language. A later library may return further numbers.
- *
- * The symbols have the version ZTPORTAL_C_1; none is changed or removed while the library is called
- * libztportal.so.1.
- */
+ * Enumerations are 32 bits wide in every language. A later library may return further numbers. The
+ * symbols have the version ZTPORTAL_C_1; none is changed or removed in libztportal.so.1. */
 
 /* NOLINTBEGIN(modernize-use-using,modernize-redundant-void-arg,cppcoreguidelines-macro-usage): C */
 
@@ -111,8 +105,7 @@ typedef struct zt_pair {
  * "CFBundleShortVersionString" and "CFBundleVersion". Call it once, before the first report: the
  * name determines the folder of the saved reports. */
 ZT_C_EXPORT zt_status zt_host_set_info(const zt_pair* pairs, size_t count);
-/* Closes the connections to the server and to the session bus that the calling thread keeps for the
- * next report. */
+/* Closes the connections that the calling thread keeps for the next report. */
 ZT_C_EXPORT zt_status zt_host_close_connections(void);
 /* Whether texts are escaped so that every report is well-formed XML. Off at first: one with `<`
  * or `&` may make a report that the server does not understand and that cannot be sent again. */
@@ -127,8 +120,8 @@ enum {
   ZT_CONSENT_REVOKED = 2 /* nothing is examined, sent, saved or broadcast */
 };
 
-/* Keeps what the user has said, in a file of this host, for all its processes and for later ones.
- * ZT_SYSTEM if it cannot be kept; a revocation is then valid for this process at least. */
+/* Keeps what the user has said, in a file for all processes of this host. ZT_SYSTEM if that fails;
+ * a revocation is then valid for this process at least. */
 ZT_C_EXPORT zt_status zt_host_set_consent(zt_consent consent);
 /* What the user has said, read anew. A file that cannot be read or understood is a revocation. */
 ZT_C_EXPORT zt_status zt_host_consent(zt_consent* consent);
@@ -141,9 +134,9 @@ enum {
   ZT_LOG_ERROR = 3    /* a report or a part of it is lost */
 };
 
-/* Takes one message of the log. `module` is one word, such as "transport" or "store"; `message` is
- * one English sentence without a line end, a password or a value of a report. Both end with the
- * call. Runs on the thread of the message; what the library logs meanwhile there is dropped. */
+/* Takes a message of the log: one English sentence without a line end, a password or a value of a
+ * report, of a `module` such as "transport" or "store". Both end with the call. Runs on the thread
+ * of the message; what the library logs meanwhile there is dropped. */
 typedef void (*zt_log_handler)(void* user, zt_log_level level, const char* module,
                                const char* message);
 /* Passes the log of all threads to `handler`, with `user`. NULL turns it off, as it is at first. A
@@ -170,9 +163,8 @@ ZT_C_EXPORT zt_status zt_replacement_set_n(zt_replacement* replacement, const ch
 typedef zt_decision (*zt_value_filter)(void* user, const char* pool_type, const char* name,
                                        const char* value, size_t length,
                                        zt_replacement* replacement);
-/* Decides about a whole request text, of `length` bytes, before it is broadcast and sent, before it
- * is saved, and before it is sent from the store. A dropped one is not (ZT_OUTCOME_DROPPED). Runs
- * on the thread that delivers it. */
+/* Decides about a whole request text, of `length` bytes, each time before it is broadcast, sent or
+ * saved. A dropped one is not (ZT_OUTCOME_DROPPED). Runs on the thread that delivers it. */
 typedef zt_decision (*zt_request_hook)(void* user, const char* request, size_t length,
                                        zt_replacement* replacement);
 /* Asks `filter` or `hook` from now on, for all reports; otherwise like zt_host_set_log_handler. */
@@ -181,8 +173,7 @@ ZT_C_EXPORT zt_status zt_host_set_request_hook(zt_request_hook hook, void* user)
 
 /* ---- How requests travel --------------------------------------------------------------------- */
 
-/* For durations and numbers of attempts: no limit. Other negative numbers are ZT_BAD_ARGUMENT, and
- * durations of more than a hundred years count as a hundred years. */
+/* For durations and numbers of attempts: no limit. Other negative numbers are ZT_BAD_ARGUMENT. */
 #define ZT_NO_LIMIT (-1)
 
 /* A request that the host's own transport sends. Ends with the call. */
@@ -204,9 +195,8 @@ ZT_C_EXPORT zt_status zt_response_set(zt_response* response, int32_t http_status
                                       size_t length, int64_t retry_after_s);
 /* No complete response arrived, for the reason `error`, one sentence without passwords. */
 ZT_C_EXPORT zt_status zt_response_fail(zt_response* response, const char* error);
-/* Sends one request, and describes the result in `response`. Runs on the thread that sends, perhaps
- * on several at the same time. It decides itself on redirects, certificates, proxies and time
- * limits. */
+/* Sends one request, with redirects, certificates and time limits of its own, and describes the
+ * result in `response`. Runs on the thread that sends, perhaps on several at the same time. */
 typedef void (*zt_transport)(void* user, const zt_request* request, zt_response* response);
 
 typedef int32_t zt_tls_version;
@@ -277,7 +267,7 @@ enum {
   ZT_ERROR_MEMORY = 14
 };
 
-/* The receipt of one delivery. Texts are never NULL. */
+/* The receipt of one delivery. Durations are in microseconds; texts are never NULL. */
 typedef struct zt_delivery {
   size_t size;
   zt_outcome outcome;
@@ -286,11 +276,11 @@ typedef struct zt_delivery {
   int32_t save_error_number; /* errno; 0 if it was saved or did not have to be */
   const char* message;       /* one English sentence without passwords */
   const char* url;           /* without user name and password; empty if it was not sent */
-  const char* saved_to;      /* the file in the store that has the report now; empty if none has */
-  const char* save_error;    /* why it could not be saved; empty like `save_error_number` */
+  const char* saved_to;      /* the file in the store that has the report now, if any */
+  const char* save_error;    /* why it could not be saved */
   uint64_t request_bytes;
   uint64_t response_bytes;
-  int64_t lookup_us; /* durations in microseconds; 0 if the phase was not needed */
+  int64_t lookup_us; /* 0 if the phase was not needed, like the next three */
   int64_t connect_us;
   int64_t tls_us;
   int64_t response_us;
@@ -343,10 +333,8 @@ ZT_C_EXPORT zt_status zt_report_render(zt_report* report, bool soap, const char*
 /* Broadcasts and posts the report. ZT_NOT_ACCEPTED: the report is in the store, if it could be
  * saved; zt_report_last_delivery tells. */
 ZT_C_EXPORT zt_status zt_report_send(zt_report* report);
-/* Saves the report without sending it: in the store, or else as the file `path`, whose content it
- * replaces. ZT_SYSTEM if the file cannot be written, ZT_NOT_ACCEPTED for a revoked consent or a
- * hook.
- */
+/* Saves the report without sending it: as the file `path`, whose content it replaces, or for NULL
+ * in the store. ZT_SYSTEM if that fails, ZT_NOT_ACCEPTED for a revoked consent or a hook. */
 ZT_C_EXPORT zt_status zt_report_save(zt_report* report, const char* path);
 /* Sends the saved report `path`; the file stays. ZT_NOT_ACCEPTED also if it cannot be read or is
  * not well-formed XML. */
@@ -407,18 +395,11 @@ ZT_C_EXPORT zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_
 
 /* ---- Runs ------------------------------------------------------------------------------------ */
 
-/* Creates the report of one run of an application of a built-in customer. It contacts the server as
- * zt_report_create does, and takes the inventory of the computer. `application_id` NULL or "" is
- * the customer's default. ZT_UNKNOWN_KEY for an unknown customer.
- *
- *     zt_run_create("Kelvane", NULL, &report);
- *     zt_run_start(report, "setup", &execution);
- *     zt_pool_set_string(execution, "endResultCode", "0");
- *     zt_run_set_string(report, "EDITION", "Home");
- *     zt_run_stop(report, "finish");
- *     zt_report_send(report);
- *
- * The functions of runs fail with ZT_WRONG_TYPE for other reports. */
+/* Creates the report of one run of an application of a built-in customer, in which zt_run_start,
+ * zt_run_set_string and zt_run_stop say what happens; they fail with ZT_WRONG_TYPE for other
+ * reports. It contacts the server as zt_report_create does, and takes the inventory of the
+ * computer. `application_id` NULL or "" is the customer's default. ZT_UNKNOWN_KEY for an unknown
+ * customer. */
 ZT_C_EXPORT zt_status zt_run_create(const char* customer_id, const char* application_id,
                                     zt_report** report);
 /* The run starts now, at a point that the host names. The first call adds the pool "execution",
@@ -444,13 +425,12 @@ typedef struct zt_saved_report {
   const char* path;
   const char* report_id; /* the file's name without its ending */
   uint64_t bytes;
-  int64_t time; /* when it was last written, in milliseconds since 1970-01-01T00:00:00Z */
+  int64_t time; /* when it was last written */
 } zt_saved_report;
 
 typedef int32_t zt_store_part;
 enum { ZT_REPORTS = 0, ZT_UNSENDABLE = 1 };
-/* Called for each report, on the calling thread; false ends the list. `report` ends with the call.
- */
+/* Called for each report, which ends with the call, on the calling thread. False ends the list. */
 typedef bool (*zt_saved_report_callback)(void* user, const zt_saved_report* report);
 
 /* Opens the store of the host as zt_host_set_info names it now. Creates the folder; ZT_SYSTEM if
@@ -528,23 +508,11 @@ ZT_C_EXPORT zt_status zt_store_send(zt_store* store, const zt_send_options* opti
 
 /* ---- Sending in the background --------------------------------------------------------------- */
 
-/* Sends reports from a thread of its own, so that the host never waits for a network:
- *
- *     zt_send_options options = {.size = sizeof(zt_send_options)};
- *     options.configuration_url = "http://config.example.com/kelvane.xml";
- *     zt_sender_create(&options, &sender);
- *     zt_report_create(NULL, "Kelvane", application_id, "2.1", ZT_OFFLINE, &report);
- *     …
- *     zt_sender_send(sender, report);
- *     zt_report_destroy(report);
- *     …
- *     zt_sender_stop(sender, 2000, NULL);   // when the host quits
- *     zt_sender_destroy(sender);
- *
- * A report is saved before zt_sender_send returns, so it survives a crash. The thread sends what
- * the store holds, reports of earlier runs included. While something is left it tries again with
- * growing delays, and soon after the network of the machine has changed. It blocks all signals,
- * except those that report a fault of its own code. */
+/* Sends reports from a thread of its own, so that the host, whose reports are ZT_OFFLINE, never
+ * waits for a network. A report is saved before zt_sender_send returns, so it survives a crash. The
+ * thread sends what the store holds, reports of earlier runs included. While something is left it
+ * tries again with growing delays, and soon after the network of the machine has changed. It blocks
+ * all signals, except those that report a fault of its own code. */
 typedef struct zt_sender zt_sender;
 
 /* Starts the thread. If the system has none, which is logged, zt_sender_send only saves. The thread
@@ -554,8 +522,8 @@ ZT_C_EXPORT zt_status zt_sender_create(const zt_send_options* options, zt_sender
 /* Stops the sender with a time limit of five seconds, unless zt_sender_stop was called.
  * `on_receipt` may still be running if that is not enough. */
 ZT_C_EXPORT void zt_sender_destroy(zt_sender* sender);
-/* Saves the report and wakes up the thread. The report may be changed or destroyed afterwards.
- * Fails like zt_report_save; then nothing sends it. */
+/* Saves the report, which may be changed or destroyed afterwards, and wakes up the thread. Fails
+ * like zt_report_save; then nothing sends it. */
 ZT_C_EXPORT zt_status zt_sender_send(zt_sender* sender, zt_report* report);
 /* Waits at most `timeout_ms` until each report that is in the store now has been tried once more.
  * `left` is how many are there then; it may be NULL. */
