@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <concepts>
 #include <limits>
 #include <new>
 
@@ -221,14 +222,11 @@ zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value,
 }
 
 zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value) {
-  const auto give = [value](auto number) {
-    required(value, "value") = static_cast<std::int64_t>(number);
-  };
+  const auto give = [value](std::int64_t number) { required(value, "value") = number; };
   return withValue(
-      pool, key, [&](std::int32_t* number) { give(*number); },
-      [&](std::int64_t* number) { give(*number); }, [&](ZtBOOL* byte) { give(*byte); },
-      [&](ZtAtomic<ZtDate>* date) { give(date->load().milliseconds()); },
-      [&](zt::NamedNumber member) { give(*member.number); });
+      pool, key, [give](std::integral auto* number) { give(*number); },
+      [give](ZtAtomic<ZtDate>* date) { give(date->load().milliseconds()); },
+      [give](zt::NamedNumber member) { give(static_cast<std::int64_t>(*member.number)); });
 }
 
 // Runs.
