@@ -221,7 +221,9 @@ void zt_sender_destroy(zt_sender* sender) { delete sender; }
 zt_status zt_sender_send(zt_sender* sender, zt_report* report) {
   return call([&] {
     ZtPortalData& document = *required(report, "report").document;
-    if (!senderOf(sender).send(document)) zt::c::expectSaved(document.lastDelivery());
+    ZtBackgroundSender& background = senderOf(sender);
+    if (report->run != nullptr) report->run->sendReport(false);  // which adds the facts
+    if (!background.send(document)) zt::c::expectSaved(document.lastDelivery());
   });
 }
 

@@ -367,8 +367,8 @@ ZT_C_EXPORT zt_status zt_pool_fields(zt_pool* pool, zt_pool** fields);
  *     zt_pool_set_string(step, "stepType", "ERROR");   // an enumeration, by name
  *     zt_pool_set_integer(step, "stepType", 4);        // or by number, which need not have a name
  *
- * In an array of generic fields, each adds a field with the name `key` at its end instead; names
- * need be neither unique nor present. In a list of texts, a string is added.
+ * In an array of generic fields, each but zt_pool_set_date adds a field with the name `key` at its
+ * end instead; names need be neither unique nor present. In a list of texts, a string is added.
  *
  * ZT_UNKNOWN_KEY: the pool has no such key. ZT_WRONG_TYPE: its type is another. ZT_OUT_OF_RANGE:
  * the number does not fit, or the enumeration has no such name. */
@@ -408,8 +408,8 @@ ZT_C_EXPORT zt_status zt_run_start(zt_report* report, const char* start_point, z
 /* The run ends now. No effect before its start. */
 ZT_C_EXPORT zt_status zt_run_stop(zt_report* report, const char* end_point);
 /* Facts, which become generic fields of the pool "execution" when the report is sent, or saved in
- * the store by zt_report_save. A second one of the same name and type replaces the first. Those of
- * a run that was never started are dropped. */
+ * the store. A second one of the same name and type replaces the first. Those of a run that was
+ * never started are dropped. */
 ZT_C_EXPORT zt_status zt_run_set_string(zt_report* report, const char* name, const char* value);
 ZT_C_EXPORT zt_status zt_run_set_boolean(zt_report* report, const char* name, bool value);
 

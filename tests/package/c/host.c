@@ -330,6 +330,16 @@ static void sendInTheBackground(void) {
   }
   int status = 1;
   assert(waitpid(child, &status, 0) == child && status == 0);
+
+  // A sender reported no facts.
+  zt_report* run = NULL;
+  assert(zt_run_create("Kelvane", NULL, &run) == ZT_OK);
+  assert(zt_run_start(run, "setup", NULL) == ZT_OK);
+  assert(zt_run_set_string(run, "EDITION", "Home") == ZT_OK);
+  assert(zt_sender_send(sender, run) == ZT_OK);
+  const char* text = NULL;
+  assert(zt_report_render(run, false, &text, NULL) == ZT_OK && strstr(text, "EDITION") != NULL);
+  zt_report_destroy(run);
   assert(zt_sender_flush(sender, 200000, &left) == ZT_OK && left == 0);
   assert(zt_sender_stop(sender, 200000, &left) == ZT_OK && left == 0);
   zt_sender_destroy(sender);
