@@ -135,7 +135,8 @@ zt_status zt_report_from_json(const char* json, size_t length, uint32_t flags, z
     const auto description = zt::c::descriptionOf({&required(json, "json"), length});
     const ZtString& url = description.configurationUrl();
     const bool isOffline = (flags & ZT_OFFLINE) != 0 || url.empty();
-    *report = new zt_report{isOffline ? description.makeOffline() : description.makeOnline(url)};
+    auto document = isOffline ? description.makeOffline() : description.makeOnline(url);
+    *report = new zt_report{std::move(document)};
   });
 }
 
