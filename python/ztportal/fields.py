@@ -82,10 +82,9 @@ R = TypeVar("R", bound=Record)
 
 
 class Key(Generic[T]):
-    """An attribute that is the value of a key: a number of some `kind`."""
+    """An attribute that is the value of a key: a number of some kind, unless it is a string."""
 
-    def __init__(self, kind: Callable[[int], T]) -> None:
-        self._kind = kind
+    _kind: Callable[[int], T]
 
     def __set_name__(self, owner: type, name: str) -> None:
         self._key = name.encode()
@@ -107,6 +106,9 @@ class Key(Generic[T]):
 
 
 class Number(Key[T]):
+    def __init__(self, kind: Callable[[int], T]) -> None:
+        self._kind = kind
+
     def __set__(self, record: Record, value: int) -> None:
         record._owner.call(_set_integer, record._handle, self._key, _in_range(value, 64))
 
@@ -122,17 +124,13 @@ class Enumeration(Number[E]):
 
 
 class Date(Key["datetime | None"]):
-    def __init__(self) -> None:
-        super().__init__(to_datetime)
+    _kind = staticmethod(to_datetime)
 
     def __set__(self, record: Record, value: datetime | None) -> None:
         record._owner.call(_set_date, record._handle, self._key, from_datetime(value))
 
 
 class String(Key["str | None"]):
-    def __init__(self) -> None:
-        pass
-
     def _get(self, handle: int) -> str | None:
         value, length = c_char_p(), c_size_t()
         check(library.zt_pool_get_string(handle, self._key, byref(value), byref(length)))
