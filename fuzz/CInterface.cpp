@@ -24,7 +24,6 @@ struct State {
   std::string text;
   zt_report* report = nullptr;
   zt_pool* pool = nullptr;
-  zt_array* array = nullptr;
   zt_store* store = nullptr;
   const char* string = nullptr;
   std::size_t size = 0;
@@ -37,7 +36,6 @@ struct State {
     zt_report_destroy(report);
     report = nullptr;
     pool = nullptr;
-    array = nullptr;
     return &report;
   }
 };
@@ -45,8 +43,7 @@ struct State {
 /// The host's transport: responds to every request with the text of the call.
 void respond(void* user, const zt_request* /*request*/, zt_response* response) {
   const State& s = *static_cast<State*>(user);
-  zt_response_set_retry_after(response, s.number);
-  zt_response_set(response, 200, s.t(), s.text.size());
+  zt_response_set(response, 200, s.t(), s.text.size(), s.number);
 }
 
 /// Options of any size, which a host of another version may have.
@@ -68,8 +65,8 @@ const std::map<std::string, zt_status (*)(State&)> kCalls{
     {"render",
      [](State& s) { return zt_report_render(s.report, s.number != 0, &s.string, &s.size); }},
     {"send", [](State& s) { return zt_report_send(s.report); }},
-    {"save", [](State& s) { return zt_report_save(s.report); }},
-    {"resend", [](State& s) { return zt_report_resend_all(s.report); }},
+    {"save", [](State& s) { return zt_report_save(s.report, nullptr); }},
+    {"resend", [](State& s) { return zt_report_resend(s.report, s.t()); }},
     {"pool", [](State& s) { return zt_report_add_pool(s.report, s.k(), s.number, &s.pool); }},
     {"record", [](State& s) { return zt_pool_add_record(s.pool, s.k(), s.number, &s.pool); }},
     {"string", [](State& s) { return zt_pool_set_string(s.pool, s.k(), s.t()); }},
@@ -78,17 +75,11 @@ const std::map<std::string, zt_status (*)(State&)> kCalls{
     {"boolean", [](State& s) { return zt_pool_set_boolean(s.pool, s.k(), s.number != 0); }},
     {"date", [](State& s) { return zt_pool_set_date(s.pool, s.k(), s.number); }},
     {"null", [](State& s) { return zt_pool_set_null(s.pool, s.k()); }},
-    {"append", [](State& s) { return zt_pool_append_string(s.pool, s.k(), s.t()); }},
+    {"float",
+     [](State& s) { return zt_pool_set_float(s.pool, s.k(), static_cast<float>(s.number)); }},
     {"getString", [](State& s) { return zt_pool_get_string(s.pool, s.k(), &s.string, &s.size); }},
     {"getInteger", [](State& s) { return zt_pool_get_integer(s.pool, s.k(), &s.integer); }},
-    {"fields", [](State& s) { return zt_pool_fields(s.pool, &s.array); }},
-    {"addString", [](State& s) { return zt_array_add_string(s.array, s.k(), s.t()); }},
-    {"addInteger",
-     [](State& s) { return zt_array_add_integer(s.array, s.k(), static_cast<int>(s.number)); }},
-    {"addFloat",
-     [](State& s) { return zt_array_add_float(s.array, s.k(), static_cast<float>(s.number)); }},
-    {"addNone", [](State& s) { return zt_array_add_none(s.array, s.k()); }},
-    {"addArray", [](State& s) { return zt_array_add_array(s.array, s.k(), &s.array); }},
+    {"fields", [](State& s) { return zt_pool_fields(s.pool, &s.pool); }},
     {"check", [](State& s) { return zt_store_check(s.store, s.t(), &s.string, nullptr); }},
     {"sendStore", sendStore},
     {"escape", [](State& s) { return zt_host_set_value_escaping(s.number != 0); }},

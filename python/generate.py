@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Writes the generated modules of the package: python/generate.py, with ZTPORTAL_LIBRARY set.
 
-_interface.py is made from ztportal/c/ztportal.h, and pools.py from the library's own tables
-(zt_schema). A test checks that both are up to date.
+_interface.py and receipts.py are made from ztportal/c/ztportal.h, and pools.py from the library's own
+tables (zt_schema). A test checks that all are up to date.
 """
 
 import ctypes
@@ -139,6 +139,63 @@ class OpenEnum(IntEnum):
     return text + "}\n"
 
 
+RECEIPTS = {"zt_delivery": "Receipt", "zt_saved_report": "SavedReport",
+            "zt_send_result": "SendResult"}
+
+
+def value(kind, name, enumerations):
+    """The name, type and value of an attribute that is a member of a structure."""
+    given = f"given.{name}"
+    if kind in enumerations:
+        return name, camel(kind), f"{camel(kind)}({given})"
+    if name == "saved_to":
+        return name, "Path | None", f"Path(decode({given})) if {given} else None"
+    if kind == "const char*":
+        return name, *(("Path", f"Path(decode({given}))") if name == "path" else
+                       ("str", f"decode({given})"))
+    if name == "time":
+        return name, "datetime", f"_EPOCH + timedelta(milliseconds={given})"
+    if name.endswith("_us"):
+        return name.removesuffix("_us"), "float", f"{given} / 1e6"
+    return (name.removesuffix("_s"), "float", given) if name.endswith("_s") else (name, "int", given)
+
+
+def receipts(header):
+    """The text of receipts.py."""
+    text = '''# SPDX-License-Identifier: Apache-2.0
+"""What became of reports, as values. Durations are in seconds. Made by python/generate.py; do not
+edit."""
+
+from __future__ import annotations
+
+from dataclasses import dataclass
+from datetime import datetime, timedelta, timezone
+from pathlib import Path
+from typing import Any
+
+from ._interface import DeliveryError, Outcome, SendEnd
+from ._library import decode
+
+_EPOCH = datetime(1970, 1, 1, tzinfo=timezone.utc)
+'''
+    enumerations = Header(header).enumerations
+    for structure, name in RECEIPTS.items():
+        body = re.search(rf"typedef struct {structure} {{(.*?)}} {structure};", header, re.DOTALL)[1]
+        members = [(*value(kind.strip(), member, enumerations), comment) for kind, member, comment in
+                   re.findall(r"^  (.*?)(\w+);(?: +/\* (.*?) \*/)?$", body, re.MULTILINE)
+                   if member != "size"]
+        text += f"\n\n@dataclass(frozen=True)\nclass {name}:\n"
+        text += "".join(f"    {member}: {kind}" + f"  # {comment}" * bool(comment) + "\n"
+                        for member, kind, _, comment in members)
+        if name == "Receipt":
+            text += ("\n    @property\n    def accepted(self) -> bool:\n"
+                     "        return self.outcome is Outcome.ACCEPTED\n")
+        values = ", ".join(value for _, _, value, _ in members)
+        text += f"\n    @classmethod\n    def _of(cls, given: Any) -> {name}:\n"
+        text += wrapped(f"        return cls({values})", 19) + "\n"
+    return text
+
+
 ATTRIBUTES = {"string": "String()", "date": "Date()", "integer": "Number(int)",
               "64-bit integer": "Number(int)", "boolean": "Number(boolean)"}
 
@@ -178,7 +235,7 @@ from .fields import Date, Enumeration, Number, Pool, Record, String, Value, bool
             one = key["key"].removesuffix("s")
             if "of" not in key:
                 adders += f"\n    def add_{snake(one)}(self, value: str | bytes) -> None:\n"
-                adders += f'        self._append(b"{key["key"]}", value)\n'
+                adders += f'        self._set_string(b"{key["key"]}", value)\n'
                 continue
             record = camel(f"{pool['kind']}_{one}" if one == "step" else one)
             first = next(field["key"] for field in key["of"] if field["type"] == "string")
@@ -190,14 +247,16 @@ from .fields import Date, Enumeration, Number, Pool, Record, String, Value, bool
         text += f"\n\nclass {camel(pool['kind'])}Pool(Pool):\n    __slots__ = ()\n"
         text += f'    _kind = b"{pool["kind"]}"\n'
         text += "".join(attributes(pool["keys"], schema["enumerations"])) + adders
-    return text
+    names = ", ".join(f'"{name}"' for name in re.findall(r"^class (\w+)", text, re.MULTILINE))
+    return text + "\n\n" + wrapped(f"__all__ = [{names}]", 11) + "\n"
 
 
 def generated():
-    """The texts of both modules."""
+    """The texts of the modules."""
     library = ctypes.CDLL(os.environ["ZTPORTAL_LIBRARY"])
     library.zt_schema.restype = ctypes.c_char_p
-    return {"_interface.py": interface(HEADER.read_text()),
+    header = HEADER.read_text()
+    return {"_interface.py": interface(header), "receipts.py": receipts(header),
             "pools.py": pools(json.loads(library.zt_schema()))}
 
 

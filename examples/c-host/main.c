@@ -9,7 +9,7 @@
 
 static void check(zt_status status) {
   if (status == ZT_OK) return;
-  fprintf(stderr, "c-host: %s: %s\n", zt_status_name(status), zt_last_error());
+  fprintf(stderr, "c-host: %s (status %d)\n", zt_last_error(), status);
   exit(2);
 }
 
@@ -29,7 +29,7 @@ static void add_step(zt_pool* run, const char* type, const char* name, const cha
 // Installs nothing, but reports what an installer would.
 static void install(zt_report* report) {
   zt_pool* run = NULL;
-  zt_array* fields = NULL;
+  zt_pool* fields = NULL;
   check(zt_report_add_inventory(report, ZT_NOW, NULL));
   check(zt_report_add_pool(report, "execution", ZT_NOW, &run));
   check(zt_pool_set_string(run, "startPoint", "setup"));
@@ -39,14 +39,13 @@ static void install(zt_report* report) {
   check(zt_pool_set_boolean(run, "successfull", true));
   check(zt_pool_set_date(run, "endTime", ZT_NOW));
   check(zt_pool_fields(run, &fields));
-  check(zt_array_add_string(fields, "EDITION", "Home"));
-  check(zt_array_add_integer(fields, "COPIED", 42));
+  check(zt_pool_set_string(fields, "EDITION", "Home"));
+  check(zt_pool_set_integer(fields, "COPIED", 42));
 }
 
-static bool print_progress(void* user, const zt_saved_report* report, const zt_delivery* delivery) {
+static void print_receipt(void* user, const zt_saved_report* report, const zt_delivery* delivery) {
   (void)user;
   printf("%s: %s\n", report->report_id, delivery->message);
-  return true;
 }
 
 static void send_saved_reports(const char* configuration_url) {
@@ -54,8 +53,8 @@ static void send_saved_reports(const char* configuration_url) {
   const zt_send_result* result = NULL;
   const zt_send_options options = {.size = sizeof options,
                                    .configuration_url = configuration_url,
-                                   .budget_ms = 30000,
-                                   .progress = print_progress};
+                                   .on_receipt = print_receipt,
+                                   .budget_ms = 30000};
   check(zt_store_create(&store));
   if (zt_store_send(store, &options, &result) != ZT_OK) printf("not all could be sent\n");
   printf("Saved reports of earlier runs: %zu sent, %zu left.\n", result->accepted, result->left);

@@ -10,24 +10,19 @@ from ._interface import (Consent, DeliveryError, Outcome, SendEnd, Status, Store
 from ._library import Error, decode as _decode, library as _library
 from .fields import FieldValue, Pool, Record, Value
 from .host import (Request, Response, TransportOptions, close_connections,
-                   consent, host_info, log_to, set_broadcast_enabled, set_consent, set_host_info,
+                   consent, log_to, set_broadcast_enabled, set_consent, set_host_info,
                    set_request_hook, set_transport, set_value_escaping, set_value_filter)
-from .pools import (AntivirusApp, Browser, ComputerSystemPool, ConnectionManagerPool,
-                    DeinstallationPool, DiagnosePool, DiagnoseStep, DiagnoseType, EmailClient,
-                    ExecutionPool, ExecutionStep, FirewallApp, GenericPool, InitializationPool,
-                    Language, StepType)
+from . import pools as _pools
+from .pools import *
 from .receipts import Receipt, SavedReport, SendResult
 from .report import Report, Run
-from .sender import BackgroundSender
-from .store import Store
+from .store import BackgroundSender, Store
 
 __version__ = _decode(_library.zt_version())
-__all__ = ["AntivirusApp", "BackgroundSender", "Browser", "ComputerSystemPool",
-           "ConnectionManagerPool", "Consent", "DeinstallationPool", "DeliveryError",
-           "DiagnosePool", "DiagnoseStep", "DiagnoseType", "EmailClient", "Error", "ExecutionPool",
-           "ExecutionStep", "FieldValue", "FirewallApp", "GenericPool", "InitializationPool",
-           "Language", "Outcome", "Pool", "Receipt", "Record", "Report", "Request", "Response",
-           "Run", "SavedReport", "SendEnd", "SendResult", "Status", "StepType", "Store",
-           "StorePart", "TlsVersion", "TransportOptions", "Value", "close_connections", "consent",
-           "host_info", "log_to", "set_broadcast_enabled", "set_consent", "set_host_info",
-           "set_request_hook", "set_transport", "set_value_escaping", "set_value_filter"]
+__all__ = ["BackgroundSender", "Consent", "DeliveryError", "Error", "FieldValue", "Outcome", "Pool",
+           "Receipt", "Record", "Report", "Request", "Response", "Run", "SavedReport", "SendEnd",
+           "SendResult", "Status", "Store", "StorePart", "TlsVersion", "TransportOptions", "Value",
+           "close_connections", "consent", "log_to", "set_broadcast_enabled", "set_consent",
+           "set_host_info", "set_request_hook", "set_transport", "set_value_escaping",
+           "set_value_filter"]
+__all__ += _pools.__all__

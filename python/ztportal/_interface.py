@@ -153,13 +153,7 @@ class SavedReport(Structure):
 SavedReportCallback = CFUNCTYPE(c_bool, c_void_p, POINTER(SavedReport))
 
 
-class SendResult(Structure):
-    _fields_ = [("size", c_size_t), ("end", c_int32), ("accepted", c_size_t),
-                ("set_aside", c_size_t), ("removed", c_size_t), ("left", c_size_t),
-                ("retry_after_s", c_int64)]
-
-
-Progress = CFUNCTYPE(c_bool, c_void_p, POINTER(SavedReport), POINTER(Delivery))
+ReceiptCallback = CFUNCTYPE(None, c_void_p, POINTER(SavedReport), POINTER(Delivery))
 
 
 IsCancelled = CFUNCTYPE(c_bool, c_void_p)
@@ -167,29 +161,24 @@ IsCancelled = CFUNCTYPE(c_bool, c_void_p)
 
 class SendOptions(Structure):
     _fields_ = [("size", c_size_t), ("configuration_url", c_char_p),
-                ("transport", POINTER(TransportOptions)), ("attempts", c_int32), ("retry", c_bool),
-                ("retry_delay_ms", c_int64), ("longest_delay_ms", c_int64), ("budget_ms", c_int64),
-                ("progress", Progress), ("is_cancelled", IsCancelled), ("user", c_void_p)]
-
-
-ReceiptCallback = CFUNCTYPE(None, c_void_p, POINTER(SavedReport), POINTER(Delivery))
-
-
-class SenderOptions(Structure):
-    _fields_ = [("size", c_size_t), ("configuration_url", c_char_p),
                 ("transport", POINTER(TransportOptions)), ("attempts", c_int32),
                 ("retry_delay_ms", c_int64), ("longest_delay_ms", c_int64),
-                ("on_receipt", ReceiptCallback), ("user", c_void_p), ("kept_receipts", c_size_t)]
+                ("on_receipt", ReceiptCallback), ("user", c_void_p), ("retry", c_bool),
+                ("budget_ms", c_int64), ("is_cancelled", IsCancelled), ("kept_receipts", c_size_t)]
+
+
+class SendResult(Structure):
+    _fields_ = [("size", c_size_t), ("end", c_int32), ("accepted", c_size_t),
+                ("set_aside", c_size_t), ("removed", c_size_t), ("left", c_size_t),
+                ("retry_after_s", c_int64)]
 
 
 # The result and the parameters of each function.
 FUNCTIONS: dict[str, tuple[Any, ...]] = {
-    "zt_status_name": (c_char_p, c_int32),
     "zt_last_error": (c_char_p,),
     "zt_version": (c_char_p,),
     "zt_schema": (c_char_p,),
     "zt_host_set_info": (c_int32, POINTER(Pair), c_size_t),
-    "zt_host_info": (c_int32, c_char_p, POINTER(c_char_p)),
     "zt_host_close_connections": (c_int32,),
     "zt_host_set_value_escaping": (c_int32, c_bool),
     "zt_host_set_broadcast_enabled": (c_int32, c_bool),
@@ -199,8 +188,7 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "zt_replacement_set_n": (c_int32, c_void_p, c_char_p, c_size_t),
     "zt_host_set_value_filter": (c_int32, ValueFilter, c_void_p),
     "zt_host_set_request_hook": (c_int32, RequestHook, c_void_p),
-    "zt_response_set": (c_int32, c_void_p, c_int32, c_char_p, c_size_t),
-    "zt_response_set_retry_after": (c_int32, c_void_p, c_int64),
+    "zt_response_set": (c_int32, c_void_p, c_int32, c_char_p, c_size_t, c_int64),
     "zt_response_fail": (c_int32, c_void_p, c_char_p),
     "zt_host_set_transport": (c_int32, POINTER(TransportOptions)),
     "zt_report_create": (c_int32, c_char_p, c_char_p, c_char_p, c_char_p, c_uint32,
@@ -209,58 +197,39 @@ FUNCTIONS: dict[str, tuple[Any, ...]] = {
     "zt_report_destroy": (None, c_void_p),
     "zt_report_set_transport": (c_int32, c_void_p, POINTER(TransportOptions)),
     "zt_report_get": (c_int32, c_void_p, c_char_p, POINTER(c_char_p)),
-    "zt_report_is_online": (c_int32, c_void_p, POINTER(c_bool)),
     "zt_report_render": (c_int32, c_void_p, c_bool, POINTER(c_char_p), POINTER(c_size_t)),
     "zt_report_send": (c_int32, c_void_p),
-    "zt_report_save": (c_int32, c_void_p),
-    "zt_report_write": (c_int32, c_void_p, c_char_p),
-    "zt_report_resend_all": (c_int32, c_void_p),
+    "zt_report_save": (c_int32, c_void_p, c_char_p),
     "zt_report_resend": (c_int32, c_void_p, c_char_p),
     "zt_report_last_delivery": (c_int32, c_void_p, POINTER(POINTER(Delivery))),
     "zt_report_add_pool": (c_int32, c_void_p, c_char_p, c_int64, POINTER(c_void_p)),
     "zt_report_add_inventory": (c_int32, c_void_p, c_int64, POINTER(c_void_p)),
+    "zt_pool_add_record": (c_int32, c_void_p, c_char_p, c_int64, POINTER(c_void_p)),
+    "zt_pool_fields": (c_int32, c_void_p, POINTER(c_void_p)),
     "zt_pool_set_string": (c_int32, c_void_p, c_char_p, c_char_p),
     "zt_pool_set_string_n": (c_int32, c_void_p, c_char_p, c_char_p, c_size_t),
     "zt_pool_set_integer": (c_int32, c_void_p, c_char_p, c_int64),
+    "zt_pool_set_float": (c_int32, c_void_p, c_char_p, c_float),
     "zt_pool_set_boolean": (c_int32, c_void_p, c_char_p, c_bool),
     "zt_pool_set_date": (c_int32, c_void_p, c_char_p, c_int64),
     "zt_pool_set_null": (c_int32, c_void_p, c_char_p),
-    "zt_pool_append_string": (c_int32, c_void_p, c_char_p, c_char_p),
-    "zt_pool_append_string_n": (c_int32, c_void_p, c_char_p, c_char_p, c_size_t),
     "zt_pool_get_string": (c_int32, c_void_p, c_char_p, POINTER(c_char_p), POINTER(c_size_t)),
     "zt_pool_get_integer": (c_int32, c_void_p, c_char_p, POINTER(c_int64)),
-    "zt_pool_get_date": (c_int32, c_void_p, c_char_p, POINTER(c_int64)),
-    "zt_pool_add_record": (c_int32, c_void_p, c_char_p, c_int64, POINTER(c_void_p)),
-    "zt_pool_fields": (c_int32, c_void_p, POINTER(c_void_p)),
-    "zt_array_add_string": (c_int32, c_void_p, c_char_p, c_char_p),
-    "zt_array_add_string_n": (c_int32, c_void_p, c_char_p, c_char_p, c_size_t),
-    "zt_array_add_integer": (c_int32, c_void_p, c_char_p, c_int32),
-    "zt_array_add_float": (c_int32, c_void_p, c_char_p, c_float),
-    "zt_array_add_boolean": (c_int32, c_void_p, c_char_p, c_bool),
-    "zt_array_add_none": (c_int32, c_void_p, c_char_p),
-    "zt_array_add_array": (c_int32, c_void_p, c_char_p, POINTER(c_void_p)),
     "zt_run_create": (c_int32, c_char_p, c_char_p, POINTER(c_void_p)),
-    "zt_run_destroy": (None, c_void_p),
-    "zt_run_start": (c_int32, c_void_p, c_char_p),
+    "zt_run_start": (c_int32, c_void_p, c_char_p, POINTER(c_void_p)),
     "zt_run_stop": (c_int32, c_void_p, c_char_p),
     "zt_run_set_string": (c_int32, c_void_p, c_char_p, c_char_p),
     "zt_run_set_boolean": (c_int32, c_void_p, c_char_p, c_bool),
-    "zt_run_report": (c_int32, c_void_p, POINTER(c_void_p)),
-    "zt_run_pool": (c_int32, c_void_p, POINTER(c_void_p)),
-    "zt_run_send": (c_int32, c_void_p, c_bool),
     "zt_store_create": (c_int32, POINTER(c_void_p)),
     "zt_store_destroy": (None, c_void_p),
-    "zt_store_folder": (c_int32, c_void_p, POINTER(c_char_p)),
     "zt_store_list": (c_int32, c_void_p, c_int32, SavedReportCallback, c_void_p),
     "zt_store_check": (c_int32, c_void_p, c_char_p, POINTER(c_char_p), POINTER(c_char_p)),
     "zt_store_remove": (c_int32, c_void_p, c_char_p),
-    "zt_store_set_aside": (c_int32, c_void_p, c_char_p),
-    "zt_store_put_back": (c_int32, c_void_p, c_char_p),
-    "zt_store_export": (c_int32, c_void_p, c_char_p, c_char_p),
+    "zt_store_move": (c_int32, c_void_p, c_char_p, c_int32),
     "zt_store_remove_all": (c_int32, c_void_p, POINTER(c_size_t)),
     "zt_store_set_limits": (c_int32, c_size_t, c_uint64, c_int64),
     "zt_store_send": (c_int32, c_void_p, POINTER(SendOptions), POINTER(POINTER(SendResult))),
-    "zt_sender_create": (c_int32, POINTER(SenderOptions), POINTER(c_void_p)),
+    "zt_sender_create": (c_int32, POINTER(SendOptions), POINTER(c_void_p)),
     "zt_sender_destroy": (None, c_void_p),
     "zt_sender_send": (c_int32, c_void_p, c_void_p),
     "zt_sender_flush": (c_int32, c_void_p, c_int64, POINTER(c_size_t)),

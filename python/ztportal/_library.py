@@ -60,6 +60,15 @@ class Owner:
         if hasattr(self, "handle"):
             self._destroy(self.handle)
 
+    def call(self, function: Any, *arguments: Any) -> None:
+        with self.lock:
+            check(function(*arguments))
+
+    def deliver(self, function: Any, *arguments: Any) -> None:
+        """For what may run callbacks, or send."""
+        with deliveries:
+            self.call(function, self.handle, *arguments)
+
 
 class Deliveries:
     """The calls that may run callbacks, or send, on a thread of the interpreter.
@@ -95,13 +104,17 @@ deliveries = Deliveries()
 os.register_at_fork(after_in_child=lambda: Deliveries.__init__(deliveries))
 
 
+def returned(kind: Any, function: Any, *arguments: Any) -> Any:
+    """Calls a function whose last parameter is what it returns."""
+    value = kind()
+    check(function(*arguments, ctypes.byref(value)))
+    return value
+
+
 def created(function: Any, *arguments: Any) -> int:
-    """Calls a function whose last parameter is a handle to return."""
-    handle = ctypes.c_void_p()
+    """Calls a function that returns a handle."""
     with deliveries:
-        check(function(*arguments, ctypes.byref(handle)))
-    assert handle.value is not None
-    return handle.value
+        return int(returned(ctypes.c_void_p, function, *arguments).value)
 
 
 def sized(kind: type[S], **members: Any) -> S:

@@ -10,7 +10,7 @@ from typing import Any, Callable, Generic, Mapping, Sequence, TypeVar, Union, ov
 
 from ._interface import Status
 from ._library import (NO_DATE, NOW, Error, Owner, Text, check, created, decode, encode, library,
-                       terminated)
+                       returned, terminated)
 
 Value = Union[None, str, bytes, bool, int, datetime]
 FieldValue = Union[None, str, bytes, bool, int, float, "Sequence[FieldValue]",
@@ -21,7 +21,7 @@ _MILLISECOND = timedelta(milliseconds=1)
 _LARGEST_FLOAT = 3.4028234663852886e38
 
 # Each value would look these up by name otherwise.
-_set_string, _set_integer = library.zt_pool_set_string_n, library.zt_pool_set_integer
+_set_string_n, _set_integer = library.zt_pool_set_string_n, library.zt_pool_set_integer
 _set_date = library.zt_pool_set_date
 
 
@@ -36,6 +36,11 @@ def from_datetime(date: datetime | None) -> int:
 
 def to_datetime(milliseconds: int) -> datetime | None:
     return None if milliseconds == NO_DATE else _EPOCH + milliseconds * _MILLISECOND
+
+
+def boolean(byte: int) -> bool:
+    """As in reports, which show TRUE only for 1."""
+    return byte == 1
 
 
 def _in_range(value: int, bits: int) -> int:
@@ -60,6 +65,16 @@ class Record:
         for key, value in values.items():
             setattr(self, key, value)
 
+    def _set_string(self, key: bytes, value: Text) -> None:
+        text = encode(value)
+        self._owner.call(_set_string_n, self._handle, key, text, len(text or b""))
+
+    def _add_record(self, record: type[R], key: bytes, values: Mapping[str, Value]) -> R:
+        with self._owner.lock:
+            added = record(self._owner, created(library.zt_pool_add_record, self._handle, key, NOW))
+            added._update(values)
+            return added
+
 
 T = TypeVar("T")
 E = TypeVar("E", bound=IntEnum)
@@ -67,7 +82,9 @@ R = TypeVar("R", bound=Record)
 
 
 class Key(Generic[T]):
-    """An attribute that is the value of a key."""
+    """An attribute that is the value of a key: a number of some kind, unless it is a string."""
+
+    _kind: Callable[[int], T]
 
     def __set_name__(self, owner: type, name: str) -> None:
         self._key = name.encode()
@@ -85,7 +102,32 @@ class Key(Generic[T]):
             return self._get(record._handle)
 
     def _get(self, handle: int) -> T:
-        raise NotImplementedError
+        return self._kind(returned(c_int64, library.zt_pool_get_integer, handle, self._key).value)
+
+
+class Number(Key[T]):
+    def __init__(self, kind: Callable[[int], T]) -> None:
+        self._kind = kind
+
+    def __set__(self, record: Record, value: int) -> None:
+        record._owner.call(_set_integer, record._handle, self._key, _in_range(value, 64))
+
+
+class Enumeration(Number[E]):
+    """Can also be set by name."""
+
+    def __set__(self, record: Record, value: int | str) -> None:
+        if isinstance(value, str):
+            record._set_string(self._key, value)
+        else:
+            super().__set__(record, value)
+
+
+class Date(Key["datetime | None"]):
+    _kind = staticmethod(to_datetime)
+
+    def __set__(self, record: Record, value: datetime | None) -> None:
+        record._owner.call(_set_date, record._handle, self._key, from_datetime(value))
 
 
 class String(Key["str | None"]):
@@ -95,52 +137,7 @@ class String(Key["str | None"]):
         return decode(string_at(value, length.value)) if value else None
 
     def __set__(self, record: Record, value: Text) -> None:
-        text = encode(value)
-        with record._owner.lock:
-            check(_set_string(record._handle, self._key, text, len(text or b"")))
-
-
-class Date(Key["datetime | None"]):
-    def _get(self, handle: int) -> datetime | None:
-        value = c_int64()
-        check(library.zt_pool_get_date(handle, self._key, byref(value)))
-        return to_datetime(value.value)
-
-    def __set__(self, record: Record, value: datetime | None) -> None:
-        number = from_datetime(value)
-        with record._owner.lock:
-            check(_set_date(record._handle, self._key, number))
-
-
-class Number(Key[T]):
-    def __init__(self, kind: Callable[[int], T]) -> None:
-        self._kind = kind
-
-    def _get(self, handle: int) -> T:
-        value = c_int64()
-        check(library.zt_pool_get_integer(handle, self._key, byref(value)))
-        return self._kind(value.value)
-
-    def __set__(self, record: Record, value: int) -> None:
-        number = _in_range(value, 64)
-        with record._owner.lock:
-            check(_set_integer(record._handle, self._key, number))
-
-
-def boolean(byte: int) -> bool:
-    """As in reports, which show TRUE only for 1."""
-    return byte == 1
-
-
-class Enumeration(Number[E]):
-    """Can also be set by name."""
-
-    def __set__(self, record: Record, value: int | str) -> None:
-        if not isinstance(value, str):
-            return super().__set__(record, value)
-        text = encode(value) or b""
-        with record._owner.lock:
-            check(_set_string(record._handle, self._key, text, len(text)))
+        record._set_string(self._key, value)
 
 
 class Pool(Record):
@@ -160,18 +157,6 @@ class Pool(Record):
         with self._owner.lock:
             _add_fields(created(library.zt_pool_fields, self._handle), calls)
 
-    def _add_record(self, record: type[R], key: bytes, values: Mapping[str, Value]) -> R:
-        with self._owner.lock:
-            handle = created(library.zt_pool_add_record, self._handle, key, NOW)
-            added = record(self._owner, handle)
-            added._update(values)
-            return added
-
-    def _append(self, key: bytes, value: str | bytes) -> None:
-        text = encode(value) or b""
-        with self._owner.lock:
-            check(library.zt_pool_append_string_n(self._handle, key, text, len(text)))
-
 
 def _field_call(name: Text, value: FieldValue) -> tuple[Any, ...]:
     """The function that adds a field, its name, and the other arguments; for an array its fields.
@@ -179,15 +164,15 @@ def _field_call(name: Text, value: FieldValue) -> tuple[Any, ...]:
     key = terminated(name)
     if value is None or isinstance(value, (str, bytes)):
         text = encode(value)
-        return (library.zt_array_add_string_n, key, text, len(text or b""))
+        return (_set_string_n, key, text, len(text or b""))
     if isinstance(value, bool):
-        return (library.zt_array_add_boolean, key, value)
+        return (library.zt_pool_set_boolean, key, value)
     if isinstance(value, int):
-        return (library.zt_array_add_integer, key, _in_range(value, 32))
+        return (_set_integer, key, _in_range(value, 32))
     if isinstance(value, float):
         if _LARGEST_FLOAT < abs(value) < float("inf"):
             raise Error(Status.OUT_OF_RANGE, f"{value} is no float of 32 bits")
-        return (library.zt_array_add_float, key, value)
+        return (library.zt_pool_set_float, key, value)
     if isinstance(value, Mapping):
         return (None, key, [_field_call(child, item) for child, item in value.items()])
     if isinstance(value, Sequence):
@@ -198,6 +183,6 @@ def _field_call(name: Text, value: FieldValue) -> tuple[Any, ...]:
 def _add_fields(array: int, calls: list[tuple[Any, ...]]) -> None:
     for function, name, *arguments in calls:
         if function is None:
-            _add_fields(created(library.zt_array_add_array, array, name), arguments[0])
+            _add_fields(created(library.zt_pool_add_record, array, name, NOW), arguments[0])
         else:
             check(function(array, name, *arguments))

@@ -6,12 +6,12 @@ from __future__ import annotations
 import dataclasses
 import logging
 import sys
-from ctypes import byref, c_char_p, c_int32, string_at
+from ctypes import POINTER, c_int32, string_at
 from typing import Any, Callable, Mapping
 
 from . import _interface as c
 from ._interface import Consent, Decision, TlsVersion
-from ._library import (check, decode, decoded, encode, library, milliseconds, sized,
+from ._library import (check, decode, encode, library, milliseconds, returned, sized,
                        terminated)
 
 
@@ -75,8 +75,8 @@ class TransportOptions:
                        for pair in given.headers[:given.header_count]]
             body = string_at(given.body, given.body_length)
             result = self.transport(Request(decode(given.method), decode(given.url), headers, body))
-            check(library.zt_response_set(response, result.status, result.body, len(result.body)))
-            check(library.zt_response_set_retry_after(response, round(result.retry_after)))
+            check(library.zt_response_set(response, result.status, result.body, len(result.body),
+                                          round(result.retry_after)))
         except BaseException as error:
             text = f"{type(error).__name__}: {error}".replace("\0", "")
             library.zt_response_fail(response, text.encode("utf-8", "backslashreplace"))
@@ -98,21 +98,19 @@ def _pairs(texts: Mapping[str, str]) -> Any:
     return (c.Pair * len(pairs))(*pairs)
 
 
+def pointer_to(options: TransportOptions | None) -> Any:
+    return POINTER(c.TransportOptions)(options._structure()) if options else None
+
+
 def set_transport(options: TransportOptions | None) -> None:
     """For all reports that are created from now on. None: the defaults."""
-    check(library.zt_host_set_transport(byref(options._structure()) if options else None))
+    check(library.zt_host_set_transport(pointer_to(options)))
 
 
 def set_host_info(**info: str) -> None:
     """Who the host is: CFBundleName, CFBundleShortVersionString and CFBundleVersion. Call it once,
     before the first report: the name determines the folder of the saved reports."""
     check(library.zt_host_set_info(_pairs(info), len(info)))
-
-
-def host_info(key: str) -> str | None:
-    value = c_char_p()
-    check(library.zt_host_info(terminated(key), byref(value)))
-    return decoded(value)
 
 
 def close_connections() -> None:
@@ -138,9 +136,7 @@ def set_consent(consent: Consent) -> None:
 
 def consent() -> Consent:
     """A file that cannot be read or understood is a revocation."""
-    value = c_int32()
-    check(library.zt_host_consent(byref(value)))
-    return Consent(value.value)
+    return Consent(returned(c_int32, library.zt_host_consent).value)
 
 
 def set_value_filter(decide: Callable[[str, str, str], str | bytes | None] | None) -> None:

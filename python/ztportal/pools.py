@@ -177,7 +177,7 @@ class ConnectionManagerPool(Pool):
     mobileVolumeRoaming = Number(int)
 
     def add_registered_roam_network(self, value: str | bytes) -> None:
-        self._append(b"registeredRoamNetworks", value)
+        self._set_string(b"registeredRoamNetworks", value)
 
 
 class Browser(Record):
@@ -234,3 +234,9 @@ class ComputerSystemPool(Pool):
 
     def add_antivirus_app(self, appName: Text = None, **values: Value) -> AntivirusApp:
         return self._add_record(AntivirusApp, b"antivirusApps", {"appName": appName, **values})
+
+
+__all__ = ["DiagnoseType", "Language", "StepType", "GenericPool", "ExecutionStep", "ExecutionPool",
+           "DeinstallationPool", "InitializationPool", "DiagnoseStep", "DiagnosePool",
+           "ConnectionManagerPool", "Browser", "EmailClient", "FirewallApp", "AntivirusApp",
+           "ComputerSystemPool"]

@@ -4,17 +4,17 @@
 from __future__ import annotations
 
 import json
-from ctypes import POINTER, byref, c_bool, c_char_p, c_size_t, string_at
+from ctypes import POINTER, byref, c_char_p, c_size_t, string_at
 from datetime import datetime, timezone
 from typing import Any, Mapping, Self, TypeVar
 
 from ._interface import Delivery, Status
 from ._library import (CACHE_CONFIGURATION, NOW, OFFLINE, Owner, StrPath, Text, check, created,
-                       decode, decoded, deliveries, encode, library, terminated)
+                       decode, decoded, deliveries, encode, library, returned, terminated)
 from .fields import Pool, Value, from_datetime
-from .host import TransportOptions
+from .host import TransportOptions, pointer_to
 from .pools import ComputerSystemPool, ExecutionPool
-from .receipts import Receipt, receipt_of
+from .receipts import Receipt
 
 P = TypeVar("P", bound=Pool)
 
@@ -26,10 +26,8 @@ class _Key:
         self._key = name.encode()
 
     def __get__(self, report: Report, owner: type) -> str | None:
-        value = c_char_p()
         with report._owner.lock:
-            check(library.zt_report_get(report._handle, self._key, byref(value)))
-            return decoded(value)
+            return decoded(returned(c_char_p, library.zt_report_get, report._handle, self._key))
 
 
 class Report:
@@ -78,10 +76,7 @@ class Report:
     @property
     def online(self) -> bool:
         """Whether the server returned its version."""
-        value = c_bool()
-        with self._owner.lock:
-            check(library.zt_report_is_online(self._handle, byref(value)))
-        return value.value
+        return bool(self.serverVersion)
 
     @property
     def execution(self) -> ExecutionPool:
@@ -136,8 +131,7 @@ class Report:
 
     def set_transport(self, options: TransportOptions) -> None:
         """For the later requests of this report alone."""
-        with self._owner.lock:
-            check(library.zt_report_set_transport(self._handle, byref(options._structure())))
+        self._owner.call(library.zt_report_set_transport, self._handle, pointer_to(options))
 
     def render(self, *, soap: bool = True) -> str:
         """The request text (SOAP 1.1), or without `soap` its body as plain XML."""
@@ -148,36 +142,30 @@ class Report:
 
     def send(self) -> Receipt:
         """Broadcasts and posts the report. If it is not accepted, it is saved in the store."""
-        return self._deliver(library.zt_report_send, self._handle)
+        return self._deliver(library.zt_report_send)
 
     def save(self) -> Receipt:
         """Saves the report in the store without sending it."""
-        return self._deliver(library.zt_report_save, self._handle)
+        return self._deliver(library.zt_report_save, None)
 
     def write(self, path: StrPath) -> None:
         """Writes the request text to a file."""
-        with deliveries, self._owner.lock:
-            check(library.zt_report_write(self._handle, terminated(path)))
+        self._owner.deliver(library.zt_report_save, terminated(path))
 
     def resend(self, path: StrPath) -> Receipt:
         """Sends a saved report. The file stays."""
-        return self._deliver(library.zt_report_resend, self._handle, terminated(path))
-
-    def resend_all(self) -> Receipt:
-        """Sends the saved reports up to the first that is not accepted; `Store.send` does more."""
-        return self._deliver(library.zt_report_resend_all, self._handle)
+        return self._deliver(library.zt_report_resend, terminated(path))
 
     @property
     def last_delivery(self) -> Receipt:
         """The receipt of what this report sent or saved last."""
-        delivery = POINTER(Delivery)()
         with self._owner.lock:
-            check(library.zt_report_last_delivery(self._handle, byref(delivery)))
-            return receipt_of(delivery.contents)
+            delivery = returned(POINTER(Delivery), library.zt_report_last_delivery, self._handle)
+            return Receipt._of(delivery.contents)
 
     def _deliver(self, function: Any, *arguments: Any) -> Receipt:
         with deliveries, self._owner.lock:
-            status = function(*arguments)
+            status = function(self._handle, *arguments)
             if status != Status.NOT_ACCEPTED:
                 check(status)
             return self.last_delivery
@@ -187,31 +175,21 @@ class Run(Report):
     """A run of an application of a built-in customer, reported with the inventory."""
 
     def __init__(self, customerId: Text, applicationId: Text = None) -> None:
-        self._owner = Owner(library.zt_run_create, library.zt_run_destroy,
-                            terminated(customerId), terminated(applicationId))
-        self._handle = created(library.zt_run_report, self._owner.handle)
+        self._own(library.zt_run_create, terminated(customerId), terminated(applicationId))
 
     def start(self, startPoint: Text = "") -> ExecutionPool:
         with self._owner.lock:
-            check(library.zt_run_start(self._owner.handle, terminated(startPoint)))
-            handle = created(library.zt_run_pool, self._owner.handle)
+            handle = created(library.zt_run_start, self._handle, terminated(startPoint))
             self._execution = ExecutionPool(self._owner, handle)
             return self._execution
 
     def set_fact(self, name: Text, value: str | bytes | bool) -> None:
-        """A fact becomes a field of the execution when the run is sent."""
-        with self._owner.lock:
-            if isinstance(value, bool):
-                check(library.zt_run_set_boolean(self._owner.handle, terminated(name), value))
-            else:
-                text = terminated(value)
-                check(library.zt_run_set_string(self._owner.handle, terminated(name), text))
-
-    def send(self) -> Receipt:
-        return self._deliver(library.zt_run_send, self._owner.handle, True)
-
-    def save(self) -> Receipt:
-        return self._deliver(library.zt_run_send, self._owner.handle, False)
+        """A fact becomes a field of the execution when the run is sent or saved."""
+        if isinstance(value, bool):
+            self._owner.call(library.zt_run_set_boolean, self._handle, terminated(name), value)
+        else:
+            text = terminated(value)
+            self._owner.call(library.zt_run_set_string, self._handle, terminated(name), text)
 
 
 def _rfc3339(value: object) -> str:

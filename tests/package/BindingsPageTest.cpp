@@ -11,12 +11,12 @@
 
 #include "TestPaths.h"
 
-// docs/bindings.md: the table of functions is generated from the header.
+// docs/c-functions.md: the table of functions is generated from the header.
 
 namespace zt::test {
 namespace {
 
-const std::string kPage = paths::kSource + "/docs/bindings.md";
+const std::string kPage = paths::kSource + "/docs/c-functions.md";
 constexpr std::string_view kGenerated = "<!-- The rest of this page is generated.";
 
 std::string contentOf(const std::string& path) {

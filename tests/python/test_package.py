@@ -53,7 +53,7 @@ def test_a_missing_library_is_told_in_one_sentence(run):
 def test_a_library_that_is_too_old_is_told_in_one_sentence(run):
     text = run("import ztportal", status=1, ZTPORTAL_LIBRARY="libc.so.6")
     assert text.splitlines()[-1] == ("ImportError: ztportal needs a newer library than libc.so.6, "
-                                     "which has no function zt_status_name")
+                                     "which has no function zt_last_error")
 
 
 def test_a_number_of_a_later_library_is_a_member():

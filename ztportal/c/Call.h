@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -13,12 +14,10 @@
 #include <utility>
 
 #include "ztportal/base/Text.h"
-#include "ztportal/base/ZtString.h"
 #include "ztportal/c/ztportal.h"
-#include "ztportal/platform/http/ZtTransportOptions.h"
-#include "ztportal/portal/ZtDelivery.h"
+#include "ztportal/portal/KeyedValue.h"
 #include "ztportal/portal/ZtPortalData.h"
-#include "ztportal/portal/ZtReportStore.h"
+#include "ztportal/report/ZtReport.h"
 
 // What the functions of ztportal.h have in common: how they fail, how they read arguments, and the
 // handles that several files use.
@@ -44,10 +43,10 @@ template <class... Parts>
 zt_status statusOfException() noexcept;
 
 /// Runs the body of a function of the interface. No exception leaves it.
-template <class Body>
-zt_status call(Body body) noexcept {
+template <class Body, class... Arguments>
+zt_status call(Body body, Arguments... arguments) noexcept {
   try {
-    body();
+    body(arguments...);
     return ZT_OK;
   } catch (...) {
     return statusOfException();
@@ -62,25 +61,23 @@ Object& required(Object* pointer, std::string_view name) {
   return *pointer;
 }
 
-inline std::string_view requiredText(const char* text, std::string_view name) {
+inline std::string requiredText(const char* text, std::string_view name) {
   return &required(text, name);
 }
 
-/// A text with a length; missing for NULL.
-ZtString textOf(const char* text, std::size_t length);
-
-/// The date of a number of milliseconds, `ZT_NOW` or `ZT_NO_DATE`.
-ZtDate dateOf(std::int64_t milliseconds);
-
 /// `ZT_NO_LIMIT` and long durations become a hundred years, which every clock can add to now.
-std::chrono::milliseconds durationOf(std::int64_t milliseconds, std::string_view name);
-std::chrono::seconds secondsOf(std::int64_t seconds, std::string_view name);
-/// Zero leaves the default in `member`.
-void readDuration(std::chrono::milliseconds& member, std::int64_t given, std::string_view name);
+template <class Duration = std::chrono::milliseconds>
+Duration durationOf(std::int64_t number, std::string_view name) {
+  constexpr Duration kLongest = std::chrono::years(100);
+  if (number == ZT_NO_LIMIT) return kLongest;
+  if (number < 0) fail(ZT_BAD_ARGUMENT, name, " is negative");
+  return std::min(Duration(number), kLongest);
+}
 
 /// A copy of the structure that the host passes, whatever version of the library it was built for.
-/// Members that it does not know are zero; those that this library does not know must be. The size of
-/// a structure is a multiple of its alignment; any other would end within a member, half a pointer.
+/// Members that it does not know are zero; those that this library does not know must be. The size
+/// of a structure is a multiple of its alignment; any other would end within a member, half a
+/// pointer.
 template <class Structure>
 Structure readStructure(const Structure* given, std::string_view name) {
   constexpr std::size_t kLargest = 4096;
@@ -89,57 +86,43 @@ Structure readStructure(const Structure* given, std::string_view name) {
     fail(ZT_BAD_ARGUMENT, name, ": size is not set");
   }
   Structure known{};
-  std::memcpy(&known, given, size < sizeof(known) ? size : sizeof(known));
+  std::memcpy(&known, given, std::min(size, sizeof(known)));
   const auto* const bytes = reinterpret_cast<const char*>(given);
-  for (std::size_t i = sizeof(known); i < size; ++i) {
-    if (bytes[i] != 0) fail(ZT_BAD_ARGUMENT, name, ": a newer library is needed");
+  if (std::any_of(bytes + std::min(size, sizeof(known)), bytes + size, std::identity())) {
+    fail(ZT_BAD_ARGUMENT, name, ": a newer library is needed");
   }
   return known;
 }
 
-/// Throws `Failure` for options with a problem.
-ZtTransportOptions transportOptionsOf(const zt_transport_options& given);
-/// None for NULL.
+/// None for NULL. Throws `Failure` for options with a problem.
 std::optional<ZtTransportOptions> transportOptionsOf(const zt_transport_options* given);
-/// How often a report may fail: `ZT_NO_LIMIT` is 0, and 0 is the default.
-unsigned attemptsOf(std::int32_t attempts, unsigned byDefault);
 
-// Results. The texts of these structures belong to their argument.
+// Results.
 
+/// Its texts belong to `delivery`.
 zt_delivery deliveryOf(const ZtDelivery& delivery);
-
-struct SavedReport : zt_saved_report {
-  explicit SavedReport(const ZtSavedReport& saved);
-  SavedReport(const SavedReport&) = delete;
-  SavedReport& operator=(const SavedReport&) = delete;
-  ~SavedReport() = default;
-
- private:
-  std::string _id;
-};
-
-/// Throws `Failure` unless the report was accepted.
-void expectAccepted(bool isAccepted, const ZtDelivery& delivery);
 /// Throws `Failure` unless the report is in the store.
 void expectSaved(const ZtDelivery& delivery);
-
-struct Table;
+/// A text that is returned: its owner keeps it in `kept`. Null if it is missing.
+const char* keep(std::string& kept, const ZtString& text);
 
 }  // namespace zt::c
 
-/// A pool, or a record in one of its lists.
 struct zt_pool {
-  zt_report* report = nullptr;
-  const zt::c::Table* table = nullptr;
-  void* object = nullptr;        ///< of the class of the table
-  ZtPortalPool* pool = nullptr;  ///< the same; null for a record
-  std::string text = {};         ///< the last one that was returned
+  zt_report* report = nullptr;         ///< null for a handle that the host does not have
+  zt::KeyedObject keyed = {};          ///< of a pool or record
+  ZtPortalPoolArray* array = nullptr;  ///< the generic fields that the handle stands for instead
+  ZtPortalPool* pool = nullptr;        ///< of a pool
+  zt_pool* fields = nullptr;           ///< of a pool, once they were asked for
+  std::string text = {};               ///< the last one that was returned
 };
 
 struct zt_report {
   std::shared_ptr<ZtPortalData> document;
-  std::deque<zt_pool> pools = {};  ///< the handles that the host has
-  std::string text = {};           ///< the last one that was returned
+  std::shared_ptr<ZtReport> run = nullptr;  ///< of zt_run_create
+  zt_pool* execution = nullptr;             ///< of the run, once it is started
+  std::deque<zt_pool> pools = {};           ///< the handles that the host has
+  std::string text = {};                    ///< the last one that was returned
   ZtDelivery receipt = {};
   zt_delivery delivery = {};
 };

@@ -1,44 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <map>
-#include <mutex>
-#include <set>
+#include <vector>
 
 #include "ztportal/c/Call.h"
 #include "ztportal/system/ZtHost.h"
 
-namespace {
-
-using zt::c::call;
-using zt::c::fail;
-using zt::c::required;
-using zt::c::requiredText;
-
-template <class Mirrored, class Enumerator>
-constexpr bool hasNumber(Enumerator enumerator, Mirrored number) {
-  return static_cast<Mirrored>(enumerator) == number;
-}
-static_assert(hasNumber(ZtConsent::Unset, ZT_CONSENT_UNSET) &&
-              hasNumber(ZtConsent::Given, ZT_CONSENT_GIVEN) &&
-              hasNumber(ZtConsent::Revoked, ZT_CONSENT_REVOKED));
-static_assert(hasNumber(ZtLogLevel::Debug, ZT_LOG_DEBUG) &&
-              hasNumber(ZtLogLevel::Info, ZT_LOG_INFO) &&
-              hasNumber(ZtLogLevel::Warning, ZT_LOG_WARNING) &&
-              hasNumber(ZtLogLevel::Error, ZT_LOG_ERROR));
-
-/// `text` for the rest of the process. The values of a host are few, so each is kept once.
-const char* kept(const ZtString& text) {
-  if (text.isNull()) return nullptr;
-  static auto& mutex = *new std::mutex;
-  static auto& texts = *new std::set<std::string>;
-  const std::lock_guard lock(mutex);
-  return texts.emplace(text.view()).first->c_str();
-}
-
-}  // namespace
-
 struct zt_replacement {
   std::string text;
 };
+
+struct zt_response {
+  ZtTransportResponse received;
+};
+
+namespace zt::c {
 
 namespace {
 
@@ -56,39 +31,109 @@ ZtDecision decisionOf(Decide decide) {
   }
 }
 
+/// A text with a length, which may be null if it is empty.
+std::string textOf(const char* text, std::size_t length) {
+  if (length != 0) required(text, "text");
+  return {text == nullptr ? "" : text, length};
+}
+
+/// Asks the host's own transport.
+ZtTransportResponse exchangeBy(zt_transport transport, void* user,
+                               const ZtTransportRequest& request) {
+  const std::string method(request.method);
+  const std::string url(request.url);
+  const std::string body(request.body);
+  std::vector<zt_pair> headers;
+  for (const auto& [name, value] : request.headers) {
+    headers.push_back({name.c_str(), value.c_str()});
+  }
+  const zt_request passed{.size = sizeof(zt_request),
+                          .method = method.c_str(),
+                          .url = url.c_str(),
+                          .headers = headers.data(),
+                          .header_count = headers.size(),
+                          .body = body.c_str(),
+                          .body_length = body.size()};
+  zt_response response;
+  transport(user, &passed, &response);
+  return std::move(response.received);
+}
+
+/// Here zero means no limit.
+void readLimit(std::chrono::milliseconds& member, std::int64_t given, std::string_view name) {
+  if (given != 0) member = durationOf(given == ZT_NO_LIMIT ? 0 : given, name);
+}
+
 }  // namespace
+
+std::optional<ZtTransportOptions> transportOptionsOf(const zt_transport_options* given) {
+  if (given == nullptr) return std::nullopt;
+  const zt_transport_options known = readStructure(given, "transport options");
+  ZtTransportOptions options;
+  const auto read = [](auto& member, const char* text) {
+    if (text != nullptr) member = text;
+  };
+  read(options.authorityFile, known.authority_file);
+  read(options.authorityFolder, known.authority_folder);
+  read(options.clientCertificate, known.client_certificate);
+  read(options.clientKey, known.client_key);
+  read(options.clientKeyPassword, known.client_key_password);
+  if (known.minimum_tls_version < ZT_TLS_SYSTEM_DEFAULT || known.minimum_tls_version > ZT_TLS_1_3) {
+    fail(ZT_BAD_ARGUMENT, "minimum_tls_version: no such version");
+  }
+  options.minimumTlsVersion = static_cast<ZtTlsVersion>(known.minimum_tls_version);
+  read(options.proxy, known.proxy);
+  read(options.noProxy, known.no_proxy);
+  readLimit(options.timeout, known.timeout_ms, "timeout_ms");
+  readLimit(options.connectTimeout, known.connect_timeout_ms, "connect_timeout_ms");
+  readLimit(options.idleTimeout, known.idle_timeout_ms, "idle_timeout_ms");
+  if (known.header_count != 0) required(known.headers, "headers");
+  for (std::size_t i = 0; i < known.header_count; ++i) {
+    options.headers.emplace_back(requiredText(known.headers[i].name, "headers: a name"),
+                                 requiredText(known.headers[i].value, "headers: a value"));
+  }
+  options.compressRequests = known.compress_requests;
+  if (known.transport != nullptr) {
+    options.transport = [known](const ZtTransportRequest& request) {
+      return exchangeBy(known.transport, known.transport_user, request);
+    };
+  }
+  if (const std::string problem = options.problem(); !problem.empty()) {
+    fail(ZT_BAD_ARGUMENT, problem);
+  }
+  return options;
+}
+
+}  // namespace zt::c
+
+using zt::c::call;
+using zt::c::decisionOf;
+using zt::c::fail;
+using zt::c::required;
+using zt::c::requiredText;
+using zt::c::textOf;
 
 zt_status zt_host_set_info(const zt_pair* pairs, size_t count) {
   return call([&] {
     if (count != 0) required(pairs, "pairs");
     std::map<std::string, ZtString> info;
     for (std::size_t i = 0; i < count; ++i) {
-      info.insert_or_assign(std::string(requiredText(pairs[i].name, "name")), pairs[i].value);
+      info.insert_or_assign(requiredText(pairs[i].name, "name"), pairs[i].value);
     }
     ZtHost::setBundleInfo(std::move(info));
   });
 }
 
-zt_status zt_host_info(const char* key, const char** value) {
-  return call([&] {
-    required(value, "value") = kept(ZtHost::bundleInfo(std::string(requiredText(key, "key"))));
-  });
-}
+zt_status zt_host_close_connections() { return call(ZtHost::closeConnections); }
 
-zt_status zt_host_close_connections() {
-  return call([] { ZtHost::closeConnections(); });
-}
-
-zt_status zt_host_set_value_escaping(bool is_on) {
-  return call([&] { ZtHost::setValueEscaping(is_on); });
-}
+zt_status zt_host_set_value_escaping(bool is_on) { return call(ZtHost::setValueEscaping, is_on); }
 
 zt_status zt_host_set_broadcast_enabled(bool is_enabled) {
-  return call([&] { ZtHost::setBroadcastEnabled(is_enabled); });
+  return call(ZtHost::setBroadcastEnabled, is_enabled);
 }
 
 zt_status zt_host_set_consent(zt_consent consent) {
-  return call([&] {
+  return call([consent] {
     if (consent < ZT_CONSENT_UNSET || consent > ZT_CONSENT_REVOKED) {
       fail(ZT_BAD_ARGUMENT, "no such consent");
     }
@@ -138,8 +183,25 @@ zt_status zt_host_set_request_hook(zt_request_hook hook, void* user) {
 }
 
 zt_status zt_replacement_set_n(zt_replacement* replacement, const char* text, size_t length) {
+  return call([&] { required(replacement, "replacement").text = textOf(text, length); });
+}
+
+zt_status zt_host_set_transport(const zt_transport_options* options) {
   return call([&] {
-    if (length != 0) required(text, "text");
-    required(replacement, "replacement").text.assign(text == nullptr ? "" : text, length);
+    ZtHost::setTransportOptions(zt::c::transportOptionsOf(options).value_or(ZtTransportOptions()));
+  });
+}
+
+zt_status zt_response_set(zt_response* response, int32_t http_status, const char* body,
+                          size_t length, int64_t retry_after_s) {
+  return call([&] {
+    const auto retryAfter = zt::c::durationOf<std::chrono::seconds>(retry_after_s, "retry_after_s");
+    required(response, "response").received = {http_status, textOf(body, length), {}, retryAfter};
+  });
+}
+
+zt_status zt_response_fail(zt_response* response, const char* error) {
+  return call([&] {
+    required(response, "response").received = {0, {}, requiredText(error, "error"), {}};
   });
 }

@@ -16,41 +16,33 @@
  *
  * Errors: a function that fails returns a status and leaves a sentence in `zt_last_error`. It has
  * no other effect, unless its comment says so. A function that makes a handle sets it to NULL when
- * it fails, and a call with a NULL handle fails with ZT_BAD_ARGUMENT. So a host may check only the
- * last call of a sequence. `_destroy` accepts NULL. Every result is passed by a pointer, which must
- * not be NULL unless the comment says that it may.
+ * it fails, and a call with a NULL handle fails with ZT_BAD_ARGUMENT, so a host may check only the
+ * last call of a sequence. Results are passed by pointers, which must not be NULL unless the
+ * comment says that they may.
  *
- * Texts are UTF-8, which is not checked. A text that is passed in ends with a zero byte or, in
- * functions with `_n`, has a length in bytes and may contain zero bytes; the library copies it.
+ * Texts are UTF-8, which is not checked. One that is passed in ends with a zero byte or, in
+ * functions with a length, has so many bytes and may contain zero bytes; the library copies it.
  * NULL is a missing text, which reports show as "(null)", or ZT_BAD_ARGUMENT where a text is
- * needed. A text or structure that the library returns belongs to the library: it is valid until
- * the next call with the same handle on the same thread. Nothing that it returns is to be freed.
- * Every text that it returns ends with a zero byte.
+ * needed. Texts and structures that the library returns belong to it: they are valid until the next
+ * call with the same handle, and texts end with a zero byte.
  *
- * Handles: what `_create` made, `_destroy` releases, once. Pools, records and arrays belong to
- * their report and are released with it; so does the report of a run.
+ * Handles: what `_create` made, `_destroy` releases, once; it accepts NULL. The handles of pools
+ * belong to their report and are released with it.
  *
  * Threads: different threads may use different handles at the same time. One thread at a time uses
- * a report with its pools, a run, or a store; a store is a light handle, so each thread can have
- * its own. Any thread may use a sender and the functions of the host at any time. Only
- * `zt_sender_create` starts a thread. Callbacks run on the thread that is named with each. They
- * must return normally: no exception, no longjmp, and no pthread_cancel of a thread that is in a
- * call.
+ * a report with its pools, or a store. Any thread may use a sender and the functions of the host at
+ * any time. Only `zt_sender_create` starts a thread. Callbacks run on the thread that is named with
+ * each, and must return normally: no exception, no longjmp, no pthread_cancel of a thread in a
+ * call. The child of fork(2) may use all handles; its copy of a sender only saves. Do not fork
+ * while another thread is in a call.
  *
- * fork(2): the child may use all handles; its copy of a sender only saves. Do not fork while
- * another thread is in a call.
+ * Structures begin with their size, and a later library may add members at the end. A host sets the
+ * size of those that it passes, as in `zt_send_options options = {.size = sizeof options};`. A
+ * member that is 0 or NULL has its default. A structure that is larger than the library knows is
+ * accepted if the rest is zero. In one that the library passes, only members within its size exist.
  *
- * Structures begin with their size, so that they can grow: a later library may add members at the
- * end. A host fills those that it passes with zeros and sets the size, as in
- * `zt_send_options options = {.size = sizeof(zt_send_options)};`. A member that is 0 or NULL has
- * its default. A structure that is larger than the library knows is accepted if the rest is zero.
- * In one that the library passes, only members within its size exist.
- *
- * Enumerations are 32 bits wide in every language. A later library may return further numbers.
- *
- * The symbols have the version ZTPORTAL_C_1; none is changed or removed while the library is called
- * libztportal.so.1.
- */
+ * Enumerations are 32 bits wide in every language. A later library may return further numbers. The
+ * symbols have the version ZTPORTAL_C_1; none is changed or removed in libztportal.so.1. */
 
 /* NOLINTBEGIN(modernize-use-using,modernize-redundant-void-arg,cppcoreguidelines-macro-usage): C */
 
@@ -84,11 +76,8 @@ enum {
   ZT_FAILED = 9  /* anything else */
 };
 
-/* "ZT_OK", …; "unknown status" for other numbers. Static. */
-ZT_C_EXPORT const char* zt_status_name(zt_status status);
 /* Why the last failed call of this thread failed: one English sentence of at most 2,047 bytes,
- * empty if none has failed. A call that succeeds leaves it as it is. Valid until the next failure
- * on this thread. */
+ * empty if none has failed. Valid until the next failure on this thread. */
 ZT_C_EXPORT const char* zt_last_error(void);
 /* The version of the library, such as "1.1.0". Static. */
 ZT_C_EXPORT const char* zt_version(void);
@@ -97,13 +86,12 @@ ZT_C_EXPORT const char* zt_version(void);
  *
  *     {"pools": [{"kind": "execution", "type": "EXECUTION", "keys": [
  *        {"key": "startPoint", "type": "string", "inReports": "START_POINT"}, …,
- *        {"key": "steps", "type": "list", "inReports": "INSTALLATIONSTEPS", "of": [
- *           {"key": "stepName", "type": "string", "inReports": "STEP_NAME"}, …]}]}, …],
+ *        {"key": "steps", "type": "list", "inReports": "INSTALLATIONSTEPS", "of": […]}]}, …],
  *      "enumerations": {"step type": ["ENTER", …], …}}
  *
- * The types are those of docs/report-description.md. Without "inReports" reports do not show the
- * value. The place of a name in its enumeration is its number; "" is a number without a name. The
- * kind "generic" has the type null. Static; NULL without memory. */
+ * The types are those of docs/report-description.md. Reports do not show a value without
+ * "inReports". The place of a name in its enumeration is its number; "" is a number without a name.
+ * Static; NULL without memory. */
 ZT_C_EXPORT const char* zt_schema(void);
 
 /* ---- The host -------------------------------------------------------------------------------- */
@@ -114,19 +102,13 @@ typedef struct zt_pair {
 } zt_pair;
 
 /* Who the host is, unless it is in a bundle: `count` pairs with the names "CFBundleName",
- * "CFBundleShortVersionString" and "CFBundleVersion". Replaces all earlier information. Call it
- * once, before the first report: the name of the host determines the folder of its saved reports.
- */
+ * "CFBundleShortVersionString" and "CFBundleVersion". Call it once, before the first report: the
+ * name determines the folder of the saved reports. */
 ZT_C_EXPORT zt_status zt_host_set_info(const zt_pair* pairs, size_t count);
-/* The value of one of these keys, NULL if it is missing; without "CFBundleName" the name of the
- * executable file. Valid for the rest of the process. */
-ZT_C_EXPORT zt_status zt_host_info(const char* key, const char** value);
-/* Closes the connections to the server and to the session bus that the calling thread keeps for the
- * next report. */
+/* Closes the connections that the calling thread keeps for the next report. */
 ZT_C_EXPORT zt_status zt_host_close_connections(void);
-/* Whether the texts of all reports are escaped so that they are well-formed XML. Off at first:
- * texts are written as they are, and one with a `<` or `&` may make a report that the server does
- * not understand and that cannot be sent again once it is saved. */
+/* Whether texts are escaped so that every report is well-formed XML. Off at first: one with `<`
+ * or `&` may make a report that the server does not understand and that cannot be sent again. */
 ZT_C_EXPORT zt_status zt_host_set_value_escaping(bool is_on);
 /* Whether reports are broadcast on the session bus before they are sent. On at first. */
 ZT_C_EXPORT zt_status zt_host_set_broadcast_enabled(bool is_enabled);
@@ -138,8 +120,8 @@ enum {
   ZT_CONSENT_REVOKED = 2 /* nothing is examined, sent, saved or broadcast */
 };
 
-/* Keeps what the user has said, in a file of this host, for all its processes and for later ones.
- * ZT_SYSTEM if it cannot be kept; a revocation is then valid for this process at least. */
+/* Keeps what the user has said, in a file for all processes of this host. ZT_SYSTEM if that fails;
+ * a revocation is then valid for this process at least. */
 ZT_C_EXPORT zt_status zt_host_set_consent(zt_consent consent);
 /* What the user has said, read anew. A file that cannot be read or understood is a revocation. */
 ZT_C_EXPORT zt_status zt_host_consent(zt_consent* consent);
@@ -152,14 +134,13 @@ enum {
   ZT_LOG_ERROR = 3    /* a report or a part of it is lost */
 };
 
-/* Takes one message of the log. `module` is one word, such as "transport" or "store"; `message` is
- * one English sentence without a line end, a password or a value of a report. Both end with the
- * call. Runs on the thread on which the message arose, outside the library's locks; what the
- * library logs meanwhile on that thread is dropped. */
+/* Takes a message of the log: one English sentence without a line end, a password or a value of a
+ * report, of a `module` such as "transport" or "store". Both end with the call. Runs on the thread
+ * of the message; what the library logs meanwhile there is dropped. */
 typedef void (*zt_log_handler)(void* user, zt_log_level level, const char* module,
                                const char* message);
 /* Passes the log of all threads to `handler`, with `user`. NULL turns it off, as it is at first. A
- * call of the former handler may still be running on another thread when this returns. */
+ * call of the former one may still be running on another thread when this returns. */
 ZT_C_EXPORT zt_status zt_host_set_log_handler(zt_log_handler handler, void* user);
 
 typedef int32_t zt_decision;
@@ -182,20 +163,17 @@ ZT_C_EXPORT zt_status zt_replacement_set_n(zt_replacement* replacement, const ch
 typedef zt_decision (*zt_value_filter)(void* user, const char* pool_type, const char* name,
                                        const char* value, size_t length,
                                        zt_replacement* replacement);
-/* Decides about a whole request text, of `length` bytes, before it is broadcast and sent, before it
- * is saved, and before it is sent from the store. A dropped one is not (ZT_OUTCOME_DROPPED). Runs
- * on the thread that delivers it. */
+/* Decides about a whole request text, of `length` bytes, each time before it is broadcast, sent or
+ * saved. A dropped one is not (ZT_OUTCOME_DROPPED). Runs on the thread that delivers it. */
 typedef zt_decision (*zt_request_hook)(void* user, const char* request, size_t length,
                                        zt_replacement* replacement);
-/* Asks `filter` or `hook` from now on, for all reports. NULL ends that. A call of the former one
- * may still be running on another thread when this returns. */
+/* Asks `filter` or `hook` from now on, for all reports; otherwise like zt_host_set_log_handler. */
 ZT_C_EXPORT zt_status zt_host_set_value_filter(zt_value_filter filter, void* user);
 ZT_C_EXPORT zt_status zt_host_set_request_hook(zt_request_hook hook, void* user);
 
 /* ---- How requests travel --------------------------------------------------------------------- */
 
-/* For durations and numbers of attempts: no limit. Other negative numbers are ZT_BAD_ARGUMENT, and
- * durations of more than a hundred years count as a hundred years. */
+/* For durations and numbers of attempts: no limit. Other negative numbers are ZT_BAD_ARGUMENT. */
 #define ZT_NO_LIMIT (-1)
 
 /* A request that the host's own transport sends. Ends with the call. */
@@ -211,16 +189,14 @@ typedef struct zt_request {
 /* What it received. Ends with the call. */
 typedef struct zt_response zt_response;
 
-/* A complete response arrived, with the status `http_status` and a body of `length` bytes. */
+/* A complete response arrived, with the status `http_status` and a body of `length` bytes. The
+ * server asks to wait so many seconds (Retry-After, RFC 9110), or 0. */
 ZT_C_EXPORT zt_status zt_response_set(zt_response* response, int32_t http_status, const char* body,
-                                      size_t length);
-/* How long the server asks to wait (Retry-After, RFC 9110), in seconds. */
-ZT_C_EXPORT zt_status zt_response_set_retry_after(zt_response* response, int64_t seconds);
+                                      size_t length, int64_t retry_after_s);
 /* No complete response arrived, for the reason `error`, one sentence without passwords. */
 ZT_C_EXPORT zt_status zt_response_fail(zt_response* response, const char* error);
-/* Sends one request, and describes the result in `response`. Runs on the thread that sends, perhaps
- * on several at the same time. It decides itself on redirects, certificates, proxies and time
- * limits. */
+/* Sends one request, with redirects, certificates and time limits of its own, and describes the
+ * result in `response`. Runs on the thread that sends, perhaps on several at the same time. */
 typedef void (*zt_transport)(void* user, const zt_request* request, zt_response* response);
 
 typedef int32_t zt_tls_version;
@@ -291,7 +267,7 @@ enum {
   ZT_ERROR_MEMORY = 14
 };
 
-/* The receipt of one delivery. Texts are never NULL. */
+/* The receipt of one delivery. Durations are in microseconds; texts are never NULL. */
 typedef struct zt_delivery {
   size_t size;
   zt_outcome outcome;
@@ -300,11 +276,11 @@ typedef struct zt_delivery {
   int32_t save_error_number; /* errno; 0 if it was saved or did not have to be */
   const char* message;       /* one English sentence without passwords */
   const char* url;           /* without user name and password; empty if it was not sent */
-  const char* saved_to;      /* the file in the store that has the report now; empty if none has */
-  const char* save_error;    /* why it could not be saved; empty like `save_error_number` */
+  const char* saved_to;      /* the file in the store that has the report now, if any */
+  const char* save_error;    /* why it could not be saved */
   uint64_t request_bytes;
   uint64_t response_bytes;
-  int64_t lookup_us; /* durations in microseconds; 0 if the phase was not needed */
+  int64_t lookup_us; /* 0 if the phase was not needed, like the next three */
   int64_t connect_us;
   int64_t tls_us;
   int64_t response_us;
@@ -315,8 +291,8 @@ typedef struct zt_delivery {
 /* ---- Reports --------------------------------------------------------------------------------- */
 
 typedef struct zt_report zt_report; /* a report document */
-typedef struct zt_pool zt_pool;     /* a pool of a report, or a record in a list of a pool */
-typedef struct zt_array zt_array;   /* the generic fields of a pool, or an array among them */
+/* A pool of a report, a record in a list of a pool, or an array of generic fields. */
+typedef struct zt_pool zt_pool;
 
 /* Points in time are milliseconds since 1970-01-01T00:00:00Z. */
 #define ZT_NOW INT64_MAX     /* the time of the call */
@@ -338,41 +314,32 @@ ZT_C_EXPORT zt_status zt_report_create(const char* configuration_url, const char
  * place, such as "/pools/0/steps/2/stepType: expected …"; no server was contacted. */
 ZT_C_EXPORT zt_status zt_report_from_json(const char* json, size_t length, uint32_t flags,
                                           zt_report** report);
-/* Releases a report with its pools. Not for the report of a run. */
+/* Releases a report with its pools. */
 ZT_C_EXPORT void zt_report_destroy(zt_report* report);
 
 /* Like zt_host_set_transport, for the later requests of this report alone. */
 ZT_C_EXPORT zt_status zt_report_set_transport(zt_report* report,
                                               const zt_transport_options* options);
 /* The value of "reportId", "machineId", "customerId", "applicationId", "applicationVersion",
- * "reportUrl", "reportTestUrl", "configurationUrl", "serverVersion" or "file" (its path in the
- * store, whether it is there or not); NULL if it is missing. ZT_UNKNOWN_KEY for another key. */
+ * "reportUrl", "reportTestUrl", "configurationUrl", "serverVersion" (empty or NULL unless the
+ * server returned it) or "file" (its path in the store, whether it is there or not); NULL if it is
+ * missing. ZT_UNKNOWN_KEY for another key. */
 ZT_C_EXPORT zt_status zt_report_get(zt_report* report, const char* key, const char** value);
-/* Whether the server returned its version. */
-ZT_C_EXPORT zt_status zt_report_is_online(const zt_report* report, bool* is_online);
 
 /* The request text (SOAP 1.1), or without `soap` its body as plain XML; lines end with CR LF. Empty
- * for a report without pools. `length` is its size in bytes, without the zero byte at its end; it
- * may be NULL. */
+ * for a report without pools. `length` is its size in bytes and may be NULL. */
 ZT_C_EXPORT zt_status zt_report_render(zt_report* report, bool soap, const char** text,
                                        size_t* length);
 /* Broadcasts and posts the report. ZT_NOT_ACCEPTED: the report is in the store, if it could be
  * saved; zt_report_last_delivery tells. */
 ZT_C_EXPORT zt_status zt_report_send(zt_report* report);
-/* Saves the report in the store without sending it. ZT_SYSTEM if the file cannot be written,
- * ZT_NOT_ACCEPTED for a revoked consent or a hook. */
-ZT_C_EXPORT zt_status zt_report_save(zt_report* report);
-/* Writes the request text to the file `path`, replacing its content; otherwise like
- * zt_report_save. */
-ZT_C_EXPORT zt_status zt_report_write(zt_report* report, const char* path);
-/* Sends the saved reports of the host in the order in which the system lists them, removes each
- * that is accepted, and stops at the first that is not. ZT_OK in both cases;
- * zt_report_last_delivery is the receipt of the last one. See also zt_store_send. */
-ZT_C_EXPORT zt_status zt_report_resend_all(zt_report* report);
+/* Saves the report without sending it: as the file `path`, whose content it replaces, or for NULL
+ * in the store. ZT_SYSTEM if that fails, ZT_NOT_ACCEPTED for a revoked consent or a hook. */
+ZT_C_EXPORT zt_status zt_report_save(zt_report* report, const char* path);
 /* Sends the saved report `path`; the file stays. ZT_NOT_ACCEPTED also if it cannot be read or is
  * not well-formed XML. */
 ZT_C_EXPORT zt_status zt_report_resend(zt_report* report, const char* path);
-/* The receipt of what this report sent, saved or resent last. */
+/* The receipt of what this report sent, resent or saved in the store last. */
 ZT_C_EXPORT zt_status zt_report_last_delivery(zt_report* report, const zt_delivery** delivery);
 
 /* ---- Pools ----------------------------------------------------------------------------------- */
@@ -385,6 +352,13 @@ ZT_C_EXPORT zt_status zt_report_add_pool(zt_report* report, const char* kind, in
 /* Adds a pool "computerSystem" that is filled from this machine, which runs subprocesses and waits
  * for them. `pool` may be NULL. */
 ZT_C_EXPORT zt_status zt_report_add_inventory(zt_report* report, int64_t timestamp, zt_pool** pool);
+/* Adds a record to the list `key` of a pool, such as "steps" or "browsers". `timestamp` is that of
+ * a step; other records have none. In an array of generic fields, adds a field `key` that is an
+ * array itself. `record` may be NULL. */
+ZT_C_EXPORT zt_status zt_pool_add_record(zt_pool* pool, const char* key, int64_t timestamp,
+                                         zt_pool** record);
+/* The generic fields of a pool, which are written after its values. ZT_WRONG_TYPE for a record. */
+ZT_C_EXPORT zt_status zt_pool_fields(zt_pool* pool, zt_pool** fields);
 
 /* Each sets the value of a key, which is that of a JSON description:
  *
@@ -393,100 +367,57 @@ ZT_C_EXPORT zt_status zt_report_add_inventory(zt_report* report, int64_t timesta
  *     zt_pool_set_string(step, "stepType", "ERROR");   // an enumeration, by name
  *     zt_pool_set_integer(step, "stepType", 4);        // or by number, which need not have a name
  *
+ * In an array of generic fields, each but zt_pool_set_date adds a field with the name `key` at its
+ * end instead; names need be neither unique nor present. In a list of texts, a string is added.
+ *
  * ZT_UNKNOWN_KEY: the pool has no such key. ZT_WRONG_TYPE: its type is another. ZT_OUT_OF_RANGE:
  * the number does not fit, or the enumeration has no such name. */
 ZT_C_EXPORT zt_status zt_pool_set_string(zt_pool* pool, const char* key, const char* value);
 ZT_C_EXPORT zt_status zt_pool_set_string_n(zt_pool* pool, const char* key, const char* value,
                                            size_t length);
-/* Also sets a boolean, as a byte from -128 to 255; reports show TRUE only for 1. */
+/* Also sets a boolean, as a byte from -128 to 255; reports show TRUE only for 1. Generic fields
+ * have 32 bits. */
 ZT_C_EXPORT zt_status zt_pool_set_integer(zt_pool* pool, const char* key, int64_t value);
+/* For generic fields, which reports show with two digits after the point; no key has this type. */
+ZT_C_EXPORT zt_status zt_pool_set_float(zt_pool* pool, const char* key, float value);
 ZT_C_EXPORT zt_status zt_pool_set_boolean(zt_pool* pool, const char* key, bool value);
 ZT_C_EXPORT zt_status zt_pool_set_date(zt_pool* pool, const char* key, int64_t value);
-/* Makes a string or date missing. */
+/* Makes a string or date missing, or adds a generic field that has only a name. */
 ZT_C_EXPORT zt_status zt_pool_set_null(zt_pool* pool, const char* key);
-/* Adds `value`, which must not be NULL, to a list of texts. */
-ZT_C_EXPORT zt_status zt_pool_append_string(zt_pool* pool, const char* key, const char* value);
-ZT_C_EXPORT zt_status zt_pool_append_string_n(zt_pool* pool, const char* key, const char* value,
-                                              size_t length);
-
-/* Each returns the value of a key, and fails like the functions above. */
 
 /* A string, or the name of an enumeration's number, "" if it has none. NULL for a missing string.
- * `length` is its size in bytes; it may be NULL. */
+ * `length` is its size in bytes and may be NULL. Generic fields cannot be read. */
 ZT_C_EXPORT zt_status zt_pool_get_string(zt_pool* pool, const char* key, const char** value,
                                          size_t* length);
-/* An integer, the number of an enumeration (above INT64_MAX: negative), or the byte of a boolean,
- * from -128 to 127. */
+/* An integer, a date or ZT_NO_DATE, the number of an enumeration (above INT64_MAX: negative), or
+ * the byte of a boolean, from -128 to 127. */
 ZT_C_EXPORT zt_status zt_pool_get_integer(zt_pool* pool, const char* key, int64_t* value);
-/* ZT_NO_DATE for a missing date. */
-ZT_C_EXPORT zt_status zt_pool_get_date(zt_pool* pool, const char* key, int64_t* value);
-
-/* Adds a record to the list `key`, such as "steps" or "browsers". A record has the keys of its list
- * and no generic fields. `timestamp` is that of a step; other records have none. `record` may be
- * NULL. */
-ZT_C_EXPORT zt_status zt_pool_add_record(zt_pool* pool, const char* key, int64_t timestamp,
-                                         zt_pool** record);
-
-/* The generic fields of a pool, which are written after its values. ZT_WRONG_TYPE for a record. */
-ZT_C_EXPORT zt_status zt_pool_fields(zt_pool* pool, zt_array** fields);
-/* Each adds a field at the end. Names need be neither unique nor present. Names and values cannot
- * be changed afterwards. */
-ZT_C_EXPORT zt_status zt_array_add_string(zt_array* array, const char* name, const char* value);
-ZT_C_EXPORT zt_status zt_array_add_string_n(zt_array* array, const char* name, const char* value,
-                                            size_t length);
-ZT_C_EXPORT zt_status zt_array_add_integer(zt_array* array, const char* name, int32_t value);
-/* Reports have two digits after the point. */
-ZT_C_EXPORT zt_status zt_array_add_float(zt_array* array, const char* name, float value);
-ZT_C_EXPORT zt_status zt_array_add_boolean(zt_array* array, const char* name, bool value);
-/* A field that has only a name. */
-ZT_C_EXPORT zt_status zt_array_add_none(zt_array* array, const char* name);
-/* A field that contains fields, to any depth. */
-ZT_C_EXPORT zt_status zt_array_add_array(zt_array* array, const char* name, zt_array** child);
 
 /* ---- Runs ------------------------------------------------------------------------------------ */
 
-/* One run of an application of one of the built-in customers, reported as a whole: the inventory of
- * the computer, the steps of the run and its facts.
- *
- *     zt_run* run = NULL;
- *     zt_pool* execution = NULL;
- *     zt_run_create("Kelvane", NULL, &run);
- *     zt_run_start(run, "setup");
- *     zt_run_pool(run, &execution);
- *     zt_pool_set_string(execution, "endResultCode", "0");
- *     zt_run_set_string(run, "EDITION", "Home");
- *     zt_run_stop(run, "finish");
- *     zt_run_send(run, true);
- *     zt_run_destroy(run);
- */
-typedef struct zt_run zt_run;
-
-/* Creates a report for the customer, which contacts the server as zt_report_create does, and takes
- * the inventory of the computer. `application_id` NULL or "" is the customer's default.
- * ZT_UNKNOWN_KEY for an unknown customer. */
+/* Creates the report of one run of an application of a built-in customer, in which zt_run_start,
+ * zt_run_set_string and zt_run_stop say what happens; they fail with ZT_WRONG_TYPE for other
+ * reports. It contacts the server as zt_report_create does, and takes the inventory of the
+ * computer. `application_id` NULL or "" is the customer's default. ZT_UNKNOWN_KEY for an unknown
+ * customer. */
 ZT_C_EXPORT zt_status zt_run_create(const char* customer_id, const char* application_id,
-                                    zt_run** run);
-ZT_C_EXPORT void zt_run_destroy(zt_run* run);
-/* The run starts now, at a point that the host names. The first call adds the pool "execution". */
-ZT_C_EXPORT zt_status zt_run_start(zt_run* run, const char* start_point);
+                                    zt_report** report);
+/* The run starts now, at a point that the host names. The first call adds the pool "execution",
+ * which each call returns; `execution` may be NULL. */
+ZT_C_EXPORT zt_status zt_run_start(zt_report* report, const char* start_point, zt_pool** execution);
 /* The run ends now. No effect before its start. */
-ZT_C_EXPORT zt_status zt_run_stop(zt_run* run, const char* end_point);
-/* Facts, which become generic fields of the pool "execution" when the run is sent. A second one of
- * the same name and type replaces the first. Those of a run that was never started are dropped. */
-ZT_C_EXPORT zt_status zt_run_set_string(zt_run* run, const char* name, const char* value);
-ZT_C_EXPORT zt_status zt_run_set_boolean(zt_run* run, const char* name, bool value);
-/* The report of the run, for further pools and the receipt, and its pool "execution", which exists
- * from the start on (until then ZT_FAILED). Both belong to the run. */
-ZT_C_EXPORT zt_status zt_run_report(zt_run* run, zt_report** report);
-ZT_C_EXPORT zt_status zt_run_pool(zt_run* run, zt_pool** pool);
-/* Sends the report, as zt_report_send, or without `send` saves it, as zt_report_save. */
-ZT_C_EXPORT zt_status zt_run_send(zt_run* run, bool send);
+ZT_C_EXPORT zt_status zt_run_stop(zt_report* report, const char* end_point);
+/* Facts, which become generic fields of the pool "execution" when the report is sent, or saved in
+ * the store. A second one of the same name and type replaces the first. Those of a run that was
+ * never started are dropped. */
+ZT_C_EXPORT zt_status zt_run_set_string(zt_report* report, const char* name, const char* value);
+ZT_C_EXPORT zt_status zt_run_set_boolean(zt_report* report, const char* name, bool value);
 
 /* ---- The store ------------------------------------------------------------------------------- */
 
 /* The saved reports of the host, one file each, in the folder `Kelvane/<name of the host>/reports`
  * in the user's application-support folder. Those that failed too often are in the folder
- * "unsendable" beside it. */
+ * "unsendable" beside it. A light handle, so each thread can have its own. */
 typedef struct zt_store zt_store;
 
 typedef struct zt_saved_report {
@@ -494,21 +425,18 @@ typedef struct zt_saved_report {
   const char* path;
   const char* report_id; /* the file's name without its ending */
   uint64_t bytes;
-  int64_t time; /* when it was last written, in milliseconds since 1970-01-01T00:00:00Z */
+  int64_t time; /* when it was last written */
 } zt_saved_report;
 
 typedef int32_t zt_store_part;
 enum { ZT_REPORTS = 0, ZT_UNSENDABLE = 1 };
-/* Called for each report, on the calling thread; false ends the list. `report` ends with the call.
- */
+/* Called for each report, which ends with the call, on the calling thread. False ends the list. */
 typedef bool (*zt_saved_report_callback)(void* user, const zt_saved_report* report);
 
 /* Opens the store of the host as zt_host_set_info names it now. Creates the folder; ZT_SYSTEM if
  * that fails. */
 ZT_C_EXPORT zt_status zt_store_create(zt_store** store);
 ZT_C_EXPORT void zt_store_destroy(zt_store* store);
-/* The folder of the reports. Valid as long as the store. */
-ZT_C_EXPORT zt_status zt_store_folder(zt_store* store, const char** folder);
 /* Lists the reports, oldest first. The callback may change the store. */
 ZT_C_EXPORT zt_status zt_store_list(zt_store* store, zt_store_part part,
                                     zt_saved_report_callback callback, void* user);
@@ -516,24 +444,44 @@ ZT_C_EXPORT zt_status zt_store_list(zt_store* store, zt_store_part part,
  * that may quote it ("" if it can). Either pointer may be NULL. */
 ZT_C_EXPORT zt_status zt_store_check(zt_store* store, const char* path, const char** customer_id,
                                      const char** problem);
-/* Each works on a report of either part, by its path, and fails with ZT_SYSTEM: removes it, moves
- * it to "unsendable", or moves it back, which forgets its failures. */
+/* Each works on a report of either part, by its path, and fails with ZT_SYSTEM: removes it, or
+ * moves it to the other `part`; one that comes back to ZT_REPORTS has no failures. */
 ZT_C_EXPORT zt_status zt_store_remove(zt_store* store, const char* path);
-ZT_C_EXPORT zt_status zt_store_set_aside(zt_store* store, const char* path);
-ZT_C_EXPORT zt_status zt_store_put_back(zt_store* store, const char* path);
-/* Copies it into the folder `target`, or else to the new file `target`. Replaces nothing; only its
- * owner can read the copy. */
-ZT_C_EXPORT zt_status zt_store_export(zt_store* store, const char* path, const char* target);
+ZT_C_EXPORT zt_status zt_store_move(zt_store* store, const char* path, zt_store_part part);
 /* Removes all reports of both parts. `removed` may be NULL. */
 ZT_C_EXPORT zt_status zt_store_remove_all(zt_store* store, size_t* removed);
 /* How much the stores of this process keep, for each part: so many reports, bytes and seconds; 0 is
  * no limit. Enforced after each save and by sending; the oldest reports go first. */
 ZT_C_EXPORT zt_status zt_store_set_limits(size_t reports, uint64_t bytes, int64_t age_s);
 
+/* Takes the receipt of a report that was tried or cannot be sent, on the thread that is named with
+ * the function. Both structures end with the call. */
+typedef void (*zt_receipt_callback)(void* user, const zt_saved_report* report,
+                                    const zt_delivery* delivery);
+/* Asked before each report and often during a wait, on the calling thread; true ends sending. */
+typedef bool (*zt_is_cancelled)(void* user);
+
+typedef struct zt_send_options {
+  size_t size;
+  const char* configuration_url;         /* of the customer's configuration document */
+  const zt_transport_options* transport; /* NULL: those of the host */
+  int32_t attempts;       /* failures until a report is set aside; default 5; ZT_NO_LIMIT: never */
+  int64_t retry_delay_ms; /* before trying again; default 1,000; doubles each time, */
+  int64_t longest_delay_ms; /* up to this; default 60,000 */
+  zt_receipt_callback on_receipt;
+  void* user; /* for both callbacks */
+  /* Of zt_store_send; a sender always retries. */
+  bool retry;        /* wait and try again until nothing is left that can be sent */
+  int64_t budget_ms; /* no request and no wait begins after it; default: no limit */
+  zt_is_cancelled is_cancelled;
+  /* Of zt_sender_create. */
+  size_t kept_receipts; /* without `on_receipt`; default 100; the oldest are dropped first */
+} zt_send_options;
+
 typedef int32_t zt_send_end;
 enum {
   ZT_SEND_DONE = 0,      /* every report was tried */
-  ZT_SEND_CANCELLED = 1, /* a callback asked for it */
+  ZT_SEND_CANCELLED = 1, /* the callback asked for it */
   ZT_SEND_BUDGET = 2,    /* the time is over */
   ZT_SEND_OFFLINE = 3,   /* no configuration, no version of the server, or the server is gone */
   ZT_SEND_DEFERRED = 4,  /* the server asks to wait */
@@ -552,78 +500,30 @@ typedef struct zt_send_result {
   int64_t retry_after_s; /* how long the server asks to wait; 0 if it does not */
 } zt_send_result;
 
-/* Both run on the thread that sends. */
-/* Called after each report that was tried or cannot be sent; false ends sending. Both structures
- * end with the call. */
-typedef bool (*zt_progress)(void* user, const zt_saved_report* report, const zt_delivery* delivery);
-/* Asked before each report and often during a wait; true ends sending. */
-typedef bool (*zt_is_cancelled)(void* user);
-
-typedef struct zt_send_options {
-  size_t size;
-  const char* configuration_url;         /* of the customer's configuration document */
-  const zt_transport_options* transport; /* NULL: those of the host */
-  int32_t attempts;       /* failures until a report is set aside; default 5; ZT_NO_LIMIT: never */
-  bool retry;             /* wait and try again until nothing is left that can be sent */
-  int64_t retry_delay_ms; /* default 1,000; doubles each time, */
-  int64_t longest_delay_ms; /* up to this; default 60,000 */
-  int64_t budget_ms;        /* no request and no wait begins after it; default: no limit */
-  zt_progress progress;
-  zt_is_cancelled is_cancelled;
-  void* user; /* for both */
-} zt_send_options;
-
 /* Sends the saved reports, oldest first, and removes those that are accepted; none blocks the
- * others. ZT_OK if nothing is left, otherwise ZT_NOT_ACCEPTED, both with a result; `result` may be
- * NULL. */
+ * others. Calls back on the calling thread. ZT_OK if nothing is left, otherwise ZT_NOT_ACCEPTED,
+ * both with a result; `result` may be NULL. */
 ZT_C_EXPORT zt_status zt_store_send(zt_store* store, const zt_send_options* options,
                                     const zt_send_result** result);
 
 /* ---- Sending in the background --------------------------------------------------------------- */
 
-/* Sends reports from a thread of its own, so that the host never waits for a network:
- *
- *     zt_sender_options options = {.size = sizeof(zt_sender_options)};
- *     options.configuration_url = "http://config.example.com/kelvane.xml";
- *     zt_sender_create(&options, &sender);
- *     zt_report_create(NULL, "Kelvane", application_id, "2.1", ZT_OFFLINE, &report);
- *     …
- *     zt_sender_send(sender, report);
- *     zt_report_destroy(report);
- *     …
- *     zt_sender_stop(sender, 2000, NULL);   // when the host quits
- *     zt_sender_destroy(sender);
- *
- * A report is saved before zt_sender_send returns, so it survives a crash. The thread sends what
- * the store holds, reports of earlier runs included. While something is left it tries again with
- * growing delays, and soon after the network of the machine has changed. It blocks all signals,
- * except those that report a fault of its own code. */
+/* Sends reports from a thread of its own, so that the host, whose reports are ZT_OFFLINE, never
+ * waits for a network. A report is saved before zt_sender_send returns, so it survives a crash. The
+ * thread sends what the store holds, reports of earlier runs included. While something is left it
+ * tries again with growing delays, and soon after the network of the machine has changed. It blocks
+ * all signals, except those that report a fault of its own code. */
 typedef struct zt_sender zt_sender;
 
-/* Takes one receipt, on the thread of the sender or of zt_sender_receipts. Both structures end with
- * the call. It may pass further reports to the sender, but not destroy it. */
-typedef void (*zt_receipt_callback)(void* user, const zt_saved_report* report,
-                                    const zt_delivery* delivery);
-
-typedef struct zt_sender_options {
-  size_t size;
-  const char* configuration_url;         /* of the customer's configuration document */
-  const zt_transport_options* transport; /* NULL: those of the host */
-  int32_t attempts;                      /* these three as in zt_send_options */
-  int64_t retry_delay_ms;
-  int64_t longest_delay_ms;
-  zt_receipt_callback on_receipt; /* NULL: receipts are kept for zt_sender_receipts */
-  void* user;
-  size_t kept_receipts; /* default 100; the oldest are dropped first */
-} zt_sender_options;
-
-/* Starts the thread. If the system has none, which is logged, zt_sender_send only saves. */
-ZT_C_EXPORT zt_status zt_sender_create(const zt_sender_options* options, zt_sender** sender);
+/* Starts the thread. If the system has none, which is logged, zt_sender_send only saves. The thread
+ * calls `on_receipt`, which may pass further reports to the sender, but not destroy it; without it,
+ * receipts are kept for zt_sender_receipts. */
+ZT_C_EXPORT zt_status zt_sender_create(const zt_send_options* options, zt_sender** sender);
 /* Stops the sender with a time limit of five seconds, unless zt_sender_stop was called.
  * `on_receipt` may still be running if that is not enough. */
 ZT_C_EXPORT void zt_sender_destroy(zt_sender* sender);
-/* Saves the report and wakes up the thread. The report may be changed or destroyed afterwards.
- * Fails like zt_report_save; then nothing sends it. */
+/* Saves the report, which may be changed or destroyed afterwards, and wakes up the thread. Fails
+ * like zt_report_save; then nothing sends it. */
 ZT_C_EXPORT zt_status zt_sender_send(zt_sender* sender, zt_report* report);
 /* Waits at most `timeout_ms` until each report that is in the store now has been tried once more.
  * `left` is how many are there then; it may be NULL. */
@@ -633,7 +533,7 @@ ZT_C_EXPORT zt_status zt_sender_flush(zt_sender* sender, int64_t timeout_ms, siz
 ZT_C_EXPORT zt_status zt_sender_stop(zt_sender* sender, int64_t timeout_ms, size_t* left);
 /* A file descriptor for poll(2) that is readable while there are receipts; -1 if there is
  * `on_receipt` or no descriptor is left. It belongs to the sender. */
-ZT_C_EXPORT zt_status zt_sender_descriptor(const zt_sender* sender, int* descriptor);
+ZT_C_EXPORT zt_status zt_sender_descriptor(zt_sender* sender, int* descriptor);
 /* Passes the receipts since the last call to `callback`, on the calling thread, oldest first. */
 ZT_C_EXPORT zt_status zt_sender_receipts(zt_sender* sender, zt_receipt_callback callback,
                                          void* user);

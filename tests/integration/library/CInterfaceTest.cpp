@@ -29,12 +29,12 @@ class CInterfaceTest : public RealPortalTest {
   static zt_report* makeReport(const char* url, std::uint32_t flags = 0) {
     zt_report* report = nullptr;
     zt_pool* pool = nullptr;
-    zt_array* fields = nullptr;
+    zt_pool* fields = nullptr;
     EXPECT_EQ(zt_report_create(url, "Kelvane", kApplicationId, "2.1", flags, &report), ZT_OK);
     EXPECT_EQ(zt_report_add_pool(report, "generic", ZT_NOW, &pool), ZT_OK);
     EXPECT_EQ(zt_pool_set_string(pool, "poolType", "CUSTOM"), ZT_OK);
     EXPECT_EQ(zt_pool_fields(pool, &fields), ZT_OK);
-    EXPECT_EQ(zt_array_add_string(fields, "RESULT", "gr\xc3\xbc\xc3\x9f"), ZT_OK);
+    EXPECT_EQ(zt_pool_set_string(fields, "RESULT", "gr\xc3\xbc\xc3\x9f"), ZT_OK);
     return report;
   }
 };
@@ -104,16 +104,15 @@ void answer(void* user, const zt_request* request, zt_response* response) {
   }
   static_cast<Lines*>(user)->push_back(line);
   const std::string body(request->body, request->body_length);
-  EXPECT_EQ(zt_response_set(response, 200, nullptr, 1), ZT_BAD_ARGUMENT);
+  EXPECT_EQ(zt_response_set(response, 200, nullptr, 1, 0), ZT_BAD_ARGUMENT);
   EXPECT_EQ(zt_response_fail(response, nullptr), ZT_BAD_ARGUMENT);
-  EXPECT_EQ(zt_response_set_retry_after(response, -2), ZT_BAD_ARGUMENT);
+  EXPECT_EQ(zt_response_set(response, 200, "", 0, -2), ZT_BAD_ARGUMENT);
   std::string text = "<configuration><defSOAP>http://own.test/</defSOAP></configuration>";
   if (!body.empty()) text = "<versioninfo>7.1</versioninfo>";
   if (body.find("postPoolDatas") == std::string::npos) {
-    EXPECT_EQ(zt_response_set(response, 200, text.data(), text.size()), ZT_OK);
+    EXPECT_EQ(zt_response_set(response, 200, text.data(), text.size(), 0), ZT_OK);
   } else if (static_cast<Lines*>(user)->size() == 3) {
-    EXPECT_EQ(zt_response_set(response, 503, "busy", 4), ZT_OK);
-    EXPECT_EQ(zt_response_set_retry_after(response, 30), ZT_OK);
+    EXPECT_EQ(zt_response_set(response, 503, "busy", 4, 30), ZT_OK);
   } else {
     EXPECT_EQ(zt_response_fail(response, "the modem is off"), ZT_OK);
   }
@@ -152,7 +151,7 @@ TEST_F(CInterfaceTest, AHostMaySendItself) {
 TEST_F(CInterfaceTest, ASenderKeepsItsReceiptsForTheHost) {
   const ReportingServer server;
   const std::string url = server.configurationUrl();
-  zt_sender_options options{};
+  zt_send_options options{};
   options.size = sizeof(options);
   options.configuration_url = url.c_str();
   zt_sender* sender = nullptr;
@@ -195,7 +194,7 @@ TEST_F(CInterfaceTest, ASenderCallsTheHostOnItsThread) {
     std::thread::id thread;
     zt_outcome outcome = ZT_OUTCOME_NOT_SENT;
   } seen;
-  zt_sender_options options{};
+  zt_send_options options{};
   options.size = sizeof(options);
   options.configuration_url = url.c_str();
   options.attempts = ZT_NO_LIMIT;

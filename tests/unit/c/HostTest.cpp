@@ -16,22 +16,14 @@ using Lines = std::vector<std::string>;
 
 class CHostTest : public CTest {};
 
-std::string info(const char* key) {
-  const char* value = "unset";
-  EXPECT_EQ(zt_host_info(key, &value), ZT_OK);
-  return value != nullptr ? value : "NULL";
-}
-
 TEST_F(CHostTest, NamesItself) {
   const zt_pair pairs[] = {{"CFBundleName", "Wizard"}, {"CFBundleVersion", nullptr}};
   EXPECT_EQ(zt_host_set_info(pairs, 2), ZT_OK);
-  const char* first = nullptr;
-  EXPECT_EQ(zt_host_info("CFBundleName", &first), ZT_OK);
-  EXPECT_EQ(info("CFBundleVersion"), "NULL");
-  EXPECT_EQ(info("CFBundleShortVersionString"), "NULL");
+  EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "Wizard");
+  EXPECT_TRUE(ZtHost::bundleInfo("CFBundleVersion").isNull());
+  EXPECT_TRUE(ZtHost::bundleInfo("CFBundleShortVersionString").isNull());
   EXPECT_EQ(zt_host_set_info(nullptr, 0), ZT_OK);
-  EXPECT_EQ(info("CFBundleName"), "ztportal_unit_test");
-  EXPECT_STREQ(first, "Wizard");
+  EXPECT_EQ(ZtHost::bundleInfo("CFBundleName"), "ztportal_unit_test");
 }
 
 TEST_F(CHostTest, KeepsTheConsent) {
@@ -54,8 +46,8 @@ TEST_F(CHostTest, ARevokedConsentIsAStatusOfItsOwn) {
   ASSERT_EQ(zt_host_set_consent(ZT_CONSENT_REVOKED), ZT_OK);
   EXPECT_EQ(zt_report_send(own.get()), ZT_NOT_ACCEPTED);
   EXPECT_EQ(deliveryOf(own).outcome, ZT_OUTCOME_NO_CONSENT);
-  EXPECT_EQ(zt_report_save(own.get()), ZT_NOT_ACCEPTED);
-  EXPECT_EQ(zt_report_write(own.get(), "/report.xml"), ZT_NOT_ACCEPTED);
+  EXPECT_EQ(zt_report_save(own.get(), nullptr), ZT_NOT_ACCEPTED);
+  EXPECT_EQ(zt_report_save(own.get(), "/report.xml"), ZT_NOT_ACCEPTED);
   EXPECT_STREQ(zt_last_error(), "the user has revoked the consent");
   EXPECT_FALSE(platform.files_.exists("/report.xml"));
 }
@@ -67,11 +59,11 @@ TEST_F(CHostTest, GetsTheLog) {
   };
   EXPECT_EQ(zt_host_set_log_handler(handler, &lines), ZT_OK);
   const Report own = makeFilledReport();
-  EXPECT_EQ(zt_report_save(own.get()), ZT_OK);
+  EXPECT_EQ(zt_report_save(own.get(), nullptr), ZT_OK);
   EXPECT_THAT(lines, Contains("1 store: saved in " + valueOf(own, "file")));
   EXPECT_EQ(zt_host_set_log_handler(nullptr, nullptr), ZT_OK);
   lines.clear();
-  EXPECT_EQ(zt_report_save(own.get()), ZT_OK);
+  EXPECT_EQ(zt_report_save(own.get(), nullptr), ZT_OK);
   EXPECT_THAT(lines, ElementsAre());
 }
 
@@ -118,13 +110,13 @@ TEST_F(CHostTest, DecidesAboutEachRequest) {
   const Report own = makeFilledReport();
   EXPECT_EQ(zt_report_send(own.get()), ZT_OK);
   EXPECT_EQ(platform.http_.asked.back().body, "<new/>");
-  EXPECT_EQ(zt_report_write(own.get(), "/report.xml"), ZT_OK);
+  EXPECT_EQ(zt_report_save(own.get(), "/report.xml"), ZT_OK);
   EXPECT_EQ(platform.files_.read("/report.xml", 100), "<new/>");
   decision = ZT_DROP;
   EXPECT_EQ(zt_report_send(own.get()), ZT_NOT_ACCEPTED);
   EXPECT_EQ(deliveryOf(own).outcome, ZT_OUTCOME_DROPPED);
-  EXPECT_EQ(zt_report_save(own.get()), ZT_NOT_ACCEPTED);
-  EXPECT_EQ(zt_report_write(own.get(), "/report.xml"), ZT_NOT_ACCEPTED);
+  EXPECT_EQ(zt_report_save(own.get(), nullptr), ZT_NOT_ACCEPTED);
+  EXPECT_EQ(zt_report_save(own.get(), "/report.xml"), ZT_NOT_ACCEPTED);
   EXPECT_STREQ(zt_last_error(), "the host's hook dropped the report");
 }
 

@@ -6,13 +6,11 @@
 #include <memory>
 #include <string>
 #include <string_view>
-#include <tuple>
-#include <type_traits>
 #include <utility>
+#include <variant>
 #include <vector>
 
-#include "ztportal/pools/FieldTable.h"
-#include "ztportal/portal/NewPools.h"
+#include "ztportal/portal/KeyedValue.h"
 
 namespace zt {
 
@@ -88,55 +86,38 @@ void addFields(const JsonValue& list, ZtPortalPoolArray& array) {
   for (const JsonValue& field : list.list()) addField(field, array);
 }
 
-// The fields of a table: `read` reads the value of a field into its member.
+// The fields of a table: `read` reads the value of a field to its place.
 
-void read(const JsonValue& value, ZtAtomic<ZtString>& member) { member.store(value.string()); }
-void read(const JsonValue& value, ZtAtomic<ZtDate>& member) { member.store(value.date()); }
-void read(const JsonValue& value, std::int32_t& member) { member = value.integer(); }
-void read(const JsonValue& value, std::int64_t& member) { member = value.longInteger(); }
-void read(const JsonValue& value, ZtBOOL& member) { member = value.booleanByte(); }
+bool readByKey(const KeyedObject& object, const std::string& key, const JsonValue& value);
 
-using Strings = std::vector<ZtString>;
-void read(const JsonValue& value, ZtAtomic<std::shared_ptr<const Strings>>& member) {
-  Strings strings;
-  for (const JsonValue& string : value.list()) strings.emplace_back(string.text());
-  member.store(std::make_shared<const Strings>(std::move(strings)));
+void read(const JsonValue& /*value*/, std::monostate /*place*/) {}
+void read(const JsonValue& value, ZtAtomic<ZtString>* place) { place->store(value.string()); }
+void read(const JsonValue& value, ZtAtomic<ZtDate>* place) { place->store(value.date()); }
+void read(const JsonValue& value, std::int32_t* place) { *place = value.integer(); }
+void read(const JsonValue& value, std::int64_t* place) { *place = value.longInteger(); }
+void read(const JsonValue& value, ZtBOOL* place) { *place = value.booleanByte(); }
+void read(const JsonValue& value, NamedNumber place) {
+  *place.number = value.enumeration(place.names->nameOf, place.names->count);
 }
-
-template <class Object>
-bool readByKey(Object& object, const std::string& key, const JsonValue& value);
-
-template <class List>
-void readRecords(const JsonValue& value, List& list) {
-  using Record = typename RecordOf<List>::Type;
+void read(const JsonValue& value, StringList* place) {
+  std::vector<ZtString> strings;
+  for (const JsonValue& string : value.list()) strings.emplace_back(string.text());
+  place->store(std::make_shared<const std::vector<ZtString>>(std::move(strings)));
+}
+void read(const JsonValue& value, RecordList place) {
   for (const JsonValue& object : value.list()) {
-    const auto& record = list.emplace_back(newRecord<Record>(timeStampOf(object)));
+    const KeyedObject record = place.add(place.list, timeStampOf(object));
     object.eachMember([&record](const std::string& key, const JsonValue& member) {
-      return readByKey(*record, key, member);
+      return readByKey(record, key, member);
     });
   }
 }
 
 /// Reads the value of `key` into `object`. Returns whether the table of its class has the key.
-template <class Object>
-bool readByKey(Object& object, const std::string& key, const JsonValue& value) {
-  bool known = false;
-  eachField<Object>([&](const auto& row) {
-    if constexpr (!std::same_as<decltype(row), const FalseField&>) {
-      if (row.key != key) return;
-      known = true;
-      using Member = typename std::remove_cvref_t<decltype(row)>::Member;
-      auto& member = object.*row.member;
-      if constexpr (std::same_as<decltype(member), std::uint64_t&>) {
-        member = value.enumeration(row.enumeration->nameOf, row.enumeration->count);
-      } else if constexpr (requires { typename RecordOf<Member>::Type; }) {
-        readRecords(value, listOf(member));
-      } else {
-        read(value, member);
-      }
-    }
-  });
-  return known;
+bool readByKey(const KeyedObject& object, const std::string& key, const JsonValue& value) {
+  const KeyedValue found = object.find(object.object, key);
+  std::visit([&value](auto place) { read(value, place); }, found);
+  return !std::holds_alternative<std::monostate>(found);
 }
 
 template <class Pool>
@@ -158,7 +139,7 @@ void addDescribed(const JsonValue& object, ZtPortalData& document, bool mayExami
       addFields(value, *pool->fields());
       return true;
     }
-    return readByKey(*pool, key, value);
+    return readByKey(keyed(*pool), key, value);
   });
 }
 
