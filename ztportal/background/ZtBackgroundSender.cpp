@@ -24,7 +24,7 @@
 #include "ztportal/platform/network/NetworkChanges.h"
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/portal/ReportStore.h"
-#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 #include "ztportal/system/ZtSystemInfos.h"
 

@@ -8,7 +8,6 @@
 #include "ztportal/c/Call.h"
 #include "ztportal/platform/Platform.h"
 #include "ztportal/portal/ZtReportDescription.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 
 namespace zt::c {

@@ -23,7 +23,7 @@
 #include "ztportal/portal/RequestText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtUtils.h"
-#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 
 namespace zt {
 

@@ -17,7 +17,6 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/ZtReportStore.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 

@@ -19,7 +19,6 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/RequestText.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostFolder.h"
 #include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "ztportal/system/ZtPrivacy.h"
+#include "ztportal/system/ZtHost.h"
 
 /// What the host wants done with the reports of its process, see `ZtHost`. Everything is off at
 /// first, and then costs one atomic read.
@@ -16,6 +16,10 @@ inline constinit std::atomic<bool> isEscaping = false;
 inline constinit std::atomic<bool> isFiltering = false;
 inline constinit std::atomic<bool> isBroadcasting = true;
 }  // namespace rules
+
+/// Whether the user has revoked the consent: nothing may be examined, sent, saved or broadcast.
+/// Costs one stat() without a consent.
+inline bool consentIsRevoked() { return ZtHost::consent() == ZtConsent::Revoked; }
 
 inline bool valuesAreEscaped() noexcept {
   return rules::isEscaping.load(std::memory_order_relaxed);

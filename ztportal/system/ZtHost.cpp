@@ -11,7 +11,6 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 
 namespace {
@@ -69,10 +68,6 @@ void ZtHost::closeConnections() {
 std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPrograms(); }
 
 void ZtHost::setValueEscaping(bool isOn) { zt::rules::isEscaping = isOn; }
-
-bool ZtHost::setConsent(ZtConsent consent) { return zt::keepConsent(consent); }
-
-ZtConsent ZtHost::consent() { return zt::readConsent(); }
 
 void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
 
