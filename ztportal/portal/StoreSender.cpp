@@ -163,17 +163,14 @@ class StoreSender {
   /// The request in the file, which may be written while it is listed or read: `report` gets the
   /// facts of what was read.
   static std::optional<std::string> read(ZtSavedReport& report, std::string* problem) {
-    constexpr int kMostTries = 3;
-    std::optional<std::string> request;
-    for (int tries = 0; tries < kMostTries; ++tries) {
+    for (int tries = 1;; ++tries) {
       const std::optional<FileFacts> facts = files().facts(report.path);
-      request = ReportStore::request(report.path, problem);
+      auto request = ReportStore::request(report.path, problem);
       if (!facts) return request;
       report.bytes = facts->bytes;
       report.time = facts->time;
-      if (files().facts(report.path) == facts) return request;
+      if (tries == 3 || files().facts(report.path) == facts) return request;
     }
-    return request;
   }
 
   ZtDelivery deliver(ZtSavedReport& report) try {
@@ -252,12 +249,11 @@ class StoreSender {
   bool isAboutTheServer(const ZtDelivery& delivery) {
     if (delivery.retryAfter.count() > 0) {
       const seconds wait = std::min(delivery.retryAfter, kLongestRetryAfter);
-      // Rounded up.
-      _waitEnd = static_cast<std::uint32_t>(secondsSince1970() + wait.count() + 1);
+      _waitEnd = static_cast<std::uint32_t>(secondsSince1970() + wait.count() + 1);  // rounded up
+      return true;
     }
-    return delivery.retryAfter.count() > 0 ||
-           std::find(kServerStatuses.begin(), kServerStatuses.end(), delivery.httpStatus) !=
-               kServerStatuses.end();
+    return std::find(kServerStatuses.begin(), kServerStatuses.end(), delivery.httpStatus) !=
+           kServerStatuses.end();
   }
 
   void countFailure(const ZtSavedReport& report, ZtDelivery& delivery) {
