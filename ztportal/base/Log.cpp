@@ -29,8 +29,7 @@ constinit std::array<std::atomic<std::size_t>, 256> passedMessages{};
 }  // namespace
 
 void setLogHandler(ZtLogHandler handler) {
-  const bool isGiven = handler != nullptr;
-  setHostFunction(std::move(handler));
+  const bool isGiven = setHostFunction(std::move(handler));
   for (std::atomic<std::size_t>& passed : passedMessages) passed = 0;
   hasHandler = isGiven;
 }

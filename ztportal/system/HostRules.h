@@ -24,10 +24,10 @@ inline bool consentIsRevoked() { return ZtHost::consent() == ZtConsent::Revoked;
 inline bool valuesAreEscaped() noexcept {
   return rules::isEscaping.load(std::memory_order_relaxed);
 }
-
-inline bool hasValueFilter() noexcept { return rules::isFiltering.load(std::memory_order_relaxed); }
 /// Whether values are written as they are.
-inline bool valuesArePlain() noexcept { return !hasValueFilter() && !valuesAreEscaped(); }
+inline bool valuesArePlain() noexcept {
+  return !rules::isFiltering.load(std::memory_order_relaxed) && !valuesAreEscaped();
+}
 /// Asks the filter about `value` and replaces it if the filter does. False: to be left out, also if
 /// the filter throws anything.
 bool passesValueFilter(std::string_view poolType, std::string_view name, std::string& value);

@@ -72,9 +72,7 @@ void ZtHost::setValueEscaping(bool isOn) { zt::rules::isEscaping = isOn; }
 void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
 
 void ZtHost::setValueFilter(ZtValueFilter filter) {
-  const bool isGiven = filter != nullptr;
-  zt::setHostFunction(std::move(filter));
-  zt::rules::isFiltering = isGiven;
+  zt::rules::isFiltering = zt::setHostFunction(std::move(filter));
 }
 
 void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setHostFunction(std::move(hook)); }
