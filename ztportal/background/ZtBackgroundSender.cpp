@@ -121,7 +121,7 @@ struct ZtBackgroundSender::State {
   enum class Pass { Complete, Incomplete, Failed, Offline };
   Pass sendAll();
   void passOn(ZtBackgroundReceipt receipt);
-  void waitAfter(Pass pass, std::uint64_t number, std::unique_lock<std::mutex>& lock);
+  void waitAfter(Pass pass, std::unique_lock<std::mutex>& lock);
 
   void ask(bool& isWanted, milliseconds timeout);
   bool isOnThread() const { return std::this_thread::get_id() == thread.get_id(); }
@@ -182,7 +182,7 @@ void ZtBackgroundSender::State::run() {
     lock.lock();
     done = number;
     changed.notify_all();
-    waitAfter(pass, number, lock);
+    waitAfter(pass, lock);
   }
   lock.unlock();
   network.reset();
@@ -236,13 +236,12 @@ void ZtBackgroundSender::State::passOn(ZtBackgroundReceipt receipt) {
 }
 
 /// Waits until the next pass should begin, or the sender stops.
-void ZtBackgroundSender::State::waitAfter(Pass pass, std::uint64_t number,
-                                          std::unique_lock<std::mutex>& lock) {
+void ZtBackgroundSender::State::waitAfter(Pass pass, std::unique_lock<std::mutex>& lock) {
   const auto isAsked = [&] {
     // After a failure new reports wait as well, so that a host that reports often does not try the
     // failed ones again and again.
     const bool isNews = pass == Pass::Complete || pass == Pass::Incomplete;
-    return isStopping || isUrgent || (isNews && wanted != number);
+    return isStopping || isUrgent || (isNews && wanted != done);
   };
   if (pass == Pass::Complete) {
     delay = options.retryDelay;

@@ -61,12 +61,9 @@ class SendingState {
   explicit SendingState(std::string path) : _path(std::move(path)) {
     _text = files().read(_path, kReportFileLimit).value_or("");
     for (std::string_view text = _text; !text.empty();) {
-      const std::string_view line = takeLine(text);
-      const std::size_t blank = line.find(' ');
-      if (blank == std::string_view::npos) continue;
-      if (const auto number = parseNumber<std::uint32_t>(line.substr(0, blank))) {
-        _numbers[std::string(line.substr(blank + 1))] = *number;
-      }
+      std::string_view name = takeLine(text);
+      const auto number = parseNumber<std::uint32_t>(takeLine(name, ' '));
+      if (number && !name.empty()) (*this)[name] = *number;
     }
   }
 
