@@ -22,15 +22,6 @@ namespace zt::tools {
 
 namespace {
 
-/// The options for requests as they were typed.
-struct TransportArguments {
-  std::string authorityFile;
-  std::optional<std::string> proxy;
-  std::optional<unsigned> seconds;
-  std::vector<std::string> headers;
-  bool gzip = false;
-};
-
 /// The options as they were typed, and the command.
 struct Arguments {
   std::string appName = "ztreport";
@@ -48,10 +39,11 @@ struct Arguments {
   bool logs = false;
   bool receipts = false;
   bool purge = false;
-  std::optional<unsigned> olderThanDays;
   RunOptions run;
   ResendOptions resend;
-  TransportArguments transport;
+  ZtTransportOptions transport;
+  std::optional<unsigned> seconds;
+  std::vector<std::string> headers;
   std::function<Exit()> command;
 
   Output output() const {
@@ -130,17 +122,18 @@ void addServer(CLI::App& command, Arguments& arguments) {
 }
 
 /// Adds the last options of a command.
-void addTransport(CLI::App& command, TransportArguments& transport) {
+void addTransport(CLI::App& command, Arguments& arguments) {
   command.option_defaults()->group("Transport");
-  addValue(command, "--ca", "FILE", transport.authorityFile,
+  addValue(command, "--ca", "FILE", arguments.transport.authorityFile,
            "Certificate authorities to trust, in place of the system's (PEM)");
-  addValue(command, "--proxy", "URL", transport.proxy,
+  addValue(command, "--proxy", "URL", arguments.transport.proxy,
            "Proxy to use, in place of that of the environment; empty for none");
-  addValue(command, "--timeout", "SECONDS", transport.seconds,
+  addValue(command, "--timeout", "SECONDS", arguments.seconds,
            "Seconds for each request (default: 2)");
-  addList(command, "--header", transport.headers,
+  addList(command, "--header", arguments.headers,
           "A header for each request, \"NAME: VALUE\"; can be repeated");
-  addFlag(command, "--gzip", transport.gzip, "Compress the requests; the server must support it");
+  addFlag(command, "--gzip", arguments.transport.compressRequests,
+          "Compress the requests; the server must support it");
 }
 
 void addReportCommands(CLI::App& app, Arguments& arguments) {
@@ -165,7 +158,7 @@ void addReportCommands(CLI::App& app, Arguments& arguments) {
   addEscape(*send, arguments);
   addOutput(*send, arguments);
   addReceipts(*send, arguments);
-  addTransport(*send, arguments.transport);
+  addTransport(*send, arguments);
 
   CLI::App* save =
       addCommand(app, arguments, "save", "Save a report without sending it, and print its path",
@@ -199,7 +192,7 @@ void addRunCommand(CLI::App& app, Arguments& arguments) {
   addEscape(*run, arguments);
   addOutput(*run, arguments);
   addReceipts(*run, arguments);
-  addTransport(*run, arguments.transport);
+  addTransport(*run, arguments);
 }
 
 void addStoreCommands(CLI::App& app, Arguments& arguments) {
@@ -218,7 +211,7 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
            "Number of reports to try at most; 0 for all");
   addOutput(*resend, arguments);
   addReceipts(*resend, arguments);
-  addTransport(*resend, arguments.transport);
+  addTransport(*resend, arguments);
 
   CLI::App* store = addCommand(
       app, arguments, "store", "List the saved reports, and why any of them cannot be sent",
@@ -228,8 +221,7 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
         if (arguments.purge && arguments.setAside) {
           throw WrongUsage("give either --purge or --set-aside");
         }
-        if (arguments.olderThanDays && !arguments.purge) throw WrongUsage("--older is for --purge");
-        if (arguments.purge) return purge(arguments.olderThanDays.value_or(0), arguments.output());
+        if (arguments.purge) return purge(arguments.output());
         return arguments.setAside ? setAside(*arguments.setAside, arguments.output())
                                   : listStore(arguments.output());
       });
@@ -237,8 +229,6 @@ void addStoreCommands(CLI::App& app, Arguments& arguments) {
            "Move this saved report, which may block all others, to the folder set-aside");
   addFlag(*store, "--purge", arguments.purge,
           "Remove the saved reports, also those that resend has given up");
-  addValue(*store, "--older", "DAYS", arguments.olderThanDays,
-           "With --purge: only those of so many days");
   addOutput(*store, arguments, "Print only the reports that cannot be sent");
 
   CLI::App* show = addCommand(app, arguments, "show", "Print the content of a report's text",
@@ -283,7 +273,7 @@ void addMachineCommands(CLI::App& app, Arguments& arguments) {
       [&] { return tools::doctor(serverUrl(arguments), arguments.appName, arguments.output()); });
   addServer(*doctor, arguments);
   addOutput(*doctor, arguments, "Print only the checks that failed");
-  addTransport(*doctor, arguments.transport);
+  addTransport(*doctor, arguments);
 }
 
 void addAll(CLI::App& app, Arguments& arguments) {
@@ -323,20 +313,15 @@ void setHost(const std::string& name, const std::string& version) {
                          {"CFBundleVersion", version}});
 }
 
-void setTransport(const TransportArguments& given) {
-  ZtTransportOptions options;
-  options.authorityFile = given.authorityFile;
-  options.proxy = given.proxy;
-  if (given.seconds) options.timeout = std::chrono::seconds(*given.seconds);
-  for (const std::string& header : given.headers) {
+void setTransport(const Arguments& arguments) {
+  ZtTransportOptions options = arguments.transport;
+  if (arguments.seconds) options.timeout = std::chrono::seconds(*arguments.seconds);
+  for (const std::string& header : arguments.headers) {
     const std::size_t colon = header.find(':');
-    if (colon == std::string::npos) {
-      throw WrongUsage("--header: expected NAME: VALUE");
-    }
+    if (colon == std::string::npos) throw WrongUsage("--header: expected NAME: VALUE");
     const std::string_view value = std::string_view(header).substr(colon + 1);
     options.headers.emplace_back(header.substr(0, colon), trimmed(value));
   }
-  options.compressRequests = given.gzip;
   const std::string problem = ZtHost::setTransportOptions(std::move(options));
   if (problem.empty()) return;
   // The library names the member.
@@ -367,7 +352,7 @@ Exit runCommandLine(int argc, const char* const* argv) {
   try {
     if (arguments.logs) ZtHost::setLogHandler(ZtLogToStderr);
     setHost(arguments.appName, arguments.appVersion);
-    setTransport(arguments.transport);
+    setTransport(arguments);
     ZtHost::setValueEscaping(arguments.escape);
     return arguments.command();
   } catch (const WrongUsage& usage) {

@@ -14,7 +14,6 @@
 #include <mutex>
 #include <new>
 #include <random>
-#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -24,7 +23,7 @@
 #include "ztportal/platform/network/NetworkChanges.h"
 #include "ztportal/pools/ZtPortalDef.h"
 #include "ztportal/portal/ReportStore.h"
-#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 #include "ztportal/system/ZtSystemInfos.h"
 
@@ -41,26 +40,6 @@ constexpr milliseconds kAfterNetworkChange{1000};  // routes and name servers co
 void warn(std::string_view message, std::string_view reason) {
   zt::log(ZtLogLevel::Warning, "background", message, reason);
 }
-
-/// Blocks the signals of the calling thread for a scope, so that a thread that is started in it
-/// handles none of the host's. A fault in the thread itself still reaches the host's handler.
-class BlockedSignals {
- public:
-  BlockedSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS}) {
-      sigdelset(&all, fault);
-    }
-    ::pthread_sigmask(SIG_SETMASK, &all, &_before);
-  }
-  BlockedSignals(const BlockedSignals&) = delete;
-  BlockedSignals& operator=(const BlockedSignals&) = delete;
-  ~BlockedSignals() { ::pthread_sigmask(SIG_SETMASK, &_before, nullptr); }
-
- private:
-  sigset_t _before{};
-};
 
 /// The receipts that the host has not taken yet, and a pipe that has one byte in it while there are
 /// some. Used inside a lock.
@@ -86,13 +65,14 @@ class ReceiptQueue {
   std::size_t dropped() const { return _dropped; }
 
   void add(ZtBackgroundReceipt receipt) {
-    if (_limit == 0 || _receipts.size() == _limit) ++_dropped;
-    if (_limit == 0) return;
-    if (_receipts.size() == _limit) _receipts.pop_front();
+    const bool isFirst = _receipts.empty();
     _receipts.push_back(std::move(receipt));
-    const char byte = 1;
-    if (_receipts.size() == 1 && _identity.isStill(_writing.number())) {
-      [[maybe_unused]] const ssize_t count = ::write(_writing.number(), &byte, 1);
+    if (_receipts.size() > _limit) {
+      _receipts.pop_front();
+      ++_dropped;
+    }
+    if (isFirst && _identity.isStill(_writing.number())) {
+      [[maybe_unused]] const ssize_t count = ::write(_writing.number(), "", 1);
     }
   }
 
@@ -140,10 +120,10 @@ struct ZtBackgroundSender::State {
   // A pass is one call of ZtReportStore::send.
   enum class Pass { Complete, Incomplete, Failed, Offline };
   Pass sendAll();
-  bool settle(const ZtSavedReport& report, const ZtDelivery& delivery, Pass& pass);
   void passOn(ZtBackgroundReceipt receipt);
-  void waitAfter(Pass pass, std::uint64_t number, std::unique_lock<std::mutex>& lock);
+  void waitAfter(Pass pass, std::unique_lock<std::mutex>& lock);
 
+  void ask(bool& isWanted, milliseconds timeout);
   bool isOnThread() const { return std::this_thread::get_id() == thread.get_id(); }
   bool shouldStop() const {
     const std::lock_guard lock(mutex);
@@ -170,15 +150,23 @@ struct ZtBackgroundSender::State {
   std::optional<zt::NetworkChanges> network;
 };
 
+/// The thread handles none of the host's signals. A fault in it still reaches the host's handler.
 void ZtBackgroundSender::State::start(const std::shared_ptr<State>& self) {
-  const BlockedSignals blocked;
+  sigset_t blocked;
+  sigset_t before;
+  sigfillset(&blocked);
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS}) {
+    sigdelset(&blocked, fault);
+  }
+  ::pthread_sigmask(SIG_SETMASK, &blocked, &before);
   try {
     const std::lock_guard lock(mutex);  // the thread waits until `thread` is set
     thread = std::thread([self] { self->run(); });
-  } catch (const std::system_error& error) {
+  } catch (const std::exception& error) {
     isEnded = true;
     warn("reports are only saved, without a thread: ", error.what());
   }
+  ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
 void ZtBackgroundSender::State::run() {
@@ -194,7 +182,7 @@ void ZtBackgroundSender::State::run() {
     lock.lock();
     done = number;
     changed.notify_all();
-    waitAfter(pass, number, lock);
+    waitAfter(pass, lock);
   }
   lock.unlock();
   network.reset();
@@ -210,8 +198,18 @@ ZtBackgroundSender::State::Pass ZtBackgroundSender::State::sendAll() try {
   sending.transport = options.transport;
   sending.attempts = options.attempts;
   sending.isCancelled = [this] { return shouldStop(); };
-  sending.progress = [this, &pass](const auto& report, const auto& delivery) {
-    return settle(report, delivery, pass);
+  sending.progress = [&](const ZtSavedReport& report, const ZtDelivery& delivery) {
+    if (delivery.outcome == ZtDeliveryOutcome::Unreadable && zt::mayBeIncomplete(report.time)) {
+      if (pass == Pass::Complete) pass = Pass::Incomplete;
+      return true;
+    }
+    if (delivery.outcome == ZtDeliveryOutcome::Accepted) {
+      delay = options.retryDelay;
+    } else {
+      pass = Pass::Failed;
+    }
+    passOn({report, delivery});
+    return true;
   };
   const ZtSendResult result = ZtReportStore().send(sending);
   retryAfter = result.retryAfter;
@@ -220,22 +218,6 @@ ZtBackgroundSender::State::Pass ZtBackgroundSender::State::sendAll() try {
 } catch (const std::exception& error) {
   warn("sending failed: ", error.what());
   return Pass::Failed;
-}
-
-/// Notes in `pass` what became of `report`.
-bool ZtBackgroundSender::State::settle(const ZtSavedReport& report, const ZtDelivery& delivery,
-                                       Pass& pass) {
-  if (delivery.outcome == ZtDeliveryOutcome::Unreadable && zt::mayBeIncomplete(report.time)) {
-    if (pass == Pass::Complete) pass = Pass::Incomplete;
-    return true;
-  }
-  if (delivery.outcome == ZtDeliveryOutcome::Accepted) {
-    delay = options.retryDelay;
-  } else {
-    pass = Pass::Failed;
-  }
-  passOn({report, delivery});
-  return true;
 }
 
 void ZtBackgroundSender::State::passOn(ZtBackgroundReceipt receipt) {
@@ -254,13 +236,12 @@ void ZtBackgroundSender::State::passOn(ZtBackgroundReceipt receipt) {
 }
 
 /// Waits until the next pass should begin, or the sender stops.
-void ZtBackgroundSender::State::waitAfter(Pass pass, std::uint64_t number,
-                                          std::unique_lock<std::mutex>& lock) {
+void ZtBackgroundSender::State::waitAfter(Pass pass, std::unique_lock<std::mutex>& lock) {
   const auto isAsked = [&] {
     // After a failure new reports wait as well, so that a host that reports often does not try the
     // failed ones again and again.
     const bool isNews = pass == Pass::Complete || pass == Pass::Incomplete;
-    return isStopping || isUrgent || (isNews && wanted != number);
+    return isStopping || isUrgent || (isNews && wanted != done);
   };
   if (pass == Pass::Complete) {
     delay = options.retryDelay;
@@ -279,6 +260,16 @@ void ZtBackgroundSender::State::waitAfter(Pass pass, std::uint64_t number,
       end = std::min(end, Clock::now() + kAfterNetworkChange);
     }
   }
+}
+
+/// Asks for another pass at once or for the end, and waits for it.
+void ZtBackgroundSender::State::ask(bool& isWanted, milliseconds timeout) {
+  std::unique_lock lock(mutex);
+  const std::uint64_t number = ++wanted;
+  isWanted = true;
+  changed.notify_all();
+  if (isOnThread()) return;
+  changed.wait_for(lock, timeout, [&] { return isEnded || (!isStopping && done >= number); });
 }
 
 ZtBackgroundSender::ZtBackgroundSender(ZtBackgroundOptions options)
@@ -319,26 +310,12 @@ bool ZtBackgroundSender::send(ZtPortalData& document) {
 }
 
 std::size_t ZtBackgroundSender::flush(milliseconds timeout) {
-  if (isInert() || _state->isOnThread()) return reportsInStore();
-  std::unique_lock lock(_state->mutex);
-  const std::uint64_t number = ++_state->wanted;
-  _state->isUrgent = true;
-  _state->changed.notify_all();
-  _state->changed.wait_for(lock, timeout,
-                           [&] { return _state->done >= number || _state->isEnded; });
-  lock.unlock();
+  if (!isInert() && !_state->isOnThread()) _state->ask(_state->isUrgent, timeout);
   return reportsInStore();
 }
 
 std::size_t ZtBackgroundSender::stop(milliseconds timeout) {
-  if (isInert()) return reportsInStore();
-  std::unique_lock lock(_state->mutex);
-  _state->isStopping = true;
-  _state->changed.notify_all();
-  if (!_state->isOnThread()) {
-    _state->changed.wait_for(lock, timeout, [&] { return _state->isEnded; });
-  }
-  lock.unlock();
+  if (!isInert()) _state->ask(_state->isStopping, timeout);
   return reportsInStore();
 }
 

@@ -16,11 +16,14 @@ ZtAtomic<std::shared_ptr<const Value>>& hostSetting() {
   return *setting;
 }
 
-/// Sets a function of the host, a `std::function`; null for an empty one.
+/// Sets a function of the host, a `std::function`; null for an empty one. Returns whether there is
+/// one now.
 template <class Function>
-void setHostFunction(Function function) {
-  hostSetting<Function>().store(
-      function != nullptr ? std::make_shared<const Function>(std::move(function)) : nullptr);
+bool setHostFunction(Function function) {
+  const bool isGiven = function != nullptr;
+  hostSetting<Function>().store(isGiven ? std::make_shared<const Function>(std::move(function))
+                                        : nullptr);
+  return isGiven;
 }
 
 }  // namespace zt

@@ -26,18 +26,10 @@ constinit thread_local bool isLogging = false;
 /// again.
 constinit std::array<std::atomic<std::size_t>, 256> passedMessages{};
 
-/// `message` in one line, whatever names and paths it contains.
-std::string oneLine(std::string_view message) {
-  std::string line(message);
-  std::replace_if(line.begin(), line.end(), isControl, '?');
-  return line;
-}
-
 }  // namespace
 
 void setLogHandler(ZtLogHandler handler) {
-  const bool isGiven = handler != nullptr;
-  setHostFunction(std::move(handler));
+  const bool isGiven = setHostFunction(std::move(handler));
   for (std::atomic<std::size_t>& passed : passedMessages) passed = 0;
   hasHandler = isGiven;
 }
@@ -50,7 +42,9 @@ void passToLog(ZtLogLevel level, std::string_view module, std::string_view messa
   isLogging = true;
   try {
     if (const auto handler = hostSetting<ZtLogHandler>().load()) {
-      (*handler)(level, module, oneLine(message.empty() ? "no memory for a message" : message));
+      std::string line(message.empty() ? "no memory for a message" : message);
+      std::replace_if(line.begin(), line.end(), isControl, '?');
+      (*handler)(level, module, line);
     }
   } catch (...) {
     // A report is worth more than its log.

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace zt {
@@ -50,5 +51,14 @@ constexpr std::size_t utf8Length(std::string_view bytes) {
 inline constexpr std::string_view kReplacementCharacter = "\xEF\xBF\xBD";
 
 constexpr bool isUtf8(std::string_view bytes) { return utf8Length(bytes) == bytes.size(); }
+
+/// Removes the beginning of a character from the end of `text`, which is not empty.
+inline void removeHalfCharacter(std::string& text) {
+  std::size_t last = text.size();
+  do {
+    --last;
+  } while (last > 0 && text.size() - last < 4 && (text[last] & 0xc0) == 0x80);
+  if (!isUtf8(std::string_view(text).substr(last))) text.resize(last);
+}
 
 }  // namespace zt

@@ -9,7 +9,6 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/portal/ZtReportDescription.h"
 #include "ztportal/report/Customers.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 
 namespace zt::c {

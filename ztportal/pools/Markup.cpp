@@ -44,13 +44,6 @@ void appendEscapedText(std::string& xml, std::string_view text, bool isInAttribu
   }
 }
 
-/// `text` as it is written in the content of an element.
-std::string written(std::string_view text) {
-  std::string xml;
-  appendValue(xml, text);
-  return xml;
-}
-
 }  // namespace
 
 void appendEscaped(std::string& xml, std::string_view text) { appendEscapedText(xml, text, false); }
@@ -81,16 +74,18 @@ void appendFieldEnd(std::string& xml, std::string_view prefix) {
 
 void appendField(std::string& xml, std::string_view prefix, const Tag& field, std::string_view name,
                  std::string_view value, bool soap) {
-  const auto append = [&](std::string_view writtenName, std::string_view writtenValue) {
-    appendFieldStart(xml, prefix, field, writtenName, soap);
-    xml += writtenValue;
-    appendFieldEnd(xml, prefix);
-  };
-  if (valuesArePlain()) return append(name, value);
-  std::string filtered(value);
-  if (passesValueFilter(writtenPoolType(), name, filtered)) {
-    append(written(name), written(filtered));
+  if (valuesArePlain()) {
+    appendFieldStart(xml, prefix, field, name, soap);
+    xml += value;
+    return appendFieldEnd(xml, prefix);
   }
+  std::string filtered(value);
+  if (!passesValueFilter(writtenPoolType(), name, filtered)) return;
+  std::string writtenName;
+  appendValue(writtenName, name);
+  appendFieldStart(xml, prefix, field, writtenName, soap);
+  appendValue(xml, filtered);
+  appendFieldEnd(xml, prefix);
 }
 
 NumberText::NumberText(std::int32_t number) {

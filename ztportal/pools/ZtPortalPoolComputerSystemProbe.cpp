@@ -20,7 +20,7 @@
 #include "ztportal/platform/locale/Languages.h"
 #include "ztportal/pools/LanguageTable.h"
 #include "ztportal/pools/ZtPortalPoolComputerSystem.h"
-#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtApplicationIdentifiers.h"
 #include "ztportal/system/ZtSystemInfos.h"
 

@@ -83,13 +83,10 @@ std::optional<std::string> ReportStore::request(const std::string& file, std::st
   ZtXMLError error;
   const auto document = ZtXMLDocument::parseFileContent(*content, ZtXMLKeep::Form, &error);
   if (document != nullptr) return document->xmlText();
-  if (problem != nullptr) {
-    problem->clear();
-    if (error.line != 0) {
-      appendText(*problem, "line ", std::to_string(error.line), ", column ",
-                 std::to_string(error.column), ": ");
-    }
-    appendText(*problem, error.reason.view());
+  if (problem != nullptr && error.line == 0) *problem = error.reason.view();
+  if (problem != nullptr && error.line != 0) {
+    setText(*problem, "line ", std::to_string(error.line), ", column ",
+            std::to_string(error.column), ": ", error.reason.view());
   }
   return std::nullopt;
 }

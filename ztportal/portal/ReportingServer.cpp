@@ -23,7 +23,7 @@
 #include "ztportal/portal/RequestText.h"
 #include "ztportal/portal/ZtPortalConstants.h"
 #include "ztportal/portal/ZtUtils.h"
-#include "ztportal/system/Consent.h"
+#include "ztportal/system/HostRules.h"
 
 namespace zt {
 
@@ -76,20 +76,8 @@ std::string withoutCredentials(std::string_view url) {
 constexpr const char* kNoConfiguration = "There is no configuration with a URL for reports";
 constexpr const char* kNoVersion = "The server has not told its version";
 
-/// An exception counts as a failure.
-ZtTransportResponse responseTo(const ZtTransportRequest& request,
-                               const ZtTransportOptions& options) noexcept try {
-  return options.transport(request);
-} catch (const std::exception& error) {
-  ZtTransportResponse failed;
-  setText(failed.error, error.what());
-  return failed;
-} catch (...) {
-  return {};
-}
-
 /// Sends `request` by the host's own transport, with the headers of the library and then those of
-/// the options.
+/// the options. An exception counts as a failure.
 HttpResponse exchangeByHost(const HttpRequest& request) {
   HttpResponse response;
   // A host that wants no server for a document gives it no URL.
@@ -109,7 +97,14 @@ HttpResponse exchangeByHost(const HttpRequest& request) {
   passed.body = request.body.value_or("");
 
   const auto start = std::chrono::steady_clock::now();
-  ZtTransportResponse received = responseTo(passed, *request.options);
+  ZtTransportResponse received;
+  try {
+    received = request.options->transport(passed);
+  } catch (const std::exception& error) {
+    setText(received.error, error.what());
+  } catch (...) {
+    received = {};
+  }
   response.times.total = std::chrono::duration_cast<std::chrono::microseconds>(
       std::chrono::steady_clock::now() - start);
   response.status = received.status;
@@ -153,10 +148,10 @@ void note(ZtDelivery& receipt, const HttpRequest& request, HttpResponse& respons
     setText(receipt.message, "The server responded with HTTP status ",
             std::to_string(response.status), ".");
   } else {
-    receipt.outcome = response.error == ZtDeliveryError::Timeout ? ZtDeliveryOutcome::TimedOut
-                                                                 : ZtDeliveryOutcome::Unreachable;
-    receipt.error =
-        response.error != ZtDeliveryError::NoError ? response.error : ZtDeliveryError::Transfer;
+    receipt.error = response.error;
+    if (receipt.error == ZtDeliveryError::NoError) receipt.error = ZtDeliveryError::Transfer;
+    receipt.outcome = receipt.error == ZtDeliveryError::Timeout ? ZtDeliveryOutcome::TimedOut
+                                                                : ZtDeliveryOutcome::Unreachable;
     receipt.message = std::move(response.message);
     if (receipt.message.empty()) setText(receipt.message, "No complete response arrived.");
   }

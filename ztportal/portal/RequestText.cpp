@@ -60,8 +60,8 @@ constexpr std::size_t kUsualSize = std::size_t{80} * 1024;
 
 /// Servers expect each of these elements, so a dropped value is empty.
 void appendHeaderValue(std::string& xml, std::string_view name, std::string_view value) {
-  if (!hasValueFilter()) {
-    appendValue(xml, value);
+  if (valuesArePlain()) {
+    xml += value;
   } else if (std::string filtered(value); passesValueFilter({}, name, filtered)) {
     appendValue(xml, filtered);
   }

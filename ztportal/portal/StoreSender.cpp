@@ -17,7 +17,6 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/ZtReportStore.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
 
@@ -62,12 +61,9 @@ class SendingState {
   explicit SendingState(std::string path) : _path(std::move(path)) {
     _text = files().read(_path, kReportFileLimit).value_or("");
     for (std::string_view text = _text; !text.empty();) {
-      const std::string_view line = takeLine(text);
-      const std::size_t blank = line.find(' ');
-      if (blank == std::string_view::npos) continue;
-      if (const auto number = parseNumber<std::uint32_t>(line.substr(0, blank))) {
-        _numbers[std::string(line.substr(blank + 1))] = *number;
-      }
+      std::string_view name = takeLine(text);
+      const auto number = parseNumber<std::uint32_t>(takeLine(name, ' '));
+      if (number && !name.empty()) (*this)[name] = *number;
     }
   }
 
@@ -164,17 +160,14 @@ class StoreSender {
   /// The request in the file, which may be written while it is listed or read: `report` gets the
   /// facts of what was read.
   static std::optional<std::string> read(ZtSavedReport& report, std::string* problem) {
-    constexpr int kMostTries = 3;
-    std::optional<std::string> request;
-    for (int tries = 0; tries < kMostTries; ++tries) {
+    for (int tries = 1;; ++tries) {
       const std::optional<FileFacts> facts = files().facts(report.path);
-      request = ReportStore::request(report.path, problem);
+      auto request = ReportStore::request(report.path, problem);
       if (!facts) return request;
       report.bytes = facts->bytes;
       report.time = facts->time;
-      if (files().facts(report.path) == facts) return request;
+      if (tries == 3 || files().facts(report.path) == facts) return request;
     }
-    return request;
   }
 
   ZtDelivery deliver(ZtSavedReport& report) try {
@@ -253,12 +246,11 @@ class StoreSender {
   bool isAboutTheServer(const ZtDelivery& delivery) {
     if (delivery.retryAfter.count() > 0) {
       const seconds wait = std::min(delivery.retryAfter, kLongestRetryAfter);
-      // Rounded up.
-      _waitEnd = static_cast<std::uint32_t>(secondsSince1970() + wait.count() + 1);
+      _waitEnd = static_cast<std::uint32_t>(secondsSince1970() + wait.count() + 1);  // rounded up
+      return true;
     }
-    return delivery.retryAfter.count() > 0 ||
-           std::find(kServerStatuses.begin(), kServerStatuses.end(), delivery.httpStatus) !=
-               kServerStatuses.end();
+    return std::find(kServerStatuses.begin(), kServerStatuses.end(), delivery.httpStatus) !=
+           kServerStatuses.end();
   }
 
   void countFailure(const ZtSavedReport& report, ZtDelivery& delivery) {

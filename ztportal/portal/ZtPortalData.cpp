@@ -19,7 +19,6 @@
 #include "ztportal/portal/ReportStore.h"
 #include "ztportal/portal/ReportingServer.h"
 #include "ztportal/portal/RequestText.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostFolder.h"
 #include "ztportal/system/HostRules.h"
 #include "ztportal/system/ZtHost.h"
@@ -35,9 +34,8 @@ ZtString braced(const ZtString& id) {
 
 ZtString machineIdentifier() {
   if (zt::consentIsRevoked()) return braced(nullptr);
-  const auto infos = ZtSystemInfos::getSystemInfos();
-  const auto uuid = infos.find(std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID.view()));
-  return braced(uuid != infos.end() ? uuid->second : ZtString());
+  auto infos = ZtSystemInfos::getSystemInfos();
+  return braced(infos[std::string(ZtDIAG_SYSTEM_INFOS_PLATFORM_UUID)]);
 }
 
 /// Replaces the customer ID by that of the test mode for a scope. An empty one is deliberately not
@@ -364,12 +362,10 @@ bool ZtPortalData::sendSavedReport(const ZtString& path) try {
     return false;
   }
   const ZtString request = _afterHook(*saved);
-  if (request.isNull()) {
-    _delivery.savedTo = std::move(file);
-    return false;
+  if (!request.isNull()) {
+    _notifyGhost(request);
+    _delivery = _server->send(request);
   }
-  _notifyGhost(request);
-  _delivery = _server->send(request);
   _delivery.savedTo = std::move(file);
   return _delivery.outcome == ZtDeliveryOutcome::Accepted;
 } catch (const ZtException& error) {

@@ -15,9 +15,6 @@
 
 namespace {
 
-constexpr std::string_view kCustomerStart = "<CustomerID";
-constexpr std::string_view kCustomerEnd = "</CustomerID>";
-
 zt::Files& files() { return zt::Platform::current().files(); }
 
 std::string_view nameOf(std::string_view path) { return path.substr(path.rfind('/') + 1); }
@@ -40,14 +37,6 @@ std::vector<ZtSavedReport> reportsIn(const std::string& folder) {
     return std::tie(left.time, left.path) < std::tie(right.time, right.path);
   });
   return reports;
-}
-
-std::size_t removeAllIn(const std::string& folder) {
-  std::size_t count = 0;
-  for (const std::string& path : zt::ReportStore::filesIn(folder)) {
-    if (zt::ReportStore::remove(path)) ++count;
-  }
-  return count;
 }
 
 bool copied(const std::string& from, const std::string& to) {
@@ -114,8 +103,8 @@ ZtString ZtSavedReport::customerId() const try {
   const std::optional<std::string> content = files().read(path, zt::kReportFileLimit);
   if (!content) return nullptr;
   // Not parsed as XML, because the file may not be well-formed behind its header.
-  const std::size_t start = content->find('>', content->find(kCustomerStart));
-  const std::size_t end = content->find(kCustomerEnd, start);
+  const std::size_t start = content->find('>', content->find("<CustomerID"));
+  const std::size_t end = content->find("</CustomerID>", start);
   if (end == std::string::npos) return nullptr;
   return content->substr(start + 1, end - start - 1);
 } catch (const std::bad_alloc&) {
@@ -166,7 +155,11 @@ bool ZtReportStore::exportTo(const ZtSavedReport& report, const std::string& pat
 
 std::size_t ZtReportStore::removeAll() const {
   files().remove(zt::besideReports(_folder.view(), zt::kSendingState));
-  return removeAllIn(std::string(_folder.view())) + removeAllIn(unsendableOf(_folder.view()));
+  std::size_t count = 0;
+  for (const auto& reports : {list(), listUnsendable()}) {
+    for (const ZtSavedReport& report : reports) count += remove(report) ? 1 : 0;
+  }
+  return count;
 }
 
 void ZtReportStore::setLimits(const ZtStoreLimits& limits) {

@@ -112,9 +112,9 @@ struct ZtSendResult {
 /// - no response: if the server still returns its version, this too is a failure of the report.
 ///   Otherwise `send` ends, or waits (`ZtSendEnd::Offline`);
 /// - the server is not in service or does not know us (status 401, 403, 404, 405, 407, 408, 429,
-/// 502,
-///   503, 504), or asks to wait (Retry-After): `send` ends, or waits (`ZtSendEnd::Deferred`). Other
-///   processes of this host do not ask that server before the time is over either.
+///   502, 503 or 504), or asks to wait (Retry-After): `send` ends, or waits
+///   (`ZtSendEnd::Deferred`). Other processes of this host do not ask that server before the time
+///   is over either.
 ///
 /// One thread of one process at a time sends from a store; the lock ("sending.lock") ends with its
 /// process. The other operations need no lock. Each report is broadcast before it is posted. The

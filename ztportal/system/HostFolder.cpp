@@ -53,9 +53,10 @@ std::optional<std::string> hostFolder() {
 
 std::optional<std::string> hostFolderPath() {
   const std::optional<std::string> name = nameOfHostFolder();
-  if (!name) return std::nullopt;
-  const std::optional<std::string> root = Platform::current().supportFolder().path(kUserDomain);
-  return root ? std::optional(joinedPath(*root, *name)) : std::nullopt;
+  std::optional<std::string> path;
+  if (name) path = Platform::current().supportFolder().path(kUserDomain);
+  if (path) appendText(*path, "/", *name);
+  return path;
 }
 
 }  // namespace zt

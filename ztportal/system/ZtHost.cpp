@@ -11,7 +11,6 @@
 #include "ztportal/platform/Platform.h"
 #include "ztportal/platform/plist/Bundle.h"
 #include "ztportal/platform/process/ProgramPath.h"
-#include "ztportal/system/Consent.h"
 #include "ztportal/system/HostRules.h"
 
 namespace {
@@ -70,16 +69,10 @@ std::vector<std::string> ZtHost::missingPrograms() { return zt::missingLibexecPr
 
 void ZtHost::setValueEscaping(bool isOn) { zt::rules::isEscaping = isOn; }
 
-bool ZtHost::setConsent(ZtConsent consent) { return zt::keepConsent(consent); }
-
-ZtConsent ZtHost::consent() { return zt::readConsent(); }
-
 void ZtHost::setBroadcastEnabled(bool isEnabled) { zt::rules::isBroadcasting = isEnabled; }
 
 void ZtHost::setValueFilter(ZtValueFilter filter) {
-  const bool isGiven = filter != nullptr;
-  zt::setHostFunction(std::move(filter));
-  zt::rules::isFiltering = isGiven;
+  zt::rules::isFiltering = zt::setHostFunction(std::move(filter));
 }
 
 void ZtHost::setRequestHook(ZtRequestHook hook) { zt::setHostFunction(std::move(hook)); }

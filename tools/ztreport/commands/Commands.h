@@ -62,9 +62,9 @@ Exit listStore(Output output);
 /// beside the store's folder, and prints its new path. Nothing there is replaced: a number is added
 /// to a name that is taken.
 Exit setAside(const std::string& file, Output output);
-/// Removes the saved reports that are at least `days` old, also those that `resend` has given up,
-/// and prints their number. Throws a `Failure` when some cannot be removed.
-Exit purge(unsigned days, Output output);
+/// Removes the saved reports, also those that `resend` has given up, and prints their number.
+/// Throws a `Failure` when some cannot be removed.
+Exit purge(Output output);
 
 /// Prints a report's text as a tree, or as a report description that renders as the same text
 /// again. `file` can also be the name or ID of a saved report.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <algorithm>
 #include <array>
 #include <string>
-#include <utility>
+#include <string_view>
 
 #include "tools/ztreport/commands/Commands.h"
 #include "ztportal/ztportal.h"
@@ -10,33 +11,23 @@ namespace zt::tools {
 
 namespace {
 
-constexpr std::array<std::pair<ZtConsent, const char*>, 3> kConsents{
-    {{ZtConsent::Given, "given"}, {ZtConsent::Revoked, "revoked"}, {ZtConsent::Unset, "unset"}}};
+constexpr std::array<std::string_view, 3> kConsents{"unset", "given", "revoked"};  // `ZtConsent`
 
 void change(const std::string& name) {
-  for (const auto& [consent, known] : kConsents) {
-    if (name != known) continue;
-    if (ZtHost::setConsent(consent)) return;
-    throw Failure(Exit::MachineFailed, "the consent cannot be kept in the user's data folder");
+  const auto* const known = std::ranges::find(kConsents, name);
+  if (known == kConsents.end()) {
+    throw WrongUsage("CONSENT: \"" + name + "\" is none of given, revoked and unset");
   }
-  throw WrongUsage("CONSENT: \"" + name + "\" is none of given, revoked and unset");
-}
-
-std::string current() {
-  const ZtConsent now = ZtHost::consent();
-  for (const auto& [consent, name] : kConsents) {
-    if (consent == now) return name;
-  }
-  return {};
+  if (ZtHost::setConsent(static_cast<ZtConsent>(known - kConsents.begin()))) return;
+  throw Failure(Exit::MachineFailed, "the consent cannot be kept in the user's data folder");
 }
 
 }  // namespace
 
 Exit consent(const std::string& wanted, bool deleteStored, Output output) {
   if (!wanted.empty()) change(wanted);
-  const std::string now = current();
-  Json result{{"consent", now}};
-  std::string words = now;
+  std::string words(kConsents.at(static_cast<std::size_t>(ZtHost::consent())));
+  Json result{{"consent", words}};
   if (deleteStored) {
     const ZtReportStore store;
     const std::size_t deleted = store.removeAll();

@@ -16,27 +16,22 @@ namespace zt::tools {
 
 std::string nameOf(const std::string& file) { return file == "-" ? "standard input" : file; }
 
-std::optional<std::string> contentOf(const std::string& file) {
+std::string readAll(const std::string& file) {
+  const auto fail = [&file](int error) {
+    throw Failure(Exit::MachineFailed, nameOf(file) + ": " + std::strerror(error));
+  };
   using OpenFile = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
   const OpenFile opened(file == "-" ? nullptr : std::fopen(file.c_str(), "rbe"), &std::fclose);
   std::FILE* const stream = file == "-" ? stdin : opened.get();
-  if (stream == nullptr) return std::nullopt;
+  if (stream == nullptr) fail(errno);
   std::string content;
   std::array<char, std::size_t{16} * 1024> part;
   while (const std::size_t count = std::fread(part.data(), 1, part.size(), stream)) {
     content.append(part.data(), count);
-    if (content.size() > kReportFileLimit) {
-      errno = EFBIG;
-      return std::nullopt;
-    }
+    if (content.size() > kReportFileLimit) fail(EFBIG);
   }
-  if (std::ferror(stream) != 0) return std::nullopt;
+  if (std::ferror(stream) != 0) fail(errno);
   return content;
-}
-
-std::string readAll(const std::string& file) {
-  if (auto content = contentOf(file)) return *content;
-  throw Failure(Exit::MachineFailed, nameOf(file) + ": " + std::strerror(errno));
 }
 
 void print(const std::string& text) {

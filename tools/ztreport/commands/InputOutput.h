@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <optional>
 #include <stdexcept>
 #include <string>
 
@@ -45,10 +44,7 @@ enum class Output {
 /// Name of a file in messages: its path, or "standard input" for "-".
 std::string nameOf(const std::string& file);
 
-/// The content of a file, or of standard input for "-". Empty, with errno set, on failure.
-std::optional<std::string> contentOf(const std::string& file);
-
-/// The same, but throws a `Failure` that names the file.
+/// The content of a file, or of standard input for "-". Throws a `Failure` that names the file.
 std::string readAll(const std::string& file);
 
 /// Writes to standard output and flushes. Throws a `Failure` on an error.

@@ -15,7 +15,6 @@
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/Delivery.h"
 #include "tools/ztreport/commands/SavedReports.h"
-#include "ztportal/base/Text.h"
 
 namespace zt::tools {
 
@@ -90,7 +89,7 @@ Exit resendAll(const std::string& configurationUrl, const ResendOptions& options
   const ZtReportStore store;
   std::size_t tried = 0;
   std::size_t accepted = 0;
-  std::map<std::string, std::string> reasons;  // the last one for each file
+  std::map<std::string, std::string> messages;  // the last one for each file
   Json deliveries = Json::array();
   ZtSendOptions sending;
   sending.configurationUrl = configurationUrl;
@@ -101,22 +100,16 @@ Exit resendAll(const std::string& configurationUrl, const ResendOptions& options
     sending.progress = [&](const ZtSavedReport& report, const ZtDelivery& delivery) {
       if (delivery.outcome == ZtDeliveryOutcome::Accepted) {
         progress.show(++accepted);
-        reasons.erase(report.path);
+        messages.erase(report.path);
       } else {
-        reasons[report.path] = delivery.message;
+        messages[report.path] = report.path + ": not sent: " + delivery.message;
       }
-      if (output == Output::Receipts) {
-        deliveries.push_back({{"file", report.path}, {"delivery", jsonOfDelivery(delivery)}});
-      }
+      deliveries.push_back({{"file", report.path}, {"delivery", jsonOfDelivery(delivery)}});
       return ++tried != options.limit;
     };
     result = store.send(sending);
   }
-  for (const auto& [file, reason] : reasons) {
-    std::string message = file;
-    appendText(message, ": not sent: ", reason);
-    complain(message);
-  }
+  for (const auto& [file, message] : messages) complain(message);
   const std::string reason = reasonOf(result);
   if (!reason.empty()) complain(reason);
   Json object{{"sent", result.accepted}, {"setAside", result.setAside}, {"left", result.left}};
@@ -148,10 +141,8 @@ Exit resend(const std::string& configurationUrl, const ResendOptions& options, O
     document = ZtPortalData::initWithValues(configurationUrl, false, nullptr, nullptr, nullptr);
     while (sent < paths.size()) {
       const bool accepted = document->sendSavedReport(paths[sent]);
-      if (output == Output::Receipts) {
-        deliveries.push_back(
-            {{"file", paths[sent]}, {"delivery", jsonOfDelivery(document->lastDelivery())}});
-      }
+      deliveries.push_back(
+          {{"file", paths[sent]}, {"delivery", jsonOfDelivery(document->lastDelivery())}});
       if (!accepted) break;
       std::error_code ignored;
       std::filesystem::remove(paths[sent], ignored);

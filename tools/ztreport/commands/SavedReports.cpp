@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztreport/commands/SavedReports.h"
 
+#include <unistd.h>
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -16,15 +18,6 @@ namespace zt::tools {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::string faultIn(const std::string& content) {
-  ZtXMLError error;
-  if (ZtXMLDocument::parseFileContent(content, ZtXMLKeep::Form, &error) != nullptr) return "";
-  std::string reason(error.reason.view());
-  if (error.line == 0) return reason;
-  return "line " + std::to_string(error.line) + ", column " + std::to_string(error.column) + ": " +
-         reason;
-}
 
 /// A unit, and the amount from which the next one is used.
 struct Unit {
@@ -100,8 +93,9 @@ SavedReport savedReport(const std::string& path) {
     report.fault = "larger than 64 MiB";
     return report;
   }
-  const auto content = contentOf(path);
-  report.fault = content ? faultIn(*content) : std::strerror(errno);
+  ZtSavedReport saved;
+  saved.path = path;
+  report.fault = ::access(path.c_str(), R_OK) == 0 ? saved.problem() : std::strerror(errno);
   return report;
 }
 

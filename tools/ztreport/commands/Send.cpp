@@ -6,11 +6,12 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "tools/common/LineCursor.h"
 #include "tools/common/Usage.h"
 #include "tools/ztreport/commands/Commands.h"
 #include "tools/ztreport/commands/Delivery.h"
-#include "tools/ztreport/commands/MalformedValues.h"
 #include "tools/ztreport/commands/SavedReports.h"
 #include "tools/ztreport/network/WebAddress.h"
 #include "ztportal/portal/ZtReportDescription.h"
@@ -39,11 +40,40 @@ std::string whyNotSaved(const ZtPortalData& document) {
   return file.isNull() ? kNoStoreFolder : std::string(file) + ": cannot be written";
 }
 
+bool isMalformed(const std::string& element) { return ZtXMLDocument::parse(element) == nullptr; }
+
+/// The names and values that keep the text of a report from being well-formed XML. The end tags of
+/// generic arrays, which no parser accepts either, do not count.
+std::vector<std::string> malformedValues(const reader::ParsedReport& report) {
+  std::vector<std::string> places;
+  const auto check = [&places](std::string_view text, const std::string& place) {
+    if (isMalformed("<a>" + std::string(text) + "</a>")) places.push_back(place);
+  };
+  check(report.customerId, "the value of CustomerID");
+  check(report.applicationId, "the value of ApplicationID");
+  check(report.applicationVersion, "the value of ApplicationVersion");
+  for (const reader::Pool& pool : report.pools) {
+    const std::string type = reader::quoted(pool.type);
+    const std::string inPool = " in the pool " + std::string(pool.type);
+    if (isMalformed("<a b=" + type + "/>")) places.push_back("the pool type " + type);
+    for (std::size_t i = pool.begin; i < pool.end; ++i) {
+      const reader::Field& field = report.fields[i];
+      check(field.name, "the name " + reader::quoted(field.name) + inPool);
+      check(field.value, "the value of " + std::string(field.name) + inPool);
+    }
+  }
+  return places;
+}
+
 void warnOfMalformedValues(ZtPortalData& document, Output output) {
   if (output == Output::Quiet) return;
-  const std::string values = malformedValues(document.getSoapString());
-  if (values.empty()) return;
-  complain("warning: the report is not well-formed XML because of " + values +
+  const std::string report = document.getSoapString();
+  const auto [parsed, fault] = reader::readReportUpToFault(report);
+  const std::vector<std::string> values = malformedValues(parsed);
+  if (values.empty() && !fault) return;
+  std::string first = values.empty() ? std::string("a value, ") + fault->what() : values.front();
+  if (values.size() > 1) first += " (and " + std::to_string(values.size() - 1) + " more)";
+  complain("warning: the report is not well-formed XML because of " + first +
            ", so it can never be sent from the store; --escape prevents that");
 }
 

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -138,19 +137,12 @@ Exit setAside(const std::string& file, Output output) {
   }
 }
 
-Exit purge(unsigned days, Output output) {
+Exit purge(Output output) {
   storeFolder();
   const ZtReportStore store;
-  const auto newest = std::chrono::system_clock::now() - std::chrono::hours(24) * days;
-  std::size_t removed = 0;
-  std::size_t left = 0;
-  for (const auto& list : {store.list(), store.listUnsendable()}) {
-    for (const ZtSavedReport& report : list) {
-      if (report.time > newest) continue;
-      store.remove(report) ? ++removed : ++left;
-    }
-  }
+  const std::size_t removed = store.removeAll();
   tell(output, std::to_string(removed) + " removed", {{"removed", removed}});
+  const std::size_t left = store.list().size() + store.listUnsendable().size();
   if (left == 0) return Exit::Done;
   throw Failure(Exit::MachineFailed, std::to_string(left) + " reports cannot be removed");
 }

@@ -36,17 +36,6 @@ bool isFolderAt(const std::string& path) {
   return canNameAFile(path) && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode);
 }
 
-class HeldLock {
- public:
-  explicit HeldLock(FileDescriptor file) : _file(std::move(file)) {}
-  HeldLock(const HeldLock&) = delete;
-  HeldLock& operator=(const HeldLock&) = delete;
-  ~HeldLock() { ::flock(_file.number(), LOCK_UN); }
-
- private:
-  FileDescriptor _file;
-};
-
 FileDescriptor opened(const std::string& path, int flags, mode_t mode = 0) {
   int number = -1;
   do {
@@ -247,7 +236,12 @@ FileLock LinuxFiles::lock(const std::string& path) {
                              S_IRUSR | S_IWUSR));
   if (!file.isOpen()) return {};
   if (::flock(file.number(), LOCK_EX | LOCK_NB) != 0) return {nullptr, errno == EWOULDBLOCK};
-  return {std::make_shared<HeldLock>(std::move(file)), false};
+  // To close the file would not be enough while a forked process has it as well.
+  const auto unlock = [](FileDescriptor* held) {
+    ::flock(held->number(), LOCK_UN);
+    delete held;
+  };
+  return {std::shared_ptr<FileDescriptor>(new FileDescriptor(std::move(file)), unlock), false};
 }
 
 std::string homeFolder() {

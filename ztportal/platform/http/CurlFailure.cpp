@@ -26,7 +26,7 @@ constexpr std::array<std::pair<ZtDeliveryError, std::string_view>, 10> kSentence
     {ZtDeliveryError::Memory, "There is not enough memory"},
 }};
 
-constexpr std::array<std::pair<CURLcode, ZtDeliveryError>, 22> kErrors{{
+constexpr std::array<std::pair<CURLcode, ZtDeliveryError>, 15> kErrors{{
     {CURLE_UNSUPPORTED_PROTOCOL, ZtDeliveryError::Address},
     {CURLE_URL_MALFORMAT, ZtDeliveryError::Address},
     {CURLE_COULDNT_RESOLVE_HOST, ZtDeliveryError::NameLookup},
@@ -35,17 +35,10 @@ constexpr std::array<std::pair<CURLcode, ZtDeliveryError>, 22> kErrors{{
     {CURLE_COULDNT_CONNECT, ZtDeliveryError::Connection},
     {CURLE_OPERATION_TIMEDOUT, ZtDeliveryError::Timeout},
     {CURLE_SSL_CONNECT_ERROR, ZtDeliveryError::Tls},
-    {CURLE_SSL_ENGINE_NOTFOUND, ZtDeliveryError::Tls},
-    {CURLE_SSL_ENGINE_SETFAILED, ZtDeliveryError::Tls},
     {CURLE_SSL_CERTPROBLEM, ZtDeliveryError::Tls},
     {CURLE_SSL_CIPHER, ZtDeliveryError::Tls},
     {CURLE_PEER_FAILED_VERIFICATION, ZtDeliveryError::Tls},
-    {CURLE_USE_SSL_FAILED, ZtDeliveryError::Tls},
     {CURLE_SSL_CACERT_BADFILE, ZtDeliveryError::Tls},
-    {CURLE_SSL_CRL_BADFILE, ZtDeliveryError::Tls},
-    {CURLE_SSL_ISSUER_ERROR, ZtDeliveryError::Tls},
-    {CURLE_SSL_PINNEDPUBKEYNOTMATCH, ZtDeliveryError::Tls},
-    {CURLE_SSL_INVALIDCERTSTATUS, ZtDeliveryError::Tls},
     {CURLE_SSL_CLIENTCERT, ZtDeliveryError::Tls},
     {CURLE_UNKNOWN_OPTION, ZtDeliveryError::Host},
     {CURLE_OUT_OF_MEMORY, ZtDeliveryError::Memory},
@@ -71,10 +64,13 @@ ZtDeliveryError deliveryErrorOf(CURLcode code) {
   return valueIn(kErrors, code, ZtDeliveryError::Transfer);
 }
 
-std::string sentenceOf(ZtDeliveryError error, std::string_view detail) {
-  std::string sentence(valueIn(kSentences, error, kEndedEarly));
-  if (!detail.empty() && canBeShown(detail)) appendText(sentence, " (", detail, ")");
-  return sentence += '.';
+HttpResponse failure(ZtDeliveryError error, std::string_view detail) {
+  HttpResponse response;
+  response.error = error;
+  response.message = valueIn(kSentences, error, kEndedEarly);
+  if (!detail.empty() && canBeShown(detail)) appendText(response.message, " (", detail, ")");
+  response.message += '.';
+  return response;
 }
 
 }  // namespace zt

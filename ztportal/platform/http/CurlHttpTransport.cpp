@@ -62,26 +62,18 @@ std::size_t takeBody(char* bytes, std::size_t /*one*/, std::size_t size, void* a
   return arrived.isCut ? 0 : size;
 }
 
-/// Removes the beginning of a UTF-8 character from the end.
-void removeHalfCharacter(std::string& text) {
-  std::size_t last = text.size();
-  do {
-    --last;
-  } while (last > 0 && text.size() - last < 4 && (text[last] & 0xc0) == 0x80);
-  if (!isUtf8(std::string_view(text).substr(last))) text.resize(last);
-}
-
-std::chrono::microseconds sinceStart(Clock::time_point start) {
-  return std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+template <class Value>
+Value infoOf(const CurlLibrary& curl, CURL* handle, CURLINFO info) {
+  Value value{};
+  curl.easyGetinfo(handle, info, &value);
+  return value;
 }
 
 /// Adds what libcurl measured. It counts each time from the start of the transfer and leaves 0 for
 /// what was not reached.
 void addTimes(const CurlLibrary& curl, CURL* handle, HttpTimes& times) {
   const auto at = [&](CURLINFO info) {
-    curl_off_t microseconds = 0;
-    curl.easyGetinfo(handle, info, &microseconds);
-    return std::chrono::microseconds(microseconds);
+    return std::chrono::microseconds(infoOf<curl_off_t>(curl, handle, info));
   };
   const auto between = [](std::chrono::microseconds start, std::chrono::microseconds end) {
     return std::max(end - start, std::chrono::microseconds::zero());
@@ -122,8 +114,6 @@ bool isInOneLine(const HttpHeader& header) {
          header.value.find_first_of(kEnds) == std::string_view::npos;
 }
 
-bool isContentType(const HttpHeader& header) { return equalsAnyCase(header.name, "content-type"); }
-
 /// A header in libcurl's notation, in which a semicolon marks a header without a value.
 std::string lineOf(std::string_view name, std::string_view value) {
   std::string line(name);
@@ -145,8 +135,12 @@ HeaderList headersOf(const CurlLibrary& curl, std::span<const HttpHeader> header
   // A name alone suppresses what libcurl would send by itself.
   add("Expect:");
   add("Proxy-Connection:");
-  if (std::none_of(headers.begin(), headers.end(), isContentType)) add("Content-Type:");
-  for (const HttpHeader& header : headers) add(lineOf(header.name, header.value));
+  bool hasType = false;
+  for (const HttpHeader& header : headers) {
+    add(lineOf(header.name, header.value));
+    hasType |= equalsAnyCase(header.name, "content-type");
+  }
+  if (!hasType) add("Content-Type:");
   for (const auto& [name, value] : more) add(lineOf(name, value));
   return list;
 }
@@ -178,12 +172,11 @@ void setAuthorities(CurlOptions& options, const ZtTransportOptions& wanted) {
     options.set(CURLOPT_PROXY_CAPATH, orNull(wanted.authorityFolder));
     return;
   }
-  const auto setPath = [&options](CURLoption option, const char* variable) {
+  for (const auto& [option, variable] :
+       {std::pair(CURLOPT_CAINFO, "SSL_CERT_FILE"), std::pair(CURLOPT_CAPATH, "SSL_CERT_DIR")}) {
     const char* const path = std::getenv(variable);
     if (path != nullptr && *path != '\0') options.set(option, path);
-  };
-  setPath(CURLOPT_CAINFO, "SSL_CERT_FILE");
-  setPath(CURLOPT_CAPATH, "SSL_CERT_DIR");
+  }
 }
 
 void setTls(CurlOptions& options, const ZtTransportOptions& wanted, bool isFirstOrigin) {
@@ -199,11 +192,6 @@ void setTls(CurlOptions& options, const ZtTransportOptions& wanted, bool isFirst
   options.set(CURLOPT_KEYPASSWD, wanted.clientKeyPassword.c_str());
 }
 
-CurlRoute routeOf(const ZtTransportOptions& wanted) {
-  return {wanted.proxy ? wanted.proxy->c_str() : nullptr,
-          wanted.noProxy ? wanted.noProxy->c_str() : nullptr};
-}
-
 /// A request to one URL, redirects not followed.
 struct Hop {
   const CurlUrl& url;
@@ -213,11 +201,6 @@ struct Hop {
   curl_slist* headers;
   Clock::time_point deadline;
   HttpTimes& times;  ///< those of this hop are added
-};
-
-struct HopResult {
-  HttpResponse response;
-  std::string redirect;  ///< where the response sends the request; empty if nowhere
 };
 
 /// When the hop gives up to connect.
@@ -233,14 +216,16 @@ long millisecondsUntil(Clock::time_point deadline) {
       std::chrono::floor<std::chrono::milliseconds>(deadline - Clock::now()).count());
 }
 
-HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop& hop) {
+/// `redirect` is where the response sends the request; it stays empty if nowhere.
+HttpResponse makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop& hop,
+                     std::string& redirect) {
   CurlSession& session = CurlSession::begin(curl);
   CURL* const handle = session.handle();
   CurlNames& names = CurlNames::ofThisProcess(curl);
   Arrival arrival;
-  Restraint restraint;
-  CurlRoute route = routeOf(hop.wanted);
-  restraint.mayLookUp = hasOnlyAddresses(curl, hop.url, route);
+  CurlRoute route{hop.wanted.proxy ? hop.wanted.proxy->c_str() : nullptr,
+                  hop.wanted.noProxy ? hop.wanted.noProxy->c_str() : nullptr};
+  Restraint restraint{hasOnlyAddresses(curl, hop.url, route)};
   std::array<char, CURL_ERROR_SIZE> reason{};
 
   CurlOptions options(curl, handle);
@@ -285,8 +270,6 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     options.set(CURLOPT_CONNECTTIMEOUT_MS, leftToConnect);
     return options.accepted() ? curl.easyPerform(handle) : CURLE_UNKNOWN_OPTION;
   };
-  HopResult result;
-  HttpResponse& response = result.response;
   CURLcode end = perform();
   // The second one is for SOCKS proxies to which libcurl passes the address of the host.
   for (const char* noProxy : {route.noProxy, "*"}) {
@@ -294,7 +277,7 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
     route.noProxy = noProxy;
     const Clock::time_point start = Clock::now();
     const bool isFound = names.find(hop.url.get(), route, connected);
-    hop.times.lookup += sinceStart(start);
+    hop.times.lookup += std::chrono::floor<std::chrono::microseconds>(Clock::now() - start);
     end = isFound                    ? perform()
           : Clock::now() < connected ? CURLE_COULDNT_RESOLVE_HOST
                                      : CURLE_OPERATION_TIMEDOUT;
@@ -302,36 +285,25 @@ HopResult makeHop(const CurlLibrary& curl, const HttpRequest& request, const Hop
   }
 
   addTimes(curl, handle, hop.times);
+  HttpResponse response;
   // libcurl accepts a response whose headers are cut off.
   if ((end == CURLE_OK || arrival.isCut) && arrival.headersComplete) {
-    long status = 0;
-    curl.easyGetinfo(handle, CURLINFO_RESPONSE_CODE, &status);
-    const char* redirect = nullptr;
-    curl.easyGetinfo(handle, CURLINFO_REDIRECT_URL, &redirect);
-    curl_off_t seconds = 0;
-    curl.easyGetinfo(handle, CURLINFO_RETRY_AFTER, &seconds);
     if (arrival.isCut) removeHalfCharacter(arrival.body);
-    response.status = static_cast<int>(status);
+    response.status = static_cast<int>(infoOf<long>(curl, handle, CURLINFO_RESPONSE_CODE));
     response.body = std::move(arrival.body);
     // Negative for a date in the past.
+    const auto seconds = infoOf<curl_off_t>(curl, handle, CURLINFO_RETRY_AFTER);
     response.retryAfter = std::chrono::seconds(std::max<curl_off_t>(seconds, 0));
-    if (redirect != nullptr) result.redirect = redirect;
+    const auto* const target = infoOf<const char*>(curl, handle, CURLINFO_REDIRECT_URL);
+    if (target != nullptr) redirect = target;
   } else {
-    long tunnelStatus = 0;
-    curl.easyGetinfo(handle, CURLINFO_HTTP_CONNECTCODE, &tunnelStatus);
-    response.error = tunnelStatus >= 300 ? ZtDeliveryError::Proxy : deliveryErrorOf(end);
-    response.message = sentenceOf(response.error, reason.data());
+    const long tunnelStatus = infoOf<long>(curl, handle, CURLINFO_HTTP_CONNECTCODE);
+    response =
+        failure(tunnelStatus >= 300 ? ZtDeliveryError::Proxy : deliveryErrorOf(end), reason.data());
   }
   // The handle outlives this exchange and must not refer to it.
   curl.easyReset(handle);
   CurlSession::keep();
-  return result;
-}
-
-HttpResponse failure(ZtDeliveryError error, std::string_view detail = {}) {
-  HttpResponse response;
-  response.error = error;
-  response.message = sentenceOf(error, detail);
   return response;
 }
 
@@ -359,17 +331,20 @@ HttpResponse exchangeOrThrow(const CurlLibrary& curl, const HttpRequest& request
   for (int redirects = 0; redirects <= kRedirects; ++redirects) {
     // Before the request: without memory for it later, an accepted report would count as lost.
     std::string target = partOf(curl, url, CURLUPART_URL);
-    HopResult hop = makeHop(curl, request,
-                            {url, wanted, isFirstOrigin, *credentials,
-                             isFirstOrigin ? firstHeaders.get() : headers.get(), deadline, times});
-    if (hop.redirect.empty()) {
-      hop.response.times = times;
-      hop.response.url = std::move(target);
-      return std::move(hop.response);
+    std::string redirect;
+    HttpResponse response =
+        makeHop(curl, request,
+                {url, wanted, isFirstOrigin, *credentials,
+                 isFirstOrigin ? firstHeaders.get() : headers.get(), deadline, times},
+                redirect);
+    if (redirect.empty()) {
+      response.times = times;
+      response.url = std::move(target);
+      return response;
     }
     // No server can make the library log in to another one with credentials of its choice. libcurl
     // writes those of the request into a URL that is relative to it.
-    CurlUrl next = httpUrl(curl, hop.redirect, CURLU_URLENCODE);
+    CurlUrl next = httpUrl(curl, redirect, CURLU_URLENCODE);
     const std::optional<CurlCredentials> given = next ? takeCredentials(curl, next) : std::nullopt;
     if (!given || (!given->isEmpty() && *given != *credentials)) {
       return failure(ZtDeliveryError::Redirect, "to a URL that is not followed");
@@ -403,12 +378,10 @@ HttpResponse CurlHttpTransport::exchange(const HttpRequest& request) noexcept {
     if (!curl.error.empty()) return failure(ZtDeliveryError::Library, curl.error);
     const Clock::time_point start = Clock::now();
     HttpResponse response = exchangeOrThrow(curl, request);
-    response.times.total = sinceStart(start);
+    response.times.total = std::chrono::floor<std::chrono::microseconds>(Clock::now() - start);
     return response;
   } catch (const std::bad_alloc&) {
-    HttpResponse response;
-    response.error = ZtDeliveryError::Memory;
-    return response;
+    return {.error = ZtDeliveryError::Memory};
   }
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ztportal/platform/http/ZtTransportOptions.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -12,8 +11,10 @@
 
 namespace {
 
-/// What is wrong with the PEM file of the member; empty if it has a block of this kind.
+/// What is wrong with the PEM file of the member; empty if it has a block of this kind, or if there
+/// is no `path`.
 std::string fileProblem(std::string_view member, const std::string& path, std::string_view kind) {
+  if (path.empty()) return {};
   std::string problem(member);
   const std::optional<std::string> content = zt::regularFile(path, zt::kReportFileLimit);
   if (!content) return problem += ": " + path + " cannot be read";
@@ -26,25 +27,22 @@ constexpr std::string_view kCertificate = "CERTIFICATE-----";
 constexpr std::string_view kPrivateKey = "PRIVATE KEY-----";
 
 std::string certificateProblem(const ZtTransportOptions& options) {
-  if (!options.authorityFile.empty()) {
-    std::string wrong = fileProblem("authorityFile", options.authorityFile, kCertificate);
-    if (!wrong.empty()) return wrong;
-  }
-  struct stat status {};
+  std::string wrong = fileProblem("authorityFile", options.authorityFile, kCertificate);
+  if (!wrong.empty()) return wrong;
   const std::string& folder = options.authorityFolder;
-  if (!folder.empty() && (::stat(folder.c_str(), &status) != 0 || !S_ISDIR(status.st_mode) ||
-                          ::access(folder.c_str(), R_OK | X_OK) != 0)) {
+  // With the slash only a folder exists.
+  if (!folder.empty() && ::access((folder + "/").c_str(), R_OK | X_OK) != 0) {
     return "authorityFolder: " + folder + " is not a folder that can be read";
   }
-  if (options.clientCertificate.empty()) {
-    return options.clientKey.empty() ? "" : "clientKey: there is no clientCertificate";
+  if (options.clientCertificate.empty() && !options.clientKey.empty()) {
+    return "clientKey: there is no clientCertificate";
   }
-  std::string wrong = fileProblem("clientCertificate", options.clientCertificate, kCertificate);
+  wrong = fileProblem("clientCertificate", options.clientCertificate, kCertificate);
   if (!wrong.empty()) return wrong;
   // The file of a certificate may contain its key as well.
-  return options.clientKey.empty()
-             ? fileProblem("clientKey", options.clientCertificate, kPrivateKey)
-             : fileProblem("clientKey", options.clientKey, kPrivateKey);
+  return fileProblem("clientKey",
+                     options.clientKey.empty() ? options.clientCertificate : options.clientKey,
+                     kPrivateKey);
 }
 
 /// The schemes of proxies that libcurl knows, and none at all: "proxy.example.com:3128".
@@ -67,9 +65,8 @@ std::string headerProblem(std::string_view name, std::string_view value) {
       "connection", "content-encoding",  "content-length", "content-type", "expect",
       "host",       "transfer-encoding", "user-agent"};
   const auto isTokenCharacter = [](char character) {  // RFC 9110, 5.6.2
-    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-           (character >= 'a' && character <= 'z') ||
-           std::string_view("!#$%&'*+-.^_`|~").find(character) != std::string_view::npos;
+    return zt::isLetter(character) ||
+           std::string_view("0123456789!#$%&'*+-.^_`|~").find(character) != std::string_view::npos;
   };
   std::string problem = "headers: ";
   if (name.empty() || !std::all_of(name.begin(), name.end(), isTokenCharacter)) {
