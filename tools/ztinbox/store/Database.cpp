@@ -149,6 +149,9 @@ std::int64_t Database::number(std::string_view query) {
 }
 
 std::int64_t Database::changes() const { return sqlite3_changes64(handle()); }
+std::uint64_t Database::lastInserted() const {
+  return static_cast<std::uint64_t>(sqlite3_last_insert_rowid(handle()));
+}
 bool Database::isInTransaction() const { return sqlite3_get_autocommit(handle()) == 0; }
 
 void Database::fail() const { throw DatabaseFault(_file + ": " + sqlite3_errmsg(handle())); }

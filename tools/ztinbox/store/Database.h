@@ -42,6 +42,8 @@ class Database {
 
   /// How many rows the last statement inserted, changed or deleted.
   std::int64_t changes() const;
+  /// The row ID of the last row that was inserted.
+  std::uint64_t lastInserted() const;
   bool isInTransaction() const;
 
   const std::string& file() const { return _file; }

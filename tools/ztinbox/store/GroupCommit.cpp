@@ -89,9 +89,11 @@ void GroupCommit::commit(Batch& batch) {
   } catch (...) {
     // A failing job, such as one that is too large for the disk, must not make the others fail.
     for (Entry& entry : batch) commitAlone(entry);
+    _hooks.committed();
     return;
   }
   for (Entry& entry : batch) finish(entry);
+  _hooks.committed();
 }
 
 void GroupCommit::commitAlone(Entry& entry) {

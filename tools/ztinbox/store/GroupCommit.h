@@ -26,6 +26,7 @@ class GroupCommit {
   /// Functions that the thread calls.
   struct Hooks {
     std::function<void()> rolledBack;  ///< after a rollback
+    std::function<void()> committed;   ///< after a commit, when all its futures are ready
     /// Does one portion of low-priority work, inside a transaction; false if nothing was left.
     /// Called when no job has been added for some milliseconds, and regularly between jobs.
     std::function<bool()> background;

@@ -29,10 +29,11 @@ const char* const kReportColumns =
 
 ReportWriter::ReportWriter(Database& database)
     : _database(database),
-      _insertReport(database,
-                    "INSERT INTO reports (number, received, test, answer, sender, size, report_id,"
-                    " machine_id, customer_id, application_id, application_version, result,"
-                    " duration) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      _insertReport(
+          database,
+          "INSERT INTO reports (received, test, answer, sender, size, report_id, machine_id,"
+          " customer_id, application_id, application_version, result, duration)"
+          " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       _insertBody(database, "INSERT INTO bodies (report, head, body) VALUES (?, ?, ?)"),
       _insertPool(database,
                   "INSERT INTO pools (report, position, type, first) VALUES (?, ?, ?, ?)"),
@@ -62,11 +63,12 @@ void ReportWriter::insert(IncomingReport& incoming) {
     _duplicate.reset();
   }
   const std::string answer = answerWord(report.answer);
-  const std::uint64_t number = report.number;
-  _insertReport.run(number, millisecondsOf(report.received), report.test, answer, report.sender,
+  _insertReport.run(millisecondsOf(report.received), report.test, answer, report.sender,
                     std::uint64_t{report.size}, identity.reportId, identity.machineId,
                     identity.customerId, identity.applicationId, identity.applicationVersion,
                     report.result, count(report.duration));
+  const std::uint64_t number = _database.lastInserted();
+  report.number = number;
   _insertBody.run(number, incoming.head, incoming.packedBody);
   std::unordered_set<std::string_view> seen;
   std::int64_t position = 0;

@@ -18,7 +18,7 @@ class ReportWriter {
  public:
   explicit ReportWriter(Database& database);
 
-  /// Inserts the report under its number. Sets duplicateOf.
+  /// Inserts the report under the next number. Sets its number and duplicateOf.
   void insert(IncomingReport& incoming);
   /// Removes all rows of the report; false if there is no such report.
   bool remove(std::uint64_t number);

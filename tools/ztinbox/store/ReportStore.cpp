@@ -23,19 +23,6 @@ std::uint64_t lastNumber(Database& database) {
       database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
 }
 
-/// Files the reports that an earlier run left in the journal. Returns the last number.
-std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
-  auto reports = journal.after(lastNumber(database));
-  if (!reports.empty()) {
-    database.run("BEGIN IMMEDIATE");
-    for (IncomingReport& report : reports) writer.insert(report);
-    database.run("COMMIT");
-    saveNow(database);
-  }
-  journal.clear();
-  return lastNumber(database);
-}
-
 }  // namespace
 
 ReportStore::ReportStore(const std::string& folder, std::size_t most, Listener listener)
@@ -45,44 +32,41 @@ ReportStore::ReportStore(const std::string& folder, std::size_t most, Listener l
       _writing(openForWriting(_folder.databaseFile())),
       _writer(_writing),
       _indexer(_writing),
-      _journal(_folder.path()),
-      _arrivals(catchUp(_journal, _writing, _writer)),
+      _arrivals(lastNumber(_writing)),
       _readers(_folder.databaseFile()),
-      _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
-                          [this] { saveNow(_writing); }}),
-      _filing(_journal, _arrivals.lastNumber(),
-              [this](std::vector<IncomingReport>& reports) { file(reports); }) {
+      _commits(_writing, {.rolledBack = [this] { recount(); },
+                          .committed = [this] { tellStored(); },
+                          .background = [this] { return _indexer.indexPortion(); },
+                          .settled = [this] { saveNow(_writing); }}) {
   _commits.add({[this] { recount(); }, {}});
   trim();
 }
 
-void ReportStore::add(IncomingReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
-
-void ReportStore::file(std::vector<IncomingReport>& reports) {
-  const auto insert = [this, &reports] {
-    for (IncomingReport& report : reports) {
-      _writer.insert(report);
-      ++_count;
-      const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
-      if (oldest) removeRows(*oldest);
-    }
-  };
-  const auto tell = [this, &reports] {
-    if (_listener) _listener(reports);
-  };
-  _commits.run({insert, tell});
+std::future<void> ReportStore::add(IncomingReport incoming) {
+  const auto report = std::make_shared<IncomingReport>(std::move(incoming));
+  return _commits.add({[this, report] { insert(*report); },
+                       [this, report] {
+                         _arrivals.add(report->report.number);
+                         _stored.push_back(std::move(*report));
+                       }});
 }
 
-/// A connection to a database that contains all earlier reports.
-ConnectionPool::Lease ReportStore::readAll() {
-  _filing.fileAll();
-  return ConnectionPool::Lease(_readers);
+void ReportStore::insert(IncomingReport& report) {
+  _writer.insert(report);
+  ++_count;
+  const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
+  if (oldest) removeRows(*oldest);
+}
+
+void ReportStore::tellStored() {
+  if (_listener && !_stored.empty()) _listener(_stored);
+  _stored.clear();
 }
 
 std::vector<StoredReport> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
                                          " ORDER BY " + filter.order() + " DESC LIMIT " +
                                          std::to_string(limit));
@@ -93,7 +77,7 @@ std::vector<StoredReport> ReportStore::list(const ReportFilter& wanted, std::siz
 }
 
 std::vector<StoredReport> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
                                          " FROM reports r WHERE r.number > ?"
                                          " ORDER BY r.number LIMIT ?");
@@ -112,7 +96,7 @@ std::optional<StoredReport> ReportStore::find(std::uint64_t number) {
 }
 
 std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   Statement select(
       lease.database(),
       "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
@@ -125,7 +109,7 @@ std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
 
 std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
                                                      std::size_t limit) {
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   Statement select(lease.database(),
                    "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
                    " ORDER BY number LIMIT ?");
@@ -138,7 +122,7 @@ std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId
 
 Statistics ReportStore::statistics(const ReportFilter& filter) {
   if (filter.text) indexUpTo(_arrivals.lastNumber());
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   return readStatistics(lease.database(), filter);
 }
 
@@ -150,7 +134,6 @@ bool ReportStore::removeRows(std::uint64_t number) {
 
 /// Changes this report.
 bool ReportStore::changeOne(std::uint64_t number, const Change& change) {
-  _filing.fileAll();
   const bool isChanged = changeEach({number}, change) > 0;
   if (isChanged) _arrivals.addChange();
   return isChanged;
@@ -193,7 +176,6 @@ std::size_t ReportStore::remove(const ReportFilter& filter) {
 
 std::size_t ReportStore::clear() {
   std::size_t cleared = 0;
-  _filing.fileAll();
   _commits.run({[this, &cleared] {
                   cleared = _count;
                   deleteEverything(_writing);
@@ -239,7 +221,6 @@ void ReportStore::trim() {
 }
 
 void ReportStore::indexUpTo(std::uint64_t number) {
-  _filing.fileAll();
   const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
   while (std::chrono::steady_clock::now() < end) {
     {
@@ -253,7 +234,7 @@ void ReportStore::indexUpTo(std::uint64_t number) {
 std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
   const FilterSql filter(wanted);
-  ConnectionPool::Lease lease = readAll();
+  ConnectionPool::Lease lease(_readers);
   Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
                                          filter.order() + " DESC LIMIT " + std::to_string(limit));
   std::vector<std::uint64_t> found;

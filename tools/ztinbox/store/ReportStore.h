@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,19 +12,16 @@
 
 #include "tools/ztinbox/store/Arrivals.h"
 #include "tools/ztinbox/store/DataFolder.h"
-#include "tools/ztinbox/store/Filing.h"
 #include "tools/ztinbox/store/GroupCommit.h"
-#include "tools/ztinbox/store/Journal.h"
 #include "tools/ztinbox/store/ReportRows.h"
 #include "tools/ztinbox/store/Search.h"
 #include "tools/ztinbox/store/Statistics.h"
 
 namespace zt::inbox {
 
-/// Stores the newest `most` reports in an SQLite database, in a folder of its own. add() writes a
-/// report to the write-ahead log before it returns, so the report survives the end of the program.
-/// Soon afterwards it is in the database and also survives a power failure. Reports in the database
-/// are not kept in memory. Thread-safe; every operation can throw DatabaseFault.
+/// Stores the newest `most` reports in an SQLite database, in a folder of its own. What is
+/// committed survives the end of the program, and soon afterwards a power failure too. No report is
+/// kept in memory. Thread-safe; every operation can throw DatabaseFault.
 class ReportStore {
  public:
   /// Receives the reports of each transaction once they are in the database, in the order of their
@@ -34,8 +32,9 @@ class ReportStore {
   ReportStore(const std::string& folder, std::size_t most, Listener listener = {});
 
   /// Stores the report under the next number, and removes the oldest report if there are too many.
-  /// The operations below include the report from now on.
-  void add(IncomingReport incoming);
+  /// The future is ready when the report is committed, which the operations below then include; it
+  /// throws if the report could not be stored. Reports get their numbers in the order of the calls.
+  [[nodiscard]] std::future<void> add(IncomingReport incoming);
 
   /// At most `limit` reports, newest first. With a text in the filter, this waits until earlier
   /// reports are indexed, but no longer than two seconds; reports that are not indexed by then are
@@ -67,10 +66,10 @@ class ReportStore {
   /// Changes a report within a transaction; false if there is nothing to change.
   using Change = std::function<bool(std::uint64_t number)>;
 
-  void file(std::vector<IncomingReport>& reports);
+  void insert(IncomingReport& report);
+  void tellStored();
   void recount();
   void trim();
-  ConnectionPool::Lease readAll();
   void indexUpTo(std::uint64_t number);
   bool removeRows(std::uint64_t number);
   bool changeOne(std::uint64_t number, const Change& change);
@@ -84,12 +83,11 @@ class ReportStore {
   Database _writing;
   ReportWriter _writer;
   SearchIndexer _indexer;
-  std::size_t _count = 0;  ///< used by the thread of _commits
-  Journal _journal;
+  std::size_t _count = 0;               ///< used by the thread of _commits
+  std::vector<IncomingReport> _stored;  ///< not told to the listener yet; used by that thread
   Arrivals _arrivals;
   ConnectionPool _readers;
-  GroupCommit _commits;  ///< its thread uses all members above
-  Filing _filing;        ///< last, because its thread uses all members above
+  GroupCommit _commits;  ///< last, because its thread uses all members above
 };
 
 }  // namespace zt::inbox

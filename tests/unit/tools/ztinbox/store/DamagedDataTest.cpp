@@ -32,7 +32,7 @@ class DamagedDataTest : public ::testing::Test {
       const std::string text(5'000, static_cast<char>('a' + i % 20));
       report.report.size = text.size();
       report.packedBody = zt::inbox::packed(text);
-      store.add(report);
+      store.add(report).get();
     }
   }
 
@@ -113,6 +113,16 @@ TEST_F(DamagedDataTest, AFolderInUseIsRefused) {
   EXPECT_EQ(faultOf(folder() + "/"),
             "the data folder " + folder() +
                 " is in use by another inbox; choose another one with --data");
+}
+
+TEST_F(DamagedDataTest, AJournalOfAnEarlierVersionIsRefusedUnlessItIsEmpty) {
+  temporary().write("data/journal.0", "");
+  EXPECT_EQ(faultOf(folder()), "");
+  const std::string journal = temporary().write("data/journal.1", "x");
+  EXPECT_EQ(faultOf(folder()),
+            journal +
+                ": reports that an earlier version of ztinbox received before it was killed; "
+                "start and stop that version once, or remove the file");
 }
 
 TEST_F(DamagedDataTest, ADamagedReportIsToldWhenItIsRead) {

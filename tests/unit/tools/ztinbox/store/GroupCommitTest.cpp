@@ -23,7 +23,10 @@ class GroupCommitTest : public ::testing::Test {
             [this, value] { _told += value; }};
   }
   GroupCommit::Hooks hooks() {
-    return {[this] { ++_undone; }, [] { return false; }, [this] { ++_settled; }};
+    return {.rolledBack = [this] { ++_undone; },
+            .committed = [] {},
+            .background = [] { return false; },
+            .settled = [this] { ++_settled; }};
   }
   static bool waitFor(const std::atomic<int>& count, int wanted) {
     for (int i = 0; i < 3'000 && count < wanted; ++i) {
@@ -82,6 +85,18 @@ TEST_F(GroupCommitTest, WhatIsToldIsCommitted) {
   commits.run({[this] { _database.run("INSERT INTO t VALUES (1)"); },
                [&] { seen = other.number("SELECT count(*) FROM t"); }});
   EXPECT_EQ(seen, 1);
+}
+
+TEST_F(GroupCommitTest, SaysThatItHasCommittedWhenTheFutureIsReady) {
+  std::future<void> done;
+  std::promise<void> isSet;
+  std::promise<std::future_status> found;
+  GroupCommit::Hooks all = hooks();
+  all.committed = [&] { found.set_value(done.wait_for(std::chrono::seconds(0))); };
+  GroupCommit commits(_database, all);
+  done = commits.add({[held = isSet.get_future().share()] { held.wait(); }, {}});
+  isSet.set_value();
+  EXPECT_EQ(found.get_future().get(), std::future_status::ready);
 }
 
 TEST_F(GroupCommitTest, WorksInTheBackgroundUntilNothingIsLeft) {

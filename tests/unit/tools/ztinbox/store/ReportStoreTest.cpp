@@ -50,7 +50,7 @@ class ReportStoreTest : public ::testing::Test {
 
   /// Adds it and returns it as it is listed.
   static StoredReport add(ReportStore& store, IncomingReport report) {
-    store.add(std::move(report));
+    store.add(std::move(report)).get();
     return store.list({}, 1).front();
   }
 
@@ -84,7 +84,7 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   report.report.duration = milliseconds(5'000);
   {
     ReportStore store(folder(), 10);
-    store.add(report);
+    store.add(report).get();
   }
   ReportStore store(folder(), 10);
   const auto kept = store.find(1);
@@ -130,7 +130,7 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   sample.value = "Apple";
   IncomingReport report = newReport(sample);
   report.report.received = zt::inbox::Timestamp(milliseconds(1'000));
-  store.add(report);
+  store.add(report).get();
   sample.applicationId = "{OTHER}";
   sample.machineId = "{M}";
   sample.pools = {"CUSTOM", "DISKS"};
@@ -138,7 +138,7 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   report = newReport(sample);
   report.report.received = zt::inbox::Timestamp(milliseconds(2'000));
   report.report.test = true;
-  store.add(report);
+  store.add(report).get();
   EXPECT_TRUE(store.setRead(2, true));
 
   const auto at = [](int time) { return zt::inbox::Timestamp(milliseconds(time)); };
@@ -211,7 +211,7 @@ TEST_F(ReportStoreTest, KeepsTheNewest) {
 TEST_F(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
   {
     ReportStore store(folder(), 1'000);
-    for (int i = 0; i < 450; ++i) store.add(newReportWithId("a"));
+    for (int i = 0; i < 450; ++i) store.add(newReportWithId("a")).get();
   }
   ReportStore store(folder(), 2);
   add(store, newReportWithId("a"));
@@ -263,7 +263,7 @@ TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
 TEST_F(ReportStoreTest, RemovesWhatIsFound) {
   ReportStore store(folder(), 1'000);
   for (int i = 1; i <= 450; ++i) {
-    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other")));
+    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other"))).get();
   }
   EXPECT_EQ(store.remove(ReportFilter{.customer = "nobody"}), 0U);
   EXPECT_EQ(store.remove(ReportFilter{.customer = "other", .before = 449}), 299U);
@@ -308,7 +308,7 @@ TEST_F(ReportStoreTest, CountsForTheCharts) {
     report.report.size = 10;
     report.steps = {{"Copy", std::chrono::seconds(row.seconds)}};
     if (row.seconds > 1) report.steps.push_back({"Check", milliseconds(7)});
-    store.add(report);
+    store.add(report).get();
   }
   store.setRead(1, true);
   const zt::inbox::Statistics all = store.statistics({});
