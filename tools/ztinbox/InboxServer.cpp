@@ -14,6 +14,7 @@
 #include "tools/ztinbox/OutputLines.h"
 #include "tools/ztinbox/page/Page.h"
 #include "tools/ztinbox/soap/SoapMessages.h"
+#include "tools/ztinbox/store/sqlite/SqliteBackend.h"
 
 namespace zt::inbox {
 
@@ -54,7 +55,7 @@ InboxServer::InboxServer(const InboxSettings& settings, LineSink lines)
     : _lines(std::move(lines)),
       _socket(settings.listen),
       _behaviour(settings.behaviour),
-      _store(settings.dataFolder, settings.mostReports,
+      _store(openSqliteBackend(settings.dataFolder), settings.mostReports,
              [this](const std::vector<IncomingReport>& reports) { _lines(linesAbout(reports)); }),
       _intake(_behaviour, _store),
       _soap(_intake),
@@ -88,7 +89,7 @@ void InboxServer::run(int stopDescriptor) {
 
 void InboxServer::respond(Exchange& exchange) try {
   dispatch(exchange);
-} catch (const DatabaseFault& fault) {
+} catch (const StoreFault& fault) {
   _lines("ztinbox: " + terminal::terminalText(fault.what(), kLongestFault));
   refuse(exchange, {kServerError, fault.what()});
 }

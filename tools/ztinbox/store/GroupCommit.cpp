@@ -4,6 +4,8 @@
 #include <exception>
 #include <utility>
 
+#include "tools/ztinbox/Fault.h"
+
 namespace zt::inbox {
 
 namespace {
@@ -15,8 +17,7 @@ constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
 
 }  // namespace
 
-GroupCommit::GroupCommit(Database& database, Hooks hooks)
-    : _database(database), _hooks(std::move(hooks)), _thread([this] { serve(); }) {}
+GroupCommit::GroupCommit(Hooks hooks) : _hooks(std::move(hooks)), _thread([this] { serve(); }) {}
 
 GroupCommit::~GroupCommit() {
   {
@@ -71,9 +72,9 @@ bool GroupCommit::waitForBatch(Batch& batch) {
 
 void GroupCommit::runBackground() {
   try {
-    transact([this] { _backgroundIsLeft = _hooks.background(); });
+    _hooks.transact([this] { _backgroundIsLeft = _hooks.background(); });
     if (!_backgroundIsLeft) _hooks.settled();
-  } catch (const DatabaseFault&) {
+  } catch (const StoreFault&) {
     // The next job triggers another attempt.
     _backgroundIsLeft = false;
   }
@@ -83,7 +84,7 @@ void GroupCommit::runBackground() {
 
 void GroupCommit::commit(Batch& batch) {
   try {
-    transact([&batch] {
+    _hooks.transact([&batch] {
       for (const Entry& entry : batch) entry.job.work();
     });
   } catch (...) {
@@ -98,24 +99,12 @@ void GroupCommit::commit(Batch& batch) {
 
 void GroupCommit::commitAlone(Entry& entry) {
   try {
-    transact(entry.job.work);
+    _hooks.transact(entry.job.work);
   } catch (...) {
     entry.done.set_exception(std::current_exception());
     return;
   }
   finish(entry);
-}
-
-void GroupCommit::transact(const std::function<void()>& work) {
-  try {
-    _database.run("BEGIN IMMEDIATE");
-    work();
-    _database.run("COMMIT");
-  } catch (...) {
-    if (_database.isInTransaction()) _database.run("ROLLBACK");
-    _hooks.rolledBack();
-    throw;
-  }
 }
 
 void GroupCommit::finish(Entry& entry) {

@@ -11,11 +11,13 @@
 #include "tools/ztinbox/soap/ReportContent.h"
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
+#include "tools/ztinbox/store/sqlite/SqliteBackend.h"
 
 namespace {
 
 using std::chrono::milliseconds;
 using zt::inbox::IncomingReport;
+using zt::inbox::openSqliteBackend;
 using zt::inbox::ReportFilter;
 using zt::inbox::ReportStore;
 using zt::inbox::StoredReport;
@@ -59,7 +61,7 @@ class ReportStoreTest : public ::testing::Test {
 };
 
 TEST_F(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   EXPECT_EQ(numbersOf(store), Numbers{});
   for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
   EXPECT_EQ(numbersOf(store), (Numbers{3, 2, 1}));
@@ -83,10 +85,10 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   report.report.result = "failed";
   report.report.duration = milliseconds(5'000);
   {
-    ReportStore store(folder(), 10);
+    ReportStore store(openSqliteBackend(folder()), 10);
     store.add(report).get();
   }
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   const auto kept = store.find(1);
   ASSERT_TRUE(kept);
   EXPECT_EQ(kept->received, report.report.received);
@@ -111,7 +113,7 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
 }
 
 TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   IncomingReport nothing;
   nothing.packedBody = zt::inbox::packed("");
   add(store, nothing);
@@ -125,7 +127,7 @@ TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
 }
 
 TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   SampleReport sample;
   sample.value = "Apple";
   IncomingReport report = newReport(sample);
@@ -199,7 +201,7 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
 }
 
 TEST_F(ReportStoreTest, KeepsTheNewest) {
-  ReportStore store(folder(), 2);
+  ReportStore store(openSqliteBackend(folder()), 2);
   for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
   EXPECT_EQ(numbersOf(store), (Numbers{3, 2}));
   EXPECT_FALSE(store.bytes(1));
@@ -210,10 +212,10 @@ TEST_F(ReportStoreTest, KeepsTheNewest) {
 
 TEST_F(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
   {
-    ReportStore store(folder(), 1'000);
+    ReportStore store(openSqliteBackend(folder()), 1'000);
     for (int i = 0; i < 450; ++i) store.add(newReportWithId("a")).get();
   }
-  ReportStore store(folder(), 2);
+  ReportStore store(openSqliteBackend(folder()), 2);
   add(store, newReportWithId("a"));
   // More than one portion is removed, the later ones behind whatever came in between.
   for (int i = 0; i < 3; ++i) store.setRead(1, true);
@@ -221,7 +223,7 @@ TEST_F(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
 }
 
 TEST_F(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
-  ReportStore store(folder(), 3);
+  ReportStore store(openSqliteBackend(folder()), 3);
   EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, std::nullopt);
   EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, 1U);
   EXPECT_EQ(add(store, newReportWithId("b")).duplicateOf, std::nullopt);
@@ -232,7 +234,7 @@ TEST_F(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
 }
 
 TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
-  ReportStore store(folder(), 3);
+  ReportStore store(openSqliteBackend(folder()), 3);
   add(store, newReportWithId(""));
   EXPECT_EQ(add(store, newReportWithId("")).duplicateOf, std::nullopt);
   add(store, IncomingReport());
@@ -242,7 +244,7 @@ TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
 
 TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
   {
-    ReportStore store(folder(), 5);
+    ReportStore store(openSqliteBackend(folder()), 5);
     for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
     EXPECT_TRUE(store.remove(1));
     EXPECT_FALSE(store.remove(1));
@@ -255,13 +257,13 @@ TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
     EXPECT_EQ(numbersOf(store, {.text = "kelvane"}), Numbers{5});
     EXPECT_EQ(store.clear(), 1U);
   }
-  ReportStore store(folder(), 5);
+  ReportStore store(openSqliteBackend(folder()), 5);
   EXPECT_EQ(store.arrivals().lastNumber(), 5U);
   EXPECT_EQ(add(store, newReportWithId("a")).number, 6U);
 }
 
 TEST_F(ReportStoreTest, RemovesWhatIsFound) {
-  ReportStore store(folder(), 1'000);
+  ReportStore store(openSqliteBackend(folder()), 1'000);
   for (int i = 1; i <= 450; ++i) {
     store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other"))).get();
   }
@@ -274,7 +276,7 @@ TEST_F(ReportStoreTest, RemovesWhatIsFound) {
 }
 
 TEST_F(ReportStoreTest, MarksReportsAsRead) {
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   for (const char* customer : {"a", "b", "a"}) add(store, newReport(zt::test::reportOf(customer)));
   EXPECT_TRUE(store.setRead(2, true));
   EXPECT_TRUE(store.setRead(2, true));
@@ -287,7 +289,7 @@ TEST_F(ReportStoreTest, MarksReportsAsRead) {
 }
 
 TEST_F(ReportStoreTest, CountsForTheCharts) {
-  ReportStore store(folder(), 10);
+  ReportStore store(openSqliteBackend(folder()), 10);
   const struct {
     int minute;
     zt::inbox::AnswerKind answer;

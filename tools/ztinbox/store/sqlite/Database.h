@@ -20,14 +20,8 @@ struct sqlite3_stmt;
 
 namespace zt::inbox {
 
-/// The database cannot be used: it is damaged, it cannot be written, or the disk is full. The
-/// message names the file and the reason.
-struct DatabaseFault : MachineFault {
-  using MachineFault::MachineFault;
-};
-
 /// One connection to an SQLite database file. Used by one thread at a time. Every operation can
-/// throw DatabaseFault.
+/// throw StoreFault.
 class Database {
  public:
   enum class Access { kWrite, kRead };
@@ -122,7 +116,7 @@ class Statement {
 };
 
 /// Configures the connection, and creates the tables of a new database or checks those of an
-/// existing one. Throws DatabaseFault if the file is not a database, is damaged, belongs to another
+/// existing one. Throws StoreFault if the file is not a database, is damaged, belongs to another
 /// program, or was written by a newer inbox.
 void prepareForWriting(Database& database);
 
@@ -160,7 +154,7 @@ class ConnectionPool {
   };
 
  private:
-  /// Waits for a free connection. Throws DatabaseFault.
+  /// Waits for a free connection. Throws StoreFault.
   std::unique_ptr<Database> take();
   void giveBack(std::unique_ptr<Database> database);
 

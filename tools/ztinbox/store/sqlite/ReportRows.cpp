@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/ztinbox/store/ReportRows.h"
+#include "tools/ztinbox/store/sqlite/ReportRows.h"
 
 #include <unordered_set>
 #include <utility>
 
-#include "tools/ztinbox/store/Search.h"
+#include "tools/ztinbox/store/sqlite/SearchIndexer.h"
 
 namespace zt::inbox {
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/ztinbox/store/Database.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
 
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -107,13 +107,13 @@ void createTables(Database& database) {
 
 void check(Database& database) {
   if (database.number("PRAGMA application_id") != kApplicationId) {
-    throw DatabaseFault(database.file() + ": not a database of this program");
+    throw StoreFault(database.file() + ": not a database of this program");
   }
   const std::int64_t version = database.number("PRAGMA user_version");
   if (version > kVersion) {
-    throw DatabaseFault(database.file() + ": written by a newer ztinbox (version " +
-                        std::to_string(version) + " of the tables; this program knows version " +
-                        std::to_string(kVersion) + ")");
+    throw StoreFault(database.file() + ": written by a newer ztinbox (version " +
+                     std::to_string(version) + " of the tables; this program knows version " +
+                     std::to_string(kVersion) + ")");
   }
   for (const char* table : {"reports", "bodies", "pools", "steps", "unsearched", "search"}) {
     database.run("SELECT 1 FROM " + std::string(table) + " LIMIT 1");
@@ -154,7 +154,7 @@ std::uint64_t Database::lastInserted() const {
 }
 bool Database::isInTransaction() const { return sqlite3_get_autocommit(handle()) == 0; }
 
-void Database::fail() const { throw DatabaseFault(_file + ": " + sqlite3_errmsg(handle())); }
+void Database::fail() const { throw StoreFault(_file + ": " + sqlite3_errmsg(handle())); }
 
 void Statement::Finish::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
@@ -243,7 +243,7 @@ void saveNow(Database& database) { database.run("PRAGMA wal_checkpoint(PASSIVE)"
 void shrink(Database& database) {
   try {
     database.run("VACUUM; PRAGMA wal_checkpoint(TRUNCATE);");
-  } catch (const DatabaseFault&) {
+  } catch (const StoreFault&) {
     // Later reports will use the free space.
   }
 }
