@@ -14,11 +14,11 @@ class Arrivals {
  public:
   explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
 
-  /// The order of the numbers does not matter.
-  void add(std::uint64_t number) {
+  /// `number` is the highest of `count` new reports. The order of the calls does not matter.
+  void add(std::uint64_t number, std::uint64_t count = 1) {
     const std::lock_guard lock(_mutex);
     _lastNumber = std::max(_lastNumber, number);
-    ++_count;
+    _count += count;
     _changed.notify_all();
   }
   /// Restarts count() at 0.

@@ -55,8 +55,9 @@ std::vector<StoredReport> ReportStore::list(const ReportFilter& wanted, std::siz
 }
 
 std::optional<StoredReport> ReportStore::find(std::uint64_t number) {
+  if (number == 0) return std::nullopt;
   auto reports = listAfter(number - 1, 1);
-  if (number == 0 || reports.empty() || reports.front().number != number) return std::nullopt;
+  if (reports.empty() || reports.front().number != number) return std::nullopt;
   return std::move(reports.front());
 }
 

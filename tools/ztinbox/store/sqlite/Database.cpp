@@ -120,8 +120,6 @@ void check(Database& database) {
   }
 }
 
-constexpr std::size_t kMostDatabaseConnections = 4;
-
 }  // namespace
 
 void Database::Close::operator()(sqlite3* handle) const { sqlite3_close_v2(handle); }
@@ -228,7 +226,11 @@ void prepareForWriting(Database& database) {
   if (database.number("SELECT count(*) FROM sqlite_schema") == 0) createTables(database);
 }
 
-void prepareForReading(Database& database) { database.run(kReading); }
+std::unique_ptr<Database> openForReading(const std::string& file) {
+  auto database = std::make_unique<Database>(file, Database::Access::kRead);
+  database->run(kReading);
+  return database;
+}
 
 void deleteEverything(Database& database) {
   database.run(
@@ -246,35 +248,6 @@ void shrink(Database& database) {
   } catch (const StoreFault&) {
     // Later reports will use the free space.
   }
-}
-
-std::unique_ptr<Database> ConnectionPool::take() {
-  std::unique_lock lock(_mutex);
-  _changed.wait(lock, [this] { return _taken < kMostDatabaseConnections; });
-  ++_taken;
-  if (!_free.empty()) {
-    auto database = std::move(_free.back());
-    _free.pop_back();
-    return database;
-  }
-  try {
-    auto database = std::make_unique<Database>(_file, Database::Access::kRead);
-    prepareForReading(*database);
-    return database;
-  } catch (...) {
-    --_taken;
-    _changed.notify_one();
-    throw;
-  }
-}
-
-void ConnectionPool::giveBack(std::unique_ptr<Database> database) {
-  {
-    const std::lock_guard lock(_mutex);
-    --_taken;
-    _free.push_back(std::move(database));
-  }
-  _changed.notify_one();
 }
 
 }  // namespace zt::inbox

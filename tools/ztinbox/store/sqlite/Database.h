@@ -2,16 +2,12 @@
 #pragma once
 
 #include <concepts>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "tools/ztinbox/Fault.h"
 
@@ -120,8 +116,8 @@ class Statement {
 /// program, or was written by a newer inbox.
 void prepareForWriting(Database& database);
 
-/// The same for an additional connection that only reads.
-void prepareForReading(Database& database);
+/// Opens an additional connection that only reads.
+std::unique_ptr<Database> openForReading(const std::string& file);
 
 /// Deletes all reports at once, which is faster than one by one.
 void deleteEverything(Database& database);
@@ -132,37 +128,5 @@ void saveNow(Database& database);
 
 /// Tries to release the free space of the file.
 void shrink(Database& database);
-
-/// A pool of a few connections for reading, each opened when it is first needed. Thread-safe.
-class ConnectionPool {
- public:
-  explicit ConnectionPool(std::string file) : _file(std::move(file)) {}
-
-  /// Holds a connection of the pool for a scope.
-  class Lease {
-   public:
-    explicit Lease(ConnectionPool& pool) : _pool(pool), _database(pool.take()) {}
-    Lease(const Lease&) = delete;
-    Lease& operator=(const Lease&) = delete;
-    ~Lease() { _pool.giveBack(std::move(_database)); }
-
-    Database& database() { return *_database; }
-
-   private:
-    ConnectionPool& _pool;
-    std::unique_ptr<Database> _database;
-  };
-
- private:
-  /// Waits for a free connection. Throws StoreFault.
-  std::unique_ptr<Database> take();
-  void giveBack(std::unique_ptr<Database> database);
-
-  const std::string _file;
-  std::mutex _mutex;
-  std::condition_variable _changed;
-  std::vector<std::unique_ptr<Database>> _free;
-  std::size_t _taken = 0;
-};
 
 }  // namespace zt::inbox

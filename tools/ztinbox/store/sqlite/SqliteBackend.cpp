@@ -3,6 +3,7 @@
 
 #include <utility>
 
+#include "tools/ztinbox/store/ConnectionPool.h"
 #include "tools/ztinbox/store/DataFolder.h"
 #include "tools/ztinbox/store/sqlite/Database.h"
 #include "tools/ztinbox/store/sqlite/ReportRows.h"
@@ -22,6 +23,8 @@ Database openForWriting(const std::string& file) {
   return database;
 }
 
+using Pool = ConnectionPool<Database>;
+
 class SqliteBackend final : public Backend {
  public:
   explicit SqliteBackend(const std::string& folder)
@@ -29,7 +32,7 @@ class SqliteBackend final : public Backend {
         _writing(openForWriting(_folder.databaseFile())),
         _writer(_writing),
         _indexer(_writing),
-        _readers(_folder.databaseFile()) {
+        _readers([file = _folder.databaseFile()] { return openForReading(file); }) {
     recount();
   }
 
@@ -73,36 +76,36 @@ class SqliteBackend final : public Backend {
 
   std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit) override {
     const FilterSql filter(wanted);
-    ConnectionPool::Lease lease(_readers);
-    Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
-                                           " ORDER BY " + filter.order() + " DESC LIMIT " +
-                                           std::to_string(limit));
+    Pool::Lease database(_readers);
+    Statement select(*database, std::string("SELECT ") + kReportColumns + filter.text() +
+                                    " ORDER BY " + filter.order() + " DESC LIMIT " +
+                                    std::to_string(limit));
     filter.bindTo(select);
-    return reportsOf(lease.database(), select);
+    return reportsOf(*database, select);
   }
 
   std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit) override {
     const FilterSql filter(wanted);
-    ConnectionPool::Lease lease(_readers);
-    Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
-                                           filter.order() + " DESC LIMIT " + std::to_string(limit));
+    Pool::Lease database(_readers);
+    Statement select(*database, "SELECT r.number" + filter.text() + " ORDER BY " + filter.order() +
+                                    " DESC LIMIT " + std::to_string(limit));
     filter.bindTo(select);
     return numbersOf(select);
   }
 
   std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit) override {
-    ConnectionPool::Lease lease(_readers);
-    Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
-                                           " FROM reports r WHERE r.number > ?"
-                                           " ORDER BY r.number LIMIT ?");
+    Pool::Lease database(_readers);
+    Statement select(*database, std::string("SELECT ") + kReportColumns +
+                                    " FROM reports r WHERE r.number > ?"
+                                    " ORDER BY r.number LIMIT ?");
     select.bind(number, std::uint64_t{limit});
-    return reportsOf(lease.database(), select);
+    return reportsOf(*database, select);
   }
 
   std::optional<ReportBytes> bytes(std::uint64_t number) override {
-    ConnectionPool::Lease lease(_readers);
+    Pool::Lease database(_readers);
     Statement select(
-        lease.database(),
+        *database,
         "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
         " WHERE b.report = ?");
     select.bind(number);
@@ -112,8 +115,8 @@ class SqliteBackend final : public Backend {
   }
 
   std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit) override {
-    ConnectionPool::Lease lease(_readers);
-    Statement select(lease.database(),
+    Pool::Lease database(_readers);
+    Statement select(*database,
                      "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
                      " ORDER BY number LIMIT ?");
     select.bind(reportId, std::uint64_t{limit});
@@ -121,19 +124,19 @@ class SqliteBackend final : public Backend {
   }
 
   Statistics statistics(const ReportFilter& filter) override {
-    ConnectionPool::Lease lease(_readers);
-    return readStatistics(lease.database(), filter);
+    Pool::Lease database(_readers);
+    return readStatistics(*database, filter);
   }
 
   bool isIndexed(std::uint64_t number) override {
-    ConnectionPool::Lease lease(_readers);
-    return !SearchIndexer::isBehind(lease.database(), number);
+    Pool::Lease database(_readers);
+    return !SearchIndexer::isBehind(*database, number);
   }
 
   std::uint64_t lastNumber() override {
-    ConnectionPool::Lease lease(_readers);
+    Pool::Lease database(_readers);
     return static_cast<std::uint64_t>(
-        lease.database().number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
+        (*database).number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
   }
 
  private:
@@ -162,7 +165,7 @@ class SqliteBackend final : public Backend {
   ReportWriter _writer;
   SearchIndexer _indexer;
   std::size_t _count = 0;
-  ConnectionPool _readers;
+  Pool _readers;
 };
 
 }  // namespace
