@@ -8,9 +8,8 @@
 
 #include "tools/ztinbox/api/Api.h"
 #include "tools/ztinbox/faults/Behaviour.h"
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/http/ListenAddress.h"
-#include "tools/ztinbox/http/Workers.h"
 #include "tools/ztinbox/soap/Intake.h"
 #include "tools/ztinbox/soap/SoapService.h"
 #include "tools/ztinbox/store/ReportStore.h"
@@ -58,8 +57,6 @@ class InboxServer {
   Intake _intake;
   SoapService _soap;
   Api _api;
-  HttpServer _http;
-  OpenConnections _open;
 };
 
 }  // namespace zt::inbox

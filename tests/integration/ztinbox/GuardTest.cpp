@@ -43,8 +43,8 @@ TEST(GuardTest, AForeignHostSeesNeitherPageNorApi) {
     }
     for (const char* path :
          {"/api/v1/reports", "/%61pi/v1/reports", "/%61%70%69/v1/wait?count=0",
-          "/api%2fv1/behaviour", "/api/v1/nothing", "/%u0061pi/v1/reports", "/%61pi/v1/%65vents",
-          "/api/v1/%73tats", "/api/v1/reports/1/%72aw", "/%61%70%69%2fv1%2fopenapi.json"}) {
+          "/api%2fv1/behaviour", "/api/v1/nothing", "/%61pi/v1/%65vents", "/api/v1/%73tats",
+          "/api/v1/reports/1/%72aw", "/%61%70%69%2fv1%2fopenapi.json"}) {
       const Asked api(inbox, "GET", path, "Host: " + host + "\r\n");
       EXPECT_EQ(api.status, kForbidden) << host << path;
       EXPECT_EQ(api.body, "{\"error\":\"foreign host\"}\n") << host << path;

@@ -1,7 +1,5 @@
 #include "tools/ztinbox/http/Workers.h"
 
-#include <sys/socket.h>
-
 #include <system_error>
 #include <utility>
 
@@ -31,6 +29,11 @@ void Workers::run(Job job) {
   }
 }
 
+bool Workers::areBusy() const {
+  const std::lock_guard lock(_mutex);
+  return !_jobs.empty();
+}
+
 void Workers::work() {
   std::unique_lock lock(_mutex);
   for (;;) {
@@ -44,23 +47,6 @@ void Workers::work() {
     job();
     lock.lock();
   }
-}
-
-OpenConnections::Entry::Entry(OpenConnections& all, int socket) : _all(all), _socket(socket) {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.insert(socket);
-  if (_all._ended) ::shutdown(socket, SHUT_RDWR);
-}
-
-OpenConnections::Entry::~Entry() {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.erase(_socket);
-}
-
-void OpenConnections::endAll() {
-  const std::lock_guard lock(_mutex);
-  _ended = true;
-  for (const int socket : _sockets) ::shutdown(socket, SHUT_RDWR);
 }
 
 }  // namespace zt::inbox

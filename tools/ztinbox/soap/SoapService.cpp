@@ -8,7 +8,6 @@ namespace zt::inbox {
 
 namespace {
 
-constexpr int kBadRequest = 400;
 constexpr std::chrono::milliseconds kForever{-1};
 
 /// Announces the length of an acceptance, but sends only a beginning of it without the accepting
@@ -74,7 +73,7 @@ void SoapService::respond(Exchange& exchange, bool test) {
       return;
     }
     case SoapRequest::kOther:
-      refuse(exchange, {kBadRequest, "neither a report nor a version request"});
+      refuse(exchange, {status::kBadRequest, "neither a report nor a version request"});
       return;
   }
 }

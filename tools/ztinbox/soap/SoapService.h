@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/soap/Intake.h"
 
 namespace zt::inbox {
