@@ -85,6 +85,7 @@ void InboxServer::sendConfiguration(Exchange& exchange) const {
 
 std::optional<Refusal> InboxServer::check(const HttpRequest& request,
                                           const Connection& connection) const {
+  if (isSoap(request.path)) return checkSite(request, connection);
   if (!isForTheUser(request.path)) return std::nullopt;
   const ListenAddress own = addressFor(connection);
   std::vector<std::string> hosts = request.header("host");
@@ -96,6 +97,22 @@ std::optional<Refusal> InboxServer::check(const HttpRequest& request,
   }
   for (const std::string& origin : request.header("origin")) {
     if (!isOwnOrigin(origin, own)) return Refusal{status::kForbidden, "foreign origin"};
+  }
+  return std::nullopt;
+}
+
+/// Refuses what a page of another site makes a browser send: any website could fill the store. A
+/// browser says so in these headers; no reporting client has them.
+std::optional<Refusal> InboxServer::checkSite(const HttpRequest& request,
+                                              const Connection& connection) const {
+  for (const std::string& site : request.header("sec-fetch-site")) {
+    if (site != "same-origin" && site != "none")
+      return Refusal{status::kForbidden, "request of a website"};
+  }
+  for (const std::string& origin : request.header("origin")) {
+    if (!isOwnOrigin(origin, addressFor(connection))) {
+      return Refusal{status::kForbidden, "request of a website"};
+    }
   }
   return std::nullopt;
 }

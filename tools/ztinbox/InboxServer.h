@@ -48,6 +48,7 @@ class InboxServer {
   void dispatch(Exchange& exchange);
   void sendConfiguration(Exchange& exchange) const;
   std::optional<Refusal> check(const HttpRequest& request, const Connection& connection) const;
+  std::optional<Refusal> checkSite(const HttpRequest& request, const Connection& connection) const;
   ListenAddress addressFor(const Connection& connection) const;
 
   LineSink _lines;
