@@ -178,7 +178,7 @@ TEST(FramingTest, ErrorsOfTheApiAreJson) {
       {"PATCH /api/v1/reports HTTP/1.1\r\n" + own + "\r\n", "405"},
       {"PUT /api/v1/behaviour HTTP/1.1\r\n" + own + "Content-Length: x\r\n\r\n", "400"},
       {"PUT /api/v1/behaviour HTTP/1.1\r\n" + own + "Bad header\r\n\r\n", "400"},
-      {"PUT /api/v1/behaviour HTTP/1.1\r\n" + own + "Transfer-Encoding: chunked\r\n\r\n-1\r\n",
+      {"PUT /api/v1/behaviour HTTP/1.1\r\n" + own + "Transfer-Encoding: chunked\r\n\r\n-1\r\nx",
        "400"},
       {"PUT /api/v1/behaviour HTTP/1.1\r\n" + own + "Content-Length: 67108865\r\n\r\n", "413"},
       {"GET /api/v1/reports HTTP/1.1\r\nX: " + std::string(300'000, 'a'), "431"},

@@ -142,7 +142,7 @@ TEST(LimitsTest, WithoutFileDescriptorsTheSlowestClientMakesRoom) {
 TEST(LimitsTest, RefusesAHeadThatNeverEnds) {
   const Inbox inbox;
   std::string headers;
-  for (int i = 0; i < 30'000; ++i) headers += "X: xxxxxx\r\n";
+  for (int i = 0; i < 300; ++i) headers += "X: " + std::string(1'000, 'x') + "\r\n";
   const struct {
     std::string request;
     const char* status;
