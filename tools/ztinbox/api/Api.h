@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "tools/ztinbox/faults/Behaviour.h"
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/store/ReportStore.h"
 
 namespace zt::inbox {
@@ -36,6 +36,8 @@ class Api {
   Api(ReportStore& store, Behaviour& behaviour) : _store(store), _behaviour(behaviour) {}
 
   static bool owns(std::string_view path);
+  /// Whether requests for `path` wait for reports.
+  static bool waits(std::string_view path);
   void respond(Exchange& exchange);
 
  private:

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/http/Workers.h"
 
-#include <sys/socket.h>
-
 #include <system_error>
 #include <utility>
 
@@ -32,6 +30,11 @@ void Workers::run(Job job) {
   }
 }
 
+bool Workers::areBusy() const {
+  const std::lock_guard lock(_mutex);
+  return !_jobs.empty();
+}
+
 void Workers::work() {
   std::unique_lock lock(_mutex);
   for (;;) {
@@ -45,23 +48,6 @@ void Workers::work() {
     job();
     lock.lock();
   }
-}
-
-OpenConnections::Entry::Entry(OpenConnections& all, int socket) : _all(all), _socket(socket) {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.insert(socket);
-  if (_all._ended) ::shutdown(socket, SHUT_RDWR);
-}
-
-OpenConnections::Entry::~Entry() {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.erase(_socket);
-}
-
-void OpenConnections::endAll() {
-  const std::lock_guard lock(_mutex);
-  _ended = true;
-  for (const int socket : _sockets) ::shutdown(socket, SHUT_RDWR);
 }
 
 }  // namespace zt::inbox
