@@ -119,10 +119,13 @@ TEST(HttpServerTest, IdleConnectionsEnd) {
   RawClient client(server.port());
   EXPECT_EQ(client.receiveAll(), "");
   EXPECT_EQ(client.end(), RawClient::End::kOrderly);
-  RawClient second(server.port());
-  second.send("GET /nothing HTTP/1.1\r\n\r\n");
-  EXPECT_TRUE(second.receiveAll().starts_with("HTTP/1.1 200 OK\r\n"));
-  EXPECT_EQ(second.end(), RawClient::End::kOrderly);
+  std::string answer;
+  while (answer.empty()) {  // On a busy machine, the connection may end before the request is sent.
+    RawClient second(server.port());
+    second.send("GET /nothing HTTP/1.1\r\n\r\n");
+    answer = second.receiveAll();
+  }
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 200 OK\r\n")) << answer;
 }
 
 TEST(HttpServerTest, TheBodiesOfAllConnectionsHaveALimit) {
