@@ -42,6 +42,7 @@ TEST(FramingTest, NothingRunsAfterABodyWithoutAClearEnd) {
       {"no size", chunked, "\r\n" + five},
       {"too large for 64 bits", chunked, "10000000000000005\r\n" + five},
       {"size after another chunk", chunked, "1\r\nx\r\n+5\r\n" + five},
+      {"line feed alone", chunked, "5\nhello\n0\n\n"},
       {"no end of a chunk", chunked, "5\r\nhelloxx0\r\n\r\n"},
       {"two codings", chunked + chunked, "5\r\n" + five},
       {"unknown coding first", "Transfer-Encoding: x\r\n" + chunked, "5\r\n" + five},
