@@ -158,18 +158,19 @@ class Loop {
     });
   }
 
-  /// False if too many clients are waiting.
+  /// False if too many clients are waiting, or the machine has no thread for it.
   bool handOver(const ClientPointer& client) {
     const bool waits = _handlers.waits(client->session.request());
     if (waits && _waiting == _limits.waitingClients) return false;
-    if (waits) ++_waiting;
-    (waits ? _waiters : _workers).run([this, client, waits, work = asio::make_work_guard(_loop)] {
+    auto job = [this, client, waits, work = asio::make_work_guard(_loop)] {
       const Next next = serve(client->session);
       asio::post(_loop, [this, client, waits, next] {
         if (waits) --_waiting;
         goOn(client, next);
       });
-    });
+    };
+    if (!(waits ? _waiters : _workers).run(std::move(job))) return false;
+    if (waits) ++_waiting;
     return true;
   }
 

@@ -15,19 +15,23 @@ Workers::~Workers() {
   for (std::thread& thread : _threads) thread.join();
 }
 
-void Workers::run(Job job) {
+bool Workers::run(Job job) {
   const std::lock_guard lock(_mutex);
   _jobs.push_back(std::move(job));
   if (_idle >= _jobs.size() || _threads.size() == _most) {
     _changed.notify_one();
-    return;
+    return true;
   }
   try {
     _threads.emplace_back([this] { work(); });
   } catch (const std::system_error&) {
     // No further thread can be started, so the job waits for an existing one.
-    if (_threads.empty()) throw;
+    if (_threads.empty()) {
+      _jobs.pop_back();
+      return false;
+    }
   }
+  return true;
 }
 
 bool Workers::areBusy() const {

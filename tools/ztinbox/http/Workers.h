@@ -22,7 +22,8 @@ class Workers {
   /// Waits until every job is done.
   ~Workers();
 
-  void run(Job job);
+  /// Returns false, and drops the job, if no thread can be started and there is none yet.
+  bool run(Job job);
   /// Whether jobs are waiting for a thread.
   bool areBusy() const;
 
