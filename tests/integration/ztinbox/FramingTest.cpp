@@ -168,7 +168,7 @@ TEST(FramingTest, EveryMethodThatIsNotAllowedComesWithThoseThatAre) {
   }
 }
 
-TEST(FramingTest, ErrorsOfTheApiAreJson) {
+TEST(FramingTest, ErrorsOfTheApiAreProblemDocuments) {
   const Inbox inbox;
   const std::string own = "Host: " + inbox.url().substr(7) + "\r\n";
   const struct {
@@ -189,7 +189,10 @@ TEST(FramingTest, ErrorsOfTheApiAreJson) {
   for (const auto& row : rows) {
     const std::string answer = everythingAfter(inbox, row.request);
     EXPECT_TRUE(answer.starts_with(std::string("HTTP/1.1 ") + row.status)) << answer;
-    EXPECT_NE(answer.find("\r\n\r\n{\""), std::string::npos) << row.request.substr(0, 99) << answer;
+    const std::string shown = row.request.substr(0, 99) + "\n" + answer;
+    EXPECT_NE(answer.find("\r\nContent-Type: application/problem+json\r\n"), std::string::npos)
+        << shown;
+    EXPECT_NE(answer.find("\r\n\r\n{\"detail\":\""), std::string::npos) << shown;
   }
 }
 

@@ -48,7 +48,7 @@ TEST(GuardTest, AForeignHostSeesNeitherPageNorApi) {
           "/api/v1/reports/1/%72aw", "/%61%70%69%2fv1%2fopenapi.json"}) {
       const Asked api(inbox, "GET", path, "Host: " + host + "\r\n");
       EXPECT_EQ(api.status, kForbidden) << host << path;
-      EXPECT_EQ(api.body, "{\"error\":\"foreign host\"}\n") << host << path;
+      EXPECT_TRUE(api.body.starts_with(R"({"detail":"foreign host",)")) << host << path;
     }
   }
   for (const std::string& host : {own, "LOCALHOST:" + port, "[::1]:" + port}) {
@@ -74,7 +74,7 @@ TEST(GuardTest, AForeignOriginSeesNeitherPageNorApi) {
     EXPECT_EQ(Asked(inbox, "GET", "/", headers).body, "foreign origin\n") << origin;
     const Asked api(inbox, "DELETE", "/%61pi/v1/reports", headers);
     EXPECT_EQ(api.status, kForbidden) << origin;
-    EXPECT_EQ(api.body, "{\"error\":\"foreign origin\"}\n") << origin;
+    EXPECT_TRUE(api.body.starts_with(R"({"detail":"foreign origin",)")) << origin;
   }
   EXPECT_EQ(Asked(inbox, "GET", "/api/v1/reports", own + "Origin: " + inbox.url() + "\r\n").status,
             kOkLine);

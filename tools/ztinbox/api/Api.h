@@ -13,8 +13,8 @@ namespace zt::inbox {
 /// The description of the JSON API (OpenAPI 3.1): the text of openapi.json.
 extern const std::string_view kOpenApi;
 
-/// The JSON API below /api/v1/, described in openapi.json. Errors are JSON too:
-/// {"error":"no such report"}.
+/// The JSON API below /api/v1/, described in openapi.json. Errors are problem
+/// documents (RFC 9457).
 ///
 ///     GET    reports?FILTER&before=&limit=      newest first
 ///     DELETE reports?FILTER&before=             {"deleted":3}

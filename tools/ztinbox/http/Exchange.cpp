@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/http/Exchange.h"
 
+#include "tools/ztinbox/http/HttpSyntax.h"
 #include "ztportal/base/Text.h"
 #include "ztportal/platform/json/Json.h"
 
@@ -25,7 +26,12 @@ HttpResponse refusalOf(std::string_view path, const Refusal& refusal) {
   response.status = refusal.status;
   if (refusal.status == status::kUnavailable) response.headers.emplace_back("Retry-After", "1");
   if (isBelowApi(path)) {
-    response.setBody(Json{{"error", refusal.reason}}.text() + "\n", kJsonType);
+    // "about:blank": the status is the type of the problem.
+    const Json problem{{"detail", refusal.reason},
+                       {"status", refusal.status},
+                       {"title", statusPhrase(refusal.status)},
+                       {"type", "about:blank"}};
+    response.setBody(problem.text() + "\n", kProblemType);
   } else {
     response.setBody(refusal.reason + "\n", kTextType);
   }

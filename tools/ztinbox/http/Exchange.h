@@ -15,6 +15,7 @@ namespace zt::inbox {
 
 inline constexpr const char* kHtmlType = "text/html; charset=utf-8";
 inline constexpr const char* kJsonType = "application/json";
+inline constexpr const char* kProblemType = "application/problem+json";
 inline constexpr const char* kTextType = "text/plain; charset=utf-8";
 inline constexpr const char* kXmlType = "text/xml; charset=utf-8";
 
@@ -81,8 +82,8 @@ struct Refusal {
   std::string reason;
 };
 
-/// A response that gives `reason`: as JSON below /api, and as plain text elsewhere. One with status
-/// 503 asks the client to come back in a second.
+/// A response that gives `reason`: as a problem document (RFC 9457) below /api, and as plain text
+/// elsewhere. One with status 503 asks the client to come back in a second.
 HttpResponse refusalOf(std::string_view path, const Refusal& refusal);
 
 /// Responds with a refusal; headers that the response has already stay.

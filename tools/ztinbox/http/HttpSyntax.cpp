@@ -223,14 +223,17 @@ bool RequestReader::expectsContinue() const {
          equalsAnyCase(expected.front(), "100-continue");
 }
 
+std::string_view statusPhrase(int status) {
+  return viewOf(http::obsolete_reason(http::int_to_status(static_cast<unsigned>(status))));
+}
+
 bool mayHaveBody(int status) { return status >= 200 && status != 204 && status != 304; }
 
 std::string responseHead(const HttpResponse& response, bool isChunked,
                          std::string_view connection) {
   std::string head = "HTTP/1.1 ";
-  const auto status = static_cast<unsigned>(response.status);
-  head.append(std::to_string(status)).append(" ");
-  head.append(viewOf(http::obsolete_reason(http::int_to_status(status)))).append("\r\n");
+  head.append(std::to_string(response.status)).append(" ");
+  head.append(statusPhrase(response.status)).append("\r\n");
   head.append(kEveryResponse);
   for (const auto& [name, value] : response.headers) {
     head.append(name).append(": ").append(value).append("\r\n");

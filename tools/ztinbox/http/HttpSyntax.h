@@ -81,5 +81,7 @@ class RequestReader {
 std::string responseHead(const HttpResponse& response, bool isChunked, std::string_view connection);
 
 bool mayHaveBody(int status);
+/// "Not Found" (RFC 9110, section 15).
+std::string_view statusPhrase(int status);
 
 }  // namespace zt::inbox

@@ -96,6 +96,9 @@ TEST(HttpServerTest, DripsDoNotProlongARequest) {
     EXPECT_TRUE(answer.starts_with("HTTP/1.1 408 Request Timeout\r\n")) << begin << answer;
     EXPECT_TRUE(answer.ends_with("the request took too long\n")) << begin << answer;
   }
+  const std::string answer = responseToDrips(server, "GET /api/v1/wait HTTP/1.1\r\nX: ");
+  EXPECT_NE(answer.find("\r\nContent-Type: application/problem+json\r\n"), std::string::npos)
+      << answer;
 }
 
 TEST(HttpServerTest, ALargeBodyMayTakeLonger) {

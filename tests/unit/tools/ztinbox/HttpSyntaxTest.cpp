@@ -125,6 +125,9 @@ TEST(HttpSyntaxTest, KnowsTheAddressOfARequestThatCannotBeRead) {
     EXPECT_EQ(reading.read(bytes), Step::kRefused) << bytes;
     EXPECT_EQ(reading.reader.path(), "/api/x") << bytes;
   }
+  Reading begun;
+  EXPECT_EQ(begun.read("GET /api/x HTTP/1.1\r\nX"), Step::kMore);
+  EXPECT_EQ(begun.reader.path(), "/api/x") << "for one that takes too long";
 }
 
 TEST(HttpSyntaxTest, WritesHeadsOfResponses) {
