@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -29,6 +30,8 @@ Answer ask(const Inbox& inbox, const std::string& method, const std::string& pat
                                            : client.post(path, body, "application/json");
   if (!answer) return {};
   EXPECT_EQ(answer->header("X-Content-Type-Options"), "nosniff") << path;
+  const bool isProblem = answer->header("Content-Type") == "application/problem+json";
+  EXPECT_EQ(isProblem, answer->status >= 400) << path;
   return {answer->status, answer->body};
 }
 
@@ -40,8 +43,12 @@ std::vector<int> numbers(const Inbox& inbox, const std::string& query) {
   return all;
 }
 
-TEST(ApiTest, AnswersWithErrorsInJson) {
+TEST(ApiTest, AnswersErrorsWithProblemDocuments) {
   const Inbox inbox;
+  const std::map<int, const char*> titles = {{400, "Bad Request"},
+                                             {404, "Not Found"},
+                                             {405, "Method Not Allowed"},
+                                             {408, "Request Timeout"}};
   const struct {
     const char* method;
     const char* path;
@@ -78,7 +85,11 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
   for (const auto& row : rows) {
     const Answer answer = ask(inbox, row.method, row.path);
     EXPECT_EQ(answer.status, row.status) << row.path;
-    EXPECT_EQ(answer.body, json({{"error", row.reason}}).dump() + "\n") << row.path;
+    const json problem = {{"type", "about:blank"},
+                          {"title", titles.at(row.status)},
+                          {"status", row.status},
+                          {"detail", row.reason}};
+    EXPECT_EQ(answer.body, problem.dump() + "\n") << row.path;
   }
 }
 
@@ -267,7 +278,7 @@ TEST(ApiTest, AWrongBehaviourChangesNothing) {
   const std::string before = ask(inbox, "GET", "/api/v1/behaviour").body;
   const Answer wrong = ask(inbox, "PUT", "/api/v1/behaviour", R"({"answer": "drop", "Slow": 1})");
   EXPECT_EQ(wrong.status, 400);
-  EXPECT_EQ(wrong.body, "{\"error\":\"/Slow: unknown key\"}\n");
+  EXPECT_EQ(json::parse(wrong.body)["detail"], "/Slow: unknown key");
   EXPECT_EQ(ask(inbox, "GET", "/api/v1/behaviour").body, before);
 }
 

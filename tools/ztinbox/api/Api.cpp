@@ -66,7 +66,7 @@ void answerJson(Exchange& exchange, std::string json) {
 }
 
 void answerNotFound(Exchange& exchange, const std::string& reason) {
-  refuse(exchange, {kNotFound, reason});
+  refuse(exchange, {status::kNotFound, reason});
 }
 
 /// Reads {"read":true}. Throws InputFault.
@@ -117,8 +117,9 @@ class EventStream {
   EventStream(ReportStore& store, Connection& connection, std::uint64_t last)
       : _store(store), _connection(connection), _last(last), _changes(store.arrivals().changes()) {}
 
-  /// Writes the next events, or waits for them; false at the end.
-  bool goOn(const HttpResponse::Write& write) {
+  /// Writes the next events, or waits for them; false at the end. A client comes back by itself
+  /// when the store could not be read.
+  bool goOn(const HttpResponse::Write& write) try {
     if (!_begun) {
       _begun = true;
       return write(kGreeting);
@@ -146,6 +147,8 @@ class EventStream {
     // Deleted reports count as sent.
     if (reports.size() < kEventPortion) _last = std::max(_last, newest);
     return !_connection.isLeftWithin(milliseconds::zero());
+  } catch (const StoreFault&) {
+    return false;
   }
 
  private:
@@ -163,7 +166,6 @@ void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std
   const std::uint64_t newest = store.arrivals().lastNumber();
   const auto stream = std::make_shared<EventStream>(store, exchange.connection,
                                                     std::min(after.value_or(newest), newest));
-  exchange.connection.endAfterResponse();
   exchange.response.type = kEventType;
   exchange.response.stream = [stream](const HttpResponse::Write& write) {
     return stream->goOn(write);
@@ -174,17 +176,21 @@ void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std
 
 bool Api::owns(std::string_view path) { return path == "/api" || path.starts_with("/api/"); }
 
+bool Api::waits(std::string_view path) {
+  return path == "/api/v1/events" || path == "/api/v1/wait";
+}
+
 void Api::respond(Exchange& exchange) {
   exchange.response.headers.emplace_back("Cache-Control", "no-store");
   std::string_view path = exchange.request.path;
   path.remove_prefix(path.starts_with(kRoot) ? kRoot.size() : path.size());
   try {
     if (exchange.request.body.size() > kLargestBody) {
-      return refuse(exchange, {kTooLarge, "request to the API over 1 MiB"});
+      return refuse(exchange, {status::kTooLarge, "request to the API over 1 MiB"});
     };
     dispatch(exchange, path);
   } catch (const InputFault& fault) {
-    refuse(exchange, {kBadRequest, fault.what()});
+    refuse(exchange, {status::kBadRequest, fault.what()});
   }
 }
 
@@ -305,8 +311,8 @@ void Api::wait(Exchange& exchange) {
     const auto slice = std::clamp(left, milliseconds::zero(), kWaitSlice);
     if (arrivals.waitForCount(count, slice)) break;
     if (left <= milliseconds::zero()) {
-      return refuse(exchange,
-                    {kTimedOut, "timed out: " + std::to_string(arrivals.count()) + " arrived"});
+      return refuse(exchange, {status::kTimedOut,
+                               "timed out: " + std::to_string(arrivals.count()) + " arrived"});
     };
     if (exchange.connection.isLeftWithin(milliseconds::zero())) {
       return exchange.connection.endSilently();

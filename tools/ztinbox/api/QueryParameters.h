@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {

@@ -14,7 +14,7 @@ namespace zt::inbox {
 namespace {
 
 /// The inbox alone writes to the file, but the user may open it with another program.
-constexpr int kLockPatienceInMilliseconds = 10'000;
+constexpr int kLockPatienceInMilliseconds = 1'000;
 
 /// SQLite gives its other files the mode of the database file.
 void createForOwnerOnly(const std::string& file) {
