@@ -17,6 +17,7 @@ set(ZT_SBOM_ROWS
     "CLI11|BSD-3-Clause|programs|STATIC_LINK"
     "Boost|BSL-1.0|programs|STATIC_LINK"
     "sqlite3|blessing|programs|DYNAMIC_LINK"
+    "libpqxx|BSD-3-Clause|programs|DYNAMIC_LINK"
     "liblz4|BSD-2-Clause|programs|DYNAMIC_LINK")
 
 find_package(PkgConfig REQUIRED)

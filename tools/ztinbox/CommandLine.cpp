@@ -50,14 +50,11 @@ void addOptions(CLI::App& app, Arguments& arguments) {
   app.option_defaults()->always_capture_default();
   addValue(app, "--listen", "ADDRESS:PORT", arguments.listen,
            "Listen at this address; port 0 selects a free port");
-  CLI::Option* data =
-      addValue(app, "--data", "DIR", arguments.data,
-               "Folder of the stored reports (default: ztinbox in the user's data folder)");
+  addValue(app, "--data", "DIR", arguments.data,
+           "Folder of the stored reports (default: ztinbox in the user's data folder)");
   addValue(app, "--store", "URL", arguments.store,
-           "Store the reports in a PostgreSQL database instead, which several inboxes may share: "
-           "postgresql://USER@HOST/NAME or service=NAME; the password comes from PGPASSWORD or "
-           "~/.pgpass")
-      ->excludes(data);
+           "PostgreSQL database for the reports instead, which several inboxes may share: "
+           "postgresql://USER@HOST/NAME or service=NAME");
   addValue(app, "--max", "N", arguments.most,
            "Keep only the newest N reports (default: 10000; with --store, all)");
   addValue(app, "--answer", "WORD", arguments.answer,
@@ -131,6 +128,9 @@ InboxSettings readSettings(const Arguments& arguments) {
     settings.behaviour.scenario = readScenarioFile(arguments.scenario);
   }
   if (arguments.data && arguments.data->empty()) throw InputFault("--data must name a folder");
+  if (arguments.data && !arguments.store.empty()) {
+    throw InputFault("--data and --store exclude each other");
+  }
   settings.store = arguments.store;
   if (!settings.store.empty()) {
     if (!arguments.most) settings.mostReports = std::numeric_limits<std::size_t>::max();
