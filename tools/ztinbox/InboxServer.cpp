@@ -114,8 +114,9 @@ std::optional<Refusal> InboxServer::check(const HttpRequest& request,
 std::optional<Refusal> InboxServer::checkSite(const HttpRequest& request,
                                               const Connection& connection) const {
   for (const std::string& site : request.header("sec-fetch-site")) {
-    if (site != "same-origin" && site != "none")
+    if (site != "same-origin" && site != "none") {
       return Refusal{status::kForbidden, "request of a website"};
+    }
   }
   for (const std::string& origin : request.header("origin")) {
     if (!isOwnOrigin(origin, addressFor(connection))) {

@@ -78,9 +78,12 @@ std::optional<std::size_t> Connection::send(std::string_view first, std::string_
 bool Connection::write(std::string_view bytes) const {
   while (!bytes.empty()) {
     const auto count = send(bytes);
-    if (count == std::size_t{0}) return false;
-    if (!count && !waitFor(socket(), POLLOUT, kWriteTimeout)) return false;
-    bytes.remove_prefix(count.value_or(0));
+    if (!count) {
+      if (!waitFor(socket(), POLLOUT, kWriteTimeout)) return false;
+      continue;
+    }
+    if (*count == 0) return false;
+    bytes.remove_prefix(*count);
   }
   return true;
 }

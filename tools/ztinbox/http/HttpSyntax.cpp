@@ -41,14 +41,16 @@ std::string_view viewOf(BeastText text) { return {text.data(), text.size()}; }
 
 Refusal syntaxRefusal(const error_code& error) {
   if (error == http::error::bad_content_length) return {status::kBadRequest, "bad Content-Length"};
-  if (error == http::error::bad_transfer_encoding)
+  if (error == http::error::bad_transfer_encoding) {
     return {status::kBadRequest, "bad Transfer-Encoding"};
+  }
   if (error == http::error::bad_chunk || error == http::error::bad_chunk_extension) {
     return {status::kBadRequest, "bad chunk"};
   }
   if (error == http::error::body_limit) return {status::kTooLarge, "request over 64 MiB"};
-  if (error == http::error::header_limit)
+  if (error == http::error::header_limit) {
     return {status::kHeadTooLarge, "request head over 256 KiB"};
+  }
   return {status::kBadRequest, "bad request"};
 }
 

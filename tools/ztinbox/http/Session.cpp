@@ -19,8 +19,8 @@ constexpr int kStepsInTurn = 64;
 /// A chunk of a body (RFC 9112, section 7.1).
 std::string chunkOf(std::string_view bytes) {
   std::array<char, 16> size{};
-  const auto end = std::to_chars(size.begin(), size.end(), bytes.size(), 16).ptr;
-  std::string chunk(size.begin(), end);
+  char* const end = std::to_chars(size.data(), size.data() + size.size(), bytes.size(), 16).ptr;
+  std::string chunk(size.data(), end);
   return chunk.append("\r\n").append(bytes).append("\r\n");
 }
 
