@@ -195,6 +195,12 @@ class Condition {
     whereEqual("customer_id", filter.customer);
     whereEqual("application_id", filter.application);
     whereEqual("machine_id", filter.machine);
+    whereEqual("report_id", filter.reportId);
+    if (filter.reportId) _text += " AND r.report_id <> ''";
+    if (filter.version)
+      where("r.application_version = ?::bytea", byteaOf(std::string_view(*filter.version)));
+    if (filter.answer) where("starts_with(r.answer || ':', ? || ':')", *filter.answer);
+    if (filter.result) where("r.result = ?", *filter.result);
     if (filter.before) where("r.number < ?", std::to_string(*filter.before));
     if (filter.test) where("r.test = ?", *filter.test ? "true" : "false");
     if (filter.read) where("r.read = ?", *filter.read ? "true" : "false");
@@ -251,7 +257,7 @@ class Follower {
       const auto last = parseNumber<std::uint64_t>(takeLine(rest, ' '));
       const auto added = parseNumber<std::uint64_t>(rest);
       if (last && added && *added > 0)
-        _follower._arrivals.add(*last, *added);
+        _follower._arrivals.add(*last);
       else
         _follower._arrivals.addChange();
     }
@@ -275,9 +281,7 @@ class Follower {
     const Receiver receiver(*connection, *this);
     {
       pqxx::nontransaction work(*connection);
-      const std::uint64_t last = numberOf(work.exec1("SELECT last FROM store")[0]);
-      const std::uint64_t known = _arrivals.lastNumber();
-      if (last > known) _arrivals.add(last, last - known);
+      _arrivals.add(numberOf(work.exec1("SELECT last FROM store")[0]));
     }
     while (!_isEnding) connection->await_notification(0, 100'000);
   }

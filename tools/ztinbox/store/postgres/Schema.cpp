@@ -85,8 +85,8 @@ void prepareTables(pqxx::connection& connection) {
   const int version = work.exec1("SELECT version FROM store")[0].as<int>();
   if (version > kSchemaVersion) {
     throw StoreFault("PostgreSQL: written by a newer ztinbox (version " + std::to_string(version) +
-                     " of the tables; this program knows version " + std::to_string(kSchemaVersion) +
-                     ")");
+                     " of the tables; this program knows version " +
+                     std::to_string(kSchemaVersion) + ")");
   }
   work.commit();
 }

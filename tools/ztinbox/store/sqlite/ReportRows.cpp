@@ -160,6 +160,10 @@ FilterSql::FilterSql(const ReportFilter& filter) {
   if (filter.customer) where(" r.customer_id = ?", *filter.customer);
   if (filter.application) where(" r.application_id = ?", *filter.application);
   if (filter.machine) where(" r.machine_id = ?", *filter.machine);
+  if (filter.version) where(" r.application_version = ?", *filter.version);
+  if (filter.reportId) where(" r.report_id = ? AND r.report_id <> ''", *filter.reportId);
+  if (filter.answer) where(" r.answer || ':' GLOB ? || ':*'", *filter.answer);
+  if (filter.result) where(" r.result = ?", *filter.result);
   if (filter.test) where(" r.test = ?", std::int64_t{*filter.test});
   if (filter.read) where(" r.read = ?", std::int64_t{*filter.read});
   if (filter.since) where(" r.received >= ?", millisecondsOf(*filter.since));

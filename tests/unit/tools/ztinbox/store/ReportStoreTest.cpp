@@ -156,6 +156,8 @@ TEST_P(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   report = newReport(sample);
   report.report.received = zt::inbox::Timestamp(milliseconds(2'000));
   report.report.test = true;
+  report.report.answer = {zt::inbox::AnswerKind::kError, 503};
+  report.report.result = "failed";
   store.add(report).get();
   EXPECT_TRUE(store.setRead(2, true));
 
@@ -170,6 +172,16 @@ TEST_P(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
       {{.application = "{OTHER}"}, {2}},
       {{.machine = "{M}"}, {2}},
       {{.machine = ""}, {}},
+      {{.version = sample.applicationVersion}, {2, 1}},
+      {{.version = "0"}, {}},
+      {{.reportId = sample.reportId}, {2, 1}},
+      {{.reportId = ""}, {}},
+      {{.answer = "accept"}, {1}},
+      {{.answer = "error"}, {2}},
+      {{.answer = "error:503"}, {2}},
+      {{.answer = "error:50"}, {}},
+      {{.result = "failed"}, {2}},
+      {{.result = "succeeded"}, {}},
       {{.pool = "DISKS"}, {2}},
       {{.pool = "EXECUTION"}, {1}},
       {{.pool = "DISK"}, {}},
