@@ -15,8 +15,9 @@ set(ZT_SBOM_ROWS
     "nlohmann_json|MIT|library|STATIC_LINK"
     "gio-2.0|LGPL-2.1-or-later|library|DYNAMIC_LINK"
     "CLI11|BSD-3-Clause|programs|STATIC_LINK"
-    "cpp-httplib|MIT|programs|STATIC_LINK"
+    "Boost|BSL-1.0|programs|STATIC_LINK"
     "sqlite3|blessing|programs|DYNAMIC_LINK"
+    "libpqxx|BSD-3-Clause|programs|DYNAMIC_LINK"
     "liblz4|BSD-2-Clause|programs|DYNAMIC_LINK")
 
 find_package(PkgConfig REQUIRED)
@@ -31,10 +32,15 @@ foreach(row IN LISTS ZT_SBOM_ROWS)
   if(part STREQUAL "programs" AND NOT ZT_BUILD_TOOLS)
     continue()
   endif()
-  execute_process(
-    COMMAND "${PKG_CONFIG_EXECUTABLE}" --modversion ${module}
-    OUTPUT_VARIABLE version
-    OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  if(module STREQUAL "Boost") # has no pkg-config module
+    find_package(Boost REQUIRED)
+    set(version "${Boost_VERSION_STRING}")
+  else()
+    execute_process(
+      COMMAND "${PKG_CONFIG_EXECUTABLE}" --modversion ${module}
+      OUTPUT_VARIABLE version
+      OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+  endif()
   string(REPLACE "_" "-" id "SPDXRef-${module}")
   string(APPEND packages ",
     {\"SPDXID\": \"${id}\", \"name\": \"${module}\", \"versionInfo\": \"${version}\",

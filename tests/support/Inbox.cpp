@@ -16,7 +16,8 @@ namespace {
 
 std::vector<std::string> commandOf(std::vector<std::string> options, const std::string& folder) {
   options.insert(options.begin(), {paths::kInboxProgram, "--listen", "127.0.0.1:0"});
-  if (std::ranges::find(options, "--data") == options.end()) {
+  if (std::ranges::find(options, "--data") == options.end() &&
+      std::ranges::find(options, "--store") == options.end()) {
     options.insert(options.end(), {"--data", folder});
   }
   return options;

@@ -27,7 +27,7 @@ struct InboxReport {
 };
 
 /// A running ztinbox on a free loopback port, which ends with its scope. It stores its reports in a
-/// temporary folder, unless the options name another one (`--data`).
+/// temporary folder, unless the options name another place (`--data`, `--store`).
 ///
 ///     zt::test::Inbox inbox({"--answer", "refuse"});
 ///     report->setUrl(inbox.configurationUrl());

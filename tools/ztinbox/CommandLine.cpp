@@ -26,7 +26,8 @@ constexpr std::uint64_t kMostKept = 1'000'000;
 struct Arguments {
   std::string listen = "127.0.0.1:8025";
   std::optional<std::string> data;
-  std::string most = "10000";
+  std::string store;
+  std::optional<std::string> most;
   std::string answer = "accept";
   std::string slow = "0";
   std::string failRate = "0";
@@ -51,7 +52,11 @@ void addOptions(CLI::App& app, Arguments& arguments) {
            "Listen at this address; port 0 selects a free port");
   addValue(app, "--data", "DIR", arguments.data,
            "Folder of the stored reports (default: ztinbox in the user's data folder)");
-  addValue(app, "--max", "N", arguments.most, "Keep only the newest N reports");
+  addValue(app, "--store", "URL", arguments.store,
+           "PostgreSQL database for the reports instead, which several inboxes may share: "
+           "postgresql://USER@HOST/NAME or service=NAME");
+  addValue(app, "--max", "N", arguments.most,
+           "Keep only the newest N reports (default: 10000; with --store, all)");
   addValue(app, "--answer", "WORD", arguments.answer,
            "Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or truncate");
   addValue(app, "--slow", "MS", arguments.slow, "Delay before each answer, in milliseconds");
@@ -111,7 +116,7 @@ InboxSettings readSettings(const Arguments& arguments) {
 
   InboxSettings settings;
   settings.listen = *listen;
-  settings.mostReports = readWhole("--max", arguments.most, 1, kMostKept);
+  if (arguments.most) settings.mostReports = readWhole("--max", *arguments.most, 1, kMostKept);
   settings.behaviour.answer = *answer;
   const auto slowest = static_cast<std::uint64_t>(kSlowest.count());
   settings.behaviour.slow =
@@ -123,7 +128,15 @@ InboxSettings readSettings(const Arguments& arguments) {
     settings.behaviour.scenario = readScenarioFile(arguments.scenario);
   }
   if (arguments.data && arguments.data->empty()) throw InputFault("--data must name a folder");
-  settings.dataFolder = arguments.data ? *arguments.data : defaultDataFolder();
+  if (arguments.data && !arguments.store.empty()) {
+    throw InputFault("--data and --store exclude each other");
+  }
+  settings.store = arguments.store;
+  if (!settings.store.empty()) {
+    if (!arguments.most) settings.mostReports = std::numeric_limits<std::size_t>::max();
+  } else {
+    settings.dataFolder = arguments.data ? *arguments.data : defaultDataFolder();
+  }
   return settings;
 }
 

@@ -16,4 +16,10 @@ struct MachineFault : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+/// The store cannot be used: its database is damaged, out of reach or full. The message names the
+/// database and the reason.
+struct StoreFault : MachineFault {
+  using MachineFault::MachineFault;
+};
+
 }  // namespace zt::inbox

@@ -1,28 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/InboxServer.h"
 
-#include <poll.h>
-
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <memory>
-#include <thread>
 #include <utility>
 
 #include "tools/common/Terminal.h"
 #include "tools/ztinbox/OutputLines.h"
+#include "tools/ztinbox/http/HttpServer.h"
 #include "tools/ztinbox/page/Page.h"
 #include "tools/ztinbox/soap/SoapMessages.h"
+#include "tools/ztinbox/store/postgres/PostgresBackend.h"
+#include "tools/ztinbox/store/sqlite/SqliteBackend.h"
 
 namespace zt::inbox {
 
 namespace {
-
-/// Each hanging client occupies a thread, and other clients still need free ones.
-constexpr std::size_t kMostClients = 512;
-/// Pause before another attempt to accept a connection when the process is out of file descriptors.
-constexpr std::chrono::milliseconds kNoDescriptorPause{20};
 
 /// Longest error in an output line, in characters.
 constexpr std::size_t kLongestFault = 300;
@@ -45,6 +37,11 @@ std::string linesAbout(const std::vector<IncomingReport>& reports) {
   return lines;
 }
 
+std::unique_ptr<Backend> open(const InboxSettings& settings) {
+  return settings.store.empty() ? openSqliteBackend(settings.dataFolder)
+                                : openPostgresBackend(settings.store);
+}
+
 /// Addresses for browsers and scripts, as opposed to those for reporting clients.
 bool isForTheUser(const std::string& path) { return Page::owns(path) || Api::owns(path); }
 
@@ -54,43 +51,26 @@ InboxServer::InboxServer(const InboxSettings& settings, LineSink lines)
     : _lines(std::move(lines)),
       _socket(settings.listen),
       _behaviour(settings.behaviour),
-      _store(settings.dataFolder, settings.mostReports,
+      _store(open(settings), settings.mostReports,
              [this](const std::vector<IncomingReport>& reports) { _lines(linesAbout(reports)); }),
       _intake(_behaviour, _store),
       _soap(_intake),
-      _api(_store, _behaviour),
-      _http([this](Exchange& exchange) { respond(exchange); },
-            [this](const HttpRequest& request, const Connection& connection) {
-              return check(request, connection);
-            }) {}
+      _api(_store, _behaviour) {}
 
 void InboxServer::run(int stopDescriptor) {
-  Workers workers(kMostClients);
-  std::array<pollfd, 2> waiting{{{_socket.number(), POLLIN, 0}, {stopDescriptor, POLLIN, 0}}};
-  while (waiting[1].revents == 0) {
-    if (::poll(waiting.data(), waiting.size(), -1) < 0) {
-      waiting[1].revents = 0;
-      continue;
-    }
-    if (waiting[0].revents == 0) continue;
-    FileDescriptor accepted = _socket.accept();
-    if (!accepted.isOpen()) {
-      if (errno == EMFILE || errno == ENFILE) std::this_thread::sleep_for(kNoDescriptorPause);
-      continue;
-    }
-    workers.run([this, connection = std::make_shared<Connection>(std::move(accepted))] {
-      const OpenConnections::Entry entry(_open, connection->socket());
-      _http.serve(*connection);
-    });
-  }
-  _open.endAll();
+  const HttpHandlers handlers{[this](Exchange& exchange) { respond(exchange); },
+                              [this](const HttpRequest& request, const Connection& connection) {
+                                return check(request, connection);
+                              },
+                              [](const HttpRequest& request) { return Api::waits(request.path); }};
+  serveHttp(_socket, handlers, {}, stopDescriptor);
 }
 
 void InboxServer::respond(Exchange& exchange) try {
   dispatch(exchange);
-} catch (const DatabaseFault& fault) {
+} catch (const StoreFault& fault) {
   _lines("ztinbox: " + terminal::terminalText(fault.what(), kLongestFault));
-  refuse(exchange, {kServerError, fault.what()});
+  refuse(exchange, {status::kUnavailable, fault.what()});
 }
 
 void InboxServer::dispatch(Exchange& exchange) {
@@ -102,7 +82,7 @@ void InboxServer::dispatch(Exchange& exchange) {
   if (Api::owns(path)) return _api.respond(exchange);
   if (isConfiguration(path)) return sendConfiguration(exchange);
   if (Page::owns(path)) return Page::respond(exchange);
-  refuse(exchange, {kNotFound, "no such address"});
+  refuse(exchange, {status::kNotFound, "no such address"});
 }
 
 void InboxServer::sendConfiguration(Exchange& exchange) const {
@@ -113,6 +93,7 @@ void InboxServer::sendConfiguration(Exchange& exchange) const {
 
 std::optional<Refusal> InboxServer::check(const HttpRequest& request,
                                           const Connection& connection) const {
+  if (isSoap(request.path)) return checkSite(request, connection);
   if (!isForTheUser(request.path)) return std::nullopt;
   const ListenAddress own = addressFor(connection);
   std::vector<std::string> hosts = request.header("host");
@@ -120,10 +101,27 @@ std::optional<Refusal> InboxServer::check(const HttpRequest& request,
   if (!request.authority.empty()) hosts.push_back(request.authority);
   if (!hasHost || !std::ranges::all_of(
                       hosts, [&own](const std::string& host) { return isOwnHost(host, own); })) {
-    return Refusal{kForbidden, "foreign host"};
+    return Refusal{status::kForbidden, "foreign host"};
   }
   for (const std::string& origin : request.header("origin")) {
-    if (!isOwnOrigin(origin, own)) return Refusal{kForbidden, "foreign origin"};
+    if (!isOwnOrigin(origin, own)) return Refusal{status::kForbidden, "foreign origin"};
+  }
+  return std::nullopt;
+}
+
+/// Refuses what a page of another site makes a browser send: any website could fill the store. A
+/// browser says so in these headers; no reporting client has them.
+std::optional<Refusal> InboxServer::checkSite(const HttpRequest& request,
+                                              const Connection& connection) const {
+  for (const std::string& site : request.header("sec-fetch-site")) {
+    if (site != "same-origin" && site != "none") {
+      return Refusal{status::kForbidden, "request of a website"};
+    }
+  }
+  for (const std::string& origin : request.header("origin")) {
+    if (!isOwnOrigin(origin, addressFor(connection))) {
+      return Refusal{status::kForbidden, "request of a website"};
+    }
   }
   return std::nullopt;
 }

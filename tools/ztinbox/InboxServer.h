@@ -9,9 +9,8 @@
 
 #include "tools/ztinbox/api/Api.h"
 #include "tools/ztinbox/faults/Behaviour.h"
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/http/ListenAddress.h"
-#include "tools/ztinbox/http/Workers.h"
 #include "tools/ztinbox/soap/Intake.h"
 #include "tools/ztinbox/soap/SoapService.h"
 #include "tools/ztinbox/store/ReportStore.h"
@@ -24,6 +23,7 @@ using LineSink = std::function<void(std::string_view)>;
 struct InboxSettings {
   ListenAddress listen{"127.0.0.1", 8025};
   std::string dataFolder;
+  std::string store;  ///< options of a PostgreSQL database that is used instead; see libpq
   std::size_t mostReports = 10'000;
   BehaviourSettings behaviour;
 };
@@ -50,6 +50,7 @@ class InboxServer {
   void dispatch(Exchange& exchange);
   void sendConfiguration(Exchange& exchange) const;
   std::optional<Refusal> check(const HttpRequest& request, const Connection& connection) const;
+  std::optional<Refusal> checkSite(const HttpRequest& request, const Connection& connection) const;
   ListenAddress addressFor(const Connection& connection) const;
 
   LineSink _lines;
@@ -59,8 +60,6 @@ class InboxServer {
   Intake _intake;
   SoapService _soap;
   Api _api;
-  HttpServer _http;
-  OpenConnections _open;
 };
 
 }  // namespace zt::inbox

@@ -2,6 +2,8 @@
 // The page in a real browser, on a real inbox.
 
 import assert from "node:assert/strict";
+import {once} from "node:events";
+import {createServer} from "node:http";
 import {after, afterEach, before, beforeEach, test} from "node:test";
 
 import {Browser, accessibilityFaults} from "./Browser.mjs";
@@ -353,6 +355,35 @@ test("never runs or parses the content of a report", async () => {
   await page.goto(`${inbox.url}/#/reports/1`);
   await expectText(page, ".pane-title", "alert(1)");
   assert.deepEqual(await opened.faults(), []);
+});
+
+test("refuses the reports that a page of another site sends", async () => {
+  // Any page in the user's browser could once fill the inbox.
+  const text = report();
+  const post = (url, body) => fetch(url, {method: "POST", mode: "no-cors", body}).catch(() => {});
+  const site = createServer((request, response) => response.end("<!doctype html><form method=post enctype=text/plain><input name=a></form>"));
+  await once(site.listen(0, "127.0.0.1"), "listening");
+  const page = await open();
+  try {
+    await page.goto(`http://localhost:${site.address().port}/`);
+    for (const address of ["/soap", "/soap-test"]) {
+      await page.evaluate(`(${post})(${JSON.stringify(inbox.url + address)}, ${JSON.stringify(text)})`);
+    }
+    const answered = page.waitForResponse(`${inbox.url}/soap`);
+    await page.evaluate(([url, value]) => {
+      document.forms[0].action = url;
+      document.forms[0].a.name = value;
+      document.forms[0].submit();
+    }, [inbox.url + "/soap", text]);
+    assert.equal((await answered).status(), 403);
+    assert.deepEqual(await inbox.ask("reports"), []);
+    // The same works from the inbox's own page.
+    await page.goto(inbox.url);
+    await page.evaluate(`(${post})("/soap", ${JSON.stringify(text)})`);
+    assert.equal((await inbox.ask("reports")).length, 1);
+  } finally {
+    site.close();
+  }
 });
 
 test("shows the beginning of a report that is too large to show", async () => {

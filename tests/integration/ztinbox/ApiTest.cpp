@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
@@ -29,6 +30,8 @@ Answer ask(const Inbox& inbox, const std::string& method, const std::string& pat
                                            : client.post(path, body, "application/json");
   if (!answer) return {};
   EXPECT_EQ(answer->header("X-Content-Type-Options"), "nosniff") << path;
+  const bool isProblem = answer->header("Content-Type") == "application/problem+json";
+  EXPECT_EQ(isProblem, answer->status >= 400) << path;
   return {answer->status, answer->body};
 }
 
@@ -40,8 +43,12 @@ std::vector<int> numbers(const Inbox& inbox, const std::string& query) {
   return all;
 }
 
-TEST(ApiTest, AnswersWithErrorsInJson) {
+TEST(ApiTest, AnswersErrorsWithProblemDocuments) {
   const Inbox inbox;
+  const std::map<int, const char*> titles = {{400, "Bad Request"},
+                                             {404, "Not Found"},
+                                             {405, "Method Not Allowed"},
+                                             {408, "Request Timeout"}};
   const struct {
     const char* method;
     const char* path;
@@ -52,6 +59,9 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
       {"GET", "/api/v1/reports?limit=", 400, "limit must be a whole number from 1 to 1000"},
       {"GET", "/api/v1/reports?before=x", 400, "before must be a whole number from 1"},
       {"GET", "/api/v1/reports?test=yes", 400, "test must be true or false"},
+      {"GET", "/api/v1/reports?answer=no", 400,
+       "answer must be error or accept, refuse, garbage, error:STATUS (200 to 599), hang, drop or "
+       "truncate"},
       {"GET", "/api/v1/reports?since=soon", 400,
        "since must be a date (2026-11-21) or a time with its offset (2026-11-21T12:00:00Z)"},
       {"GET", "/api/v1/reports?custommer=a", 400, "unknown parameter: custommer"},
@@ -78,7 +88,11 @@ TEST(ApiTest, AnswersWithErrorsInJson) {
   for (const auto& row : rows) {
     const Answer answer = ask(inbox, row.method, row.path);
     EXPECT_EQ(answer.status, row.status) << row.path;
-    EXPECT_EQ(answer.body, json({{"error", row.reason}}).dump() + "\n") << row.path;
+    const json problem = {{"type", "about:blank"},
+                          {"title", titles.at(row.status)},
+                          {"status", row.status},
+                          {"detail", row.reason}};
+    EXPECT_EQ(answer.body, problem.dump() + "\n") << row.path;
   }
 }
 
@@ -126,6 +140,11 @@ TEST(ApiTest, FindsReportsByWhatIsInThem) {
       {"?text=%2D%2A", {}},
       {"?text=", {}},
       {"?text=edition", {2, 1}},
+      {"?version=0", {}},
+      {"?reportId=%7Bnone%7D", {}},
+      {"?answer=accept", {2, 1}},
+      {"?answer=error", {}},
+      {"?result=failed", {}},
       {"?machine={OTHER}", {2}},
       {"?application=%7BA%7D", {2}},
       {"?pool=CUSTOM", {2}},
@@ -267,7 +286,7 @@ TEST(ApiTest, AWrongBehaviourChangesNothing) {
   const std::string before = ask(inbox, "GET", "/api/v1/behaviour").body;
   const Answer wrong = ask(inbox, "PUT", "/api/v1/behaviour", R"({"answer": "drop", "Slow": 1})");
   EXPECT_EQ(wrong.status, 400);
-  EXPECT_EQ(wrong.body, "{\"error\":\"/Slow: unknown key\"}\n");
+  EXPECT_EQ(json::parse(wrong.body)["detail"], "/Slow: unknown key");
   EXPECT_EQ(ask(inbox, "GET", "/api/v1/behaviour").body, before);
 }
 

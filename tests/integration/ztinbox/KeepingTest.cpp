@@ -18,6 +18,7 @@
 #include "tests/support/LoopbackClient.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
 
 // What is kept of the reports, whatever happens to the program.
 
@@ -136,7 +137,7 @@ TEST(KeepingTest, WhatCannotBeKeptIsNotAccepted) {
   large.value = randomText(8'000'000);
   EXPECT_TRUE(isAccepted(postedTo(port, SampleReport().text())));
   const std::string answer = postedTo(port, large.text());
-  EXPECT_TRUE(answer.starts_with("HTTP/1.1 500 ")) << answer;
+  EXPECT_TRUE(answer.starts_with("HTTP/1.1 503 ")) << answer;
   EXPECT_NE(answer.find(folder.path() + "/reports.db: disk I/O error"), std::string::npos)
       << answer;
   EXPECT_TRUE(isAccepted(postedTo(port, SampleReport().text()))) << "others are not affected";
@@ -145,6 +146,25 @@ TEST(KeepingTest, WhatCannotBeKeptIsNotAccepted) {
             std::string::npos)
       << lines;
   EXPECT_NE(lines.find("  #2  accepted"), std::string::npos) << lines;
+}
+
+// An exception of the database left the stream of events, which ended the process.
+TEST(KeepingTest, ALockedDatabaseEndsNoEventStreamWithTheProcess) {
+  const TemporaryFolder folder;
+  Inbox inbox({"--data", folder.path()});
+  RawClient events(inbox.port());
+  ASSERT_TRUE(
+      events.send("GET /api/v1/events HTTP/1.1\r\nHost: " + inbox.url().substr(7) + "\r\n\r\n"));
+  EXPECT_TRUE(events.receiveSome().starts_with("HTTP/1.1 200 "));
+  {
+    inbox::Database other(folder.path("reports.db"), inbox::Database::Access::kWrite);
+    other.run("BEGIN IMMEDIATE");
+    const std::string answer = postedTo(inbox.port(), SampleReport().text());
+    EXPECT_TRUE(answer.starts_with("HTTP/1.1 503 ")) << answer;
+    EXPECT_NE(answer.find("\r\nRetry-After: 1\r\n"), std::string::npos) << answer;
+  }
+  EXPECT_TRUE(isAccepted(postedTo(inbox.port(), SampleReport().text())));
+  EXPECT_EQ(inbox.reports().size(), 1U);
 }
 
 TEST(KeepingTest, TheFilesAreTheOwnersAlone) {

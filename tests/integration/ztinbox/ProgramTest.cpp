@@ -213,7 +213,8 @@ Options:
   --listen ADDRESS:PORT=127.0.0.1:8025
                               Listen at this address; port 0 selects a free port
   --data DIR                  Folder of the stored reports (default: ztinbox in the user's data folder)
-  --max N=10000               Keep only the newest N reports
+  --store URL                 PostgreSQL database for the reports instead, which several inboxes may share: postgresql://USER@HOST/NAME or service=NAME
+  --max N                     Keep only the newest N reports (default: 10000; with --store, all)
   --answer WORD=accept        Answer to each report: accept, refuse, garbage, error:STATUS, hang, drop or truncate
   --slow MS=0                 Delay before each answer, in milliseconds
   --fail-rate F=0             Probability that a report gets a random fault, from 0 to 1

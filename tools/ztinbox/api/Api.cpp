@@ -2,10 +2,12 @@
 #include "tools/ztinbox/api/Api.h"
 
 #include <algorithm>
+#include <array>
 #include <chrono>
 #include <limits>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 
@@ -37,11 +39,23 @@ constexpr milliseconds kWaitSlice{100};
 constexpr auto kHighestNumber =
     static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 
+constexpr auto kListParameters = std::to_array<std::string_view>(
+    {"limit", "customer", "application", "machine", "version", "reportId", "answer", "result",
+     "pool", "text", "test", "read", "since", "until", "before"});
+constexpr std::span kFilterParameters = std::span(kListParameters).subspan<1>();
+
 ReportFilter readFilter(const QueryParameters& parameters) {
   ReportFilter filter;
   filter.customer = parameters.text("customer");
   filter.application = parameters.text("application");
   filter.machine = parameters.text("machine");
+  filter.version = parameters.text("version");
+  filter.reportId = parameters.text("reportId");
+  filter.answer = parameters.text("answer");
+  if (filter.answer && *filter.answer != "error" && !parseAnswer(*filter.answer)) {
+    throw InputFault("answer must be error or " + std::string(kAnswerWords));
+  }
+  filter.result = parameters.text("result");
   filter.pool = parameters.text("pool");
   filter.text = parameters.text("text");
   filter.test = parameters.flag("test");
@@ -54,9 +68,7 @@ ReportFilter readFilter(const QueryParameters& parameters) {
 }
 
 ReportFilter readFilterAlone(const Exchange& exchange) {
-  return readFilter(
-      QueryParameters(exchange.request, {"customer", "application", "machine", "pool", "text",
-                                         "test", "read", "since", "until", "before"}));
+  return readFilter(QueryParameters(exchange.request, kFilterParameters));
 }
 
 void expectNoParameters(const Exchange& exchange) { QueryParameters(exchange.request, {}); }
@@ -66,7 +78,7 @@ void answerJson(Exchange& exchange, std::string json) {
 }
 
 void answerNotFound(Exchange& exchange, const std::string& reason) {
-  refuse(exchange, {kNotFound, reason});
+  refuse(exchange, {status::kNotFound, reason});
 }
 
 /// Reads {"read":true}. Throws InputFault.
@@ -117,8 +129,9 @@ class EventStream {
   EventStream(ReportStore& store, Connection& connection, std::uint64_t last)
       : _store(store), _connection(connection), _last(last), _changes(store.arrivals().changes()) {}
 
-  /// Writes the next events, or waits for them; false at the end.
-  bool goOn(const HttpResponse::Write& write) {
+  /// Writes the next events, or waits for them; false at the end. A client comes back by itself
+  /// when the store could not be read.
+  bool goOn(const HttpResponse::Write& write) try {
     if (!_begun) {
       _begun = true;
       return write(kGreeting);
@@ -146,6 +159,8 @@ class EventStream {
     // Deleted reports count as sent.
     if (reports.size() < kEventPortion) _last = std::max(_last, newest);
     return !_connection.isLeftWithin(milliseconds::zero());
+  } catch (const StoreFault&) {
+    return false;
   }
 
  private:
@@ -163,7 +178,6 @@ void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std
   const std::uint64_t newest = store.arrivals().lastNumber();
   const auto stream = std::make_shared<EventStream>(store, exchange.connection,
                                                     std::min(after.value_or(newest), newest));
-  exchange.connection.endAfterResponse();
   exchange.response.type = kEventType;
   exchange.response.stream = [stream](const HttpResponse::Write& write) {
     return stream->goOn(write);
@@ -174,17 +188,21 @@ void respondWithEvents(Exchange& exchange, ReportStore& store, std::optional<std
 
 bool Api::owns(std::string_view path) { return path == "/api" || path.starts_with("/api/"); }
 
+bool Api::waits(std::string_view path) {
+  return path == "/api/v1/events" || path == "/api/v1/wait";
+}
+
 void Api::respond(Exchange& exchange) {
   exchange.response.headers.emplace_back("Cache-Control", "no-store");
   std::string_view path = exchange.request.path;
   path.remove_prefix(path.starts_with(kRoot) ? kRoot.size() : path.size());
   try {
     if (exchange.request.body.size() > kLargestBody) {
-      return refuse(exchange, {kTooLarge, "request to the API over 1 MiB"});
+      return refuse(exchange, {status::kTooLarge, "request to the API over 1 MiB"});
     };
     dispatch(exchange, path);
   } catch (const InputFault& fault) {
-    refuse(exchange, {kBadRequest, fault.what()});
+    refuse(exchange, {status::kBadRequest, fault.what()});
   }
 }
 
@@ -212,9 +230,7 @@ void Api::reports(Exchange& exchange) {
                       countJson("deleted", isForAll ? _store.clear() : _store.remove(filter)));
   }
   if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD, DELETE");
-  const QueryParameters parameters(
-      exchange.request, {"customer", "application", "machine", "pool", "text", "test", "read",
-                         "since", "until", "before", "limit"});
+  const QueryParameters parameters(exchange.request, kListParameters);
   const auto limit = parameters.whole("limit", 1, kMostListed).value_or(kUsuallyListed);
   answerJson(exchange, reportListJson(_store.list(readFilter(parameters), limit)));
 }
@@ -292,27 +308,36 @@ void Api::streamEvents(Exchange& exchange) {
 
 void Api::wait(Exchange& exchange) {
   if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
-  const QueryParameters parameters(exchange.request, {"count", "timeout"});
+  const QueryParameters parameters(exchange.request, {"count", "after", "timeout"});
   const auto count =
-      parameters.whole("count", 0, std::numeric_limits<std::uint64_t>::max()).value_or(1);
+      std::min(parameters.whole("count", 0, std::numeric_limits<std::uint64_t>::max()).value_or(1),
+               kHighestNumber);
+  const auto after = parameters.whole("after", 0, kHighestNumber);
   const double seconds =
       parameters.seconds("timeout", kLongestWaitSeconds).value_or(kDefaultWaitSeconds);
   const auto end = std::chrono::steady_clock::now() +
                    std::chrono::duration_cast<milliseconds>(std::chrono::duration<double>(seconds));
   const Arrivals& arrivals = _store.arrivals();
+  const auto arrived = [&] {
+    if (!after) return arrivals.count();
+    return arrivals.lastNumber() - std::min(*after, arrivals.lastNumber());
+  };
   for (;;) {
     const auto left = std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now());
     const auto slice = std::clamp(left, milliseconds::zero(), kWaitSlice);
-    if (arrivals.waitForCount(count, slice)) break;
+    if (after ? arrivals.waitForNumber(*after + count, slice)
+              : arrivals.waitForCount(count, slice)) {
+      break;
+    }
     if (left <= milliseconds::zero()) {
       return refuse(exchange,
-                    {kTimedOut, "timed out: " + std::to_string(arrivals.count()) + " arrived"});
+                    {status::kTimedOut, "timed out: " + std::to_string(arrived()) + " arrived"});
     };
     if (exchange.connection.isLeftWithin(milliseconds::zero())) {
       return exchange.connection.endSilently();
     }
   }
-  answerJson(exchange, countJson("count", arrivals.count()));
+  answerJson(exchange, countJson("count", arrived()));
 }
 
 void Api::showStatistics(Exchange& exchange) {

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "tools/ztinbox/faults/Behaviour.h"
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/store/ReportStore.h"
 
 namespace zt::inbox {
@@ -13,8 +13,8 @@ namespace zt::inbox {
 /// The description of the JSON API (OpenAPI 3.1): the text of openapi.json.
 extern const std::string_view kOpenApi;
 
-/// The JSON API below /api/v1/, described in openapi.json. Errors are JSON too:
-/// {"error":"no such report"}.
+/// The JSON API below /api/v1/, described in openapi.json. Errors are problem
+/// documents (RFC 9457).
 ///
 ///     GET    reports?FILTER&before=&limit=      newest first
 ///     DELETE reports?FILTER&before=             {"deleted":3}
@@ -36,6 +36,8 @@ class Api {
   Api(ReportStore& store, Behaviour& behaviour) : _store(store), _behaviour(behaviour) {}
 
   static bool owns(std::string_view path);
+  /// Whether requests for `path` wait for reports.
+  static bool waits(std::string_view path);
   void respond(Exchange& exchange);
 
  private:

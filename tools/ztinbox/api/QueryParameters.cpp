@@ -19,7 +19,7 @@ namespace {
 }  // namespace
 
 QueryParameters::QueryParameters(const HttpRequest& request,
-                                 std::initializer_list<std::string_view> known)
+                                 std::span<const std::string_view> known)
     : _parameters(request.parameters) {
   for (const auto& [name, value] : _parameters) {
     if (std::ranges::find(known, name) == known.end()) {

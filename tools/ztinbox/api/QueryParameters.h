@@ -5,10 +5,11 @@
 #include <initializer_list>
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 #include "tools/ztinbox/store/StoredReport.h"
 
 namespace zt::inbox {
@@ -19,7 +20,9 @@ class QueryParameters {
  public:
   /// A name that is not in `known`, or that occurs twice, is an error: a misspelt filter must not
   /// select all reports.
-  QueryParameters(const HttpRequest& request, std::initializer_list<std::string_view> known);
+  QueryParameters(const HttpRequest& request, std::span<const std::string_view> known);
+  QueryParameters(const HttpRequest& request, std::initializer_list<std::string_view> known)
+      : QueryParameters(request, std::span(known.begin(), known.size())) {}
 
   // These return nullopt for a missing parameter.
 

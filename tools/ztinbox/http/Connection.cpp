@@ -3,10 +3,11 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <cstring>
 
 #include "tools/ztinbox/http/ListenAddress.h"
 
@@ -15,17 +16,12 @@ namespace zt::inbox {
 namespace {
 
 using std::chrono::milliseconds;
-using Clock = std::chrono::steady_clock;
 
-constexpr milliseconds kReadTimeout{5'000};
 constexpr milliseconds kWriteTimeout{5'000};
-/// After the last response, a client may continue to send, with pauses of at most this length and
-/// for at most this time.
-constexpr milliseconds kFarewellPause{2'000};
-constexpr milliseconds kFarewell{30'000};
 
 /// Waits for any of `events`, an error, or the end of both directions; false after the timeout.
 bool waitFor(int socket, short events, milliseconds timeout) {
+  using Clock = std::chrono::steady_clock;
   pollfd entry{socket, events, 0};
   const bool limited = timeout >= milliseconds::zero();
   const auto end = Clock::now() + std::max(timeout, milliseconds::zero());
@@ -39,114 +35,65 @@ bool waitFor(int socket, short events, milliseconds timeout) {
   }
 }
 
+std::optional<std::size_t> resultOf(ssize_t count) {
+  if (count >= 0) return static_cast<std::size_t>(count);
+  if (errno == EAGAIN || errno == EINTR) return std::nullopt;
+  return 0;
+}
+
 }  // namespace
-
-bool Connection::waitForRequest(milliseconds timeout) {
-  return _bufferBegin < _bufferEnd || fillBuffer(timeout);
-}
-
-void Connection::beginHead() {
-  _inHead = true;
-  _mayRead = kLargestHead;
-  _head.clear();
-}
-
-void Connection::beginBody() {
-  _inHead = false;
-  _mayRead = kLargestRequest;
-}
-
-void Connection::finish() {
-  if (_silent) return;
-  // Closing a socket with unread input resets the connection, and the response could be lost.
-  ::shutdown(_socket.number(), SHUT_WR);
-  const auto end = Clock::now() + kFarewell;
-  while (Clock::now() < end && waitFor(_socket.number(), POLLIN, kFarewellPause)) {
-    const ssize_t count = ::recv(_socket.number(), _buffer.data(), _buffer.size(), 0);
-    if (count == 0 || (count < 0 && errno != EINTR && errno != EAGAIN)) return;
-  }
-}
 
 void Connection::reset() {
   _silent = true;
   const linger atOnce{1, 0};
-  setsockopt(_socket.number(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
+  setsockopt(socket(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof(atOnce));
 }
 
 bool Connection::staysOpenFor(milliseconds time) const {
   // A client that closed only its sending side still waits for the response: no POLLRDHUP.
-  return time == milliseconds::zero() || !waitFor(_socket.number(), 0, time);
+  return time == milliseconds::zero() || !waitFor(socket(), 0, time);
 }
 
 bool Connection::isLeftWithin(milliseconds timeout) const {
-  return waitFor(_socket.number(), POLLRDHUP, timeout);
+  return waitFor(socket(), POLLRDHUP, timeout);
 }
 
-std::string Connection::localAddress() const {
-  return addressOf(::getsockname, _socket.number()).address;
+std::string Connection::localAddress() const { return addressOf(::getsockname, socket()).address; }
+
+std::string Connection::sender() const { return addressOf(::getpeername, socket()).text(); }
+
+std::optional<std::size_t> Connection::receive(std::span<char> bytes) const {
+  return resultOf(::recv(socket(), bytes.data(), bytes.size(), 0));
 }
 
-std::string Connection::sender() const { return addressOf(::getpeername, _socket.number()).text(); }
-
-bool Connection::isReadable() const {
-  return _bufferBegin < _bufferEnd || waitFor(_socket.number(), POLLIN, kReadTimeout);
+std::optional<std::size_t> Connection::send(std::string_view first, std::string_view second) const {
+  std::array<iovec, 2> parts{{{const_cast<char*>(first.data()), first.size()},
+                              {const_cast<char*>(second.data()), second.size()}}};
+  msghdr message{};
+  message.msg_iov = parts.data();
+  message.msg_iovlen = parts.size();
+  return resultOf(::sendmsg(socket(), &message, MSG_NOSIGNAL));
 }
 
-bool Connection::isWritable() const {
-  return !_silent && waitFor(_socket.number(), POLLOUT, kWriteTimeout);
-}
-
-ssize_t Connection::read(char* bytes, std::size_t size) {
-  if (_mayRead == 0 && size > 0) {
-    _overLimit = true;
-    _readFailed = true;
-    return -1;
-  }
-  if (_bufferBegin == _bufferEnd && !fillBuffer(kReadTimeout)) return _readFailed ? -1 : 0;
-  return takeBuffered(bytes, std::min(size, _mayRead));
-}
-
-ssize_t Connection::write(const char* bytes, std::size_t size) {
-  std::size_t sent = 0;
-  while (sent < size) {
-    if (_silent) return -1;
-    const ssize_t count = ::send(_socket.number(), bytes + sent, size - sent, MSG_NOSIGNAL);
-    if (count >= 0) {
-      sent += static_cast<std::size_t>(count);
+bool Connection::write(std::string_view bytes) const {
+  while (!bytes.empty()) {
+    const auto count = send(bytes);
+    if (!count) {
+      if (!waitFor(socket(), POLLOUT, kWriteTimeout)) return false;
       continue;
     }
-    if (errno == EINTR) continue;
-    if (errno != EAGAIN || !waitFor(_socket.number(), POLLOUT, kWriteTimeout)) {
-      _silent = true;
-      return -1;
-    }
+    if (*count == 0) return false;
+    bytes.remove_prefix(*count);
   }
-  return static_cast<ssize_t>(size);
+  return true;
 }
 
-/// False at the end of the input, after an error or after the timeout.
-bool Connection::fillBuffer(milliseconds timeout) {
-  if (_readFailed || !waitFor(_socket.number(), POLLIN, timeout)) {
-    _readFailed = true;
-    return false;
-  }
-  ssize_t count = 0;
-  do {
-    count = ::recv(_socket.number(), _buffer.data(), _buffer.size(), 0);
-  } while (count < 0 && errno == EINTR);
-  _bufferBegin = 0;
-  _bufferEnd = count > 0 ? static_cast<std::size_t>(count) : 0;
-  _readFailed = count <= 0;
-  return count > 0;
+bool Connection::isReadableWithin(milliseconds timeout) const {
+  return waitFor(socket(), POLLIN, timeout);
 }
 
-ssize_t Connection::takeBuffered(char* to, std::size_t size) {
-  const std::size_t count = std::min(size, _bufferEnd - _bufferBegin);
-  std::memcpy(to, _buffer.data() + _bufferBegin, count);
-  if (_inHead) _head.append(to, count);
-  _bufferBegin += count;
-  _mayRead -= count;
-  return static_cast<ssize_t>(count);
-}
+void Connection::endSending() const { ::shutdown(socket(), SHUT_WR); }
+
+void Connection::endNow() const { ::shutdown(socket(), SHUT_RDWR); }
 
 }  // namespace zt::inbox

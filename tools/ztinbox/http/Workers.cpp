@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/http/Workers.h"
 
-#include <sys/socket.h>
-
 #include <system_error>
 #include <utility>
 
@@ -17,19 +15,28 @@ Workers::~Workers() {
   for (std::thread& thread : _threads) thread.join();
 }
 
-void Workers::run(Job job) {
+bool Workers::run(Job job) {
   const std::lock_guard lock(_mutex);
   _jobs.push_back(std::move(job));
   if (_idle >= _jobs.size() || _threads.size() == _most) {
     _changed.notify_one();
-    return;
+    return true;
   }
   try {
     _threads.emplace_back([this] { work(); });
   } catch (const std::system_error&) {
     // No further thread can be started, so the job waits for an existing one.
-    if (_threads.empty()) throw;
+    if (_threads.empty()) {
+      _jobs.pop_back();
+      return false;
+    }
   }
+  return true;
+}
+
+bool Workers::areBusy() const {
+  const std::lock_guard lock(_mutex);
+  return !_jobs.empty();
 }
 
 void Workers::work() {
@@ -45,23 +52,6 @@ void Workers::work() {
     job();
     lock.lock();
   }
-}
-
-OpenConnections::Entry::Entry(OpenConnections& all, int socket) : _all(all), _socket(socket) {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.insert(socket);
-  if (_all._ended) ::shutdown(socket, SHUT_RDWR);
-}
-
-OpenConnections::Entry::~Entry() {
-  const std::lock_guard lock(_all._mutex);
-  _all._sockets.erase(_socket);
-}
-
-void OpenConnections::endAll() {
-  const std::lock_guard lock(_mutex);
-  _ended = true;
-  for (const int socket : _sockets) ::shutdown(socket, SHUT_RDWR);
 }
 
 }  // namespace zt::inbox

@@ -42,7 +42,7 @@ void Page::respond(Exchange& exchange) {
   const auto file =
       std::ranges::find(kPageFiles, nameOf(exchange.request.path), &EmbeddedFile::name);
   if (file == kPageFiles.end()) {
-    return refuse(exchange, {kNotFound, "no such address"});
+    return refuse(exchange, {status::kNotFound, "no such address"});
   }
   if (!exchange.request.isRead()) return refuseMethod(exchange, "GET, HEAD");
   // Another version of the program may serve the same address later.

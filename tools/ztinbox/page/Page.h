@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "tools/ztinbox/http/HttpServer.h"
+#include "tools/ztinbox/http/Exchange.h"
 
 namespace zt {
 

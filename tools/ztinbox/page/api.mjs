@@ -27,7 +27,7 @@ async function ask(method, path, parameters, body) {
   }
   if (response.ok) return response.json();
   const answer = await response.json().catch(() => ({}));
-  throw new ApiFault(answer.error ?? `error ${response.status}`, response.status);
+  throw new ApiFault(answer.detail ?? `error ${response.status}`, response.status);
 }
 
 export const listReports = (parameters) => ask("GET", "reports", parameters);

@@ -13,11 +13,13 @@ Reaction Intake::receive(const ReportRequest& request) {
   incoming.head = request.head;
   incoming.packedBody = packed(request.body);
 
-  const std::lock_guard lock(_order);
+  std::unique_lock lock(_order);
   const Reaction reaction = _behaviour.next();
   incoming.report.answer = reaction.answer;
   incoming.report.received = std::chrono::system_clock::now();
-  _store.add(std::move(incoming));
+  std::future<void> stored = _store.add(std::move(incoming));
+  lock.unlock();
+  stored.get();
   return reaction;
 }
 

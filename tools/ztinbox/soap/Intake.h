@@ -25,7 +25,7 @@ class Intake {
   /// `behaviour` and `store` outlive the intake.
   Intake(Behaviour& behaviour, ReportStore& store) : _behaviour(behaviour), _store(store) {}
 
-  /// Stores the report. Throws DatabaseFault if it cannot be stored; then it must not be
+  /// Stores the report. Throws StoreFault if it cannot be stored; then it must not be
   /// acknowledged. Thread-safe.
   Reaction receive(const ReportRequest& request);
 

@@ -19,11 +19,11 @@ void answerTruncated(Exchange& exchange) {
   exchange.response.announcedSize = whole.size();
 }
 
-bool mayHaveBody(int status) { return status != 204 && status != 205 && status != 304; }
+bool mayHaveText(int status) { return status != 204 && status != 205 && status != 304; }
 
 void answerError(Exchange& exchange, int status) {
   exchange.response.status = status;
-  if (!mayHaveBody(status)) return;
+  if (!mayHaveText(status)) return;
   exchange.response.setBody("error " + std::to_string(status) + ", on purpose\n", kTextType);
 }
 
@@ -74,7 +74,7 @@ void SoapService::respond(Exchange& exchange, bool test) {
       return;
     }
     case SoapRequest::kOther:
-      refuse(exchange, {kBadRequest, "neither a report nor a version request"});
+      refuse(exchange, {status::kBadRequest, "neither a report nor a version request"});
       return;
   }
 }

@@ -12,19 +12,18 @@ namespace zt::inbox {
 /// Counts new reports and changes of existing ones, for threads that wait for them. Thread-safe.
 class Arrivals {
  public:
-  explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber) {}
+  explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber), _countedFrom(lastNumber) {}
 
-  /// The order of the numbers does not matter.
+  /// All reports up to `number` can be read. The order of the calls does not matter.
   void add(std::uint64_t number) {
     const std::lock_guard lock(_mutex);
     _lastNumber = std::max(_lastNumber, number);
-    ++_count;
     _changed.notify_all();
   }
   /// Restarts count() at 0.
   void clear() {
     const std::lock_guard lock(_mutex);
-    _count = 0;
+    _countedFrom = _lastNumber;
   }
   /// Call it when reports were deleted or marked.
   void addChange() {
@@ -34,7 +33,10 @@ class Arrivals {
   }
 
   /// The number of new reports since the start or the last clear().
-  std::uint64_t count() const { return read(_count); }
+  std::uint64_t count() const {
+    const std::lock_guard lock(_mutex);
+    return _lastNumber - _countedFrom;
+  }
   /// The highest number of a report.
   std::uint64_t lastNumber() const { return read(_lastNumber); }
   std::uint64_t changes() const { return read(_changes); }
@@ -43,7 +45,11 @@ class Arrivals {
 
   bool waitForCount(std::uint64_t count, std::chrono::milliseconds timeout) const {
     std::unique_lock lock(_mutex);
-    return _changed.wait_for(lock, timeout, [&] { return _count >= count; });
+    return _changed.wait_for(lock, timeout, [&] { return _lastNumber - _countedFrom >= count; });
+  }
+  bool waitForNumber(std::uint64_t number, std::chrono::milliseconds timeout) const {
+    std::unique_lock lock(_mutex);
+    return _changed.wait_for(lock, timeout, [&] { return _lastNumber >= number; });
   }
   /// Until there is a report with a higher number, or there are more changes.
   bool waitForNews(std::uint64_t number, std::uint64_t changes,
@@ -62,7 +68,7 @@ class Arrivals {
   mutable std::mutex _mutex;
   mutable std::condition_variable _changed;
   std::uint64_t _lastNumber;
-  std::uint64_t _count = 0;
+  std::uint64_t _countedFrom;
   std::uint64_t _changes = 0;
 };
 

@@ -56,6 +56,18 @@ FileDescriptor lock(const std::string& path) {
   throw MachineFault("cannot lock " + file + ": " + std::strerror(errno));
 }
 
+/// Earlier versions stored reports in these files first. They are empty unless it was killed.
+void refuseJournal(const std::string& path) {
+  for (const char* name : {"/journal.0", "/journal.1"}) {
+    std::error_code error;
+    if (std::filesystem::file_size(path + name, error) == 0 || error) continue;
+    throw MachineFault(
+        path + name +
+        ": reports that an earlier version of ztinbox received before it was killed; "
+        "start and stop that version once, or remove the file");
+  }
+}
+
 }  // namespace
 
 std::string defaultDataFolder() {
@@ -70,6 +82,7 @@ std::string defaultDataFolder() {
 DataFolder::DataFolder(std::string_view path) : _path(withoutTrailingSlashes(path)) {
   create(_path);
   _lock = lock(_path);
+  refuseJournal(_path);
 }
 
 }  // namespace zt::inbox

@@ -21,7 +21,7 @@ std::string defaultDataFolder();
 class DataFolder {
  public:
   /// Creates the folder, readable by its owner only, and its parents. Throws MachineFault if it
-  /// cannot be created or another inbox uses it.
+  /// cannot be created, another inbox uses it, or an earlier version left reports in its journal.
   explicit DataFolder(std::string_view path);
 
   const std::string& path() const { return _path; }

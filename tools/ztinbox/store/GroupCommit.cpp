@@ -4,6 +4,8 @@
 #include <exception>
 #include <utility>
 
+#include "tools/ztinbox/Fault.h"
+
 namespace zt::inbox {
 
 namespace {
@@ -15,8 +17,7 @@ constexpr std::chrono::milliseconds kLongestBackgroundPause{1'000};
 
 }  // namespace
 
-GroupCommit::GroupCommit(Database& database, Hooks hooks)
-    : _database(database), _hooks(std::move(hooks)), _thread([this] { serve(); }) {}
+GroupCommit::GroupCommit(Hooks hooks) : _hooks(std::move(hooks)), _thread([this] { serve(); }) {}
 
 GroupCommit::~GroupCommit() {
   {
@@ -71,9 +72,9 @@ bool GroupCommit::waitForBatch(Batch& batch) {
 
 void GroupCommit::runBackground() {
   try {
-    transact([this] { _backgroundIsLeft = _hooks.background(); });
+    _hooks.transact([this] { _backgroundIsLeft = _hooks.background(); });
     if (!_backgroundIsLeft) _hooks.settled();
-  } catch (const DatabaseFault&) {
+  } catch (const StoreFault&) {
     // The next job triggers another attempt.
     _backgroundIsLeft = false;
   }
@@ -83,37 +84,27 @@ void GroupCommit::runBackground() {
 
 void GroupCommit::commit(Batch& batch) {
   try {
-    transact([&batch] {
+    _hooks.transact([&batch] {
       for (const Entry& entry : batch) entry.job.work();
     });
   } catch (...) {
     // A failing job, such as one that is too large for the disk, must not make the others fail.
     for (Entry& entry : batch) commitAlone(entry);
+    _hooks.committed();
     return;
   }
   for (Entry& entry : batch) finish(entry);
+  _hooks.committed();
 }
 
 void GroupCommit::commitAlone(Entry& entry) {
   try {
-    transact(entry.job.work);
+    _hooks.transact(entry.job.work);
   } catch (...) {
     entry.done.set_exception(std::current_exception());
     return;
   }
   finish(entry);
-}
-
-void GroupCommit::transact(const std::function<void()>& work) {
-  try {
-    _database.run("BEGIN IMMEDIATE");
-    work();
-    _database.run("COMMIT");
-  } catch (...) {
-    if (_database.isInTransaction()) _database.run("ROLLBACK");
-    _hooks.rolledBack();
-    throw;
-  }
 }
 
 void GroupCommit::finish(Entry& entry) {

@@ -9,13 +9,11 @@
 #include <mutex>
 #include <thread>
 
-#include "tools/ztinbox/store/Database.h"
-
 namespace zt::inbox {
 
-/// Runs jobs on a database in a separate thread, one after another, in the order in which they were
-/// added. Jobs that are added while the disk is busy share the next commit, so that simultaneous
-/// clients do not wait for one commit each. Thread-safe.
+/// Runs jobs in transactions of a database in a separate thread, one after another, in the order in
+/// which they were added. Jobs that are added during a commit share the next one, so that
+/// simultaneous clients do not wait for one commit each. Thread-safe.
 class GroupCommit {
  public:
   struct Job {
@@ -25,14 +23,15 @@ class GroupCommit {
 
   /// Functions that the thread calls.
   struct Hooks {
-    std::function<void()> rolledBack;  ///< after a rollback
+    /// Runs `work` in a transaction; throws if that failed.
+    std::function<void(const std::function<void()>& work)> transact;
+    std::function<void()> committed;  ///< after a commit, when all its futures are ready
     /// Does one portion of low-priority work, inside a transaction; false if nothing was left.
     /// Called when no job has been added for some milliseconds, and regularly between jobs.
     std::function<bool()> background;
     std::function<void()> settled;  ///< when no such work is left; outside a transaction
   };
-  /// `database` outlives this object; only its thread uses it.
-  GroupCommit(Database& database, Hooks hooks);
+  explicit GroupCommit(Hooks hooks);
   GroupCommit(const GroupCommit&) = delete;
   GroupCommit& operator=(const GroupCommit&) = delete;
   /// Finishes all jobs.
@@ -60,10 +59,8 @@ class GroupCommit {
   void runBackground();
   void commit(Batch& batch);
   void commitAlone(Entry& entry);
-  void transact(const std::function<void()>& work);
   void finish(Entry& entry);
 
-  Database& _database;
   Hooks _hooks;
   bool _backgroundIsLeft = true;
   std::chrono::milliseconds _pause{0};  ///< time to wait for jobs before background work

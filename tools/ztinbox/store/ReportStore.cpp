@@ -12,145 +12,62 @@ namespace {
 constexpr std::size_t kChangePortion = 200;
 constexpr std::chrono::seconds kIndexingPatience{2};
 
-Database openForWriting(const std::string& file) {
-  Database database(file, Database::Access::kWrite);
-  prepareForWriting(database);
-  return database;
-}
-
-std::uint64_t lastNumber(Database& database) {
-  return static_cast<std::uint64_t>(
-      database.number("SELECT seq FROM sqlite_sequence WHERE name = 'reports'"));
-}
-
-/// Files the reports that an earlier run left in the journal. Returns the last number.
-std::uint64_t catchUp(Journal& journal, Database& database, ReportWriter& writer) {
-  auto reports = journal.after(lastNumber(database));
-  if (!reports.empty()) {
-    database.run("BEGIN IMMEDIATE");
-    for (IncomingReport& report : reports) writer.insert(report);
-    database.run("COMMIT");
-    saveNow(database);
-  }
-  journal.clear();
-  return lastNumber(database);
-}
-
 }  // namespace
 
-ReportStore::ReportStore(const std::string& folder, std::size_t most, Listener listener)
-    : _folder(folder),
+ReportStore::ReportStore(std::unique_ptr<Backend> backend, std::size_t most, Listener listener)
+    : _backend(std::move(backend)),
       _most(most),
       _listener(std::move(listener)),
-      _writing(openForWriting(_folder.databaseFile())),
-      _writer(_writing),
-      _indexer(_writing),
-      _journal(_folder.path()),
-      _arrivals(catchUp(_journal, _writing, _writer)),
-      _readers(_folder.databaseFile()),
-      _commits(_writing, {[this] { recount(); }, [this] { return _indexer.indexPortion(); },
-                          [this] { saveNow(_writing); }}),
-      _filing(_journal, _arrivals.lastNumber(),
-              [this](std::vector<IncomingReport>& reports) { file(reports); }) {
-  _commits.add({[this] { recount(); }, {}});
+      _arrivals(_backend->lastNumber()),
+      _commits({.transact = [this](const std::function<void()>& work) { transact(work); },
+                .committed = [this] { tellStored(); },
+                .background = [this] { return _backend->indexPortion(); },
+                .settled = [this] { _backend->settle(); }}) {
+  _backend->follow(_arrivals);
   trim();
 }
 
-void ReportStore::add(IncomingReport incoming) { _arrivals.add(_filing.keep(std::move(incoming))); }
-
-void ReportStore::file(std::vector<IncomingReport>& reports) {
-  const auto insert = [this, &reports] {
-    for (IncomingReport& report : reports) {
-      _writer.insert(report);
-      ++_count;
-      const auto oldest = _count > _most ? _writer.oldest() : std::nullopt;
-      if (oldest) removeRows(*oldest);
-    }
-  };
-  const auto tell = [this, &reports] {
-    if (_listener) _listener(reports);
-  };
-  _commits.run({insert, tell});
+void ReportStore::transact(const std::function<void()>& work) {
+  _backend->transact([&] {
+    _inserted.clear();
+    work();
+    if (!_inserted.empty()) _backend->insert(_inserted, _most);
+  });
 }
 
-/// A connection to a database that contains all earlier reports.
-ConnectionPool::Lease ReportStore::readAll() {
-  _filing.fileAll();
-  return ConnectionPool::Lease(_readers);
+std::future<void> ReportStore::add(IncomingReport incoming) {
+  const auto report = std::make_shared<IncomingReport>(std::move(incoming));
+  return _commits.add({[this, report] { _inserted.push_back(report.get()); },
+                       [this, report] {
+                         _arrivals.add(report->report.number);
+                         _stored.push_back(std::move(*report));
+                       }});
+}
+
+void ReportStore::tellStored() {
+  if (_listener && !_stored.empty()) _listener(_stored);
+  _stored.clear();
 }
 
 std::vector<StoredReport> ReportStore::list(const ReportFilter& wanted, std::size_t limit) {
   if (wanted.text) indexUpTo(_arrivals.lastNumber());
-  const FilterSql filter(wanted);
-  ConnectionPool::Lease lease = readAll();
-  Statement select(lease.database(), std::string("SELECT ") + kReportColumns + filter.text() +
-                                         " ORDER BY " + filter.order() + " DESC LIMIT " +
-                                         std::to_string(limit));
-  std::vector<StoredReport> reports;
-  for (filter.bindTo(select); select.next();) reports.push_back(readReport(select));
-  readPools(lease.database(), reports);
-  return reports;
-}
-
-std::vector<StoredReport> ReportStore::listAfter(std::uint64_t number, std::size_t limit) {
-  ConnectionPool::Lease lease = readAll();
-  Statement select(lease.database(), std::string("SELECT ") + kReportColumns +
-                                         " FROM reports r WHERE r.number > ?"
-                                         " ORDER BY r.number LIMIT ?");
-  std::vector<StoredReport> reports;
-  for (select.bind(number, std::uint64_t{limit}); select.next();) {
-    reports.push_back(readReport(select));
-  }
-  readPools(lease.database(), reports);
-  return reports;
+  return _backend->list(wanted, limit);
 }
 
 std::optional<StoredReport> ReportStore::find(std::uint64_t number) {
+  if (number == 0) return std::nullopt;
   auto reports = listAfter(number - 1, 1);
-  if (number == 0 || reports.empty() || reports.front().number != number) return std::nullopt;
+  if (reports.empty() || reports.front().number != number) return std::nullopt;
   return std::move(reports.front());
-}
-
-std::optional<ReportBytes> ReportStore::bytes(std::uint64_t number) {
-  ConnectionPool::Lease lease = readAll();
-  Statement select(
-      lease.database(),
-      "SELECT b.head, b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
-      " WHERE b.report = ?");
-  select.bind(number);
-  if (!select.next()) return std::nullopt;
-  return ReportBytes{select.text(0),
-                     unpacked(select.view(1), static_cast<std::size_t>(select.integer(2)))};
-}
-
-std::vector<std::uint64_t> ReportStore::withReportId(const std::string& reportId,
-                                                     std::size_t limit) {
-  ConnectionPool::Lease lease = readAll();
-  Statement select(lease.database(),
-                   "SELECT number FROM reports WHERE report_id = ? AND report_id <> ''"
-                   " ORDER BY number LIMIT ?");
-  std::vector<std::uint64_t> numbers;
-  for (select.bind(reportId, std::uint64_t{limit}); select.next();) {
-    numbers.push_back(static_cast<std::uint64_t>(select.integer(0)));
-  }
-  return numbers;
 }
 
 Statistics ReportStore::statistics(const ReportFilter& filter) {
   if (filter.text) indexUpTo(_arrivals.lastNumber());
-  ConnectionPool::Lease lease = readAll();
-  return readStatistics(lease.database(), filter);
-}
-
-bool ReportStore::removeRows(std::uint64_t number) {
-  const bool isRemoved = _writer.remove(number);
-  if (isRemoved) --_count;
-  return isRemoved;
+  return _backend->statistics(filter);
 }
 
 /// Changes this report.
 bool ReportStore::changeOne(std::uint64_t number, const Change& change) {
-  _filing.fileAll();
   const bool isChanged = changeEach({number}, change) > 0;
   if (isChanged) _arrivals.addChange();
   return isChanged;
@@ -170,9 +87,10 @@ std::size_t ReportStore::changeEach(const std::vector<std::uint64_t>& numbers,
 
 /// Changes the selected reports in portions.
 std::size_t ReportStore::changeAll(ReportFilter filter, const Change& change) {
+  if (filter.text) indexUpTo(_arrivals.lastNumber());
   std::size_t total = 0;
-  for (auto found = numbers(filter, kChangePortion); !found.empty();
-       found = numbers(filter, kChangePortion)) {
+  for (auto found = _backend->numbers(filter, kChangePortion); !found.empty();
+       found = _backend->numbers(filter, kChangePortion)) {
     total += changeEach(found, change);
     filter.before = found.back();
   }
@@ -181,27 +99,22 @@ std::size_t ReportStore::changeAll(ReportFilter filter, const Change& change) {
 }
 
 bool ReportStore::remove(std::uint64_t number) {
-  return changeOne(number, [this](std::uint64_t each) { return removeRows(each); });
+  return changeOne(number, [this](std::uint64_t each) { return _backend->remove(each); });
 }
 
 std::size_t ReportStore::remove(const ReportFilter& filter) {
   ReportFilter present = filter;
   const std::uint64_t next = _arrivals.lastNumber() + 1;
   present.before = std::min(filter.before.value_or(next), next);
-  return changeAll(present, [this](std::uint64_t number) { return removeRows(number); });
+  return changeAll(present, [this](std::uint64_t number) { return _backend->remove(number); });
 }
 
 std::size_t ReportStore::clear() {
   std::size_t cleared = 0;
-  _filing.fileAll();
-  _commits.run({[this, &cleared] {
-                  cleared = _count;
-                  deleteEverything(_writing);
-                  _count = 0;
-                },
+  _commits.run({[this, &cleared] { cleared = _backend->removeAll(); },
                 [this] {
                   _arrivals.clear();
-                  shrink(_writing);
+                  _backend->shrink();
                 }});
   if (cleared > 0) _arrivals.addChange();
   return cleared;
@@ -209,58 +122,30 @@ std::size_t ReportStore::clear() {
 
 bool ReportStore::setRead(std::uint64_t number, bool read) {
   return changeOne(number,
-                   [this, read](std::uint64_t each) { return _writer.setRead(each, read); });
+                   [this, read](std::uint64_t each) { return _backend->setRead(each, read); });
 }
 
 std::size_t ReportStore::setRead(ReportFilter filter, bool read) {
   filter.read = !read;
   return changeAll(std::move(filter),
-                   [this, read](std::uint64_t number) { return _writer.setRead(number, read); });
-}
-
-void ReportStore::recount() {
-  _count = static_cast<std::size_t>(_writing.number("SELECT count(*) FROM reports"));
+                   [this, read](std::uint64_t number) { return _backend->setRead(number, read); });
 }
 
 /// Removes the reports beyond the limit, which an earlier run with a higher limit left. Does so in
 /// portions, so that new reports can be stored in between.
 void ReportStore::trim() {
   const auto more = std::make_shared<bool>(false);
-  _commits.add({[this, more] {
-                  for (std::size_t i = 0; i < kChangePortion && _count > _most; ++i) {
-                    const auto oldest = _writer.oldest();
-                    if (oldest) removeRows(*oldest);
-                  }
-                  *more = _count > _most;
-                },
+  _commits.add({[this, more] { *more = _backend->trim(_most); },
                 [this, more] {
                   if (*more && !_commits.isEnding()) trim();
                 }});
 }
 
 void ReportStore::indexUpTo(std::uint64_t number) {
-  _filing.fileAll();
   const auto end = std::chrono::steady_clock::now() + kIndexingPatience;
-  while (std::chrono::steady_clock::now() < end) {
-    {
-      ConnectionPool::Lease lease(_readers);
-      if (!SearchIndexer::isBehind(lease.database(), number)) return;
-    }
-    _commits.run({[this] { _indexer.indexPortion(); }, {}});
+  while (!_backend->isIndexed(number) && std::chrono::steady_clock::now() < end) {
+    _commits.run({[this] { _backend->indexPortion(); }, {}});
   }
-}
-
-std::vector<std::uint64_t> ReportStore::numbers(const ReportFilter& wanted, std::size_t limit) {
-  if (wanted.text) indexUpTo(_arrivals.lastNumber());
-  const FilterSql filter(wanted);
-  ConnectionPool::Lease lease = readAll();
-  Statement select(lease.database(), "SELECT r.number" + filter.text() + " ORDER BY " +
-                                         filter.order() + " DESC LIMIT " + std::to_string(limit));
-  std::vector<std::uint64_t> found;
-  for (filter.bindTo(select); select.next();) {
-    found.push_back(static_cast<std::uint64_t>(select.integer(0)));
-  }
-  return found;
 }
 
 }  // namespace zt::inbox

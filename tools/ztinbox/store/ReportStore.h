@@ -4,56 +4,54 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <future>
 #include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "tools/ztinbox/store/Arrivals.h"
-#include "tools/ztinbox/store/DataFolder.h"
-#include "tools/ztinbox/store/Filing.h"
+#include "tools/ztinbox/store/Backend.h"
 #include "tools/ztinbox/store/GroupCommit.h"
-#include "tools/ztinbox/store/Journal.h"
-#include "tools/ztinbox/store/ReportRows.h"
-#include "tools/ztinbox/store/Search.h"
-#include "tools/ztinbox/store/Statistics.h"
 
 namespace zt::inbox {
 
-/// Stores the newest `most` reports in an SQLite database, in a folder of its own. add() writes a
-/// report to the write-ahead log before it returns, so the report survives the end of the program.
-/// Soon afterwards it is in the database and also survives a power failure. Reports in the database
-/// are not kept in memory. Thread-safe; every operation can throw DatabaseFault.
+/// Stores the newest `most` reports in a database. No report is kept in memory. Thread-safe; every
+/// operation can throw StoreFault.
 class ReportStore {
  public:
-  /// Receives the reports of each transaction once they are in the database, in the order of their
-  /// numbers, from one thread; but not the reports of an earlier run.
+  /// Receives the reports of each transaction of this process once they are in the database, in the
+  /// order of their numbers, from one thread.
   using Listener = std::function<void(const std::vector<IncomingReport>&)>;
 
-  /// Throws MachineFault if the folder or its content cannot be used.
-  ReportStore(const std::string& folder, std::size_t most, Listener listener = {});
+  ReportStore(std::unique_ptr<Backend> backend, std::size_t most, Listener listener = {});
 
   /// Stores the report under the next number, and removes the oldest report if there are too many.
-  /// The operations below include the report from now on.
-  void add(IncomingReport incoming);
+  /// The future is ready when the report is committed, which the operations below then include; it
+  /// throws if the report could not be stored. Reports get their numbers in the order of the calls.
+  [[nodiscard]] std::future<void> add(IncomingReport incoming);
 
   /// At most `limit` reports, newest first. With a text in the filter, this waits until earlier
   /// reports are indexed, but no longer than two seconds; reports that are not indexed by then are
   /// not found.
   std::vector<StoredReport> list(const ReportFilter& wanted, std::size_t limit);
   /// At most `limit` reports with higher numbers than `number`, oldest first.
-  std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit);
+  std::vector<StoredReport> listAfter(std::uint64_t number, std::size_t limit) {
+    return _backend->listAfter(number, limit);
+  }
   std::optional<StoredReport> find(std::uint64_t number);
-  std::optional<ReportBytes> bytes(std::uint64_t number);
+  std::optional<ReportBytes> bytes(std::uint64_t number) { return _backend->bytes(number); }
   /// The numbers of at most `limit` reports with this report ID, oldest first.
-  std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit);
+  std::vector<std::uint64_t> withReportId(const std::string& reportId, std::size_t limit) {
+    return _backend->withReportId(reportId, limit);
+  }
   Statistics statistics(const ReportFilter& filter);
 
   /// Returns false if there is no such report.
   bool remove(std::uint64_t number);
   /// Returns how many were removed. Keeps reports that arrive in the meantime.
   std::size_t remove(const ReportFilter& filter);
-  /// Removes all reports and shrinks the file. Returns how many were removed.
+  /// Removes all reports and shrinks the database. Returns how many were removed.
   std::size_t clear();
 
   /// Returns false if there is no such report.
@@ -67,29 +65,22 @@ class ReportStore {
   /// Changes a report within a transaction; false if there is nothing to change.
   using Change = std::function<bool(std::uint64_t number)>;
 
-  void file(std::vector<IncomingReport>& reports);
-  void recount();
+  void transact(const std::function<void()>& work);
+  void tellStored();
   void trim();
-  ConnectionPool::Lease readAll();
   void indexUpTo(std::uint64_t number);
-  bool removeRows(std::uint64_t number);
   bool changeOne(std::uint64_t number, const Change& change);
   std::size_t changeEach(const std::vector<std::uint64_t>& numbers, const Change& change);
   std::size_t changeAll(ReportFilter filter, const Change& change);
-  std::vector<std::uint64_t> numbers(const ReportFilter& wanted, std::size_t limit);
 
-  DataFolder _folder;
+  std::unique_ptr<Backend> _backend;
   const std::size_t _most;
   Listener _listener;
-  Database _writing;
-  ReportWriter _writer;
-  SearchIndexer _indexer;
-  std::size_t _count = 0;  ///< used by the thread of _commits
-  Journal _journal;
   Arrivals _arrivals;
-  ConnectionPool _readers;
-  GroupCommit _commits;  ///< its thread uses all members above
-  Filing _filing;        ///< last, because its thread uses all members above
+  // Used by the thread of _commits:
+  std::vector<IncomingReport*> _inserted;  ///< in this transaction
+  std::vector<IncomingReport> _stored;     ///< not told to the listener yet
+  GroupCommit _commits;                    ///< last, because its thread uses all members above
 };
 
 }  // namespace zt::inbox

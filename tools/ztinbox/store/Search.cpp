@@ -2,7 +2,6 @@
 #include "tools/ztinbox/store/Search.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "tools/common/ReportReader.h"
 #include "tools/ztinbox/soap/ReportContent.h"
@@ -23,14 +22,12 @@ bool isWordCharacter(char character) {
          (byte >= 'a' && byte <= 'z');
 }
 
-void addWord(std::string& expression, std::string_view word, bool mayGoOn) {
-  if (std::ranges::none_of(word, isWordCharacter)) return;
-  if (!expression.empty()) expression += " AND ";
-  expression += '"';
-  for (const char character : word) expression += character == '\0' ? ' ' : character;
-  expression += '"';
-  const bool endsInWord = isWordCharacter(word.back());
-  if (mayGoOn && endsInWord && word.size() >= kShortestBeginning) expression += " *";
+void addTerm(std::vector<SearchTerm>& terms, std::string_view text, bool mayGoOn) {
+  if (std::ranges::none_of(text, isWordCharacter)) return;
+  SearchTerm term{std::string(text), false};
+  std::ranges::replace(term.text, '\0', ' ');
+  term.isBeginning = mayGoOn && isWordCharacter(text.back()) && text.size() >= kShortestBeginning;
+  terms.push_back(std::move(term));
 }
 
 void addLine(std::string& text, std::string_view line) {
@@ -39,29 +36,25 @@ void addLine(std::string& text, std::string_view line) {
   if (!part.empty()) text.append(part).append("\n");
 }
 
-// A sender may have to wait for one portion, which takes some milliseconds.
-constexpr std::int64_t kReportsOfPortion = 32;
-constexpr std::size_t kBytesOfPortion = std::size_t{1024} * 1024;
-
 }  // namespace
 
-std::string searchExpression(std::string_view typed) {
-  std::string expression;
+std::vector<SearchTerm> searchTerms(std::string_view typed) {
+  std::vector<SearchTerm> terms;
   while (!typed.empty()) {
     if (typed.front() == '"') {
       typed.remove_prefix(1);
       const std::size_t end = std::min(typed.find('"'), typed.size());
-      addWord(expression, typed.substr(0, end), false);
+      addTerm(terms, typed.substr(0, end), false);
       typed.remove_prefix(std::min(end + 1, typed.size()));
       continue;
     }
     const std::size_t end =
         std::min(typed.find_first_of(std::string(kBlanks) + "\""), typed.size());
-    addWord(expression, typed.substr(0, end), true);
+    addTerm(terms, typed.substr(0, end), true);
     typed.remove_prefix(end);
     typed.remove_prefix(std::min(typed.find_first_not_of(kBlanks), typed.size()));
   }
-  return expression;
+  return terms;
 }
 
 std::string searchText(std::string_view report) {
@@ -81,44 +74,6 @@ std::string searchText(std::string_view report) {
     }
   }
   return text;
-}
-
-SearchIndexer::SearchIndexer(Database& database)
-    : _selectPortion(database, "SELECT report FROM unsearched ORDER BY report LIMIT ?"),
-      _selectBody(database,
-                  "SELECT b.body, r.size FROM bodies b JOIN reports r ON r.number = b.report"
-                  " WHERE b.report = ?"),
-      _removeText(database, "DELETE FROM search WHERE rowid = ?"),
-      _insertText(database, "INSERT INTO search (rowid, text) VALUES (?, ?)"),
-      _done(database, "DELETE FROM unsearched WHERE report = ?") {}
-
-bool SearchIndexer::indexPortion() {
-  std::vector<std::int64_t> numbers;
-  for (_selectPortion.bind(kReportsOfPortion); _selectPortion.next();) {
-    numbers.push_back(_selectPortion.integer(0));
-  }
-  _selectPortion.reset();
-  std::size_t bytes = 0;
-  for (const std::int64_t number : numbers) {
-    _removeText.run(number);
-    _selectBody.bind(number);
-    if (_selectBody.next()) {
-      const auto size = static_cast<std::size_t>(_selectBody.integer(1));
-      const std::string text = searchText(unpacked(_selectBody.view(0), size));
-      _insertText.run(number, text);
-      bytes += size;
-    }
-    _selectBody.reset();
-    _done.run(number);
-    if (bytes > kBytesOfPortion) break;
-  }
-  return !numbers.empty();
-}
-
-bool SearchIndexer::isBehind(Database& database, std::uint64_t number) {
-  Statement select(database, "SELECT 1 FROM unsearched WHERE report <= ? LIMIT 1");
-  select.bind(number);
-  return select.next();
 }
 
 }  // namespace zt::inbox

@@ -6,8 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "tools/ztinbox/store/ReportRows.h"
-
 namespace zt::inbox {
 
 /// The data of the charts about the reports that a filter selects.
@@ -38,8 +36,5 @@ struct Statistics {
   std::vector<Result> results;  ///< most frequent first
   std::vector<Step> steps;      ///< most frequent first, at most 50
 };
-
-/// Throws DatabaseFault.
-Statistics readStatistics(Database& database, const ReportFilter& wanted);
 
 }  // namespace zt::inbox

@@ -6,8 +6,8 @@
 #include <memory>
 #include <utility>
 
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/soap/ReportContent.h"
-#include "tools/ztinbox/store/Database.h"
 
 namespace zt::inbox {
 
@@ -45,7 +45,7 @@ std::string unpacked(std::string_view bytes, std::size_t size) {
   std::string text(size, '\0');
   const int count = LZ4_decompress_safe(bytes.data(), text.data(), static_cast<int>(bytes.size()),
                                         static_cast<int>(size));
-  if (count != static_cast<int>(size)) throw DatabaseFault("a report in the database is damaged");
+  if (count != static_cast<int>(size)) throw StoreFault("a report in the database is damaged");
   return text;
 }
 

@@ -70,7 +70,7 @@ struct IncomingReport {
 /// tenth, which makes writing them to the disk fast.
 std::string packed(std::string_view text);
 
-/// Restores the `size` bytes that packed() was called with. Throws DatabaseFault if `bytes` are
+/// Restores the `size` bytes that packed() was called with. Throws StoreFault if `bytes` are
 /// damaged.
 std::string unpacked(std::string_view bytes, std::size_t size);
 

@@ -51,6 +51,17 @@ TEST(CommandLineTest, HasADefaultForEverything) {
   EXPECT_EQ(settings->behaviour, zt::inbox::BehaviourSettings{});
 }
 
+TEST(CommandLineTest, ADatabaseThatOthersShareKeepsAllUnlessALimitIsGiven) {
+  const ScopedEnvironment home("HOME", nullptr);
+  const ScopedEnvironment data("XDG_DATA_HOME", nullptr);
+  const auto settings = read({"--store", "service=reports"}).settings;
+  ASSERT_TRUE(settings);
+  EXPECT_EQ(settings->store, "service=reports");
+  EXPECT_EQ(settings->mostReports, std::numeric_limits<std::size_t>::max());
+  EXPECT_EQ(read({"--store", "service=reports", "--max", "7"}).settings->mostReports, 7U);
+  EXPECT_THROW(read({"--store", "service=reports", "--data", "/x"}), zt::inbox::InputFault);
+}
+
 TEST(CommandLineTest, ReadsEveryOption) {
   const TextFile scenario(R"([{"answer": "drop"}])");
   const auto settings =

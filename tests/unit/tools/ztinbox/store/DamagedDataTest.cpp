@@ -8,6 +8,8 @@
 #include "tests/support/TemporaryFolder.h"
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
+#include "tools/ztinbox/store/sqlite/SqliteBackend.h"
 
 // Data folders that cannot be used: each is refused with a message that says why, and is not
 // changed.
@@ -16,6 +18,7 @@ namespace {
 
 using zt::inbox::Database;
 using zt::inbox::IncomingReport;
+using zt::inbox::openSqliteBackend;
 using zt::inbox::ReportStore;
 
 class DamagedDataTest : public ::testing::Test {
@@ -26,19 +29,19 @@ class DamagedDataTest : public ::testing::Test {
 
   /// A database with a few reports in it, closed.
   void fill() const {
-    ReportStore store(folder(), 100);
+    ReportStore store(openSqliteBackend(folder()), 100);
     for (int i = 0; i < 50; ++i) {
       IncomingReport report;
       const std::string text(5'000, static_cast<char>('a' + i % 20));
       report.report.size = text.size();
       report.packedBody = zt::inbox::packed(text);
-      store.add(report);
+      store.add(report).get();
     }
   }
 
   static std::string faultOf(const std::string& folder) {
     try {
-      const ReportStore store(folder, 100);
+      const ReportStore store(openSqliteBackend(folder), 100);
       return "";
     } catch (const zt::inbox::MachineFault& fault) {
       return fault.what();
@@ -109,17 +112,27 @@ TEST_F(DamagedDataTest, AFolderThatCannotBeCreatedIsRefused) {
 }
 
 TEST_F(DamagedDataTest, AFolderInUseIsRefused) {
-  const ReportStore store(folder(), 100);
+  const ReportStore store(openSqliteBackend(folder()), 100);
   EXPECT_EQ(faultOf(folder() + "/"),
             "the data folder " + folder() +
                 " is in use by another inbox; choose another one with --data");
 }
 
+TEST_F(DamagedDataTest, AJournalOfAnEarlierVersionIsRefusedUnlessItIsEmpty) {
+  temporary().write("data/journal.0", "");
+  EXPECT_EQ(faultOf(folder()), "");
+  const std::string journal = temporary().write("data/journal.1", "x");
+  EXPECT_EQ(faultOf(folder()),
+            journal +
+                ": reports that an earlier version of ztinbox received before it was killed; "
+                "start and stop that version once, or remove the file");
+}
+
 TEST_F(DamagedDataTest, ADamagedReportIsToldWhenItIsRead) {
   fill();
   Database(file(), Database::Access::kWrite).run("UPDATE bodies SET body = x'00' WHERE report = 7");
-  ReportStore store(folder(), 100);
-  EXPECT_THROW(store.bytes(7), zt::inbox::DatabaseFault);
+  ReportStore store(openSqliteBackend(folder()), 100);
+  EXPECT_THROW(store.bytes(7), zt::inbox::StoreFault);
   EXPECT_EQ(store.bytes(8)->body.size(), 5'000U);
 }
 

@@ -7,7 +7,9 @@
 #include <vector>
 
 #include "tests/support/TemporaryFolder.h"
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/store/GroupCommit.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
 
 namespace {
 
@@ -23,7 +25,21 @@ class GroupCommitTest : public ::testing::Test {
             [this, value] { _told += value; }};
   }
   GroupCommit::Hooks hooks() {
-    return {[this] { ++_undone; }, [] { return false; }, [this] { ++_settled; }};
+    return {.transact = [this](const std::function<void()>& work) { transact(work); },
+            .committed = [] {},
+            .background = [] { return false; },
+            .settled = [this] { ++_settled; }};
+  }
+  void transact(const std::function<void()>& work) {
+    try {
+      _database.run("BEGIN IMMEDIATE");
+      work();
+      _database.run("COMMIT");
+    } catch (...) {
+      _database.run("ROLLBACK");
+      ++_undone;
+      throw;
+    }
   }
   static bool waitFor(const std::atomic<int>& count, int wanted) {
     for (int i = 0; i < 3'000 && count < wanted; ++i) {
@@ -48,7 +64,7 @@ class GroupCommitTest : public ::testing::Test {
 
 TEST_F(GroupCommitTest, DoesAllInOrderBeforeItIsGone) {
   {
-    GroupCommit commits(_database, hooks());
+    GroupCommit commits(hooks());
     for (const char* value : {"1", "2", "3", "4"}) commits.add(insert(value));
   }
   EXPECT_EQ(rows(), "1234");
@@ -60,7 +76,7 @@ TEST_F(GroupCommitTest, OneThatFailsDoesNotTakeTheOthersWithIt) {
   std::promise<void> release;
   std::vector<std::future<void>> done;
   {
-    GroupCommit commits(_database, hooks());
+    GroupCommit commits(hooks());
     // While the thread is held up here, the rest comes together.
     commits.add({[held = release.get_future().share()] { held.wait(); }, {}});
     for (const char* value : {"1", "2", "'", "3"}) done.push_back(commits.add(insert(value)));
@@ -70,18 +86,30 @@ TEST_F(GroupCommitTest, OneThatFailsDoesNotTakeTheOthersWithIt) {
   EXPECT_EQ(rows(), "123");
   EXPECT_EQ(_told, "123") << "nobody is told of what was undone";
   for (const std::size_t kept : {0U, 1U, 3U}) EXPECT_NO_THROW(done[kept].get());
-  EXPECT_THROW(done[2].get(), zt::inbox::DatabaseFault);
+  EXPECT_THROW(done[2].get(), zt::inbox::StoreFault);
   EXPECT_THROW(done[4].get(), std::runtime_error);
   EXPECT_EQ(_undone, 3) << "all together, then the two that failed";
 }
 
 TEST_F(GroupCommitTest, WhatIsToldIsCommitted) {
-  GroupCommit commits(_database, hooks());
+  GroupCommit commits(hooks());
   Database other(_folder.path("group.db"), Database::Access::kRead);
   std::int64_t seen = -1;
   commits.run({[this] { _database.run("INSERT INTO t VALUES (1)"); },
                [&] { seen = other.number("SELECT count(*) FROM t"); }});
   EXPECT_EQ(seen, 1);
+}
+
+TEST_F(GroupCommitTest, SaysThatItHasCommittedWhenTheFutureIsReady) {
+  std::future<void> done;
+  std::promise<void> isSet;
+  std::promise<std::future_status> found;
+  GroupCommit::Hooks all = hooks();
+  all.committed = [&] { found.set_value(done.wait_for(std::chrono::seconds(0))); };
+  GroupCommit commits(all);
+  done = commits.add({[held = isSet.get_future().share()] { held.wait(); }, {}});
+  isSet.set_value();
+  EXPECT_EQ(found.get_future().get(), std::future_status::ready);
 }
 
 TEST_F(GroupCommitTest, WorksInTheBackgroundUntilNothingIsLeft) {
@@ -91,7 +119,7 @@ TEST_F(GroupCommitTest, WorksInTheBackgroundUntilNothingIsLeft) {
     _database.run("INSERT INTO t VALUES ('b')");
     return ++portions % 3 != 0;
   };
-  GroupCommit commits(_database, all);
+  GroupCommit commits(all);
   EXPECT_TRUE(waitFor(_settled, 1)) << "what an earlier run left";
   EXPECT_EQ(portions, 3);
   commits.run(insert("1"));
@@ -110,7 +138,7 @@ TEST_F(GroupCommitTest, AFailureInTheBackgroundIsUndoneAndTriedAgainLater) {
     if (++tries == 1) _database.run("fail");
     return false;
   };
-  GroupCommit commits(_database, all);
+  GroupCommit commits(all);
   EXPECT_TRUE(waitFor(tries, 1));
   commits.run(insert("1"));
   EXPECT_TRUE(waitFor(_settled, 1));

@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <memory>
+#include <optional>
 #include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "tests/support/PostgresServer.h"
 #include "tests/support/TemporaryFolder.h"
 #include "tests/unit/tools/ztinbox/SampleReport.h"
 #include "tools/ztinbox/soap/ReportContent.h"
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
+#include "tools/ztinbox/store/postgres/PostgresBackend.h"
+#include "tools/ztinbox/store/sqlite/SqliteBackend.h"
 
 namespace {
 
@@ -44,22 +49,35 @@ Numbers numbersOf(ReportStore& store, const ReportFilter& filter = {}) {
   return numbers;
 }
 
-class ReportStoreTest : public ::testing::Test {
+/// What every database must do.
+class ReportStoreTest : public ::testing::TestWithParam<const char*> {
  protected:
-  std::string folder() const { return _folder.path("data"); }
+  ReportStoreTest() {
+    if (GetParam() == std::string("PostgreSQL")) _server.emplace();
+  }
+
+  /// The same database each time.
+  std::unique_ptr<zt::inbox::Backend> open() const {
+    return _server ? zt::inbox::openPostgresBackend(_server->options())
+                   : zt::inbox::openSqliteBackend(_folder.path("data"));
+  }
 
   /// Adds it and returns it as it is listed.
   static StoredReport add(ReportStore& store, IncomingReport report) {
-    store.add(std::move(report));
+    store.add(std::move(report)).get();
     return store.list({}, 1).front();
   }
 
  private:
   zt::test::TemporaryFolder _folder;
+  std::optional<zt::test::PostgresServer> _server;
 };
 
-TEST_F(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
-  ReportStore store(folder(), 10);
+INSTANTIATE_TEST_SUITE_P(Databases, ReportStoreTest, ::testing::Values("SQLite", "PostgreSQL"),
+                         [](const auto& info) { return std::string(info.param); });
+
+TEST_P(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
+  ReportStore store(open(), 10);
   EXPECT_EQ(numbersOf(store), Numbers{});
   for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
   EXPECT_EQ(numbersOf(store), (Numbers{3, 2, 1}));
@@ -68,7 +86,7 @@ TEST_F(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
   EXPECT_FALSE(store.find(0));
 }
 
-TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
+TEST_P(ReportStoreTest, GivesBackAllThatWasKept) {
   const std::string nothingSpecial("a\0\xff<&>\"'\r\n", 10);
   SampleReport sample;
   sample.customerId = std::string("K\xff\0", 3);
@@ -83,10 +101,10 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   report.report.result = "failed";
   report.report.duration = milliseconds(5'000);
   {
-    ReportStore store(folder(), 10);
-    store.add(report);
+    ReportStore store(open(), 10);
+    store.add(report).get();
   }
-  ReportStore store(folder(), 10);
+  ReportStore store(open(), 10);
   const auto kept = store.find(1);
   ASSERT_TRUE(kept);
   EXPECT_EQ(kept->received, report.report.received);
@@ -110,8 +128,8 @@ TEST_F(ReportStoreTest, GivesBackAllThatWasKept) {
   EXPECT_EQ(bytes->body, sample.text());
 }
 
-TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
-  ReportStore store(folder(), 10);
+TEST_P(ReportStoreTest, WhatIsMissingStaysMissing) {
+  ReportStore store(open(), 10);
   IncomingReport nothing;
   nothing.packedBody = zt::inbox::packed("");
   add(store, nothing);
@@ -124,13 +142,13 @@ TEST_F(ReportStoreTest, WhatIsMissingStaysMissing) {
   EXPECT_EQ(store.bytes(1)->body, "");
 }
 
-TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
-  ReportStore store(folder(), 10);
+TEST_P(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
+  ReportStore store(open(), 10);
   SampleReport sample;
   sample.value = "Apple";
   IncomingReport report = newReport(sample);
   report.report.received = zt::inbox::Timestamp(milliseconds(1'000));
-  store.add(report);
+  store.add(report).get();
   sample.applicationId = "{OTHER}";
   sample.machineId = "{M}";
   sample.pools = {"CUSTOM", "DISKS"};
@@ -138,7 +156,9 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   report = newReport(sample);
   report.report.received = zt::inbox::Timestamp(milliseconds(2'000));
   report.report.test = true;
-  store.add(report);
+  report.report.answer = {zt::inbox::AnswerKind::kError, 503};
+  report.report.result = "failed";
+  store.add(report).get();
   EXPECT_TRUE(store.setRead(2, true));
 
   const auto at = [](int time) { return zt::inbox::Timestamp(milliseconds(time)); };
@@ -152,6 +172,16 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
       {{.application = "{OTHER}"}, {2}},
       {{.machine = "{M}"}, {2}},
       {{.machine = ""}, {}},
+      {{.version = sample.applicationVersion}, {2, 1}},
+      {{.version = "0"}, {}},
+      {{.reportId = sample.reportId}, {2, 1}},
+      {{.reportId = ""}, {}},
+      {{.answer = "accept"}, {1}},
+      {{.answer = "error"}, {2}},
+      {{.answer = "error:503"}, {2}},
+      {{.answer = "error:50"}, {}},
+      {{.result = "failed"}, {2}},
+      {{.result = "succeeded"}, {}},
       {{.pool = "DISKS"}, {2}},
       {{.pool = "EXECUTION"}, {1}},
       {{.pool = "DISK"}, {}},
@@ -198,8 +228,8 @@ TEST_F(ReportStoreTest, EveryConditionOfAFilterHasToHold) {
   }
 }
 
-TEST_F(ReportStoreTest, KeepsTheNewest) {
-  ReportStore store(folder(), 2);
+TEST_P(ReportStoreTest, KeepsTheNewest) {
+  ReportStore store(open(), 2);
   for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
   EXPECT_EQ(numbersOf(store), (Numbers{3, 2}));
   EXPECT_FALSE(store.bytes(1));
@@ -208,20 +238,20 @@ TEST_F(ReportStoreTest, KeepsTheNewest) {
   EXPECT_EQ(store.arrivals().count(), 3U);
 }
 
-TEST_F(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
+TEST_P(ReportStoreTest, ALowerLimitHoldsForWhatIsThereAlready) {
   {
-    ReportStore store(folder(), 1'000);
-    for (int i = 0; i < 450; ++i) store.add(newReportWithId("a"));
+    ReportStore store(open(), 1'000);
+    for (int i = 0; i < 450; ++i) store.add(newReportWithId("a")).get();
   }
-  ReportStore store(folder(), 2);
+  ReportStore store(open(), 2);
   add(store, newReportWithId("a"));
   // More than one portion is removed, the later ones behind whatever came in between.
   for (int i = 0; i < 3; ++i) store.setRead(1, true);
   EXPECT_EQ(numbersOf(store), (Numbers{451, 450}));
 }
 
-TEST_F(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
-  ReportStore store(folder(), 3);
+TEST_P(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
+  ReportStore store(open(), 3);
   EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, std::nullopt);
   EXPECT_EQ(add(store, newReportWithId("a")).duplicateOf, 1U);
   EXPECT_EQ(add(store, newReportWithId("b")).duplicateOf, std::nullopt);
@@ -231,8 +261,8 @@ TEST_F(ReportStoreTest, ADuplicateNamesTheFirstKeptOne) {
   EXPECT_EQ(store.withReportId("a", 1), Numbers{2});
 }
 
-TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
-  ReportStore store(folder(), 3);
+TEST_P(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
+  ReportStore store(open(), 3);
   add(store, newReportWithId(""));
   EXPECT_EQ(add(store, newReportWithId("")).duplicateOf, std::nullopt);
   add(store, IncomingReport());
@@ -240,9 +270,9 @@ TEST_F(ReportStoreTest, ReportsWithoutAnIdAreNoDuplicates) {
   EXPECT_EQ(store.withReportId("", 10), Numbers{});
 }
 
-TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
+TEST_P(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
   {
-    ReportStore store(folder(), 5);
+    ReportStore store(open(), 5);
     for (const char* id : {"a", "b", "c"}) add(store, newReportWithId(id));
     EXPECT_TRUE(store.remove(1));
     EXPECT_FALSE(store.remove(1));
@@ -255,15 +285,15 @@ TEST_F(ReportStoreTest, RemovesOneOrAllAndNeverReusesANumber) {
     EXPECT_EQ(numbersOf(store, {.text = "kelvane"}), Numbers{5});
     EXPECT_EQ(store.clear(), 1U);
   }
-  ReportStore store(folder(), 5);
+  ReportStore store(open(), 5);
   EXPECT_EQ(store.arrivals().lastNumber(), 5U);
   EXPECT_EQ(add(store, newReportWithId("a")).number, 6U);
 }
 
-TEST_F(ReportStoreTest, RemovesWhatIsFound) {
-  ReportStore store(folder(), 1'000);
+TEST_P(ReportStoreTest, RemovesWhatIsFound) {
+  ReportStore store(open(), 1'000);
   for (int i = 1; i <= 450; ++i) {
-    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other")));
+    store.add(newReport(zt::test::reportOf(i % 3 == 0 ? "third" : "other"))).get();
   }
   EXPECT_EQ(store.remove(ReportFilter{.customer = "nobody"}), 0U);
   EXPECT_EQ(store.remove(ReportFilter{.customer = "other", .before = 449}), 299U);
@@ -273,8 +303,8 @@ TEST_F(ReportStoreTest, RemovesWhatIsFound) {
   EXPECT_EQ(store.arrivals().count(), 450U) << "what came in, came in";
 }
 
-TEST_F(ReportStoreTest, MarksReportsAsRead) {
-  ReportStore store(folder(), 10);
+TEST_P(ReportStoreTest, MarksReportsAsRead) {
+  ReportStore store(open(), 10);
   for (const char* customer : {"a", "b", "a"}) add(store, newReport(zt::test::reportOf(customer)));
   EXPECT_TRUE(store.setRead(2, true));
   EXPECT_TRUE(store.setRead(2, true));
@@ -286,8 +316,8 @@ TEST_F(ReportStoreTest, MarksReportsAsRead) {
   EXPECT_EQ(numbersOf(store, {.read = false}), (Numbers{2, 1}));
 }
 
-TEST_F(ReportStoreTest, CountsForTheCharts) {
-  ReportStore store(folder(), 10);
+TEST_P(ReportStoreTest, CountsForTheCharts) {
+  ReportStore store(open(), 10);
   const struct {
     int minute;
     zt::inbox::AnswerKind answer;
@@ -308,7 +338,7 @@ TEST_F(ReportStoreTest, CountsForTheCharts) {
     report.report.size = 10;
     report.steps = {{"Copy", std::chrono::seconds(row.seconds)}};
     if (row.seconds > 1) report.steps.push_back({"Check", milliseconds(7)});
-    store.add(report);
+    store.add(report).get();
   }
   store.setRead(1, true);
   const zt::inbox::Statistics all = store.statistics({});

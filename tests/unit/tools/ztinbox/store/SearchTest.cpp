@@ -4,8 +4,9 @@
 #include <string>
 
 #include "tests/support/TemporaryFolder.h"
-#include "tools/ztinbox/store/Database.h"
 #include "tools/ztinbox/store/Search.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
+#include "tools/ztinbox/store/sqlite/SearchIndexer.h"
 
 namespace {
 

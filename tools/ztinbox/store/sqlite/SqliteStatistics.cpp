@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/ztinbox/store/Statistics.h"
+#include "tools/ztinbox/store/sqlite/SqliteStatistics.h"
 
 #include <algorithm>
+
+#include "tools/ztinbox/store/sqlite/ReportRows.h"
 
 namespace zt::inbox {
 

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/ztinbox/store/ReportRows.h"
+#include "tools/ztinbox/store/sqlite/ReportRows.h"
 
 #include <unordered_set>
 #include <utility>
 
-#include "tools/ztinbox/store/Search.h"
+#include "tools/ztinbox/store/sqlite/SearchIndexer.h"
 
 namespace zt::inbox {
 
@@ -29,10 +29,11 @@ const char* const kReportColumns =
 
 ReportWriter::ReportWriter(Database& database)
     : _database(database),
-      _insertReport(database,
-                    "INSERT INTO reports (number, received, test, answer, sender, size, report_id,"
-                    " machine_id, customer_id, application_id, application_version, result,"
-                    " duration) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
+      _insertReport(
+          database,
+          "INSERT INTO reports (received, test, answer, sender, size, report_id, machine_id,"
+          " customer_id, application_id, application_version, result, duration)"
+          " VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"),
       _insertBody(database, "INSERT INTO bodies (report, head, body) VALUES (?, ?, ?)"),
       _insertPool(database,
                   "INSERT INTO pools (report, position, type, first) VALUES (?, ?, ?, ?)"),
@@ -62,11 +63,12 @@ void ReportWriter::insert(IncomingReport& incoming) {
     _duplicate.reset();
   }
   const std::string answer = answerWord(report.answer);
-  const std::uint64_t number = report.number;
-  _insertReport.run(number, millisecondsOf(report.received), report.test, answer, report.sender,
+  _insertReport.run(millisecondsOf(report.received), report.test, answer, report.sender,
                     std::uint64_t{report.size}, identity.reportId, identity.machineId,
                     identity.customerId, identity.applicationId, identity.applicationVersion,
                     report.result, count(report.duration));
+  const std::uint64_t number = _database.lastInserted();
+  report.number = number;
   _insertBody.run(number, incoming.head, incoming.packedBody);
   std::unordered_set<std::string_view> seen;
   std::int64_t position = 0;
@@ -158,6 +160,10 @@ FilterSql::FilterSql(const ReportFilter& filter) {
   if (filter.customer) where(" r.customer_id = ?", *filter.customer);
   if (filter.application) where(" r.application_id = ?", *filter.application);
   if (filter.machine) where(" r.machine_id = ?", *filter.machine);
+  if (filter.version) where(" r.application_version = ?", *filter.version);
+  if (filter.reportId) where(" r.report_id = ? AND r.report_id <> ''", *filter.reportId);
+  if (filter.answer) where(" r.answer || ':' GLOB ? || ':*'", *filter.answer);
+  if (filter.result) where(" r.result = ?", *filter.result);
   if (filter.test) where(" r.test = ?", std::int64_t{*filter.test});
   if (filter.read) where(" r.read = ?", std::int64_t{*filter.read});
   if (filter.since) where(" r.received >= ?", millisecondsOf(*filter.since));

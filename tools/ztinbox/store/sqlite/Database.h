@@ -2,16 +2,12 @@
 #pragma once
 
 #include <concepts>
-#include <condition_variable>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 #include "tools/ztinbox/Fault.h"
 
@@ -20,14 +16,8 @@ struct sqlite3_stmt;
 
 namespace zt::inbox {
 
-/// The database cannot be used: it is damaged, it cannot be written, or the disk is full. The
-/// message names the file and the reason.
-struct DatabaseFault : MachineFault {
-  using MachineFault::MachineFault;
-};
-
 /// One connection to an SQLite database file. Used by one thread at a time. Every operation can
-/// throw DatabaseFault.
+/// throw StoreFault.
 class Database {
  public:
   enum class Access { kWrite, kRead };
@@ -42,6 +32,8 @@ class Database {
 
   /// How many rows the last statement inserted, changed or deleted.
   std::int64_t changes() const;
+  /// The row ID of the last row that was inserted.
+  std::uint64_t lastInserted() const;
   bool isInTransaction() const;
 
   const std::string& file() const { return _file; }
@@ -120,12 +112,12 @@ class Statement {
 };
 
 /// Configures the connection, and creates the tables of a new database or checks those of an
-/// existing one. Throws DatabaseFault if the file is not a database, is damaged, belongs to another
+/// existing one. Throws StoreFault if the file is not a database, is damaged, belongs to another
 /// program, or was written by a newer inbox.
 void prepareForWriting(Database& database);
 
-/// The same for an additional connection that only reads.
-void prepareForReading(Database& database);
+/// Opens an additional connection that only reads.
+std::unique_ptr<Database> openForReading(const std::string& file);
 
 /// Deletes all reports at once, which is faster than one by one.
 void deleteEverything(Database& database);
@@ -136,37 +128,5 @@ void saveNow(Database& database);
 
 /// Tries to release the free space of the file.
 void shrink(Database& database);
-
-/// A pool of a few connections for reading, each opened when it is first needed. Thread-safe.
-class ConnectionPool {
- public:
-  explicit ConnectionPool(std::string file) : _file(std::move(file)) {}
-
-  /// Holds a connection of the pool for a scope.
-  class Lease {
-   public:
-    explicit Lease(ConnectionPool& pool) : _pool(pool), _database(pool.take()) {}
-    Lease(const Lease&) = delete;
-    Lease& operator=(const Lease&) = delete;
-    ~Lease() { _pool.giveBack(std::move(_database)); }
-
-    Database& database() { return *_database; }
-
-   private:
-    ConnectionPool& _pool;
-    std::unique_ptr<Database> _database;
-  };
-
- private:
-  /// Waits for a free connection. Throws DatabaseFault.
-  std::unique_ptr<Database> take();
-  void giveBack(std::unique_ptr<Database> database);
-
-  const std::string _file;
-  std::mutex _mutex;
-  std::condition_variable _changed;
-  std::vector<std::unique_ptr<Database>> _free;
-  std::size_t _taken = 0;
-};
 
 }  // namespace zt::inbox

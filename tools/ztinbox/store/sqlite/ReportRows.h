@@ -7,8 +7,9 @@
 #include <variant>
 #include <vector>
 
-#include "tools/ztinbox/store/Database.h"
+#include "tools/ztinbox/store/ReportFilter.h"
 #include "tools/ztinbox/store/StoredReport.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
 
 namespace zt::inbox {
 
@@ -18,7 +19,7 @@ class ReportWriter {
  public:
   explicit ReportWriter(Database& database);
 
-  /// Inserts the report under its number. Sets duplicateOf.
+  /// Inserts the report under the next number. Sets its number and duplicateOf.
   void insert(IncomingReport& incoming);
   /// Removes all rows of the report; false if there is no such report.
   bool remove(std::uint64_t number);
@@ -47,22 +48,6 @@ extern const char* const kReportColumns;
 StoredReport readReport(const Statement& row);
 /// Adds the types of the pools to the reports.
 void readPools(Database& database, std::vector<StoredReport>& reports);
-
-/// Selects the reports that match every condition that is set.
-struct ReportFilter {
-  std::optional<std::string> customer = std::nullopt;     ///< exactly this customer ID
-  std::optional<std::string> application = std::nullopt;  ///< this application ID
-  std::optional<std::string> machine = std::nullopt;      ///< this machine ID
-  std::optional<std::string> pool = std::nullopt;         ///< has a pool of this type
-  std::optional<std::string> text = std::nullopt;         ///< see searchExpression()
-  std::optional<bool> test = std::nullopt;                ///< posted to the test address, or not
-  std::optional<bool> read = std::nullopt;                ///< is marked as read, or is not
-  std::optional<Timestamp> since = std::nullopt;          ///< received at this time or later
-  std::optional<Timestamp> until = std::nullopt;          ///< received before this time
-  std::optional<std::uint64_t> before = std::nullopt;     ///< only smaller numbers
-
-  friend bool operator==(const ReportFilter&, const ReportFilter&) = default;
-};
 
 /// A filter in SQL: the selected reports are rows `r` of the table `reports`.
 ///

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "tools/ztinbox/store/Database.h"
+#include "tools/ztinbox/store/sqlite/Database.h"
 
 #include <fcntl.h>
 #include <sqlite3.h>
@@ -14,7 +14,7 @@ namespace zt::inbox {
 namespace {
 
 /// The inbox alone writes to the file, but the user may open it with another program.
-constexpr int kLockPatienceInMilliseconds = 10'000;
+constexpr int kLockPatienceInMilliseconds = 1'000;
 
 /// SQLite gives its other files the mode of the database file.
 void createForOwnerOnly(const std::string& file) {
@@ -107,20 +107,18 @@ void createTables(Database& database) {
 
 void check(Database& database) {
   if (database.number("PRAGMA application_id") != kApplicationId) {
-    throw DatabaseFault(database.file() + ": not a database of this program");
+    throw StoreFault(database.file() + ": not a database of this program");
   }
   const std::int64_t version = database.number("PRAGMA user_version");
   if (version > kVersion) {
-    throw DatabaseFault(database.file() + ": written by a newer ztinbox (version " +
-                        std::to_string(version) + " of the tables; this program knows version " +
-                        std::to_string(kVersion) + ")");
+    throw StoreFault(database.file() + ": written by a newer ztinbox (version " +
+                     std::to_string(version) + " of the tables; this program knows version " +
+                     std::to_string(kVersion) + ")");
   }
   for (const char* table : {"reports", "bodies", "pools", "steps", "unsearched", "search"}) {
     database.run("SELECT 1 FROM " + std::string(table) + " LIMIT 1");
   }
 }
-
-constexpr std::size_t kMostDatabaseConnections = 4;
 
 }  // namespace
 
@@ -149,9 +147,12 @@ std::int64_t Database::number(std::string_view query) {
 }
 
 std::int64_t Database::changes() const { return sqlite3_changes64(handle()); }
+std::uint64_t Database::lastInserted() const {
+  return static_cast<std::uint64_t>(sqlite3_last_insert_rowid(handle()));
+}
 bool Database::isInTransaction() const { return sqlite3_get_autocommit(handle()) == 0; }
 
-void Database::fail() const { throw DatabaseFault(_file + ": " + sqlite3_errmsg(handle())); }
+void Database::fail() const { throw StoreFault(_file + ": " + sqlite3_errmsg(handle())); }
 
 void Statement::Finish::operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 
@@ -225,7 +226,11 @@ void prepareForWriting(Database& database) {
   if (database.number("SELECT count(*) FROM sqlite_schema") == 0) createTables(database);
 }
 
-void prepareForReading(Database& database) { database.run(kReading); }
+std::unique_ptr<Database> openForReading(const std::string& file) {
+  auto database = std::make_unique<Database>(file, Database::Access::kRead);
+  database->run(kReading);
+  return database;
+}
 
 void deleteEverything(Database& database) {
   database.run(
@@ -240,38 +245,9 @@ void saveNow(Database& database) { database.run("PRAGMA wal_checkpoint(PASSIVE)"
 void shrink(Database& database) {
   try {
     database.run("VACUUM; PRAGMA wal_checkpoint(TRUNCATE);");
-  } catch (const DatabaseFault&) {
+  } catch (const StoreFault&) {
     // Later reports will use the free space.
   }
-}
-
-std::unique_ptr<Database> ConnectionPool::take() {
-  std::unique_lock lock(_mutex);
-  _changed.wait(lock, [this] { return _taken < kMostDatabaseConnections; });
-  ++_taken;
-  if (!_free.empty()) {
-    auto database = std::move(_free.back());
-    _free.pop_back();
-    return database;
-  }
-  try {
-    auto database = std::make_unique<Database>(_file, Database::Access::kRead);
-    prepareForReading(*database);
-    return database;
-  } catch (...) {
-    --_taken;
-    _changed.notify_one();
-    throw;
-  }
-}
-
-void ConnectionPool::giveBack(std::unique_ptr<Database> database) {
-  {
-    const std::lock_guard lock(_mutex);
-    --_taken;
-    _free.push_back(std::move(database));
-  }
-  _changed.notify_one();
 }
 
 }  // namespace zt::inbox
