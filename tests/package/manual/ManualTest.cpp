@@ -147,7 +147,7 @@ TEST(ManualTest, BashCompletesCommandsOptionsAndValues) {
       {{"ztreport", "store", "--s"}, {"--set-aside"}},
       {{"ztreport", "doctor", "--c"}, {"--customer", "--config-url", "--ca"}},
       {{"ztreport", "--v"}, {"--version"}},
-      {{"ztinbox", "--s"}, {"--slow", "--seed", "--scenario"}},
+      {{"ztinbox", "--s"}, {"--store", "--slow", "--seed", "--scenario"}},
       {{"ztreport", "resend", "--customer", ""},
        {"Kelvane", "Norvantel", "Brisalink", "cavomedia", "Quillnet"}},
       {{"ztreport", "run", "--customer", "=", "N"}, {"Norvantel"}},
