@@ -183,10 +183,7 @@ class Condition {
   explicit Condition(const ReportFilter& filter) {
     if (filter.text) {
       const std::string query = queryOf(*filter.text);
-      if (query.empty())
-        _text += " AND false";
-      else
-        where("r.words @@ to_tsquery('ztinbox.words', ?)", query);
+      where(query.empty() ? "? <> ''" : "r.words @@ to_tsquery('ztinbox.words', ?)", query);
     }
     if (filter.pool) {
       where("r.pool_keys @> ARRAY[?::bytea]", byteaOf(keyOf(*filter.pool)));
@@ -197,8 +194,9 @@ class Condition {
     whereEqual("machine_id", filter.machine);
     whereEqual("report_id", filter.reportId);
     if (filter.reportId) _text += " AND r.report_id <> ''";
-    if (filter.version)
+    if (filter.version) {
       where("r.application_version = ?::bytea", byteaOf(std::string_view(*filter.version)));
+    }
     if (filter.answer) where("starts_with(r.answer || ':', ? || ':')", *filter.answer);
     if (filter.result) where("r.result = ?", *filter.result);
     if (filter.before) where("r.number < ?", std::to_string(*filter.before));
@@ -256,10 +254,11 @@ class Follower {
       std::string_view rest = payload;
       const auto last = parseNumber<std::uint64_t>(takeLine(rest, ' '));
       const auto added = parseNumber<std::uint64_t>(rest);
-      if (last && added && *added > 0)
+      if (last && added && *added > 0) {
         _follower._arrivals.add(*last);
-      else
+      } else {
         _follower._arrivals.addChange();
+      }
     }
 
    private:
@@ -306,26 +305,27 @@ class PostgresBackend final : public Backend {
 
   void transact(const std::function<void()>& work) override {
     try {
-      pqxx::work transaction(*writing());
-      const pqxx::row store = transaction.exec1("SELECT last, count FROM store FOR UPDATE");
+      _work = std::make_unique<pqxx::work>(*writing());
+      const pqxx::row store = _work->exec1("SELECT last, count FROM store FOR UPDATE");
       _last = numberOf(store[0]);
       const std::uint64_t lastBefore = _last;
       _count = numberOf(store[1]);
       _isChanged = false;
-      _work = &transaction;
       work();
       if (_isChanged) {
-        transaction.exec_params("UPDATE store SET last = $1, count = $2", _last, _count);
-        transaction.exec_params("SELECT pg_notify($1, $2)", kChannel,
-                                std::to_string(_last) + " " + std::to_string(_last - lastBefore));
+        _work->exec_params("UPDATE store SET last = $1, count = $2", _last, _count);
+        _work->exec_params("SELECT pg_notify($1, $2)", kChannel,
+                           std::to_string(_last) + " " + std::to_string(_last - lastBefore));
       }
-      transaction.commit();
+      _work->commit();
+      _work.reset();
     } catch (const pqxx::failure& failure) {
-      if (dynamic_cast<const pqxx::broken_connection*>(&failure) != nullptr ||
-          (_writing && !_writing->is_open())) {
-        _writing.reset();
-      }
+      _work.reset();
+      if (_writing && !_writing->is_open()) _writing.reset();
       fail(failure);
+    } catch (...) {
+      _work.reset();
+      throw;
     }
   }
 
@@ -542,7 +542,7 @@ class PostgresBackend final : public Backend {
   const std::string _options;
   // Used by the thread that writes:
   std::unique_ptr<pqxx::connection> _writing;
-  pqxx::work* _work = nullptr;
+  std::unique_ptr<pqxx::work> _work;
   std::uint64_t _last = 0;
   std::size_t _count = 0;
   bool _isChanged = false;
