@@ -12,6 +12,10 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   run(dpkg-deb --raw-extract "${package}" "${unpacked}")
   # CPack's scripts only call ldconfig, which the trigger does.
   file(REMOVE "${unpacked}/DEBIAN/postinst" "${unpacked}/DEBIAN/postrm")
+  # CPack lists the files of debugging symbols with the folder in which it has packed them.
+  file(READ "${unpacked}/DEBIAN/md5sums" sums)
+  string(REGEX REPLACE "  /[^\n]*/usr/" "  usr/" sums "${sums}")
+  file(WRITE "${unpacked}/DEBIAN/md5sums" "${sums}")
   if(package MATCHES "/libztportal1_")
     # -c1: fails if a symbol got lost.
     run(
