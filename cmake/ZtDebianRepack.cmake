@@ -17,9 +17,9 @@ foreach(package IN LISTS CPACK_PACKAGE_FILES)
   string(REGEX REPLACE "  /[^\n]*/usr/" "  usr/" sums "${sums}")
   file(WRITE "${unpacked}/DEBIAN/md5sums" "${sums}")
   if(package MATCHES "/libztportal1_")
-    # -c1: fails if a symbol got lost.
+    # -c4: fails unless the file names the symbols that there are.
     run(
-      dpkg-gensymbols -plibztportal1 -v${CPACK_PACKAGE_VERSION} -c1 "-I${CPACK_ZT_SYMBOLS}"
+      dpkg-gensymbols -plibztportal1 -v${CPACK_PACKAGE_VERSION} -c4 "-I${CPACK_ZT_SYMBOLS}"
       "-P${unpacked}" "-O${unpacked}/DEBIAN/symbols")
   endif()
   run(chmod -R u=rwX,go=rX "${unpacked}")
