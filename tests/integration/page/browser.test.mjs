@@ -436,6 +436,6 @@ test("shows the reports of several customers beside one of them", async () => {
   const page = await open("#/reports/15", {viewport: {width: 1_280, height: 760}});
   await expectText(page, ".timeline .block-head", "7 steps · 1 failed · 4 s");
   await expectText(page, "#list-count", "16 · 15 unread");
-  if (process.env.ZT_UPDATE) await page.screenshot({path: new URL("../../../docs/inbox.png", import.meta.url).pathname});
+  if (process.env.ZT_UPDATE) await page.screenshot({path: new URL("../../../docs/pictures/inbox.png", import.meta.url).pathname});
   assert.deepEqual(await opened.faults(), []);
 });
