@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tools/common/Terminal.h"
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/OutputLines.h"
 #include "tools/ztinbox/http/HttpServer.h"
 #include "tools/ztinbox/page/Page.h"

@@ -27,6 +27,16 @@ bool isAccepted(const std::string& response) {
   return response.starts_with("HTTP/1.1 200 ") && response.find(">true<") != std::string::npos;
 }
 
+/// Reads the stream of events until `text` comes.
+void expectNext(RawClient& events, const std::string& text) {
+  std::string received;
+  while (received.find(text) == std::string::npos) {
+    const std::string more = events.receiveSome();
+    ASSERT_NE(more, "") << "no " << text << " in " << received;
+    received += more;
+  }
+}
+
 class SharedStoreTest : public ::testing::Test {
  protected:
   std::vector<std::string> options() const { return {"--store", _server.options()}; }
@@ -37,8 +47,12 @@ class SharedStoreTest : public ::testing::Test {
 TEST_F(SharedStoreTest, EachInboxShowsTheReportsOfAll) {
   const Inbox one(options());
   const Inbox other(options());
+  RawClient events(other.port());
+  ASSERT_TRUE(
+      events.send("GET /api/v1/events HTTP/1.1\r\nHost: " + other.url().substr(7) + "\r\n\r\n"));
+  expectNext(events, "retry:");
   EXPECT_TRUE(isAccepted(posted(one, reportWithId("{a}"))));
-  other.waitFor(1);
+  expectNext(events, R"("reportId":"{a}")");
   EXPECT_TRUE(isAccepted(posted(other, reportWithId("{a}"))));
   one.waitFor(2);
   for (const Inbox* inbox : {&one, &other}) {
@@ -49,6 +63,7 @@ TEST_F(SharedStoreTest, EachInboxShowsTheReportsOfAll) {
     EXPECT_EQ(inbox->raw(1), reportWithId("{a}").text());
   }
   one.clear();
+  expectNext(events, "event: change");
   EXPECT_TRUE(other.reports().empty());
 }
 

@@ -12,8 +12,6 @@ namespace zt::inbox {
 /// Counts new reports and changes of existing ones, for threads that wait for them. Thread-safe.
 class Arrivals {
  public:
-  explicit Arrivals(std::uint64_t lastNumber) : _lastNumber(lastNumber), _countedFrom(lastNumber) {}
-
   /// All reports up to `number` can be read. The order of the calls does not matter.
   void add(std::uint64_t number) {
     const std::lock_guard lock(_mutex);
@@ -67,8 +65,8 @@ class Arrivals {
 
   mutable std::mutex _mutex;
   mutable std::condition_variable _changed;
-  std::uint64_t _lastNumber;
-  std::uint64_t _countedFrom;
+  std::uint64_t _lastNumber = 0;
+  std::uint64_t _countedFrom = 0;
   std::uint64_t _changes = 0;
 };
 

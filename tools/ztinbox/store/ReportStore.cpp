@@ -18,11 +18,12 @@ ReportStore::ReportStore(std::unique_ptr<Backend> backend, std::size_t most, Lis
     : _backend(std::move(backend)),
       _most(most),
       _listener(std::move(listener)),
-      _arrivals(_backend->lastNumber()),
       _commits({.transact = [this](const std::function<void()>& work) { transact(work); },
                 .committed = [this] { tellStored(); },
                 .background = [this] { return _backend->indexPortion(); },
                 .settled = [this] { _backend->settle(); }}) {
+  _arrivals.add(_backend->lastNumber());
+  _arrivals.clear();
   _backend->follow(_arrivals);
   trim();
 }

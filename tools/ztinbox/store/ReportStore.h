@@ -73,10 +73,10 @@ class ReportStore {
   std::size_t changeEach(const std::vector<std::uint64_t>& numbers, const Change& change);
   std::size_t changeAll(ReportFilter filter, const Change& change);
 
+  Arrivals _arrivals;  ///< first, because a thread of _backend uses it
   std::unique_ptr<Backend> _backend;
   const std::size_t _most;
   Listener _listener;
-  Arrivals _arrivals;
   // Used by the thread of _commits:
   std::vector<IncomingReport*> _inserted;  ///< in this transaction
   std::vector<IncomingReport> _stored;     ///< not told to the listener yet

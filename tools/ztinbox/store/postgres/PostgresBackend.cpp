@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/ztinbox/store/postgres/PostgresBackend.h"
 
+#include <stdlib.h>
+
 #include <algorithm>
 #include <atomic>
 #include <map>
@@ -14,6 +16,7 @@
 #include <tuple>
 #include <utility>
 
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/store/ConnectionPool.h"
 #include "tools/ztinbox/store/Search.h"
 #include "tools/ztinbox/store/postgres/Schema.h"
@@ -601,6 +604,8 @@ Statistics PostgresBackend::statistics(const ReportFilter& filter) {
 }  // namespace
 
 std::unique_ptr<Backend> openPostgresBackend(const std::string& options) {
+  // Senders wait two seconds; libpq waits for minutes unless it is told otherwise.
+  ::setenv("PGCONNECT_TIMEOUT", "2", 0);
   return std::make_unique<PostgresBackend>(options);
 }
 

@@ -70,7 +70,10 @@ CREATE INDEX ON reports (number) WHERE words IS NULL;
 std::unique_ptr<pqxx::connection> connect(const std::string& options) {
   auto connection = std::make_unique<pqxx::connection>(options);
   pqxx::nontransaction setting(*connection);
-  setting.exec("SET search_path TO ztinbox, public; SET client_min_messages TO error;");
+  // Another inbox that hangs must not make the senders of all others wait.
+  setting.exec(
+      "SET search_path TO ztinbox, public; SET client_min_messages TO error;"
+      "SET lock_timeout TO '1s'; SET idle_in_transaction_session_timeout TO '10s';");
   return connection;
 }
 

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "tests/support/TemporaryFolder.h"
+#include "tools/ztinbox/Fault.h"
 #include "tools/ztinbox/store/ReportStore.h"
 #include "tools/ztinbox/store/StoredReport.h"
 #include "tools/ztinbox/store/sqlite/Database.h"

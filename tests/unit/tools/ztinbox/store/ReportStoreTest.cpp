@@ -74,7 +74,7 @@ class ReportStoreTest : public ::testing::TestWithParam<const char*> {
 };
 
 INSTANTIATE_TEST_SUITE_P(Databases, ReportStoreTest, ::testing::Values("SQLite", "PostgreSQL"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& test) { return std::string(test.param); });
 
 TEST_P(ReportStoreTest, NumbersReportsAndListsTheNewestFirst) {
   ReportStore store(open(), 10);
