@@ -78,7 +78,13 @@ TEST_F(GroupCommitTest, OneThatFailsDoesNotTakeTheOthersWithIt) {
   {
     GroupCommit commits(hooks());
     // While the thread is held up here, the rest comes together.
-    commits.add({[held = release.get_future().share()] { held.wait(); }, {}});
+    std::promise<void> begun;
+    commits.add({[&begun, held = release.get_future().share()] {
+                   begun.set_value();
+                   held.wait();
+                 },
+                 {}});
+    begun.get_future().wait();
     for (const char* value : {"1", "2", "'", "3"}) done.push_back(commits.add(insert(value)));
     done.push_back(commits.add({[] { throw std::runtime_error("no"); }, {}}));
     release.set_value();
