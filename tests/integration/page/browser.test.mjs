@@ -376,6 +376,7 @@ test("refuses the reports that a page of another site sends", async () => {
       document.forms[0].submit();
     }, [inbox.url + "/soap", text]);
     assert.equal((await answered).status(), 403);
+    await page.waitForURL(`${inbox.url}/soap`);
     assert.deepEqual(await inbox.ask("reports"), []);
     // The same works from the inbox's own page.
     await page.goto(inbox.url);
